@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/Error.h"
+
+/// Factory of every error that Pelmora reports. The texts are shown as they stand; generalError and internalError have none.
+class PelmoraError final
+{
+public:
+    PelmoraError() = delete;
+
+    static constexpr QLatin1StringView domain{"Pelmora"};
+
+    [[nodiscard]] static Error generalError();
+    [[nodiscard]] static Error internalError();
+    [[nodiscard]] static Error writeError();
+    [[nodiscard]] static Error noReader();
+    [[nodiscard]] static Error badReader();
+    [[nodiscard]] static Error readerError();
+    [[nodiscard]] static Error vitaleNotPresent();
+    [[nodiscard]] static Error vitaleReadError();
+    [[nodiscard]] static Error vitaleNoBen();
+
+    /// The error for a "Result" code of the card service; the general error for a code without one of its own.
+    [[nodiscard]] static Error errorForCode(qint64 resultCode);
+};

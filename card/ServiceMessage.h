@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <QCborMap>
+
+#include <cstddef>
+#include <expected>
+#include <optional>
+
+/// One item of the channel between the application and the card service: a number and a body. Requests count from 1, a
+/// reply bears its request's number, 0 marks an unsolicited message. An absent body stands for null.
+struct ServiceMessage
+{
+    qint64 number = 0;
+    std::optional<QCborMap> body;
+};
+
+/// The item as CBOR: an array of two.
+[[nodiscard]] QByteArray encodeServiceMessage(const ServiceMessage& message);
+
+/// Why a stream can no longer be read.
+enum class FramingError { Malformed, TooLarge };
+
+/// Cuts a stream of bytes (a CBOR sequence) into messages. Once it has failed it stays failed.
+class ServiceMessageReader
+{
+public:
+    /// Bytes that one item may take; a larger one is refused as soon as that can be told.
+    static constexpr qsizetype maximumItemSize = 4 * 1024 * 1024;
+
+    void append(QByteArrayView bytes);
+
+    /// The next whole message; nullopt when more bytes are needed.
+    [[nodiscard]] std::expected<std::optional<ServiceMessage>, FramingError> next();
+
+private:
+    QByteArray m_buffer;
+    std::optional<FramingError> m_failure;
+};

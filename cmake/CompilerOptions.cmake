@@ -1,0 +1,32 @@
+# Warnings, Qt's strictness and hardening, in one interface target that every target of the house links.
+add_library(pelmora_options INTERFACE)
+
+option(PELMORA_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" ON)
+set(PELMORA_SANITIZERS "" CACHE STRING "Sanitizers for every target, for example address,undefined")
+
+target_include_directories(pelmora_options INTERFACE ${CMAKE_SOURCE_DIR})
+
+target_compile_options(pelmora_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
+  -Woverloaded-virtual
+  $<$<BOOL:${PELMORA_WARNINGS_AS_ERRORS}>:-Werror>)
+
+target_compile_definitions(pelmora_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_CAST_FROM_BYTEARRAY
+  QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_NO_FOREACH QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400
+  _GLIBCXX_ASSERTIONS)
+
+if(PELMORA_SANITIZERS)
+  target_compile_options(pelmora_options INTERFACE
+    -fsanitize=${PELMORA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(pelmora_options INTERFACE -fsanitize=${PELMORA_SANITIZERS})
+else()
+  # _FORTIFY_SOURCE needs optimisation, and the sanitizers replace what it checks.
+  target_compile_options(pelmora_options INTERFACE
+    $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong>)
+endif()
+
+target_link_options(pelmora_options INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed)
+
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)

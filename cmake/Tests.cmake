@@ -1,0 +1,17 @@
+# pelmora_test(<name> SOURCES <file>... LIBRARIES <target>... [LABELS <label>...] [DEPENDS <target>...] [ENVIRONMENT ...])
+# One QtTest program: a test of the same name, without a display unless its label says otherwise.
+function(pelmora_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS;DEPENDS;ENVIRONMENT")
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} Qt6::Test)
+  target_compile_definitions(${name} PRIVATE
+    PELMORA_STAGE="${PELMORA_STAGE}" PELMORA_STAGE_SHARE="${PELMORA_STAGE_SHARE}" PELMORA_SOURCE="${CMAKE_SOURCE_DIR}")
+  if(arg_DEPENDS)
+    add_dependencies(${name} ${arg_DEPENDS})
+  endif()
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT 120
+    LABELS "${arg_LABELS}"
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${arg_ENVIRONMENT}")
+endfunction()

@@ -1,0 +1,19 @@
+#include "platform/Error.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+Error::Error(QString domain, int code, std::optional<QString> description)
+    : m_domain(std::move(domain))
+    , m_code(code)
+    , m_description(std::move(description))
+{
+}
+
+QString Error::localizedDescription() const
+{
+    if (m_description)
+        return *m_description;
+    return u"L’opération n’a pas pu s’achever. (erreur %1 %2.)"_s.arg(m_domain).arg(m_code);
+}
