@@ -7,12 +7,12 @@
 
 #include <optional>
 
-/// A dictionary of texts about a person, with the keys of CardKeys.h. It has no printer of any kind, on purpose: patients'
-/// data cannot reach a log by accident.
+/// A dictionary of texts about a person, with the keys of CardKeys.h. It has no printer of any kind, on purpose:
+/// patients' data cannot reach a log by accident.
 class PersonalRecord
 {
 public:
-    /// The value of a key; absent (never an empty placeholder) when the card does not carry it.
+    /// The value of a key of CardKeys.h; absent (never an empty placeholder) when the card does not carry it.
     [[nodiscard]] std::optional<QString> text(QStringView key) const;
     void setText(QStringView key, const QString& value);
 

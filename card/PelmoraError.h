@@ -2,7 +2,8 @@
 
 #include "platform/Error.h"
 
-/// Factory of every error that Pelmora reports. The texts are shown as they stand; generalError and internalError have none.
+/// Factory of every error that Pelmora reports. The texts are shown as they stand; generalError and internalError have
+/// none.
 class PelmoraError final
 {
 public:

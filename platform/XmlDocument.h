@@ -19,8 +19,8 @@ struct _xmlNode;
 class XmlNode
 {
 public:
-    /// Elements that a path leads to, in document order. A path is element names joined by "/"; one that begins with "/"
-    /// starts at the document node, any other at this node.
+    /// Elements that a path leads to, in document order. A path is element names joined by "/"; one that begins with
+    /// "/" starts at the document node, any other at this node.
     [[nodiscard]] std::vector<XmlNode> nodes(std::string_view path) const;
 
     /// The first of nodes(path).
@@ -42,8 +42,8 @@ private:
     const _xmlNode* m_node;
 };
 
-/// A well-formed XML document, parsed strictly: no document type declaration, no entity of its own, nothing fetched, nesting
-/// and text sizes bounded. Usable on any one thread at a time.
+/// A well-formed XML document, parsed strictly: no document type declaration, no entity of its own, nothing fetched,
+/// nesting and text sizes bounded. Usable on any one thread at a time.
 class XmlDocument
 {
 public:

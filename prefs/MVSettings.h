@@ -26,7 +26,8 @@ class MVSettings final
 public:
     MVSettings() = delete;
 
-    /// Puts the store in place, before any other operation. The program hands in the user's own, a test a temporary file.
+    /// Puts the store in place, before any other operation. The program hands in the user's own, a test a temporary
+    /// file.
     static void setStore(std::unique_ptr<UserDefaults> store);
 
     static void setPreferencesWithBooleanValue(QStringView key, bool value);
@@ -46,6 +47,6 @@ public:
     /// Removes each key, then forces the store to the disk, once.
     static void removePreferences(const QList<QStringView>& keys);
 
-    /// Registers the defaults in memory and switches the debug mode off; called once at start-up.
-    static void setStandardPreferences();
+    /// Values that are read, in this process alone, where the user has stored none.
+    static void registerDefaults(const QVariantMap& defaults);
 };

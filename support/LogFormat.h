@@ -2,11 +2,10 @@
 
 #include "platform/Error.h"
 
-#include <fmt/format.h>
-
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <fmt/format.h>
 
 // Qt's texts in log formats, as UTF-8. Records about people have no formatter, and get none.
 

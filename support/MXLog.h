@@ -2,9 +2,8 @@
 
 #include "support/LogFormat.h"
 
-#include <fmt/format.h>
-
 #include <QByteArray>
+#include <fmt/format.h>
 
 #include <atomic>
 #include <cstddef>
@@ -19,7 +18,15 @@
 class MXLog
 {
 public:
-    enum Level : unsigned { Severe = 1, Error = 2, Warning = 3, Info = 4, Notice = 5, Debug = 6 };
+    enum Level : unsigned
+    {
+        Severe = 1,
+        Error = 2,
+        Warning = 3,
+        Info = 4,
+        Notice = 5,
+        Debug = 6
+    };
 
     /// Receives each line as formatted, with the level of its message.
     using LineWriter = std::function<void(Level level, std::string_view line)>;

@@ -1,0 +1,78 @@
+#include "card/PelmoraError.h"
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Error pelmoraError(int code, std::optional<QString> description = std::nullopt)
+{
+    return Error(PelmoraError::domain, code, std::move(description));
+}
+
+} // namespace
+
+Error PelmoraError::generalError()
+{
+    return pelmoraError(-10);
+}
+
+Error PelmoraError::internalError()
+{
+    return pelmoraError(-11);
+}
+
+Error PelmoraError::writeError()
+{
+    return pelmoraError(-12,
+                        u"Une erreur est survenue pendant l'enregistrement de l'attestation. Réessayez l'opération."_s);
+}
+
+Error PelmoraError::noReader()
+{
+    return pelmoraError(-20, u"Aucun lecteur de carte n'a été trouvé. Vérifiez les branchements."_s);
+}
+
+Error PelmoraError::badReader()
+{
+    return pelmoraError(-21, u"Le lecteur fournit pas MORVEL n'a pas été trouvé. Vérifiez les branchements."_s);
+}
+
+Error PelmoraError::readerError()
+{
+    return pelmoraError(-22, u"Erreur lecteur. Vérifiez les branchements du lecteur."_s);
+}
+
+Error PelmoraError::vitaleNotPresent()
+{
+    return pelmoraError(-30, u"La carte vitale n'est pas dans le lecteur."_s);
+}
+
+Error PelmoraError::vitaleReadError()
+{
+    return pelmoraError(
+        -31, u"Erreur de lecture de la carte Vitale.\nVérifiez le branchement du lecteur ou la présence de la "
+             "carte Vitale dans le lecteur ou le sens d'insertion de la carte Vitale."_s);
+}
+
+Error PelmoraError::vitaleNoBen()
+{
+    return pelmoraError(-40, u"La carte Vitale ne comporte aucun bénéficiaire."_s);
+}
+
+Error PelmoraError::errorForCode(qint64 resultCode)
+{
+    switch (resultCode) {
+    case 11:
+        return vitaleNotPresent();
+    case 13:
+        return readerError();
+    case 15:
+    case 17:
+    case 25:
+        return vitaleReadError();
+    default:
+        return generalError();
+    }
+}

@@ -1,0 +1,43 @@
+#include "platform/FileName.h"
+
+#include <QTextBoundaryFinder>
+
+namespace {
+
+// The longest name that Linux file systems take, in bytes.
+constexpr qsizetype maximumBytes = 255;
+
+QString withoutSeparators(QString text)
+{
+    for (QChar& character : text) {
+        const QChar::Category category = character.category();
+        if (character == u'/' || category == QChar::Other_Control || category == QChar::Separator_Line ||
+            category == QChar::Separator_Paragraph) {
+            character = u'_';
+        }
+    }
+    return text;
+}
+
+QString cutToBytes(const QString& text, qsizetype bytes)
+{
+    if (text.toUtf8().size() <= bytes)
+        return text;
+    // Between two characters as people see them, so that no accent is left behind or alone.
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype kept = 0;
+    for (qsizetype end = finder.toNextBoundary(); end > 0; end = finder.toNextBoundary()) {
+        if (text.first(end).toUtf8().size() > bytes)
+            break;
+        kept = end;
+    }
+    return text.first(kept);
+}
+
+} // namespace
+
+QString fileNameFromText(const QString& text, const QString& extension)
+{
+    const QString suffix = u'.' + extension;
+    return cutToBytes(withoutSeparators(text), maximumBytes - suffix.toUtf8().size()) + suffix;
+}

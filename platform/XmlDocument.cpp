@@ -1,0 +1,166 @@
+#include "platform/XmlDocument.h"
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <climits>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A text has no code of libxml2's own when it is refused before or after libxml2 has judged it.
+constexpr int refusedCode = -1;
+
+Error refused(const QString& reason)
+{
+    return Error(XmlDocument::errorDomain, refusedCode, reason);
+}
+
+// libxml2's messages quote the document, which may be about a patient: only the place is told.
+Error notWellFormed(const xmlError* error)
+{
+    if (error == nullptr)
+        return refused(u"Le document n’est pas du XML valide."_s);
+    return Error(XmlDocument::errorDomain, error->code,
+                 u"Le document n’est pas du XML valide (ligne %1, colonne %2)."_s.arg(error->line).arg(error->int2));
+}
+
+std::string_view asView(const xmlChar* text)
+{
+    return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));
+}
+
+bool isElementNamed(const xmlNode* node, std::string_view name)
+{
+    return node->type == XML_ELEMENT_NODE && node->ns == nullptr && asView(node->name) == name;
+}
+
+std::vector<const xmlNode*> childElements(const std::vector<const xmlNode*>& parents, std::string_view name)
+{
+    std::vector<const xmlNode*> found;
+    for (const xmlNode* parent : parents) {
+        for (const xmlNode* child = parent->children; child != nullptr; child = child->next) {
+            if (isElementNamed(child, name))
+                found.push_back(child);
+        }
+    }
+    return found;
+}
+
+// The document node begins with the members of every node, so libxml2 itself treats it as one.
+const xmlNode* documentOf(const xmlNode* node)
+{
+    return reinterpret_cast<const xmlNode*>(node->doc);
+}
+
+struct ParserDeleter
+{
+    void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
+};
+
+struct TextDeleter
+{
+    void operator()(xmlChar* text) const { xmlFree(text); }
+};
+
+} // namespace
+
+std::vector<XmlNode> XmlNode::nodes(std::string_view path) const
+{
+    std::vector<const xmlNode*> current{m_node};
+    if (path.starts_with('/')) {
+        current = {documentOf(m_node)};
+        path.remove_prefix(1);
+    }
+    while (!path.empty() && !current.empty()) {
+        const std::size_t end = path.find('/');
+        current = childElements(current, path.substr(0, end));
+        path = end == std::string_view::npos ? std::string_view() : path.substr(end + 1);
+    }
+
+    std::vector<XmlNode> found;
+    found.reserve(current.size());
+    for (const xmlNode* node : current)
+        found.push_back(XmlNode(node));
+    return found;
+}
+
+std::optional<XmlNode> XmlNode::firstNode(std::string_view path) const
+{
+    const std::vector<XmlNode> found = nodes(path);
+    if (found.empty())
+        return std::nullopt;
+    return found.front();
+}
+
+bool XmlNode::hasChildren() const
+{
+    return m_node->children != nullptr;
+}
+
+QString XmlNode::stringValue() const
+{
+    // Nearly every value is one text node, whose content can be read in place.
+    const xmlNode* child = m_node->children;
+    if (child == nullptr)
+        return u""_s;
+    if (child->next == nullptr && (child->type == XML_TEXT_NODE || child->type == XML_CDATA_SECTION_NODE)) {
+        const std::string_view text = asView(child->content);
+        return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    }
+    const std::unique_ptr<xmlChar, TextDeleter> content(xmlNodeGetContent(m_node));
+    const std::string_view text = asView(content.get());
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+void XmlDocument::Deleter::operator()(_xmlDoc* document) const
+{
+    xmlFreeDoc(document);
+}
+
+std::expected<XmlDocument, Error> XmlDocument::fromText(const QString& text)
+{
+    return parse(text.toUtf8(), "UTF-8");
+}
+
+std::expected<XmlDocument, Error> XmlDocument::fromBytes(const QByteArray& bytes)
+{
+    return parse(bytes, nullptr);
+}
+
+std::expected<XmlDocument, Error> XmlDocument::parse(const QByteArray& bytes, const char* encoding)
+{
+    static_assert(maximumSize < INT_MAX);
+    if (static_cast<std::size_t>(bytes.size()) > maximumSize)
+        return std::unexpected(refused(u"Le document XML est trop volumineux."_s));
+    if (bytes.isEmpty())
+        return std::unexpected(refused(u"Le document XML est vide."_s));
+
+    const std::unique_ptr<xmlParserCtxt, ParserDeleter> parser(xmlNewParserCtxt());
+    if (!parser)
+        return std::unexpected(notWellFormed(nullptr));
+    int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+    if (encoding != nullptr)
+        options |= XML_PARSE_IGNORE_ENC;
+    const auto size = static_cast<int>(bytes.size());
+    std::unique_ptr<_xmlDoc, Deleter> document(
+        xmlCtxtReadMemory(parser.get(), bytes.constData(), size, nullptr, encoding, options));
+    if (!document)
+        return std::unexpected(notWellFormed(xmlCtxtGetLastError(parser.get())));
+    // A card never has a document type declaration; without one there is no entity to expand and nothing to fetch.
+    if (document->intSubset != nullptr)
+        return std::unexpected(
+            refused(u"Le document XML contient une déclaration de type (DOCTYPE), qui est refusée."_s));
+    return XmlDocument(document.release());
+}
+
+XmlNode XmlDocument::documentNode() const
+{
+    return XmlNode(reinterpret_cast<const xmlNode*>(m_document.get()));
+}
+
+XmlNode XmlDocument::rootElement() const
+{
+    return XmlNode(xmlDocGetRootElement(m_document.get()));
+}

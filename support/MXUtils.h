@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+/// Small services of the file system.
+class MXUtils final
+{
+public:
+    MXUtils() = delete;
+
+    /// Whether a usable folder is at the path afterwards. A missing one is made, with those above it, when asked; a
+    /// failure to do so is logged. The path is used exactly as it is given.
+    [[nodiscard]] static bool checkFolderAtPath(const QString& path, bool createIfNotExists);
+};
