@@ -1,5 +1,7 @@
 #pragma once
 
+#include "card/CborItemScanner.h"
+
 #include <QByteArray>
 #include <QCborMap>
 
@@ -19,14 +21,18 @@ struct ServiceMessage
 [[nodiscard]] QByteArray encodeServiceMessage(const ServiceMessage& message);
 
 /// Why a stream can no longer be read.
-enum class FramingError { Malformed, TooLarge };
+enum class FramingError
+{
+    Malformed,
+    TooLarge
+};
 
-/// Cuts a stream of bytes (a CBOR sequence) into messages. Once it has failed it stays failed.
+/// Cuts a stream of bytes (a CBOR sequence) into messages. Once it has failed it stays failed. One thread at a time.
 class ServiceMessageReader
 {
 public:
     /// Bytes that one item may take; a larger one is refused as soon as that can be told.
-    static constexpr qsizetype maximumItemSize = 4 * 1024 * 1024;
+    static constexpr qsizetype maximumItemSize = qsizetype{4} * 1024 * 1024;
 
     void append(QByteArrayView bytes);
 
@@ -34,6 +40,11 @@ public:
     [[nodiscard]] std::expected<std::optional<ServiceMessage>, FramingError> next();
 
 private:
+    [[nodiscard]] QByteArrayView unread() const { return QByteArrayView(m_buffer).sliced(m_start); }
+    std::unexpected<FramingError> fail(FramingError error);
+
     QByteArray m_buffer;
+    qsizetype m_start = 0; // of the first item that was not handed out
+    CborItemScanner m_scanner{maximumItemSize};
     std::optional<FramingError> m_failure;
 };
