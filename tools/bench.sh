@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Builds the release and runs every benchmark beside the floor that it is measured against.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. tools/packages.sh
+
+ensure_packages "${build_packages[@]}" time
+cmake --preset release -DPELMORA_BENCHMARKS=ON >&2
+cmake --build --preset release >&2
+
+bench=build/release/bench
+stage=build/release/stage
+for name in bench_card_xml bench_channel bench_pdf; do
+    printf '\n== %s\n' "$name"
+    "$bench/$name"
+done
+printf '\n== pelmora --save, whole process\n'
+bench/bench-save.py "$stage/bin/pelmora" "$bench/bench_bare_pdf" "$stage/share/pelmora"

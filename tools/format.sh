@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Formats the sources; with --check, only tells which ones are not formatted, and fails if there are any.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. tools/packages.sh
+
+ensure_packages clang-format-19
+mode=(-i)
+[ "${1:-}" = --check ] && mode=(--dry-run --Werror)
+git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format-19 "${mode[@]}"

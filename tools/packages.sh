@@ -1,0 +1,44 @@
+# Debian packages that Pelmora needs, by purpose, and the one way to install them. Sourced by the other scripts.
+
+build_packages=(
+    g++ cmake ninja-build pkg-config
+    qt6-base-dev qt6-svg-dev libxml2-dev libfmt-dev
+    # The page's fonts are cut from Roboto when the program is built.
+    fonts-roboto-unhinted python3 python3-fonttools
+)
+
+test_packages=(
+    # What the tests read PDF files with; the validator of PDF/A is a Java program.
+    poppler-utils qpdf default-jre-headless
+    libpdfbox2-java libfontbox2-java libcommons-logging-java libjaxb-api-java libactivation-java
+    # Windows: a display, a window manager, and the accessibility bus that the tests drive them by.
+    xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils
+    # Faults and limits.
+    procps strace
+)
+
+check_packages=(
+    clang-format-19 clang-tidy-19 clang-19 libclang-rt-19-dev
+)
+
+# ensure_packages NAME...: installs those that are missing, as root or through sudo.
+ensure_packages() {
+    local missing=() name
+    for name in "$@"; do
+        dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null | grep -qx installed || missing+=("$name")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || {
+            echo "Il manque des paquets (${missing[*]}) : relancez ce script en tant que root, ou installez sudo." >&2
+            return 1
+        }
+        as_root=(sudo)
+    fi
+    echo "Installation de : ${missing[*]}" >&2
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -q >&2
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -qy --no-install-recommends "${missing[@]}" >&2
+}

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Installs what the tests need, builds, and runs every test; ends with the summary of ctest.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. tools/packages.sh
+
+ensure_packages "${build_packages[@]}" "${test_packages[@]}"
+cmake --preset dev
+cmake --build --preset dev
+ctest --preset dev --parallel "$(nproc)" "$@"
