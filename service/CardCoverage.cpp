@@ -1,0 +1,126 @@
+#include "service/CardCoverage.h"
+
+#include <QXmlStreamReader>
+
+namespace {
+
+/// Follows a card's elements and keeps the first quality, scheme and fund of each beneficiary.
+class CoverageFinder
+{
+public:
+    /// False when the elements are nested deeper than any card's, and than readers of XML commonly bear.
+    [[nodiscard]] bool startElement(const QXmlStreamReader& reader)
+    {
+        if (m_starts.size() >= deepestNesting)
+            return false;
+        m_starts.push_back(m_path.size());
+        if (!m_path.isEmpty())
+            m_path += u'/';
+        // A name in a namespace is another name, however it is spelt; no path that is looked for holds a brace.
+        if (!reader.namespaceUri().isEmpty())
+            m_path += u'{';
+        m_path += reader.name();
+        if (m_path == CardPath::beneficiary) {
+            m_values = {};
+        } else if (Value* value = valueAtPath(); value != nullptr && !value->found) {
+            value->found = true;
+            m_current = value;
+            m_currentDepth = m_starts.size();
+        }
+        return true;
+    }
+
+    void characters(QStringView text)
+    {
+        if (m_current != nullptr)
+            m_current->text += text;
+    }
+
+    void endElement()
+    {
+        if (m_path == CardPath::beneficiary)
+            keepBeneficiary();
+        if (m_starts.size() == m_currentDepth)
+            m_current = nullptr;
+        m_path.truncate(m_starts.takeLast());
+    }
+
+    [[nodiscard]] CardCoverage coverage() const { return m_coverage; }
+
+private:
+    struct Value
+    {
+        QStringView path;
+        QString text;
+        bool found = false;
+    };
+    struct Values
+    {
+        Value quality{CardPath::quality, {}, false};
+        Value scheme{CardPath::scheme, {}, false};
+        Value fund{CardPath::fund, {}, false};
+    };
+
+    static constexpr qsizetype deepestNesting = 256;
+
+    Value* valueAtPath()
+    {
+        const QStringView path(m_path);
+        constexpr qsizetype prefix = CardPath::beneficiary.size() + 1;
+        if (path.size() <= prefix || !path.startsWith(CardPath::beneficiary) || path[prefix - 1] != u'/')
+            return nullptr;
+        for (Value* value : {&m_values.quality, &m_values.scheme, &m_values.fund}) {
+            if (path.sliced(prefix) == value->path)
+                return value;
+        }
+        return nullptr;
+    }
+
+    void keepBeneficiary()
+    {
+        const bool isMain = m_values.quality.found && m_values.quality.text == u"0";
+        if (m_hasMain || (m_hasFirst && !isMain))
+            return;
+        m_coverage = {m_values.scheme.text, m_values.fund.text};
+        m_hasFirst = true;
+        m_hasMain = isMain;
+    }
+
+    QString m_path;
+    QList<qsizetype> m_starts; // for each open element, the length of the path that holds it
+    Values m_values;
+    Value* m_current = nullptr;
+    qsizetype m_currentDepth = 0;
+    CardCoverage m_coverage;
+    bool m_hasFirst = false;
+    bool m_hasMain = false;
+};
+
+} // namespace
+
+std::optional<CardCoverage> cardCoverage(QStringView text)
+{
+    QXmlStreamReader reader{text.toString()};
+    CoverageFinder finder;
+    while (!reader.atEnd()) {
+        switch (reader.readNext()) {
+        case QXmlStreamReader::DTD:
+            return std::nullopt;
+        case QXmlStreamReader::StartElement:
+            if (!finder.startElement(reader))
+                return std::nullopt;
+            break;
+        case QXmlStreamReader::Characters:
+            finder.characters(reader.text());
+            break;
+        case QXmlStreamReader::EndElement:
+            finder.endElement();
+            break;
+        default:
+            break;
+        }
+    }
+    if (reader.hasError())
+        return std::nullopt;
+    return finder.coverage();
+}

@@ -1,0 +1,40 @@
+#include "service/CommandLine.h"
+
+using namespace std::string_literals;
+
+std::expected<CommandLine, std::string> parseCommandLine(const QList<QByteArray>& arguments)
+{
+    constexpr QByteArrayView simulate("--simulate");
+    constexpr QByteArrayView simulateWithCard("--simulate=");
+    CommandLine line;
+    for (auto argument = arguments.cbegin(); argument != arguments.cend(); ++argument) {
+        if (*argument == "--help" || *argument == "-h")
+            return CommandLine{.action = CommandLine::Action::ShowHelp, .simulatedCard = {}};
+        if (*argument == "--version" || *argument == "-v")
+            return CommandLine{.action = CommandLine::Action::ShowVersion, .simulatedCard = {}};
+        if (line.simulatedCard)
+            return std::unexpected("trop d’arguments"s);
+        if (*argument == simulate) {
+            ++argument;
+            line.simulatedCard = argument == arguments.cend() ? QByteArray() : *argument;
+        } else if (argument->startsWith(simulateWithCard)) {
+            line.simulatedCard = argument->sliced(simulateWithCard.size());
+        } else {
+            return std::unexpected("argument inconnu : "s + argument->constData());
+        }
+        if (line.simulatedCard->isEmpty())
+            return std::unexpected("--simulate demande le fichier XML d’une carte"s);
+    }
+    return line;
+}
+
+std::string helpText()
+{
+    return "Utilisation : com.morvel.lvit [--simulate CARTE.xml]\n"
+           "Service de lecture des cartes Vitale, lancé par Pelmora, qui lui parle par son entrée et sa sortie "
+           "standard.\n"
+           "\n"
+           "  --simulate CARTE.xml  simule un lecteur dont la carte est ce fichier\n"
+           "  --help                affiche cette aide\n"
+           "  --version             affiche la version\n";
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <expected>
+#include <optional>
+#include <string>
+
+/// What the service was started for.
+struct CommandLine
+{
+    enum class Action
+    {
+        Serve,
+        ShowHelp,
+        ShowVersion
+    };
+    Action action = Action::Serve;
+    std::optional<QByteArray> simulatedCard; // path, in the file system's own bytes
+};
+
+/// The command line without the program's name. The error is a sentence for people.
+[[nodiscard]] std::expected<CommandLine, std::string> parseCommandLine(const QList<QByteArray>& arguments);
+
+/// What --help shows, lines ended.
+[[nodiscard]] std::string helpText();

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "service/CardCoverage.h"
+
+#include <QByteArrayView>
+#include <QHash>
+#include <QStringList>
+
+/// Labels of insurance schemes and of their funds.
+///
+/// A table file is UTF-8 text, one entry a line: "scheme;fund;label", the fund empty for the scheme itself. Blank lines
+/// and lines that begin with "#" are comments.
+class FundTable
+{
+public:
+    /// Adds a table's entries, over those of the same scheme and fund. Returns a sentence for each line that is
+    /// skipped, with the name given here and the line's number.
+    [[nodiscard]] QStringList add(const QString& name, QByteArrayView content);
+
+    /// The same for a file, of at most 1 MiB.
+    [[nodiscard]] QStringList addFile(const QString& path);
+
+    /// The fund's own label, else its scheme's, else nothing.
+    [[nodiscard]] std::optional<QString> label(const CardCoverage& coverage) const;
+
+private:
+    QHash<QString, QString> m_labels; // by scheme and fund, joined
+};

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <expected>
+
+/// Which reading library the application wants, as the digit of its "init" request.
+enum class AccessMode
+{
+    Automatic = 0,
+    System = 1,
+    Embedded = 2
+};
+
+/// Why a card could not be read, with the numbers that go over the channel.
+enum class ReadResult : qint64
+{
+    CardAbsent = 11,
+    ReadError = 17
+};
+
+/// What the service needs of a library that reads cards. Calls are made one at a time, on one thread. A library is made
+/// without readers in use; it is set up by initialise, then chooseReaders, and either may be called again at any time.
+class ReadingLibrary
+{
+public:
+    ReadingLibrary() = default;
+    ReadingLibrary(const ReadingLibrary&) = delete;
+    ReadingLibrary& operator=(const ReadingLibrary&) = delete;
+    virtual ~ReadingLibrary() = default;
+
+    /// Starts afresh in the given mode: chosen readers are let go. The value tells whether the library is the service's
+    /// own
+    /// ("embedded") rather than the system's. Cannot fail.
+    virtual bool initialise(AccessMode mode) = 0;
+
+    /// Names of the readers that are connected now, in the library's order; empty when there is none. Any state, no
+    /// error.
+    [[nodiscard]] virtual QStringList readers() const = 0;
+
+    /// Chooses the readers, by name, of the health card and of the professional's card, which may be the same one.
+    /// False, and the earlier choice kept, when either is not among readers(). Any state.
+    [[nodiscard]] virtual bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) = 0;
+
+    /// The versions of the library and of its tables, as an XML document without a document type. Any state, no error.
+    [[nodiscard]] virtual QString informations() const = 0;
+
+    /// The content of the card in the health card's reader at this moment, as well-formed XML, decoded; any encoding
+    /// that it declares no longer holds. Needs chosen readers; blocks while the card is read. The error is the result
+    /// code.
+    [[nodiscard]] virtual std::expected<QString, ReadResult> readCard() = 0;
+};

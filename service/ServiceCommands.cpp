@@ -1,0 +1,131 @@
+#include "service/ServiceCommands.h"
+
+#include "card/ServiceMessage.h"
+#include "card/ServiceVocabulary.h"
+
+#include <QCborArray>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QCborMap success()
+{
+    return {{ServiceWord::status, ServiceWord::success}};
+}
+
+QCborMap failure()
+{
+    return {{ServiceWord::status, ServiceWord::error}};
+}
+
+QCborMap failure(ReadResult result)
+{
+    return {{ServiceWord::status, ServiceWord::error}, {ServiceWord::result, static_cast<qint64>(result)}};
+}
+
+std::optional<AccessMode> accessMode(const QCborValue& mode)
+{
+    constexpr std::array modes{AccessMode::Automatic, AccessMode::System, AccessMode::Embedded};
+    const auto* found = std::ranges::find_if(modes, [&mode](AccessMode candidate) {
+        return mode.isString() && mode.toString() == QString::number(static_cast<int>(candidate));
+    });
+    return found == modes.end() ? std::nullopt : std::optional(*found);
+}
+
+/// Whether a reply that holds the text goes into one message.
+bool fitsMessage(const QString& text)
+{
+    constexpr qsizetype roomForTheRest = qsizetype{64} * 1024;
+    // No character takes more than three bytes of UTF-8 for each of its units: few texts need be converted to tell.
+    constexpr qsizetype limit = ServiceMessageReader::maximumItemSize - roomForTheRest;
+    return text.size() <= limit / 3 || text.toUtf8().size() <= limit;
+}
+
+} // namespace
+
+ServiceCommands::ServiceCommands(std::unique_ptr<ReadingLibrary> library, FundTable funds)
+    : m_library(std::move(library))
+    , m_funds(std::move(funds))
+{
+}
+
+std::optional<QCborMap> ServiceCommands::answer(const QCborMap& request)
+{
+    struct Command
+    {
+        QLatin1StringView name;
+        QCborMap (ServiceCommands::*answer)(const QCborMap& request);
+    };
+    static constexpr std::array commands{
+        Command{ServiceWord::init, &ServiceCommands::initialise},
+        Command{ServiceWord::readersList, &ServiceCommands::listReaders},
+        Command{ServiceWord::setReaders, &ServiceCommands::chooseReaders},
+        Command{ServiceWord::informationsCommand, &ServiceCommands::describeLibrary},
+        Command{ServiceWord::vitaleRead, &ServiceCommands::readCard},
+    };
+    const QString name = request.value(ServiceWord::command).toString();
+    const auto* command = std::ranges::find_if(commands, [&name](const Command& known) { return known.name == name; });
+    if (command == commands.end())
+        return std::nullopt;
+    return (this->*command->answer)(request);
+}
+
+QCborMap ServiceCommands::initialise(const QCborMap& request)
+{
+    const std::optional<AccessMode> mode = accessMode(request.value(ServiceWord::mode));
+    if (!mode)
+        return failure();
+    const bool isEmbedded = m_library->initialise(*mode);
+    m_initialised = true;
+    m_readersChosen = false;
+    QCborMap reply = success();
+    reply.insert(ServiceWord::embedded, isEmbedded ? ServiceWord::embeddedTrue : "false"_L1);
+    return reply;
+}
+
+QCborMap ServiceCommands::listReaders(const QCborMap&)
+{
+    QCborMap reply = success();
+    reply.insert(ServiceWord::readers, QCborArray::fromStringList(m_library->readers()));
+    return reply;
+}
+
+QCborMap ServiceCommands::chooseReaders(const QCborMap& request)
+{
+    const QCborValue vitaleReader = request.value(ServiceWord::vitaleReaderName);
+    const QCborValue professionalReader = request.value(ServiceWord::cpsReaderName);
+    if (!vitaleReader.isString() || !professionalReader.isString())
+        return failure();
+    if (!m_library->chooseReaders(vitaleReader.toString(), professionalReader.toString()))
+        return failure();
+    m_readersChosen = true;
+    return success();
+}
+
+QCborMap ServiceCommands::describeLibrary(const QCborMap&)
+{
+    QCborMap reply = success();
+    reply.insert(ServiceWord::informations, m_library->informations());
+    return reply;
+}
+
+QCborMap ServiceCommands::readCard(const QCborMap&)
+{
+    if (!m_initialised || !m_readersChosen)
+        return failure();
+    const std::expected<QString, ReadResult> card = m_library->readCard();
+    if (!card)
+        return failure(card.error());
+    if (!fitsMessage(*card))
+        return failure(ReadResult::ReadError);
+    QCborMap reply = success();
+    reply.insert(ServiceWord::vitale, *card);
+    const std::optional<CardCoverage> coverage = cardCoverage(*card);
+    if (const std::optional<QString> label = coverage ? m_funds.label(*coverage) : std::nullopt)
+        reply.insert(ServiceWord::fundCodeLibelle, *label);
+    return reply;
+}

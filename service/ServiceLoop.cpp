@@ -1,0 +1,61 @@
+#include "service/ServiceLoop.h"
+
+#include <array>
+#include <cerrno>
+
+ServiceLoop::ServiceLoop(ServiceCommands commands, FileDescriptor requests, FileDescriptor replies)
+    : m_commands(std::move(commands))
+    , m_requests(std::move(requests))
+    , m_replies(std::move(replies))
+{
+}
+
+ServiceLoop::End ServiceLoop::run()
+{
+    std::array<char, 64 * 1024> buffer;
+    for (;;) {
+        const ssize_t count = ::read(m_requests.get(), buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return End::Failed;
+        // A request that the end cuts short has nobody left to answer.
+        if (count == 0)
+            return End::Closed;
+        m_reader.append(QByteArrayView(buffer.data(), count));
+        if (const std::optional<End> end = answerRequests())
+            return *end;
+    }
+}
+
+std::optional<ServiceLoop::End> ServiceLoop::answerRequests()
+{
+    for (;;) {
+        const std::expected<std::optional<ServiceMessage>, FramingError> next = m_reader.next();
+        if (!next)
+            return End::Malformed;
+        if (!*next)
+            return std::nullopt;
+        const ServiceMessage& request = **next;
+        // Requests count from 1: an answer to 0 would be nobody's.
+        if (request.number < 1)
+            return End::Malformed;
+        const ServiceMessage reply{.number = request.number,
+                                   .body = request.body ? m_commands.answer(*request.body) : std::nullopt};
+        if (const std::optional<End> end = write(encodeServiceMessage(reply)))
+            return end;
+    }
+}
+
+std::optional<ServiceLoop::End> ServiceLoop::write(QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const ssize_t count = ::write(m_replies.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return errno == EPIPE ? End::Closed : End::Failed;
+        bytes = bytes.sliced(count);
+    }
+    return std::nullopt;
+}

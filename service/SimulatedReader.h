@@ -1,0 +1,26 @@
+#pragma once
+
+#include "service/ReadingLibrary.h"
+
+#include <QByteArray>
+
+/// A reader whose card is a file of card XML: the card is in the reader while the file exists. The file is read anew by
+/// each readCard.
+class SimulatedReader final : public ReadingLibrary
+{
+public:
+    /// Bytes beyond which a file is no card.
+    static constexpr qsizetype maximumFileSize = 16 * 1024 * 1024;
+
+    /// The path is in the file system's own bytes.
+    explicit SimulatedReader(QByteArray cardPath);
+
+    bool initialise(AccessMode mode) override;
+    [[nodiscard]] QStringList readers() const override;
+    [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
+    [[nodiscard]] QString informations() const override;
+    [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
+
+private:
+    QByteArray m_cardPath;
+};

@@ -1,0 +1,17 @@
+#include "service/SiteFunds.h"
+
+#include <QStandardPaths>
+
+using namespace Qt::StringLiterals;
+
+SiteFunds loadFunds(const QString& resourceFolder)
+{
+    QStringList files = QStandardPaths::locateAll(QStandardPaths::GenericConfigLocation, u"MORVEL/caisses.csv"_s);
+    files.append(resourceFolder + "/funds/caisses.csv"_L1);
+
+    SiteFunds funds;
+    // From the least to the most particular: later entries replace earlier ones.
+    for (auto file = files.crbegin(); file != files.crend(); ++file)
+        funds.warnings += funds.table.addFile(*file);
+    return funds;
+}

@@ -1,0 +1,57 @@
+#include "service/CommandLine.h"
+#include "service/ProcessSetup.h"
+#include "service/ReaderlessLibrary.h"
+#include "service/ServiceLoop.h"
+#include "service/SimulatedReader.h"
+#include "service/SiteFunds.h"
+
+#include <cstring>
+#include <iostream>
+
+namespace {
+
+int fail(int status, std::string_view reason)
+{
+    std::cerr << "com.morvel.lvit: " << reason << std::endl;
+    return status;
+}
+
+std::unique_ptr<ReadingLibrary> readingLibrary(const CommandLine& line)
+{
+    if (line.simulatedCard)
+        return std::make_unique<SimulatedReader>(*line.simulatedCard);
+    return std::make_unique<ReaderlessLibrary>();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const std::expected<CommandLine, std::string> line = parseCommandLine(QList<QByteArray>(argv + 1, argv + argc));
+    if (!line)
+        return fail(2, line.error() + " (voir --help)");
+    if (line->action == CommandLine::Action::ShowHelp)
+        return (std::cout << helpText() << std::flush) ? 0 : 1;
+    if (line->action == CommandLine::Action::ShowVersion)
+        return (std::cout << "com.morvel.lvit " PELMORA_VERSION << std::endl) ? 0 : 1;
+
+    if (!protectProcess())
+        return fail(1, std::strerror(errno));
+    std::optional<ChannelDescriptors> channel = takeStandardChannel();
+    if (!channel)
+        return fail(1, std::strerror(errno));
+
+    const SiteFunds funds = loadFunds(resourceFolder());
+    for (const QString& warning : funds.warnings)
+        std::cerr << warning.toStdString() << std::endl;
+    ServiceLoop loop(ServiceCommands(readingLibrary(*line), funds.table), std::move(channel->requests),
+                     std::move(channel->replies));
+    switch (loop.run()) {
+    case ServiceLoop::End::Closed:
+        return 0;
+    case ServiceLoop::End::Malformed:
+        return fail(1, "requête illisible sur le canal");
+    case ServiceLoop::End::Failed:
+        return fail(1, std::strerror(errno));
+    }
+}
