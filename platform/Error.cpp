@@ -15,5 +15,5 @@ QString Error::localizedDescription() const
 {
     if (m_description)
         return *m_description;
-    return u"L’opération n’a pas pu s’achever. (erreur %1 %2.)"_s.arg(m_domain).arg(m_code);
+    return u"L’opération n’a pas pu s’achever. (erreur %1 %2.)"_s.arg(m_domain, QString::number(m_code));
 }

@@ -1,0 +1,39 @@
+#include "platform/Error.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_Error : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aDescriptionIsShownAsItStands()
+    {
+        const Error error(u"Pelmora"_s, -30, u"Texte\nsur deux lignes."_s);
+        QCOMPARE(error.localizedDescription(), u"Texte\nsur deux lignes."_s);
+    }
+
+    void withoutADescriptionTheDomainAndTheCodeAreShown()
+    {
+        const Error error(u"Pelmora"_s, -10);
+        QVERIFY(!error.description());
+        QCOMPARE(error.localizedDescription(), u"L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s);
+    }
+
+    void aPercentSignInTheDomainIsShownAsItStands()
+    {
+        QCOMPARE(Error(u"%2"_s, 7).localizedDescription(), u"L’opération n’a pas pu s’achever. (erreur %2 7.)"_s);
+    }
+
+    void errorsAreEqualWhenDomainAndCodeAre()
+    {
+        QVERIFY(Error(u"A"_s, 1, u"x"_s) == Error(u"A"_s, 1));
+        QVERIFY(!(Error(u"A"_s, 1) == Error(u"A"_s, 2)));
+        QVERIFY(!(Error(u"A"_s, 1) == Error(u"B"_s, 1)));
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_Error)
+#include "tst_error.moc"

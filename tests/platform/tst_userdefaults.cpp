@@ -1,0 +1,121 @@
+#include "platform/UserDefaults.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_UserDefaults : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_folder;
+    int m_count = 0;
+
+    QString newFile() { return m_folder.filePath(u"settings-%1.conf"_s.arg(m_count++)); }
+
+    // What a later run of the program reads.
+    static QVariant storedAndReadAgain(const QString& file, const QVariant& value)
+    {
+        UserDefaults(file).setObject(u"Key"_s, value);
+        return UserDefaults(file).object(u"Key"_s);
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_folder.isValid()); }
+
+    void anArrayOfAnyLengthIsReadAgainAsAnArray_data()
+    {
+        QTest::addColumn<QVariantList>("array");
+        QTest::newRow("empty") << QVariantList();
+        QTest::newRow("one") << QVariantList{u"/tmp/a, b.pdf"_s};
+        QTest::newRow("empty text") << QVariantList{u""_s};
+        QTest::newRow("three") << QVariantList{u"é"_s, u"a;b"_s, u"%2F=[x]"_s};
+    }
+
+    void anArrayOfAnyLengthIsReadAgainAsAnArray()
+    {
+        QFETCH(const QVariantList, array);
+        const QVariant read = storedAndReadAgain(newFile(), array);
+        QCOMPARE(read.typeId(), int{QMetaType::QVariantList});
+        QCOMPARE(read.toList(), array);
+    }
+
+    void aShorterArrayLeavesNothingOfALongerOne()
+    {
+        const QString file = newFile();
+        UserDefaults defaults(file);
+        defaults.setObject(u"Key"_s, QVariantList{1, 2, 3});
+        defaults.setObject(u"Key"_s, QVariantList{4});
+        defaults.synchronize();
+        QCOMPARE(defaults.object(u"Key"_s).toList().size(), 1);
+        defaults.setObject(u"Key"_s, u"text"_s);
+        QCOMPARE(defaults.object(u"Key"_s), QVariant(u"text"_s));
+        defaults.remove(u"Key"_s);
+        QVERIFY(!defaults.object(u"Key"_s).isValid());
+    }
+
+    void textsAreReadAgainAsTheyWere_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("path with blanks and accents") << u"/home/a b/Médecins, 2ᵉ étage; \"x\" = \\y"_s;
+        QTest::newRow("empty") << u""_s;
+        QTest::newRow("only blanks") << u"  "_s;
+        QTest::newRow("at sign") << u"@Variant(x)"_s;
+    }
+
+    void textsAreReadAgainAsTheyWere()
+    {
+        QFETCH(const QString, text);
+        QCOMPARE(storedAndReadAgain(newFile(), text).toString(), text);
+    }
+
+    void aDateIsReadAgainAsADate()
+    {
+        const QDateTime date(QDate(2026, 2, 28), QTime(12, 30), Qt::UTC);
+        QCOMPARE(storedAndReadAgain(newFile(), date).toDateTime(), date);
+    }
+
+    void aStoredValueWinsOverTheRegisteredOneUntilItIsRemoved()
+    {
+        UserDefaults defaults(newFile());
+        defaults.registerDefaults({{u"Key"_s, u"registered"_s}});
+        QCOMPARE(defaults.object(u"Key"_s).toString(), u"registered"_s);
+        defaults.setObject(u"Key"_s, u"stored"_s);
+        QCOMPARE(defaults.object(u"Key"_s).toString(), u"stored"_s);
+        defaults.remove(u"Key"_s);
+        QCOMPARE(defaults.object(u"Key"_s).toString(), u"registered"_s);
+    }
+
+    void registeredValuesAreNeverWritten()
+    {
+        const QString file = newFile();
+        UserDefaults defaults(file);
+        defaults.registerDefaults({{u"Key"_s, u"registered"_s}});
+        defaults.setObject(u"Other"_s, 1);
+        defaults.synchronize();
+        QVERIFY(!UserDefaults(file).object(u"Key"_s).isValid());
+    }
+
+    void aFileOfGarbageReadsAsEmpty()
+    {
+        const QString path = newFile();
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(1000, '\xFF') + QByteArray(10, '\0') + "[[[==\nKey");
+        file.close();
+        QVERIFY(!UserDefaults(path).object(u"Absent"_s).isValid());
+    }
+
+    void theStandardFileLiesInTheConfigurationFolder()
+    {
+        qputenv("XDG_CONFIG_HOME", m_folder.path().toUtf8());
+        QCOMPARE(UserDefaults::standardFilePath(), m_folder.filePath(u"MORVEL/Pelmora.conf"_s));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_UserDefaults)
+#include "tst_userdefaults.moc"

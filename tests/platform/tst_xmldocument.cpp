@@ -1,0 +1,135 @@
+#include "platform/XmlDocument.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+XmlDocument parsed(const QString& text)
+{
+    return std::move(XmlDocument::fromText(text).value());
+}
+
+QString firstText(const XmlNode& node, std::string_view path)
+{
+    const std::optional<XmlNode> found = node.firstNode(path);
+    return found ? found->stringValue() : u"(absent)"_s;
+}
+
+} // namespace
+
+class tst_XmlDocument : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aRelativePathStartsAtTheNode()
+    {
+        const XmlDocument document = parsed(u"<a><b><c>1</c></b><b><c>2</c></b></a>"_s);
+        QCOMPARE(document.rootElement().nodes("b/c").size(), std::size_t{2});
+        QCOMPARE(firstText(document.rootElement(), "b/c"), u"1"_s);
+        QCOMPARE(document.rootElement().nodes("a/b").size(), std::size_t{0});
+        QCOMPARE(document.documentNode().nodes("a/b").size(), std::size_t{2});
+    }
+
+    void anAbsolutePathStartsAtTheDocumentNode()
+    {
+        const XmlDocument document = parsed(u"<a><b><c>1</c></b></a>"_s);
+        const XmlNode deep = document.rootElement().firstNode("b").value();
+        QCOMPARE(firstText(deep, "/a/b/c"), u"1"_s);
+        QCOMPARE(firstText(deep, "/b/c"), u"(absent)"_s);
+    }
+
+    void elementsOfANamespaceHaveOtherNames()
+    {
+        const XmlDocument document = parsed(u"<a xmlns:x='urn:x'><x:b>1</x:b><b>2</b></a>"_s);
+        QCOMPARE(firstText(document.rootElement(), "b"), u"2"_s);
+        QCOMPARE(firstText(parsed(u"<a xmlns='urn:x'><b>1</b></a>"_s).documentNode(), "a/b"), u"(absent)"_s);
+    }
+
+    void theStringValueJoinsAllTheTextOfANode()
+    {
+        const XmlDocument document =
+            parsed(u"<a><b>un <i>deux</i><!-- rien --> <![CDATA[<trois>]]> &amp; &#233;</b><c/></a>"_s);
+        QCOMPARE(firstText(document.rootElement(), "b"), u"un deux <trois> & é"_s);
+        QCOMPARE(firstText(document.rootElement(), "c"), u""_s);
+    }
+
+    void anEmptyElementHasNoChildren()
+    {
+        const XmlDocument document = parsed(u"<a><b/><c></c><d> </d><e><!-- x --></e></a>"_s);
+        const XmlNode root = document.rootElement();
+        QVERIFY(!root.firstNode("b").value().hasChildren());
+        QVERIFY(!root.firstNode("c").value().hasChildren());
+        QVERIFY(root.firstNode("d").value().hasChildren());
+        QVERIFY(root.firstNode("e").value().hasChildren());
+    }
+
+    void aDecodedTextIsReadAsItIsWhateverEncodingItDeclares_data()
+    {
+        QTest::addColumn<QString>("encoding");
+        for (const char* name : {"UTF-8", "ISO-8859-1", "windows-1252", "UTF-16", "US-ASCII", "no-such-encoding"})
+            QTest::newRow(name) << QString::fromLatin1(name);
+    }
+
+    void aDecodedTextIsReadAsItIsWhateverEncodingItDeclares()
+    {
+        QFETCH(const QString, encoding);
+        const QString text = u"<?xml version='1.0' encoding='%1'?><a>Zoé Œ €</a>"_s.arg(encoding);
+        const auto document = XmlDocument::fromText(text);
+        QVERIFY(document.has_value());
+        QCOMPARE(document->rootElement().stringValue(), u"Zoé Œ €"_s);
+    }
+
+    void bytesAreReadAsTheirDeclarationSays()
+    {
+        const auto latin = XmlDocument::fromBytes("<?xml version='1.0' encoding='ISO-8859-1'?><a>Zo\xE9</a>");
+        QCOMPARE(latin.value().rootElement().stringValue(), u"Zoé"_s);
+        const auto windows = XmlDocument::fromBytes("<?xml version='1.0' encoding='windows-1252'?><a>\x8Cuf \x80</a>");
+        QCOMPARE(windows.value().rootElement().stringValue(), u"Œuf €"_s);
+    }
+
+    void bytesThatAreNotUtf8AndDeclareNothingAreRefused()
+    {
+        QVERIFY(!XmlDocument::fromBytes("<a>Zo\xE9</a>").has_value());
+    }
+
+    void anErrorTellsThePlaceAndQuotesNothing()
+    {
+        const auto document = XmlDocument::fromText(u"<a>\n<SPECIMEN>1 85 05</b></a>"_s);
+        QVERIFY(!document.has_value());
+        QCOMPARE(document.error().domain(), u"XML"_s);
+        const QString description = document.error().localizedDescription();
+        QVERIFY2(description.startsWith(u"Le document n’est pas du XML valide (ligne 2, "_s), qPrintable(description));
+        QVERIFY(!description.contains(u"SPECIMEN"_s));
+    }
+
+    void aDocumentTypeDeclarationIsRefused()
+    {
+        const auto document = XmlDocument::fromText(u"<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>"_s);
+        QVERIFY(!document.has_value());
+        QVERIFY(document.error().localizedDescription().contains(u"DOCTYPE"_s));
+    }
+
+    void aTextOfTheMaximumSizeIsParsedAndALargerOneRefused()
+    {
+        const QByteArray open = "<a><b>";
+        const QByteArray close = "</b></a>";
+        // Several texts: a single one is bounded further by the parser.
+        QByteArray body(static_cast<qsizetype>(XmlDocument::maximumSize) - open.size() - close.size(), 'x');
+        for (qsizetype index = 0; index + 4 < body.size(); index += 1024 * 1024)
+            body.replace(index, 4, "<i/>");
+        QVERIFY(XmlDocument::fromBytes(open + body + close).has_value());
+        QVERIFY(!XmlDocument::fromBytes(open + body + 'x' + close).has_value());
+    }
+
+    void anEmptyTextIsRefused()
+    {
+        QVERIFY(!XmlDocument::fromText({}).has_value());
+        QVERIFY(!XmlDocument::fromText(u" "_s).has_value());
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_XmlDocument)
+#include "tst_xmldocument.moc"
