@@ -1,0 +1,43 @@
+#include "attestation/AttestationPdf.h"
+
+#include "attestation/AttestationLayout.h"
+#include "attestation/PagePainter.h"
+
+#include <QBuffer>
+#include <QPainter>
+#include <QPdfWriter>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int pointsPerInch = 72;
+
+bool writeDocument(QIODevice& device, const PageInk& ink)
+{
+    QPdfWriter writer(&device);
+    writer.setPdfVersion(QPagedPaintDevice::PdfVersion_A1b);
+    writer.setTitle(u"Attestation de droits à l'assurance maladie"_s);
+    writer.setCreator(u"Pelmora"_s);
+    writer.setPageLayout({QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF()});
+    // One unit of the writer is one unit of the page.
+    writer.setResolution(pointsPerInch * pageUnitsPerPoint);
+
+    QPainter painter;
+    if (!painter.begin(&writer))
+        return false;
+    PagePainter::paint(painter, ink, PageMedium::Document);
+    return painter.end();
+}
+
+} // namespace
+
+QByteArray renderAttestationPdf(const AttestationPage& page, const PageFonts& fonts)
+{
+    QByteArray document;
+    QBuffer buffer(&document);
+    buffer.open(QIODevice::WriteOnly);
+    if (!writeDocument(buffer, AttestationLayout::drawRect(page, attestationPageSize, fonts)))
+        return {};
+    return document;
+}

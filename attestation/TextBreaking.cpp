@@ -1,0 +1,88 @@
+#include "attestation/TextBreaking.h"
+
+#include <QTextLayout>
+#include <QTextOption>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QStringView withoutBlanksAtEnd(QStringView text)
+{
+    while (!text.isEmpty() && text.back().isSpace())
+        text.chop(1);
+    return text;
+}
+
+bool isLineBreak(QChar character)
+{
+    return character == u'\n' || character == u'\v' || character == u'\f' || character == u'\r' ||
+           character == u'\u0085' || character == QChar::LineSeparator || character == QChar::ParagraphSeparator;
+}
+
+// Most texts of a page are already drawable: no need to copy those.
+bool isPlain(QStringView text)
+{
+    return std::ranges::all_of(text, [](QChar character) {
+        const char16_t code = character.unicode();
+        return (code >= 0x20 && code < 0x7f) || (code >= 0xa0 && code < 0x300);
+    });
+}
+
+void breakParagraph(QStringView paragraph, const PageFont& font, double width, QList<BrokenLine>& lines)
+{
+    paragraph = withoutBlanksAtEnd(paragraph);
+    if (paragraph.isEmpty()) {
+        lines.append(BrokenLine{});
+        return;
+    }
+
+    QTextLayout layout(paragraph.toString(), font.font);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width * pageUnitsPerPoint);
+        lines.append({withoutBlanksAtEnd(paragraph.sliced(line.textStart(), line.textLength())).toString(),
+                      line.naturalTextWidth() / pageUnitsPerPoint});
+    }
+    layout.endLayout();
+}
+
+} // namespace
+
+QString drawableText(const QString& text)
+{
+    if (isPlain(text))
+        return text;
+
+    QString drawable;
+    drawable.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar character = text[i];
+        const bool isPair = character.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
+        if (isPair) {
+            drawable += character;
+            drawable += text[++i];
+        } else if (isLineBreak(character)) {
+            if (character == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
+                ++i;
+            drawable += u'\n';
+        } else if (character == u'\t') {
+            drawable += u' ';
+        } else if (!character.isSurrogate() && character.category() != QChar::Other_Control &&
+                   !character.isNonCharacter()) {
+            drawable += character;
+        }
+    }
+    return drawable.normalized(QString::NormalizationForm_C);
+}
+
+QList<BrokenLine> breakText(const QString& text, const PageFont& font, double width)
+{
+    QList<BrokenLine> lines;
+    for (const QStringView paragraph : QStringView(text).split(u'\n'))
+        breakParagraph(paragraph, font, width, lines);
+    return lines;
+}
