@@ -1,0 +1,61 @@
+#include "service/CommandLine.h"
+
+#include <QTest>
+
+namespace {
+
+/// The action, or the card, or the complaint, as one text to compare.
+QByteArray outcome(const QList<QByteArray>& arguments)
+{
+    const std::expected<CommandLine, std::string> line = parseCommandLine(arguments);
+    if (!line)
+        return "error: " + QByteArray::fromStdString(line.error());
+    switch (line->action) {
+    case CommandLine::Action::ShowHelp:
+        return "help";
+    case CommandLine::Action::ShowVersion:
+        return "version";
+    case CommandLine::Action::Serve:
+        return line->simulatedCard ? "serve " + *line->simulatedCard : QByteArray("serve");
+    }
+    return {};
+}
+
+} // namespace
+
+class TestServiceCommandLine : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void eachFormIsUnderstood_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("arguments");
+        QTest::addColumn<QByteArray>("expected");
+        const auto row = [](const QList<QByteArray>& arguments, const char* expected) {
+            QTest::newRow(("[" + arguments.join(' ') + "]").constData()) << arguments << QByteArray(expected);
+        };
+        row({}, "serve");
+        row({"--simulate", "carte.xml"}, "serve carte.xml");
+        row({"--simulate=carte.xml"}, "serve carte.xml");
+        row({"--simulate", "--help"}, "serve --help");
+        row({"--help"}, "help");
+        row({"--version"}, "version");
+        row({"--simulate"}, "error: --simulate demande le fichier XML d’une carte");
+        row({"--simulate", ""}, "error: --simulate demande le fichier XML d’une carte");
+        row({"--simulate="}, "error: --simulate demande le fichier XML d’une carte");
+        row({"--simulate", "a", "--simulate", "b"}, "error: trop d’arguments");
+        row({"carte.xml"}, "error: argument inconnu : carte.xml");
+        row({"--simuler"}, "error: argument inconnu : --simuler");
+    }
+
+    void eachFormIsUnderstood()
+    {
+        QFETCH(QList<QByteArray>, arguments);
+        QFETCH(QByteArray, expected);
+        QCOMPARE(outcome(arguments), expected);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestServiceCommandLine)
+#include "tst_servicecommandline.moc"

@@ -1,0 +1,163 @@
+#include "card/ServiceVocabulary.h"
+#include "service/ReaderlessLibrary.h"
+#include "service/ServiceLoop.h"
+
+#include <QTest>
+
+#include <array>
+#include <csignal>
+
+#include <fcntl.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Pipe
+{
+    FileDescriptor read;
+    FileDescriptor write;
+};
+
+Pipe makePipe()
+{
+    std::array<int, 2> ends{-1, -1};
+    return ::pipe2(ends.data(), O_CLOEXEC) == 0 ? Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])} : Pipe{};
+}
+
+QByteArray everythingIn(const FileDescriptor& descriptor)
+{
+    QByteArray all;
+    std::array<char, 4096> buffer;
+    ssize_t count = 0;
+    while ((count = ::read(descriptor.get(), buffer.data(), buffer.size())) > 0)
+        all.append(buffer.data(), count);
+    return all;
+}
+
+struct Outcome
+{
+    ServiceLoop::End end;
+    QByteArray replies;
+};
+
+/// What a loop makes of these bytes, which must fit a pipe, and their end.
+Outcome outcomeOf(const QByteArray& bytes)
+{
+    Pipe requests = makePipe();
+    Pipe replies = makePipe();
+    [[maybe_unused]] const ssize_t written =
+        ::write(requests.write.get(), bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    {
+        const FileDescriptor closed = std::move(requests.write);
+    }
+    ServiceLoop::End end{};
+    {
+        ServiceLoop loop(ServiceCommands(std::make_unique<ReaderlessLibrary>(), {}), std::move(requests.read),
+                         std::move(replies.write));
+        end = loop.run();
+    }
+    return {end, everythingIn(replies.read)};
+}
+
+QByteArray request(qint64 number, const std::optional<QCborMap>& body)
+{
+    return encodeServiceMessage({.number = number, .body = body});
+}
+
+QCborMap command(QLatin1StringView name)
+{
+    return {{ServiceWord::command, name}};
+}
+
+QByteArray noReaders(qint64 number)
+{
+    return request(number, QCborMap{{ServiceWord::status, ServiceWord::success}, {ServiceWord::readers, QCborArray()}});
+}
+
+} // namespace
+
+class TestServiceLoop : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(std::signal(SIGPIPE, SIG_IGN) != SIG_ERR); }
+
+    void theEndOfTheRequestsEndsIt()
+    {
+        const Outcome outcome = outcomeOf({});
+        QCOMPARE(outcome.end, ServiceLoop::End::Closed);
+        QCOMPARE(outcome.replies, QByteArray());
+    }
+
+    void requestsAreAnsweredInTheirOrder()
+    {
+        const Outcome outcome =
+            outcomeOf(request(7, command(ServiceWord::readersList)) + request(3, command(ServiceWord::readersList)));
+        QCOMPARE(outcome.end, ServiceLoop::End::Closed);
+        QCOMPARE(outcome.replies, noReaders(7) + noReaders(3));
+    }
+
+    void whatIsNoCommandIsAnsweredWithNull()
+    {
+        const Outcome outcome =
+            outcomeOf(request(1, command("eject"_L1)) + request(2, std::nullopt) + request(3, QCborMap()));
+        QCOMPARE(outcome.end, ServiceLoop::End::Closed);
+        QCOMPARE(outcome.replies, request(1, std::nullopt) + request(2, std::nullopt) + request(3, std::nullopt));
+    }
+
+    void aRequestThatTheEndCutsShortIsDropped()
+    {
+        const QByteArray whole = request(1, command(ServiceWord::readersList));
+        for (qsizetype size = 1; size < whole.size(); ++size) {
+            const Outcome outcome = outcomeOf(whole + whole.first(size));
+            QCOMPARE(outcome.end, ServiceLoop::End::Closed);
+            QCOMPARE(outcome.replies, noReaders(1));
+        }
+    }
+
+    void aStreamThatCannotBeReadEndsItAfterTheAnswersBefore_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("text") << QByteArray("bonjour");
+        QTest::newRow("array of three") << QByteArray("\x83\x01\xF6\xF6");
+        QTest::newRow("text as a number") << QByteArray("\x82\x61\x61\xF6");
+        QTest::newRow("text as a body") << QByteArray("\x82\x01\x61\x61");
+        QTest::newRow("number 0") << request(0, command(ServiceWord::readersList));
+        QTest::newRow("5 MiB announced") << QByteArray("\x82\x01\x7A\x00\x50\x00\x00", 7);
+    }
+
+    void aStreamThatCannotBeReadEndsItAfterTheAnswersBefore()
+    {
+        QFETCH(QByteArray, bytes);
+        const Outcome outcome = outcomeOf(request(1, command(ServiceWord::readersList)) + bytes);
+        QCOMPARE(outcome.end, ServiceLoop::End::Malformed);
+        QCOMPARE(outcome.replies, noReaders(1));
+    }
+
+    void aLostReaderOfItsRepliesEndsItAsTheEndOfRequestsDoes()
+    {
+        Pipe requests = makePipe();
+        Pipe replies = makePipe();
+        {
+            const FileDescriptor closed = std::move(replies.read);
+        }
+        const QByteArray bytes = request(1, command(ServiceWord::readersList));
+        QCOMPARE(::write(requests.write.get(), bytes.constData(), static_cast<std::size_t>(bytes.size())),
+                 bytes.size());
+        ServiceLoop loop(ServiceCommands(std::make_unique<ReaderlessLibrary>(), {}), std::move(requests.read),
+                         std::move(replies.write));
+        QCOMPARE(loop.run(), ServiceLoop::End::Closed);
+    }
+
+    void aDescriptorThatCannotBeReadIsAFailure()
+    {
+        ServiceLoop loop(ServiceCommands(std::make_unique<ReaderlessLibrary>(), {}), FileDescriptor(),
+                         FileDescriptor());
+        QCOMPARE(loop.run(), ServiceLoop::End::Failed);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestServiceLoop)
+#include "tst_serviceloop.moc"

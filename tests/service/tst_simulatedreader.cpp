@@ -1,0 +1,144 @@
+#include "service/SimulatedReader.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool write(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+/// The result code of a read; 0 for a card that was read.
+qint64 resultOf(const QString& path)
+{
+    SimulatedReader reader(QFile::encodeName(path));
+    const std::expected<QString, ReadResult> card = reader.readCard();
+    return card ? 0 : static_cast<qint64>(card.error());
+}
+
+} // namespace
+
+class TestSimulatedReader : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void itIsEmbeddedUnlessTheSystemsLibraryIsAskedFor()
+    {
+        SimulatedReader reader("x");
+        QVERIFY(reader.initialise(AccessMode::Automatic));
+        QVERIFY(!reader.initialise(AccessMode::System));
+        QVERIFY(reader.initialise(AccessMode::Embedded));
+    }
+
+    void onlyItsOwnReaderCanBeChosen()
+    {
+        SimulatedReader reader("x");
+        QCOMPARE(reader.readers(), QStringList{u"Feitian SCR301"_s});
+        QVERIFY(reader.chooseReaders(u"Feitian SCR301"_s, u"Feitian SCR301"_s));
+        QVERIFY(!reader.chooseReaders(u"feitian scr301"_s, u"Feitian SCR301"_s));
+        QVERIFY(!reader.chooseReaders(u"Feitian SCR301"_s, u"autre"_s));
+        QVERIFY(!reader.chooseReaders(u""_s, u""_s));
+    }
+
+    void theCardIsInTheReaderWhileTheFileExists()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"carte.xml"_s);
+        SimulatedReader reader(QFile::encodeName(path));
+        QCOMPARE(reader.readCard().error(), ReadResult::CardAbsent);
+        QVERIFY(write(path, "<a>1</a>"));
+        QCOMPARE(reader.readCard().value(), u"<a>1</a>"_s);
+        QVERIFY(QFile::remove(path));
+        QCOMPARE(reader.readCard().error(), ReadResult::CardAbsent);
+        QVERIFY(write(path, "<a>2</a>"));
+        QCOMPARE(reader.readCard().value(), u"<a>2</a>"_s);
+        QCOMPARE(resultOf(path + u"/dessous"_s), qint64(11));
+        QCOMPARE(resultOf(u""_s), qint64(11));
+    }
+
+    void theContentIsHandedOverDecodedAndOtherwiseUntouched()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"carte.xml"_s);
+        QVERIFY(write(path, "<?xml version='1.0' encoding='ISO-8859-1'?>\r\n<a>Zo\xE9</a>\r\n"));
+        SimulatedReader reader(QFile::encodeName(path));
+        QCOMPARE(reader.readCard().value(), u"<?xml version='1.0' encoding='ISO-8859-1'?>\r\n<a>Zoé</a>\r\n"_s);
+    }
+
+    void aFileThatIsNoCardIsAReadError_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("not XML") << QByteArray("bonjour");
+        QTest::newRow("truncated") << QByteArray("<a><b>");
+        QTest::newRow("not UTF-8") << QByteArray("<a>\xE9</a>");
+        QTest::newRow("unknown encoding") << QByteArray("<?xml version='1.0' encoding='EBCDIC-FR'?><a/>");
+        QTest::newRow("document type") << QByteArray("<!DOCTYPE a SYSTEM 'file:///dev/zero'><a/>");
+        QTest::newRow("100,000 levels") << QByteArray("<a>").repeated(100'000) + QByteArray("</a>").repeated(100'000);
+        QTest::newRow("over 16 MiB") << "<a>" + QByteArray(16 * 1024 * 1024, 'x') + "</a>";
+    }
+
+    void aFileThatIsNoCardIsAReadError()
+    {
+        QFETCH(QByteArray, content);
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"carte.xml"_s);
+        QVERIFY(write(path, content));
+        QCOMPARE(resultOf(path), qint64(17));
+    }
+
+    void aFileOf16MiBIsStillRead()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"carte.xml"_s);
+        QVERIFY(write(path, "<a>" + QByteArray(16 * 1024 * 1024 - 7, 'x') + "</a>"));
+        QCOMPARE(resultOf(path), qint64(0));
+    }
+
+    void whatIsNotARegularFileIsAReadErrorAtOnce()
+    {
+        const QTemporaryDir folder;
+        QCOMPARE(resultOf(folder.path()), qint64(17));
+        QCOMPARE(resultOf(u"/dev/zero"_s), qint64(17));
+        const QString pipe = folder.filePath(u"tube"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        QCOMPARE(resultOf(pipe), qint64(17));
+        const QString loop = folder.filePath(u"boucle"_s);
+        QVERIFY(QFile::link(loop, loop));
+        QCOMPARE(resultOf(loop), qint64(17));
+    }
+
+    void aFileThatMayNotBeReadIsAReadError()
+    {
+        if (::geteuid() == 0)
+            QSKIP("root may read every file");
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"carte.xml"_s);
+        QVERIFY(write(path, "<a/>"));
+        QVERIFY(QFile::setPermissions(path, {}));
+        QCOMPARE(resultOf(path), qint64(17));
+    }
+
+    void thePathIsTakenByteForByte()
+    {
+        const QTemporaryDir folder;
+        const QByteArray path = QFile::encodeName(folder.path()) + "/carte-\xE9.xml";
+        QVERIFY(write(folder.filePath(u"a"_s), "<a/>"));
+        QCOMPARE(::rename(QFile::encodeName(folder.filePath(u"a"_s)).constData(), path.constData()), 0);
+        SimulatedReader reader(path);
+        QCOMPARE(reader.readCard().value(), u"<a/>"_s);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSimulatedReader)
+#include "tst_simulatedreader.moc"
