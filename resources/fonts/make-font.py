@@ -41,10 +41,18 @@ def rename(font: TTFont, style: str) -> None:
         4: f"{FAMILY} {style}",
         5: version,
         6: f"{FAMILY.replace(' ', '')}-{style}",
-        10: f"Cut from Roboto {style} for Pelmora: fewer characters, no layout tables, no hints, renamed.",
+        10: f"Cut from Roboto {style} for Pelmora: fewer characters, no layout tables, no hints, one line height, renamed.",
     }
     for name_id, text in texts.items():
         names.setName(text, name_id, 3, 1, 0x409)
+
+
+def unify_line_metrics(font: TTFont) -> None:
+    """One height of line, whichever table a reader takes it from: the tables of the original disagree."""
+    lines, windows = font["hhea"], font["OS/2"]
+    windows.sTypoAscender = windows.usWinAscent = lines.ascent
+    windows.sTypoDescender, windows.usWinDescent = lines.descent, -lines.descent
+    windows.sTypoLineGap = lines.lineGap
 
 
 def main(source: str, style: str, output: str) -> None:
@@ -61,6 +69,7 @@ def main(source: str, style: str, output: str) -> None:
     subsetter = subset.Subsetter(options)
     subsetter.populate(unicodes=[code for first, last in RANGES for code in range(first, last + 1)])
     subsetter.subset(font)
+    unify_line_metrics(font)
     rename(font, style)
     subset.save_font(font, output, options)
 
