@@ -1,0 +1,304 @@
+#include "card/ChannelLoop.h"
+
+#include "support/MXLog.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <utility>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace {
+
+// A dead helper's output is at most what its pipe held, and a pipe holds a mebibyte at most; the bound matters only
+// where a child of the helper goes on writing.
+constexpr int maximumLastSlices = 32;
+
+/// Signals are the main thread's business. Above all, writing to a helper that has just died must fail, not kill.
+void blockSignals()
+{
+    sigset_t signals{};
+    sigfillset(&signals);
+    for (const int ownFault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS})
+        sigdelset(&signals, ownFault);
+    pthread_sigmask(SIG_SETMASK, &signals, nullptr);
+}
+
+FileDescriptor makeEventCounter()
+{
+    FileDescriptor counter(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!counter.isValid())
+        throw std::system_error(errno, std::system_category(), "eventfd");
+    return counter;
+}
+
+} // namespace
+
+ChannelLoop::ChannelLoop(ServiceCommand command, ChannelLimits limits)
+    : m_command(std::move(command))
+    , m_limits(limits)
+    , m_wakeUp(makeEventCounter())
+{
+}
+
+void ChannelLoop::run()
+{
+    blockSignals();
+    while (true) {
+        runTasks();
+        expireRequests();
+        killLateHelpers();
+        if (hasEnded())
+            return;
+        waitForEvents();
+    }
+}
+
+void ChannelLoop::post(Task task)
+{
+    bool isFirst = false;
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (m_ended)
+            return; // the task goes with the call, outside of the lock
+        isFirst = m_tasks.empty();
+        m_tasks.push_back(std::move(task));
+    }
+    if (isFirst)
+        wakeUp();
+}
+
+void ChannelLoop::requestStop()
+{
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_stopRequested = true;
+    }
+    wakeUp();
+}
+
+void ChannelLoop::wakeUp() const
+{
+    // It fails only when the counter is at its maximum, which wakes as well.
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = write(m_wakeUp.get(), &one, sizeof one);
+}
+
+void ChannelLoop::silenceWakeUp() const
+{
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t taken = read(m_wakeUp.get(), &count, sizeof count);
+}
+
+/// Runs what is in the mailbox now; what those tasks post comes after a look at the connection.
+void ChannelLoop::runTasks()
+{
+    std::vector<Task> tasks;
+    {
+        const std::scoped_lock lock(m_mutex);
+        tasks.swap(m_tasks);
+        m_isStopping = m_stopRequested;
+    }
+    if (m_isStopping)
+        close();
+    for (Task& task : tasks) {
+        task();
+        // What the task holds goes before the next one runs.
+        task = nullptr;
+    }
+}
+
+bool ChannelLoop::hasEnded()
+{
+    if (!m_isStopping || !m_leaving.empty())
+        return false;
+    const std::scoped_lock lock(m_mutex);
+    m_ended = m_tasks.empty();
+    return m_ended;
+}
+
+std::expected<void, std::error_code> ChannelLoop::open(ChannelEventHandler eventHandler)
+{
+    if (m_connection)
+        return {};
+    if (m_isStopping)
+        return std::unexpected(std::make_error_code(std::errc::operation_canceled));
+    auto helper = HelperProcess::start(m_command);
+    if (!helper)
+        return std::unexpected(helper.error());
+    m_connection = std::make_shared<ServiceConnection>(std::move(*helper), std::move(eventHandler));
+    return {};
+}
+
+void ChannelLoop::close()
+{
+    if (const ConnectionPointer connection = takeConnection())
+        failRequests(*connection);
+}
+
+void ChannelLoop::send(const QCborMap& body, ServiceReplyHandler handler)
+{
+    if (m_connection)
+        m_connection->send(body, {std::move(handler), ChannelClock::now() + m_limits.requestTimeout});
+    else
+        handler(std::nullopt);
+}
+
+/// The connection is broken: it is closed, its event handler is told, and then those that wait.
+void ChannelLoop::interrupt()
+{
+    if (const ConnectionPointer connection = takeConnection()) {
+        connection->eventHandler()({.kind = ChannelEvent::Kind::Interrupted, .message = {}});
+        failRequests(*connection);
+    }
+}
+
+/// Ends the connection, so that handlers that are called from now on find none, and lets its helper go.
+ChannelLoop::ConnectionPointer ChannelLoop::takeConnection()
+{
+    ConnectionPointer connection = std::exchange(m_connection, nullptr);
+    if (connection) {
+        auto [process, errorLog] = connection->leave();
+        m_leaving.push_back({.process = std::move(process),
+                             .errorLog = std::move(errorLog),
+                             .deadline = ChannelClock::now() + m_limits.exitGrace});
+    }
+    return connection;
+}
+
+void ChannelLoop::failRequests(ServiceConnection& connection)
+{
+    for (auto& [number, request] : connection.takeRequests())
+        request.handler(std::nullopt);
+}
+
+void ChannelLoop::expireRequests()
+{
+    if (!m_connection || m_connection->firstDeadline().value_or(ChannelClock::time_point::max()) > ChannelClock::now())
+        return;
+    MXLog::logWarning("Card service: no reply within {} ms", m_limits.requestTimeout.count());
+    interrupt();
+}
+
+void ChannelLoop::killLateHelpers()
+{
+    const auto now = ChannelClock::now();
+    for (LeavingHelper& helper : m_leaving) {
+        if (helper.deadline > now)
+            continue;
+        // A process that outlives SIGKILL is held by the kernel, in a device; it ends when the device lets it.
+        helper.isGone = helper.isKilled;
+        helper.process.kill();
+        helper.isKilled = true;
+        helper.deadline = now + m_limits.exitGrace;
+    }
+    std::erase_if(m_leaving, [](const LeavingHelper& helper) { return helper.isGone; });
+}
+
+/// Milliseconds until something is due, rounded up; -1 when nothing is.
+int ChannelLoop::patience() const
+{
+    auto due = ChannelClock::time_point::max();
+    if (m_connection)
+        due = m_connection->firstDeadline().value_or(due);
+    for (const LeavingHelper& helper : m_leaving)
+        due = std::min(due, helper.deadline);
+    if (due == ChannelClock::time_point::max())
+        return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - ChannelClock::now());
+    return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, 3'600'000));
+}
+
+void ChannelLoop::waitForEvents()
+{
+    constexpr std::size_t perLeaving = 2;
+    std::vector<pollfd> set{{.fd = m_wakeUp.get(), .events = POLLIN, .revents = 0}};
+    for (const LeavingHelper& helper : m_leaving) {
+        set.push_back({.fd = helper.process.standardError(), .events = POLLIN, .revents = 0});
+        set.push_back({.fd = helper.process.endOfProcess(), .events = POLLIN, .revents = 0});
+    }
+    if (m_connection)
+        std::ranges::copy(m_connection->pollSet(), std::back_inserter(set));
+
+    if (poll(set.data(), set.size(), patience()) <= 0)
+        return;
+
+    const std::span<const pollfd> ready(set);
+    if (ready.front().revents != 0)
+        silenceWakeUp();
+    for (std::size_t index = 0; index < m_leaving.size(); ++index)
+        serveLeaving(m_leaving[index], ready.subspan(1 + index * perLeaving, perLeaving));
+    std::erase_if(m_leaving, [](const LeavingHelper& helper) { return helper.isGone; });
+
+    // Last, because its handlers may open and close as they like.
+    if (const ConnectionPointer connection = m_connection) {
+        ServiceConnection::PollSet connectionReady{};
+        std::ranges::copy(ready.last(connectionReady.size()), connectionReady.begin());
+        serve(connection, connectionReady);
+    }
+}
+
+void ChannelLoop::serveLeaving(LeavingHelper& helper, std::span<const pollfd> ready)
+{
+    if (ready[0].revents != 0 && helper.errorLog.read(helper.process.standardError()) == HelperErrorLog::State::Ended)
+        helper.process.closeStandardError();
+    // Its last words are read before it is forgotten, unless they never end.
+    else if (ready[1].revents != 0)
+        helper.isGone = helper.process.reap();
+}
+
+void ChannelLoop::serve(const ConnectionPointer& connection, const ServiceConnection::PollSet& ready)
+{
+    connection->serveErrorsAndInput(ready);
+    const bool isOver = ServiceConnection::isOver(ready);
+    if (!isOver && !ServiceConnection::hasOutput(ready))
+        return;
+
+    // One slice at a time, so that a flood leaves room for tasks and time-outs. A helper that is gone is heard to its
+    // end: what it answered before still counts.
+    int slices = isOver ? maximumLastSlices : 1;
+    auto reading = ServiceConnection::Reading::Some;
+    bool isReadable = true;
+    while (slices-- > 0 && reading == ServiceConnection::Reading::Some && isReadable && m_connection == connection) {
+        reading = connection->readOutput();
+        isReadable = deliver(connection);
+    }
+    const bool isBroken = isOver || !isReadable || reading == ServiceConnection::Reading::Ended;
+    if (isBroken && m_connection == connection)
+        interrupt();
+}
+
+/// Hands out the messages that have arrived. False when the stream can be read no further.
+bool ChannelLoop::deliver(const ConnectionPointer& connection)
+{
+    while (m_connection == connection) {
+        auto message = connection->nextMessage();
+        if (!message) {
+            MXLog::logWarning("Card service: {}", message.error() == FramingError::TooLarge
+                                                      ? "message over the maximum size"
+                                                      : "malformed message");
+            return false;
+        }
+        if (!*message)
+            return true;
+        deliverMessage(connection, std::move(**message));
+    }
+    return true;
+}
+
+void ChannelLoop::deliverMessage(const ConnectionPointer& connection, ServiceMessage message)
+{
+    if (message.number == 0) {
+        if (message.body)
+            connection->eventHandler()(
+                {.kind = ChannelEvent::Kind::UnsolicitedMessage, .message = std::move(*message.body)});
+        return;
+    }
+    std::optional<ServiceReplyHandler> handler = connection->takeRequest(message.number);
+    if (handler)
+        (*handler)(std::move(message.body));
+    else
+        MXLog::logWarning("Card service: reply to request {}, which does not wait", message.number);
+}

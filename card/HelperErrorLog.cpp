@@ -1,0 +1,44 @@
+#include "card/HelperErrorLog.h"
+
+#include "card/MessageDescription.h"
+#include "support/MXLog.h"
+
+#include <array>
+#include <cerrno>
+
+#include <unistd.h>
+
+HelperErrorLog::State HelperErrorLog::read(int descriptor)
+{
+    std::array<char, 4096> slice{};
+    const ssize_t count = ::read(descriptor, slice.data(), slice.size());
+    if (count > 0) {
+        append({slice.data(), count});
+        return State::Open;
+    }
+    if (count < 0 && (errno == EAGAIN || errno == EINTR))
+        return State::Open;
+    writeLine();
+    return State::Ended;
+}
+
+void HelperErrorLog::append(QByteArrayView bytes)
+{
+    for (const char byte : bytes) {
+        if (byte == '\n') {
+            writeLine();
+        } else if (m_line.size() < maximumLine) {
+            m_line.append(byte);
+        } else {
+            m_isCut = true;
+        }
+    }
+}
+
+void HelperErrorLog::writeLine()
+{
+    if (!m_line.isEmpty())
+        MXLog::logNotice("Card service: {}{}", printableText(QString::fromUtf8(m_line)), m_isCut ? "..." : "");
+    m_line.clear();
+    m_isCut = false;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QByteArray>
+
+/// Writes what a helper says on its standard error to the log, line by line, at notice level. Lines are bounded: what
+/// is longer is cut.
+class HelperErrorLog final
+{
+public:
+    /// Bytes of a line that reach the log.
+    static constexpr qsizetype maximumLine = 1024;
+
+    enum class State
+    {
+        Open,
+        Ended
+    };
+
+    /// Reads a bounded slice of what is there, without waiting.
+    State read(int descriptor);
+
+private:
+    void append(QByteArrayView bytes);
+    void writeLine();
+
+    QByteArray m_line;
+    bool m_isCut = false;
+};

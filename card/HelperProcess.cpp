@@ -1,0 +1,231 @@
+#include "card/HelperProcess.h"
+
+#include <QFile>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/pidfd.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// A killed process ends at once unless the kernel holds it in a device; nobody waits longer than this for that.
+constexpr int killPatience = 1000; // milliseconds
+
+constexpr int firstFreeDescriptor = 3; // after standard input, output and error
+constexpr int exitCodeCannotExecute = 127;
+
+struct Pipe
+{
+    FileDescriptor readEnd;
+    FileDescriptor writeEnd;
+};
+
+std::error_code lastError()
+{
+    return {errno, std::system_category()};
+}
+
+/// Moves a descriptor out of the way of 0, 1 and 2, where a child's own pipes go: a program may be started without
+/// those.
+bool moveAboveStandard(FileDescriptor& descriptor)
+{
+    if (descriptor.get() >= firstFreeDescriptor)
+        return true;
+    descriptor = FileDescriptor(fcntl(descriptor.get(), F_DUPFD_CLOEXEC, firstFreeDescriptor));
+    return descriptor.isValid();
+}
+
+std::expected<Pipe, std::error_code> makePipe()
+{
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0)
+        return std::unexpected(lastError());
+    Pipe pipe{.readEnd = FileDescriptor(ends[0]), .writeEnd = FileDescriptor(ends[1])};
+    if (!moveAboveStandard(pipe.readEnd) || !moveAboveStandard(pipe.writeEnd))
+        return std::unexpected(lastError());
+    return pipe;
+}
+
+bool setNonBlocking(const FileDescriptor& descriptor)
+{
+    return fcntl(descriptor.get(), F_SETFL, O_NONBLOCK) == 0;
+}
+
+/// All that the child needs, made before it exists.
+struct ChildSetup
+{
+    const char* program = nullptr;
+    char* const* arguments = nullptr;
+    int input = -1;
+    int output = -1;
+    int errors = -1;
+    int report = -1;
+    pid_t parent = -1;
+    sigset_t noSignals{};
+    struct sigaction defaultAction{};
+};
+
+/// The child's whole life before its program. It shares the parent's memory until then, so that it makes system calls
+/// and writes nothing. The parent's handlers are dropped before signals can arrive, and so is what it ignores.
+[[noreturn, gnu::noinline]] void becomeHelper(const ChildSetup& setup)
+{
+    for (int signal = 1; signal < NSIG; ++signal)
+        sigaction(signal, &setup.defaultAction, nullptr);
+
+    // The kernel kills the child when the thread that started it ends. If that happened already, nobody is left to
+    // serve.
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == setup.parent && dup2(setup.input, STDIN_FILENO) >= 0 &&
+        dup2(setup.output, STDOUT_FILENO) >= 0 && dup2(setup.errors, STDERR_FILENO) >= 0) {
+        // What the application has open is none of the child's business; an old kernel leaves this to each owner.
+        close_range(firstFreeDescriptor, UINT_MAX, CLOSE_RANGE_CLOEXEC);
+        sigprocmask(SIG_SETMASK, &setup.noSignals, nullptr);
+        execv(setup.program, setup.arguments);
+    }
+    [[maybe_unused]] const ssize_t written = write(setup.report, &errno, sizeof errno);
+    _exit(exitCodeCannotExecute);
+}
+
+/// A child that runs becomeHelper; -1 when there can be none.
+pid_t spawn(const ChildSetup& setup)
+{
+    // No handler of this program may run in the child while memory is shared.
+    sigset_t allSignals{};
+    sigset_t before{};
+    sigfillset(&allSignals);
+    pthread_sigmask(SIG_SETMASK, &allSignals, &before);
+    // vfork takes 0.1 ms whatever the size of the application; fork takes 1.2 ms at 100 MiB, and page faults after it.
+    const pid_t child = vfork(); // NOLINT(clang-analyzer-security.insecureAPI.vfork)
+    if (child == 0)
+        becomeHelper(setup);
+    const int error = errno;
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    errno = error;
+    return child;
+}
+
+/// What the child said before its program took over: 0 (nothing) when it did.
+int readReport(const FileDescriptor& report)
+{
+    int error = 0;
+    while (read(report.get(), &error, sizeof error) < 0 && errno == EINTR) {
+    }
+    return error;
+}
+
+void reapChild(pid_t child)
+{
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
+
+} // namespace
+
+std::expected<HelperProcess, std::error_code> HelperProcess::start(const ServiceCommand& command)
+{
+    auto input = makePipe();
+    auto output = makePipe();
+    auto errors = makePipe();
+    auto report = makePipe();
+    for (const auto* pipe : {&input, &output, &errors, &report}) {
+        if (!*pipe)
+            return std::unexpected(pipe->error());
+    }
+    if (!setNonBlocking(input->writeEnd) || !setNonBlocking(output->readEnd) || !setNonBlocking(errors->readEnd))
+        return std::unexpected(lastError());
+
+    std::vector<QByteArray> texts{QFile::encodeName(command.program)};
+    for (const QString& argument : command.arguments)
+        texts.push_back(QFile::encodeName(argument));
+    std::vector<char*> arguments;
+    for (QByteArray& text : texts)
+        arguments.push_back(text.data());
+    arguments.push_back(nullptr);
+
+    ChildSetup setup{.program = arguments.front(),
+                     .arguments = arguments.data(),
+                     .input = input->readEnd.get(),
+                     .output = output->writeEnd.get(),
+                     .errors = errors->writeEnd.get(),
+                     .report = report->writeEnd.get(),
+                     .parent = getpid()};
+    sigemptyset(&setup.noSignals);
+    setup.defaultAction.sa_handler = SIG_DFL;
+
+    const pid_t child = spawn(setup);
+    if (child < 0)
+        return std::unexpected(lastError());
+    report->writeEnd.reset();
+    if (const int error = readReport(report->readEnd); error != 0) {
+        reapChild(child);
+        return std::unexpected(std::error_code(error, std::system_category()));
+    }
+
+    HelperProcess helper;
+    helper.m_process = FileDescriptor(pidfd_open(child, 0));
+    if (!helper.m_process.isValid()) {
+        const std::error_code error = lastError();
+        ::kill(child, SIGKILL);
+        reapChild(child);
+        return std::unexpected(error);
+    }
+    helper.m_input = std::move(input->writeEnd);
+    helper.m_output = std::move(output->readEnd);
+    helper.m_errors = std::move(errors->readEnd);
+    return helper;
+}
+
+HelperProcess& HelperProcess::operator=(HelperProcess&& other) noexcept
+{
+    if (this != &other) {
+        end();
+        m_input = std::move(other.m_input);
+        m_output = std::move(other.m_output);
+        m_errors = std::move(other.m_errors);
+        m_process = std::move(other.m_process);
+    }
+    return *this;
+}
+
+HelperProcess::~HelperProcess()
+{
+    end();
+}
+
+void HelperProcess::kill() const
+{
+    if (m_process.isValid())
+        pidfd_send_signal(m_process.get(), SIGKILL, nullptr, 0);
+}
+
+bool HelperProcess::reap()
+{
+    if (!m_process.isValid())
+        return true;
+    siginfo_t information{};
+    const int result =
+        waitid(static_cast<idtype_t>(P_PIDFD), static_cast<id_t>(m_process.get()), &information, WEXITED | WNOHANG);
+    // ECHILD: the application ignores its children's ends, and the kernel has reaped this one.
+    if ((result == 0 && information.si_pid != 0) || (result != 0 && errno == ECHILD))
+        m_process.reset();
+    return !m_process.isValid();
+}
+
+void HelperProcess::end()
+{
+    if (reap())
+        return;
+    kill();
+    pollfd ended{.fd = m_process.get(), .events = POLLIN, .revents = 0};
+    while (poll(&ended, 1, killPatience) < 0 && errno == EINTR) {
+    }
+    [[maybe_unused]] const bool reaped = reap();
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "card/FileDescriptor.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <expected>
+#include <system_error>
+
+#include <sys/types.h>
+
+/// A program and its arguments. The program is a path; no search path is looked at.
+struct ServiceCommand
+{
+    QString program;
+    QStringList arguments;
+};
+
+/// A child process with its standard input, output and error on pipes. The child is killed when the thread that started
+/// it ends, however it ends: no orphan is left. Owned by that thread.
+class HelperProcess final
+{
+public:
+    /// Starts the program; the failure says why it could not be executed (absent, not executable...).
+    [[nodiscard]] static std::expected<HelperProcess, std::error_code> start(const ServiceCommand& command);
+
+    HelperProcess(const HelperProcess&) = delete;
+    HelperProcess(HelperProcess&& other) noexcept = default;
+    HelperProcess& operator=(const HelperProcess&) = delete;
+    HelperProcess& operator=(HelperProcess&& other) noexcept;
+    /// Kills the child if it is still there.
+    ~HelperProcess();
+
+    /// This side's ends of the pipes, which never block; -1 once closed.
+    [[nodiscard]] int standardInput() const { return m_input.get(); }
+    [[nodiscard]] int standardOutput() const { return m_output.get(); }
+    [[nodiscard]] int standardError() const { return m_errors.get(); }
+    /// Readable (for poll) once the child has ended.
+    [[nodiscard]] int endOfProcess() const { return m_process.get(); }
+
+    void closeStandardInput() { m_input.reset(); }
+    void closeStandardOutput() { m_output.reset(); }
+    void closeStandardError() { m_errors.reset(); }
+
+    /// SIGKILL; nothing when the child has ended.
+    void kill() const;
+
+    /// Takes leave of an ended child; false while it runs.
+    [[nodiscard]] bool reap();
+
+private:
+    HelperProcess() = default;
+    void end();
+
+    FileDescriptor m_input;
+    FileDescriptor m_output;
+    FileDescriptor m_errors;
+    FileDescriptor m_process; // a process descriptor; none once the child was reaped
+};

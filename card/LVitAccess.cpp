@@ -1,0 +1,398 @@
+#include "card/LVitAccess.h"
+
+#include "card/CardParser.h"
+#include "card/MessageDescription.h"
+#include "card/PelmoraError.h"
+#include "card/ServiceReply.h"
+#include "card/ServiceVocabulary.h"
+#include "support/MXLog.h"
+
+#include <algorithm>
+#include <exception>
+#include <string_view>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Calls the handler, if there is one.
+template <typename Handler, typename... Values>
+void complete(Handler& handler, Values&&... values)
+{
+    if (handler)
+        handler(std::forward<Values>(values)...);
+}
+
+bool logsDebug()
+{
+    return MXLog::defaultLogger().logLevel() >= MXLog::Debug;
+}
+
+/// The log line of whatever comes from the service. The handler's name is the one that the log has always had.
+void logReceived(std::string_view handlerName, const std::optional<QCborMap>& message)
+{
+    if (logsDebug())
+        MXLog::logDebug("Received response in {} event handler: {}\n{}", handlerName, fmt::ptr(&message),
+                        message ? describeMessage(*message) : u"no dictionary"_s);
+}
+
+/// The text of a dictionary under a key; nullopt when there is none.
+std::optional<QString> textValue(const QVariantMap& dictionary, QStringView key)
+{
+    const QVariant value = dictionary.value(key.toString());
+    if (value.typeId() != QMetaType::QString)
+        return std::nullopt;
+    return value.toString();
+}
+
+std::mutex& defaultCommandMutex()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
+ServiceCommand& defaultCommand()
+{
+    static ServiceCommand command;
+    return command;
+}
+
+} // namespace
+
+void LVitAccess::setDefaultCommand(const ServiceCommand& command)
+{
+    const std::scoped_lock lock(defaultCommandMutex());
+    defaultCommand() = command;
+}
+
+std::shared_ptr<LVitAccess> LVitAccess::defaultInstance()
+{
+    // Its channel is stopped with the process, whoever still holds the client: handlers must not run while the statics
+    // that they use are destroyed. The logger, one of these, is made first to go last.
+    struct DefaultClient
+    {
+        DefaultClient()
+        {
+            [[maybe_unused]] const MXLog& logger = MXLog::defaultLogger();
+            const std::scoped_lock lock(defaultCommandMutex());
+            client = std::make_shared<LVitAccess>(defaultCommand());
+        }
+        DefaultClient(const DefaultClient&) = delete;
+        DefaultClient& operator=(const DefaultClient&) = delete;
+        ~DefaultClient() { client->m_channel.stop(); }
+
+        std::shared_ptr<LVitAccess> client;
+    };
+    static const DefaultClient holder;
+    return holder.client;
+}
+
+LVitAccess::LVitAccess(ServiceCommand command, ChannelLimits limits)
+    : m_channel(std::move(command), limits)
+{
+}
+
+void LVitAccess::bindWithCompletionHandler(BindHandler handler)
+{
+    m_channel.post([self = shared_from_this(), handler = std::move(handler)]() mutable {
+        self->_shutdownConnection();
+        if (self->_initConnection())
+            self->_initializationWithCompletionHandler(std::move(handler));
+        else
+            complete(handler, false, std::nullopt);
+    });
+}
+
+void LVitAccess::getInformationsWithCompletionHandler(InformationsHandler handler)
+{
+    m_channel.post([self = shared_from_this(), handler = std::move(handler)]() mutable {
+        self->getInformations(std::move(handler));
+    });
+}
+
+void LVitAccess::getReadersWithCompletionHandler(ReadersHandler handler)
+{
+    m_channel.post(
+        [self = shared_from_this(), handler = std::move(handler)]() mutable { self->getReaders(std::move(handler)); });
+}
+
+void LVitAccess::setReadersWithCompletionHandler(std::optional<QVariantMap> readers, SetReadersHandler handler)
+{
+    m_channel.post([self = shared_from_this(), readers = std::move(readers), handler = std::move(handler)]() mutable {
+        self->setReaders(readers, std::move(handler));
+    });
+}
+
+void LVitAccess::readeVitaleWithCompletionHandler(ReadHandler handler)
+{
+    m_channel.post(
+        [self = shared_from_this(), handler = std::move(handler)]() mutable { self->readVitale(std::move(handler)); });
+}
+
+std::expected<CardRecord, Error> LVitAccess::parseVitaleXML(const XmlDocument* document)
+{
+    return parseCardDocument(document);
+}
+
+bool LVitAccess::initialized() const
+{
+    return state(&State::initialized);
+}
+
+bool LVitAccess::embedded() const
+{
+    return state(&State::embedded);
+}
+
+unsigned LVitAccess::accessMode() const
+{
+    return state(&State::accessMode);
+}
+
+void LVitAccess::setAccessMode(unsigned mode)
+{
+    setState(&State::accessMode, mode < AccessMode::names.size() ? mode : 0U);
+}
+
+std::optional<QVariantMap> LVitAccess::informations() const
+{
+    return state(&State::informations);
+}
+
+unsigned LVitAccess::_modeToInteger(QStringView name)
+{
+    const auto* const found = std::ranges::find(AccessMode::names, name);
+    return found == AccessMode::names.end() ? 0U : static_cast<unsigned>(found - AccessMode::names.begin());
+}
+
+bool LVitAccess::_initConnection()
+{
+    return m_channel
+        .open([client = weak_from_this()](const ChannelEvent& event) {
+            if (const std::shared_ptr<LVitAccess> self = client.lock())
+                self->handleEvent(event);
+        })
+        .has_value();
+}
+
+void LVitAccess::handleEvent(const ChannelEvent& event)
+{
+    switch (event.kind) {
+    case ChannelEvent::Kind::Interrupted:
+        MXLog::logDebug("Received XPC_ERROR_CONNECTION_INTERRUPTED");
+        _shutdownConnection();
+        break;
+    case ChannelEvent::Kind::UnsolicitedMessage:
+        logReceived("_initConnection", event.message);
+        break;
+    }
+}
+
+void LVitAccess::_shutdownConnection()
+{
+    m_channel.close();
+    setState(&State::initialized, false);
+}
+
+void LVitAccess::_sendSimpleMessageWithCompletionHandler(const RequestFields& fields, ReplyHandler handler)
+{
+    if (!_initConnection()) {
+        complete(handler, false, PelmoraError::generalError(), std::nullopt);
+        return;
+    }
+    QCborMap request;
+    for (const auto& [key, value] : fields.asKeyValueRange()) {
+        if (value)
+            request.insert(key, *value);
+        else
+            MXLog::logError("NULL value in message");
+    }
+    if (logsDebug())
+        MXLog::logDebug("Message:\n{}", describeMessage(request));
+
+    // The client is held until the reply is there.
+    m_channel.send(request,
+                   [self = shared_from_this(), handler = std::move(handler)](std::optional<QCborMap> reply) mutable {
+                       logReceived("_sendSimpleMessage:withCompletionHandler:", reply);
+                       if (reply)
+                           complete(handler, true, std::nullopt, std::move(reply));
+                       else
+                           complete(handler, false, PelmoraError::generalError(), std::nullopt);
+                   });
+}
+
+void LVitAccess::_initializationWithCompletionHandler(BindHandler handler)
+{
+    _setModeWithCompletionHandler([self = shared_from_this(), handler = std::move(handler)](
+                                      bool modeIsSet, const std::optional<Error>& modeError) mutable {
+        if (!modeIsSet) {
+            complete(handler, false, modeError);
+            return;
+        }
+        self->getReaders([self, handler = std::move(handler)](bool isKnown, const std::optional<Error>& error,
+                                                              const std::optional<QVariantMap>& readers) mutable {
+            if (isKnown && readers)
+                self->chooseReaders(*readers, std::move(handler));
+            else
+                complete(handler, false, error);
+        });
+    });
+}
+
+void LVitAccess::_setModeWithCompletionHandler(BindHandler handler)
+{
+    setState(&State::informations, std::optional<QVariantMap>());
+    const RequestFields fields{{ServiceWord::command, ServiceWord::init},
+                               {ServiceWord::mode, QString::number(accessMode())}};
+    _sendSimpleMessageWithCompletionHandler(
+        fields, [self = shared_from_this(), handler = std::move(handler)](
+                    bool isSent, const std::optional<Error>& error, const std::optional<QCborMap>& reply) mutable {
+            if (!isSent || !reply) {
+                complete(handler, false, error);
+                return;
+            }
+            self->setState(&State::embedded, replyText(*reply, ServiceWord::embedded) == ServiceWord::embeddedTrue);
+            if (isSuccess(*reply))
+                complete(handler, true, std::nullopt);
+            else
+                complete(handler, false, PelmoraError::generalError());
+        });
+}
+
+void LVitAccess::getReaders(ReadersHandler handler)
+{
+    _sendSimpleMessageWithCompletionHandler(
+        {{ServiceWord::command, ServiceWord::readersList}},
+        [handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
+                                       const std::optional<QCborMap>& reply) mutable {
+            if (!isSent || !reply) {
+                complete(handler, false, error, std::nullopt);
+                return;
+            }
+            if (!isSuccess(*reply)) {
+                complete(handler, false, PelmoraError::generalError(), std::nullopt);
+                return;
+            }
+            const std::optional<QStringList> names = readerNames(*reply);
+            if (names)
+                complete(handler, true, std::nullopt, QVariantMap{{ReaderKey::readers.toString(), *names}});
+            else
+                complete(handler, false, PelmoraError::noReader(), std::nullopt);
+        });
+}
+
+/// Last step of a bind: the accepted reader for the health card, whatever its place in the list, and another one, if
+/// there is one, for the professional card.
+void LVitAccess::chooseReaders(const QVariantMap& readers, BindHandler handler)
+{
+    QStringList names = readers.value(ReaderKey::readers.toString()).toStringList();
+    if (names.isEmpty()) {
+        complete(handler, false, PelmoraError::noReader());
+        return;
+    }
+    MXLog::logDebug("Readers: {}", names);
+    const qsizetype accepted = names.indexOf(acceptedReader);
+    if (accepted < 0) {
+        complete(handler, false, PelmoraError::badReader());
+        return;
+    }
+    names.swapItemsAt(0, accepted);
+    const QVariantMap choice{{ReaderKey::vitale.toString(), names[0]},
+                             {ReaderKey::cps.toString(), names.size() > 1 ? names[1] : names[0]}};
+    setReaders(choice, [self = shared_from_this(),
+                        handler = std::move(handler)](bool isSet, const std::optional<Error>& error) mutable {
+        // A bind that came as far as this counts as done, whatever the service made of the choice.
+        self->setState(&State::initialized, true);
+        complete(handler, isSet, error);
+    });
+}
+
+void LVitAccess::setReaders(const std::optional<QVariantMap>& readers, SetReadersHandler handler)
+{
+    const std::optional<QString> vitale = readers ? textValue(*readers, ReaderKey::vitale) : std::nullopt;
+    const std::optional<QString> cps = readers ? textValue(*readers, ReaderKey::cps) : std::nullopt;
+    if (!vitale && !cps) {
+        complete(handler, false, PelmoraError::internalError());
+        return;
+    }
+    const RequestFields fields{{ServiceWord::command, ServiceWord::setReaders},
+                               {ServiceWord::vitaleReaderName, vitale},
+                               {ServiceWord::cpsReaderName, cps ? cps : vitale}};
+    _sendSimpleMessageWithCompletionHandler(
+        fields, [handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
+                                               const std::optional<QCborMap>& reply) mutable {
+            if (!isSent || !reply)
+                complete(handler, false, error);
+            else if (isSuccess(*reply))
+                complete(handler, true, std::nullopt);
+            else
+                complete(handler, false, PelmoraError::generalError());
+        });
+}
+
+void LVitAccess::getInformations(InformationsHandler handler)
+{
+    _sendSimpleMessageWithCompletionHandler(
+        {{ServiceWord::command, ServiceWord::informationsCommand}},
+        [self = shared_from_this(), handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
+                                                                  const std::optional<QCborMap>& reply) mutable {
+            if (isSent && reply)
+                self->completeInformations(*reply, handler);
+            else
+                complete(handler, false, error, std::nullopt);
+        });
+}
+
+void LVitAccess::completeInformations(const QCborMap& reply, InformationsHandler& handler)
+{
+    const std::optional<QString> text = replyText(reply, ServiceWord::informations);
+    if (!isSuccess(reply) || !text) {
+        complete(handler, false, PelmoraError::generalError(), informations());
+        return;
+    }
+    const auto document = XmlDocument::fromText(*text);
+    if (!document) {
+        complete(handler, false, document.error(), informations());
+        return;
+    }
+    QVariantMap found;
+    std::optional<Error> error;
+    try {
+        found = informationsOf(*document);
+    } catch (const std::exception& exception) {
+        MXLog::logError("Information document: {}", exception.what());
+        found.clear();
+        error = PelmoraError::generalError();
+    }
+    setState(&State::informations, std::optional(found));
+    complete(handler, !error, error, found);
+}
+
+void LVitAccess::readVitale(ReadHandler handler)
+{
+    _sendSimpleMessageWithCompletionHandler(
+        {{ServiceWord::command, ServiceWord::vitaleRead}},
+        [handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
+                                       const std::optional<QCborMap>& reply) mutable {
+            if (!isSent || !reply) {
+                complete(handler, false, error, std::nullopt);
+                return;
+            }
+            if (!isSuccess(*reply)) {
+                const qint64 result = reply->value(ServiceWord::result).toInteger();
+                complete(handler, false, PelmoraError::errorForCode(result), std::nullopt);
+                return;
+            }
+            std::expected<CardRecord, Error> record = std::unexpected(PelmoraError::generalError());
+            try {
+                record = recordOf(*reply);
+            } catch (const std::exception& exception) {
+                MXLog::logError("Card document: {}", exception.what());
+            }
+            if (record)
+                complete(handler, true, std::nullopt, std::move(*record));
+            else
+                complete(handler, false, record.error(), std::nullopt);
+        });
+}

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "card/CardRecord.h"
+#include "card/CardServiceKeys.h"
+#include "card/ServiceChannel.h"
+#include "platform/Error.h"
+#include "platform/XmlDocument.h"
+
+#include <QCborMap>
+#include <QMap>
+#include <QVariantMap>
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+/// Client of the card service. Every operation may be called on any thread and returns at once. Handlers run on the
+/// channel's thread, never on the main one, each exactly once, and may call further operations. A client is made with
+/// std::make_shared; an operation keeps it alive until its handler has run.
+class LVitAccess final : public std::enable_shared_from_this<LVitAccess>
+{
+public:
+    // What handlers receive: whether it went well; the error when it did not; and the result, where there is one.
+    using BindHandler = std::move_only_function<void(bool, std::optional<Error>)>;
+    using InformationsHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QVariantMap>)>;
+    using ReadersHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QVariantMap>)>;
+    using SetReadersHandler = std::move_only_function<void(bool, std::optional<Error>)>;
+    using ReadHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<CardRecord>)>;
+
+    /// The program that defaultInstance() starts; set once, before its first use.
+    static void setDefaultCommand(const ServiceCommand& command);
+
+    /// The process-wide client, made at first use. At the end of the process its channel is stopped.
+    [[nodiscard]] static std::shared_ptr<LVitAccess> defaultInstance();
+
+    explicit LVitAccess(ServiceCommand command, ChannelLimits limits = {});
+
+    /// Fresh connection, access mode, reader list, reader choice. (false, nullopt) when no connection can be made.
+    void bindWithCompletionHandler(BindHandler handler);
+
+    /// The reading library's versions: texts under the keys of InformationKey. On a failure of the service, the last
+    /// ones.
+    void getInformationsWithCompletionHandler(InformationsHandler handler);
+
+    /// The readers that the service sees: {ReaderKey::readers: names}.
+    void getReadersWithCompletionHandler(ReadersHandler handler);
+
+    /// Chooses the readers by the names under ReaderKey::vitale and ReaderKey::cps (by default the former's).
+    void setReadersWithCompletionHandler(std::optional<QVariantMap> readers, SetReadersHandler handler);
+
+    /// Reads the card in the reader.
+    void readeVitaleWithCompletionHandler(ReadHandler handler);
+
+    /// The record of a card's document, without "FundCodeLibelle" and "XMLString". Any thread.
+    [[nodiscard]] static std::expected<CardRecord, Error> parseVitaleXML(const XmlDocument* document);
+
+    /// Whether a bind has come as far as the choice of readers since the connection was last shut down.
+    [[nodiscard]] bool initialized() const;
+    /// Whether the service said at the last "init" that it uses its own reading library.
+    [[nodiscard]] bool embedded() const;
+    /// Which reading library the next "init" asks for: an index of AccessMode::names.
+    [[nodiscard]] unsigned accessMode() const;
+    /// A value other than 0, 1 and 2 is stored as 0.
+    void setAccessMode(unsigned mode);
+    /// The last information obtained; absent from an "init" on until the next one is obtained.
+    [[nodiscard]] std::optional<QVariantMap> informations() const;
+
+    /// The number of an access mode's name; 0 for an unknown one.
+    [[nodiscard]] static unsigned _modeToInteger(QStringView name);
+
+private:
+    using RequestFields = QMap<QString, std::optional<QString>>;
+    /// Receives the transport's outcome; the reply is there when it went well.
+    using ReplyHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QCborMap>)>;
+
+    // What other threads read and write. Everything is reached through the functions above and setState(), one lock
+    // each: the values are independent, and nobody needs two of them at one moment.
+    struct State
+    {
+        bool initialized = false;
+        bool embedded = false;
+        unsigned accessMode = 0;
+        std::optional<QVariantMap> informations = QVariantMap();
+    };
+
+    // All of these run on the channel's thread.
+    [[nodiscard]] bool _initConnection();
+    void _shutdownConnection();
+    void _initializationWithCompletionHandler(BindHandler handler);
+    void _setModeWithCompletionHandler(BindHandler handler);
+    void _sendSimpleMessageWithCompletionHandler(const RequestFields& fields, ReplyHandler handler);
+
+    void handleEvent(const ChannelEvent& event);
+    void getReaders(ReadersHandler handler);
+    void chooseReaders(const QVariantMap& readers, BindHandler handler);
+    void setReaders(const std::optional<QVariantMap>& readers, SetReadersHandler handler);
+    void getInformations(InformationsHandler handler);
+    void readVitale(ReadHandler handler);
+
+    void completeInformations(const QCborMap& reply, InformationsHandler& handler);
+
+    template <typename Value>
+    void setState(Value State::* member, Value value)
+    {
+        const std::scoped_lock lock(m_stateMutex);
+        m_state.*member = std::move(value);
+    }
+    template <typename Value>
+    [[nodiscard]] Value state(Value State::* member) const
+    {
+        const std::scoped_lock lock(m_stateMutex);
+        return m_state.*member;
+    }
+
+    mutable std::mutex m_stateMutex;
+    State m_state;
+
+    // Last, so that it ends before what its handlers use.
+    ServiceChannel m_channel;
+};

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "card/CardRecord.h"
+#include "platform/Error.h"
+#include "platform/XmlDocument.h"
+
+#include <QByteArrayView>
+#include <QCborMap>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <expected>
+#include <optional>
+
+// What the client reads in the card service's replies. Any thread.
+
+/// The bytes as text, read in the encodings that health cards' documents come in: UTF-8, else ISO Latin 1, else the
+/// Windows code page 1252. Each is read strictly; nullopt when none can be what the bytes are in.
+[[nodiscard]] std::optional<QString> decodeCardText(QByteArrayView bytes);
+
+/// The text under a key of a reply; a byte string counts when it is valid UTF-8. Absent when there is none.
+[[nodiscard]] std::optional<QString> replyText(const QCborMap& reply, QLatin1StringView key);
+
+/// Whether the service did what it was asked.
+[[nodiscard]] bool isSuccess(const QCborMap& reply);
+
+/// The names of a "Readers" field, those of its elements that are texts; nullopt when there is no such field.
+[[nodiscard]] std::optional<QStringList> readerNames(const QCborMap& reply);
+
+/// The values of an information document, under the keys of InformationKey; what is missing or empty has no key.
+[[nodiscard]] QVariantMap informationsOf(const XmlDocument& document);
+
+/// The record that a successful "vitale_read" carries: the general error without a document in a known encoding, else
+/// the error of whatever could not read it.
+[[nodiscard]] std::expected<CardRecord, Error> recordOf(const QCborMap& reply);
