@@ -1,0 +1,15 @@
+#pragma once
+
+#include "card/CardRecord.h"
+#include "platform/Error.h"
+
+#include <expected>
+#include <functional>
+#include <memory>
+
+class LVitAccess;
+
+/// Reads the card in the reader: brings the card service up, then asks it for the card. The outcome is handed over
+/// once, later, on the main thread.
+void readCard(const std::shared_ptr<LVitAccess>& client,
+              std::function<void(std::expected<CardRecord, Error>)> completion);

@@ -1,0 +1,100 @@
+#include "app/CommandLine.h"
+
+#include <QCommandLineParser>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QLatin1StringView saveOption{"save"};
+constexpr QLatin1StringView simulateOption{"simulate"};
+constexpr QLatin1StringView cardServiceOption{"card-service"};
+constexpr QLatin1StringView helpOption{"help"};
+constexpr QLatin1StringView versionOption{"version"};
+
+// The parser knows no option whose value may be left out: "--simulate" alone is the option with an empty value.
+QStringList withSimulateValue(QStringList arguments)
+{
+    for (QString& argument : arguments) {
+        if (argument == "--"_L1)
+            break;
+        if (argument == "--simulate"_L1)
+            argument += u'=';
+    }
+    return arguments;
+}
+
+std::optional<QString> misuse(const CommandLine& command, const QCommandLineParser& parser)
+{
+    if (parser.isSet(simulateOption) && parser.isSet(cardServiceOption))
+        return u"les options --simulate et --card-service s’excluent l’une l’autre."_s;
+    if (parser.isSet(cardServiceOption) && command.cardService->isEmpty())
+        return u"l’option --card-service demande le nom d’un programme."_s;
+    if (parser.isSet(saveOption) && command.folder.isEmpty())
+        return u"l’option --save demande le nom d’un dossier."_s;
+    if (command.action == CommandLine::Action::ShowWindow && command.cards.size() > 1)
+        return u"un seul fichier de carte peut être ouvert à la fois."_s;
+    return std::nullopt;
+}
+
+} // namespace
+
+std::expected<CommandLine, QString> CommandLine::parse(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    const QString valueName = u"valeur"_s;
+    parser.addOptions({
+        {saveOption, QString(), valueName},
+        {simulateOption, QString(), valueName},
+        {cardServiceOption, QString(), valueName},
+        QCommandLineOption(QString(helpOption)),
+        QCommandLineOption(QStringList{u"v"_s, versionOption}),
+    });
+    if (!parser.parse(withSimulateValue(arguments))) {
+        const QStringList unknown = parser.unknownOptionNames();
+        if (!unknown.isEmpty())
+            return std::unexpected(u"option inconnue : %1."_s.arg(unknown.first()));
+        return std::unexpected(u"la valeur d’une option manque, ou est donnée à une option qui n’en prend pas."_s);
+    }
+
+    CommandLine command;
+    if (parser.isSet(helpOption)) {
+        command.action = Action::ShowHelp;
+        return command;
+    }
+    if (parser.isSet(versionOption)) {
+        command.action = Action::ShowVersion;
+        return command;
+    }
+    if (parser.isSet(saveOption))
+        command.action = Action::Save;
+    command.folder = parser.value(saveOption);
+    command.cards = parser.positionalArguments();
+    command.simulate = parser.isSet(simulateOption);
+    if (const QString card = parser.value(simulateOption); !card.isEmpty())
+        command.simulatedCard = card;
+    if (parser.isSet(cardServiceOption))
+        command.cardService = parser.value(cardServiceOption);
+
+    if (const std::optional<QString> problem = misuse(command, parser))
+        return std::unexpected(*problem);
+    return command;
+}
+
+QString CommandLine::helpText()
+{
+    return uR"(Utilisation :
+  pelmora [CARTE.xml]                     ouvre la fenêtre, avec la carte du fichier s’il est donné
+  pelmora --save DOSSIER [CARTE.xml …]    enregistre l’attestation de chaque fichier de carte ou, sans fichier,
+                                          de la carte présente dans le lecteur, sans ouvrir de fenêtre
+
+Options :
+  --simulate[=CARTE.xml]      emploie un lecteur simulé, avec une carte fictive ou celle du fichier
+  --card-service PROGRAMME    emploie un autre programme de service de carte
+  --help                      affiche cette aide
+  -v, --version               affiche la version
+
+Avec --save, le chemin de chaque attestation est écrit sur la sortie standard, et chaque échec sur la sortie d’erreur.
+Code de sortie : 0 si tout a été enregistré, 1 si une attestation au moins ne l’a pas été, 2 si la commande est fautive.
+)"_s;
+}

@@ -1,0 +1,50 @@
+#include "app/CommandLine.h"
+#include "app/Console.h"
+#include "app/Runs.h"
+#include "platform/CoreDumps.h"
+
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int wrongUsage = 2;
+
+QStringList decoded(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int index = 0; index < argc; ++index)
+        arguments.append(QFile::decodeName(argv[index]));
+    return arguments;
+}
+
+int printed(const QString& text)
+{
+    return Console::print(text) ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    disableCoreDumps();
+
+    const std::expected<CommandLine, QString> command = CommandLine::parse(decoded(argc, argv));
+    if (!command) {
+        Console::complain(command.error());
+        Console::advise(u"« pelmora --help » affiche l’aide."_s);
+        return wrongUsage;
+    }
+    switch (command->action) {
+    case CommandLine::Action::ShowHelp:
+        return printed(CommandLine::helpText());
+    case CommandLine::Action::ShowVersion:
+        return printed(u"pelmora " PELMORA_VERSION "\n"_s);
+    case CommandLine::Action::Save:
+        return runSave(*command, argv[0]);
+    case CommandLine::Action::ShowWindow:
+        return runWindow(*command, argc, argv);
+    }
+    return wrongUsage;
+}

@@ -1,0 +1,102 @@
+#include "app/CardFile.h"
+#include "card/CardKeys.h"
+#include "card/PelmoraError.h"
+
+#include <QFile>
+#include <QStringEncoder>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A card of one person, declared in the given encoding.
+QString card(const QString& encoding)
+{
+    return uR"(<?xml version="1.0" encoding="%1"?><T_AsnDonneesVitale><listeBenef><T_AsnBeneficiaire>
+<ident><nomUsuel>SPECIMEN</nomUsuel><prenomUsuel>Zoé</prenomUsuel></ident>
+</T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>)"_s.arg(encoding);
+}
+
+} // namespace
+
+class tst_CardFile : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_folder;
+
+    std::expected<CardRecord, Error> loaded(const QByteArray& content) const
+    {
+        QFile file(m_folder.filePath(u"card.xml"_s));
+        if (file.open(QIODevice::WriteOnly))
+            file.write(content);
+        file.close();
+        return loadCardFile(file.fileName());
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_folder.isValid()); }
+
+    void aLoadedCardHasNoFundLabelAndNoXml()
+    {
+        const auto record = loaded(card(u"UTF-8"_s).toUtf8());
+        QVERIFY(record.has_value());
+        QCOMPARE(record->text(CardKey::fundCodeLibelle), u"Non spécifié"_s);
+        QVERIFY(!record->contains(CardKey::xmlString));
+    }
+
+    void theFirstNameIsReadInEveryEncoding_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        const QString utf16 = card(u"UTF-16"_s);
+        QTest::newRow("UTF-8") << card(u"UTF-8"_s).toUtf8();
+        QTest::newRow("UTF-8 with a mark") << "\xEF\xBB\xBF" + card(u"UTF-8"_s).toUtf8();
+        QTest::newRow("UTF-8 that declares another") << card(u"ISO-8859-1"_s).toUtf8();
+        QTest::newRow("ISO-8859-1") << card(u"ISO-8859-1"_s).toLatin1();
+        QTest::newRow("windows-1252") << card(u"windows-1252"_s).toLatin1();
+        QTest::newRow("UTF-16") << QByteArray(
+            QStringEncoder(QStringEncoder::Utf16, QStringEncoder::Flag::WriteBom)(utf16));
+    }
+
+    void theFirstNameIsReadInEveryEncoding()
+    {
+        QFETCH(const QByteArray, content);
+        const auto record = loaded(content);
+        QVERIFY2(record.has_value(), record ? "" : qPrintable(record.error().localizedDescription()));
+        QCOMPARE(record->text(CardKey::firstName), u"Zoé"_s);
+    }
+
+    void aFileWithoutAnyBeneficiaryIsTheCataloguesError()
+    {
+        const auto record = loaded("<T_AsnDonneesVitale/>");
+        QVERIFY(!record.has_value());
+        QVERIFY(record.error() == PelmoraError::vitaleNoBen());
+    }
+
+    void aMissingFileIsTold()
+    {
+        const auto record = loadCardFile(m_folder.filePath(u"missing.xml"_s));
+        QVERIFY(!record.has_value());
+        QCOMPARE(record.error().localizedDescription(), u"Le fichier n’existe pas."_s);
+    }
+
+    void aFolderIsNoCard()
+    {
+        const auto record = loadCardFile(m_folder.path());
+        QVERIFY(!record.has_value());
+        QCOMPARE(record.error().localizedDescription(), u"Le fichier ne peut pas être lu."_s);
+    }
+
+    void anEndlessFileIsRefused()
+    {
+        const auto record = loadCardFile(u"/dev/zero"_s);
+        QVERIFY(!record.has_value());
+        QCOMPARE(record.error().localizedDescription(), u"Le document XML est trop volumineux."_s);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_CardFile)
+#include "tst_cardfile.moc"

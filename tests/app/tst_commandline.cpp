@@ -1,0 +1,105 @@
+#include "app/CommandLine.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::expected<CommandLine, QString> parsed(const QStringList& arguments)
+{
+    return CommandLine::parse(QStringList{u"pelmora"_s} + arguments);
+}
+
+} // namespace
+
+class tst_CommandLine : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void withoutArgumentsTheWindowIsShown()
+    {
+        const CommandLine command = parsed({}).value();
+        QCOMPARE(command.action, CommandLine::Action::ShowWindow);
+        QVERIFY(command.cards.isEmpty());
+        QVERIFY(!command.simulate);
+        QVERIFY(!command.cardService);
+    }
+
+    void aFileIsTheCardOfTheWindow() { QCOMPARE(parsed({u"carte.xml"_s}).value().cards, QStringList{u"carte.xml"_s}); }
+
+    void saveTakesAFolderAndCards()
+    {
+        const CommandLine command = parsed({u"--save"_s, u"dossier"_s, u"a.xml"_s, u"b.xml"_s}).value();
+        QCOMPARE(command.action, CommandLine::Action::Save);
+        QCOMPARE(command.folder, u"dossier"_s);
+        QCOMPARE(command.cards, (QStringList{u"a.xml"_s, u"b.xml"_s}));
+    }
+
+    void aSimulatedReaderNeedsNoCardFile()
+    {
+        const CommandLine command = parsed({u"--simulate"_s, u"carte.xml"_s}).value();
+        QVERIFY(command.simulate);
+        QVERIFY(!command.simulatedCard);
+        QCOMPARE(command.cards, QStringList{u"carte.xml"_s});
+    }
+
+    void aSimulatedReaderMayHaveACardFile()
+    {
+        const CommandLine command = parsed({u"--simulate=a b.xml"_s}).value();
+        QVERIFY(command.simulate);
+        QCOMPARE(command.simulatedCard, u"a b.xml"_s);
+    }
+
+    void whatFollowsTwoDashesIsACardFile()
+    {
+        QCOMPARE(parsed({u"--"_s, u"--simulate"_s}).value().cards, QStringList{u"--simulate"_s});
+    }
+
+    void anotherCardServiceIsNamed()
+    {
+        QCOMPARE(parsed({u"--card-service"_s, u"/opt/service"_s}).value().cardService, u"/opt/service"_s);
+    }
+
+    void helpAndVersionWinOverTheRest()
+    {
+        QCOMPARE(parsed({u"--save"_s, u"x"_s, u"--help"_s}).value().action, CommandLine::Action::ShowHelp);
+        QCOMPARE(parsed({u"-v"_s}).value().action, CommandLine::Action::ShowVersion);
+        QCOMPARE(parsed({u"--version"_s}).value().action, CommandLine::Action::ShowVersion);
+    }
+
+    void theHelpNamesEveryOption()
+    {
+        for (const QString& option : {u"--save"_s, u"--simulate"_s, u"--card-service"_s, u"--help"_s, u"--version"_s})
+            QVERIFY2(CommandLine::helpText().contains(option), qPrintable(option));
+    }
+
+    void aMisuseIsTold_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("unknown") << QStringList{u"--frobnicate"_s} << u"option inconnue : frobnicate."_s;
+        QTest::newRow("no folder")
+            << QStringList{u"--save"_s}
+            << u"la valeur d’une option manque, ou est donnée à une option qui n’en prend pas."_s;
+        QTest::newRow("empty folder") << QStringList{u"--save="_s} << u"l’option --save demande le nom d’un dossier."_s;
+        QTest::newRow("two services") << QStringList{u"--simulate"_s, u"--card-service=x"_s}
+                                      << u"les options --simulate et --card-service s’excluent l’une l’autre."_s;
+        QTest::newRow("empty service") << QStringList{u"--card-service="_s}
+                                       << u"l’option --card-service demande le nom d’un programme."_s;
+        QTest::newRow("two cards") << QStringList{u"a.xml"_s, u"b.xml"_s}
+                                   << u"un seul fichier de carte peut être ouvert à la fois."_s;
+    }
+
+    void aMisuseIsTold()
+    {
+        QFETCH(const QStringList, arguments);
+        const std::expected<CommandLine, QString> command = parsed(arguments);
+        QVERIFY(!command.has_value());
+        QTEST(command.error(), "reason");
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_CommandLine)
+#include "tst_commandline.moc"
