@@ -1,0 +1,122 @@
+#include "card/PelmoraError.h"
+
+#include <QTest>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The text in UTF-8; null when the error has none.
+QByteArray descriptionOf(const Error& error)
+{
+    return error.description() ? error.description()->toUtf8() : QByteArray();
+}
+
+using Factory = Error (*)();
+
+} // namespace
+
+Q_DECLARE_METATYPE(Factory)
+
+class TestPelmoraError : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void eachErrorHasItsCodeAndItsText_data()
+    {
+        QTest::addColumn<Factory>("make");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QByteArray>("text");
+        const auto row = [](const char* name, Factory make, int code, const QByteArray& text) {
+            QTest::newRow(name) << make << code << text;
+        };
+        row("generalError", &PelmoraError::generalError, -10, {});
+        row("internalError", &PelmoraError::internalError, -11, {});
+        row("writeError", &PelmoraError::writeError, -12,
+            "Une erreur est survenue pendant l'enregistrement de l'attestation. R\xC3\xA9"
+            "essayez l'op\xC3\xA9ration.");
+        row("noReader", &PelmoraError::noReader, -20,
+            "Aucun lecteur de carte n'a \xC3\xA9t\xC3\xA9 trouv\xC3\xA9. V\xC3\xA9rifiez les branchements.");
+        row("badReader", &PelmoraError::badReader, -21,
+            "Le lecteur fournit pas MORVEL n'a pas \xC3\xA9t\xC3\xA9 trouv\xC3\xA9. V\xC3\xA9rifiez les branchements.");
+        row("readerError", &PelmoraError::readerError, -22,
+            "Erreur lecteur. V\xC3\xA9rifiez les branchements du lecteur.");
+        row("vitaleNotPresent", &PelmoraError::vitaleNotPresent, -30, "La carte vitale n'est pas dans le lecteur.");
+        row("vitaleReadError", &PelmoraError::vitaleReadError, -31,
+            "Erreur de lecture de la carte Vitale.\nV\xC3\xA9rifiez le branchement du lecteur ou la pr\xC3\xA9sence de "
+            "la "
+            "carte Vitale dans le lecteur ou le sens d'insertion de la carte Vitale.");
+        row("vitaleNoBen", &PelmoraError::vitaleNoBen, -40,
+            "La carte Vitale ne comporte aucun b\xC3\xA9n\xC3\xA9"
+            "ficiaire.");
+    }
+
+    void eachErrorHasItsCodeAndItsText()
+    {
+        QFETCH(Factory, make);
+        QFETCH(int, code);
+        QFETCH(QByteArray, text);
+        const Error error = make();
+        QCOMPARE(error.domain(), u"Pelmora"_s);
+        QCOMPARE(error.code(), code);
+        QCOMPARE(descriptionOf(error), text);
+        QCOMPARE(error.description().has_value(), !text.isNull());
+        QCOMPARE(make(), error);
+    }
+
+    void anErrorWithoutATextIsShownByItsDomainAndCode()
+    {
+        QCOMPARE(PelmoraError::generalError().localizedDescription(),
+                 u"L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s);
+        QCOMPARE(PelmoraError::internalError().localizedDescription(),
+                 u"L’opération n’a pas pu s’achever. (erreur Pelmora -11.)"_s);
+    }
+
+    void aResultCodeGivesItsErrorOrElseTheGeneralOne_data()
+    {
+        QTest::addColumn<qint64>("result");
+        QTest::addColumn<int>("code");
+        const QHash<qint64, int> known{{11, -30}, {13, -22}, {15, -31}, {17, -31}, {25, -31}};
+        const auto row = [&known](qint64 result) {
+            QTest::newRow(QByteArray::number(result).constData()) << result << known.value(result, -10);
+        };
+        for (qint64 result = -5; result <= 40; ++result)
+            row(result);
+        // Values whose low 32 bits are those of a known code must not pass for it.
+        constexpr qint64 beyond = qint64(1) << 32;
+        for (const qint64 result :
+             {beyond + 11, -beyond + 13, std::numeric_limits<qint64>::min(), std::numeric_limits<qint64>::max()})
+            row(result);
+    }
+
+    void aResultCodeGivesItsErrorOrElseTheGeneralOne()
+    {
+        QFETCH(qint64, result);
+        QFETCH(int, code);
+        const Error error = PelmoraError::errorForCode(result);
+        QCOMPARE(error.domain(), u"Pelmora"_s);
+        QCOMPARE(error.code(), code);
+        QCOMPARE(error.description().has_value(), code != -10);
+    }
+
+    void theTextsOfResultCodesAreTheCatalogues()
+    {
+        QCOMPARE(PelmoraError::errorForCode(11).description(), PelmoraError::vitaleNotPresent().description());
+        QCOMPARE(PelmoraError::errorForCode(13).description(), PelmoraError::readerError().description());
+        QCOMPARE(PelmoraError::errorForCode(25).description(), PelmoraError::vitaleReadError().description());
+        QCOMPARE(PelmoraError::errorForCode(25).description().value_or(QString()).count(u'\n'), 1);
+    }
+
+    void errorsAreEqualWhenDomainAndCodeAre()
+    {
+        QCOMPARE(PelmoraError::noReader(), PelmoraError::noReader());
+        QVERIFY(PelmoraError::noReader() != PelmoraError::badReader());
+        QVERIFY(PelmoraError::noReader() != Error(u"XML"_s, -20));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPelmoraError)
+#include "tst_pelmoraerror.moc"
