@@ -2,6 +2,7 @@
 #include "app/Console.h"
 #include "app/Runs.h"
 #include "platform/CoreDumps.h"
+#include "support/QtMessages.h"
 
 #include <QFile>
 
@@ -29,6 +30,7 @@ int printed(const QString& text)
 int main(int argc, char* argv[])
 {
     disableCoreDumps();
+    sendQtMessagesToLog();
 
     const std::expected<CommandLine, QString> command = CommandLine::parse(decoded(argc, argv));
     if (!command) {

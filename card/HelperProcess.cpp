@@ -10,10 +10,14 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/pidfd.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+// The header of glibc 2.36 forgets C linkage.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace {
 

@@ -222,8 +222,9 @@ private Q_SLOTS:
         const QString file = cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s));
         QCOMPARE(pelmora({u"--save"_s, folder(), file}).exitCode, 0);
         QStringList left = entries(m_home->path());
-        // The font cache is the system's.
+        // What Qt and the fonts' library keep there is theirs, and says nothing of a card.
         left.removeAll(u"cache"_s);
+        left.removeAll(u"runtime"_s);
         QCOMPARE(left, (QStringList{u"attestations"_s, file.section(u'/', -1)}));
     }
 
