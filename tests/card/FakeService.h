@@ -1,0 +1,84 @@
+#pragma once
+
+#include "card/HelperProcess.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <optional>
+
+#include <signal.h>
+
+/// The scriptable card service program, with a record of what it was asked.
+class FakeService
+{
+public:
+    /// How to start it with the given behaviour. A service may be started several times; all note in one record.
+    [[nodiscard]] ServiceCommand command(const QStringList& arguments = {}) const
+    {
+        return {QStringLiteral(PELMORA_FAKE_SERVICE),
+                QStringList{QStringLiteral("--record"), recordPath()} + arguments};
+    }
+
+    /// What was noted so far, a line each.
+    [[nodiscard]] QStringList notes() const
+    {
+        QFile file(recordPath());
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+    }
+
+    /// The requests, as JSON with sorted keys.
+    [[nodiscard]] QStringList requests() const { return notes().filter(QStringLiteral("{")); }
+
+    /// One field of the requests that have it.
+    [[nodiscard]] QStringList requested(const QString& key) const
+    {
+        QStringList values;
+        for (const QString& request : requests()) {
+            const QJsonObject fields = QJsonDocument::fromJson(request.toUtf8()).object();
+            if (fields.contains(key))
+                values.append(fields.value(key).toString());
+        }
+        return values;
+    }
+
+    /// The process numbers of the services that were started, in order.
+    [[nodiscard]] QList<pid_t> processes() const
+    {
+        QList<pid_t> numbers;
+        for (const QString& note : notes()) {
+            if (note.startsWith(QStringLiteral("pid ")))
+                numbers.append(note.sliced(4).toInt());
+        }
+        return numbers;
+    }
+
+    /// Path for a file of the test's own.
+    [[nodiscard]] QString filePath(const QString& name) const { return m_folder.filePath(name); }
+
+    /// Whether a process is gone, or dead and only waiting for its parent to notice.
+    [[nodiscard]] static bool isDead(pid_t process)
+    {
+        QFile file(QStringLiteral("/proc/%1/stat").arg(process));
+        if (!file.open(QIODevice::ReadOnly))
+            return true;
+        const QByteArray content = file.readAll();
+        return content.isEmpty() || content.sliced(content.lastIndexOf(')') + 2).startsWith('Z');
+    }
+
+    /// Whether a process is gone and was taken leave of.
+    [[nodiscard]] static bool isReaped(pid_t process) { return ::kill(process, 0) != 0; }
+
+private:
+    [[nodiscard]] QString recordPath() const { return m_folder.filePath(QStringLiteral("record")); }
+
+    QTemporaryDir m_folder;
+};

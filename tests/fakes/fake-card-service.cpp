@@ -1,0 +1,295 @@
+// A card service program that behaves as its arguments say:
+//   --record FILE            notes its process number, the requests (as JSON) and the end of its input, a line each
+//   --do COMMAND BEHAVIOUR   how it answers a command ("any" stands for all); the behaviours are the table below
+//   --at-start BEHAVIOUR     what it does before it reads anything
+//   --set COMMAND KEY TEXT   a text in the reply to a command; --unset COMMAND KEY leaves a field out
+//   --number COMMAND KEY N, --list COMMAND KEY A|B|C, --bytes COMMAND KEY HEX   the same with other types
+//   --odd-list COMMAND KEY   an array of a number, a text, null and another text
+//   --reverse N              replies wait until there are N, and then go out last first
+//   --ignore-end             stays when its input ends
+#include "card/ServiceMessage.h"
+#include "card/ServiceVocabulary.h"
+
+#include <QCborArray>
+#include <QFile>
+#include <QHash>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QList>
+#include <QStringList>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <thread>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto slowness = std::chrono::milliseconds(100);
+
+void writeAll(int descriptor, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const ssize_t count = write(descriptor, bytes.data(), static_cast<std::size_t>(bytes.size()));
+        if (count <= 0)
+            _exit(3);
+        bytes = bytes.sliced(count);
+    }
+}
+
+void say(const QByteArray& bytes)
+{
+    writeAll(STDOUT_FILENO, bytes);
+}
+
+void sayToErrors(const QByteArray& bytes)
+{
+    writeAll(STDERR_FILENO, bytes);
+}
+
+QByteArray unsolicited()
+{
+    return encodeServiceMessage({.number = 0, .body = QCborMap{{u"Event"_s, u"something"_s}}});
+}
+
+QByteArray hugeItem()
+{
+    const QCborMap body{{u"Status"_s, u"success"_s}, {u"Vitale"_s, QString(5 * 1024 * 1024, u'x')}};
+    return encodeServiceMessage({.number = 1, .body = body});
+}
+
+[[noreturn]] void waitForDeath()
+{
+    while (true)
+        pause();
+}
+
+/// The behaviours: what each does with the reply (empty at start).
+using Behaviour = std::function<void(const QByteArray& reply)>;
+
+const QHash<QString, Behaviour>& behaviours()
+{
+    static const QHash<QString, Behaviour> table{
+        {u"normal"_s, say},
+        {u"silent"_s, [](const QByteArray&) {}},
+        {u"slow"_s,
+         [](const QByteArray& reply) {
+             std::this_thread::sleep_for(slowness);
+             say(reply);
+         }},
+        {u"in-pieces"_s,
+         [](const QByteArray& reply) {
+             for (const char byte : reply)
+                 say(QByteArray(1, byte));
+         }},
+        {u"twice"_s, [](const QByteArray& reply) { say(reply + reply); }},
+        {u"to-nobody"_s,
+         [](const QByteArray& reply) { say(encodeServiceMessage({.number = 4711, .body = QCborMap{}}) + reply); }},
+        {u"garbage"_s, [](const QByteArray&) { say("Segmentation fault\n"); }},
+        {u"half"_s, [](const QByteArray& reply) { say(reply.first(reply.size() / 2)); }},
+        {u"huge"_s, [](const QByteArray&) { say(hugeItem()); }},
+        {u"crash"_s, [](const QByteArray&) { std::raise(SIGKILL); }},
+        {u"crash-midway"_s,
+         [](const QByteArray& reply) {
+             say(reply.first(reply.size() / 2));
+             std::raise(SIGKILL);
+         }},
+        {u"crash-after"_s,
+         [](const QByteArray& reply) {
+             say(reply);
+             std::raise(SIGKILL);
+         }},
+        {u"exit"_s, [](const QByteArray&) { _exit(0); }},
+        {u"chatter"_s, [](const QByteArray& reply) { say("Lecteur branché\n" + reply); }},
+        {u"chatter-on-errors"_s,
+         [](const QByteArray& reply) {
+             sayToErrors("Lecteur branché\nligne\x1b[31m rouge\n" + QByteArray(5000, 'x') + "\nsans fin de ligne");
+             say(reply);
+         }},
+        {u"unsolicited"_s, [](const QByteArray& reply) { say(unsolicited() + reply); }},
+        {u"unsolicited-null"_s,
+         [](const QByteArray& reply) { say(encodeServiceMessage({.number = 0, .body = std::nullopt}) + reply); }},
+        {u"burst"_s, [](const QByteArray& reply) { say(unsolicited().repeated(100'000) + reply); }},
+        {u"flood"_s,
+         [](const QByteArray&) {
+             const QByteArray wave = unsolicited().repeated(1000);
+             while (true)
+                 say(wave);
+         }},
+        {u"flood-on-errors"_s,
+         [](const QByteArray& reply) {
+             say(reply);
+             const QByteArray wave = QByteArray("bruit\n").repeated(1000);
+             while (true)
+                 writeAll(STDERR_FILENO, wave);
+         }},
+        {u"close-output"_s,
+         [](const QByteArray&) {
+             close(STDOUT_FILENO);
+             waitForDeath();
+         }},
+        {u"close-input"_s,
+         [](const QByteArray&) {
+             close(STDIN_FILENO);
+             waitForDeath();
+         }},
+        {u"stop-reading"_s, [](const QByteArray&) { waitForDeath(); }},
+    };
+    return table;
+}
+
+/// What the arguments ask for.
+struct Script
+{
+    QFile record;
+    QHash<QString, QString> behaviours; // by command
+    QHash<QString, QCborMap> replies;   // by command
+    QString atStart;
+    int reverse = 0;
+    bool ignoresEnd = false;
+
+    void note(const QByteArray& line)
+    {
+        if (record.isOpen()) {
+            record.write(line + '\n');
+            record.flush();
+        }
+    }
+};
+
+void setStandardReplies(Script& script)
+{
+    for (const auto command : {ServiceWord::init, ServiceWord::readersList, ServiceWord::setReaders,
+                               ServiceWord::informationsCommand, ServiceWord::vitaleRead})
+        script.replies[command] = {{ServiceWord::status, ServiceWord::success}};
+    script.replies[ServiceWord::init].insert(ServiceWord::embedded, u"true"_s);
+    script.replies[ServiceWord::readersList].insert(ServiceWord::readers, QCborArray{u"Feitian SCR301"_s});
+    script.replies[ServiceWord::informationsCommand].insert(
+        ServiceWord::informations,
+        u"<informations><apiLecVitale><version>1.2.3</version></apiLecVitale></informations>"_s);
+    script.replies[ServiceWord::vitaleRead].insert(
+        ServiceWord::vitale,
+        u"<T_AsnDonneesVitale><tech><numSerie>42</numSerie></tech><listeBenef><T_AsnBeneficiaire><ident><nomUsuel>"
+        "SPECIMEN</nomUsuel></ident></T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>"_s);
+    script.replies[ServiceWord::vitaleRead].insert(ServiceWord::fundCodeLibelle, u"CPAM SPECIMEN"_s);
+}
+
+/// Takes one option and its values off the list; false when it is not known.
+bool takeOption(QStringList& arguments, Script& script)
+{
+    const QString option = arguments.takeFirst();
+    if (option == u"--ignore-end") {
+        script.ignoresEnd = true;
+        return true;
+    }
+    const QString first = arguments.isEmpty() ? QString() : arguments.takeFirst();
+    if (option == u"--record") {
+        script.record.setFileName(first);
+        return script.record.open(QIODevice::WriteOnly | QIODevice::Append);
+    }
+    if (option == u"--at-start") {
+        script.atStart = first;
+        return behaviours().contains(first);
+    }
+    if (option == u"--reverse") {
+        script.reverse = first.toInt();
+        return script.reverse > 0;
+    }
+    const QString second = arguments.isEmpty() ? QString() : arguments.takeFirst();
+    if (option == u"--do") {
+        script.behaviours.insert(first, second);
+        return second == u"null" || behaviours().contains(second);
+    }
+    QCborMap& reply = script.replies[first];
+    if (option == u"--unset") {
+        reply.remove(second);
+        return true;
+    }
+    if (option == u"--odd-list") {
+        reply.insert(second, QCborArray{7, u"A"_s, QCborValue::Null, u"Feitian SCR301"_s});
+        return true;
+    }
+    const QString third = arguments.isEmpty() ? QString() : arguments.takeFirst();
+    if (option == u"--set")
+        reply.insert(second, third);
+    else if (option == u"--number")
+        reply.insert(second, third.toLongLong());
+    else if (option == u"--bytes")
+        reply.insert(second, QByteArray::fromHex(third.toLatin1()));
+    else if (option == u"--list")
+        reply.insert(second, QCborArray::fromStringList(third.split(u'|', Qt::SkipEmptyParts)));
+    else
+        return false;
+    return true;
+}
+
+void answer(Script& script, const ServiceMessage& request, QList<QByteArray>& held)
+{
+    const QCborMap fields = request.body.value_or(QCborMap());
+    script.note(QJsonDocument(fields.toJsonObject()).toJson(QJsonDocument::Compact));
+
+    const QString command = fields.value(ServiceWord::command).toString();
+    const QString behaviour = script.behaviours.value(command, script.behaviours.value(u"any"_s, u"normal"_s));
+    const bool isNull = behaviour == u"null";
+    const std::optional<QCborMap> body = isNull ? std::nullopt : std::optional(script.replies.value(command));
+    const QByteArray reply = encodeServiceMessage({.number = request.number, .body = body});
+    if (script.reverse > 0) {
+        held.prepend(reply);
+        if (held.size() == script.reverse)
+            say(std::exchange(held, {}).join());
+    } else {
+        behaviours().value(isNull ? u"normal"_s : behaviour)(reply);
+    }
+}
+
+void serve(Script& script)
+{
+    ServiceMessageReader reader;
+    QList<QByteArray> held;
+    std::array<char, 65536> slice{};
+    while (true) {
+        const ssize_t count = read(STDIN_FILENO, slice.data(), slice.size());
+        if (count <= 0)
+            return;
+        reader.append({slice.data(), count});
+        while (true) {
+            const auto request = reader.next();
+            if (!request)
+                _exit(4);
+            if (!*request)
+                break;
+            answer(script, **request, held);
+        }
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    Script script;
+    setStandardReplies(script);
+    QStringList arguments;
+    for (int index = 1; index < argc; ++index)
+        arguments.append(QString::fromLocal8Bit(argv[index]));
+    while (!arguments.isEmpty()) {
+        if (!takeOption(arguments, script)) {
+            sayToErrors("fake-card-service: bad argument\n");
+            return 2;
+        }
+    }
+    script.note("pid " + QByteArray::number(getpid()));
+    if (!script.atStart.isEmpty())
+        behaviours().value(script.atStart)({});
+    serve(script);
+    script.note("end of input");
+    if (script.ignoresEnd)
+        waitForDeath();
+    return 0;
+}
