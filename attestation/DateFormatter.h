@@ -14,6 +14,7 @@ class DateFormatter
 public:
     explicit DateFormatter(const QLocale& locale);
     virtual ~DateFormatter() = default;
+    Q_DISABLE_COPY_MOVE(DateFormatter)
 
     [[nodiscard]] const QLocale& locale() const { return m_locale; }
     [[nodiscard]] const QString& dateFormat() const { return m_dateFormat; }
@@ -22,10 +23,6 @@ public:
     /// The date that the whole text stands for; absent when it does not parse.
     [[nodiscard]] virtual std::optional<QDate> dateFromString(QStringView text) const;
     [[nodiscard]] virtual QString stringFromDate(QDate date) const;
-
-protected:
-    DateFormatter(const DateFormatter&) = default;
-    DateFormatter& operator=(const DateFormatter&) = default;
 
 private:
     QLocale m_locale;

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "attestation/AttestationPage.h"
+#include "attestation/PageFonts.h"
+#include "card/CardRecord.h"
+#include "platform/Bundle.h"
+
+#include <QSize>
+#include <QTemporaryDir>
+
+#include <memory>
+
+/// The resources as the build stages them.
+[[nodiscard]] Bundle stagedBundle();
+
+/// The page's fonts; ends the test program when they cannot be loaded.
+[[nodiscard]] PageFonts pageFonts();
+
+/// Settings in a file of their own, put in place for the test.
+class TemporarySettings
+{
+public:
+    TemporarySettings();
+    void setShowsRightLabel(bool shows) const;
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// A person of a card, invented, with a number of 15 characters.
+[[nodiscard]] BeneficiaryRecord person(const QString& lastName, const QString& firstName);
+
+/// The card of SPECIMEN Marie: scheme 01, fund 751, centre 8801, code 10, and the given number of beneficiaries, named
+/// SPECIMEN Numéro1, SPECIMEN Numéro2 and so on.
+[[nodiscard]] CardRecord specimenCard(int beneficiaryCount);
+
+/// A page with all its values, no logo, and the given number of lines like specimenCard's.
+[[nodiscard]] AttestationPage specimenPage(int lineCount);
+
+/// A logo of that natural size: one black rectangle that covers it.
+[[nodiscard]] std::shared_ptr<QSvgRenderer> blackLogo(QSize size);

@@ -1,0 +1,93 @@
+#include "Fixtures.h"
+#include "attestation/TextBreaking.h"
+
+#include <QFontMetricsF>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_TextBreaking : public QObject
+{
+    Q_OBJECT
+
+private:
+    PageFonts m_fonts = pageFonts();
+    PageFont m_font = m_fonts.systemFontOfSize(12);
+
+    QStringList broken(const QString& text, double width)
+    {
+        QStringList texts;
+        for (const BrokenLine& line : breakText(text, m_font, width))
+            texts.append(line.text);
+        return texts;
+    }
+
+    double widthOf(const QString& text)
+    {
+        return QFontMetricsF(m_font.font).horizontalAdvance(text) / pageUnitsPerPoint;
+    }
+
+private Q_SLOTS:
+    void aTextThatFitsIsOneLine()
+    {
+        const QList<BrokenLine> lines = breakText(u"SPECIMEN Marie"_s, m_font, 500);
+        QCOMPARE(lines.size(), 1);
+        QCOMPARE(lines[0].text, u"SPECIMEN Marie"_s);
+        QVERIFY(qAbs(lines[0].width - widthOf(u"SPECIMEN Marie"_s)) < 0.01);
+    }
+
+    void aNewLineBreaksTheText()
+    {
+        QCOMPARE(broken(u"un\ndeux\n\nquatre"_s, 500), QStringList({u"un"_s, u"deux"_s, u""_s, u"quatre"_s}));
+    }
+
+    void aLongTextIsBrokenBetweenWords()
+    {
+        QCOMPARE(broken(u"SPECIMEN DE LA ROCHE"_s, widthOf(u"SPECIMEN DE L"_s)),
+                 QStringList({u"SPECIMEN DE"_s, u"LA ROCHE"_s}));
+    }
+
+    void aTextExactlyAsWideAsItsBoxIsNotBroken()
+    {
+        QCOMPARE(broken(u"SPECIMEN Marie"_s, widthOf(u"SPECIMEN Marie"_s)), QStringList(u"SPECIMEN Marie"_s));
+    }
+
+    void aWordTooLongForALineIsBrokenAnywhere()
+    {
+        const QStringList lines = broken(QString(100, u'W'), 100);
+        QVERIFY(lines.size() > 1);
+        QCOMPARE(lines.join(QString()), QString(100, u'W'));
+        for (const QString& line : lines)
+            QVERIFY(widthOf(line) <= 100);
+    }
+
+    void blanksAtTheEndOfALineAreNotPartOfIt()
+    {
+        const QList<BrokenLine> lines = breakText(u"  Marie   "_s, m_font, 500);
+        QCOMPARE(lines[0].text, u"  Marie"_s);
+        QVERIFY(qAbs(lines[0].width - widthOf(u"  Marie"_s)) < 0.01);
+        QCOMPARE(broken(u"   "_s, 500), QStringList(u""_s));
+    }
+
+    void everyKindOfLineBreakBecomesOne()
+    {
+        QCOMPARE(drawableText(u"a\rb\r\nc\u2028d\u2029e\u0085f\vg"_s), u"a\nb\nc\nd\ne\nf\ng"_s);
+    }
+
+    void accentsAreComposed()
+    {
+        QCOMPARE(drawableText(u"E\u0301lodie"_s), u"Élodie"_s);
+        QCOMPARE(drawableText(u"Nguye\u0302\u0303n"_s), u"Nguyễn"_s);
+    }
+
+    void whatNoFontCanShowIsLeftOut()
+    {
+        QCOMPARE(drawableText(QString::fromUtf16(u"a\u0000b\u0001c\u007fd\u009fe", 9)), u"abcde"_s);
+        QCOMPARE(drawableText(u"a\tb"_s), u"a b"_s);
+        QCOMPARE(drawableText(QString(u'a') + QChar(0xd800) + u'b' + QChar(0xffff) + u'c'), u"abc"_s);
+        QCOMPARE(drawableText(u"a\U0001F600b"_s), u"a\U0001F600b"_s);
+    }
+};
+
+QTEST_MAIN(tst_TextBreaking)
+#include "tst_textbreaking.moc"
