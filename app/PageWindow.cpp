@@ -5,6 +5,7 @@
 #include "platform/ObjectText.h"
 
 #include <QMessageBox>
+#include <QScreen>
 #include <QScrollArea>
 
 using namespace Qt::StringLiterals;
@@ -17,6 +18,11 @@ PageWindow::PageWindow(SchemeLogos& logos, const PageFonts& fonts)
     scroller->setAlignment(Qt::AlignCenter);
     scroller->setWidget(MVNewAttestationView::viewOf(m_attestation, fonts).release());
     setCentralWidget(scroller);
+
+    // The whole page with some air around it, where the screen has the room.
+    constexpr QSize air(20, 20);
+    const QSize wanted = attestationPageSize.toSize() + air;
+    resize(wanted.boundedTo(screen()->availableSize() - air));
 }
 
 PageWindow::~PageWindow() = default;
