@@ -1,0 +1,109 @@
+// From a card record to the bytes of its attestation, in a program that runs already, beside the same page drawn bare.
+#include "BarePage.h"
+#include "attestation/AttestationPdf.h"
+#include "attestation/MVNewAttestation.h"
+#include "attestation/PageFonts.h"
+#include "attestation/SchemeLogos.h"
+#include "card/CardKeys.h"
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QSvgRenderer>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int warmUps = 20;
+constexpr int rounds = 300;
+
+BeneficiaryRecord person(const QString& firstName, const QString& number, const QString& birthday)
+{
+    BeneficiaryRecord person;
+    person.setText(CardKey::lastName, u"SPECIMEN"_s);
+    person.setText(CardKey::firstName, firstName);
+    person.setText(CardKey::ssn, number);
+    person.setText(CardKey::birthdayDate, birthday);
+    person.setText(CardKey::rank, u"1"_s);
+    return person;
+}
+
+// What the bare page shows.
+CardRecord specimenCard()
+{
+    CardRecord card;
+    card.setText(CardKey::lastName, u"SPECIMEN"_s);
+    card.setText(CardKey::firstName, u"Hélène"_s);
+    card.setText(CardKey::ssn, u"285057511612381"_s);
+    card.setText(CardKey::regimeCode, u"01"_s);
+    card.setText(CardKey::fundCode, u"751"_s);
+    card.setText(CardKey::managementCenter, u"8801"_s);
+    card.setText(CardKey::managementCode, u"10"_s);
+    card.setText(CardKey::fundCodeLibelle, u"Régime général"_s);
+    card.setBeneficiaries({person(u"Hélène"_s, u"285057511612381"_s, u"14051985"_s),
+                           person(u"François"_s, u"183116912345641"_s, u"02111983"_s),
+                           person(u"Zoé"_s, u"285057511612381"_s, u"21032016"_s)});
+    return card;
+}
+
+double microseconds(const std::function<QByteArray()>& make)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const QByteArray document = make();
+    const double elapsed = double(timer.nsecsElapsed()) / 1000;
+    if (document.isEmpty())
+        qFatal("no document");
+    return elapsed;
+}
+
+double median(std::vector<double> values)
+{
+    std::ranges::nth_element(values, values.begin() + std::ssize(values) / 2);
+    return values[values.size() / 2];
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
+    const Bundle bundle(QStringLiteral(PELMORA_STAGE_SHARE));
+    const auto fonts = PageFonts::load(bundle);
+    if (!fonts)
+        qFatal("%s", qPrintable(fonts.error().localizedDescription()));
+    SchemeLogos logos(bundle);
+    const BareFonts bareFonts = loadBareFonts(QStringLiteral(PELMORA_STAGE_SHARE));
+    QSvgRenderer bareLogo(*bundle.pathForResource(u"01"_s, u"svg"_s));
+
+    const CardRecord card = specimenCard();
+    const auto fromRecord = [&] {
+        MVNewAttestation attestation(logos);
+        attestation.setVitale(card);
+        return renderAttestationPdf(attestation.page(), *fonts);
+    };
+    const auto bare = [&] { return barePdf(bareFonts, bareLogo); };
+
+    std::vector<double> ours;
+    std::vector<double> floor;
+    std::vector<double> ratios;
+    for (int round = 0; round < warmUps + rounds; ++round) {
+        const double bareTime = microseconds(bare);
+        const double ourTime = microseconds(fromRecord);
+        if (round < warmUps)
+            continue;
+        floor.push_back(bareTime);
+        ours.push_back(ourTime);
+        ratios.push_back(ourTime / bareTime);
+    }
+    std::printf("record to PDF   %8.0f us  (%lld bytes)\n", median(ours), static_cast<long long>(fromRecord().size()));
+    std::printf("bare QPdfWriter %8.0f us  (%lld bytes)\n", median(floor), static_cast<long long>(bare().size()));
+    std::printf("ratio           %8.2f     (at most 1.15)\n", median(ratios));
+    return 0;
+}
