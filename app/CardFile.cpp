@@ -3,6 +3,7 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
 #include "platform/XmlDocument.h"
+#include "service/XmlBytes.h"
 
 #include <QFile>
 #include <QStringDecoder>
@@ -31,8 +32,15 @@ std::expected<QByteArray, Error> readFile(const QString& path)
 std::expected<XmlDocument, Error> parse(const QByteArray& bytes)
 {
     QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = decoder(bytes);
-    return decoder.hasError() ? XmlDocument::fromBytes(bytes) : XmlDocument::fromText(text);
+    QString text = decoder(bytes);
+    if (decoder.hasError()) {
+        const std::optional<QString> declared = decodeXmlBytes(bytes);
+        if (!declared)
+            return std::unexpected(
+                Error(errorDomain, QFileDevice::ReadError, u"Le fichier n’est pas un texte lisible."_s));
+        text = *declared;
+    }
+    return XmlDocument::fromText(text);
 }
 
 } // namespace

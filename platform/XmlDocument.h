@@ -50,14 +50,11 @@ public:
     /// The domain of the errors that parsing gives.
     static constexpr QLatin1StringView errorDomain{"XML"};
 
-    /// Bytes beyond which a text is refused before it is parsed.
+    /// Bytes, in UTF-8, beyond which a text is refused before it is parsed.
     static constexpr std::size_t maximumSize = 16 * 1024 * 1024;
 
     /// Parses a text that is already decoded: the encoding that it declares is ignored.
     [[nodiscard]] static std::expected<XmlDocument, Error> fromText(const QString& text);
-
-    /// Parses bytes in the encoding that their byte order mark or XML declaration names, else UTF-8.
-    [[nodiscard]] static std::expected<XmlDocument, Error> fromBytes(const QByteArray& bytes);
 
     [[nodiscard]] XmlNode documentNode() const;
     [[nodiscard]] XmlNode rootElement() const;
@@ -72,7 +69,7 @@ private:
         : m_document(document)
     {
     }
-    static std::expected<XmlDocument, Error> parse(const QByteArray& bytes, const char* encoding);
+    static std::expected<XmlDocument, Error> parse(const QByteArray& utf8);
 
     std::unique_ptr<_xmlDoc, Deleter> m_document;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/FileDescriptor.h"
+#include "card/FileDescriptor.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 #include "service/SimulatedReader.h"
 
+#include "card/FileDescriptor.h"
 #include "service/CardCoverage.h"
-#include "service/CardText.h"
-#include "service/FileDescriptor.h"
 #include "service/LibraryVersions.h"
+#include "service/XmlBytes.h"
 
 #include <cerrno>
 #include <optional>
@@ -86,7 +86,7 @@ std::expected<QString, ReadResult> SimulatedReader::readCard()
     const std::expected<QByteArray, ReadResult> bytes = readCardFile(m_cardPath);
     if (!bytes)
         return std::unexpected(bytes.error());
-    std::optional<QString> text = decodeCardText(*bytes);
+    std::optional<QString> text = decodeXmlBytes(*bytes);
     if (!text || !cardCoverage(*text))
         return std::unexpected(ReadResult::ReadError);
     return *std::move(text);

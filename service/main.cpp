@@ -1,6 +1,6 @@
-#include "service/CommandLine.h"
 #include "service/ProcessSetup.h"
 #include "service/ReaderlessLibrary.h"
+#include "service/ServiceCommandLine.h"
 #include "service/ServiceLoop.h"
 #include "service/SimulatedReader.h"
 #include "service/SiteFunds.h"
@@ -16,7 +16,7 @@ int fail(int status, std::string_view reason)
     return status;
 }
 
-std::unique_ptr<ReadingLibrary> readingLibrary(const CommandLine& line)
+std::unique_ptr<ReadingLibrary> readingLibrary(const ServiceCommandLine& line)
 {
     if (line.simulatedCard)
         return std::make_unique<SimulatedReader>(*line.simulatedCard);
@@ -27,12 +27,13 @@ std::unique_ptr<ReadingLibrary> readingLibrary(const CommandLine& line)
 
 int main(int argc, char* argv[])
 {
-    const std::expected<CommandLine, std::string> line = parseCommandLine(QList<QByteArray>(argv + 1, argv + argc));
+    const std::expected<ServiceCommandLine, std::string> line =
+        parseCommandLine(QList<QByteArray>(argv + 1, argv + argc));
     if (!line)
         return fail(2, line.error() + " (voir --help)");
-    if (line->action == CommandLine::Action::ShowHelp)
+    if (line->action == ServiceCommandLine::Action::ShowHelp)
         return (std::cout << helpText() << std::flush) ? 0 : 1;
-    if (line->action == CommandLine::Action::ShowVersion)
+    if (line->action == ServiceCommandLine::Action::ShowVersion)
         return (std::cout << "com.morvel.lvit " PELMORA_VERSION << std::endl) ? 0 : 1;
 
     if (!protectProcess())

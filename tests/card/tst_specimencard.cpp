@@ -14,7 +14,7 @@ std::expected<CardRecord, QString> specimen()
     QFile file(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));
     if (!file.open(QIODevice::ReadOnly))
         return std::unexpected(file.errorString());
-    const std::expected<XmlDocument, Error> document = XmlDocument::fromBytes(file.readAll());
+    const std::expected<XmlDocument, Error> document = XmlDocument::fromText(QString::fromUtf8(file.readAll()));
     if (!document)
         return std::unexpected(document.error().localizedDescription());
     const std::expected<CardRecord, Error> record = parseCardDocument(&*document);

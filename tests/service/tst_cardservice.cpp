@@ -1,6 +1,6 @@
+#include "card/FileDescriptor.h"
 #include "card/ServiceMessage.h"
 #include "card/ServiceVocabulary.h"
-#include "service/FileDescriptor.h"
 
 #include <QCborArray>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "service/CommandLine.h"
+#include "service/ServiceCommandLine.h"
 
 #include <QTest>
 
@@ -7,15 +7,15 @@ namespace {
 /// The action, or the card, or the complaint, as one text to compare.
 QByteArray outcome(const QList<QByteArray>& arguments)
 {
-    const std::expected<CommandLine, std::string> line = parseCommandLine(arguments);
+    const std::expected<ServiceCommandLine, std::string> line = parseCommandLine(arguments);
     if (!line)
         return "error: " + QByteArray::fromStdString(line.error());
     switch (line->action) {
-    case CommandLine::Action::ShowHelp:
+    case ServiceCommandLine::Action::ShowHelp:
         return "help";
-    case CommandLine::Action::ShowVersion:
+    case ServiceCommandLine::Action::ShowVersion:
         return "version";
-    case CommandLine::Action::Serve:
+    case ServiceCommandLine::Action::Serve:
         return line->simulatedCard ? "serve " + *line->simulatedCard : QByteArray("serve");
     }
     return {};

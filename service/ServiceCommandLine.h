@@ -8,7 +8,7 @@
 #include <string>
 
 /// What the service was started for.
-struct CommandLine
+struct ServiceCommandLine
 {
     enum class Action
     {
@@ -21,7 +21,7 @@ struct CommandLine
 };
 
 /// The command line without the program's name. The error is a sentence for people.
-[[nodiscard]] std::expected<CommandLine, std::string> parseCommandLine(const QList<QByteArray>& arguments);
+[[nodiscard]] std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByteArray>& arguments);
 
 /// What --help shows, lines ended.
 [[nodiscard]] std::string helpText();

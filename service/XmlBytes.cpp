@@ -1,4 +1,4 @@
-#include "service/CardText.h"
+#include "service/XmlBytes.h"
 
 #include <QStringDecoder>
 
@@ -78,7 +78,7 @@ QByteArray declaredEncoding(QByteArrayView bytes)
 
 } // namespace
 
-std::optional<QString> decodeCardText(QByteArrayView bytes)
+std::optional<QString> decodeXmlBytes(QByteArrayView bytes)
 {
     if (bytes.startsWith("\xEF\xBB\xBF"))
         return decodeUnicode(bytes, QStringConverter::Utf8);

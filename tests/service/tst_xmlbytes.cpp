@@ -1,4 +1,4 @@
-#include "service/CardText.h"
+#include "service/XmlBytes.h"
 
 #include <QStringEncoder>
 #include <QTest>
@@ -17,7 +17,7 @@ const QString sample = u"<n>Zoé Œdipe €</n>"_s;
 
 } // namespace
 
-class TestCardText : public QObject
+class TestXmlBytes : public QObject
 {
     Q_OBJECT
 
@@ -51,14 +51,14 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, expected);
-        QCOMPARE(decodeCardText(bytes), std::optional(expected));
+        QCOMPARE(decodeXmlBytes(bytes), std::optional(expected));
     }
 
     void aMarkWinsOverTheDeclaration()
     {
         const QString text = u"<?xml version='1.0' encoding='ISO-8859-1'?><n>Zoé</n>"_s;
-        QCOMPARE(decodeCardText(encoded(QStringConverter::Utf8, text, true)), std::optional(text));
-        QCOMPARE(decodeCardText(encoded(QStringConverter::Utf16LE, text, true)), std::optional(text));
+        QCOMPARE(decodeXmlBytes(encoded(QStringConverter::Utf8, text, true)), std::optional(text));
+        QCOMPARE(decodeXmlBytes(encoded(QStringConverter::Utf16LE, text, true)), std::optional(text));
     }
 
     void bytesThatTheEncodingLacksAreRefused_data()
@@ -79,7 +79,7 @@ private Q_SLOTS:
     void bytesThatTheEncodingLacksAreRefused()
     {
         QFETCH(QByteArray, bytes);
-        QCOMPARE(decodeCardText(bytes), std::nullopt);
+        QCOMPARE(decodeXmlBytes(bytes), std::nullopt);
     }
 
     void brokenDeclarationsAreReadAsUtf8_data()
@@ -95,9 +95,9 @@ private Q_SLOTS:
     void brokenDeclarationsAreReadAsUtf8()
     {
         QFETCH(QByteArray, bytes);
-        QCOMPARE(decodeCardText(bytes), std::optional(QString::fromUtf8(bytes)));
+        QCOMPARE(decodeXmlBytes(bytes), std::optional(QString::fromUtf8(bytes)));
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardText)
-#include "tst_cardtext.moc"
+QTEST_GUILESS_MAIN(TestXmlBytes)
+#include "tst_xmlbytes.moc"

@@ -1,17 +1,17 @@
-#include "service/CommandLine.h"
+#include "service/ServiceCommandLine.h"
 
 using namespace std::string_literals;
 
-std::expected<CommandLine, std::string> parseCommandLine(const QList<QByteArray>& arguments)
+std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByteArray>& arguments)
 {
     constexpr QByteArrayView simulate("--simulate");
     constexpr QByteArrayView simulateWithCard("--simulate=");
-    CommandLine line;
+    ServiceCommandLine line;
     for (auto argument = arguments.cbegin(); argument != arguments.cend(); ++argument) {
         if (*argument == "--help" || *argument == "-h")
-            return CommandLine{.action = CommandLine::Action::ShowHelp, .simulatedCard = {}};
+            return ServiceCommandLine{.action = ServiceCommandLine::Action::ShowHelp, .simulatedCard = {}};
         if (*argument == "--version" || *argument == "-v")
-            return CommandLine{.action = CommandLine::Action::ShowVersion, .simulatedCard = {}};
+            return ServiceCommandLine{.action = ServiceCommandLine::Action::ShowVersion, .simulatedCard = {}};
         if (line.simulatedCard)
             return std::unexpected("trop d’arguments"s);
         if (*argument == simulate) {

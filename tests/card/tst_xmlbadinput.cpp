@@ -1,0 +1,353 @@
+#include "card/CardKeys.h"
+#include "card/CardParser.h"
+#include "card/PelmoraError.h"
+#include "platform/XmlMarkup.h"
+#include "service/XmlBytes.h"
+#include "tests/card/CardXml.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QStringEncoder>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Milliseconds that any input may take; the sanitizers slow everything down.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr qint64 patience = 20'000;
+#else
+constexpr qint64 patience = 1000;
+#endif
+
+/// What became of a card's XML: the insured person's name in brackets, "no beneficiary", or "refused" by the XML
+/// parser.
+QString outcomeOf(const std::expected<XmlDocument, Error>& document)
+{
+    if (!document)
+        return document.error().domain() == XmlDocument::errorDomain ? u"refused"_s : u"(another domain)"_s;
+    const std::expected<CardRecord, Error> record = parseCardDocument(&*document);
+    if (!record)
+        return record.error() == PelmoraError::vitaleNoBen() ? u"no beneficiary"_s : u"(another error)"_s;
+    return u'[' + record->text(CardKey::lastName).value_or(u"(absent)"_s) + u']';
+}
+
+QString outcomeOfText(const QString& text)
+{
+    return outcomeOf(XmlDocument::fromText(text));
+}
+
+/// The same for a file's bytes, "undecodable" when they are not the text that they say.
+QString outcomeOfBytes(const QByteArray& bytes)
+{
+    const std::optional<QString> text = decodeXmlBytes(bytes);
+    return text ? outcomeOfText(*text) : u"undecodable"_s;
+}
+
+/// A card of one person with this name, raw.
+QString cardOf(const QString& lastName)
+{
+    return CardXml::card(CardXml::person(lastName));
+}
+
+QByteArray encoded(QStringConverter::Encoding encoding, const QString& text)
+{
+    QStringEncoder encoder(encoding, QStringConverter::Flag::WriteBom);
+    return encoder(text);
+}
+
+QString entityBomb()
+{
+    QString types = u"<!ENTITY a0 'ha'>"_s;
+    for (int level = 1; level <= 30; ++level)
+        types += u"<!ENTITY a%1 '&a%2;&a%2;&a%2;&a%2;&a%2;&a%2;&a%2;&a%2;&a%2;&a%2;'>"_s.arg(level).arg(level - 1);
+    return u"<!DOCTYPE T_AsnDonneesVitale [%1]>"_s.arg(types) + cardOf(u"&a30;"_s);
+}
+
+QString quadraticBlowUp()
+{
+    return u"<!DOCTYPE T_AsnDonneesVitale [<!ENTITY a '%1'>]>"_s.arg(QString(100'000, u'x')) +
+           cardOf(QString(u"&a;"_s).repeated(50'000));
+}
+
+QString attributes(int count)
+{
+    QString all;
+    for (int number = 0; number < count; ++number)
+        all += u" a%1=''"_s.arg(number);
+    return all;
+}
+
+/// As many repetitions of a piece of XML as one document of the largest size holds.
+QString asMuchAsAllowed(const QString& piece)
+{
+    constexpr qsizetype room = qsizetype(XmlDocument::maximumSize) - 4096;
+    return piece.repeated(room / piece.toUtf8().size());
+}
+
+QString manyPersons(int count)
+{
+    QString persons;
+    for (int number = 1; number <= count; ++number)
+        persons += CardXml::person(u"NOM %1"_s.arg(number), number == count ? u"0"_s : u"6"_s);
+    return CardXml::card(persons);
+}
+
+} // namespace
+
+class TestXmlBadInput : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
+
+    void eachTextGivesItsRecordOrItsErrorInUnderASecond_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* name, const QString& text, const QString& expected) {
+            QTest::newRow(name) << text << expected;
+        };
+        const QString refused = u"refused"_s;
+        const QString sound = cardOf(u"SPECIMEN"_s);
+
+        row("sound", sound, u"[SPECIMEN]"_s);
+        row("not XML", u"Bonjour"_s, refused);
+        row("empty", u""_s, refused);
+        row("blanks", u" \n\t "_s, refused);
+        row("declaration alone", u"<?xml version='1.0'?>"_s, refused);
+        row("comment alone", u"<!-- rien -->"_s, refused);
+        row("truncated in a tag", sound.chopped(1), refused);
+        row("truncated in the middle", sound.first(sound.size() / 2), refused);
+        row("text after the root", sound + u"x"_s, refused);
+        row("element after the root", sound + u"<x/>"_s, refused);
+        row("blanks and comments around the root", u"<!-- a -->\n"_s + sound + u"\n<!-- b -->\n"_s, u"[SPECIMEN]"_s);
+        row("second declaration", u"<?xml version='1.0'?>"_s.repeated(2) + sound, refused);
+        row("declaration after a blank", u" <?xml version='1.0'?>"_s + sound, refused);
+        row("duplicate attributes", CardXml::card(u"<T_AsnBeneficiaire a='1' a='2'/>"_s), refused);
+        row("mismatched tags", u"<a><b></a></b>"_s, refused);
+        row("bare ampersand", cardOf(u"A & B"_s), refused);
+        row("undefined entity", cardOf(u"&eacute;"_s), refused);
+        row("less-than in an attribute", CardXml::card(u"<T_AsnBeneficiaire a='<'/>"_s), refused);
+        row("control character", cardOf(u"A\u0001B"_s), refused);
+        row("reference to a control character", cardOf(u"A&#1;B"_s), refused);
+        row("NUL", cardOf(u"A%1B"_s.arg(QChar(0))), refused);
+        row("reference to NUL", cardOf(u"A&#0;B"_s), refused);
+        row("NUL at the end", sound + QChar(0), refused);
+        row("noncharacter", cardOf(u"A\uFFFE"_s), refused);
+
+        row("document type", u"<!DOCTYPE T_AsnDonneesVitale>"_s + sound, refused);
+        row("document type with an entity", u"<!DOCTYPE x [<!ENTITY a 'b'>]>"_s + cardOf(u"&a;"_s), refused);
+        row("document type elsewhere", u"<!DOCTYPE x SYSTEM 'http://127.0.0.1:9/x.dtd'>"_s + sound, refused);
+        row("entity bomb", entityBomb(), refused);
+        row("quadratic blow-up", quadraticBlowUp(), refused);
+        row("entity that names itself", u"<!DOCTYPE x [<!ENTITY a '&a;'>]>"_s + cardOf(u"&a;"_s), refused);
+        row("parameter entity bomb",
+            u"<!DOCTYPE x [<!ENTITY % a '<!ENTITY b \"c\">'><!ENTITY % d '%a;%a;'> %d; %d;]>"_s + sound, refused);
+
+        row("100,000 levels", u"<a>"_s.repeated(100'000) + u"</a>"_s.repeated(100'000), refused);
+        row("100,000 levels in a value", cardOf(u"<a>"_s.repeated(100'000) + u"</a>"_s.repeated(100'000)), refused);
+        row("1,000,000 levels left open", u"<a>"_s.repeated(1'000'000), refused);
+        row("200 levels in a value", cardOf(u"<a>"_s.repeated(200) + u"A"_s + u"</a>"_s.repeated(200)), u"[A]"_s);
+        row("as many tags as a document may have", u"<a>%1</a>"_s.arg(QString(u"<b/>"_s).repeated(maximumTags - 2)),
+            u"no beneficiary"_s);
+        row("too many tags", u"<a>%1</a>"_s.arg(QString(u"<b/>"_s).repeated(maximumTags - 1)), refused);
+        row("256 attributes", CardXml::card(u"<T_AsnBeneficiaire%1/>"_s.arg(attributes(256))), u"[(absent)]"_s);
+        row("257 attributes", CardXml::card(u"<T_AsnBeneficiaire%1/>"_s.arg(attributes(257))), refused);
+        row("100,000 attributes", CardXml::card(u"<T_AsnBeneficiaire%1/>"_s.arg(attributes(100'000))), refused);
+        row("100,000 attributes after a fault that hides them", u"<a><?><c%1/>?></a>"_s.arg(attributes(100'000)),
+            refused);
+        row("100,000 attributes in an open quote", u"<a b='><c%1/>"_s.arg(attributes(100'000)), refused);
+        row("100,000 attributes in a comment", u"<a><!-- <c%1/> --></a>"_s.arg(attributes(100'000)),
+            u"no beneficiary"_s);
+        row("many namespaces", u"<a>%1</a>"_s.arg(QString(u"<b xmlns:c='urn:c'/>"_s).repeated(64)),
+            u"no beneficiary"_s);
+        row("too many namespaces", u"<a>%1</a>"_s.arg(QString(u"<b xmlns:c='urn:c'/>"_s).repeated(65)), refused);
+        row("100 MB", u"<a>"_s + QString(100'000'000, u'x') + u"</a>"_s, refused);
+        row("just over 16 MiB", u"<a>"_s + QString(16 * 1024 * 1024 - 6, u'x') + u"</a>"_s, refused);
+
+        row("wrong root", u"<autre/>"_s, u"no beneficiary"_s);
+        row("no beneficiary", CardXml::card(u""_s), u"no beneficiary"_s);
+        for (const int count : {1, 11, 12, 20, 200})
+            row(qPrintable(u"%1 beneficiaries"_s.arg(count)), manyPersons(count), u"[NOM %1]"_s.arg(count));
+
+        row("default namespace", u"<T_AsnDonneesVitale xmlns='urn:x'>"_s + sound.sliced(20), u"no beneficiary"_s);
+        row("prefixed beneficiary", CardXml::card(u"<p:T_AsnBeneficiaire xmlns:p='urn:x'/>"_s), u"no beneficiary"_s);
+        row("namespace of a value alone", cardOf(u"<p:x xmlns:p='urn:x'>A</p:x>"_s), u"[A]"_s);
+
+        row("comment in a value", cardOf(u"A<!-- x -->B"_s), u"[AB]"_s);
+        row("CDATA in a value", cardOf(u"A<![CDATA[ & <B>]]>"_s), u"[A & <B>]"_s);
+        row("CDATA alone", cardOf(u"<![CDATA[]]>"_s), u"[]"_s);
+        row("processing instruction in a value", cardOf(u"A<?p x?>B"_s), u"[AB]"_s);
+        row("comment alone in a value", cardOf(u"<!-- x -->"_s), u"[]"_s);
+        row("predefined entities", cardOf(u"&lt;&amp;&gt;&quot;&apos;&#x41;&#66;"_s), u"[<&>\"'AB]"_s);
+        row("characters beyond 16 bits", cardOf(u"A\U0001F600"_s), u"[A\U0001F600]"_s);
+        row("carriage returns", cardOf(u"A\r\nB\rC"_s), u"[A\nB\nC]"_s);
+    }
+
+    void eachTextGivesItsRecordOrItsErrorInUnderASecond()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(outcomeOfText(text), expected);
+        QVERIFY2(timer.elapsed() < patience, qPrintable(u"%1 ms"_s.arg(timer.elapsed())));
+    }
+
+    void theLargestDocumentsTakeTimeInProportionToTheirSize_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("piece");
+        QTest::addColumn<QString>("after");
+        const auto row = [](const char* piece) {
+            QTest::newRow(piece) << u"<a>"_s << QString::fromLatin1(piece) << u"</a>"_s;
+        };
+        for (const char* piece : {"<b/>",
+                                  "<b></b>",
+                                  "<b a=''/>",
+                                  "<b a='1' c='2'/>",
+                                  "<!---->",
+                                  "<?p?>",
+                                  "<![CDATA[x]]>",
+                                  "<![CDATA[]]>",
+                                  "x<!---->",
+                                  "x<?p?>",
+                                  "x<![CDATA[y]]>",
+                                  "&lt;",
+                                  "&#65;",
+                                  "&lt;<!---->",
+                                  "<b>x</b>",
+                                  "<b>&amp;</b>",
+                                  " ",
+                                  "\n",
+                                  "]]",
+                                  "x<b/>",
+                                  "\r\n"})
+            row(piece);
+        row("<T_AsnBeneficiaire/>");
+        QTest::newRow("beneficiaries") << u"<T_AsnDonneesVitale><listeBenef>"_s << CardXml::person(u"A"_s, u"6"_s)
+                                       << u"</listeBenef></T_AsnDonneesVitale>"_s;
+        QTest::newRow("values") << u"<T_AsnDonneesVitale><listeBenef><T_AsnBeneficiaire>"_s
+                                << u"<ident><nir>1</nir></ident>"_s
+                                << u"</T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>"_s;
+        QTest::newRow("deep") << QString(u"<a>"_s).repeated(250) << u"<b/>"_s << QString(u"</a>"_s).repeated(250);
+        QTest::newRow("deep, in a namespace") << u"<n:a xmlns:n='urn:n'>"_s + QString(u"<a>"_s).repeated(250)
+                                              << u"<n:b/>"_s << QString(u"</a>"_s).repeated(250) + u"</n:a>"_s;
+        QTest::newRow("deep, default namespace") << u"<a xmlns='urn:n'>"_s + QString(u"<a>"_s).repeated(250)
+                                                 << u"<b/>"_s << QString(u"</a>"_s).repeated(251);
+        QTest::newRow("undeclared prefix")
+            << QString(u"<a>"_s).repeated(250) << u"<n:b/>"_s << QString(u"</a>"_s).repeated(250);
+    }
+
+    void theLargestDocumentsTakeTimeInProportionToTheirSize()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, piece);
+        QFETCH(QString, after);
+        const QString text = before + asMuchAsAllowed(piece) + after;
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!outcomeOfText(text).isEmpty());
+        QVERIFY2(timer.elapsed() < patience, qPrintable(u"%1 ms"_s.arg(timer.elapsed())));
+    }
+
+    void aDecodedTextIsParsedWhateverEncodingItDeclares_data()
+    {
+        QTest::addColumn<QString>("encoding");
+        for (const char* name : {"UTF-8", "UTF-16", "UTF-16LE", "UTF-16BE", "UCS-4", "ISO-8859-1", "ISO-8859-15",
+                                 "windows-1252", "US-ASCII", "EBCDIC-FR", "Shift_JIS", "inconnu"})
+            QTest::newRow(name) << QString::fromLatin1(name);
+    }
+
+    void aDecodedTextIsParsedWhateverEncodingItDeclares()
+    {
+        QFETCH(QString, encoding);
+        QCOMPARE(outcomeOfText(u"<?xml version='1.0' encoding='%1'?>"_s.arg(encoding) + cardOf(u"Zoé €"_s)),
+                 u"[Zoé €]"_s);
+    }
+
+    void bytesAreDecodedAsTheySayAndInvalidOnesRefused_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* name, const QByteArray& bytes, const QString& expected) {
+            QTest::newRow(name) << bytes << expected;
+        };
+        const QString card = cardOf(u"Zoé €"_s);
+        const auto inBytes = [](const QByteArray& encoding, const QByteArray& name) {
+            const QByteArray declaration =
+                encoding.isEmpty() ? QByteArray() : "<?xml version='1.0' encoding='" + encoding + "'?>";
+            return declaration + cardOf(u"@"_s).toLatin1().replace('@', name);
+        };
+        row("UTF-8", card.toUtf8(), u"[Zoé €]"_s);
+        row("UTF-8 with a mark", encoded(QStringConverter::Utf8, card), u"[Zoé €]"_s);
+        row("UTF-16LE", encoded(QStringConverter::Utf16LE, card), u"[Zoé €]"_s);
+        row("UTF-16BE", encoded(QStringConverter::Utf16BE, card), u"[Zoé €]"_s);
+        row("ISO-8859-1", inBytes("ISO-8859-1", "Zo\xE9"), u"[Zoé]"_s);
+        row("windows-1252", inBytes("windows-1252", "Zo\xE9 \x80"), u"[Zoé €]"_s);
+        row("invalid UTF-8", inBytes("", "Zo\xE9"), u"undecodable"_s);
+        row("overlong UTF-8", inBytes("UTF-8", "\xC0\xAF"), u"undecodable"_s);
+        row("surrogate in UTF-8", inBytes("UTF-8", "\xED\xA0\x80"), u"undecodable"_s);
+        row("UTF-8 cut short", QByteArray("<a>Zo\xC3"), u"undecodable"_s);
+        row("unknown encoding", inBytes("inconnu", "A"), u"undecodable"_s);
+        row("NUL", inBytes("", QByteArray("A\0B", 3)), u"refused"_s);
+        row("NUL after the root", inBytes("", "A") + QByteArray(1, '\0'), u"refused"_s);
+        row("zeros", QByteArray(4096, '\0'), u"refused"_s);
+        row("empty", QByteArray(), u"refused"_s);
+        row("mark alone", QByteArray("\xEF\xBB\xBF"), u"refused"_s);
+        row("100 MB", QByteArray(100'000'000, ' '), u"refused"_s);
+        row("16 MiB of one value", "<a>" + QByteArray(16 * 1024 * 1024 - 7, 'x') + "</a>", u"refused"_s);
+        row("16 MiB of empty elements", "<a>" + QByteArray("<b/>").repeated(4 * 1024 * 1024 - 2) + "</a>",
+            u"refused"_s);
+    }
+
+    void bytesAreDecodedAsTheySayAndInvalidOnesRefused()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, expected);
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(outcomeOfBytes(bytes), expected);
+        QVERIFY2(timer.elapsed() < patience, qPrintable(u"%1 ms"_s.arg(timer.elapsed())));
+    }
+
+    void anExternalEntityIsRefusedAndItsFileNeverOpened_data()
+    {
+        QTest::addColumn<QString>("pattern");
+        QTest::newRow("entity") << u"<!DOCTYPE a [<!ENTITY x SYSTEM '%1'>]><a>&x;</a>"_s;
+        QTest::newRow("parameter entity") << u"<!DOCTYPE a [<!ENTITY % x SYSTEM '%1'> %x;]><a/>"_s;
+        QTest::newRow("document type") << u"<!DOCTYPE a SYSTEM '%1'><a/>"_s;
+        QTest::newRow("public document type") << u"<!DOCTYPE a PUBLIC 'a' '%1'><a/>"_s;
+        QTest::newRow("inclusion") << u"<!DOCTYPE a [<!ENTITY x SYSTEM 'file://%1'>]><a b='&x;'/>"_s;
+    }
+
+    void anExternalEntityIsRefusedAndItsFileNeverOpened()
+    {
+        QFETCH(QString, pattern);
+        const QTemporaryDir folder;
+        const QString pipe = folder.filePath(u"secret"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        // Opening the pipe to read would block the parser; that it did so and came back would show in the reader count.
+        QCOMPARE(outcomeOfText(pattern.arg(pipe)), u"refused"_s);
+        QCOMPARE(::open(QFile::encodeName(pipe).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC), -1);
+    }
+
+    void everyPrefixOfACardIsRefused()
+    {
+        const QString card = manyPersons(2);
+        for (qsizetype size = 0; size < card.size(); ++size)
+            QCOMPARE(outcomeOfText(card.first(size)), u"refused"_s);
+        QCOMPARE(outcomeOfText(card), u"[NOM 2]"_s);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestXmlBadInput)
+#include "tst_xmlbadinput.moc"
