@@ -1,0 +1,171 @@
+#include "Fixtures.h"
+#include "attestation/MVNewAttestation.h"
+#include "attestation/MVNewAttestationView.h"
+#include "attestation/SchemeLogos.h"
+
+#include <QApplication>
+#include <QImage>
+#include <QPainter>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The view as the screen shows it, at so many pixels a point.
+QImage shown(MVNewAttestationView& view, int pixelsPerPoint = 1)
+{
+    QImage image(view.size() * pixelsPerPoint, QImage::Format_RGB32);
+    image.setDevicePixelRatio(pixelsPerPoint);
+    image.fill(Qt::red);
+    view.render(&image);
+    return image;
+}
+
+// Of a part of the image, on average: from 0 (white) to 255.
+double darkness(const QImage& image, QRect part)
+{
+    int sum = 0;
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+        for (int x = part.left(); x <= part.right(); ++x)
+            sum += 255 - image.pixelColor(x, y).lightness();
+    }
+    return double(sum) / (part.width() * part.height());
+}
+
+QPalette darkPalette()
+{
+    QPalette palette(QColor(30, 30, 30), QColor(20, 20, 20));
+    palette.setColor(QPalette::WindowText, Qt::yellow);
+    palette.setColor(QPalette::Text, Qt::yellow);
+    palette.setColor(QPalette::Base, Qt::blue);
+    return palette;
+}
+
+} // namespace
+
+class tst_MVNewAttestationView : public QObject
+{
+    Q_OBJECT
+
+private:
+    TemporarySettings m_settings;
+    SchemeLogos m_logos{stagedBundle()};
+    PageFonts m_fonts = pageFonts();
+
+private Q_SLOTS:
+    void theViewHasThePagesFrame()
+    {
+        const MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        QCOMPARE(view->frameSize(), QSize(595, 842));
+        QCOMPARE(view->size(), attestationPageSize.toSize());
+        QCOMPARE(view->sizeHint(), QSize(595, 842));
+        QVERIFY(view->isFlipped());
+        QVERIFY(view->isOpaque());
+        QVERIFY(view->testAttribute(Qt::WA_OpaquePaintEvent));
+    }
+
+    void theScreenShowsTheBorder()
+    {
+        const MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        // Half of the border's one point lies outside the page: at two pixels a point, one pixel is left.
+        const QImage image = shown(*view, 2);
+        const QColor darkGray(85, 85, 85);
+        QCOMPARE(image.pixelColor(0, 0), darkGray);
+        QCOMPARE(image.pixelColor(600, 0), darkGray);
+        QCOMPARE(image.pixelColor(0, 900), darkGray);
+        QCOMPARE(image.pixelColor(1189, 900), darkGray);
+        QCOMPARE(image.pixelColor(600, 1683), darkGray);
+        QCOMPARE(image.pixelColor(1, 1), QColor(Qt::white));
+        QCOMPARE(image.pixelColor(1188, 1682), QColor(Qt::white));
+        QVERIFY(shown(*view).pixelColor(300, 0).lightness() < 200);
+        QCOMPARE(shown(*view).pixelColor(300, 1), QColor(Qt::white));
+    }
+
+    void aPageWithoutRecordShowsTheEmptyTables()
+    {
+        const MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        const QImage image = shown(*view);
+        for (int y = 1; y < 230; ++y) {
+            for (int x = 1; x < 594; ++x)
+                QCOMPARE(image.pixelColor(x, y), QColor(Qt::white));
+        }
+        QCOMPARE(image.pixelColor(450, 270), QColor(179, 179, 179));
+        QCOMPARE(image.pixelColor(8, 270), QColor(Qt::black));
+        QCOMPARE(image.pixelColor(300, 600), QColor(Qt::white));
+    }
+
+    void aNewRecordIsShown()
+    {
+        MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        const QImage before = shown(*view);
+        attestation.setVitale(specimenCard(2));
+        QCOMPARE(view->page().lines.size(), 2);
+        QVERIFY(shown(*view) != before);
+    }
+
+    void aRecordSetBeforeTheViewIsMadeIsShown()
+    {
+        MVNewAttestation attestation(m_logos);
+        attestation.setVitale(specimenCard(3));
+        QCOMPARE(MVNewAttestationView::viewOf(attestation, m_fonts)->page().lines.size(), 3);
+    }
+
+    void thePageIsPaintedAgainWhenARecordIsSet()
+    {
+        MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+        attestation.setVitale(specimenCard(1));
+        QTRY_COMPARE(view->grab().toImage().pixelColor(20, 390).lightness(), 255);
+        QCOMPARE(view->grab().toImage().pixelColor(8, 390), QColor(Qt::black));
+    }
+
+    void theDesktopsColoursPlayNoPart()
+    {
+        MVNewAttestation attestation(m_logos);
+        attestation.setVitale(specimenCard(2));
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        const QImage light = shown(*view);
+        const QPalette before = QApplication::palette();
+        QApplication::setPalette(darkPalette());
+        const QImage dark = shown(*view);
+        QApplication::setPalette(before);
+        QCOMPARE(dark, light);
+    }
+
+    // Letters fall on other pixels, but each part of the page is as dark.
+    void twoPixelsAPointShowTheSamePage()
+    {
+        MVNewAttestation attestation(m_logos);
+        attestation.setVitale(specimenCard(2));
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        const QImage single = shown(*view);
+        const QImage twice = shown(*view, 2);
+        QCOMPARE(twice.size(), QSize(1190, 1684));
+        constexpr int side = 12; // points
+        for (int y = 1; y + side < 842; y += side) {
+            for (int x = 1; x + side < 595; x += side) {
+                const double difference =
+                    darkness(single, {x, y, side, side}) - darkness(twice, {2 * x, 2 * y, 2 * side, 2 * side});
+                QVERIFY2(qAbs(difference) < 20, qPrintable(u"%1 at %2, %3"_s.arg(difference).arg(x).arg(y)));
+            }
+        }
+    }
+
+    void aViewWithoutFontsIsABlankPage()
+    {
+        MVNewAttestationView view;
+        view.resize(100, 100);
+        QCOMPARE(shown(view).pixelColor(0, 0), QColor(Qt::white));
+        QCOMPARE(shown(view).pixelColor(50, 50), QColor(Qt::white));
+    }
+};
+
+QTEST_MAIN(tst_MVNewAttestationView)
+#include "tst_mvnewattestationview.moc"
