@@ -1,4 +1,5 @@
 #include "card/ServiceChannel.h"
+#include "tests/card/ChannelTestMain.h"
 #include "tests/card/FakeService.h"
 #include "tests/card/LogCapture.h"
 
@@ -679,5 +680,9 @@ void TestServiceChannel::aFloodOnStandardErrorHoldsNothingUp()
     QVERIFY(FakeService::isReaped(fake.processes().value(0)));
 }
 
-QTEST_GUILESS_MAIN(TestServiceChannel)
+int main(int argc, char* argv[])
+{
+    return runChannelTest<TestServiceChannel>(argc, argv);
+}
+
 #include "tst_servicechannel.moc"

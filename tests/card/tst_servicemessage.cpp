@@ -1,4 +1,5 @@
 #include "card/ServiceMessage.h"
+#include "tests/card/ChannelTestMain.h"
 
 #include <QCborArray>
 #include <QElapsedTimer>
@@ -322,5 +323,9 @@ void TestServiceMessage::aLargeItemOfManyPartsThatDribblesInIsReadInLinearTime()
     QVERIFY(timer.elapsed() < 20'000);
 }
 
-QTEST_GUILESS_MAIN(TestServiceMessage)
+int main(int argc, char* argv[])
+{
+    return runChannelTest<TestServiceMessage>(argc, argv);
+}
+
 #include "tst_servicemessage.moc"

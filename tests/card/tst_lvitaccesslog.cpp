@@ -1,0 +1,152 @@
+#include "card/LVitAccess.h"
+#include "tests/card/ChannelTestMain.h"
+#include "tests/card/ClientOutcome.h"
+#include "tests/card/FakeService.h"
+#include "tests/card/LogCapture.h"
+
+#include <QRegularExpression>
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+using namespace ClientOutcome;
+
+/// What the client writes to the log.
+class TestLVitAccessLog : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_log.clear(); }
+
+    void requestsAndRepliesAreLoggedAtDebugLevel();
+    void theListOfReadersIsLoggedWhenThereIsOne_data();
+    void theListOfReadersIsLoggedWhenThereIsOne();
+    void anAbsentReaderNameIsLoggedAsAnError();
+    void anInterruptionIsLogged();
+    void anUnsolicitedMessageIsLogged();
+    void aReplyThatIsNoDictionaryIsLogged();
+    void aConnectionThatCannotBeMadeIsNotLogged();
+    void nothingOfACardIsLogged();
+
+private:
+    /// The lines with the addresses of messages made alike.
+    [[nodiscard]] QStringList lines() const
+    {
+        QStringList found = m_log.lines(MXLog::Debug);
+        found.replaceInStrings(QRegularExpression(u"0x[0-9a-f]+"_s), u"ADDRESS"_s);
+        return found;
+    }
+
+    LogCapture m_log;
+};
+
+void TestLVitAccessLog::requestsAndRepliesAreLoggedAtDebugLevel()
+{
+    const FakeService fake;
+    QCOMPARE(summary(awaitBind(std::make_shared<LVitAccess>(fake.command()))), u"success"_s);
+    const QString received =
+        u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: ADDRESS\n"_s;
+    QCOMPARE(lines(), (QStringList{
+                          u"Message:\n{\"Command\": \"init\", \"Mode\": \"0\"}"_s,
+                          received + uR"({"Status": "success", "Embedded": "true"})"_s,
+                          u"Message:\n{\"Command\": \"readers_list\"}"_s,
+                          received + uR"({"Status": "success", "Readers": ["Feitian SCR301"]})"_s,
+                          u"Readers: (Feitian SCR301)"_s,
+                          u"Message:\n{\"Command\": \"set_readers\", \"cps_reader_name\": \"Feitian SCR301\", "
+                          "\"vitale_reader_name\": \"Feitian SCR301\"}"_s,
+                          received + uR"({"Status": "success"})"_s,
+                      }));
+}
+
+void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne_data()
+{
+    QTest::addColumn<QString>("list");
+    QTest::addColumn<QStringList>("logged");
+    QTest::newRow("two, none accepted") << u"X|Y"_s << QStringList{u"Readers: (X, Y)"_s};
+    QTest::newRow("none") << u""_s << QStringList();
+}
+
+void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne()
+{
+    QFETCH(const QString, list);
+    QFETCH(const QStringList, logged);
+    const FakeService fake;
+    const auto client =
+        std::make_shared<LVitAccess>(fake.command({u"--list"_s, u"readers_list"_s, u"Readers"_s, list}));
+    QVERIFY(awaitBind(client));
+    QCOMPARE(lines().filter(QRegularExpression(u"^Readers: "_s)), logged);
+}
+
+void TestLVitAccessLog::anAbsentReaderNameIsLoggedAsAnError()
+{
+    const FakeService fake;
+    const auto client = std::make_shared<LVitAccess>(fake.command());
+    QCOMPARE(summary(awaitSetReaders(client, QVariantMap{{u"CPS"_s, u"C"_s}})), u"success"_s);
+    QCOMPARE(m_log.lines(MXLog::Error), QStringList{u"NULL value in message"_s});
+}
+
+void TestLVitAccessLog::anInterruptionIsLogged()
+{
+    const FakeService fake;
+    const auto client = std::make_shared<LVitAccess>(fake.command({u"--do"_s, u"any"_s, u"crash"_s}));
+    QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+    QCOMPARE(lines(), (QStringList{
+                          u"Message:\n{\"Command\": \"vitale_read\"}"_s,
+                          u"Received XPC_ERROR_CONNECTION_INTERRUPTED"_s,
+                          u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: ADDRESS\n"
+                          "no dictionary"_s,
+                      }));
+}
+
+void TestLVitAccessLog::anUnsolicitedMessageIsLogged()
+{
+    const FakeService fake;
+    const auto client = std::make_shared<LVitAccess>(fake.command({u"--do"_s, u"any"_s, u"unsolicited"_s}));
+    QCOMPARE(summary(awaitRead(client)), u"success"_s);
+    QCOMPARE(lines().value(1),
+             u"Received response in _initConnection event handler: ADDRESS\n{\"Event\": \"something\"}"_s);
+}
+
+void TestLVitAccessLog::aReplyThatIsNoDictionaryIsLogged()
+{
+    const FakeService fake;
+    const auto client = std::make_shared<LVitAccess>(fake.command({u"--do"_s, u"any"_s, u"null"_s}));
+    QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+    QCOMPARE(lines().value(1), u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: "
+                               "ADDRESS\nno dictionary"_s);
+}
+
+void TestLVitAccessLog::aConnectionThatCannotBeMadeIsNotLogged()
+{
+    const auto client = std::make_shared<LVitAccess>(ServiceCommand{u"/nonexistent"_s, {}});
+    QCOMPARE(summary(awaitBind(client)), u"failure"_s);
+    QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+    QCOMPARE(m_log.lines(), QStringList());
+}
+
+void TestLVitAccessLog::nothingOfACardIsLogged()
+{
+    const FakeService fake;
+    const auto client = std::make_shared<LVitAccess>(fake.command());
+    QCOMPARE(summary(awaitRead(client)), u"success"_s);
+    const ClientPointer failing =
+        std::make_shared<LVitAccess>(fake.command({u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u"SPECIMEN"_s}));
+    QVERIFY(awaitRead(failing));
+    const FakeService inBytes;
+    const ClientPointer bytes =
+        std::make_shared<LVitAccess>(inBytes.command({u"--bytes"_s, u"vitale_read"_s, u"Vitale"_s, u"5350454349"_s}));
+    QVERIFY(awaitRead(bytes));
+    const QString logged = m_log.lines().join(u'\n');
+    QVERIFY2(!logged.contains(u"SPECI"), qPrintable(logged));
+    QVERIFY2(!logged.contains(u"CPAM"), qPrintable(logged));
+    QVERIFY2(logged.contains(uR"("FundCodeLibelle": text of 13 characters)"), qPrintable(logged));
+    QVERIFY2(logged.contains(uR"("Vitale": text of 8 characters)"), qPrintable(logged));
+    QVERIFY2(logged.contains(uR"("Vitale": 5 bytes)"), qPrintable(logged));
+}
+
+int main(int argc, char* argv[])
+{
+    return runChannelTest<TestLVitAccessLog>(argc, argv);
+}
+
+#include "tst_lvitaccesslog.moc"
