@@ -170,8 +170,9 @@ std::expected<XmlDocument, Error> XmlDocument::parse(const QByteArray& utf8)
     // CDATA sections as texts: libxml2 joins neighbouring texts in linear time, but sections in quadratic time.
     constexpr int options =
         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA | XML_PARSE_IGNORE_ENC;
+    // No encoding named: UTF-8 is what libxml2 assumes, and to name it costs a conversion.
     std::unique_ptr<_xmlDoc, Deleter> document(
-        xmlCtxtReadMemory(parser.get(), utf8.constData(), static_cast<int>(utf8.size()), nullptr, "UTF-8", options));
+        xmlCtxtReadMemory(parser.get(), utf8.constData(), static_cast<int>(utf8.size()), nullptr, nullptr, options));
     if (!document)
         return std::unexpected(notWellFormed(xmlCtxtGetLastError(parser.get())));
     return XmlDocument(document.release());
