@@ -73,8 +73,8 @@ PageInk AttestationLayout::drawRect(const AttestationPage& page, QSizeF frame, c
 void AttestationLayout::drawBackground()
 {
     const QRectF bounds(QPointF(), m_frame);
-    m_ink.push_back(InkFill{.rect = bounds, .color = InkColor::White});
-    m_ink.push_back(InkStroke{.rect = bounds, .color = InkColor::DarkGray, .onScreenOnly = true});
+    m_ink.emplace_back(InkFill{.rect = bounds, .color = InkColor::White});
+    m_ink.emplace_back(InkStroke{.rect = bounds, .color = InkColor::DarkGray, .onScreenOnly = true});
 }
 
 void AttestationLayout::drawLogo()
@@ -93,7 +93,7 @@ void AttestationLayout::drawLogo()
 
     // Centred in the band at the very top of the page: the top margin plays no part.
     const QPointF topLeft(m_left, (logoBox.height() - size.height()) * 0.5);
-    m_ink.push_back(InkImage{.rect = QRectF(topLeft, size), .image = m_page.logo});
+    m_ink.emplace_back(InkImage{.rect = QRectF(topLeft, size), .image = m_page.logo});
 }
 
 void AttestationLayout::drawMainText()
@@ -143,8 +143,8 @@ void AttestationLayout::drawTables()
 void AttestationLayout::drawTableHeadersWithColumns(const QRectF& rect, const QList<TableColumn>& columns)
 {
     const PageFont& font = m_fonts.systemFontOfSize(9);
-    m_ink.push_back(InkFill{.rect = rect, .color = InkColor::HeaderGray});
-    m_ink.push_back(InkStroke{.rect = rect});
+    m_ink.emplace_back(InkFill{.rect = rect, .color = InkColor::HeaderGray});
+    m_ink.emplace_back(InkStroke{.rect = rect});
 
     double x = rect.left();
     for (const TableColumn& column : columns) {
@@ -161,8 +161,8 @@ void AttestationLayout::drawTableHeadersWithColumns(const QRectF& rect, const QL
 void AttestationLayout::drawTableDataWithColumns(const QRectF& rect, double rowHeight,
                                                  const QList<TableColumn>& columns, const QList<TableRow>& lines)
 {
-    m_ink.push_back(InkFill{.rect = rect, .color = InkColor::White});
-    m_ink.push_back(InkStroke{.rect = rect});
+    m_ink.emplace_back(InkFill{.rect = rect, .color = InkColor::White});
+    m_ink.emplace_back(InkStroke{.rect = rect});
     if (lines.isEmpty())
         return;
 
@@ -183,7 +183,7 @@ void AttestationLayout::drawColumnRules(const QRectF& rect, const QList<TableCol
         if (x >= rect.right())
             return;
         if (hasRule(column))
-            m_ink.push_back(InkRule{.from = {x, rect.top()}, .to = {x, rect.bottom()}});
+            m_ink.emplace_back(InkRule{.from = {x, rect.top()}, .to = {x, rect.bottom()}});
     }
 }
 
@@ -223,7 +223,7 @@ void AttestationLayout::drawWithRect(const QRectF& rect, const QString& text, co
     for (const BrokenLine& line : lines) {
         position.setX(alignedLeft(rect, line.width, alignment));
         if (!line.text.isEmpty())
-            m_ink.push_back(InkText{.position = position, .text = line.text, .font = font});
+            m_ink.emplace_back(InkText{.position = position, .text = line.text, .font = font});
         position.ry() += font.lineHeight;
     }
 }

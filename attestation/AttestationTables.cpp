@@ -6,11 +6,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-TableColumn column(const QString& title, QVariant width, const QVariantMap& others = {})
+TableColumn column(const QString& title, const QVariant& width, const QVariantMap& others = {})
 {
     TableColumn column = others;
     column.insert(TableColumnKey::title, title);
-    column.insert(TableColumnKey::width, std::move(width));
+    column.insert(TableColumnKey::width, width);
     return column;
 }
 

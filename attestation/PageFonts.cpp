@@ -27,6 +27,8 @@ QFont pageFont(const QString& family, double size, bool bold)
     font.setBold(bold);
     font.setHintingPreference(QFont::PreferNoHinting);
     font.setKerning(false);
+    // Qt takes a combination of strategies as one value of their enumeration.
+    // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
     font.setStyleStrategy(QFont::StyleStrategy(QFont::PreferAntialias | QFont::PreferNoShaping));
     return font;
 }
