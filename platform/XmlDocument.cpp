@@ -50,6 +50,22 @@ std::vector<const xmlNode*> childElements(const std::vector<const xmlNode*>& par
     return found;
 }
 
+// Depth first, which meets the elements of a path in document order; as deep as the path is long.
+const xmlNode* firstDescendant(const xmlNode* node, std::string_view path)
+{
+    if (path.empty())
+        return node;
+    const std::size_t end = path.find('/');
+    const std::string_view rest = end == std::string_view::npos ? std::string_view() : path.substr(end + 1);
+    for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+        if (!isElementNamed(child, path.substr(0, end)))
+            continue;
+        if (const xmlNode* found = firstDescendant(child, rest))
+            return found;
+    }
+    return nullptr;
+}
+
 // The document node begins with the members of every node, so libxml2 itself treats it as one.
 const xmlNode* documentOf(const xmlNode* node)
 {
@@ -112,10 +128,10 @@ std::vector<XmlNode> XmlNode::nodes(std::string_view path) const
 
 std::optional<XmlNode> XmlNode::firstNode(std::string_view path) const
 {
-    const std::vector<XmlNode> found = nodes(path);
-    if (found.empty())
-        return std::nullopt;
-    return found.front();
+    const bool isAbsolute = path.starts_with('/');
+    const xmlNode* start = isAbsolute ? documentOf(m_node) : m_node;
+    const xmlNode* found = firstDescendant(start, isAbsolute ? path.substr(1) : path);
+    return found == nullptr ? std::nullopt : std::optional(XmlNode(found));
 }
 
 bool XmlNode::hasChildren() const
