@@ -1,0 +1,60 @@
+#include "card/CardKeys.h"
+
+#include <QFile>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString text(std::string_view characters)
+{
+    return QString::fromUtf8(characters.data(), static_cast<qsizetype>(characters.size()));
+}
+
+/// The fields' table as the documentation shows it.
+QString renderedTable()
+{
+    QString table = u"| key | path |\n|---|---|\n"_s;
+    for (const BeneficiaryField& field : beneficiaryFields)
+        table += u"| `%1` | `%2` |\n"_s.arg(field.key, text(field.path));
+    return table;
+}
+
+/// The part of the documentation from that table's heading to the blank line after it.
+QString documentedTable(const QString& document)
+{
+    const qsizetype start = document.indexOf(u"| key | path |\n"_s);
+    const qsizetype end = document.indexOf(u"\n\n"_s, start);
+    return start < 0 || end < 0 ? QString() : document.sliced(start, end + 1 - start);
+}
+
+} // namespace
+
+class TestCardDataDoc : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theDocumentedFieldsAreThoseOfTheTable()
+    {
+        QFile file(QStringLiteral(PELMORA_SOURCE "/docs/card-data.md"));
+        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
+        const QString documented = documentedTable(QString::fromUtf8(file.readAll()));
+        QVERIFY2(documented == renderedTable(), qPrintable(u"docs/card-data.md should hold:\n"_s + renderedTable()));
+    }
+
+    void theDocumentedCopiesAreThoseOfTheTable()
+    {
+        QFile file(QStringLiteral(PELMORA_SOURCE "/docs/card-data.md"));
+        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
+        QStringList keys;
+        for (const QStringView key : mainBeneficiaryKeys)
+            keys.append(u'`' + key.toString() + u'`');
+        const QString row = u"| %1 | the insured person's |"_s.arg(keys.join(u", "_s));
+        QVERIFY2(QString::fromUtf8(file.readAll()).contains(row), qPrintable(row));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCardDataDoc)
+#include "tst_carddatadoc.moc"
