@@ -1,0 +1,20 @@
+// A card file's bytes to its text, coverage and fund's label, as the simulated reader takes them.
+#include "service/CardCoverage.h"
+#include "service/FundTable.h"
+#include "service/XmlBytes.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QByteArrayView bytes(data, static_cast<qsizetype>(size));
+    // The same bytes as a fund table too: it is the other file that the service reads.
+    FundTable funds;
+    [[maybe_unused]] const QStringList skipped = funds.add(QStringLiteral("table"), bytes);
+    if (const std::optional<QString> text = decodeXmlBytes(bytes)) {
+        if (const std::optional<CardCoverage> coverage = cardCoverage(*text)) [[maybe_unused]]
+            const std::optional<QString> label = funds.label(*coverage);
+    }
+    return 0;
+}
