@@ -19,15 +19,15 @@ void hand(const Completion& completion, std::expected<CardRecord, Error> outcome
 
 } // namespace
 
-void readCard(const std::shared_ptr<LVitAccess>& client, Completion completion)
+void readCard(const std::shared_ptr<LVitAccess>& client, const Completion& completion)
 {
-    client->bindWithCompletionHandler([client, completion](bool bound, std::optional<Error> bindError) {
+    client->bindWithCompletionHandler([client, completion](bool bound, const std::optional<Error>& bindError) {
         if (!bound) {
             hand(completion, std::unexpected(bindError.value_or(PelmoraError::generalError())));
             return;
         }
         client->readeVitaleWithCompletionHandler(
-            [completion](bool read, std::optional<Error> readError, std::optional<CardRecord> record) {
+            [completion](bool read, const std::optional<Error>& readError, std::optional<CardRecord> record) {
                 if (read && record)
                     hand(completion, *std::move(record));
                 else

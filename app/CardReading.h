@@ -12,4 +12,4 @@ class LVitAccess;
 /// Reads the card in the reader: brings the card service up, then asks it for the card. The outcome is handed over
 /// once, later, on the main thread.
 void readCard(const std::shared_ptr<LVitAccess>& client,
-              std::function<void(std::expected<CardRecord, Error>)> completion);
+              const std::function<void(std::expected<CardRecord, Error>)>& completion);
