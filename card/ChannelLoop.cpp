@@ -36,8 +36,8 @@ FileDescriptor makeEventCounter()
 
 } // namespace
 
-ChannelLoop::ChannelLoop(ServiceCommand command, ChannelLimits limits)
-    : m_command(std::move(command))
+ChannelLoop::ChannelLoop(const ServiceCommand& command, ChannelLimits limits)
+    : m_command(systemArguments(command))
     , m_limits(limits)
     , m_wakeUp(makeEventCounter())
 {

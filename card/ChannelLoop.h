@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <span>
+#include <string>
 #include <system_error>
 #include <vector>
 
@@ -19,7 +20,7 @@ class ChannelLoop final
 public:
     using Task = std::move_only_function<void()>;
 
-    ChannelLoop(ServiceCommand command, ChannelLimits limits);
+    ChannelLoop(const ServiceCommand& command, ChannelLimits limits);
 
     /// The thread's whole life.
     void run();
@@ -66,7 +67,8 @@ private:
     ConnectionPointer takeConnection();
     static void failRequests(ServiceConnection& connection);
 
-    const ServiceCommand m_command;
+    // Plain texts: nothing is shared with the command that was given, which belongs to another thread.
+    const std::vector<std::string> m_command;
     const ChannelLimits m_limits;
     const FileDescriptor m_wakeUp; // an event counter: readable when the mailbox has something new
 

@@ -133,7 +133,15 @@ void reapChild(pid_t child)
 
 } // namespace
 
-std::expected<HelperProcess, std::error_code> HelperProcess::start(const ServiceCommand& command)
+std::vector<std::string> systemArguments(const ServiceCommand& command)
+{
+    std::vector<std::string> arguments{QFile::encodeName(command.program).toStdString()};
+    for (const QString& argument : command.arguments)
+        arguments.push_back(QFile::encodeName(argument).toStdString());
+    return arguments;
+}
+
+std::expected<HelperProcess, std::error_code> HelperProcess::start(std::vector<std::string> command)
 {
     auto input = makePipe();
     auto output = makePipe();
@@ -146,11 +154,8 @@ std::expected<HelperProcess, std::error_code> HelperProcess::start(const Service
     if (!setNonBlocking(input->writeEnd) || !setNonBlocking(output->readEnd) || !setNonBlocking(errors->readEnd))
         return std::unexpected(lastError());
 
-    std::vector<QByteArray> texts{QFile::encodeName(command.program)};
-    for (const QString& argument : command.arguments)
-        texts.push_back(QFile::encodeName(argument));
     std::vector<char*> arguments;
-    for (QByteArray& text : texts)
+    for (std::string& text : command)
         arguments.push_back(text.data());
     arguments.push_back(nullptr);
 

@@ -6,7 +6,9 @@
 #include <QStringList>
 
 #include <expected>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include <sys/types.h>
 
@@ -17,13 +19,17 @@ struct ServiceCommand
     QStringList arguments;
 };
 
+/// The command as the system takes it: the program and its arguments in the file system's encoding.
+[[nodiscard]] std::vector<std::string> systemArguments(const ServiceCommand& command);
+
 /// A child process with its standard input, output and error on pipes. The child is killed when the thread that started
 /// it ends, however it ends: no orphan is left. Owned by that thread.
 class HelperProcess final
 {
 public:
-    /// Starts the program; the failure says why it could not be executed (absent, not executable...).
-    [[nodiscard]] static std::expected<HelperProcess, std::error_code> start(const ServiceCommand& command);
+    /// Starts the program that the first text names; the failure says why it could not be executed (absent, not
+    /// executable...).
+    [[nodiscard]] static std::expected<HelperProcess, std::error_code> start(std::vector<std::string> command);
 
     HelperProcess(const HelperProcess&) = delete;
     HelperProcess(HelperProcess&& other) noexcept = default;

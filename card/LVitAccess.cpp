@@ -88,8 +88,8 @@ std::shared_ptr<LVitAccess> LVitAccess::defaultInstance()
     return holder.client;
 }
 
-LVitAccess::LVitAccess(ServiceCommand command, ChannelLimits limits)
-    : m_channel(std::move(command), limits)
+LVitAccess::LVitAccess(const ServiceCommand& command, ChannelLimits limits)
+    : m_channel(command, limits)
 {
 }
 
@@ -157,7 +157,10 @@ void LVitAccess::setAccessMode(unsigned mode)
 
 std::optional<QVariantMap> LVitAccess::informations() const
 {
-    return state(&State::informations);
+    const std::optional<InformationTexts> texts = state(&State::informations);
+    if (!texts)
+        return std::nullopt;
+    return informationsDictionary(*texts);
 }
 
 unsigned LVitAccess::_modeToInteger(QStringView name)
@@ -242,7 +245,7 @@ void LVitAccess::_initializationWithCompletionHandler(BindHandler handler)
 
 void LVitAccess::_setModeWithCompletionHandler(BindHandler handler)
 {
-    setState(&State::informations, std::optional<QVariantMap>());
+    setState(&State::informations, std::optional<InformationTexts>());
     const RequestFields fields{{ServiceWord::command, ServiceWord::init},
                                {ServiceWord::mode, QString::number(accessMode())}};
     _sendSimpleMessageWithCompletionHandler(
@@ -274,9 +277,8 @@ void LVitAccess::getReaders(ReadersHandler handler)
                 complete(handler, false, PelmoraError::generalError(), std::nullopt);
                 return;
             }
-            const std::optional<QStringList> names = readerNames(*reply);
-            if (names)
-                complete(handler, true, std::nullopt, QVariantMap{{ReaderKey::readers.toString(), *names}});
+            if (std::optional<QVariantMap> readers = readersOf(*reply))
+                complete(handler, true, std::nullopt, std::move(readers));
             else
                 complete(handler, false, PelmoraError::noReader(), std::nullopt);
         });
@@ -356,17 +358,17 @@ void LVitAccess::completeInformations(const QCborMap& reply, InformationsHandler
         complete(handler, false, document.error(), informations());
         return;
     }
-    QVariantMap found;
+    InformationTexts found;
     std::optional<Error> error;
     try {
         found = informationsOf(*document);
     } catch (const std::exception& exception) {
         MXLog::logError("Information document: {}", exception.what());
-        found.clear();
+        found = {};
         error = PelmoraError::generalError();
     }
     setState(&State::informations, std::optional(found));
-    complete(handler, !error, error, found);
+    complete(handler, !error, error, informationsDictionary(found));
 }
 
 void LVitAccess::readVitale(ReadHandler handler)

@@ -3,6 +3,7 @@
 #include "card/CardRecord.h"
 #include "card/CardServiceKeys.h"
 #include "card/ServiceChannel.h"
+#include "card/ServiceReply.h"
 #include "platform/Error.h"
 #include "platform/XmlDocument.h"
 
@@ -35,7 +36,7 @@ public:
     /// The process-wide client, made at first use. At the end of the process its channel is stopped.
     [[nodiscard]] static std::shared_ptr<LVitAccess> defaultInstance();
 
-    explicit LVitAccess(ServiceCommand command, ChannelLimits limits = {});
+    explicit LVitAccess(const ServiceCommand& command, ChannelLimits limits = {});
 
     /// Fresh connection, access mode, reader list, reader choice. (false, nullopt) when no connection can be made.
     void bindWithCompletionHandler(BindHandler handler);
@@ -76,13 +77,14 @@ private:
     using ReplyHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QCborMap>)>;
 
     // What other threads read and write. Everything is reached through the functions above and setState(), one lock
-    // each: the values are independent, and nobody needs two of them at one moment.
+    // each: the values are independent, and nobody needs two of them at one moment. They are plain values: what a
+    // thread gets shares nothing with what another has.
     struct State
     {
         bool initialized = false;
         bool embedded = false;
         unsigned accessMode = 0;
-        std::optional<QVariantMap> informations = QVariantMap();
+        std::optional<InformationTexts> informations = InformationTexts();
     };
 
     // All of these run on the channel's thread.

@@ -4,8 +4,8 @@
 
 #include <utility>
 
-ServiceChannel::ServiceChannel(ServiceCommand command, ChannelLimits limits)
-    : m_loop(std::make_shared<ChannelLoop>(std::move(command), limits))
+ServiceChannel::ServiceChannel(const ServiceCommand& command, ChannelLimits limits)
+    : m_loop(std::make_shared<ChannelLoop>(command, limits))
     , m_thread([loop = m_loop] { loop->run(); })
 {
 }

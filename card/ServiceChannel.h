@@ -19,7 +19,7 @@ class ServiceChannel final
 public:
     using Task = std::move_only_function<void()>;
 
-    explicit ServiceChannel(ServiceCommand command, ChannelLimits limits = {});
+    explicit ServiceChannel(const ServiceCommand& command, ChannelLimits limits = {});
     ServiceChannel(const ServiceChannel&) = delete;
     ServiceChannel& operator=(const ServiceChannel&) = delete;
     /// Does what stop() does. On the channel's own thread (a handler drops its last owner) nothing is waited for: the

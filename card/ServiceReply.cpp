@@ -2,13 +2,13 @@
 
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
-#include "card/CardServiceKeys.h"
 #include "card/PelmoraError.h"
 #include "card/ServiceVocabulary.h"
 
 #include <QCborArray>
 #include <QCborValue>
 #include <QStringDecoder>
+#include <QStringList>
 
 #include <algorithm>
 #include <array>
@@ -97,7 +97,7 @@ bool isSuccess(const QCborMap& reply)
     return replyText(reply, ServiceWord::status) == ServiceWord::success;
 }
 
-std::optional<QStringList> readerNames(const QCborMap& reply)
+std::optional<QVariantMap> readersOf(const QCborMap& reply)
 {
     const QCborValue field = reply.value(ServiceWord::readers);
     if (!field.isArray())
@@ -107,16 +107,26 @@ std::optional<QStringList> readerNames(const QCborMap& reply)
         if (name.isString())
             names.append(name.toString());
     }
-    return names;
+    return QVariantMap{{ReaderKey::readers.toString(), names}};
 }
 
-QVariantMap informationsOf(const XmlDocument& document)
+InformationTexts informationsOf(const XmlDocument& document)
+{
+    InformationTexts texts;
+    for (std::size_t index = 0; index < texts.size(); ++index) {
+        const std::optional<XmlNode> node = document.rootElement().firstNode(informationFields[index].path);
+        if (node && node->hasChildren())
+            texts[index] = node->stringValue().toStdU16String();
+    }
+    return texts;
+}
+
+QVariantMap informationsDictionary(const InformationTexts& texts)
 {
     QVariantMap informations;
-    for (const InformationField& field : informationFields) {
-        const std::optional<XmlNode> node = document.rootElement().firstNode(field.path);
-        if (node && node->hasChildren())
-            informations.insert(field.key.toString(), node->stringValue());
+    for (std::size_t index = 0; index < texts.size(); ++index) {
+        if (texts[index])
+            informations.insert(informationFields[index].key.toString(), QString::fromStdU16String(*texts[index]));
     }
     return informations;
 }

@@ -1,17 +1,19 @@
 #pragma once
 
 #include "card/CardRecord.h"
+#include "card/CardServiceKeys.h"
 #include "platform/Error.h"
 #include "platform/XmlDocument.h"
 
 #include <QByteArrayView>
 #include <QCborMap>
 #include <QString>
-#include <QStringList>
 #include <QVariantMap>
 
+#include <array>
 #include <expected>
 #include <optional>
+#include <string>
 
 // What the client reads in the card service's replies. Any thread.
 
@@ -25,11 +27,16 @@
 /// Whether the service did what it was asked.
 [[nodiscard]] bool isSuccess(const QCborMap& reply);
 
-/// The names of a "Readers" field, those of its elements that are texts; nullopt when there is no such field.
-[[nodiscard]] std::optional<QStringList> readerNames(const QCborMap& reply);
+/// The names of a "Readers" field, those of its elements that are texts, under ReaderKey::readers; nullopt when there
+/// is no such field.
+[[nodiscard]] std::optional<QVariantMap> readersOf(const QCborMap& reply);
 
-/// The values of an information document, under the keys of InformationKey; what is missing or empty has no key.
-[[nodiscard]] QVariantMap informationsOf(const XmlDocument& document);
+/// The values of an information document, in the order of informationFields; what is missing or empty is absent.
+using InformationTexts = std::array<std::optional<std::u16string>, informationFields.size()>;
+[[nodiscard]] InformationTexts informationsOf(const XmlDocument& document);
+
+/// The same as a dictionary with the keys of InformationKey.
+[[nodiscard]] QVariantMap informationsDictionary(const InformationTexts& texts);
 
 /// The record that a successful "vitale_read" carries: the general error without a document in a known encoding, else
 /// the error of whatever could not read it.
