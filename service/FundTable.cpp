@@ -12,16 +12,15 @@ namespace {
 bool isCode(QStringView text, qsizetype digits)
 {
     return text.size() == digits &&
-           std::all_of(text.begin(), text.end(), [](QChar digit) { return digit >= u'0' && digit <= u'9'; });
+           std::ranges::all_of(text, [](QChar digit) { return digit >= u'0' && digit <= u'9'; });
 }
 
 bool isLabel(QStringView text)
 {
     // What fits the page; no table needs more.
     constexpr qsizetype longestLabel = 200;
-    return !text.isEmpty() && text.size() <= longestLabel && std::all_of(text.begin(), text.end(), [](QChar character) {
-        return character.category() != QChar::Other_Control;
-    });
+    return !text.isEmpty() && text.size() <= longestLabel &&
+           std::ranges::all_of(text, [](QChar character) { return character.category() != QChar::Other_Control; });
 }
 
 std::optional<QString> decoded(QByteArrayView line)
@@ -65,7 +64,7 @@ QStringList FundTable::add(const QString& name, QByteArrayView content)
 
 QStringList FundTable::addFile(const QString& path)
 {
-    constexpr qint64 largestFile = 1024 * 1024;
+    constexpr qint64 largestFile = qint64{1024} * 1024;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {u"%1 : table des caisses illisible (%2)."_s.arg(path, file.errorString())};

@@ -58,7 +58,7 @@ std::optional<QCborMap> ServiceCommands::answer(const QCborMap& request)
     struct Command
     {
         QLatin1StringView name;
-        QCborMap (ServiceCommands::*answer)(const QCborMap& request);
+        QCborMap (ServiceCommands::*answer)(const QCborMap& request) = nullptr;
     };
     static constexpr std::array commands{
         Command{ServiceWord::init, &ServiceCommands::initialise},

@@ -12,7 +12,7 @@ ServiceLoop::ServiceLoop(ServiceCommands commands, FileDescriptor requests, File
 
 ServiceLoop::End ServiceLoop::run()
 {
-    std::array<char, 64 * 1024> buffer;
+    std::array<char, std::size_t{64} * 1024> buffer{};
     for (;;) {
         const ssize_t count = ::read(m_requests.get(), buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR)

@@ -20,7 +20,7 @@ std::optional<QByteArray> readUpTo(const FileDescriptor& file, qsizetype limit, 
 {
     QByteArray bytes;
     bytes.reserve(std::min(expectedSize, limit) + 1);
-    constexpr qsizetype step = 64 * 1024;
+    constexpr qsizetype step = qsizetype{64} * 1024;
     while (bytes.size() <= limit) {
         const qsizetype size = bytes.size();
         bytes.resize(size + std::min(step, limit + 1 - size));

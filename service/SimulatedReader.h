@@ -10,7 +10,7 @@ class SimulatedReader final : public ReadingLibrary
 {
 public:
     /// Bytes beyond which a file is no card.
-    static constexpr qsizetype maximumFileSize = 16 * 1024 * 1024;
+    static constexpr qsizetype maximumFileSize = qsizetype{16} * 1024 * 1024;
 
     /// The path is in the file system's own bytes.
     explicit SimulatedReader(QByteArray cardPath);

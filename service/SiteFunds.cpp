@@ -2,6 +2,8 @@
 
 #include <QStandardPaths>
 
+#include <ranges>
+
 using namespace Qt::StringLiterals;
 
 SiteFunds loadFunds(const QString& resourceFolder)
@@ -11,7 +13,7 @@ SiteFunds loadFunds(const QString& resourceFolder)
 
     SiteFunds funds;
     // From the least to the most particular: later entries replace earlier ones.
-    for (auto file = files.crbegin(); file != files.crend(); ++file)
-        funds.warnings += funds.table.addFile(*file);
+    for (const QString& file : std::views::reverse(files))
+        funds.warnings += funds.table.addFile(file);
     return funds;
 }

@@ -33,7 +33,7 @@ std::optional<QString> decodeUnicode(QByteArrayView bytes, QStringConverter::Enc
 
 std::optional<QString> decodeAscii(QByteArrayView bytes)
 {
-    const bool isAscii = std::all_of(bytes.begin(), bytes.end(), [](char byte) { return (byte & 0x80) == 0; });
+    const bool isAscii = std::ranges::all_of(bytes, [](char byte) { return (byte & 0x80) == 0; });
     return isAscii ? std::optional(QString::fromLatin1(bytes)) : std::nullopt;
 }
 

@@ -5,14 +5,15 @@
 #include "service/SimulatedReader.h"
 #include "service/SiteFunds.h"
 
-#include <cstring>
+#include <cerrno>
 #include <iostream>
+#include <system_error>
 
 namespace {
 
 int fail(int status, std::string_view reason)
 {
-    std::cerr << "com.morvel.lvit: " << reason << std::endl;
+    std::cerr << "com.morvel.lvit: " << reason << '\n';
     return status;
 }
 
@@ -34,17 +35,17 @@ int main(int argc, char* argv[])
     if (line->action == ServiceCommandLine::Action::ShowHelp)
         return (std::cout << helpText() << std::flush) ? 0 : 1;
     if (line->action == ServiceCommandLine::Action::ShowVersion)
-        return (std::cout << "com.morvel.lvit " PELMORA_VERSION << std::endl) ? 0 : 1;
+        return (std::cout << "com.morvel.lvit " PELMORA_VERSION "\n" << std::flush) ? 0 : 1;
 
     if (!protectProcess())
-        return fail(1, std::strerror(errno));
+        return fail(1, std::system_category().message(errno));
     std::optional<ChannelDescriptors> channel = takeStandardChannel();
     if (!channel)
-        return fail(1, std::strerror(errno));
+        return fail(1, std::system_category().message(errno));
 
     const SiteFunds funds = loadFunds(resourceFolder());
     for (const QString& warning : funds.warnings)
-        std::cerr << warning.toStdString() << std::endl;
+        std::cerr << warning.toStdString() << '\n';
     ServiceLoop loop(ServiceCommands(readingLibrary(*line), funds.table), std::move(channel->requests),
                      std::move(channel->replies));
     switch (loop.run()) {
@@ -53,6 +54,6 @@ int main(int argc, char* argv[])
     case ServiceLoop::End::Malformed:
         return fail(1, "requête illisible sur le canal");
     case ServiceLoop::End::Failed:
-        return fail(1, std::strerror(errno));
+        return fail(1, std::system_category().message(errno));
     }
 }
