@@ -6,6 +6,7 @@
 #include <QSvgRenderer>
 
 #include <algorithm>
+#include <iterator>
 
 using namespace Qt::StringLiterals;
 

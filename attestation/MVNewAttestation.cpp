@@ -7,6 +7,7 @@
 #include "prefs/MVSettings.h"
 #include "support/MXLog.h"
 
+#include <array>
 #include <exception>
 #include <utility>
 

@@ -6,6 +6,8 @@
 #include <QFontMetricsF>
 #include <QStringList>
 
+#include <optional>
+
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -3,6 +3,8 @@
 #include <QTextLayout>
 #include <QTextOption>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
