@@ -1,89 +1,11 @@
 #include "Fixtures.h"
+#include "InkItems.h"
 #include "attestation/AttestationLayout.h"
 
-#include <QFontMetricsF>
 #include <QSvgRenderer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-template <typename Item>
-QList<Item> itemsOf(const PageInk& ink)
-{
-    QList<Item> items;
-    for (const InkItem& item : ink) {
-        if (const Item* wanted = std::get_if<Item>(&item))
-            items.append(*wanted);
-    }
-    return items;
-}
-
-QList<InkText> textsOf(const PageInk& ink)
-{
-    return itemsOf<InkText>(ink);
-}
-
-// The place of the first text that is the one given; far off the page when there is none.
-QPointF placeOf(const PageInk& ink, const QString& text)
-{
-    for (const InkText& candidate : textsOf(ink)) {
-        if (candidate.text == text)
-            return candidate.position;
-    }
-    return {-1000, -1000};
-}
-
-double widthOf(const InkText& text)
-{
-    return QFontMetricsF(text.font.font).horizontalAdvance(text.text) / pageUnitsPerPoint;
-}
-
-double rightOf(const InkText& text)
-{
-    return text.position.x() + widthOf(text);
-}
-
-bool isClose(double left, double right)
-{
-    return qAbs(left - right) < 0.01;
-}
-
-QString described(const QPointF& from, const QPointF& to)
-{
-    return u"%1 %2 %3 %4"_s.arg(from.x()).arg(from.y()).arg(to.x()).arg(to.y());
-}
-
-QStringList rulesOf(const PageInk& ink)
-{
-    QStringList rules;
-    for (const InkRule& rule : itemsOf<InkRule>(ink))
-        rules.append(described(rule.from, rule.to));
-    return rules;
-}
-
-QStringList strokesOf(const PageInk& ink)
-{
-    QStringList strokes;
-    for (const InkStroke& stroke : itemsOf<InkStroke>(ink)) {
-        if (!stroke.onScreenOnly)
-            strokes.append(described(stroke.rect.topLeft(), stroke.rect.bottomRight()));
-    }
-    return strokes;
-}
-
-TableColumn tableColumn(const QString& title, double width)
-{
-    return {{u"TableTitle"_s, title}, {u"TableWidth"_s, width}};
-}
-
-TableCell tableCell(const QString& data)
-{
-    return {{u"TableData"_s, data}};
-}
-
-} // namespace
 
 class tst_AttestationLayout : public QObject
 {
@@ -91,32 +13,10 @@ class tst_AttestationLayout : public QObject
 
 private:
     PageFonts m_fonts = pageFonts();
-    AttestationPage m_blank;
 
     PageInk inkOf(const AttestationPage& page, QSizeF frame = {595, 842})
     {
         return AttestationLayout::drawRect(page, frame, m_fonts);
-    }
-
-    QStringList tableRules(const QList<TableColumn>& columns)
-    {
-        AttestationLayout layout(m_blank, {595, 842}, m_fonts);
-        layout.drawTableDataWithColumns({10, 20, 100, 30}, 30, columns, {TableRow()});
-        return rulesOf(layout.ink());
-    }
-
-    PageInk tableData(const QList<TableColumn>& columns, const QList<TableRow>& rows)
-    {
-        AttestationLayout layout(m_blank, {595, 842}, m_fonts);
-        layout.drawTableDataWithColumns({10, 20, 200, 40}, 20, columns, rows);
-        return layout.ink();
-    }
-
-    PageInk tableHeader(const QList<TableColumn>& columns)
-    {
-        AttestationLayout layout(m_blank, {595, 842}, m_fonts);
-        layout.drawTableHeadersWithColumns({10, 20, 100, 50}, columns);
-        return layout.ink();
     }
 
 private Q_SLOTS:
@@ -213,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(without.size() + 1, with.size());
         for (const InkText& text : textsOf(without))
             QCOMPARE(placeOf(with, text.text), placeOf(without, text.text));
-        QCOMPARE(placeOf(without, u"Attestation de droits à l'assurance maladie"_s), QPointF(-1000, -1000));
+        QCOMPARE(placeOf(without, u"Attestation de droits à l'assurance maladie"_s), nowhere);
     }
 
     void anAbsentOrEmptyHeaderValueLeavesItsLineOut_data()
@@ -435,99 +335,6 @@ private Q_SLOTS:
         }
         QVERIFY(words.size() > 8);
         QCOMPARE(words.join(QString()).remove(u' '), QString(name).remove(u' '));
-    }
-
-    void aColumnThatReachesTheEdgeIsTheLast()
-    {
-        QCOMPARE(tableRules({tableColumn(u"a"_s, 40), tableColumn(u"b"_s, 30), tableColumn(u"c"_s, 30)}),
-                 QStringList({u"50 20 50 50"_s, u"80 20 80 50"_s}));
-        QCOMPARE(tableRules({tableColumn(u"a"_s, 100), tableColumn(u"b"_s, 10)}), QStringList());
-        QCOMPARE(tableRules({tableColumn(u"a"_s, 40), tableColumn(u"b"_s, 70), tableColumn(u"c"_s, -90)}),
-                 QStringList(u"50 20 50 50"_s));
-    }
-
-    void headersAfterTheEdgeHaveNeitherTitleNorRule()
-    {
-        const PageInk ink = tableHeader({tableColumn(u"a"_s, 40), tableColumn(u"b"_s, 60), tableColumn(u"c"_s, -50)});
-        QCOMPARE(textsOf(ink).size(), 2);
-        QCOMPARE(placeOf(ink, u"b"_s), QPointF(55, 23));
-        QCOMPARE(rulesOf(ink), QStringList(u"50 20 50 70"_s));
-    }
-
-    void cellsAfterTheEdgeAreNotDrawn()
-    {
-        const PageInk ink = tableData({tableColumn(u""_s, 150), tableColumn(u""_s, 50), tableColumn(u""_s, -150)},
-                                      {{tableCell(u"a"_s), tableCell(u"b"_s), tableCell(u"c"_s)}});
-        QCOMPARE(textsOf(ink).size(), 2);
-    }
-
-    void aColumnHasARuleUnlessItSaysOtherwise()
-    {
-        TableColumn first = tableColumn(u""_s, 40);
-        first.insert(u"TableDrawSeparator"_s, false);
-        TableColumn second = tableColumn(u""_s, 30);
-        second.insert(u"TableDrawSeparator"_s, true);
-        QCOMPARE(tableRules({first, second, tableColumn(u""_s, 30)}), QStringList(u"80 20 80 50"_s));
-    }
-
-    void aColumnWithoutWidthHasNone()
-    {
-        TableColumn bare;
-        bare.insert(u"TableTitle"_s, u"bare"_s);
-        const PageInk ink = tableHeader({bare, tableColumn(u"b"_s, 50)});
-        QCOMPARE(placeOf(ink, u"b"_s), QPointF(15, 23));
-        QCOMPARE(placeOf(ink, u"bare"_s), QPointF(-1000, -1000));
-    }
-
-    void headersIgnoreTheAlignment()
-    {
-        TableColumn column = tableColumn(u"a"_s, 50);
-        column.insert(u"TableAlignment"_s, 1);
-        QCOMPARE(placeOf(tableHeader({column}), u"a"_s), QPointF(15, 23));
-    }
-
-    void aTableWithoutRowsIsAnEmptyFrame()
-    {
-        const PageInk ink = tableData({tableColumn(u""_s, 40), tableColumn(u""_s, 40)}, {});
-        QCOMPARE(ink.size(), 2U);
-        QCOMPARE(strokesOf(ink), QStringList(u"10 20 210 60"_s));
-    }
-
-    void rowsFollowEachOtherWithoutRulesBetweenThem()
-    {
-        const PageInk ink = tableData({tableColumn(u""_s, 200)}, {{tableCell(u"a"_s)}, {tableCell(u"b"_s)}});
-        QCOMPARE(placeOf(ink, u"a"_s), QPointF(15, 23));
-        QCOMPARE(placeOf(ink, u"b"_s), QPointF(15, 43));
-        QVERIFY(rulesOf(ink).isEmpty());
-    }
-
-    void theColumnsOfEachTableFillItsWidth()
-    {
-        for (const QList<TableColumn>& columns : {organismColumns(), beneficiaryColumns()}) {
-            double width = 0;
-            for (const TableColumn& column : columns)
-                width += column.value(u"TableWidth"_s).toDouble();
-            QCOMPARE(width, 579.0);
-        }
-    }
-
-    void numbersAndDatesUseTheFixedWidthFigures()
-    {
-        const AttestationPage page = specimenPage(1);
-        const auto fixed = [](const TableRow& row) {
-            QString marks;
-            for (const TableCell& cell : row)
-                marks += cell.value(u"TableFixeWidthFont"_s).toBool() ? u'F' : u'-';
-            return marks;
-        };
-        QCOMPARE(fixed(organismRow(page)), u"--F-"_s);
-        QCOMPARE(fixed(beneficiaryRow(page.lines[0])), u"-FF-"_s);
-    }
-
-    void theModulationCellIsAlwaysBlank()
-    {
-        QCOMPARE(organismRow(specimenPage(1)).at(3).value(u"TableData"_s).toString(), QString());
-        QCOMPARE(organismColumns().at(3).value(u"TableTitle"_s), u"modulation du ticket modérateur"_s);
     }
 };
 
