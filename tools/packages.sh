@@ -13,6 +13,8 @@ test_packages=(
     libpdfbox2-java libfontbox2-java libcommons-logging-java libjaxb-api-java libactivation-java
     # Windows: a display, a window manager, and the accessibility bus that the tests drive them by.
     xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils
+    # A font of the system's, for what the page's own font lacks.
+    fonts-dejavu-core
     # Faults and limits.
     procps strace
 )
