@@ -292,8 +292,7 @@ void ChannelLoop::deliverMessage(const ConnectionPointer& connection, ServiceMes
 {
     if (message.number == 0) {
         if (message.body)
-            connection->eventHandler()(
-                {.kind = ChannelEvent::Kind::UnsolicitedMessage, .message = std::move(*message.body)});
+            connection->eventHandler()({.kind = ChannelEvent::Kind::UnsolicitedMessage, .message = *message.body});
         return;
     }
     std::optional<ServiceReplyHandler> handler = connection->takeRequest(message.number);

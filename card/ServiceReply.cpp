@@ -103,7 +103,7 @@ std::optional<QVariantMap> readersOf(const QCborMap& reply)
     if (!field.isArray())
         return std::nullopt;
     QStringList names;
-    for (const QCborValue& name : field.toArray()) {
+    for (const QCborValue name : field.toArray()) {
         if (name.isString())
             names.append(name.toString());
     }
