@@ -3,7 +3,7 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
 #include "platform/XmlDocument.h"
-#include "service/XmlBytes.h"
+#include "card/XmlBytes.h"
 
 #include <QFile>
 #include <QStringDecoder>

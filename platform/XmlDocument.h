@@ -12,8 +12,9 @@
 #include <string_view>
 #include <vector>
 
-struct _xmlDoc;
-struct _xmlNode;
+// The names are libxml2's own.
+struct _xmlDoc;  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+struct _xmlNode; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 /// A node of an XmlDocument, which must outlive it.
 class XmlNode
@@ -51,7 +52,7 @@ public:
     static constexpr QLatin1StringView errorDomain{"XML"};
 
     /// Bytes, in UTF-8, beyond which a text is refused before it is parsed.
-    static constexpr std::size_t maximumSize = 16 * 1024 * 1024;
+    static constexpr std::size_t maximumSize = std::size_t{16} * 1024 * 1024;
 
     /// Parses a text that is already decoded: the encoding that it declares is ignored.
     [[nodiscard]] static std::expected<XmlDocument, Error> fromText(const QString& text);

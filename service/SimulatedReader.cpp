@@ -3,7 +3,7 @@
 #include "card/FileDescriptor.h"
 #include "service/CardCoverage.h"
 #include "service/LibraryVersions.h"
-#include "service/XmlBytes.h"
+#include "card/XmlBytes.h"
 
 #include <cerrno>
 #include <optional>

@@ -13,12 +13,4 @@ for preset in asan tsan; do
     ctest --preset "$preset" --parallel "$(nproc)"
 done
 
-cmake --preset fuzz
-cmake --build --preset fuzz
-for corpus in tests/fuzz/corpus/*/; do
-    name=$(basename "$corpus")
-    # New inputs go to a scratch folder: the corpus that is kept is chosen by people.
-    scratch=$(mktemp -d)
-    "build/fuzz/tests/fuzz/$name" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 "$scratch" "$corpus"
-    rm -rf "$scratch"
-done
+tools/fuzz.sh "$seconds"

@@ -2,7 +2,7 @@
 #include "card/CardParser.h"
 #include "card/PelmoraError.h"
 #include "platform/XmlMarkup.h"
-#include "service/XmlBytes.h"
+#include "card/XmlBytes.h"
 #include "tests/card/CardXml.h"
 
 #include <QElapsedTimer>

@@ -77,6 +77,26 @@ private:
         return QString::fromUtf8(run(m_home->path(), u"pdftotext"_s, {u"-layout"_s, pdf, u"-"_s}).output);
     }
 
+    // Saves a card on a disk of its own, in memory, that this run alone sees; then prints the old attestation and what
+    // the disk holds.
+    RunResult pelmoraOnDisk(const QString& mountOptions, const QString& preparation, const QString& file) const
+    {
+        const QString script = uR"(mount -t tmpfs %1 tmpfs "$1" || exit 77
+            %2
+            "$0" --save "$1" "$2"; code=$?
+            cat "$1/"*.pdf 2>/dev/null; ls -A "$1"; exit $code)"_s.arg(mountOptions, preparation);
+        QStringList command{u"unshare"_s, u"--mount"_s};
+        if (geteuid() != 0)
+            command += u"--map-root-user"_s;
+        command += {u"sh"_s, u"-c"_s, script, u"" PELMORA_STAGE "/bin/pelmora"_s, folder(), file};
+        return QDir().mkpath(folder()) ? run(m_home->path(), command.first(), command.sliced(1)) : RunResult{};
+    }
+
+    QString notSaved(const QString& reason) const
+    {
+        return u"pelmora : « %1/SPECIMEN Zoé.pdf » n’a pas été enregistré : %2."_s.arg(folder(), reason);
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -248,47 +268,21 @@ private Q_SLOTS:
 
     void aFolderThatCannotBeWrittenIsTold()
     {
-        QVERIFY(QDir().mkpath(folder()));
         const QString file = cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s));
-        // As root, permissions forbid nothing: the folder is then another user's, and so is the home of the run.
-        QStringList wrapper;
-        if (geteuid() == 0) {
-            wrapper = {u"setpriv"_s, u"--reuid=65534"_s, u"--regid=65534"_s, u"--clear-groups"_s};
-            QCOMPARE(chmod(QFile::encodeName(m_home->path()).constData(), 0755), 0);
-        } else {
-            QCOMPARE(chmod(QFile::encodeName(folder()).constData(), 0555), 0);
-        }
-        const RunResult result = pelmora({u"--save"_s, folder(), file}, wrapper);
+        const RunResult result = pelmoraOnDisk(u"-o ro,mode=0755"_s, u"true"_s, file);
         QCOMPARE(result.exitCode, 1);
-        QCOMPARE(
-            result.errorLines(),
-            QStringList{
-                u"pelmora : « %1/SPECIMEN Zoé.pdf » n’a pas été enregistré : l’écriture n’y est pas autorisée."_s.arg(
-                    folder())});
-        QCOMPARE(entries(folder()), QStringList());
+        QCOMPARE(result.errorLines(), QStringList{notSaved(u"l’écriture n’y est pas autorisée"_s)});
+        QCOMPARE(result.output, QByteArray());
     }
 
     void aFullDiskLeavesTheOldFile()
     {
-        QVERIFY(QDir().mkpath(folder()));
         const QString file = cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s));
-        // A disk of 16 KiB, seen by this run alone, which a first file nearly fills.
-        const QString script = uR"(mount -t tmpfs -o size=16k,mode=0755 tmpfs "$1" || exit 77
-            printf old >"$1/SPECIMEN Zoé.pdf"; head -c 8000 /dev/zero >"$1/filler"
-            "$0" --save "$1" "$2"; code=$?
-            cat "$1/SPECIMEN Zoé.pdf"; ls -A "$1"; exit $code)"_s;
-        const QStringList unshare = geteuid() == 0 ? QStringList{u"unshare"_s, u"--mount"_s}
-                                                   : QStringList{u"unshare"_s, u"--mount"_s, u"--map-root-user"_s};
         const RunResult result =
-            run(m_home->path(), unshare.first(),
-                unshare.sliced(1) +
-                    QStringList{u"sh"_s, u"-c"_s, script, u"" PELMORA_STAGE "/bin/pelmora"_s, folder(), file});
+            pelmoraOnDisk(u"-o size=16k,mode=0755"_s,
+                          uR"(printf old >"$1/SPECIMEN Zoé.pdf"; head -c 8000 /dev/zero >"$1/filler")"_s, file);
         QCOMPARE(result.exitCode, 1);
-        QCOMPARE(
-            result.errorLines(),
-            QStringList{
-                u"pelmora : « %1/SPECIMEN Zoé.pdf » n’a pas été enregistré : il n’y a plus de place sur le disque."_s
-                    .arg(folder())});
+        QCOMPARE(result.errorLines(), QStringList{notSaved(u"il n’y a plus de place sur le disque"_s)});
         QCOMPARE(QString::fromUtf8(result.output), u"oldSPECIMEN Zoé.pdf\nfiller\n"_s);
     }
 

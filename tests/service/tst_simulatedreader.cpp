@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/fsuid.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -120,13 +121,19 @@ private Q_SLOTS:
 
     void aFileThatMayNotBeReadIsAReadError()
     {
-        if (::geteuid() == 0)
-            QSKIP("root may read every file");
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
         QVERIFY(write(path, "<a/>"));
         QVERIFY(QFile::setPermissions(path, {}));
-        QCOMPARE(resultOf(path), qint64(17));
+        // Root may read every file, but not in another's name.
+        constexpr uid_t nobody = 65534;
+        const bool isRoot = ::geteuid() == 0;
+        if (isRoot)
+            ::setfsuid(nobody);
+        const qint64 result = resultOf(path);
+        if (isRoot)
+            ::setfsuid(0);
+        QCOMPARE(result, qint64(17));
     }
 
     void thePathIsTakenByteForByte()

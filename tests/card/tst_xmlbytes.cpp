@@ -1,4 +1,4 @@
-#include "service/XmlBytes.h"
+#include "card/XmlBytes.h"
 
 #include <QStringEncoder>
 #include <QTest>
