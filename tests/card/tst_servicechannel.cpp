@@ -4,6 +4,7 @@
 #include "tests/card/LogCapture.h"
 
 #include <QCborMap>
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QtTest>
@@ -111,6 +112,9 @@ private Q_SLOTS:
     void aNullBodyIsNoDictionaryAndBreaksNothing();
     void aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest_data();
     void aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest();
+    void aHelperIsSeenToEndWithoutWaitingForATimeout_data();
+    void aHelperIsSeenToEndWithoutWaitingForATimeout();
+    void aRequestToAHelperThatHasJustDiedIsAnsweredAndKillsNobody();
     void theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak();
     void whatAHelperAnsweredBeforeItDiedStillCounts();
     void aHelperThatEndsWhileNothingWaitsInterrupts();
@@ -224,6 +228,50 @@ void TestServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequ
     QCOMPARE(story->events.removeAll(u"unsolicited"_s) > 0, behaviour == u"flood");
     QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s, u"2: none"_s, u"3: none"_s}));
     QVERIFY(std::ranges::all_of(fake.processes(), FakeService::isReaped));
+}
+
+void TestServiceChannel::aHelperIsSeenToEndWithoutWaitingForATimeout_data()
+{
+    QTest::addColumn<QString>("behaviour");
+    for (const auto* const behaviour : {"exit", "crash", "close-output", "close-input", "die-and-leave-a-child"})
+        QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
+}
+
+void TestServiceChannel::aHelperIsSeenToEndWithoutWaitingForATimeout()
+{
+    QFETCH(const QString, behaviour);
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, behaviour}),
+                           {.requestTimeout = 10min, .exitGrace = 100ms});
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    // Less than the life of the child that one of them leaves behind.
+    QVERIFY(story->end.get_future().wait_for(10s) == std::future_status::ready);
+    channel.stop();
+    QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
+}
+
+void TestServiceChannel::aRequestToAHelperThatHasJustDiedIsAnsweredAndKillsNobody()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--at-start"_s, u"exit"_s}));
+    std::promise<QString> replied;
+    auto reply = replied.get_future();
+    QCOMPARE(onChannel(channel,
+                       [&] {
+                           const auto opened = channel.open([](const ChannelEvent&) {});
+                           // The channel looks at its helper only after this task.
+                           QDeadlineTimer deadline(30'000);
+                           while (!deadline.hasExpired() &&
+                                  !(fake.processes().size() == 1 && FakeService::isDead(fake.processes()[0])))
+                               std::this_thread::yield();
+                           channel.send(request(),
+                                        [&](const std::optional<QCborMap>& body) { replied.set_value(textOf(body)); });
+                           return opened.has_value();
+                       }),
+             true);
+    QVERIFY(reply.wait_for(patience) == std::future_status::ready);
+    QCOMPARE(reply.get(), u"none"_s);
 }
 
 void TestServiceChannel::theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()

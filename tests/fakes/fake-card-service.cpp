@@ -139,6 +139,16 @@ const QHash<QString, Behaviour>& behaviours()
              close(STDIN_FILENO);
              waitForDeath();
          }},
+        {u"die-and-leave-a-child"_s,
+         [](const QByteArray&) {
+             // The child keeps the pipes open for as long as the test needs, not longer.
+             constexpr unsigned childLife = 20; // seconds
+             if (fork() == 0) {
+                 alarm(childLife);
+                 waitForDeath();
+             }
+             _exit(0);
+         }},
         {u"stop-reading"_s, [](const QByteArray&) { waitForDeath(); }},
     };
     return table;
