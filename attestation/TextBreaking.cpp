@@ -31,6 +31,20 @@ bool isPlain(QStringView text)
     });
 }
 
+// Length of a line that would end inside a hyphenated word, cut back to the blank before that word; 0 for a line that
+// ends otherwise, or that holds no blank. Hyphenated words read better whole.
+int lengthBeforeHyphenatedWord(QStringView paragraph, const QTextLine& line)
+{
+    const QStringView text = paragraph.sliced(line.textStart(), line.textLength());
+    const bool isLast = line.textStart() + line.textLength() == paragraph.size();
+    if (isLast || text.isEmpty() || text.back() != u'-')
+        return 0;
+    const qsizetype blank = text.lastIndexOf(u' ');
+    if (blank < 0 || withoutBlanksAtEnd(text.first(blank)).isEmpty())
+        return 0;
+    return static_cast<int>(blank) + 1;
+}
+
 void breakParagraph(QStringView paragraph, const PageFont& font, double width, QList<BrokenLine>& lines)
 {
     paragraph = withoutBlanksAtEnd(paragraph);
@@ -46,6 +60,8 @@ void breakParagraph(QStringView paragraph, const PageFont& font, double width, Q
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLineWidth(width * pageUnitsPerPoint);
+        if (const int length = lengthBeforeHyphenatedWord(paragraph, line); length > 0)
+            line.setNumColumns(length);
         lines.append({withoutBlanksAtEnd(paragraph.sliced(line.textStart(), line.textLength())).toString(),
                       line.naturalTextWidth() / pageUnitsPerPoint});
     }

@@ -179,8 +179,8 @@ private Q_SLOTS:
         QCOMPARE(placeOf(ink, u"organisme de rattachement sécurité sociale"_s), QPointF(13.5, 233.5));
         QCOMPARE(placeOf(ink, u"code gestion"_s), QPointF(223.5, 233.5));
         QCOMPARE(placeOf(ink, u"n° de sécurité sociale de l'assuré"_s), QPointF(298.5, 233.5));
-        QCOMPARE(placeOf(ink, u"(à utiliser pour tous les bénéficiaires ci-"_s), QPointF(298.5, 233.5 + pitch));
-        QCOMPARE(placeOf(ink, u"dessous)"_s), QPointF(298.5, 233.5 + 2 * pitch));
+        QCOMPARE(placeOf(ink, u"(à utiliser pour tous les bénéficiaires"_s), QPointF(298.5, 233.5 + pitch));
+        QCOMPARE(placeOf(ink, u"ci-dessous)"_s), QPointF(298.5, 233.5 + 2 * pitch));
         QCOMPARE(placeOf(ink, u"modulation du ticket"_s), QPointF(478.5, 233.5));
         QCOMPARE(placeOf(ink, u"modérateur"_s), QPointF(478.5, 233.5 + pitch));
         QCOMPARE(placeOf(ink, u"Bénéficiaire(s)"_s), QPointF(13.5, 308.5));

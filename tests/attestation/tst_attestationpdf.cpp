@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(text, u"CPAM de Paris Numero de l'assuré : 2 69 06 2B 123 456 34 Nom de l'assuré : SPECIMEN Marie "
                        "Attestation de droits à l'assurance maladie "
                        "organisme de rattachement sécurité sociale code gestion n° de sécurité sociale de l'assuré "
-                       "(à utiliser pour tous les bénéficiaires ci- dessous) modulation du ticket modérateur "
+                       "(à utiliser pour tous les bénéficiaires ci-dessous) modulation du ticket modérateur "
                        "01 751 8801 10 2 69 06 2B 123 456 34 Bénéficiaire(s) nom de famille suivi d'un éventuel nom "
                        "d'usage n° de sécurité sociale du bénéficiaire (pour information) né(e) le / Rang "
                        "SPECIMEN Numéro1 1 85 05 78 006 084 91 15/03/1980 1 "

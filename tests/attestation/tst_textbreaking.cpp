@@ -52,6 +52,20 @@ private Q_SLOTS:
         QCOMPARE(broken(u"SPECIMEN Marie"_s, widthOf(u"SPECIMEN Marie"_s)), QStringList(u"SPECIMEN Marie"_s));
     }
 
+    void aHyphenatedWordGoesWholeToTheNextLine()
+    {
+        QCOMPARE(broken(u"les lignes ci-dessous, ci-après"_s, widthOf(u"les lignes ci-des"_s)),
+                 QStringList({u"les lignes"_s, u"ci-dessous,"_s, u"ci-après"_s}));
+    }
+
+    void aHyphenatedWordTooLongForALineIsBrokenAtItsHyphen()
+    {
+        QCOMPARE(broken(u"MARTIN-SPECIMEN Zoé"_s, widthOf(u"MARTIN-SPECIM"_s)),
+                 QStringList({u"MARTIN-"_s, u"SPECIMEN Zoé"_s}));
+        QCOMPARE(broken(u"  MARTIN-SPECIMEN"_s, widthOf(u"  MARTIN-SPEC"_s)),
+                 QStringList({u"  MARTIN-"_s, u"SPECIMEN"_s}));
+    }
+
     void aWordTooLongForALineIsBrokenAnywhere()
     {
         const QStringList lines = broken(QString(100, u'W'), 100);
