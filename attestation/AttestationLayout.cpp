@@ -21,7 +21,6 @@ constexpr double beneficiaryRowHeight = 40.0;
 // Room above the beneficiary rows, counted without the half point that puts the outlines on whole points.
 constexpr double beneficiariesTop = 355.0;
 constexpr QMarginsF cellMargins{5.0, 3.0, 5.0, 3.0};
-constexpr double unbounded = 1.0e6; // a line as long as it likes
 
 double columnWidth(const TableColumn& column)
 {
@@ -207,9 +206,11 @@ void AttestationLayout::drawTableRow(QPointF topLeft, double right, double rowHe
     }
 }
 
+// A text goes on below itself where it would run off the page: the longest names leave room for that.
 void AttestationLayout::drawAtPoint(QPointF topLeft, const QString& text, const PageFont& font)
 {
-    drawWithRect({topLeft, QSizeF(unbounded, 0)}, text, font, LeftAlignment);
+    const double roomOnPage = m_frame.width() - m_left - topLeft.x();
+    drawWithRect({topLeft, QSizeF(roomOnPage, 0)}, text, font, LeftAlignment);
 }
 
 // The box gives the text its left edge, its width and its top. It has no bottom: a text longer than its box is not cut.

@@ -103,6 +103,19 @@ private Q_SLOTS:
         }
     }
 
+    void aNameTooLongForThePageGoesOnBelowItselfAboveTheTitle()
+    {
+        AttestationPage page;
+        page.showRightLabel = true;
+        page.insuredName = u"DE LA ROCHE-SPECIMEN DES VALLONS ET MONTS D'AUVERGNE Marie-Hélène Élisabeth Anne"_s;
+        const QList<InkText> texts = textsOf(inkOf(page));
+        QCOMPARE(texts[0].position, QPointF(8, 168));
+        QCOMPARE(texts[1].position, QPointF(8, 168 + texts[0].font.lineHeight));
+        QCOMPARE(texts[0].text + u' ' + texts[1].text, u"Nom de l'assuré : "_s + *page.insuredName);
+        QVERIFY(texts[1].position.y() + texts[1].font.lineHeight <= 203);
+        QCOMPARE(texts[2].position, QPointF(8, 203));
+    }
+
     void withoutTheTitleNothingMoves()
     {
         AttestationPage page = specimenPage(2);
