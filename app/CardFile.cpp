@@ -2,8 +2,8 @@
 
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
-#include "platform/XmlDocument.h"
 #include "card/XmlBytes.h"
+#include "platform/XmlDocument.h"
 
 #include <QFile>
 #include <QStringDecoder>

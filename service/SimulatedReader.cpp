@@ -1,9 +1,9 @@
 #include "service/SimulatedReader.h"
 
 #include "card/FileDescriptor.h"
+#include "card/XmlBytes.h"
 #include "service/CardCoverage.h"
 #include "service/LibraryVersions.h"
-#include "card/XmlBytes.h"
 
 #include <cerrno>
 #include <optional>

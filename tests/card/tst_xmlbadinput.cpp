@@ -1,8 +1,8 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
 #include "card/PelmoraError.h"
-#include "platform/XmlMarkup.h"
 #include "card/XmlBytes.h"
+#include "platform/XmlMarkup.h"
 #include "tests/card/CardXml.h"
 
 #include <QElapsedTimer>

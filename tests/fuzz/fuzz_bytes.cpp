@@ -1,7 +1,7 @@
 // A card file's bytes to its text, coverage and fund's label, as the simulated reader takes them.
+#include "card/XmlBytes.h"
 #include "service/CardCoverage.h"
 #include "service/FundTable.h"
-#include "card/XmlBytes.h"
 
 #include <cstddef>
 #include <cstdint>
