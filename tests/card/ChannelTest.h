@@ -1,0 +1,94 @@
+#pragma once
+
+#include "card/ServiceChannel.h"
+#include "tests/card/ChannelTestMain.h"
+#include "tests/card/FakeService.h"
+#include "tests/card/LogCapture.h"
+
+#include <QCborMap>
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <future>
+#include <memory>
+
+/// What the tests of the channel share: conversations with a service, told as lists of events.
+namespace ChannelTest {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+inline constexpr auto patience = 30s;
+inline constexpr ChannelLimits hasty{.requestTimeout = 300ms, .exitGrace = 200ms};
+
+/// What happened on a channel, in its order. Written on the channel's thread, read once that is through.
+struct Story
+{
+    QStringList events;
+    std::promise<void> end;
+    bool isFinished = false;
+
+    void tell(const QString& event) { events.append(event); }
+    void finish()
+    {
+        if (!std::exchange(isFinished, true))
+            end.set_value();
+    }
+};
+using StoryPointer = std::shared_ptr<Story>;
+
+inline QCborMap request(const QString& command = u"init"_s)
+{
+    return {{u"Command"_s, command}};
+}
+
+/// Runs something on the channel's thread and gives its result; nullopt when that takes too long.
+template <typename Function>
+auto onChannel(ServiceChannel& channel, Function function) -> std::optional<decltype(function())>
+{
+    std::promise<decltype(function())> promise;
+    auto future = promise.get_future();
+    channel.post([&promise, &function] { promise.set_value(function()); });
+    if (future.wait_for(patience) != std::future_status::ready)
+        std::terminate(); // the task holds what is about to go
+    return future.get();
+}
+
+inline ChannelEventHandler tellEvents(const StoryPointer& story)
+{
+    return [story](const ChannelEvent& event) {
+        story->tell(event.kind == ChannelEvent::Kind::Interrupted ? u"interrupted"_s : u"unsolicited"_s);
+    };
+}
+
+inline QString textOf(const std::optional<QCborMap>& reply)
+{
+    return reply ? reply->value("Status"_L1).toString() : u"none"_s;
+}
+
+/// Opens the connection and sends requests; each reply is told as "number: status", the last one ends the story.
+inline std::optional<bool> converse(ServiceChannel& channel, const StoryPointer& story, const QStringList& commands)
+{
+    return onChannel(channel, [&channel, story, commands] {
+        if (!channel.open(tellEvents(story)))
+            return false;
+        auto left = std::make_shared<qsizetype>(commands.size());
+        for (qsizetype index = 0; index < commands.size(); ++index) {
+            channel.send(request(commands[index]), [story, left, index](const std::optional<QCborMap>& reply) {
+                story->tell(u"%1: %2"_s.arg(index + 1).arg(textOf(reply)));
+                if (--*left == 0)
+                    story->finish();
+            });
+        }
+        return true;
+    });
+}
+
+inline bool waitForEnd(Story& story)
+{
+    return story.end.get_future().wait_for(patience) == std::future_status::ready;
+}
+
+} // namespace ChannelTest

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "card/CardKeys.h"
+#include "card/LVitAccess.h"
+#include "card/ServiceVocabulary.h"
+#include "tests/card/ChannelTestMain.h"
+#include "tests/card/ClientOutcome.h"
+#include "tests/card/FakeService.h"
+
+#include <QRegularExpression>
+#include <QtTest>
+
+/// What the tests of the card service's client share: its outcomes as texts, and shorthands.
+namespace ClientTest {
+
+using namespace Qt::StringLiterals;
+using namespace ClientOutcome;
+
+inline const QString general = u"Pelmora -10"_s;
+inline const QString internal = u"Pelmora -11"_s;
+inline const QString noReader = u"Pelmora -20"_s;
+inline const QString badReader = u"Pelmora -21"_s;
+inline const QString success = u"success"_s;
+inline const QString failureWithoutError = u"failure"_s;
+
+inline ClientPointer makeClient(const ServiceCommand& command, ChannelLimits limits = {})
+{
+    return std::make_shared<LVitAccess>(command, limits);
+}
+
+inline QStringList commands(const FakeService& fake)
+{
+    return fake.requested(u"Command"_s);
+}
+
+inline QVariantMap readerChoice(const QString& vitale, const QString& cps)
+{
+    QVariantMap choice;
+    if (!vitale.isNull())
+        choice.insert(ReaderKey::vitale.toString(), vitale);
+    if (!cps.isNull())
+        choice.insert(ReaderKey::cps.toString(), cps);
+    return choice;
+}
+
+inline QByteArray hexCard(const QByteArray& lastName)
+{
+    return ("<T_AsnDonneesVitale><listeBenef><T_AsnBeneficiaire><ident><nomUsuel>" + lastName +
+            "</nomUsuel></ident></T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>")
+        .toHex();
+}
+
+inline QString lastName(const std::optional<Outcome<CardRecord>>& outcome)
+{
+    return outcome && outcome->result ? outcome->result->text(CardKey::lastName).value_or(u"absent"_s) : u"no record"_s;
+}
+
+} // namespace ClientTest

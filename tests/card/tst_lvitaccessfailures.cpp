@@ -1,0 +1,243 @@
+#include "tests/card/ClientTest.h"
+
+using namespace Qt::StringLiterals;
+using namespace ClientOutcome;
+using namespace ClientTest;
+
+class TestLVitAccessFailures : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void withoutAConnectionEveryCommandFails_data();
+    void withoutAConnectionEveryCommandFails();
+    void aBrokenReplyIsTheGeneralError_data();
+    void aBrokenReplyIsTheGeneralError();
+    void aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection();
+    void anInterruptionLeavesTheClientUnboundAndTheNextReadConnectsAgain();
+    void overlappingRequestsEachGetTheirOwnReply();
+    void handlersRunOnOneThreadThatIsNotTheCallers();
+    void aCommandIssuedFromAHandlerWorks();
+    void operationsWithoutAHandlerDoNoHarm();
+    void aDroppedClientLivesUntilItsReplyHasCome();
+    void theLastReferenceCanBeDroppedInAHandler();
+    void noServiceSurvivesAnApplicationThatIsKilled_data();
+    void noServiceSurvivesAnApplicationThatIsKilled();
+};
+
+void TestLVitAccessFailures::withoutAConnectionEveryCommandFails_data()
+{
+    QTest::addColumn<bool>("isThere");
+    QTest::newRow("absent program") << false;
+    QTest::newRow("program that is not executable") << true;
+}
+
+void TestLVitAccessFailures::withoutAConnectionEveryCommandFails()
+{
+    QFETCH(const bool, isThere);
+    const FakeService fake;
+    const QString path = fake.filePath(u"service"_s);
+    if (isThere) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(file.setPermissions(QFile::ReadOwner));
+    }
+    const ClientPointer client = makeClient({path, {}});
+    const auto bound = awaitBind(client);
+    QCOMPARE(summary(bound), failureWithoutError);
+    QVERIFY(bound->thread != std::this_thread::get_id());
+    const auto wasRead = awaitRead(client);
+    QCOMPARE(summary(wasRead), general);
+    QVERIFY(wasRead->thread == bound->thread);
+    QCOMPARE(summary(awaitReaders(client)), general);
+    QCOMPARE(summary(awaitSetReaders(client, readerChoice(u"V"_s, u"C"_s))), general);
+    QCOMPARE(summary(awaitInformations(client)), general);
+    QCOMPARE(client->informations(), QVariantMap());
+    QCOMPARE(client->initialized(), false);
+}
+
+void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError_data()
+{
+    QTest::addColumn<QString>("behaviour");
+    for (const auto* const behaviour : {"garbage", "chatter", "half", "huge", "crash", "crash-midway", "exit", "silent",
+                                        "close-output", "close-input", "stop-reading", "flood"})
+        QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
+}
+
+void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError()
+{
+    QFETCH(const QString, behaviour);
+    const FakeService fake;
+    using namespace std::chrono_literals;
+    const ClientPointer client =
+        makeClient(fake.command({u"--do"_s, u"any"_s, behaviour}), {.requestTimeout = 300ms, .exitGrace = 100ms});
+    QCOMPARE(summary(awaitBind(client)), general);
+    QCOMPARE(summary(awaitReaders(client)), general);
+    QCOMPARE(summary(awaitSetReaders(client, readerChoice(u"V"_s, u"C"_s))), general);
+    const auto known = awaitInformations(client);
+    QCOMPARE(summary(known), general);
+    QVERIFY(!known->result);
+    const auto wasRead = awaitRead(client);
+    QCOMPARE(summary(wasRead), general);
+    QVERIFY(!wasRead->result);
+    QCOMPARE(client->initialized(), false);
+    QCOMPARE(commands(fake),
+             (QStringList{u"init"_s, u"readers_list"_s, u"set_readers"_s, u"informations"_s, u"vitale_read"_s}));
+}
+
+void TestLVitAccessFailures::aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command({u"--do"_s, u"vitale_read"_s, u"null"_s}));
+    QCOMPARE(summary(awaitBind(client)), success);
+    QCOMPARE(summary(awaitRead(client)), general);
+    QCOMPARE(client->initialized(), true);
+    QCOMPARE(summary(awaitInformations(client)), success);
+    QCOMPARE(fake.processes().size(), 1);
+}
+
+void TestLVitAccessFailures::anInterruptionLeavesTheClientUnboundAndTheNextReadConnectsAgain()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command());
+    QCOMPARE(summary(awaitBind(client)), success);
+    QCOMPARE(client->initialized(), true);
+    QCOMPARE(::kill(fake.processes().value(0), SIGKILL), 0);
+    QTRY_COMPARE_WITH_TIMEOUT(client->initialized(), false, 30'000);
+    QCOMPARE(summary(awaitRead(client)), success);
+    QCOMPARE(client->initialized(), false);
+    QCOMPARE(fake.processes().size(), 2);
+    QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s, u"set_readers"_s, u"vitale_read"_s}));
+}
+
+void TestLVitAccessFailures::overlappingRequestsEachGetTheirOwnReply()
+{
+    const FakeService fake;
+    const ClientPointer client =
+        makeClient(fake.command({u"--reverse"_s, u"5"_s, u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s}));
+    auto firstRead = beginRead(client);
+    auto listed = beginReaders(client);
+    auto chosen = beginSetReaders(client, readerChoice(u"V"_s, u"C"_s));
+    auto known = beginInformations(client);
+    auto secondRead = beginRead(client);
+    QCOMPARE(lastName(secondRead.wait()), u"SPECIMEN"_s);
+    QCOMPARE(known.wait()->result, (QVariantMap{{u"MVAPILecVersion"_s, u"1.2.3"_s}}));
+    QCOMPARE(summary(chosen.wait()), general);
+    QCOMPARE(listed.wait()->result, (QVariantMap{{u"Readers"_s, QStringList{u"Feitian SCR301"_s}}}));
+    QCOMPARE(lastName(firstRead.wait()), u"SPECIMEN"_s);
+    QCOMPARE(commands(fake),
+             (QStringList{u"vitale_read"_s, u"readers_list"_s, u"set_readers"_s, u"informations"_s, u"vitale_read"_s}));
+    QCOMPARE(fake.processes().size(), 1);
+}
+
+void TestLVitAccessFailures::handlersRunOnOneThreadThatIsNotTheCallers()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command());
+    const auto bound = awaitBind(client);
+    QVERIFY(bound->thread != std::this_thread::get_id());
+    QVERIFY(awaitReaders(client)->thread == bound->thread);
+    QVERIFY(awaitInformations(client)->thread == bound->thread);
+    QVERIFY(awaitRead(client)->thread == bound->thread);
+    QVERIFY(awaitSetReaders(client, readerChoice(u"V"_s, {}))->thread == bound->thread);
+    QVERIFY(awaitSetReaders(client, std::nullopt)->thread == bound->thread);
+}
+
+void TestLVitAccessFailures::aCommandIssuedFromAHandlerWorks()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command());
+    Expected<CardRecord> outcome;
+    client->bindWithCompletionHandler([client, handler = outcome.handler()](bool, const std::optional<Error>&) mutable {
+        client->getInformationsWithCompletionHandler(
+            [client, handler = std::move(handler)](bool, const std::optional<Error>&,
+                                                   const std::optional<QVariantMap>&) mutable {
+                client->readeVitaleWithCompletionHandler(std::move(handler));
+            });
+    });
+    QCOMPARE(lastName(outcome.wait()), u"SPECIMEN"_s);
+    QCOMPARE(fake.processes().size(), 1);
+}
+
+void TestLVitAccessFailures::operationsWithoutAHandlerDoNoHarm()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command());
+    client->bindWithCompletionHandler({});
+    client->getReadersWithCompletionHandler({});
+    client->setReadersWithCompletionHandler(std::nullopt, {});
+    client->getInformationsWithCompletionHandler({});
+    client->readeVitaleWithCompletionHandler({});
+    QCOMPARE(summary(awaitRead(client)), success);
+
+    const ClientPointer unconnected = makeClient({u"/nonexistent"_s, {}});
+    unconnected->bindWithCompletionHandler({});
+    unconnected->readeVitaleWithCompletionHandler({});
+    QCOMPARE(summary(awaitRead(unconnected)), general);
+}
+
+void TestLVitAccessFailures::aDroppedClientLivesUntilItsReplyHasCome()
+{
+    const FakeService fake;
+    ClientPointer client = makeClient(fake.command({u"--do"_s, u"any"_s, u"slow"_s}));
+    const std::weak_ptr<LVitAccess> watched = client;
+    auto bound = beginBind(client);
+    auto wasRead = beginRead(client);
+    client.reset();
+    QCOMPARE(summary(wasRead.wait()), success);
+    QCOMPARE(summary(bound.wait()), success);
+    QTRY_VERIFY_WITH_TIMEOUT(watched.expired(), 30'000);
+    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
+}
+
+void TestLVitAccessFailures::theLastReferenceCanBeDroppedInAHandler()
+{
+    const FakeService fake;
+    ClientPointer client = makeClient(fake.command());
+    const std::weak_ptr<LVitAccess> watched = client;
+    std::promise<void> dropped;
+    auto future = dropped.get_future();
+    LVitAccess& reference = *client;
+    reference.bindWithCompletionHandler(
+        [client = std::move(client), &dropped](bool, const std::optional<Error>&) mutable {
+            client.reset();
+            dropped.set_value();
+        });
+    QVERIFY(future.wait_for(std::chrono::seconds(30)) == std::future_status::ready);
+    QTRY_VERIFY_WITH_TIMEOUT(watched.expired(), 30'000);
+    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
+    QCOMPARE(fake.notes().last(), u"end of input"_s);
+}
+
+void TestLVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGKILL") << SIGKILL;
+    QTest::newRow("SIGTERM") << SIGTERM;
+}
+
+void TestLVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled()
+{
+    QFETCH(const int, signal);
+    const FakeService fake;
+    const ServiceCommand service = fake.command({u"--ignore-end"_s});
+    QProcess application;
+    application.start(QStringLiteral(PELMORA_CARD_CLIENT), QStringList{service.program} + service.arguments);
+    QVERIFY(application.waitForStarted(30'000));
+    QVERIFY(application.waitForReadyRead(30'000));
+    QCOMPARE(application.readLine(), QByteArray("bound\n"));
+    const pid_t process = fake.processes().value(0);
+    QVERIFY(!FakeService::isDead(process));
+    QCOMPARE(::kill(static_cast<pid_t>(application.processId()), signal), 0);
+    QVERIFY(application.waitForFinished(30'000));
+    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isDead(process), 30'000);
+}
+
+int main(int argc, char** argv)
+{
+    return runChannelTest<TestLVitAccessFailures>(argc, argv);
+}
+
+#include "tst_lvitaccessfailures.moc"

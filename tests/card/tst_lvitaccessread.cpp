@@ -1,0 +1,229 @@
+#include "tests/card/ClientTest.h"
+
+using namespace Qt::StringLiterals;
+using namespace ClientOutcome;
+using namespace ClientTest;
+
+class TestLVitAccessRead : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void informationsAreReadByTheirPaths_data();
+    void informationsAreReadByTheirPaths();
+    void informationsAreAbsentFromInitUntilObtained();
+    void failedInformationsGiveTheLastOnes_data();
+    void failedInformationsGiveTheLastOnes();
+    void aReadGivesTheRecordWithItsLabelAndItsText();
+    void aReadWithoutALabelGivesARecordWithoutIt();
+    void aFailedReadGivesTheErrorOfItsResult_data();
+    void aFailedReadGivesTheErrorOfItsResult();
+    void aReadWhoseDocumentIsBadFails_data();
+    void aReadWhoseDocumentIsBadFails();
+    void aDocumentInBytesIsDecoded_data();
+    void aDocumentInBytesIsDecoded();
+};
+
+void TestLVitAccessRead::informationsAreReadByTheirPaths_data()
+{
+    QTest::addColumn<QString>("document");
+    QTest::addColumn<QVariantMap>("informations");
+    QTest::newRow("all four") << u"<r><apiLecVitale><version>7.08</version><tableLibVitale>4</tableLibVitale>"
+                                 "<tableLibOrgDest>5</tableLibOrgDest><tableHab>6</tableHab></apiLecVitale></r>"_s
+                              << QVariantMap{{u"MVAPILecVersion"_s, u"7.08"_s},
+                                             {u"MVTableBinVersion"_s, u"4"_s},
+                                             {u"MVPdtCdcVersion"_s, u"5"_s},
+                                             {u"MVTableHabVersion"_s, u"6"_s}};
+    QTest::newRow("an empty one") << u"<r><apiLecVitale><version>7</version><tableHab></tableHab></apiLecVitale></r>"_s
+                                  << QVariantMap{{u"MVAPILecVersion"_s, u"7"_s}};
+    QTest::newRow("the first of two, even empty")
+        << u"<r><apiLecVitale><version/><version>7</version><tableHab>1</tableHab><tableHab>2</tableHab></apiLecVitale></r>"_s
+        << QVariantMap{{u"MVTableHabVersion"_s, u"1"_s}};
+    QTest::newRow("text in parts, as it stands")
+        << u"<r><apiLecVitale><version> <b>7</b>.é </version></apiLecVitale></r>"_s
+        << QVariantMap{{u"MVAPILecVersion"_s, u" 7.é "_s}};
+    QTest::newRow("the root itself is no step")
+        << u"<apiLecVitale><version>7</version></apiLecVitale>"_s << QVariantMap();
+    QTest::newRow("nothing of it") << u"<r/>"_s << QVariantMap();
+}
+
+void TestLVitAccessRead::informationsAreReadByTheirPaths()
+{
+    QFETCH(const QString, document);
+    QFETCH(const QVariantMap, informations);
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command({u"--set"_s, u"informations"_s, u"Informations"_s, document}));
+    const auto outcome = awaitInformations(client);
+    QCOMPARE(summary(outcome), success);
+    QCOMPARE(outcome->result, informations);
+    QCOMPARE(client->informations(), informations);
+    QCOMPARE(fake.requests(), QStringList{uR"({"Command":"informations"})"_s});
+}
+
+void TestLVitAccessRead::informationsAreAbsentFromInitUntilObtained()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command());
+    const QVariantMap obtained{{u"MVAPILecVersion"_s, u"1.2.3"_s}};
+    QCOMPARE(summary(awaitInformations(client)), success);
+    QCOMPARE(client->informations(), obtained);
+    QCOMPARE(summary(awaitBind(client)), success);
+    QCOMPARE(client->informations(), std::nullopt);
+    QCOMPARE(summary(awaitInformations(client)), success);
+    QCOMPARE(client->informations(), obtained);
+}
+
+void TestLVitAccessRead::failedInformationsGiveTheLastOnes_data()
+{
+    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("error") << QStringList{u"--set"_s, u"informations"_s, u"Status"_s, u"error"_s} << general;
+    QTest::newRow("no status") << QStringList{u"--unset"_s, u"informations"_s, u"Status"_s} << general;
+    QTest::newRow("no document") << QStringList{u"--unset"_s, u"informations"_s, u"Informations"_s} << general;
+    QTest::newRow("a document under the command's name")
+        << QStringList{u"--unset"_s,      u"informations"_s, u"Informations"_s, u"--set"_s,
+                       u"informations"_s, u"informations"_s, u"<r/>"_s}
+        << general;
+    QTest::newRow("a document that is not UTF-8")
+        << QStringList{u"--bytes"_s, u"informations"_s, u"Informations"_s, u"3c723ee93c2f723e"_s} << general;
+    QTest::newRow("not XML") << QStringList{u"--set"_s, u"informations"_s, u"Informations"_s, u"versions"_s}
+                             << u"XML"_s;
+    QTest::newRow("empty") << QStringList{u"--set"_s, u"informations"_s, u"Informations"_s, u""_s} << u"XML"_s;
+}
+
+void TestLVitAccessRead::failedInformationsGiveTheLastOnes()
+{
+    QFETCH(const QStringList, script);
+    QFETCH(const QString, error);
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command(script));
+    auto outcome = awaitInformations(client);
+    QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
+    QCOMPARE(outcome->result, QVariantMap());
+    // After an "init" there are none to give.
+    QCOMPARE(summary(awaitBind(client)), success);
+    outcome = awaitInformations(client);
+    QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
+    QCOMPARE(outcome->result, std::nullopt);
+    QCOMPARE(client->informations(), std::nullopt);
+}
+
+void TestLVitAccessRead::aReadGivesTheRecordWithItsLabelAndItsText()
+{
+    const FakeService fake;
+    const auto outcome = awaitRead(makeClient(fake.command()));
+    QCOMPARE(summary(outcome), success);
+    QVERIFY(outcome->result);
+    const CardRecord& record = *outcome->result;
+    QCOMPARE(record.text(CardKey::vitaleSerial), u"42"_s);
+    QCOMPARE(record.text(CardKey::lastName), u"SPECIMEN"_s);
+    QCOMPARE(record.text(CardKey::fundCodeLibelle), u"CPAM SPECIMEN"_s);
+    QCOMPARE(record.text(CardKey::xmlString),
+             u"<T_AsnDonneesVitale><tech><numSerie>42</numSerie></tech><listeBenef><T_AsnBeneficiaire><ident>"
+             "<nomUsuel>SPECIMEN</nomUsuel></ident></T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>"_s);
+    QCOMPARE(record.beneficiaries().size(), 1);
+    QCOMPARE(fake.requests(), QStringList{uR"({"Command":"vitale_read"})"_s});
+}
+
+void TestLVitAccessRead::aReadWithoutALabelGivesARecordWithoutIt()
+{
+    const FakeService fake;
+    const auto outcome = awaitRead(makeClient(fake.command({u"--unset"_s, u"vitale_read"_s, u"FundCodeLibelle"_s})));
+    QCOMPARE(summary(outcome), success);
+    QCOMPARE(outcome->result->text(CardKey::fundCodeLibelle), std::nullopt);
+}
+
+void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult_data()
+{
+    QTest::addColumn<QString>("result");
+    QTest::addColumn<QString>("error");
+    for (const auto& [result, code] : {std::pair("11", "-30"), std::pair("13", "-22"), std::pair("15", "-31"),
+                                       std::pair("17", "-31"), std::pair("25", "-31"), std::pair("12", "-10"),
+                                       std::pair("0", "-10"), std::pair("-11", "-10"), std::pair("", "-10")})
+        QTest::addRow("result %s", result)
+            << QString::fromLatin1(result) << u"Pelmora %1"_s.arg(QLatin1StringView(code));
+}
+
+void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult()
+{
+    QFETCH(const QString, result);
+    QFETCH(const QString, error);
+    QStringList number;
+    if (!result.isEmpty())
+        number = {u"--number"_s, u"vitale_read"_s, u"Result"_s, result};
+    // A document beside a failure is not looked at.
+    for (const QStringList& status : {QStringList{u"--set"_s, u"vitale_read"_s, u"Status"_s, u"error"_s},
+                                      QStringList{u"--unset"_s, u"vitale_read"_s, u"Status"_s}}) {
+        const FakeService fake;
+        const auto outcome = awaitRead(makeClient(fake.command(status + number)));
+        QCOMPARE(summary(outcome), error);
+        QVERIFY(!outcome->result);
+    }
+}
+
+void TestLVitAccessRead::aReadWhoseDocumentIsBadFails_data()
+{
+    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("missing") << QStringList{u"--unset"_s, u"vitale_read"_s, u"Vitale"_s} << general;
+    QTest::newRow("a number") << QStringList{u"--number"_s, u"vitale_read"_s, u"Vitale"_s, u"7"_s} << general;
+    QTest::newRow("empty") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u""_s} << u"XML"_s;
+    QTest::newRow("not XML") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u"carte"_s} << u"XML"_s;
+    QTest::newRow("cut") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u"<T_AsnDonneesVitale><tech>"_s}
+                         << u"XML"_s;
+    QTest::newRow("no beneficiary") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s,
+                                                   u"<T_AsnDonneesVitale/>"_s}
+                                    << u"Pelmora -40"_s;
+    QTest::newRow("another root") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u"<card/>"_s}
+                                  << u"Pelmora -40"_s;
+    // 0x81 is nothing in any of the encodings.
+    QTest::newRow("in no encoding") << QStringList{u"--bytes"_s, u"vitale_read"_s, u"Vitale"_s,
+                                                   QString::fromLatin1(hexCard("SPECIMEN \x81"))}
+                                    << general;
+}
+
+void TestLVitAccessRead::aReadWhoseDocumentIsBadFails()
+{
+    QFETCH(const QStringList, script);
+    QFETCH(const QString, error);
+    const FakeService fake;
+    const auto outcome = awaitRead(makeClient(fake.command(script)));
+    QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
+    QVERIFY(!outcome->result);
+}
+
+void TestLVitAccessRead::aDocumentInBytesIsDecoded_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QString>("read");
+    QTest::newRow("UTF-8") << QByteArray("SP\xC3\x89"
+                                         "CIMEN")
+                           << u"SPÉCIMEN"_s;
+    QTest::newRow("ISO Latin 1") << QByteArray("SP\xC9"
+                                               "CIMEN")
+                                 << u"SPÉCIMEN"_s;
+    QTest::newRow("code page 1252") << QByteArray("SP\xC9"
+                                                  "CIMEN-C\x8CUR")
+                                    << u"SPÉCIMEN-CŒUR"_s;
+}
+
+void TestLVitAccessRead::aDocumentInBytesIsDecoded()
+{
+    QFETCH(const QByteArray, name);
+    QFETCH(const QString, read);
+    const FakeService fake;
+    const auto outcome = awaitRead(
+        makeClient(fake.command({u"--bytes"_s, u"vitale_read"_s, u"Vitale"_s, QString::fromLatin1(hexCard(name))})));
+    QCOMPARE(summary(outcome), success);
+    QCOMPARE(lastName(outcome), read);
+    QVERIFY(outcome->result->text(CardKey::xmlString).value_or(QString()).contains(read));
+}
+
+int main(int argc, char** argv)
+{
+    return runChannelTest<TestLVitAccessRead>(argc, argv);
+}
+
+#include "tst_lvitaccessread.moc"

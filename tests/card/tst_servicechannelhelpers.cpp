@@ -1,0 +1,357 @@
+#include "tests/card/ChannelTest.h"
+
+#include <algorithm>
+#include <csignal>
+
+#include <fcntl.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace ChannelTest;
+
+class TestServiceChannelHelpers : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        m_log.clear();
+    }
+
+    void closingAnswersWhatWaitsAndTellsNoEvent();
+    void requestsWithoutAConnectionAreAnsweredAtOnce();
+    void numbersStartAgainOnANewConnection();
+    void aHelperLeavesWhenItsInputEnds();
+    void closingDoesNotWaitForAHelperThatStaysAndThatIsKilled();
+    void destructionAnswersWhatWaitsAndEndsTheHelper();
+    void destructionOutlastsAHelperThatIgnoresTheEndOfItsInput();
+    void destructionFromAHandlerIsPossible();
+    void tasksRunInOrderOnOneThreadOfTheirOwn();
+    void tasksPostedBeforeTheEndAreRunAndCannotConnect();
+    void tasksPostedAfterTheEndAreDropped();
+    void aProgramThatCannotBeExecutedIsReportedAtOnce_data();
+    void aProgramThatCannotBeExecutedIsReportedAtOnce();
+    void theHelperStartsWithCleanSignalsAndThreeDescriptors();
+    void theHelperCanBeStartedWithoutStandardDescriptors();
+    void whatTheHelperSaysOnStandardErrorIsLoggedInBoundedLines();
+    void aFloodOnStandardErrorHoldsNothingUp();
+
+private:
+    LogCapture m_log;
+};
+
+void TestServiceChannelHelpers::closingAnswersWhatWaitsAndTellsNoEvent()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"silent"_s}));
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"a"_s, u"b"_s}), true);
+    QCOMPARE(onChannel(channel,
+                       [&] {
+                           channel.close();
+                           channel.close();
+                           return true;
+                       }),
+             true);
+    channel.stop();
+    QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
+}
+
+void TestServiceChannelHelpers::requestsWithoutAConnectionAreAnsweredAtOnce()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command());
+    const auto answer = onChannel(channel, [&] {
+        QString text;
+        channel.send(request(), [&](const std::optional<QCborMap>& reply) { text = textOf(reply); });
+        return text;
+    });
+    QCOMPARE(answer, u"none"_s);
+    QVERIFY(fake.notes().isEmpty());
+}
+
+void TestServiceChannelHelpers::numbersStartAgainOnANewConnection()
+{
+    // The second service drops replies to the numbers of the first: each connection counts from 1.
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"b"_s, u"twice"_s}));
+    const auto first = std::make_shared<Story>();
+    QCOMPARE(converse(channel, first, {u"a"_s}), true);
+    QVERIFY(waitForEnd(*first));
+    QCOMPARE(onChannel(channel,
+                       [&] {
+                           channel.close();
+                           return channel.isOpen();
+                       }),
+             false);
+    const auto second = std::make_shared<Story>();
+    QCOMPARE(converse(channel, second, {u"b"_s, u"c"_s}), true);
+    QVERIFY(waitForEnd(*second));
+    channel.stop();
+    QCOMPARE(second->events.size(), 2);
+    QCOMPARE(m_log.lines(MXLog::Warning), QStringList{u"Card service: reply to request 1, which does not wait"_s});
+    QCOMPARE(fake.processes().size(), 2);
+}
+
+void TestServiceChannelHelpers::aHelperLeavesWhenItsInputEnds()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command());
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*story));
+    channel.stop();
+    QCOMPARE(fake.notes().last(), u"end of input"_s);
+    QCOMPARE(fake.processes().size(), 1);
+    QVERIFY(FakeService::isReaped(fake.processes()[0]));
+}
+
+void TestServiceChannelHelpers::closingDoesNotWaitForAHelperThatStaysAndThatIsKilled()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 1s});
+    const auto first = std::make_shared<Story>();
+    QCOMPARE(converse(channel, first, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*first));
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(onChannel(channel,
+                       [&] {
+                           channel.close();
+                           return channel.isOpen();
+                       }),
+             false);
+    const auto second = std::make_shared<Story>();
+    QCOMPARE(converse(channel, second, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*second));
+    const pid_t leaving = fake.processes().value(0);
+    const bool stayedMeanwhile = !FakeService::isDead(leaving);
+    const bool wasWithinTheGrace = timer.elapsed() < 1000;
+    QVERIFY(stayedMeanwhile || !wasWithinTheGrace);
+    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(leaving), 30'000);
+    QVERIFY(timer.elapsed() >= 1000);
+    QVERIFY(!FakeService::isDead(fake.processes().value(1)));
+}
+
+void TestServiceChannelHelpers::destructionAnswersWhatWaitsAndEndsTheHelper()
+{
+    const FakeService fake;
+    const auto story = std::make_shared<Story>();
+    {
+        ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"silent"_s}));
+        QCOMPARE(converse(channel, story, {u"a"_s, u"b"_s}), true);
+        QTRY_COMPARE_WITH_TIMEOUT(fake.requests().size(), 2, 30'000);
+    }
+    QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
+    QCOMPARE(fake.notes().last(), u"end of input"_s);
+    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+}
+
+void TestServiceChannelHelpers::destructionOutlastsAHelperThatIgnoresTheEndOfItsInput()
+{
+    const FakeService fake;
+    const auto story = std::make_shared<Story>();
+    QElapsedTimer timer;
+    {
+        ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 300ms});
+        QCOMPARE(converse(channel, story, {u"init"_s}), true);
+        QVERIFY(waitForEnd(*story));
+        timer.start();
+    }
+    QVERIFY(timer.elapsed() >= 300);
+    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+}
+
+void TestServiceChannelHelpers::destructionFromAHandlerIsPossible()
+{
+    const FakeService fake;
+    auto channel = std::make_unique<ServiceChannel>(fake.command());
+    std::promise<QStringList> done;
+    auto future = done.get_future();
+    ServiceChannel& reference = *channel;
+    reference.post([channel = std::move(channel), &done]() mutable {
+        ServiceChannel& self = *channel;
+        const auto told = std::make_shared<QStringList>();
+        if (!self.open([](const ChannelEvent&) {}))
+            return;
+        self.send(request(), [told, &done](const std::optional<QCborMap>& reply) {
+            told->append(textOf(reply));
+            if (told->size() == 2)
+                done.set_value(*told);
+        });
+        self.send(request(u"b"_s), [told, &done, channel = std::move(channel)](const std::optional<QCborMap>&) mutable {
+            told->append(u"destroyed"_s);
+            channel.reset();
+            if (told->size() == 2)
+                done.set_value(*told);
+        });
+    });
+    QVERIFY(future.wait_for(patience) == std::future_status::ready);
+    QCOMPARE(future.get(), (QStringList{u"success"_s, u"destroyed"_s}));
+    // Nobody waits for the thread, which sees its helper off nevertheless.
+    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
+    QCOMPARE(fake.notes().last(), u"end of input"_s);
+}
+
+void TestServiceChannelHelpers::tasksRunInOrderOnOneThreadOfTheirOwn()
+{
+    ServiceChannel channel({u"/nonexistent"_s, {}});
+    std::vector<std::pair<int, std::thread::id>> runs;
+    for (int number = 0; number < 100; ++number)
+        channel.post([&runs, number] { runs.emplace_back(number, std::this_thread::get_id()); });
+    channel.stop();
+    QCOMPARE(runs.size(), std::size_t{100});
+    for (int number = 0; number < 100; ++number) {
+        const auto& [ranNumber, thread] = runs[static_cast<std::size_t>(number)];
+        QCOMPARE(ranNumber, number);
+        QVERIFY(thread == runs.front().second);
+        QVERIFY(thread != std::this_thread::get_id());
+    }
+}
+
+void TestServiceChannelHelpers::tasksPostedBeforeTheEndAreRunAndCannotConnect()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command());
+    std::promise<void> gate;
+    std::shared_future<void> opened = gate.get_future().share();
+    std::optional<std::error_code> refusal;
+    bool ranLater = false;
+    channel.post([opened] { opened.wait(); });
+    channel.post([&] {
+        const auto result = channel.open([](const ChannelEvent&) {});
+        if (!result)
+            refusal = result.error();
+        channel.post([&] { ranLater = true; });
+    });
+    const auto stopping = std::async(std::launch::async, [&] { channel.stop(); });
+    // Time for the stop to be asked for; what is checked below holds without it as well.
+    stopping.wait_for(100ms);
+    gate.set_value();
+    stopping.wait();
+    QCOMPARE(ranLater, true);
+    QVERIFY(fake.processes().isEmpty() == refusal.has_value());
+}
+
+void TestServiceChannelHelpers::tasksPostedAfterTheEndAreDropped()
+{
+    ServiceChannel channel({u"/nonexistent"_s, {}});
+    channel.stop();
+    const auto held = std::make_shared<int>(1);
+    channel.post([held] { qFatal("a task ran after the end"); });
+    QCOMPARE(held.use_count(), 1);
+}
+
+void TestServiceChannelHelpers::aProgramThatCannotBeExecutedIsReportedAtOnce_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("error");
+    QTest::newRow("absent") << u"absent"_s << ENOENT;
+    QTest::newRow("no name") << u""_s << ENOENT;
+    QTest::newRow("a folder") << u"folder"_s << EACCES;
+    QTest::newRow("not executable") << u"plain"_s << EACCES;
+    QTest::newRow("not a program") << u"text"_s << ENOEXEC;
+    QTest::newRow("interpreter absent") << u"script"_s << ENOENT;
+}
+
+void TestServiceChannelHelpers::aProgramThatCannotBeExecutedIsReportedAtOnce()
+{
+    QFETCH(const QString, kind);
+    QFETCH(const int, error);
+    const FakeService fake;
+    const QString path = kind.isEmpty() ? QString() : fake.filePath(kind);
+    if (kind == u"folder")
+        QVERIFY(QDir().mkdir(path));
+    if (kind == u"plain" || kind == u"text" || kind == u"script") {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(kind == u"script" ? "#!/nonexistent/interpreter\n" : "just text\n");
+        file.close();
+        const auto executable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+        QVERIFY(file.setPermissions(kind == u"plain" ? QFile::ReadOwner | QFile::WriteOwner : executable));
+    }
+    ServiceChannel channel({path, {}});
+    const auto result = onChannel(channel, [&] {
+        const auto opened = channel.open([](const ChannelEvent&) {});
+        return opened ? 0 : opened.error().value();
+    });
+    QCOMPARE(result, error);
+}
+
+void TestServiceChannelHelpers::theHelperStartsWithCleanSignalsAndThreeDescriptors()
+{
+    const FakeService fake;
+    // What the application blocks, ignores and has open is not passed on.
+    const FileDescriptor inheritable(::open("/dev/null", O_RDONLY));
+    const auto previous = std::signal(SIGPIPE, SIG_IGN);
+    ServiceChannel channel(fake.command());
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*story));
+    const QString folder = u"/proc/%1"_s.arg(fake.processes().value(0));
+    QFile status(folder + u"/status"_s);
+    QVERIFY(status.open(QIODevice::ReadOnly));
+    const QByteArray content = status.readAll();
+    const QStringList descriptors = QDir(folder + u"/fd"_s).entryList(QDir::Files | QDir::System);
+    channel.stop();
+    std::signal(SIGPIPE, previous);
+    QVERIFY2(content.contains("SigBlk:\t0000000000000000"), content.constData());
+    QVERIFY2(content.contains("SigIgn:\t0000000000000000"), content.constData());
+    // 3 is the record that this service keeps.
+    QCOMPARE(descriptors, (QStringList{u"0"_s, u"1"_s, u"2"_s, u"3"_s}));
+}
+
+void TestServiceChannelHelpers::theHelperCanBeStartedWithoutStandardDescriptors()
+{
+    const FakeService fake;
+    const FileDescriptor input(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 10));
+    const FileDescriptor errors(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 10));
+    ServiceChannel channel(fake.command());
+    ::close(STDIN_FILENO);
+    ::close(STDERR_FILENO);
+    const auto story = std::make_shared<Story>();
+    const auto opened = converse(channel, story, {u"init"_s});
+    const bool hasEnded = waitForEnd(*story);
+    channel.stop();
+    dup2(input.get(), STDIN_FILENO);
+    dup2(errors.get(), STDERR_FILENO);
+    QCOMPARE(opened, true);
+    QVERIFY(hasEnded);
+    QCOMPARE(story->events, QStringList{u"1: success"_s});
+}
+
+void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsLoggedInBoundedLines()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"chatter-on-errors"_s}));
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*story));
+    channel.stop();
+    QCOMPARE(story->events, QStringList{u"1: success"_s});
+    QCOMPARE(m_log.lines(MXLog::Notice),
+             (QStringList{u"Card service: Lecteur branché"_s, u"Card service: ligne?[31m rouge"_s,
+                          u"Card service: "_s + QString(1024, u'x') + u"..."_s, u"Card service: sans fin de ligne"_s}));
+}
+
+void TestServiceChannelHelpers::aFloodOnStandardErrorHoldsNothingUp()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"flood-on-errors"_s}), hasty);
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*story));
+    QCOMPARE(onChannel(channel, [] { return 1; }), 1);
+    channel.stop();
+    QCOMPARE(story->events, QStringList{u"1: success"_s});
+    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+}
+
+int main(int argc, char** argv)
+{
+    return runChannelTest<TestServiceChannelHelpers>(argc, argv);
+}
+
+#include "tst_servicechannelhelpers.moc"
