@@ -1,6 +1,7 @@
 #include "support/MXLog.h"
 
 #include <algorithm>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -34,7 +35,9 @@ int syslogPriority(MXLog::Level level)
 
 void writeToSystemLog(MXLog::Level level, std::string_view line)
 {
-    // The system log adds the date, the program's name and its process number.
+    // The system log adds the date, the program's name and, because it is asked to, its process number.
+    static std::once_flag opened;
+    std::call_once(opened, [] { openlog(nullptr, LOG_PID, LOG_USER); });
     const std::string text(line);
     syslog(LOG_USER | syslogPriority(level), "%s", text.c_str());
 

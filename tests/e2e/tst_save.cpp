@@ -6,7 +6,6 @@
 #include <QTest>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -85,11 +84,9 @@ private:
             %2
             "$0" --save "$1" "$2"; code=$?
             cat "$1/"*.pdf 2>/dev/null; ls -A "$1"; exit $code)"_s.arg(mountOptions, preparation);
-        QStringList command{u"unshare"_s, u"--mount"_s};
-        if (geteuid() != 0)
-            command += u"--map-root-user"_s;
-        command += {u"sh"_s, u"-c"_s, script, u"" PELMORA_STAGE "/bin/pelmora"_s, folder(), file};
-        return QDir().mkpath(folder()) ? run(m_home->path(), command.first(), command.sliced(1)) : RunResult{};
+        const QString inNamespace = u"" PELMORA_SOURCE "/tests/e2e/in-namespace.sh"_s;
+        const QStringList command{u"sh"_s, u"-c"_s, script, u"" PELMORA_STAGE "/bin/pelmora"_s, folder(), file};
+        return QDir().mkpath(folder()) ? run(m_home->path(), inNamespace, command) : RunResult{};
     }
 
     QString notSaved(const QString& reason) const
