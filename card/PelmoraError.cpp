@@ -8,7 +8,7 @@ namespace {
 
 Error pelmoraError(int code, std::optional<QString> description = std::nullopt)
 {
-    return Error(PelmoraError::domain, code, std::move(description));
+    return {PelmoraError::domain, code, std::move(description)};
 }
 
 } // namespace

@@ -16,7 +16,7 @@ constexpr int refusedCode = -1;
 
 Error refused(const QString& reason)
 {
-    return Error(XmlDocument::errorDomain, refusedCode, reason);
+    return {XmlDocument::errorDomain, refusedCode, reason};
 }
 
 // libxml2's messages quote the document, which may be about a patient: only the place is told.
@@ -24,8 +24,8 @@ Error notWellFormed(const xmlError* error)
 {
     if (error == nullptr)
         return refused(u"Le document n’est pas du XML valide."_s);
-    return Error(XmlDocument::errorDomain, error->code,
-                 u"Le document n’est pas du XML valide (ligne %1, colonne %2)."_s.arg(error->line).arg(error->int2));
+    return {XmlDocument::errorDomain, error->code,
+            u"Le document n’est pas du XML valide (ligne %1, colonne %2)."_s.arg(error->line).arg(error->int2)};
 }
 
 std::string_view asView(const xmlChar* text)
