@@ -4,61 +4,13 @@
 #include "card/CardParser.h"
 #include "card/PelmoraError.h"
 #include "card/ServiceVocabulary.h"
+#include "card/TextDecoding.h"
 
 #include <QCborArray>
 #include <QCborValue>
-#include <QStringDecoder>
 #include <QStringList>
 
-#include <algorithm>
-#include <array>
-
 namespace {
-
-// ISO Latin 1 has no characters from 0x80 to 0x9F; code page 1252 has these, and none where there is a zero.
-constexpr unsigned char firstGap = 0x80;
-constexpr std::array<char16_t, 32> codePage1252Gap{
-    u'\u20AC', 0,         u'\u201A', u'\u0192', u'\u201E', u'\u2026', u'\u2020', u'\u2021', //
-    u'\u02C6', u'\u2030', u'\u0160', u'\u2039', u'\u0152', 0,         u'\u017D', 0,         //
-    0,         u'\u2018', u'\u2019', u'\u201C', u'\u201D', u'\u2022', u'\u2013', u'\u2014', //
-    u'\u02DC', u'\u2122', u'\u0161', u'\u203A', u'\u0153', 0,         u'\u017E', u'\u0178',
-};
-
-bool isInGap(char byte)
-{
-    const auto value = static_cast<unsigned char>(byte);
-    return value >= firstGap && value < firstGap + codePage1252Gap.size();
-}
-
-std::optional<QString> fromUtf8(QByteArrayView bytes)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString text = decoder(bytes);
-    if (decoder.hasError())
-        return std::nullopt;
-    return text;
-}
-
-std::optional<QString> fromLatin1(QByteArrayView bytes)
-{
-    if (std::ranges::any_of(bytes, isInGap))
-        return std::nullopt;
-    return QString::fromLatin1(bytes);
-}
-
-std::optional<QString> fromCodePage1252(QByteArrayView bytes)
-{
-    QString text = QString::fromLatin1(bytes);
-    for (qsizetype index = 0; index < bytes.size(); ++index) {
-        if (!isInGap(bytes[index]))
-            continue;
-        const char16_t character = codePage1252Gap.at(static_cast<unsigned char>(bytes[index]) - firstGap);
-        if (character == 0)
-            return std::nullopt;
-        text[index] = character;
-    }
-    return text;
-}
 
 /// The card's document as text; nullopt when the reply has none, or one in no known encoding.
 std::optional<QString> cardText(const QCborMap& reply)
@@ -75,7 +27,7 @@ std::optional<QString> cardText(const QCborMap& reply)
 
 std::optional<QString> decodeCardText(QByteArrayView bytes)
 {
-    for (const auto decode : {fromUtf8, fromLatin1, fromCodePage1252}) {
+    for (const auto decode : {decodeUtf8, decodeLatin1, decodeWindows1252}) {
         if (std::optional<QString> text = decode(bytes))
             return text;
     }
@@ -86,7 +38,7 @@ std::optional<QString> replyText(const QCborMap& reply, QLatin1StringView key)
 {
     const QCborValue value = reply.value(key);
     if (value.isByteArray())
-        return fromUtf8(value.toByteArray());
+        return decodeUtf8(value.toByteArray());
     if (!value.isString())
         return std::nullopt;
     return value.toString();

@@ -1,7 +1,8 @@
 #include "service/FundTable.h"
 
+#include "card/TextDecoding.h"
+
 #include <QFile>
-#include <QStringDecoder>
 
 #include <algorithm>
 
@@ -23,17 +24,6 @@ bool isLabel(QStringView text)
            std::ranges::all_of(text, [](QChar character) { return character.category() != QChar::Other_Control; });
 }
 
-std::optional<QString> decoded(QByteArrayView line)
-{
-    QStringDecoder decoder(QStringConverter::Utf8);
-    QString text = decoder(line);
-    // The added line end shows a last character that is cut short.
-    text += decoder(QByteArrayView("\n", 1));
-    if (decoder.hasError())
-        return std::nullopt;
-    return text.trimmed();
-}
-
 } // namespace
 
 QStringList FundTable::add(const QString& name, QByteArrayView content)
@@ -45,9 +35,9 @@ QStringList FundTable::add(const QString& name, QByteArrayView content)
     while (!content.isEmpty()) {
         ++number;
         const qsizetype end = content.indexOf('\n');
-        const std::optional<QString> line = decoded(end < 0 ? content : content.first(end));
+        const std::optional<QString> line = decodeUtf8(end < 0 ? content : content.first(end));
         content = end < 0 ? QByteArrayView() : content.sliced(end + 1);
-        if (line && (line->isEmpty() || line->startsWith(u'#')))
+        if (line && (line->trimmed().isEmpty() || line->trimmed().startsWith(u'#')))
             continue;
 
         const QStringList fields = line ? line->split(u';') : QStringList();

@@ -1,0 +1,56 @@
+#include "card/TextDecoding.h"
+
+#include <QStringDecoder>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+// Where ISO Latin 1 has controls, windows-1252 has these characters, and none where there is a zero.
+constexpr char16_t firstControl = 0x80;
+constexpr std::array<char16_t, 32> windows1252Characters{
+    u'\u20AC', 0,         u'\u201A', u'\u0192', u'\u201E', u'\u2026', u'\u2020', u'\u2021', //
+    u'\u02C6', u'\u2030', u'\u0160', u'\u2039', u'\u0152', 0,         u'\u017D', 0,         //
+    0,         u'\u2018', u'\u2019', u'\u201C', u'\u201D', u'\u2022', u'\u2013', u'\u2014', //
+    u'\u02DC', u'\u2122', u'\u0161', u'\u203A', u'\u0153', 0,         u'\u017E', u'\u0178',
+};
+
+bool isHighControl(QChar character)
+{
+    const char16_t code = character.unicode();
+    return code >= firstControl && code < firstControl + windows1252Characters.size();
+}
+
+} // namespace
+
+std::optional<QString> decodeUtf8(QByteArrayView bytes)
+{
+    // Without that flag the start of a character at the end is held back for more bytes, and reported never.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = decoder(bytes);
+    if (decoder.hasError())
+        return std::nullopt;
+    return text;
+}
+
+std::optional<QString> decodeLatin1(QByteArrayView bytes)
+{
+    QString text = QString::fromLatin1(bytes);
+    if (std::ranges::any_of(text, isHighControl))
+        return std::nullopt;
+    return text;
+}
+
+std::optional<QString> decodeWindows1252(QByteArrayView bytes)
+{
+    QString text = QString::fromLatin1(bytes);
+    for (QChar& character : text) {
+        if (!isHighControl(character))
+            continue;
+        character = windows1252Characters.at(static_cast<std::size_t>(character.unicode() - firstControl));
+        if (character.isNull())
+            return std::nullopt;
+    }
+    return text;
+}
