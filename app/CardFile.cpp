@@ -2,11 +2,12 @@
 
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
+#include "card/TextDecoding.h"
 #include "card/XmlBytes.h"
 #include "platform/XmlDocument.h"
 
 #include <QFile>
-#include <QStringDecoder>
+#include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
@@ -16,12 +17,13 @@ constexpr QLatin1StringView errorDomain{"Fichier"};
 
 std::expected<QByteArray, Error> readFile(const QString& path)
 {
+    const QFileInfo info(path);
+    if (!info.exists())
+        return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier n’existe pas."_s));
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        const bool missing = !file.exists();
-        return std::unexpected(Error(errorDomain, file.error(),
-                                     missing ? u"Le fichier n’existe pas."_s : u"Le fichier ne peut pas être lu."_s));
-    }
+    // Nothing that has to be waited for, such as a pipe, and nothing without an end.
+    if (!info.isFile() || !file.open(QIODevice::ReadOnly))
+        return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier ne peut pas être lu."_s));
     // One byte more than a document may have, so that a larger one is told from one of just that size.
     QByteArray bytes = file.read(qint64{XmlDocument::maximumSize} + 1);
     if (file.error() != QFileDevice::NoError)
@@ -31,16 +33,13 @@ std::expected<QByteArray, Error> readFile(const QString& path)
 
 std::expected<XmlDocument, Error> parse(const QByteArray& bytes)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    QString text = decoder(bytes);
-    if (decoder.hasError()) {
-        const std::optional<QString> declared = decodeXmlBytes(bytes);
-        if (!declared)
-            return std::unexpected(
-                Error(errorDomain, QFileDevice::ReadError, u"Le fichier n’est pas un texte lisible."_s));
-        text = *declared;
-    }
-    return XmlDocument::fromText(text);
+    std::optional<QString> text = decodeUtf8(bytes);
+    // A null character tells UTF-16 from the UTF-8 that plain letters of it look like.
+    if (!text || text->contains(QChar::Null))
+        text = decodeXmlBytes(bytes);
+    if (!text)
+        return std::unexpected(Error(errorDomain, QFileDevice::ReadError, u"Le fichier n’est pas un texte lisible."_s));
+    return XmlDocument::fromText(*text);
 }
 
 } // namespace

@@ -24,13 +24,19 @@ QStringList withSimulateValue(QStringList arguments)
     return arguments;
 }
 
+// An option that stands where a value should: a file of such a name can still be given as "./--name".
+bool isOption(const QString& value)
+{
+    return value.startsWith("--"_L1);
+}
+
 std::optional<QString> misuse(const CommandLine& command, const QCommandLineParser& parser)
 {
     if (parser.isSet(simulateOption) && parser.isSet(cardServiceOption))
         return u"les options --simulate et --card-service s’excluent l’une l’autre."_s;
-    if (parser.isSet(cardServiceOption) && command.cardService->isEmpty())
+    if (command.cardService && (command.cardService->isEmpty() || isOption(*command.cardService)))
         return u"l’option --card-service demande le nom d’un programme."_s;
-    if (parser.isSet(saveOption) && command.folder.isEmpty())
+    if (parser.isSet(saveOption) && (command.folder.isEmpty() || isOption(command.folder)))
         return u"l’option --save demande le nom d’un dossier."_s;
     if (command.action == CommandLine::Action::ShowWindow && command.cards.size() > 1)
         return u"un seul fichier de carte peut être ouvert à la fois."_s;

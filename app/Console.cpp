@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// File names come out byte for byte as they went in, whatever the locale.
+// In UTF-8, as file names are, whatever the locale.
 bool write(std::FILE* stream, const QString& text)
 {
     const QByteArray bytes = QFile::encodeName(text);
@@ -26,8 +26,12 @@ bool Console::print(const QString& text)
 
 void Console::complain(const QString& reason)
 {
+    // A line is one line, and gives a terminal no orders.
     QString line = reason;
-    line.replace(u'\n', u' ');
+    for (QChar& character : line) {
+        if (character.category() == QChar::Other_Control)
+            character = u' ';
+    }
     advise("pelmora : "_L1 + line);
 }
 

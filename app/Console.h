@@ -11,7 +11,7 @@ public:
     /// Writes a text to the standard output; false when it could not be.
     [[nodiscard]] static bool print(const QString& text);
 
-    /// Writes one line to the standard error, after the program's name; line breaks in it become blanks.
+    /// Writes one line to the standard error, after the program's name; control characters in it become blanks.
     static void complain(const QString& reason);
 
     /// Writes one line to the standard error, as it stands.

@@ -17,7 +17,9 @@
 #include <QApplication>
 #include <QPointer>
 
+#include <algorithm>
 #include <array>
+#include <climits>
 #include <string>
 
 using namespace Qt::StringLiterals;
@@ -30,8 +32,17 @@ std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const 
 {
     LVitAccess::setDefaultCommand(cardServiceCommand(command, bundle));
     std::shared_ptr<LVitAccess> client = LVitAccess::defaultInstance();
-    client->setAccessMode(static_cast<unsigned>(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode)));
+    // Whatever a hand-written setting holds stays what it is for the client: one of its modes, or not.
+    const qint64 mode = std::clamp<qint64>(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0, INT_MAX);
+    client->setAccessMode(static_cast<unsigned>(mode));
     return client;
+}
+
+// Qt can do without a display when it is told to; otherwise it would end the program without a word for people.
+bool hasDisplay()
+{
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
 } // namespace
@@ -71,6 +82,10 @@ int runSave(const CommandLine& command, char* programName)
 
 int runWindow(const CommandLine& command, int argc, char** argv)
 {
+    if (!hasDisplay()) {
+        Console::complain(u"il n’y a pas d’écran où ouvrir une fenêtre."_s);
+        return failure;
+    }
     const QApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"Pelmora"_s);
     setStandardPreferences();

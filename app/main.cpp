@@ -6,6 +6,8 @@
 
 #include <QFile>
 
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -31,6 +33,8 @@ int main(int argc, char* argv[])
 {
     disableCoreDumps();
     sendQtMessagesToLog();
+    // Whoever reads what is printed may leave: the work goes on, and the exit code tells.
+    std::signal(SIGPIPE, SIG_IGN);
 
     const std::expected<CommandLine, QString> command = CommandLine::parse(decoded(argc, argv));
     if (!command) {

@@ -6,6 +6,7 @@
 #include <QSvgRenderer>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 using namespace Qt::StringLiterals;
@@ -20,6 +21,7 @@ constexpr double organismRowHeight = 25.0;
 constexpr double beneficiaryRowHeight = 40.0;
 // Room above the beneficiary rows, counted without the half point that puts the outlines on whole points.
 constexpr double beneficiariesTop = 355.0;
+constexpr double unbounded = 1.0e6; // a line as long as it likes
 constexpr QMarginsF cellMargins{5.0, 3.0, 5.0, 3.0};
 
 double columnWidth(const TableColumn& column)
@@ -107,7 +109,7 @@ void AttestationLayout::drawMainText()
     if (isGiven(m_page.NSS))
         drawAtPoint(lineTop(140), u"Numero de l'assuré : "_s + formatNSS(m_page.NSS), regular);
     if (isGiven(m_page.insuredName))
-        drawAtPoint(lineTop(160), u"Nom de l'assuré : "_s + *m_page.insuredName, regular);
+        drawAtPoint(lineTop(160), u"Nom de l'assuré : "_s + *m_page.insuredName, regular, 1);
     if (m_page.showRightLabel)
         drawAtPoint(lineTop(195), u"Attestation de droits à l'assurance maladie"_s, m_fonts.boldSystemFontOfSize(20));
 }
@@ -206,11 +208,13 @@ void AttestationLayout::drawTableRow(QPointF topLeft, double right, double rowHe
     }
 }
 
-// A text goes on below itself where it would run off the page: the longest names leave room for that.
-void AttestationLayout::drawAtPoint(QPointF topLeft, const QString& text, const PageFont& font)
+// A text is one line, unless it would run off the page where there is room below for the lines that it needs.
+void AttestationLayout::drawAtPoint(QPointF topLeft, const QString& text, const PageFont& font, qsizetype roomBelow)
 {
     const double roomOnPage = m_frame.width() - m_left - topLeft.x();
-    drawWithRect({topLeft, QSizeF(roomOnPage, 0)}, text, font, LeftAlignment);
+    const QString drawable = textWithKnownGlyphs(drawableText(text), font.font);
+    const bool fits = breakText(drawable, font, roomOnPage, roomBelow + 2).size() <= roomBelow + 1;
+    drawWithRect({topLeft, QSizeF(fits ? roomOnPage : unbounded, 0)}, text, font, LeftAlignment);
 }
 
 // The box gives the text its left edge, its width and its top. It has no bottom: a text longer than its box is not cut.
@@ -221,7 +225,10 @@ void AttestationLayout::drawWithRect(const QRectF& rect, const QString& text, co
         return;
 
     QPointF position = rect.topLeft();
-    const QList<BrokenLine> lines = breakText(drawableText(text), font, rect.width());
+    // What would lie below the page is not laid out at all.
+    const auto linesOnPage = static_cast<qsizetype>(std::ceil((m_frame.height() - position.y()) / font.lineHeight));
+    const QList<BrokenLine> lines =
+        breakText(textWithKnownGlyphs(drawableText(text), font.font), font, rect.width(), linesOnPage);
     for (const BrokenLine& line : lines) {
         position.setX(alignedLeft(rect, line.width, alignment));
         if (!line.text.isEmpty())

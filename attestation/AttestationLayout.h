@@ -35,7 +35,7 @@ private:
     void drawTableRow(QPointF topLeft, double right, double rowHeight, const QList<TableColumn>& columns,
                       const TableRow& row);
     void drawColumnRules(const QRectF& rect, const QList<TableColumn>& columns);
-    void drawAtPoint(QPointF topLeft, const QString& text, const PageFont& font);
+    void drawAtPoint(QPointF topLeft, const QString& text, const PageFont& font, qsizetype roomBelow = 0);
     void drawWithRect(const QRectF& rect, const QString& text, const PageFont& font, TableAlignment alignment);
     [[nodiscard]] std::optional<PageFont> monospacedDigitsSystemFontOfSize(double size) const;
 

@@ -1,5 +1,6 @@
 #include "attestation/TextBreaking.h"
 
+#include <QFontMetricsF>
 #include <QTextLayout>
 #include <QTextOption>
 
@@ -8,6 +9,9 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// More than a page can hold in its smallest letters: a text of megabytes must not hold up whoever waits for the page.
+constexpr qsizetype maximumCharacters = 10'000;
 
 QStringView withoutBlanksAtEnd(QStringView text)
 {
@@ -27,7 +31,7 @@ bool isPlain(QStringView text)
 {
     return std::ranges::all_of(text, [](QChar character) {
         const char16_t code = character.unicode();
-        return (code >= 0x20 && code < 0x7f) || (code >= 0xa0 && code < 0x300);
+        return (code >= 0x20 && code < 0x7f) || (code >= 0xa0 && code < 0x300 && code != QChar::SoftHyphen);
     });
 }
 
@@ -45,7 +49,8 @@ int lengthBeforeHyphenatedWord(QStringView paragraph, const QTextLine& line)
     return static_cast<int>(blank) + 1;
 }
 
-void breakParagraph(QStringView paragraph, const PageFont& font, double width, QList<BrokenLine>& lines)
+void breakParagraph(QStringView paragraph, const PageFont& font, double width, qsizetype maximumLines,
+                    QList<BrokenLine>& lines)
 {
     paragraph = withoutBlanksAtEnd(paragraph);
     if (paragraph.isEmpty()) {
@@ -58,7 +63,8 @@ void breakParagraph(QStringView paragraph, const PageFont& font, double width, Q
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);
     layout.beginLayout();
-    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+    for (QTextLine line = layout.createLine(); line.isValid() && lines.size() < maximumLines;
+         line = layout.createLine()) {
         line.setLineWidth(width * pageUnitsPerPoint);
         if (const int length = lengthBeforeHyphenatedWord(paragraph, line); length > 0)
             line.setNumColumns(length);
@@ -70,8 +76,9 @@ void breakParagraph(QStringView paragraph, const PageFont& font, double width, Q
 
 } // namespace
 
-QString drawableText(const QString& text)
+QString drawableText(const QString& whole)
 {
+    const QString text = whole.first(std::min(whole.size(), maximumCharacters));
     if (isPlain(text))
         return text;
 
@@ -90,17 +97,37 @@ QString drawableText(const QString& text)
         } else if (character == u'\t') {
             drawable += u' ';
         } else if (!character.isSurrogate() && character.category() != QChar::Other_Control &&
-                   !character.isNonCharacter()) {
+                   character.category() != QChar::Other_Format && !character.isNonCharacter()) {
             drawable += character;
         }
     }
     return drawable.normalized(QString::NormalizationForm_C);
 }
 
-QList<BrokenLine> breakText(const QString& text, const PageFont& font, double width)
+QString textWithKnownGlyphs(const QString& text, const QFont& font)
+{
+    if (isPlain(text))
+        return text;
+
+    const QFontMetricsF metrics(font);
+    QString known;
+    known.reserve(text.size());
+    for (const char32_t character : text.toUcs4()) {
+        if (character == U'\n' || metrics.inFontUcs4(character))
+            known += QChar::fromUcs4(character);
+        else
+            known += QChar(QChar::ReplacementCharacter);
+    }
+    return known;
+}
+
+QList<BrokenLine> breakText(const QString& text, const PageFont& font, double width, qsizetype maximumLines)
 {
     QList<BrokenLine> lines;
-    for (const QStringView paragraph : QStringView(text).split(u'\n'))
-        breakParagraph(paragraph, font, width, lines);
+    for (const QStringView paragraph : QStringView(text).tokenize(u'\n')) {
+        if (lines.size() >= maximumLines)
+            break;
+        breakParagraph(paragraph, font, width, maximumLines, lines);
+    }
     return lines;
 }

@@ -31,7 +31,10 @@ QString cutToBytes(const QString& text, qsizetype bytes)
             break;
         kept = end;
     }
-    return text.first(kept);
+    if (kept > 0)
+        return text.first(kept);
+    // One character with more accents than a name may have bytes: cut between these.
+    return QString::fromUtf8(text.toUtf8().first(bytes)).remove(QChar::ReplacementCharacter);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <libxml/tree.h>
 
 #include <climits>
+#include <mutex>
 
 using namespace Qt::StringLiterals;
 
@@ -178,6 +179,9 @@ std::expected<XmlDocument, Error> XmlDocument::fromText(const QString& text)
 
 std::expected<XmlDocument, Error> XmlDocument::parse(const QByteArray& utf8)
 {
+    // libxml2 wants this done before two threads parse at once.
+    static std::once_flag initialised;
+    std::call_once(initialised, xmlInitParser);
     const std::unique_ptr<xmlParserCtxt, ParserDeleter> parser(xmlNewParserCtxt());
     if (!parser)
         return std::unexpected(notWellFormed(nullptr));

@@ -4,6 +4,8 @@
 
 #include <QtGlobal>
 
+#include <cstdio>
+
 namespace {
 
 void logMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message)
@@ -18,7 +20,9 @@ void logMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QSt
         MXLog::logError("Qt: {}", message);
         return;
     case QtFatalMsg:
+        // The program ends here, and somebody may be waiting for it.
         MXLog::logSevere("Qt: {}", message);
+        static_cast<void>(std::fprintf(stderr, "%s\n", qUtf8Printable(message)));
         return;
     }
 }

@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh
 
-ensure_packages clang-format-19
+ensure_packages git clang-format-19
 mode=(-i)
 [ "${1:-}" = --check ] && mode=(--dry-run --Werror)
 git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format-19 "${mode[@]}"

@@ -20,7 +20,7 @@ test_packages=(
 )
 
 check_packages=(
-    clang-format-19 clang-tidy-19 clang-19 libclang-rt-19-dev
+    git clang-format-19 clang-tidy-19 clang-19 libclang-rt-19-dev
 )
 
 # ensure_packages NAME...: installs those that are missing, as root or through sudo.

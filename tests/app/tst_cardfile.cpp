@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -61,6 +63,15 @@ private Q_SLOTS:
             QStringEncoder(QStringEncoder::Utf16, QStringEncoder::Flag::WriteBom)(utf16));
     }
 
+    void aFileOfUtf16WithoutAMarkIsReadToo()
+    {
+        QString text = card(u"UTF-16"_s);
+        text.replace(u"Zoé"_s, u"Zoe"_s);
+        const auto record = loaded(QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text)));
+        QVERIFY(record.has_value());
+        QCOMPARE(record->text(CardKey::firstName), u"Zoe"_s);
+    }
+
     void theFirstNameIsReadInEveryEncoding()
     {
         QFETCH(const QByteArray, content);
@@ -90,11 +101,38 @@ private Q_SLOTS:
         QCOMPARE(record.error().localizedDescription(), u"Le fichier ne peut pas être lu."_s);
     }
 
-    void anEndlessFileIsRefused()
+    void aFileWithoutAnEndOrThatHasToBeWaitedForIsNoCard()
     {
-        const auto record = loadCardFile(u"/dev/zero"_s);
+        const QString pipe = m_folder.filePath(u"pipe"_s);
+        QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const QString& path : {u"/dev/zero"_s, pipe}) {
+            const auto record = loadCardFile(path);
+            QVERIFY(!record.has_value());
+            QCOMPARE(record.error().localizedDescription(), u"Le fichier ne peut pas être lu."_s);
+        }
+    }
+
+    void aFileOverTheMaximumIsRefused()
+    {
+        const auto record = loaded(QByteArray(17 * 1024 * 1024, ' '));
         QVERIFY(!record.has_value());
         QCOMPARE(record.error().localizedDescription(), u"Le document XML est trop volumineux."_s);
+    }
+
+    void bytesThatAreNotUtf8AreRefused_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("Latin 1 in UTF-8") << card(u"UTF-8"_s).toLatin1();
+        QTest::newRow("Latin 1 without a declaration") << QByteArray("<T_AsnDonneesVitale>\xE9</T_AsnDonneesVitale>");
+        QTest::newRow("cut in its last character") << card(u"UTF-8"_s).toUtf8() + '\xC3';
+    }
+
+    void bytesThatAreNotUtf8AreRefused()
+    {
+        QFETCH(const QByteArray, content);
+        const auto record = loaded(content);
+        QVERIFY(!record.has_value());
+        QCOMPARE(record.error().localizedDescription(), u"Le fichier n’est pas un texte lisible."_s);
     }
 };
 

@@ -84,6 +84,10 @@ private Q_SLOTS:
             << QStringList{u"--save"_s}
             << u"la valeur d’une option manque, ou est donnée à une option qui n’en prend pas."_s;
         QTest::newRow("empty folder") << QStringList{u"--save="_s} << u"l’option --save demande le nom d’un dossier."_s;
+        QTest::newRow("an option for a folder")
+            << QStringList{u"--save"_s, u"--simulate"_s} << u"l’option --save demande le nom d’un dossier."_s;
+        QTest::newRow("an option for a service") << QStringList{u"--card-service"_s, u"--help"_s}
+                                                 << u"l’option --card-service demande le nom d’un programme."_s;
         QTest::newRow("two services") << QStringList{u"--simulate"_s, u"--card-service=x"_s}
                                       << u"les options --simulate et --card-service s’excluent l’une l’autre."_s;
         QTest::newRow("empty service") << QStringList{u"--card-service="_s}

@@ -116,6 +116,35 @@ private Q_SLOTS:
         QCOMPARE(texts[2].position, QPointF(8, 203));
     }
 
+    void aHeaderTextWithoutRoomBelowStaysOneLine_data()
+    {
+        QTest::addColumn<AttestationPage>("page");
+        AttestationPage page;
+        page.fundName = u"Caisse "_s.repeated(40);
+        QTest::newRow("fund") << page;
+        page = {};
+        page.insuredName = u"SPECIMEN "_s.repeated(60);
+        QTest::newRow("name of three lines") << page;
+    }
+    void aHeaderTextWithoutRoomBelowStaysOneLine()
+    {
+        QFETCH(const AttestationPage, page);
+        qsizetype headerLines = 0;
+        for (const InkText& text : textsOf(inkOf(page)))
+            headerLines += text.font.size == 13 ? 1 : 0;
+        QCOMPARE(headerLines, 1);
+    }
+
+    void nothingIsLaidOutBelowThePage()
+    {
+        AttestationPage page = specimenPage(1);
+        page.lines[0].insert(BeneficiaryLineKey::name, QString(1'000'000, u'W') + u"\nX"_s.repeated(100'000));
+        const QList<InkText> texts = textsOf(inkOf(page));
+        QVERIFY(texts.size() < 100);
+        for (const InkText& text : texts)
+            QVERIFY(text.position.y() < 842);
+    }
+
     void withoutTheTitleNothingMoves()
     {
         AttestationPage page = specimenPage(2);

@@ -17,7 +17,7 @@ private:
     QStringList broken(const QString& text, double width)
     {
         QStringList texts;
-        for (const BrokenLine& line : breakText(text, m_font, width))
+        for (const BrokenLine& line : breakText(text, m_font, width, 1000))
             texts.append(line.text);
         return texts;
     }
@@ -30,7 +30,7 @@ private:
 private Q_SLOTS:
     void aTextThatFitsIsOneLine()
     {
-        const QList<BrokenLine> lines = breakText(u"SPECIMEN Marie"_s, m_font, 500);
+        const QList<BrokenLine> lines = breakText(u"SPECIMEN Marie"_s, m_font, 500, 1000);
         QCOMPARE(lines.size(), 1);
         QCOMPARE(lines[0].text, u"SPECIMEN Marie"_s);
         QVERIFY(qAbs(lines[0].width - widthOf(u"SPECIMEN Marie"_s)) < 0.01);
@@ -66,6 +66,26 @@ private Q_SLOTS:
                  QStringList({u"  MARTIN-"_s, u"SPECIMEN"_s}));
     }
 
+    void noMoreLinesAreMadeThanAskedFor()
+    {
+        QCOMPARE(breakText(u"un\ndeux\ntrois"_s, m_font, 500, 2).size(), 2);
+        QCOMPARE(breakText(QString(1000, u'W'), m_font, 100, 3).size(), 3);
+    }
+
+    void aTextLongerThanAPageCanHoldIsCut() { QCOMPARE(drawableText(QString(4'000'000, u'W')), QString(10'000, u'W')); }
+
+    void whatOnlyDirectsOrJoinsLettersIsLeftOut()
+    {
+        QCOMPARE(drawableText(u"a\u202Eb\u2066c\u200Dd\u00ADe\uFEFFf"_s), u"abcdef"_s);
+    }
+
+    void aCharacterThatNoFontHasIsReplaced()
+    {
+        // An unassigned character of a plane that no font covers.
+        QCOMPARE(textWithKnownGlyphs(u"a\U0005FFF0é\nŁ"_s, m_font.font), u"a\uFFFDé\nŁ"_s);
+        QCOMPARE(textWithKnownGlyphs(u"Ж Ω ệ"_s, m_font.font), u"Ж Ω ệ"_s);
+    }
+
     void aWordTooLongForALineIsBrokenAnywhere()
     {
         const QStringList lines = broken(QString(100, u'W'), 100);
@@ -77,7 +97,7 @@ private Q_SLOTS:
 
     void blanksAtTheEndOfALineAreNotPartOfIt()
     {
-        const QList<BrokenLine> lines = breakText(u"  Marie   "_s, m_font, 500);
+        const QList<BrokenLine> lines = breakText(u"  Marie   "_s, m_font, 500, 1000);
         QCOMPARE(lines[0].text, u"  Marie"_s);
         QVERIFY(qAbs(lines[0].width - widthOf(u"  Marie"_s)) < 0.01);
         QCOMPARE(broken(u"   "_s, 500), QStringList(u""_s));

@@ -85,8 +85,9 @@ class Application:
 
 
 def is_running(pid):
+    """Whether the process lives; one that has ended and waits to be asked for does not."""
     try:
-        os.kill(pid, 0)
-    except ProcessLookupError:
+        with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
+            return file.read().rpartition(")")[2].split()[0] not in "ZX"
+    except FileNotFoundError:
         return False
-    return True

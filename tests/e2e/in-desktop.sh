@@ -13,7 +13,7 @@ Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$numbers" >/d
 server=$!
 manager=
 trap 'kill $manager $server 2>/dev/null; wait; rm -rf "$XDG_RUNTIME_DIR"' EXIT
-read -r number <"$numbers"
+number=$(timeout 20 head -n 1 "$numbers")
 export DISPLAY=":$number"
 unset WAYLAND_DISPLAY XDG_CURRENT_DESKTOP QT_QPA_PLATFORMTHEME QT_QPA_PLATFORM
 
@@ -22,6 +22,6 @@ ready=$XDG_RUNTIME_DIR/ready
 mkfifo "$ready"
 openbox --sm-disable --config-file "$here/openbox.xml" --startup "sh -c 'echo >$ready'" >/dev/null 2>&1 &
 manager=$!
-read -r _ <"$ready"
+timeout 20 head -n 1 "$ready" >/dev/null
 
 dbus-run-session -- "$@"

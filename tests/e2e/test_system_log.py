@@ -35,9 +35,16 @@ class SystemLog(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.home = tempfile.TemporaryDirectory()
-        device = os.path.join(cls.home.name, "dev")
-        os.mkdir(device)
-        cls.log = system_log(device)
+        cls.device = os.path.join(cls.home.name, "dev")
+        os.mkdir(cls.device)
+        cls.log = system_log(cls.device)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.log.close()
+        for mounted in ("/dev", cls.device):
+            subprocess.run(["umount", "--lazy", "--recursive", mounted], check=True)
+        cls.home.cleanup()
 
     def run_pelmora(self, *arguments):
         """The program's number, its exit code and its standard error."""

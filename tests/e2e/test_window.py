@@ -12,14 +12,15 @@ STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 
 
-def screenshot():
-    path = os.path.join(tempfile.mkdtemp(), "screen.png")
-    subprocess.run(["import", "-window", "root", path], check=True)
-    return path
+def colour_shares():
+    """How much of the screen each colour covers."""
+    with tempfile.TemporaryDirectory() as folder:
+        path = os.path.join(folder, "screen.png")
+        subprocess.run(["import", "-window", "root", path], check=True)
+        return colour_shares_of(path)
 
 
-def colour_shares(path):
-    """How much of the picture each colour covers, largest first."""
+def colour_shares_of(path):
     histogram = subprocess.run(["convert", path, "-format", "%c", "histogram:info:-"], capture_output=True, text=True,
                                check=True).stdout
     counts = {}
@@ -36,7 +37,7 @@ class Window(unittest.TestCase):
             pelmora.find("frame", "Hélène SPECIMEN")
 
             def page_is_painted():
-                shares = colour_shares(screenshot())
+                shares = colour_shares()
                 # The white page, and the grey of the tables' headers.
                 return shares.get("FFFFFF", 0) > 0.2 and shares.get("B3B3B3", 0) > 0.01
             wait(page_is_painted)

@@ -283,6 +283,49 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(result.output), u"oldSPECIMEN Zoé.pdf\nfiller\n"_s);
     }
 
+    void aReaderOfTheOutputThatLeavesStopsNothing()
+    {
+        const QString file = cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s));
+        const QString other = cardFile(cardOf(u"SPECIMEN"_s, u"Paul"_s));
+        const QString script = u"import os, signal, sys; r, w = os.pipe(); os.close(r); os.dup2(w, 1);"
+                               "signal.signal(signal.SIGPIPE, signal.SIG_DFL); os.execv(sys.argv[1], sys.argv[1:])"_s;
+        const RunResult result =
+            pelmora({u"--save"_s, folder(), file, other}, {u"/usr/bin/python3"_s, u"-c"_s, script});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(entries(folder()), (QStringList{u"SPECIMEN Paul.pdf"_s, u"SPECIMEN Zoé.pdf"_s}));
+        QCOMPARE(result.errorLines(), QStringList(2, u"pelmora : la sortie standard ne peut pas être écrite."_s));
+    }
+
+    void theLongestNameCanBeSavedAgain()
+    {
+        const QString file = cardFile(cardOf(QString(300, u'é'), u"Zoé"_s));
+        QCOMPARE(pelmora({u"--save"_s, folder(), file}).exitCode, 0);
+        QCOMPARE(pelmora({u"--save"_s, folder(), file}).exitCode, 0);
+        QCOMPARE(entries(folder()), QStringList{QString(125, u'é') + u".pdf"_s});
+    }
+
+    void coreDumpsAreOffForTheProgramAndWhatItStarts()
+    {
+        // A card service that tells what limits it was given.
+        QFile service(path(u"service"_s));
+        QVERIFY(service.open(QIODevice::WriteOnly));
+        service.write("#!/bin/sh\ngrep 'core file' /proc/self/limits >\"$HOME/limits\"\n");
+        service.close();
+        QVERIFY(service.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+        QCOMPARE(pelmora({u"--card-service"_s, service.fileName(), u"--save"_s, folder()}).exitCode, 1);
+        const QString limits = QString::fromLatin1(contentOf(path(u"limits"_s))).simplified();
+        // A hard limit of 0 cannot be raised, and is as good.
+        QVERIFY2(limits == u"Max core file size 1 1 bytes"_s || limits == u"Max core file size 0 0 bytes"_s,
+                 qPrintable(limits));
+    }
+
+    void withoutADisplayTheWindowIsRefusedInOneLine()
+    {
+        const RunResult result = pelmora({});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.errorLines(), QStringList{u"pelmora : il n’y a pas d’écran où ouvrir une fenêtre."_s});
+    }
+
     void wrongUsageIsToldAndNothingIsDone_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -338,7 +381,7 @@ private Q_SLOTS:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(content);
         file.close();
-        const RunResult result = pelmora({u"--save"_s, folder(), file.fileName()}, {u"timeout"_s, u"5"_s});
+        const RunResult result = pelmora({u"--save"_s, folder(), file.fileName()}, {u"timeout"_s, u"20"_s});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.errorLines().size(), 1);
     }

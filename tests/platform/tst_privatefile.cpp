@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -100,6 +101,26 @@ private Q_SLOTS:
         }
         QCOMPARE(contentOf(path), QByteArray("old"));
         QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), {u"kept"_s});
+    }
+
+    void theLongestNameCanBeWrittenAgain()
+    {
+        const QString path = m_folder.filePath(QString(255, u'x'));
+        QVERIFY(writePrivateFile(path, "old").has_value());
+        QVERIFY(writePrivateFile(path, "new").has_value());
+        QCOMPARE(contentOf(path), QByteArray("new"));
+    }
+
+    void aLinkOfTheSameNameIsReplacedAndNotFollowed()
+    {
+        const QString path = m_folder.filePath(u"link"_s);
+        const QString elsewhere = m_folder.filePath(u"elsewhere"_s);
+        QVERIFY(writePrivateFile(elsewhere, "kept").has_value());
+        QVERIFY(QFile::link(elsewhere, path));
+        QVERIFY(writePrivateFile(path, "new").has_value());
+        QCOMPARE(contentOf(path), QByteArray("new"));
+        QCOMPARE(contentOf(elsewhere), QByteArray("kept"));
+        QVERIFY(!QFileInfo(path).isSymLink());
     }
 
     void aFolderInTheWayIsTold()
