@@ -17,7 +17,7 @@ bool writeDocument(QIODevice& device, const PageInk& ink)
 {
     QPdfWriter writer(&device);
     writer.setPdfVersion(QPagedPaintDevice::PdfVersion_A1b);
-    writer.setTitle(u"Attestation de droits à l'assurance maladie"_s);
+    writer.setTitle(attestationTitle.toString());
     writer.setCreator(u"Pelmora"_s);
     writer.setPageLayout({QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF()});
     // One unit of the writer is one unit of the page.
