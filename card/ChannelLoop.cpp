@@ -190,6 +190,8 @@ void ChannelLoop::killLateHelpers()
             continue;
         // A process that outlives SIGKILL is held by the kernel, in a device; it ends when the device lets it.
         helper.isGone = helper.isKilled;
+        if (helper.isGone)
+            helper.errorLog.readLastWords(helper.process.standardError(), maximumLastSlices);
         helper.process.kill();
         helper.isKilled = true;
         helper.deadline = now + m_limits.exitGrace;
@@ -242,11 +244,14 @@ void ChannelLoop::waitForEvents()
 
 void ChannelLoop::serveLeaving(LeavingHelper& helper, std::span<const pollfd> ready)
 {
-    if (ready[0].revents != 0 && helper.errorLog.read(helper.process.standardError()) == HelperErrorLog::State::Ended)
-        helper.process.closeStandardError();
-    // Its last words are read before it is forgotten, unless they never end.
-    else if (ready[1].revents != 0)
+    if (ready[1].revents != 0) {
+        // Whatever it said is in the pipe by now. The pipe's end is not waited for: a child may hold it open.
+        helper.errorLog.readLastWords(helper.process.standardError(), maximumLastSlices);
         helper.isGone = helper.process.reap();
+    } else if (ready[0].revents != 0 &&
+               helper.errorLog.read(helper.process.standardError()) == HelperErrorLog::Reading::Ended) {
+        helper.process.closeStandardError();
+    }
 }
 
 void ChannelLoop::serve(const ConnectionPointer& connection, const ServiceConnection::PollSet& ready)

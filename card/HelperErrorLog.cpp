@@ -8,18 +8,25 @@
 
 #include <unistd.h>
 
-HelperErrorLog::State HelperErrorLog::read(int descriptor)
+HelperErrorLog::Reading HelperErrorLog::read(int descriptor)
 {
     std::array<char, 4096> slice{};
     const ssize_t count = ::read(descriptor, slice.data(), slice.size());
     if (count > 0) {
         append({slice.data(), count});
-        return State::Open;
+        return Reading::Some;
     }
     if (count < 0 && (errno == EAGAIN || errno == EINTR))
-        return State::Open;
+        return Reading::Nothing;
     writeLine();
-    return State::Ended;
+    return Reading::Ended;
+}
+
+void HelperErrorLog::readLastWords(int descriptor, int maximumSlices)
+{
+    while (maximumSlices > 0 && read(descriptor) == Reading::Some)
+        --maximumSlices;
+    writeLine();
 }
 
 void HelperErrorLog::append(QByteArrayView bytes)

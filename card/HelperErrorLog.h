@@ -10,14 +10,18 @@ public:
     /// Bytes of a line that reach the log.
     static constexpr qsizetype maximumLine = 1024;
 
-    enum class State
+    /// What a read came to.
+    enum class Reading
     {
-        Open,
+        Some,
+        Nothing,
         Ended
     };
 
     /// Reads a bounded slice of what is there, without waiting.
-    State read(int descriptor);
+    Reading read(int descriptor);
+    /// Reads what an ended helper left there, at most so many slices, without waiting; the last line needs no end.
+    void readLastWords(int descriptor, int maximumSlices);
 
 private:
     void append(QByteArrayView bytes);

@@ -73,7 +73,7 @@ ServiceConnection::PollSet ServiceConnection::pollSet() const
 
 void ServiceConnection::serveErrorsAndInput(const PollSet& ready)
 {
-    if (ready[Errors].revents != 0 && m_errorLog.read(m_helper.standardError()) == HelperErrorLog::State::Ended)
+    if (ready[Errors].revents != 0 && m_errorLog.read(m_helper.standardError()) == HelperErrorLog::Reading::Ended)
         m_helper.closeStandardError();
     if ((ready[Input].revents & POLLOUT) != 0)
         writeUnsent();

@@ -36,6 +36,9 @@ private Q_SLOTS:
     void theHelperStartsWithCleanSignalsAndThreeDescriptors();
     void theHelperCanBeStartedWithoutStandardDescriptors();
     void whatTheHelperSaysOnStandardErrorIsLoggedInBoundedLines();
+    void allThatAHelperSaysBeforeItEndsIsLogged_data();
+    void allThatAHelperSaysBeforeItEndsIsLogged();
+    void aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper();
     void aFloodOnStandardErrorHoldsNothingUp();
 
 private:
@@ -336,10 +339,42 @@ void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsLoggedInBounde
                           u"Card service: "_s + QString(1024, u'x') + u"..."_s, u"Card service: sans fin de ligne"_s}));
 }
 
+void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsLogged_data()
+{
+    QTest::addColumn<QString>("behaviour");
+    for (const auto* const behaviour : {"last-words", "last-words-and-leave-a-child"})
+        QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
+}
+
+void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsLogged()
+{
+    QFETCH(const QString, behaviour);
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, behaviour}));
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*story));
+    channel.stop();
+    QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
+    QStringList expected(1000, u"Card service: une ligne de quarante-neuf lettres, ou presque..."_s);
+    expected.append(u"Card service: derniers mots"_s);
+    QCOMPARE(m_log.lines(MXLog::Notice), expected);
+}
+
+void TestServiceChannelHelpers::aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"die-and-leave-a-noisy-child"_s}), {.exitGrace = 10min});
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    // Less than the child's life.
+    QTRY_VERIFY_WITH_TIMEOUT(!fake.processes().isEmpty() && FakeService::isReaped(fake.processes()[0]), 10'000);
+}
+
 void TestServiceChannelHelpers::aFloodOnStandardErrorHoldsNothingUp()
 {
     const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"flood-on-errors"_s}), hasty);
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"flood-on-errors"_s}), {.exitGrace = 200ms});
     const auto story = std::make_shared<Story>();
     QCOMPARE(converse(channel, story, {u"init"_s}), true);
     QVERIFY(waitForEnd(*story));

@@ -70,6 +70,29 @@ QByteArray hugeItem()
         pause();
 }
 
+[[noreturn]] void floodErrors()
+{
+    const QByteArray wave = QByteArray("bruit\n").repeated(1000);
+    while (true)
+        sayToErrors(wave);
+}
+
+/// Lines that fit a pipe and are more than is read at a time, and an unended one.
+void sayLastWords()
+{
+    sayToErrors(QByteArray("une ligne de quarante-neuf lettres, ou presque...\n").repeated(1000) + "derniers mots");
+}
+
+/// A child that does something with the pipes for as long as a test needs, not longer.
+void leaveAChild(void (*work)())
+{
+    constexpr unsigned childLife = 20; // seconds
+    if (fork() == 0) {
+        alarm(childLife);
+        work();
+    }
+}
+
 /// The behaviours: what each does with the reply (empty at start).
 using Behaviour = std::function<void(const QByteArray& reply)>;
 
@@ -125,9 +148,23 @@ const QHash<QString, Behaviour>& behaviours()
         {u"flood-on-errors"_s,
          [](const QByteArray& reply) {
              say(reply);
-             const QByteArray wave = QByteArray("bruit\n").repeated(1000);
-             while (true)
-                 writeAll(STDERR_FILENO, wave);
+             floodErrors();
+         }},
+        {u"last-words"_s,
+         [](const QByteArray&) {
+             sayLastWords();
+             _exit(0);
+         }},
+        {u"last-words-and-leave-a-child"_s,
+         [](const QByteArray&) {
+             leaveAChild(waitForDeath);
+             sayLastWords();
+             _exit(0);
+         }},
+        {u"die-and-leave-a-noisy-child"_s,
+         [](const QByteArray&) {
+             leaveAChild(floodErrors);
+             _exit(0);
          }},
         {u"close-output"_s,
          [](const QByteArray&) {
@@ -141,12 +178,7 @@ const QHash<QString, Behaviour>& behaviours()
          }},
         {u"die-and-leave-a-child"_s,
          [](const QByteArray&) {
-             // The child keeps the pipes open for as long as the test needs, not longer.
-             constexpr unsigned childLife = 20; // seconds
-             if (fork() == 0) {
-                 alarm(childLife);
-                 waitForDeath();
-             }
+             leaveAChild(waitForDeath);
              _exit(0);
          }},
         {u"stop-reading"_s, [](const QByteArray&) { waitForDeath(); }},
