@@ -293,7 +293,7 @@ void LVitAccess::chooseReaders(const QVariantMap& readers, BindHandler handler)
         complete(handler, false, PelmoraError::noReader());
         return;
     }
-    MXLog::logDebug("Readers: {}", names);
+    MXLog::logDebug("Readers: {}", printableTexts(names));
     const qsizetype accepted = names.indexOf(acceptedReader);
     if (accepted < 0) {
         complete(handler, false, PelmoraError::badReader());

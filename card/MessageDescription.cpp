@@ -3,7 +3,6 @@
 #include "card/ServiceVocabulary.h"
 
 #include <QCborArray>
-#include <QStringList>
 
 #include <algorithm>
 #include <array>
@@ -80,5 +79,13 @@ QString printableText(const QString& text)
         if (character.category() == QChar::Other_Control)
             character = u'?';
     }
+    return printable;
+}
+
+QStringList printableTexts(const QStringList& texts)
+{
+    QStringList printable;
+    for (const QString& text : texts)
+        printable.append(printableText(text));
     return printable;
 }

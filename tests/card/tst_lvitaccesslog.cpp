@@ -63,6 +63,7 @@ void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne_data()
     QTest::addColumn<QString>("list");
     QTest::addColumn<QStringList>("logged");
     QTest::newRow("two, none accepted") << u"X|Y"_s << QStringList{u"Readers: (X, Y)"_s};
+    QTest::newRow("control characters") << u"X\n\x1b[31m|Y\u009B"_s << QStringList{u"Readers: (X??[31m, Y?)"_s};
     QTest::newRow("none") << u""_s << QStringList();
 }
 
