@@ -61,18 +61,24 @@ void TestLVitAccessFailures::withoutAConnectionEveryCommandFails()
 void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError_data()
 {
     QTest::addColumn<QString>("behaviour");
-    for (const auto* const behaviour : {"garbage", "chatter", "half", "huge", "crash", "crash-midway", "exit", "silent",
-                                        "close-output", "close-input", "stop-reading", "flood"})
-        QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
+    QTest::addColumn<bool>("isSeenByTimeout");
+    for (const auto* const behaviour :
+         {"garbage", "chatter", "huge", "crash", "crash-midway", "exit", "close-output", "close-input"})
+        QTest::newRow(behaviour) << QString::fromLatin1(behaviour) << false;
+    for (const auto* const behaviour : {"half", "silent", "stop-reading", "flood"})
+        QTest::newRow(behaviour) << QString::fromLatin1(behaviour) << true;
 }
 
 void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError()
 {
     QFETCH(const QString, behaviour);
+    QFETCH(const bool, isSeenByTimeout);
     const FakeService fake;
     using namespace std::chrono_literals;
-    const ClientPointer client =
-        makeClient(fake.command({u"--do"_s, u"any"_s, behaviour}), {.requestTimeout = 300ms, .exitGrace = 100ms});
+    ChannelLimits limits{.exitGrace = 100ms};
+    if (isSeenByTimeout)
+        limits.requestTimeout = 300ms;
+    const ClientPointer client = makeClient(fake.command({u"--do"_s, u"any"_s, behaviour}), limits);
     QCOMPARE(summary(awaitBind(client)), general);
     QCOMPARE(summary(awaitReaders(client)), general);
     QCOMPARE(summary(awaitSetReaders(client, readerChoice(u"V"_s, u"C"_s))), general);
@@ -83,8 +89,10 @@ void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError()
     QCOMPARE(summary(wasRead), general);
     QVERIFY(!wasRead->result);
     QCOMPARE(client->initialized(), false);
-    QCOMPARE(commands(fake),
-             (QStringList{u"init"_s, u"readers_list"_s, u"set_readers"_s, u"informations"_s, u"vitale_read"_s}));
+    // A service that starts slowly may not have got as far before the time was up.
+    if (!isSeenByTimeout)
+        QCOMPARE(commands(fake),
+                 (QStringList{u"init"_s, u"readers_list"_s, u"set_readers"_s, u"informations"_s, u"vitale_read"_s}));
 }
 
 void TestLVitAccessFailures::aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection()
