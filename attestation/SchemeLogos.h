@@ -22,5 +22,5 @@ public:
 
 private:
     Bundle m_bundle;
-    QMap<QString, std::optional<std::shared_ptr<QSvgRenderer>>> m_logos;
+    QMap<QString, std::shared_ptr<QSvgRenderer>> m_logos;
 };
