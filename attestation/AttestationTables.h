@@ -20,7 +20,8 @@ inline const QString data = QStringLiteral("TableData");                   ///< 
 inline const QString fixeWidthFont = QStringLiteral("TableFixeWidthFont"); ///< boolean: digits of one width
 } // namespace TableCellKey
 
-enum TableAlignment
+// A column description holds it as a plain number, so every number is a value of it.
+enum TableAlignment : int
 {
     LeftAlignment = 0,
     RightAlignment = 1,
