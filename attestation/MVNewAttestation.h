@@ -11,7 +11,8 @@
 class SchemeLogos;
 
 /// Turns one card record into the values of the attestation page. It computes and formats; it draws nothing. Every use
-/// of the page (the window, one print, one file) makes its own. Main thread only.
+/// of the page (the window, one print, one file) makes its own. It makes no view itself, so that a page can be made
+/// without a window and without a display: MVNewAttestationView::viewOf gives the view of it. Main thread only.
 class MVNewAttestation final : public QObject
 {
     Q_OBJECT
