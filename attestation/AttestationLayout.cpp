@@ -111,7 +111,7 @@ void AttestationLayout::drawMainText()
     if (isGiven(m_page.insuredName))
         drawAtPoint(lineTop(160), u"Nom de l'assuré : "_s + *m_page.insuredName, regular, 1);
     if (m_page.showRightLabel)
-        drawAtPoint(lineTop(195), u"Attestation de droits à l'assurance maladie"_s, m_fonts.boldSystemFontOfSize(20));
+        drawAtPoint(lineTop(195), attestationTitle.toString(), m_fonts.boldSystemFontOfSize(20));
 }
 
 void AttestationLayout::drawTables()

@@ -58,7 +58,11 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { m_settings.setShowsRightLabel(true); }
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        m_settings.setShowsRightLabel(true);
+    }
 
     void theDocumentIsOneA4Page_data()
     {
@@ -167,6 +171,7 @@ private Q_SLOTS:
         QTest::newRow("empty record") << documentOf(CardRecord());
         QTest::newRow("every alphabet") << documentWithNames(
             {u"Nguyễn Şükrü Łącka"_s, u"Ελένη Юлія"_s, QString::fromUtf16(u"a\u0000b\u0007\n\tc\u009f", 8)});
+        QTest::newRow("characters that no font has") << documentWithNames({u"\U00010380\U0005FFF0 Zoé"_s});
         for (const QString& scheme : {u"2"_s, u"10"_s, u"94"_s}) {
             CardRecord card = specimenCard(20);
             card.setText(CardKey::regimeCode, scheme);
