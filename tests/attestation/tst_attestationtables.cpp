@@ -3,6 +3,7 @@
 #include "attestation/AttestationLayout.h"
 #include "attestation/AttestationTables.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -51,6 +52,8 @@ private:
     }
 
 private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
     void aColumnThatReachesTheEdgeIsTheLast()
     {
         QCOMPARE(tableRules({tableColumn(u"a"_s, 40), tableColumn(u"b"_s, 30), tableColumn(u"c"_s, 30)}),

@@ -1,5 +1,6 @@
 #include "attestation/DateFormatter.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -29,6 +30,8 @@ class tst_DateFormatter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
     void aDateIsReadByThePattern_data()
     {
         QTest::addColumn<QString>("dateFormat");

@@ -1,5 +1,6 @@
 #include "attestation/FormatNSS.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -9,6 +10,8 @@ class tst_FormatNSS : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
     void anAbsentNumberIsAnEmptyText()
     {
         QCOMPARE(formatNSS(std::nullopt), u""_s);

@@ -4,6 +4,7 @@
 #include "card/CardKeys.h"
 #include "support/MXLog.h"
 
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -83,7 +84,11 @@ private:
     BeneficiaryLine lineOf(const BeneficiaryRecord& person) { return pageOf(cardOf({person})).lines.value(0); }
 
 private Q_SLOTS:
-    void init() { m_settings.setShowsRightLabel(false); }
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        m_settings.setShowsRightLabel(false);
+    }
 
     void aNewAttestationIsAnEmptyPage()
     {

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -54,6 +55,8 @@ private:
     PageFonts m_fonts = pageFonts();
 
 private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
     void theViewHasThePagesFrame()
     {
         const MVNewAttestation attestation(m_logos);

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QImage>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QSvgRenderer>
 #include <QTest>
 
@@ -43,6 +44,8 @@ class tst_SchemeLogos : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
     void everySchemeHasALogoOfItsOwn()
     {
         SchemeLogos logos(stagedBundle());
