@@ -34,7 +34,7 @@ int main(int argc, char* argv[])
     disableCoreDumps();
     sendQtMessagesToLog();
     // Whoever reads what is printed may leave: the work goes on, and the exit code tells.
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
 
     const std::expected<CommandLine, QString> command = CommandLine::parse(decoded(argc, argv));
     if (!command) {

@@ -78,7 +78,7 @@ void breakParagraph(QStringView paragraph, const PageFont& font, double width, q
 
 QString drawableText(const QString& whole)
 {
-    const QString text = whole.first(std::min(whole.size(), maximumCharacters));
+    QString text = whole.first(std::min(whole.size(), maximumCharacters));
     if (isPlain(text))
         return text;
 
