@@ -14,7 +14,7 @@ struct BareFonts
     QFont line;
 };
 
-/// Hands the two font files of the folder to Qt.
+/// Hands the folder's regular face, the only one on the page, to Qt.
 [[nodiscard]] BareFonts loadBareFonts(const QString& folder);
 
 /// The specimen card's page as a PDF, drawn by hand with QPdfWriter alone: the same texts, boxes and logo in the same

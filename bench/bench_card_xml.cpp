@@ -40,10 +40,12 @@ void parseToRecord(const QString& text)
         std::abort();
 }
 
+// The flags are those of the program.
 void parseBare(const QByteArray& bytes)
 {
     xmlDoc* document = xmlReadMemory(bytes.constData(), static_cast<int>(bytes.size()), nullptr, nullptr,
-                                     XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+                                     XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA |
+                                         XML_PARSE_IGNORE_ENC);
     if (document == nullptr)
         std::abort();
     xmlFreeDoc(document);

@@ -5,10 +5,13 @@
 #include "attestation/PageFonts.h"
 #include "attestation/SchemeLogos.h"
 #include "card/CardKeys.h"
+#include "platform/UserDefaults.h"
+#include "prefs/MVSettings.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QSvgRenderer>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdio>
@@ -44,7 +47,7 @@ CardRecord specimenCard()
     card.setText(CardKey::fundCode, u"751"_s);
     card.setText(CardKey::managementCenter, u"8801"_s);
     card.setText(CardKey::managementCode, u"10"_s);
-    card.setText(CardKey::fundCodeLibelle, u"Régime général"_s);
+    card.setText(CardKey::fundCodeLibelle, u"Non spécifié"_s);
     card.setBeneficiaries({person(u"Hélène"_s, u"285057511612381"_s, u"14051985"_s),
                            person(u"François"_s, u"183116912345641"_s, u"02111983"_s),
                            person(u"Zoé"_s, u"285057511612381"_s, u"21032016"_s)});
@@ -74,6 +77,9 @@ int main(int argc, char* argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
+    // Not the user's own settings: they can ask for a title, which the bare page has not.
+    const QTemporaryDir settings;
+    MVSettings::setStore(std::make_unique<UserDefaults>(settings.filePath(u"Pelmora.conf"_s)));
     const Bundle bundle(QStringLiteral(PELMORA_STAGE_SHARE));
     const auto fonts = PageFonts::load(bundle);
     if (!fonts)
