@@ -40,7 +40,10 @@ class Window(unittest.TestCase):
                 shares = colour_shares()
                 # The white page, and the grey of the tables' headers.
                 return shares.get("FFFFFF", 0) > 0.2 and shares.get("B3B3B3", 0) > 0.01
-            wait(page_is_painted)
+            try:
+                wait(page_is_painted)
+            except AssertionError:
+                self.fail(f"exit code {pelmora.process.poll()}, colours {list(colour_shares().items())[:6]}")
 
     def test_a_card_file_is_shown(self):
         card = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
