@@ -1,0 +1,74 @@
+#include "service/ProcessSetup.h"
+
+#include <QTest>
+
+#include <array>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using Pipe = std::array<int, 2>;
+
+QByteArray readAll(int descriptor)
+{
+    QByteArray bytes;
+    std::array<char, 256> slice{};
+    for (ssize_t count = 0; (count = ::read(descriptor, slice.data(), slice.size())) > 0;)
+        bytes.append(slice.data(), count);
+    return bytes;
+}
+
+bool say(int descriptor, QByteArrayView text)
+{
+    return ::write(descriptor, text.data(), static_cast<std::size_t>(text.size())) == text.size();
+}
+
+/// What a service does with its descriptors, and what a chatty library in it does.
+[[noreturn]] void becomeService(const Pipe& input, const Pipe& output, const Pipe& errors)
+{
+    const bool isPlugged = ::dup2(input[0], STDIN_FILENO) >= 0 && ::dup2(output[1], STDOUT_FILENO) >= 0 &&
+                           ::dup2(errors[1], STDERR_FILENO) >= 0;
+    const std::optional<ChannelDescriptors> channel = isPlugged ? takeStandardChannel() : std::nullopt;
+    char request = 0;
+    char chatter = 0;
+    const bool isDone = channel && say(STDOUT_FILENO, "bavardage") && say(channel->replies.get(), "reply") &&
+                        ::read(channel->requests.get(), &request, 1) == 1 && request == 'r' &&
+                        ::read(STDIN_FILENO, &chatter, 1) == 0;
+    ::_exit(isDone ? 0 : 1);
+}
+
+} // namespace
+
+class TestProcessSetup : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void whatIsPrintedGoesToStandardErrorAndOnlyRepliesToTheChannel()
+    {
+        Pipe input{};
+        Pipe output{};
+        Pipe errors{};
+        QVERIFY(::pipe(input.data()) == 0 && ::pipe(output.data()) == 0 && ::pipe(errors.data()) == 0);
+        QVERIFY(say(input[1], "r"));
+        const pid_t child = ::fork();
+        QVERIFY(child >= 0);
+        if (child == 0)
+            becomeService(input, output, errors);
+        for (const int descriptor : {input[0], input[1], output[1], errors[1]})
+            ::close(descriptor);
+
+        QCOMPARE(readAll(output[0]), QByteArray("reply"));
+        QCOMPARE(readAll(errors[0]), QByteArray("bavardage"));
+        int status = -1;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        QCOMPARE(status, 0);
+        ::close(output[0]);
+        ::close(errors[0]);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestProcessSetup)
+#include "tst_processsetup.moc"
