@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <optional>
+
+/// How a bind ended: no error when it went well.
+using BindOutcome = std::optional<Error>;
+
+/// The outcome of what a bind's handler receives: a failure always has an error, the general one where none was given.
+[[nodiscard]] BindOutcome bindOutcome(bool bound, const std::optional<Error>& error);
+
+/// Posts the bind notification, at once. Main thread only.
+void postBindNotification(const BindOutcome& outcome);

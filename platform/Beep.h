@@ -1,0 +1,4 @@
+#pragma once
+
+/// The desktop's alert sound. Main thread, with an application.
+void beep();
