@@ -42,13 +42,17 @@ def wait(condition, seconds=15):
 
 
 class Application:
-    """A running program with a home of its own; a context manager that leaves nothing behind."""
+    """A running program with a home of its own; a context manager that leaves nothing behind.
 
-    def __init__(self, *command):
-        self.home = tempfile.mkdtemp()
-        environment = dict(os.environ, HOME=self.home, XDG_CONFIG_HOME=os.path.join(self.home, "config"),
-                           QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", LC_ALL="C.UTF-8")
-        self.process = subprocess.Popen(command, env=environment)
+    The environment's values replace or add to the usual ones (None takes one away); a home that is given is kept."""
+
+    def __init__(self, *command, home=None, environment=None):
+        self.home = home or tempfile.mkdtemp()
+        self._own_home = home is None
+        changes = {"HOME": self.home, "XDG_CONFIG_HOME": os.path.join(self.home, "config"), "QT_QPA_PLATFORM": "xcb",
+                   "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "LC_ALL": "C.UTF-8", **(environment or {})}
+        values = {**os.environ, **changes}
+        self.process = subprocess.Popen(command, env={key: value for key, value in values.items() if value is not None})
 
     def __enter__(self):
         return self
@@ -56,7 +60,8 @@ class Application:
     def __exit__(self, *_):
         self.process.kill()
         self.process.wait()
-        shutil.rmtree(self.home)
+        if self._own_home:
+            shutil.rmtree(self.home)
 
     def node(self):
         def running():
@@ -66,13 +71,64 @@ class Application:
                         if node is not None and node.get_process_id() == self.process.pid)
         return wait(running)
 
-    def find(self, role, name):
-        """The visible control of that role whose whole name matches."""
-        def found():
-            return next(node for node in walk(self.node())
-                        if node.get_role_name() == role and re.fullmatch(name, node.get_name() or "", re.DOTALL)
-                        and node.get_state_set().contains(Atspi.StateType.SHOWING))
-        return wait(found)
+    def find_now(self, role, name, showing=True):
+        """The control of that role whose whole name matches, or None."""
+        for node in walk(self.node()):
+            try:
+                if (node.get_role_name() == role and re.fullmatch(name, node.get_name() or "", re.DOTALL)
+                        and (not showing or node.get_state_set().contains(Atspi.StateType.SHOWING))):
+                    return node
+            except GLib.GError:
+                pass
+        return None
+
+    def find(self, role, name, showing=True):
+        """The control of that role whose whole name matches, as soon as there is one."""
+        try:
+            return wait(lambda: self.find_now(role, name, showing))
+        except AssertionError:
+            raise AssertionError(f"no {role} named {name!r} among {self.names()}") from None
+
+    def wait_until_gone(self, role, name):
+        wait(lambda: self.find_now(role, name) is None)
+
+    def names(self):
+        """What is on the screen, for people who read that a test failed."""
+        found = []
+        for node in walk(self.node()):
+            try:
+                if node.get_state_set().contains(Atspi.StateType.SHOWING):
+                    found.append(f"{node.get_role_name()} {node.get_name()!r}")
+            except GLib.GError:
+                pass
+        return found
+
+    def press(self, role, name, showing=True):
+        """Does what the control is for: presses the button, chooses the menu's entry."""
+        self.find(role, name, showing).get_action_iface().do_action(0)
+
+    def choose(self, name):
+        """Chooses an entry of the menu bar, which need not be open."""
+        self.press("menu item", name, showing=False)
+
+    def is_enabled(self, role, name, showing=True):
+        return self.find(role, name, showing).get_state_set().contains(Atspi.StateType.ENABLED)
+
+    def text_of(self, role, name=".*"):
+        """The text inside an editable or plain text control."""
+        text = self.find(role, name).get_text_iface()
+        return Atspi.Text.get_text(text, 0, Atspi.Text.get_character_count(text))
+
+    def write_into(self, role, name, text):
+        Atspi.EditableText.set_text_contents(self.find(role, name), text)
+
+    def click(self, role, name, *keys):
+        """A click of the mouse in the control's middle, with keys held down."""
+        box = Atspi.Component.get_extents(self.find(role, name), Atspi.CoordType.SCREEN)
+        held = [part for key in keys for part in ("keydown", key)]
+        left = [part for key in reversed(keys) for part in ("keyup", key)]
+        subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2), *held,
+                        "click", "1", *left], check=True)
 
     def children(self):
         """Process numbers of the programs that it has started."""
@@ -82,6 +138,33 @@ class Application:
     def terminate(self):
         self.process.send_signal(signal.SIGTERM)
         return self.process.wait(timeout=10)
+
+
+class Opener:
+    """Stands in for the desktop's way to open files and addresses, and notes what it was asked for."""
+
+    def __init__(self, folder):
+        self._record = os.path.join(folder, "opened")
+        programs = os.path.join(folder, "programs")
+        os.mkdir(programs)
+        path = os.path.join(programs, "xdg-open")
+        with open(path, "w", encoding="utf-8") as script:
+            script.write(f"#!/bin/sh\nprintf '%s\\n' \"$1\" >>'{self._record}'\n")
+        os.chmod(path, 0o755)
+        self.environment = {"PATH": programs + os.pathsep + os.environ["PATH"]}
+
+    def opened(self):
+        """What it was asked to open, in order."""
+        try:
+            with open(self._record, encoding="utf-8") as file:
+                return file.read().splitlines()
+        except FileNotFoundError:
+            return []
+
+
+def key(*names):
+    """Strikes keys or combinations of keys (as "ctrl+w") in the active window."""
+    subprocess.run(["xdotool", "key", *names], check=True)
 
 
 def is_running(pid):
