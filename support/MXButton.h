@@ -1,0 +1,27 @@
+#pragma once
+
+#include "support/MXButtonCell.h"
+
+#include <QPushButton>
+
+/// A push button that its cell draws, for use in layout files.
+class MXButton final : public QPushButton
+{
+    Q_OBJECT
+
+public:
+    explicit MXButton(QWidget* parent = nullptr);
+
+    [[nodiscard]] const MXButtonCell& cell() const { return m_cell; }
+    /// Redraws the button.
+    void setBackgroundColor(std::optional<QColor> colour);
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    MXButtonCell m_cell;
+};

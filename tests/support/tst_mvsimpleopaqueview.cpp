@@ -1,0 +1,80 @@
+#include "support/MVSimpleOpaqueView.h"
+
+#include <QPainter>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// What a view leaves on a picture that is magenta before.
+QImage drawn(MVSimpleOpaqueView& view, const QRect& part)
+{
+    QImage image(view.size(), QImage::Format_RGB32);
+    image.fill(Qt::magenta);
+    QPainter painter(&image);
+    view.render(&painter, part.topLeft(), part, QWidget::RenderFlags());
+    return image;
+}
+
+} // namespace
+
+class tst_MVSimpleOpaqueView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void itIsOpaqueWithAndWithoutAColour()
+    {
+        MVSimpleOpaqueView view;
+        QVERIFY(view.isOpaque());
+        QVERIFY(view.testAttribute(Qt::WA_OpaquePaintEvent));
+        view.setBackgroundColor(QColor(Qt::green));
+        QVERIFY(view.isOpaque());
+    }
+
+    void withoutAColourNothingIsDrawn()
+    {
+        MVSimpleOpaqueView view;
+        view.resize(40, 30);
+        QVERIFY(!view.backgroundColor());
+        QCOMPARE(drawn(view, view.rect()).pixelColor(20, 15), QColor(Qt::magenta));
+    }
+
+    void onlyTheDirtyRectangleIsFilled()
+    {
+        MVSimpleOpaqueView view;
+        view.resize(40, 30);
+        view.setBackgroundColor(QColor(0, 162, 1));
+        const QImage image = drawn(view, QRect(10, 10, 10, 10));
+        QCOMPARE(image.pixelColor(10, 10), QColor(0, 162, 1));
+        QCOMPARE(image.pixelColor(19, 19), QColor(0, 162, 1));
+        QCOMPARE(image.pixelColor(9, 10), QColor(Qt::magenta));
+        QCOMPARE(image.pixelColor(20, 20), QColor(Qt::magenta));
+    }
+
+    void settingTheColourRedrawsTheWholeViewAndNoneStopsTheFill()
+    {
+        MVSimpleOpaqueView view;
+        view.resize(40, 30);
+        view.setBackgroundColor(QColor(Qt::blue));
+        QCOMPARE(drawn(view, view.rect()).pixelColor(39, 29), QColor(Qt::blue));
+        view.setBackgroundColor(QColor(Qt::red));
+        QCOMPARE(drawn(view, view.rect()).pixelColor(0, 0), QColor(Qt::red));
+        view.setBackgroundColor(std::nullopt);
+        QCOMPARE(drawn(view, view.rect()).pixelColor(0, 0), QColor(Qt::magenta));
+    }
+
+    void settingTheColourAsksForOneRepaintOfEverything()
+    {
+        MVSimpleOpaqueView view;
+        view.resize(40, 30);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.setBackgroundColor(QColor(Qt::blue));
+        QTRY_COMPARE(view.grab().toImage().pixelColor(39, 29), QColor(Qt::blue));
+    }
+};
+
+QTEST_MAIN(tst_MVSimpleOpaqueView)
+#include "tst_mvsimpleopaqueview.moc"
