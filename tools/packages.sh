@@ -2,7 +2,7 @@
 
 build_packages=(
     g++ cmake ninja-build pkg-config
-    qt6-base-dev qt6-svg-dev libxml2-dev libfmt-dev
+    qt6-base-dev qt6-svg-dev libxml2-dev libplist-dev libfmt-dev libxcb1-dev
     # The page's fonts are cut from Roboto when the program is built.
     fonts-roboto-unhinted python3 python3-fonttools
 )

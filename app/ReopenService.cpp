@@ -1,0 +1,85 @@
+#include "app/ReopenService.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QLatin1StringView serviceName{"com.morvel.Pelmora"};
+constexpr QLatin1StringView objectPath{"/com/morvel/Pelmora"};
+
+/// A call to the bus itself whose answer nobody waits for.
+void askBus(const QString& operation, const QVariantList& arguments)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                                          u"org.freedesktop.DBus"_s, operation);
+    message.setArguments(arguments);
+    QDBusConnection::sessionBus().asyncCall(message);
+}
+
+} // namespace
+
+ReopenService::ReopenService(QObject* parent)
+    : QObject(parent)
+{
+}
+
+ReopenService::~ReopenService()
+{
+    if (!m_isStarted)
+        return;
+    QDBusConnection::sessionBus().unregisterObject(objectPath);
+    askBus(u"ReleaseName"_s, {QString(serviceName)});
+}
+
+void ReopenService::start()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (m_isStarted || !bus.isConnected())
+        return;
+    m_isStarted = bus.registerObject(objectPath, new ReopenInterface(this), QDBusConnection::ExportScriptableSlots);
+    // Without flags: in line, behind an instance that has the name, and not to be replaced.
+    if (m_isStarted)
+        askBus(u"RequestName"_s, {QString(serviceName), QVariant::fromValue(quint32{0})});
+}
+
+ReopenInterface::ReopenInterface(ReopenService* service)
+    : QObject(service)
+    , m_service(service)
+{
+}
+
+QString ReopenInterface::firstLocalFile(const QStringList& uris)
+{
+    for (const QString& uri : uris) {
+        const QUrl url(uri, QUrl::StrictMode);
+        if (url.isLocalFile() && url.host().isEmpty() && url.toLocalFile().startsWith(u'/'))
+            return url.toLocalFile();
+    }
+    return {};
+}
+
+void ReopenInterface::Activate([[maybe_unused]] const QVariantMap& platformData)
+{
+    Q_EMIT m_service->reopenRequested();
+}
+
+void ReopenInterface::Open(const QStringList& uris, [[maybe_unused]] const QVariantMap& platformData)
+{
+    if (const QString path = firstLocalFile(uris); !path.isEmpty())
+        Q_EMIT m_service->openRequested(path);
+    else
+        Q_EMIT m_service->reopenRequested();
+}
+
+void ReopenInterface::ActivateAction([[maybe_unused]] const QString& name,
+                                     [[maybe_unused]] const QVariantList& parameter,
+                                     [[maybe_unused]] const QVariantMap& platformData)
+{
+    // No actions are offered; whoever asks for one wants the application.
+    Q_EMIT m_service->reopenRequested();
+}

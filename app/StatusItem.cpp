@@ -1,0 +1,58 @@
+#include "app/StatusItem.h"
+
+#include "app/StatusMenu.h"
+
+#include <utility>
+
+StatusItem::StatusItem(QIcon icon, QObject* parent)
+    : QObject(parent)
+    , m_icon(std::move(icon))
+{
+    fillMenu();
+    connect(&m_host, &TrayHost::changed, this, &StatusItem::followHost);
+    followHost();
+}
+
+void StatusItem::fillMenu()
+{
+    m_menu.setTitle(StatusMenu::title.toString());
+    for (const MenuEntry& entry : StatusMenu::entries()) {
+        if (entry.isSeparator) {
+            m_menu.addSeparator();
+            continue;
+        }
+        const QAction* const action = m_menu.addAction(entry.actionText());
+        connect(action, &QAction::triggered, this, [this, tag = entry.tag] { Q_EMIT executeAction(tag); });
+    }
+}
+
+void StatusItem::followHost()
+{
+    if (!m_item && (m_host.hasNotifierHost() || m_host.hasX11Tray()))
+        createItem();
+    const bool available = isHosted();
+    if (std::exchange(m_hostAvailable, available) != available)
+        Q_EMIT hostAvailableChanged(available);
+}
+
+/// Qt decides with the first item of a process which kind of host its items look for, and never again: without a host
+/// it would decide for X11's tray, and miss the other kind when that starts later.
+void StatusItem::createItem()
+{
+    m_isNotifierItem = m_host.hasNotifierHost();
+    m_item = std::make_unique<QSystemTrayIcon>(m_icon);
+    m_item->setToolTip(StatusMenu::title.toString());
+    m_item->setContextMenu(&m_menu);
+    connect(m_item.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger)
+            Q_EMIT showRequested();
+    });
+    m_item->show();
+}
+
+bool StatusItem::isHosted() const
+{
+    // Qt has no items at all on some platforms, whatever hosts there are.
+    const bool isThere = m_isNotifierItem ? m_host.hasNotifierHost() : m_host.hasX11Tray();
+    return m_item && isThere && QSystemTrayIcon::isSystemTrayAvailable();
+}
