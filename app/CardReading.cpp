@@ -7,31 +7,28 @@
 #include <optional>
 #include <utility>
 
-namespace {
-
-using Completion = std::function<void(std::expected<CardRecord, Error>)>;
-
-// On the channel's thread.
-void hand(const Completion& completion, std::expected<CardRecord, Error> outcome)
+void bindCardService(LVitAccess& client, std::function<void(const BindOutcome&)> completion)
 {
-    postToMainQueue([completion, outcome = std::move(outcome)] { completion(outcome); });
+    client.bindWithCompletionHandler(
+        [completion = std::move(completion)](bool bound, const std::optional<Error>& error) {
+            postToMainQueue([completion, outcome = bindOutcome(bound, error)] { completion(outcome); });
+        });
 }
 
-} // namespace
-
-void readCard(const std::shared_ptr<LVitAccess>& client, const Completion& completion)
+void readCard(const std::shared_ptr<LVitAccess>& client,
+              const std::function<void(std::expected<CardRecord, Error>)>& completion)
 {
-    client->bindWithCompletionHandler([client, completion](bool bound, const std::optional<Error>& bindError) {
-        if (!bound) {
-            hand(completion, std::unexpected(bindError.value_or(PelmoraError::generalError())));
+    bindCardService(*client, [client, completion](const BindOutcome& outcome) {
+        if (outcome) {
+            completion(std::unexpected(*outcome));
             return;
         }
         client->readeVitaleWithCompletionHandler(
-            [completion](bool read, const std::optional<Error>& readError, std::optional<CardRecord> record) {
-                if (read && record)
-                    hand(completion, *std::move(record));
-                else
-                    hand(completion, std::unexpected(readError.value_or(PelmoraError::generalError())));
+            [completion](bool, const std::optional<Error>& error, const std::optional<CardRecord>& record) {
+                std::expected<CardRecord, Error> result = std::unexpected(error.value_or(PelmoraError::generalError()));
+                if (record)
+                    result = *record;
+                postToMainQueue([completion, result = std::move(result)] { completion(result); });
             });
     });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "card/BindOutcome.h"
 #include "card/CardRecord.h"
 #include "platform/Error.h"
 
@@ -8,6 +9,9 @@
 #include <memory>
 
 class LVitAccess;
+
+/// Brings the card service up. The outcome is handed over once, later, on the main thread.
+void bindCardService(LVitAccess& client, std::function<void(const BindOutcome&)> completion);
 
 /// Reads the card in the reader: brings the card service up, then asks it for the card. The outcome is handed over
 /// once, later, on the main thread.

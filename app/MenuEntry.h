@@ -11,6 +11,8 @@ struct MenuEntry
     bool enabled = true;
     bool isSeparator = false;
 
+    [[nodiscard]] static MenuEntry separator();
+
     /// The title as the text of a QAction, in which "&" and tabs have a meaning of their own.
     [[nodiscard]] QString actionText() const;
 

@@ -17,9 +17,7 @@
 #include <QApplication>
 #include <QPointer>
 
-#include <algorithm>
 #include <array>
-#include <climits>
 #include <string>
 
 using namespace Qt::StringLiterals;
@@ -32,9 +30,7 @@ std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const 
 {
     LVitAccess::setDefaultCommand(cardServiceCommand(command, bundle));
     std::shared_ptr<LVitAccess> client = LVitAccess::defaultInstance();
-    // Whatever a hand-written setting holds stays what it is for the client: one of its modes, or not.
-    const qint64 mode = std::clamp<qint64>(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0, INT_MAX);
-    client->setAccessMode(static_cast<unsigned>(mode));
+    setAccessModeFromSettings(*client);
     return client;
 }
 

@@ -26,9 +26,9 @@ void SaveCommand::saveCard(const std::expected<CardRecord, Error>& record)
 
 void SaveCommand::save(const CardRecord& record)
 {
-    const std::expected<QString, QString> path = m_files.save(record);
+    const std::expected<QString, SaveFailure> path = m_files.save(record);
     if (!path)
-        fail(path.error());
+        fail(path.error().description());
     else if (!Console::print(*path + u'\n'))
         fail(u"la sortie standard ne peut pas être écrite."_s);
 }

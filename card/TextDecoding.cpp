@@ -1,6 +1,7 @@
 #include "card/TextDecoding.h"
 
 #include <QStringDecoder>
+#include <QStringEncoder>
 
 #include <algorithm>
 #include <array>
@@ -53,4 +54,31 @@ std::optional<QString> decodeWindows1252(QByteArrayView bytes)
             return std::nullopt;
     }
     return text;
+}
+
+std::optional<QByteArray> encodeUtf8(QStringView text)
+{
+    QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+    QByteArray bytes = encoder(text);
+    if (encoder.hasError())
+        return std::nullopt;
+    return bytes;
+}
+
+std::optional<QByteArray> encodeWindows1252(QStringView text)
+{
+    QByteArray bytes;
+    for (const QChar character : text) {
+        char16_t code = character.unicode();
+        if (isHighControl(character))
+            return std::nullopt;
+        if (code > 0xFF) {
+            const auto* const found = std::ranges::find(windows1252Characters, code);
+            if (found == windows1252Characters.end())
+                return std::nullopt;
+            code = static_cast<char16_t>(firstControl + (found - windows1252Characters.begin()));
+        }
+        bytes.append(static_cast<char>(code));
+    }
+    return bytes;
 }

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-// From bytes to text, strictly: nothing when the encoding lacks one of the bytes.
+// From bytes to text and back, strictly: nothing when the encoding lacks one of the bytes or of the characters.
 
 /// UTF-8, without the byte order mark that it may start with. A last character that is cut short is an error too.
 [[nodiscard]] std::optional<QString> decodeUtf8(QByteArrayView bytes);
@@ -16,3 +16,9 @@
 
 /// windows-1252, which lacks 81, 8D, 8F, 90 and 9D.
 [[nodiscard]] std::optional<QString> decodeWindows1252(QByteArrayView bytes);
+
+/// UTF-8, which lacks halves of surrogate pairs.
+[[nodiscard]] std::optional<QByteArray> encodeUtf8(QStringView text);
+
+/// windows-1252.
+[[nodiscard]] std::optional<QByteArray> encodeWindows1252(QStringView text);

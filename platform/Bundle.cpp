@@ -1,14 +1,35 @@
 #include "platform/Bundle.h"
 
+#include "platform/PropertyList.h"
+
 #include <QCoreApplication>
+#include <QDebug>
+#include <QFile>
 #include <QFileInfo>
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+QVariantMap informationIn(const QString& path)
+{
+    QFile file(path);
+    std::optional<QVariant> list;
+    if (file.open(QIODevice::ReadOnly))
+        list = parsePropertyList(file.read(maximumPropertyListSize + 1));
+    if (list && list->typeId() == QMetaType::QVariantMap)
+        return list->toMap();
+    qCritical("The information dictionary cannot be read.");
+    return {};
+}
+
+} // namespace
+
 Bundle::Bundle(QString resourceFolder)
     : m_resourceFolder(std::move(resourceFolder))
+    , m_information(std::make_shared<std::optional<QVariantMap>>())
 {
 }
 
@@ -26,4 +47,11 @@ std::optional<QString> Bundle::pathForResource(const QString& name, const QStrin
     if (!QFileInfo(path).isFile())
         return std::nullopt;
     return path;
+}
+
+QVariant Bundle::objectForInfoDictionaryKey(QStringView key) const
+{
+    if (!*m_information)
+        *m_information = informationIn(m_resourceFolder + "/Info.plist"_L1);
+    return (*m_information)->value(key.toString());
 }

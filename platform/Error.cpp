@@ -17,3 +17,10 @@ QString Error::localizedDescription() const
         return *m_description;
     return u"L’opération n’a pas pu s’achever. (erreur %1 %2.)"_s.arg(m_domain, QString::number(m_code));
 }
+
+std::optional<Error> errorInValue(const QVariant& value)
+{
+    if (value.metaType() != QMetaType::fromType<Error>())
+        return std::nullopt;
+    return *static_cast<const Error*>(value.constData());
+}

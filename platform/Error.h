@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QMetaType>
 #include <QString>
+#include <QVariant>
 
 #include <optional>
 
@@ -30,3 +32,8 @@ private:
     int m_code;
     std::optional<QString> m_description;
 };
+
+Q_DECLARE_METATYPE(Error)
+
+/// The error that a value holds, as user information does; nothing when it holds none.
+[[nodiscard]] std::optional<Error> errorInValue(const QVariant& value);

@@ -23,7 +23,8 @@ public:
     /// The process-wide centre, made at first use.
     [[nodiscard]] static NotificationCenter& defaultCenter();
 
-    /// The block runs at each notification of that name until the observer is removed. The observer is only an identity.
+    /// The block runs at each notification of that name until the observer is removed. The observer is only an
+    /// identity.
     void addObserver(const void* observer, const QString& name, Block block);
 
     /// Removes every block of the observer, if it has any; none of them runs afterwards.

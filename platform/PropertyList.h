@@ -14,5 +14,6 @@ inline constexpr qsizetype maximumPropertyListSize = qsizetype{1024} * 1024;
 /// Reads a property list; nothing when it is not one, or is too large or nested too deep.
 [[nodiscard]] std::optional<QVariant> parsePropertyList(const QByteArray& xml);
 
-/// Writes a property list; nothing when a value in it is of another type. Characters that XML cannot hold become U+FFFD.
+/// Writes a property list; nothing when a value in it is of another type. Characters that XML cannot hold become
+/// U+FFFD.
 [[nodiscard]] std::optional<QByteArray> writePropertyList(const QVariant& value);

@@ -36,7 +36,7 @@ private:
     SchemeLogos m_logos{m_bundle};
     std::optional<PageFonts> m_fonts;
 
-    std::expected<QString, QString> savedIn(const QString& folder, const CardRecord& record)
+    std::expected<QString, SaveFailure> savedIn(const QString& folder, const CardRecord& record)
     {
         return AttestationFiles(folder, m_logos, *m_fonts).save(record);
     }
@@ -73,7 +73,7 @@ private Q_SLOTS:
         const auto saved = savedIn(u"/proc/x"_s, recordOf(u"SPECIMEN"_s, u"Zoé"_s));
         MXLog::defaultLogger().setLogLevel(MXLog::Notice);
         QVERIFY(!saved.has_value());
-        QCOMPARE(saved.error(), u"le dossier « /proc/x » ne peut pas être utilisé."_s);
+        QCOMPARE(saved.error().description(), u"le dossier « /proc/x » ne peut pas être utilisé."_s);
     }
 
     void aFolderInTheWayOfTheFileIsTold()
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(QDir().mkdir(inTheWay));
         const auto saved = savedIn(m_folder.path(), recordOf(u"SPECIMEN"_s, u"Paul"_s));
         QVERIFY(!saved.has_value());
-        QCOMPARE(saved.error(), u"« %1 » n’a pas été enregistré : un dossier porte déjà ce nom."_s.arg(inTheWay));
+        QCOMPARE(saved.error().description(), u"« %1 » n’a pas été enregistré : un dossier porte déjà ce nom."_s.arg(inTheWay));
     }
 };
 

@@ -1,0 +1,79 @@
+#include "app/DebugCopy.h"
+
+#include "card/CardKeys.h"
+#include "card/TextDecoding.h"
+#include "platform/FileName.h"
+#include "platform/ObjectText.h"
+#include "platform/PrivateFile.h"
+#include "platform/PropertyList.h"
+#include "prefs/MVSettings.h"
+#include "support/MXLog.h"
+#include "support/MXUtils.h"
+
+#include <expected>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QVariantMap textsOf(const PersonalRecord& record)
+{
+    QVariantMap texts;
+    for (const QString& key : record.keys()) {
+        if (const std::optional<QString> text = record.text(key))
+            texts.insert(key, *text);
+    }
+    return texts;
+}
+
+QVariantMap propertyListOf(const CardRecord& record)
+{
+    QVariantList beneficiaries;
+    for (const BeneficiaryRecord& beneficiary : record.beneficiaries()) {
+        QVariantMap entries = textsOf(beneficiary);
+        if (const std::optional<QVariantList> rights = beneficiary.rights())
+            entries.insert(CardKey::amoRights.toString(), *rights);
+        beneficiaries.append(entries);
+    }
+    QVariantMap entries = textsOf(record);
+    entries.insert(CardKey::beneficiaries.toString(), beneficiaries);
+    return entries;
+}
+
+using Written = std::expected<void, QString>;
+
+Written writeIfEncoded(const QString& path, const std::optional<QByteArray>& content)
+{
+    if (!content)
+        return std::unexpected(u"le texte ne peut pas être codé"_s);
+    return writePrivateFile(path, *content);
+}
+
+Written writeXml(const QString& path, const QString& xml)
+{
+    const Written written = writeIfEncoded(path, encodeUtf8(xml));
+    return written ? written : writeIfEncoded(path, encodeWindows1252(xml));
+}
+
+void logFailure(std::string_view what, const Written& written)
+{
+    if (!written)
+        MXLog::logError("The debug copy's {} was not written: {}", what, written.error());
+}
+
+} // namespace
+
+void saveXMLIfNeeded(const std::optional<CardRecord>& record, const QString& folder)
+{
+    if (!MVSettings::booleanPreferencesForKey(SettingsKey::debugMode) || !record)
+        return;
+    const std::optional<QString> xml = record->text(CardKey::xmlString);
+    if (!xml || !MXUtils::checkFolderAtPath(folder, true))
+        return;
+
+    const QString name =
+        objectText(record->text(CardKey::lastName)) + u'_' + objectText(record->text(CardKey::firstName));
+    logFailure("XML", writeXml(folder + u'/' + fileNameFromText(name, u"xml"_s), *xml));
+    logFailure("property list", writeIfEncoded(folder + u'/' + fileNameFromText(name, u"plist"_s),
+                                               writePropertyList(propertyListOf(*record))));
+}

@@ -1,0 +1,19 @@
+#include "app/MenuEntry.h"
+
+using namespace Qt::StringLiterals;
+
+MenuEntry MenuEntry::separator()
+{
+    MenuEntry entry;
+    entry.isSeparator = true;
+    return entry;
+}
+
+QString MenuEntry::actionText() const
+{
+    QString text = title;
+    text.replace(u'&', "&&"_L1);
+    // What follows a tab would be shown as a shortcut.
+    text.replace(u'\t', u' ');
+    return text;
+}
