@@ -1,5 +1,8 @@
 #include "platform/UserDefaults.h"
 
+#include "platform/IntegerValue.h"
+
+#include <QMap>
 #include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
@@ -27,20 +30,27 @@ void UserDefaults::registerDefaults(const QVariantMap& defaults)
 
 QVariant UserDefaults::object(const QString& key) const
 {
-    if (m_settings.contains(key + arraySize)) {
-        // Reading an array moves the store's current group, which no caller sees.
-        auto& settings = const_cast<QSettings&>(m_settings);
-        QVariantList items;
-        const int size = settings.beginReadArray(key);
-        for (int index = 0; index < size; ++index) {
-            settings.setArrayIndex(index);
-            items.append(settings.value(arrayItem));
-        }
-        settings.endArray();
-        return items;
-    }
+    if (m_settings.contains(key + arraySize))
+        return arrayObject(key);
     const QVariant stored = m_settings.value(key);
     return stored.isValid() ? stored : m_registered.value(key);
+}
+
+QVariantList UserDefaults::arrayObject(const QString& key) const
+{
+    // Reading a group moves the store's current one, which no caller sees.
+    auto& settings = const_cast<QSettings&>(m_settings);
+    settings.beginGroup(key);
+    // The items that are there, and not as many as the file says: that may be any number.
+    const qint64 size = integerValue(settings.value(arraySize.sliced(1)).toString());
+    QMap<qint64, QVariant> items;
+    for (const QString& number : settings.childGroups()) {
+        const qint64 index = integerValue(number);
+        if (index >= 1 && index <= size)
+            items.insert(index, settings.value(number + u'/' + arrayItem));
+    }
+    settings.endGroup();
+    return items.values();
 }
 
 void UserDefaults::setObject(const QString& key, const QVariant& value)

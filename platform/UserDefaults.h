@@ -27,6 +27,8 @@ public:
     void synchronize();
 
 private:
+    [[nodiscard]] QVariantList arrayObject(const QString& key) const;
+
     QSettings m_settings;
     QVariantMap m_registered;
 };

@@ -110,6 +110,34 @@ private Q_SLOTS:
         QVERIFY(!UserDefaults(path).object(u"Absent"_s).isValid());
     }
 
+    void anArrayHoldsWhatIsThereWhateverItsSizeSays_data()
+    {
+        QTest::addColumn<QByteArray>("lines");
+        QTest::addColumn<QVariantList>("array");
+        QTest::newRow("two thousand million")
+            << QByteArray("1\\value=a\n2\\value=b\nsize=2000000000\n") << QVariantList{u"a"_s, u"b"_s};
+        QTest::newRow("none") << QByteArray("1\\value=a\nsize=0\n") << QVariantList();
+        QTest::newRow("no number") << QByteArray("1\\value=a\nsize=many\n") << QVariantList();
+        QTest::newRow("with a hole") << QByteArray("1\\value=a\n3\\value=c\nsize=3\n") << QVariantList{u"a"_s, u"c"_s};
+        QTest::newRow("more than ten") << QByteArray("1\\value=a\n2\\value=b\n10\\value=j\nsize=11\n")
+                                       << QVariantList{u"a"_s, u"b"_s, u"j"_s};
+        QTest::newRow("strangers") << QByteArray("0\\value=z\n-1\\value=y\nx\\value=x\n1\\value=a\nsize=1\n")
+                                   << QVariantList{u"a"_s};
+    }
+
+    void anArrayHoldsWhatIsThereWhateverItsSizeSays()
+    {
+        QFETCH(const QByteArray, lines);
+        const QString path = newFile();
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Key]\n" + lines);
+        file.close();
+        const QVariant read = UserDefaults(path).object(u"Key"_s);
+        QCOMPARE(read.typeId(), int{QMetaType::QVariantList});
+        QTEST(read.toList(), "array");
+    }
+
     void theStandardFileLiesInTheConfigurationFolder()
     {
         qputenv("XDG_CONFIG_HOME", m_folder.path().toUtf8());
