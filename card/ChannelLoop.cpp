@@ -101,8 +101,10 @@ void ChannelLoop::runTasks()
         tasks.swap(m_tasks);
         m_isStopping = m_stopRequested;
     }
-    if (m_isStopping)
+    if (m_isStopping) {
         close();
+        hurryLeaving();
+    }
     for (Task& task : tasks) {
         task();
         // What the task holds goes before the next one runs.
@@ -163,7 +165,7 @@ ChannelLoop::ConnectionPointer ChannelLoop::takeConnection()
         auto [process, errorLog] = connection->leave();
         m_leaving.push_back({.process = std::move(process),
                              .errorLog = std::move(errorLog),
-                             .deadline = ChannelClock::now() + m_limits.exitGrace});
+                             .deadline = ChannelClock::now() + grace()});
     }
     return connection;
 }
@@ -172,6 +174,19 @@ void ChannelLoop::failRequests(ServiceConnection& connection)
 {
     for (auto& [number, request] : connection.takeRequests())
         request.handler(std::nullopt);
+}
+
+std::chrono::milliseconds ChannelLoop::grace() const
+{
+    return m_isStopping ? std::min(m_limits.stopGrace, m_limits.exitGrace) : m_limits.exitGrace;
+}
+
+/// Helpers that were leaving before the channel's end have no more time than the one that it closed.
+void ChannelLoop::hurryLeaving()
+{
+    const auto latest = ChannelClock::now() + grace();
+    for (LeavingHelper& helper : m_leaving)
+        helper.deadline = std::min(helper.deadline, latest);
 }
 
 void ChannelLoop::expireRequests()
@@ -194,7 +209,7 @@ void ChannelLoop::killLateHelpers()
             helper.errorLog.readLastWords(helper.process.standardError(), maximumLastSlices);
         helper.process.kill();
         helper.isKilled = true;
-        helper.deadline = now + m_limits.exitGrace;
+        helper.deadline = now + grace();
     }
     std::erase_if(m_leaving, [](const LeavingHelper& helper) { return helper.isGone; });
 }

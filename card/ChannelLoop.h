@@ -54,6 +54,8 @@ private:
     void runTasks();
     [[nodiscard]] bool hasEnded();
 
+    void hurryLeaving();
+    [[nodiscard]] std::chrono::milliseconds grace() const;
     void expireRequests();
     void killLateHelpers();
     [[nodiscard]] int patience() const;

@@ -19,6 +19,8 @@ struct ChannelLimits
     std::chrono::milliseconds requestTimeout = std::chrono::seconds(60);
     /// A helper whose input was closed and that does not leave within this is killed.
     std::chrono::milliseconds exitGrace = std::chrono::seconds(2);
+    /// The same when the channel itself ends: the application's end waits for it, and a session's end for that.
+    std::chrono::milliseconds stopGrace = std::chrono::seconds(1);
 };
 
 using ChannelClock = std::chrono::steady_clock;

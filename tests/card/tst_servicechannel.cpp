@@ -48,6 +48,7 @@ void TestServiceChannel::byDefaultAReplyMayTakeAMinuteAndLeavingTwoSeconds()
 {
     QVERIFY(ChannelLimits{}.requestTimeout == 60s);
     QVERIFY(ChannelLimits{}.exitGrace == 2s);
+    QVERIFY(ChannelLimits{}.stopGrace == 1s);
 }
 
 void TestServiceChannel::aRequestGetsItsReply()

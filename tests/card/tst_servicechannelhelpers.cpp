@@ -27,6 +27,7 @@ private Q_SLOTS:
     void closingDoesNotWaitForAHelperThatStaysAndThatIsKilled();
     void destructionAnswersWhatWaitsAndEndsTheHelper();
     void destructionOutlastsAHelperThatIgnoresTheEndOfItsInput();
+    void theEndHurriesHelpersThatIgnoreTheEndOfTheirInput();
     void destructionFromAHandlerIsPossible();
     void tasksRunInOrderOnOneThreadOfTheirOwn();
     void tasksPostedBeforeTheEndAreRunAndCannotConnect();
@@ -165,6 +166,32 @@ void TestServiceChannelHelpers::destructionOutlastsAHelperThatIgnoresTheEndOfIts
     }
     QVERIFY(timer.elapsed() >= 300);
     QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+}
+
+void TestServiceChannelHelpers::theEndHurriesHelpersThatIgnoreTheEndOfTheirInput()
+{
+    // One that was leaving already, and one that is told to.
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 10min, .stopGrace = 300ms});
+    const auto first = std::make_shared<Story>();
+    QCOMPARE(converse(channel, first, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*first));
+    QCOMPARE(onChannel(channel,
+                       [&] {
+                           channel.close();
+                           return channel.isOpen();
+                       }),
+             false);
+    const auto second = std::make_shared<Story>();
+    QCOMPARE(converse(channel, second, {u"init"_s}), true);
+    QVERIFY(waitForEnd(*second));
+    QElapsedTimer timer;
+    timer.start();
+    channel.stop();
+    QVERIFY(timer.elapsed() >= 300);
+    QCOMPARE(fake.processes().size(), 2);
+    QVERIFY(FakeService::isReaped(fake.processes()[0]));
+    QVERIFY(FakeService::isReaped(fake.processes()[1]));
 }
 
 void TestServiceChannelHelpers::destructionFromAHandlerIsPossible()
