@@ -1,0 +1,39 @@
+#pragma once
+
+#include "prefs/PaneViewController.h"
+
+#include <memory>
+
+class QFileDialog;
+
+namespace Ui {
+class AttestationConfigView;
+}
+
+/// The pane "Attestations": the folder where they are saved, and whether their title is drawn.
+class MVAttestationPrefs final : public PaneViewController
+{
+    Q_OBJECT
+
+public:
+    explicit MVAttestationPrefs(Bundle bundle = Bundle::mainBundle());
+    ~MVAttestationPrefs() override;
+
+    [[nodiscard]] QString paneIdentifier() const override;
+    [[nodiscard]] QString paneName() const override;
+    void initialization() override;
+    void paneWillAppear() override;
+
+    /// Lets the user choose the folder, in a panel over the window that the pane is in; nothing when it is in none.
+    void changeAttestationsFolder(const QObject* sender);
+
+protected:
+    void loadView(QScrollArea& view) override;
+    void viewDidLoad() override;
+
+private:
+    void storeFolder(const QFileDialog& panel);
+    void showFolder();
+
+    std::unique_ptr<Ui::AttestationConfigView> m_ui;
+};

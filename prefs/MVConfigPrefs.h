@@ -1,0 +1,45 @@
+#pragma once
+
+#include "prefs/PaneViewController.h"
+
+#include <memory>
+
+class QCheckBox;
+class StatusItemControl;
+
+namespace Ui {
+class ConfigView;
+}
+
+/// The pane "Configuration": whether the status item is shown and, for those who hold Alt down when they open the pane,
+/// the debug mode of this run.
+class MVConfigPrefs final : public PaneViewController
+{
+    Q_OBJECT
+
+public:
+    /// The status item's control outlives the pane's use.
+    explicit MVConfigPrefs(StatusItemControl& statusItem, Bundle bundle = Bundle::mainBundle());
+    ~MVConfigPrefs() override;
+
+    [[nodiscard]] QString paneIdentifier() const override;
+    [[nodiscard]] QString paneName() const override;
+    void initialization() override;
+    void paneWillAppear() override;
+
+    /// The check box of the status item was switched. Its setting is stored by then. Other senders are ignored.
+    void changeStatusItemPrefs(const QObject* sender);
+    /// Nothing is left to do: the check box has stored its setting.
+    void changeDebugMode(const QObject* sender);
+
+    /// Null before the view is loaded.
+    [[nodiscard]] QCheckBox* debugModeButton() const;
+
+protected:
+    void loadView(QScrollArea& view) override;
+    void viewDidLoad() override;
+
+private:
+    StatusItemControl& m_statusItem;
+    std::unique_ptr<Ui::ConfigView> m_ui;
+};
