@@ -1,0 +1,288 @@
+#include "app/MainWindow.h"
+
+#include "app/AboutBox.h"
+#include "app/CardSummary.h"
+#include "app/DroppedCardFile.h"
+#include "app/ProgressSheet.h"
+#include "app/TextSize.h"
+#include "platform/Bundle.h"
+#include "support/GlyphIcon.h"
+#include "support/ReadableInk.h"
+#include "ui_MainWindow.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QPainter>
+#include <QSvgRenderer>
+#include <QTimer>
+
+#include <array>
+#include <optional>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Colour
+{
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+
+    [[nodiscard]] QColor color() const { return {red, green, blue}; }
+};
+
+using Request = void (MainWindow::*)();
+
+struct Tile
+{
+    MXButton* Ui_MainWindow::* button;
+    std::optional<Colour> colour;
+    QLatin1String icon;
+    Request request;
+};
+
+constexpr Colour panelColour{0, 162, 1};
+
+constexpr std::array tiles{
+    Tile{&Ui_MainWindow::readButton, Colour{0, 162, 1}, "ReadIcon"_L1, &MainWindow::readRequested},
+    Tile{&Ui_MainWindow::viewButton, Colour{146, 39, 221}, "ViewIcon"_L1, &MainWindow::viewRequested},
+    Tile{&Ui_MainWindow::printButton, Colour{223, 0, 19}, "PrintIcon"_L1, &MainWindow::printRequested},
+    Tile{&Ui_MainWindow::saveButton, Colour{0, 160, 211}, "SaveIcon"_L1, &MainWindow::saveRequested},
+    Tile{&Ui_MainWindow::mailButton, Colour{250, 104, 12}, "MailIcon"_L1, &MainWindow::mailRequested},
+    Tile{&Ui_MainWindow::settingsButton, Colour{88, 88, 88}, "SettingsIcon"_L1, &MainWindow::settingsRequested},
+    Tile{&Ui_MainWindow::quitButton, std::nullopt, "QuitIcon"_L1, &MainWindow::quitRequested},
+};
+
+struct MenuItem
+{
+    QAction* Ui_MainWindow::* action;
+    Request request;
+    bool needsCardService = false;
+};
+
+constexpr std::array menuItems{
+    MenuItem{&Ui_MainWindow::readAction, &MainWindow::readRequested, true},
+    MenuItem{&Ui_MainWindow::viewAction, &MainWindow::viewRequested, true},
+    MenuItem{&Ui_MainWindow::printAction, &MainWindow::printRequested, true},
+    MenuItem{&Ui_MainWindow::saveAction, &MainWindow::saveRequested, true},
+    MenuItem{&Ui_MainWindow::openCardAction, &MainWindow::cardFileRequested},
+    MenuItem{&Ui_MainWindow::folderAction, &MainWindow::folderRequested},
+    MenuItem{&Ui_MainWindow::settingsAction, &MainWindow::settingsRequested},
+    MenuItem{&Ui_MainWindow::updateMenuItem, &MainWindow::updateRequested},
+    MenuItem{&Ui_MainWindow::quitAction, &MainWindow::quitRequested},
+    MenuItem{&Ui_MainWindow::helpAction, &MainWindow::helpRequested},
+    MenuItem{&Ui_MainWindow::mailAction, &MainWindow::mailRequested},
+};
+
+QIcon windowIconFrom(const QString& path)
+{
+    QIcon icon;
+    QSvgRenderer drawing(path);
+    for (const int side : {16, 32, 48, 128}) {
+        QPixmap pixmap(side, side);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        drawing.render(&painter);
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
+} // namespace
+
+MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
+    : QMainWindow(parent)
+    , m_ui(std::make_unique<Ui::MainWindow>())
+{
+    m_ui->setupUi(this);
+    // Whatever other windows are open: closing this one ends nothing.
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setUpTexts();
+    setUpIcons(bundle);
+    connectRequests();
+    initUI();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::initUI()
+{
+    for (const Tile& tile : tiles)
+        (*m_ui.*tile.button)->setBackgroundColor(tile.colour ? std::optional(tile.colour->color()) : std::nullopt);
+
+    const QColor background = panelColour.color();
+    m_ui->vitaleInfoView->setBackgroundColor(background);
+    QPalette inks = m_ui->vitaleInfoView->palette();
+    inks.setColor(QPalette::WindowText, readableInk(background));
+    m_ui->vitaleInfoView->setPalette(inks);
+    m_ui->vitaleInfoTextField->setText(summaryBeforeAnyCard.toString());
+    m_ui->cardTimeLabel->setText(u"Insérez une carte, puis appuyez sur Lire."_s);
+}
+
+void MainWindow::setUpTexts()
+{
+    for (const Tile& tile : tiles)
+        (*m_ui.*tile.button)->setFont(scaledFont(font(), 1.2, QFont::Bold));
+    m_ui->readButton->setFont(scaledFont(font(), 1.6, QFont::Bold));
+    m_ui->headingLabel->setFont(scaledFont(font(), 1.0, QFont::Bold));
+    m_ui->vitaleInfoTextField->setFont(scaledFont(font(), 1.4));
+}
+
+void MainWindow::setUpIcons(const Bundle& bundle)
+{
+    for (const Tile& tile : tiles)
+        (*m_ui.*tile.button)->setIcon(glyphIcon(bundle.pathForResource(tile.icon, u"svg"_s).value_or(QString())));
+    m_windowIconPath = bundle.pathForResource(u"PelmoraIcon"_s, u"svg"_s).value_or(QString());
+}
+
+void MainWindow::connectRequests()
+{
+    for (const Tile& tile : tiles)
+        connect(*m_ui.*tile.button, &QPushButton::clicked, this, tile.request);
+    for (const MenuItem& item : menuItems)
+        connect(*m_ui.*item.action, &QAction::triggered, this, item.request);
+    connect(m_ui->aboutAction, &QAction::triggered, this, [this] { showAboutBox(this); });
+    connect(m_ui->closeAction, &QAction::triggered, this, &QWidget::close);
+}
+
+void MainWindow::setCardActionsEnabled(bool enabled)
+{
+    for (const MenuItem& item : menuItems) {
+        if (item.needsCardService)
+            (*m_ui.*item.action)->setEnabled(enabled);
+    }
+}
+
+void MainWindow::setCardTime(CardOrigin origin, const QDateTime& time)
+{
+    const QString format = origin == CardOrigin::Reader ? u"'Lue le' dd/MM/yyyy 'à' HH:mm"_s
+                                                        : u"'Fichier ouvert le' dd/MM/yyyy 'à' HH:mm"_s;
+    m_ui->cardTimeLabel->setText(time.toString(format));
+}
+
+void MainWindow::beginSheet(const QString& message)
+{
+    if (!m_sheet) {
+        m_sheet = std::make_unique<ProgressSheet>(this);
+        // Leaving stays possible while a reader keeps silent.
+        m_sheet->addAction(m_ui->quitAction);
+    }
+    m_sheet->begin(message);
+}
+
+void MainWindow::endSheed()
+{
+    if (m_sheet)
+        m_sheet->end();
+}
+
+void MainWindow::setClosePolicy(std::function<ClosePolicy()> policy)
+{
+    m_closePolicy = std::move(policy);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (m_closePolicy && m_closePolicy() == ClosePolicy::Hide) {
+        event->accept();
+        return;
+    }
+    event->ignore();
+    showMinimized();
+}
+
+bool MainWindow::isBlocked() const
+{
+    const QWidget* modal = QApplication::activeModalWidget();
+    return modal && (modal->windowModality() == Qt::ApplicationModal || modal->parentWidget() == this);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!isBlocked() && droppedCardFile(*event->mimeData()))
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    const std::optional<QString> path = droppedCardFile(*event->mimeData());
+    if (isBlocked() || !path)
+        return;
+    event->acceptProposedAction();
+    Q_EMIT cardFileDropped(*path);
+}
+
+void MainWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    // Once the window is there: nobody waits for the icon.
+    if (!m_windowIconPath.isEmpty())
+        QTimer::singleShot(0, this, &MainWindow::showWindowIcon);
+}
+
+void MainWindow::showWindowIcon()
+{
+    if (m_windowIconPath.isEmpty())
+        return;
+    setWindowIcon(windowIconFrom(std::exchange(m_windowIconPath, QString())));
+}
+
+MXButton* MainWindow::readButton() const
+{
+    return m_ui->readButton;
+}
+
+MXButton* MainWindow::viewButton() const
+{
+    return m_ui->viewButton;
+}
+
+MXButton* MainWindow::printButton() const
+{
+    return m_ui->printButton;
+}
+
+MXButton* MainWindow::saveButton() const
+{
+    return m_ui->saveButton;
+}
+
+MXButton* MainWindow::quitButton() const
+{
+    return m_ui->quitButton;
+}
+
+MXButton* MainWindow::mailButton() const
+{
+    return m_ui->mailButton;
+}
+
+MXButton* MainWindow::settingsButton() const
+{
+    return m_ui->settingsButton;
+}
+
+MVSimpleOpaqueView* MainWindow::vitaleInfoView() const
+{
+    return m_ui->vitaleInfoView;
+}
+
+QLabel* MainWindow::vitaleInfoTextField() const
+{
+    return m_ui->vitaleInfoTextField;
+}
+
+QAction* MainWindow::recentsMenuItem() const
+{
+    return m_ui->recentsMenuItem;
+}
+
+QAction* MainWindow::updateMenuItem() const
+{
+    return m_ui->updateMenuItem;
+}

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <QMainWindow>
+
+#include <functional>
+#include <memory>
+
+class Bundle;
+class MVSimpleOpaqueView;
+class MXButton;
+class ProgressSheet;
+class QAction;
+class QDateTime;
+class QLabel;
+
+namespace Ui {
+class MainWindow;
+}
+
+/// The main window: seven tiles, the summary of the card, the menu bar and the progress sheet. It shows and asks; what
+/// is done about it is its owner's business. Tiles and menu entries of one purpose emit the same signal. Main thread
+/// only.
+class MainWindow final : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// What closing the window does. It never ends the application.
+    enum class ClosePolicy
+    {
+        Hide,    ///< a status item brings it back
+        Iconify, ///< nothing else would: the desktop's list of windows keeps it
+    };
+    enum class CardOrigin
+    {
+        Reader,
+        File,
+    };
+
+    /// Icons come from the bundle; one that is missing is not shown.
+    explicit MainWindow(const Bundle& bundle, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    /// The tiles' colours and the summary before any card; done once by the constructor, harmless when done again.
+    void initUI();
+
+    // The outlets.
+    [[nodiscard]] MXButton* readButton() const;
+    [[nodiscard]] MXButton* viewButton() const;
+    [[nodiscard]] MXButton* printButton() const;
+    [[nodiscard]] MXButton* saveButton() const;
+    [[nodiscard]] MXButton* quitButton() const;
+    [[nodiscard]] MXButton* mailButton() const;
+    [[nodiscard]] MXButton* settingsButton() const;
+    [[nodiscard]] MVSimpleOpaqueView* vitaleInfoView() const;
+    /// Its text is shown as it stands, three lines at most, elided where they are too long.
+    [[nodiscard]] QLabel* vitaleInfoTextField() const;
+    /// Has no submenu until one is attached with setMenu().
+    [[nodiscard]] QAction* recentsMenuItem() const;
+    [[nodiscard]] QAction* updateMenuItem() const;
+    [[nodiscard]] ProgressSheet* sheet() const { return m_sheet.get(); }
+
+    /// The menu entries of the card actions (read, view, print, save); all other entries are always enabled.
+    void setCardActionsEnabled(bool enabled);
+    /// Says beside the summary when the card was read, or its file opened: rights are those of that time.
+    void setCardTime(CardOrigin origin, const QDateTime& time);
+
+    /// Shows the progress sheet with that message.
+    void beginSheet(const QString& message);
+    /// Takes the progress sheet down.
+    void endSheed();
+
+    /// Asked at each closing. Without a policy the window is iconified. An iconified window refuses to close, so the
+    /// application is left by QCoreApplication::exit(), which asks no window.
+    void setClosePolicy(std::function<ClosePolicy()> policy);
+
+Q_SIGNALS:
+    void readRequested();
+    void viewRequested();
+    void printRequested();
+    void saveRequested();
+    void quitRequested();
+    void mailRequested();
+    void settingsRequested();
+    void folderRequested();
+    /// A card XML file is to be chosen.
+    void cardFileRequested();
+    void helpRequested();
+    void updateRequested();
+    /// One local file that looks like XML was dropped on the window.
+    void cardFileDropped(const QString& path);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void connectRequests();
+    void setUpTexts();
+    void setUpIcons(const Bundle& bundle);
+    void showWindowIcon();
+    [[nodiscard]] bool isBlocked() const;
+
+    std::unique_ptr<Ui::MainWindow> m_ui;
+    std::unique_ptr<ProgressSheet> m_sheet;
+    std::function<ClosePolicy()> m_closePolicy;
+    QString m_windowIconPath; // emptied once the icon is shown
+};

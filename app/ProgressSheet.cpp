@@ -1,0 +1,77 @@
+#include "app/ProgressSheet.h"
+
+#include "app/TextSize.h"
+#include "ui_ProgressSheet.h"
+
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int textWidth = 44; // average characters of a line
+
+} // namespace
+
+ProgressSheet::ProgressSheet(QWidget* window, std::chrono::milliseconds patience)
+    : QDialog(window, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
+    , m_ui(std::make_unique<Ui::ProgressSheet>())
+    , m_timer(std::make_unique<QTimer>())
+{
+    m_ui->setupUi(this);
+    setWindowModality(Qt::WindowModal);
+    m_ui->informationsTextField->setFont(scaledFont(font(), 1.2, QFont::Bold));
+    m_ui->patienceLabel->setFixedWidth(textWidth * fontMetrics().averageCharWidth());
+    m_ui->patienceLabel->hide();
+
+    m_timer->setSingleShot(true);
+    m_timer->setInterval(patience);
+    connect(m_timer.get(), &QTimer::timeout, this, &ProgressSheet::askForPatience);
+}
+
+ProgressSheet::~ProgressSheet() = default;
+
+void ProgressSheet::begin(const QString& message)
+{
+    m_ui->informationsTextField->setText(message);
+    if (isVisible())
+        return;
+    m_ui->patienceLabel->hide();
+    m_ui->progressIndicator->startAnimation();
+    m_timer->start();
+    open();
+}
+
+void ProgressSheet::end()
+{
+    m_timer->stop();
+    if (isVisible())
+        done(1);
+    m_ui->progressIndicator->stopAnimation();
+}
+
+void ProgressSheet::reject()
+{
+}
+
+void ProgressSheet::askForPatience()
+{
+    m_ui->patienceLabel->setText(u"Le lecteur tarde à répondre… Vérifiez que la carte est bien insérée : "
+                                 "la lecture se poursuit."_s);
+    m_ui->patienceLabel->show();
+}
+
+QLabel* ProgressSheet::informationsTextField() const
+{
+    return m_ui->informationsTextField;
+}
+
+QLabel* ProgressSheet::patienceLabel() const
+{
+    return m_ui->patienceLabel;
+}
+
+ProgressIndicator* ProgressSheet::progressIndicator() const
+{
+    return m_ui->progressIndicator;
+}

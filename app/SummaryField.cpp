@@ -1,0 +1,82 @@
+#include "app/SummaryField.h"
+
+#include <QFontMetrics>
+#include <QHelpEvent>
+#include <QPainter>
+#include <QToolTip>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype lineCount = 3;
+constexpr int narrowest = 20; // average characters
+
+// More than any field shows. Measuring the megabytes of a mistaken card file would take seconds.
+constexpr qsizetype longestMeasured = 300;
+
+} // namespace
+
+SummaryField::SummaryField(QWidget* parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+}
+
+QFont SummaryField::fontOfLine(qsizetype line) const
+{
+    QFont result = font();
+    result.setBold(line == 0);
+    return result;
+}
+
+QSize SummaryField::sizeHint() const
+{
+    return minimumSizeHint();
+}
+
+QSize SummaryField::minimumSizeHint() const
+{
+    int height = 0;
+    for (qsizetype line = 0; line < lineCount; ++line)
+        height += QFontMetrics(fontOfLine(line)).lineSpacing();
+    return {narrowest * fontMetrics().averageCharWidth(), height};
+}
+
+QStringList SummaryField::shownLines() const
+{
+    QStringList lines = text().split(u'\n').first(std::min(lineCount, text().count(u'\n') + 1));
+    for (qsizetype index = 0; index < lines.size(); ++index) {
+        const QFontMetrics metrics(fontOfLine(index));
+        lines[index] = metrics.elidedText(lines[index].left(longestMeasured), Qt::ElideRight, width());
+    }
+    return lines;
+}
+
+bool SummaryField::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QLabel::event(event);
+    // Tool tips guess whether they hold rich text: a name never does.
+    const bool whole = shownLines().join(u'\n') == text();
+    const QString tip = u"<p style='white-space:pre'>"_s + text().left(lineCount * longestMeasured).toHtmlEscaped();
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), whole ? QString() : tip, this);
+    return true;
+}
+
+void SummaryField::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.setPen(palette().color(foregroundRole()));
+    int top = 0;
+    const QStringList lines = shownLines();
+    for (qsizetype index = 0; index < lines.size(); ++index) {
+        painter.setFont(fontOfLine(index));
+        const int height = painter.fontMetrics().lineSpacing();
+        painter.drawText(QRect(0, top, width(), height), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                         lines.at(index));
+        top += height;
+    }
+}
