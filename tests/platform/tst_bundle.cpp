@@ -2,6 +2,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QHash>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -13,6 +15,18 @@ class tst_Bundle : public QObject
 
 private:
     QTemporaryDir m_folder;
+    int m_count = 0;
+
+    // A new folder of resources, with that information dictionary.
+    QString folderWithInformation(const QByteArray& content)
+    {
+        const QString path = m_folder.filePath(QString::number(++m_count));
+        QDir().mkdir(path);
+        QFile file(path + u"/Info.plist"_s);
+        if (file.open(QIODevice::WriteOnly))
+            file.write(content);
+        return path;
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -35,6 +49,63 @@ private Q_SLOTS:
         QVERIFY(!bundle.pathForResource(u"01"_s, u"png"_s));
         QVERIFY(!bundle.pathForResource(u"folder"_s, u"svg"_s));
         QVERIFY(!bundle.pathForResource(u""_s, u"svg"_s));
+    }
+
+    void theInformationDictionaryIsReadByItsKeys()
+    {
+        const Bundle bundle(
+            folderWithInformation("<plist version=\"1.0\"><dict><key>MVDebugLevel</key><integer>0</integer>"
+                                  "<key>MVContactMail</key><string>a@morvel.example</string></dict></plist>"));
+        QCOMPARE(bundle.objectForInfoDictionaryKey(u"MVContactMail"), QVariant(u"a@morvel.example"_s));
+        QCOMPARE(bundle.objectForInfoDictionaryKey(u"MVDebugLevel"), QVariant(qint64{0}));
+        QVERIFY(!bundle.objectForInfoDictionaryKey(u"Absent").isValid());
+    }
+
+    void theInformationDictionaryIsReadOnce()
+    {
+        const QString folder =
+            folderWithInformation("<plist version=\"1.0\"><dict><key>Key</key><string>first</string></dict></plist>");
+        const Bundle bundle(folder);
+        const Bundle copy = bundle;
+        QCOMPARE(bundle.objectForInfoDictionaryKey(u"Key"), QVariant(u"first"_s));
+        QVERIFY(QFile::remove(folder + u"/Info.plist"_s));
+        QCOMPARE(bundle.objectForInfoDictionaryKey(u"Key"), QVariant(u"first"_s));
+        QCOMPARE(copy.objectForInfoDictionaryKey(u"Key"), QVariant(u"first"_s));
+    }
+
+    void aMissingOrBrokenInformationDictionaryIsEmptyAndToldOnce_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("missing") << m_folder.filePath(u"nowhere"_s);
+        QTest::newRow("garbage") << folderWithInformation("\xff\xfe<<<");
+        QTest::newRow("no dictionary") << folderWithInformation("<plist version=\"1.0\"><string>a</string></plist>");
+    }
+
+    void aMissingOrBrokenInformationDictionaryIsEmptyAndToldOnce()
+    {
+        QFETCH(const QString, folder);
+        QTest::ignoreMessage(QtCriticalMsg, "The information dictionary cannot be read.");
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        const Bundle bundle(folder);
+        QVERIFY(!bundle.objectForInfoDictionaryKey(u"MVDebugLevel").isValid());
+        QVERIFY(!bundle.objectForInfoDictionaryKey(u"MVContactMail").isValid());
+    }
+
+    void theShippedInformationDictionaryDescribesTheProgram()
+    {
+        const Bundle bundle(QStringLiteral(PELMORA_STAGE_SHARE));
+        const QHash<QString, QString> expected{
+            {u"CFBundleIdentifier"_s, u"com.morvel.Pelmora"_s},
+            {u"CFBundleName"_s, u"Pelmora"_s},
+            {u"CFBundleExecutable"_s, u"pelmora"_s},
+            {u"CFBundleShortVersionString"_s, QStringLiteral(PELMORA_VERSION)},
+            {u"CFBundleVersion"_s, QStringLiteral(PELMORA_VERSION)},
+            {u"MVContactMail"_s, u"support@morvel.example"_s},
+        };
+        for (const auto& [key, value] : expected.asKeyValueRange())
+            QCOMPARE(bundle.objectForInfoDictionaryKey(key), QVariant(value));
+        // The log level stays the logger's own.
+        QVERIFY(!bundle.objectForInfoDictionaryKey(u"MVDebugLevel").isValid());
     }
 
     void aNameNeverLeadsOutOfTheFolder()

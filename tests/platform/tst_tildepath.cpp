@@ -1,0 +1,33 @@
+#include "platform/TildePath.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_TildePath : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void onlyALeadingTildeIsTheHome_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("below") << u"~/Library/Logs"_s << u"/home/léa b/Library/Logs"_s;
+        QTest::newRow("alone") << u"~"_s << u"/home/léa b"_s;
+        QTest::newRow("another's") << u"~paul/x"_s << u"~paul/x"_s;
+        QTest::newRow("inside") << u"/a/~/b"_s << u"/a/~/b"_s;
+        QTest::newRow("none") << u"/a/b"_s << u"/a/b"_s;
+        QTest::newRow("empty") << u""_s << u""_s;
+    }
+
+    void onlyALeadingTildeIsTheHome()
+    {
+        qputenv("HOME", "/home/léa b");
+        QFETCH(const QString, path);
+        QTEST(expandingTildeInPath(path), "expected");
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_TildePath)
+#include "tst_tildepath.moc"
