@@ -9,13 +9,14 @@ void showAboutBox(QWidget* window)
 {
     constexpr int iconSide = 64;
     auto* box = new QMessageBox(QMessageBox::NoIcon, u"À propos de Pelmora"_s,
-                                u"Pelmora "_s + QCoreApplication::applicationVersion(), QMessageBox::Ok, window);
-    box->setTextFormat(Qt::PlainText);
+                                u"<big><b>Pelmora "_s + QCoreApplication::applicationVersion() + u"</b></big>"_s,
+                                QMessageBox::Ok, window);
+    box->setTextFormat(Qt::RichText);
     box->setInformativeText(
-        u"Pelmora lit la carte Vitale d’un patient et en fait une attestation de droits à l’assurance maladie, "
-        "à voir, à imprimer ou à enregistrer.\n\n"
-        "Les données de la carte ne quittent pas cet ordinateur.\n\n"
-        "MORVEL"_s);
+        u"<p>Pelmora lit la carte Vitale d’un patient et en fait une attestation de droits à l’assurance maladie, "
+        "à voir, à imprimer ou à enregistrer.</p>"
+        "<p>Les données de la carte ne quittent pas cet ordinateur.</p>"
+        "<p>MORVEL</p>"_s);
     box->setIconPixmap(window->windowIcon().pixmap(iconSide));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();

@@ -16,9 +16,11 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPainter>
+#include <QScreen>
 #include <QSvgRenderer>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <utility>
@@ -106,6 +108,8 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     setUpIcons(bundle);
     connectRequests();
     initUI();
+    fitToScreen();
+    m_ui->readButton->setFocus();
 }
 
 MainWindow::~MainWindow() = default;
@@ -131,6 +135,20 @@ void MainWindow::setUpTexts()
     m_ui->readButton->setFont(scaledFont(font(), 1.6, QFont::Bold));
     m_ui->headingLabel->setFont(scaledFont(font(), 1.0, QFont::Bold));
     m_ui->vitaleInfoTextField->setFont(scaledFont(font(), 1.4));
+
+    // Columns as wide as each other, also where the window is as small as it gets.
+    int widest = 0;
+    for (const Tile& tile : tiles)
+        widest = std::max(widest, (*m_ui.*tile.button)->minimumSizeHint().width());
+    for (int column = 0; column < m_ui->tiles->columnCount(); ++column)
+        m_ui->tiles->setColumnMinimumWidth(column, widest);
+}
+
+void MainWindow::fitToScreen()
+{
+    // What a window manager's frame and title bar may take.
+    constexpr QSize frame(16, 48);
+    resize(size().boundedTo(screen()->availableSize() - frame));
 }
 
 void MainWindow::setUpIcons(const Bundle& bundle)

@@ -99,6 +99,7 @@ protected:
 private:
     void connectRequests();
     void setUpTexts();
+    void fitToScreen();
     void setUpIcons(const Bundle& bundle);
     void showWindowIcon();
     [[nodiscard]] bool isBlocked() const;

@@ -56,7 +56,7 @@ void ProgressSheet::reject()
 
 void ProgressSheet::askForPatience()
 {
-    m_ui->patienceLabel->setText(u"Le lecteur tarde à répondre… Vérifiez que la carte est bien insérée : "
+    m_ui->patienceLabel->setText(u"Le lecteur tarde à répondre… Vérifiez que la carte est bien insérée\u00A0: "
                                  "la lecture se poursuit."_s);
     m_ui->patienceLabel->show();
 }
