@@ -11,6 +11,15 @@ BindOutcome bindOutcome(bool bound, const std::optional<Error>& error)
     return error.value_or(PelmoraError::generalError());
 }
 
+std::optional<Error> bindError(const QVariantMap& userInfo)
+{
+    const QVariant value = userInfo.value(BindNotification::error.toString());
+    if (value.metaType() != QMetaType::fromType<Error>())
+        return std::nullopt;
+    // Not by value<Error>(): that would need an error without a domain to fall back to.
+    return *static_cast<const Error*>(value.constData());
+}
+
 void postBindNotification(const BindOutcome& outcome)
 {
     const QStringView status = outcome ? BindNotification::failure : BindNotification::success;
