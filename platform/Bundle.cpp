@@ -49,6 +49,15 @@ std::optional<QString> Bundle::pathForResource(const QString& name, const QStrin
     return path;
 }
 
+std::optional<QString> Bundle::pathForLocalizedResource(const QString& name, const QString& type,
+                                                        const QString& language) const
+{
+    // Languages come from the user's environment: none may lead out of the resource folder either.
+    if (language.isEmpty() || language.contains(u'/'))
+        return std::nullopt;
+    return Bundle(m_resourceFolder + u'/' + language + ".lproj"_L1).pathForResource(name, type);
+}
+
 QVariant Bundle::objectForInfoDictionaryKey(QStringView key) const
 {
     if (!*m_information)

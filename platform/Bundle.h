@@ -20,6 +20,10 @@ public:
     /// Path of the resource file "name.type"; absent when there is none. A name that is not a plain file name has none.
     [[nodiscard]] std::optional<QString> pathForResource(const QString& name, const QString& type) const;
 
+    /// Path of that file in a language (as "fr"), in the folder "fr.lproj"; absent when there is none.
+    [[nodiscard]] std::optional<QString> pathForLocalizedResource(const QString& name, const QString& type,
+                                                                  const QString& language) const;
+
     /// The value of a key of the information dictionary, the resource "Info.plist"; invalid when it has none. The
     /// dictionary is read when it is first asked for; one that is missing or broken is empty.
     [[nodiscard]] QVariant objectForInfoDictionaryKey(QStringView key) const;

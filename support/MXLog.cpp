@@ -1,12 +1,12 @@
 #include "support/MXLog.h"
 
+#include "platform/SystemLog.h"
+
 #include <algorithm>
-#include <mutex>
 #include <string>
 #include <utility>
 
 #include <syslog.h>
-#include <unistd.h>
 
 namespace {
 
@@ -33,19 +33,9 @@ int syslogPriority(MXLog::Level level)
     std::unreachable();
 }
 
-void writeToSystemLog(MXLog::Level level, std::string_view line)
+void writeLine(MXLog::Level level, std::string_view line)
 {
-    // The system log adds the date, the program's name and, because it is asked to, its process number.
-    static std::once_flag opened;
-    std::call_once(opened, [] { openlog(nullptr, LOG_PID, LOG_USER); });
-    const std::string text(line);
-    syslog(LOG_USER | syslogPriority(level), "%s", text.c_str());
-
-    if (isatty(STDERR_FILENO) == 1) {
-        // One write, so that lines of several threads do not mix. A terminal that has gone away is nobody's loss.
-        const std::string terminalLine = text + '\n';
-        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, terminalLine.data(), terminalLine.size());
-    }
+    writeToSystemLog(syslogPriority(level), std::string(line));
 }
 
 // Bytes are copied as they are from the space up to 128, included.
@@ -71,7 +61,7 @@ std::string dumpLine(std::span<const std::byte> bytes)
 } // namespace
 
 MXLog::MXLog()
-    : m_lineWriter(writeToSystemLog)
+    : m_lineWriter(writeLine)
 {
 }
 

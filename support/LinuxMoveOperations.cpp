@@ -1,0 +1,204 @@
+#include "support/LinuxMoveOperations.h"
+
+#include "platform/FolderCopy.h"
+#include "platform/QuestionAlert.h"
+#include "platform/RunningPrograms.h"
+#include "platform/SystemLog.h"
+#include "support/PortableBundle.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+
+#include <syslog.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int forEver = -1;
+constexpr QLatin1StringView suppressionKey{"moveToApplicationsFolderAlertSuppress"};
+
+int priorityOf(MoveOperations::LogLevel level)
+{
+    switch (level) {
+    case MoveOperations::LogLevel::Info:
+        return LOG_INFO;
+    case MoveOperations::LogLevel::Warning:
+        return LOG_WARNING;
+    case MoveOperations::LogLevel::Error:
+        break;
+    }
+    return LOG_ERR;
+}
+
+} // namespace
+
+LinuxMoveOperations::LinuxMoveOperations(UserDefaults& defaults)
+    : m_defaults(defaults)
+    , m_images(MountedImages::ofSystem())
+{
+}
+
+LinuxMoveOperations::~LinuxMoveOperations() = default;
+
+bool LinuxMoveOperations::isQuestionSuppressed()
+{
+    return m_defaults.object(suppressionKey).toBool();
+}
+
+void LinuxMoveOperations::suppressQuestion()
+{
+    m_defaults.setObject(suppressionKey, true);
+    m_defaults.synchronize();
+}
+
+MoveOperations::ItemFacts LinuxMoveOperations::factsOf(const QString& path)
+{
+    const QFileInfo item(path);
+    return {item.exists(), item.isDir(), item.isWritable()};
+}
+
+QStringList LinuxMoveOperations::entriesOf(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+QString LinuxMoveOperations::resolvingSymbolicLinks(const QString& path)
+{
+    const QString resolved = QFileInfo(path).canonicalFilePath();
+    return resolved.isEmpty() ? path : resolved;
+}
+
+std::optional<MoveOperations::Volume> LinuxMoveOperations::volumeOf(const QString& folder)
+{
+    const std::optional<MountedImages::Volume> volume = m_images.volumeOf(folder);
+    if (!volume)
+        return std::nullopt;
+    return Volume{volume->isRootFileSystem, volume->device};
+}
+
+std::expected<void, QString> LinuxMoveOperations::copyItem(const QString& source, const QString& destination)
+{
+    return copyFolder(source, destination);
+}
+
+std::expected<void, QString> LinuxMoveOperations::removeItem(const QString& path)
+{
+    return removeFolder(path);
+}
+
+bool LinuxMoveOperations::trashItem(const QString& path)
+{
+    return QFile::moveToTrash(path);
+}
+
+bool LinuxMoveOperations::recycleItem(const QString& name, const QString& parentFolder)
+{
+    // The desktop's own way knows trashes that the common convention does not.
+    return run({u"gio"_s, {u"trash"_s, u"--"_s, parentFolder + u'/' + name}}).exitStatus == 0;
+}
+
+std::expected<void, QString> LinuxMoveOperations::runScript(const QStringList& /*lines*/)
+{
+    return std::unexpected(u"there is nothing that runs scripts here"_s);
+}
+
+QByteArray LinuxMoveOperations::mountedImages()
+{
+    return m_images.propertyList();
+}
+
+QStringList LinuxMoveOperations::runningBundles()
+{
+    QStringList bundles;
+    const QList<RunningProgram> programs = runningPrograms();
+    for (const RunningProgram& program : programs) {
+        if (const std::optional<QString> bundle = bundleOfExecutable(program.executable))
+            bundles.append(*bundle);
+    }
+    return bundles;
+}
+
+MoveOperations::CommandEnd LinuxMoveOperations::run(const MoveCommand& command)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.start(command.program, command.arguments);
+    if (!process.waitForFinished(forEver) || process.exitStatus() != QProcess::NormalExit)
+        return {std::nullopt, {}};
+    return {process.exitCode(), process.readAllStandardOutput()};
+}
+
+void LinuxMoveOperations::start(const MoveCommand& command)
+{
+    // A session of its own: the end of a terminal does not end it.
+    QProcess::startDetached(command.program, command.arguments);
+}
+
+bool LinuxMoveOperations::isApplicationActive()
+{
+    return ::isApplicationActive();
+}
+
+void LinuxMoveOperations::activateApplication()
+{
+    // An application comes to the front with its windows: the question's is the first.
+    m_comesToTheFront = true;
+}
+
+MoveOperations::Answer LinuxMoveOperations::ask(const MoveQuestion& question)
+{
+    const QuestionAnswer answer =
+        askQuestion({question.title, question.body, question.moveButton, question.stayButton, question.suppressionBox},
+                    m_comesToTheFront);
+    return {answer.isAccepted, answer.isSuppressionOn};
+}
+
+void LinuxMoveOperations::showAlert(const QString& title)
+{
+    ::showAlert(title);
+}
+
+bool LinuxMoveOperations::createAuthorization()
+{
+    m_administrator = std::make_unique<Administrator>();
+    return true;
+}
+
+MoveOperations::Right LinuxMoveOperations::requestRight(const QString& /*name*/)
+{
+    // Here an administrator's rights are one right, without a name.
+    switch (m_administrator->request()) {
+    case Administrator::Answer::Granted:
+        return Right::Granted;
+    case Administrator::Answer::Cancelled:
+        return Right::Cancelled;
+    case Administrator::Answer::Refused:
+        break;
+    }
+    return Right::Refused;
+}
+
+bool LinuxMoveOperations::canRunAuthorized()
+{
+    // Where the right was granted, there is.
+    return m_administrator != nullptr;
+}
+
+std::optional<int> LinuxMoveOperations::runAuthorized(const MoveCommand& command)
+{
+    return m_administrator->run(QStringList(command.program) + command.arguments);
+}
+
+void LinuxMoveOperations::freeAuthorization()
+{
+    m_administrator.reset();
+}
+
+void LinuxMoveOperations::log(LogLevel level, const QString& line)
+{
+    writeToSystemLog(priorityOf(level), line.toStdString());
+}

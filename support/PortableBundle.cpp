@@ -1,0 +1,82 @@
+#include "support/PortableBundle.h"
+
+#include "platform/Administrator.h"
+#include "support/MoveCommands.h"
+#include "support/MoveDecision.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString localApplicationsFolder()
+{
+    return u"/Applications"_s;
+}
+
+// The folder as it is named and, where that differs, without symbolic links: running programs know themselves so.
+QStringList withoutLinksToo(const QString& folder)
+{
+    QStringList names{folder};
+    const QString resolved = QFileInfo(folder).canonicalFilePath();
+    if (!resolved.isEmpty() && resolved != folder)
+        names.append(resolved);
+    return names;
+}
+
+QStringList downloadsFolders()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+    // Users who want no such folder name their home.
+    if (folder.isEmpty() || folder == QDir::homePath())
+        return {};
+    return withoutLinksToo(folder);
+}
+
+// Few systems have one; one that nobody here may write to, nor ask an administrator about, is none to move to.
+QStringList usableLocalFolders()
+{
+    const QFileInfo folder(localApplicationsFolder());
+    const bool isUsable = folder.isDir() && (folder.isWritable() || Administrator::canBeAsked());
+    return isUsable ? QStringList(folder.filePath()) : QStringList();
+}
+
+} // namespace
+
+std::optional<QString> bundleOfExecutable(const QString& executable)
+{
+    QString folder = executable;
+    while (folder.lastIndexOf(u'/') > 0) {
+        folder.truncate(folder.lastIndexOf(u'/'));
+        if (hasApplicationExtension(QStringView(folder).sliced(folder.lastIndexOf(u'/') + 1)))
+            return folder;
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> portableBundleOf(const QString& executableFolder)
+{
+    const QFileInfo folder(executableFolder);
+    if (folder.fileName() != "bin"_L1 || !hasApplicationExtension(QFileInfo(folder.path()).fileName()))
+        return std::nullopt;
+    return folder.path();
+}
+
+MoveSurroundings surroundingsOf(const QString& bundlePath)
+{
+    const QString own = QDir::homePath() + "/Applications"_L1;
+    MoveSurroundings surroundings;
+    surroundings.bundlePath = bundlePath;
+    surroundings.processIdentifier = QCoreApplication::applicationPid();
+    // Of each thing that is done in two ways, the later one.
+    surroundings.platformRelease = PlatformRelease::firstOf10_8;
+    surroundings.applicationsFolders = withoutLinksToo(own) + withoutLinksToo(localApplicationsFolder());
+    surroundings.userApplicationsFolder = own;
+    surroundings.localApplicationsFolders = usableLocalFolders();
+    surroundings.downloadsFolders = downloadsFolders();
+    return surroundings;
+}
