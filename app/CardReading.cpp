@@ -3,9 +3,19 @@
 #include "card/LVitAccess.h"
 #include "card/PelmoraError.h"
 #include "platform/MainQueue.h"
+#include "prefs/MVSettings.h"
 
+#include <algorithm>
+#include <climits>
 #include <optional>
 #include <utility>
+
+void setAccessModeFromSettings(LVitAccess& client)
+{
+    // Whatever a hand-written setting holds stays what it is for the client: one of its modes, or not.
+    const qint64 mode = std::clamp<qint64>(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0, INT_MAX);
+    client.setAccessMode(static_cast<unsigned>(mode));
+}
 
 void bindCardService(LVitAccess& client, std::function<void(const BindOutcome&)> completion)
 {

@@ -10,6 +10,9 @@
 
 class LVitAccess;
 
+/// Hands the access mode of the settings to the client: it takes effect with the next bind. Main thread.
+void setAccessModeFromSettings(LVitAccess& client);
+
 /// Brings the card service up. The outcome is handed over once, later, on the main thread.
 void bindCardService(LVitAccess& client, std::function<void(const BindOutcome&)> completion);
 

@@ -2,12 +2,8 @@
 
 #include "app/CommandLine.h"
 #include "platform/Bundle.h"
-#include "prefs/MVSettings.h"
 
 #include <QCoreApplication>
-
-#include <algorithm>
-#include <climits>
 
 using namespace Qt::StringLiterals;
 
@@ -23,11 +19,4 @@ ServiceCommand cardServiceCommand(const CommandLine& command, const Bundle& bund
         service.arguments = {u"--simulate"_s, command.simulatedCard.value_or(specimen)};
     }
     return service;
-}
-
-void setAccessModeFromSettings(LVitAccess& client)
-{
-    // Whatever a hand-written setting holds stays what it is for the client: one of its modes, or not.
-    const qint64 mode = std::clamp<qint64>(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0, INT_MAX);
-    client.setAccessMode(static_cast<unsigned>(mode));
 }

@@ -1,7 +1,6 @@
 #include "app/ReadWorkflow.h"
 
 #include "app/CardReading.h"
-#include "app/CardService.h"
 #include "card/LVitAccess.h"
 #include "platform/MainQueue.h"
 #include "support/MXLog.h"

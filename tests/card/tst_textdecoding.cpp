@@ -74,6 +74,32 @@ private Q_SLOTS:
         QCOMPARE(absent, QByteArray("\x81\x8D\x8F\x90\x9D"));
     }
 
+    void whatIsEncodedIsDecodedAgain()
+    {
+        const QString inBoth = u"Zoé Œdipe, 3 € « à » – ™\n"_s;
+        QCOMPARE(encodeWindows1252(inBoth),
+                 std::optional(QByteArray("Zo\xE9 \x8C\x64ipe, 3 \x80 \xAB \xE0 \xBB \x96 \x99\n")));
+        for (int byte = 0; byte < 256; ++byte) {
+            const QByteArray bytes(1, static_cast<char>(byte));
+            if (const std::optional<QString> text = decodeWindows1252(bytes))
+                QCOMPARE(encodeWindows1252(*text), std::optional(bytes));
+        }
+        const QString everywhere = inBoth + u"Łódź \U0001F642"_s;
+        QCOMPARE(encodeUtf8(everywhere), std::optional(everywhere.toUtf8()));
+        QCOMPARE(encodeUtf8(QString()).value_or("x"), QByteArray());
+    }
+
+    void whatAnEncodingLacksIsNotEncoded()
+    {
+        QCOMPARE(encodeWindows1252(u"Łódź"), std::nullopt);
+        QCOMPARE(encodeWindows1252(u"\U0001F642"), std::nullopt);
+        QCOMPARE(encodeWindows1252(QString(QChar(0x81))), std::nullopt);
+        const QString half(QChar(0xD83D));
+        QCOMPARE(encodeUtf8(half), std::nullopt);
+        QCOMPARE(encodeUtf8(u'a' + half + u'b'), std::nullopt);
+        QCOMPARE(encodeWindows1252(half), std::nullopt);
+    }
+
     void wholeTextsAreDecoded()
     {
         QCOMPARE(decodeLatin1("Zo\xE9"), std::optional(u"Zoé"_s));

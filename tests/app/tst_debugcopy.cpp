@@ -1,0 +1,212 @@
+#include "app/DebugCopy.h"
+#include "card/CardKeys.h"
+#include "card/CardParser.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "platform/XmlDocument.h"
+#include "prefs/MVSettings.h"
+#include "tests/card/LogCapture.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString xml = u"<?xml version=\"1.0\"?>\n<T_AsnDonneesVitale>Zoé</T_AsnDonneesVitale>"_s;
+
+CardRecord card()
+{
+    BeneficiaryRecord first;
+    first.setText(CardKey::firstName, u"Zoé"_s);
+    first.setRights({});
+    BeneficiaryRecord second;
+    second.setText(CardKey::firstName, u"Paul"_s);
+    CardRecord record;
+    record.setText(CardKey::lastName, u"SPECIMEN"_s);
+    record.setText(CardKey::firstName, u"Zoé"_s);
+    record.setText(CardKey::ssn, u"285057511612381"_s);
+    record.setText(CardKey::xmlString, xml);
+    record.setBeneficiaries({first, second});
+    return record;
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+}
+
+unsigned modeOf(const QString& path)
+{
+    struct stat status = {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
+}
+
+} // namespace
+
+class tst_DebugCopy : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_root;
+    QString m_folder;
+    LogCapture m_log;
+
+    QStringList files() const
+    {
+        return QDir(m_folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_root = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_root->isValid());
+        m_folder = m_root->filePath(u"à côté/Attestations"_s);
+        MVSettings::setStore(std::make_unique<UserDefaults>(m_root->filePath(u"Pelmora.conf"_s)));
+        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, true);
+        m_log.clear();
+    }
+
+    void cleanup() { MVSettings::setStore(nullptr); }
+
+    void theXmlAndTheWholeRecordAreWrittenForTheirOwnerAlone()
+    {
+        saveXMLIfNeeded(card(), m_folder);
+        QCOMPARE(files(), (QStringList{u"SPECIMEN_Zoé.plist"_s, u"SPECIMEN_Zoé.xml"_s}));
+        QCOMPARE(contentOf(m_folder + u"/SPECIMEN_Zoé.xml"_s), xml.toUtf8());
+        for (const QString& name : files())
+            QCOMPARE(modeOf(m_folder + u'/' + name), 0600U);
+
+        const auto list = parsePropertyList(contentOf(m_folder + u"/SPECIMEN_Zoé.plist"_s));
+        QVERIFY(list.has_value());
+        const QVariantMap expected{
+            {u"LastName"_s, u"SPECIMEN"_s},
+            {u"FirstName"_s, u"Zoé"_s},
+            {u"SSN"_s, u"285057511612381"_s},
+            {u"XMLString"_s, xml},
+            {u"Beneficiaries"_s, QVariantList{QVariantMap{{u"FirstName"_s, u"Zoé"_s}, {u"AMORights"_s, QVariantList()}},
+                                              QVariantMap{{u"FirstName"_s, u"Paul"_s}}}},
+        };
+        QCOMPARE(list->toMap(), expected);
+        QVERIFY(m_log.lines().isEmpty());
+    }
+
+    void everyFieldOfARealCardIsInThePropertyList()
+    {
+        QFile specimen(QStringLiteral(PELMORA_SOURCE "/resources/card/specimen.xml"));
+        QVERIFY(specimen.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(specimen.readAll());
+        const auto document = XmlDocument::fromText(text);
+        QVERIFY(document.has_value());
+        auto record = parseCardDocument(&*document);
+        QVERIFY(record.has_value());
+        record->setText(CardKey::xmlString, text);
+        saveXMLIfNeeded(*record, m_folder);
+        const auto list = parsePropertyList(contentOf(m_folder + u"/SPECIMEN_Hélène.plist"_s));
+        QVERIFY(list.has_value());
+        QStringList keys = record->keys();
+        keys.append(u"Beneficiaries"_s);
+        keys.sort();
+        QCOMPARE(list->toMap().keys(), keys);
+        QCOMPARE(list->toMap().value(u"Beneficiaries"_s).toList().size(), record->beneficiaries().size());
+    }
+
+    void nothingIsWrittenWithoutItsReason_data()
+    {
+        QTest::addColumn<bool>("debugMode");
+        QTest::addColumn<bool>("hasCard");
+        QTest::addColumn<bool>("hasXml");
+        QTest::newRow("no debug mode") << false << true << true;
+        QTest::newRow("no card") << true << false << false;
+        QTest::newRow("no XML") << true << true << false;
+    }
+
+    void nothingIsWrittenWithoutItsReason()
+    {
+        QFETCH(const bool, debugMode);
+        QFETCH(const bool, hasCard);
+        QFETCH(const bool, hasXml);
+        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, debugMode);
+        CardRecord withoutXml;
+        withoutXml.setText(CardKey::lastName, u"SPECIMEN"_s);
+        saveXMLIfNeeded(hasCard ? std::optional(hasXml ? card() : withoutXml) : std::nullopt, m_folder);
+        QVERIFY(!QDir(m_folder).exists());
+    }
+
+    void theDebugModeIsOffWhereNobodySwitchedItOn()
+    {
+        MVSettings::removePreferences({SettingsKey::debugMode});
+        saveXMLIfNeeded(card(), m_folder);
+        QVERIFY(!QDir(m_folder).exists());
+    }
+
+    void olderCopiesAreReplaced()
+    {
+        saveXMLIfNeeded(card(), m_folder);
+        CardRecord later = card();
+        later.setText(CardKey::xmlString, u"<later/>"_s);
+        saveXMLIfNeeded(later, m_folder);
+        QCOMPARE(files().size(), 2);
+        QCOMPARE(contentOf(m_folder + u"/SPECIMEN_Zoé.xml"_s), QByteArray("<later/>"));
+    }
+
+    void namesThatTheCardLacksOrThatAreNoFileNamesStillNameTheCopies_data()
+    {
+        QTest::addColumn<std::optional<QString>>("lastName");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("absent") << std::optional<QString>()
+                                << QStringList{u"(null)_(null).plist"_s, u"(null)_(null).xml"_s};
+        QTest::newRow("a path") << std::optional(u"../../x"_s)
+                                << QStringList{u".._.._x_(null).plist"_s, u".._.._x_(null).xml"_s};
+    }
+
+    void namesThatTheCardLacksOrThatAreNoFileNamesStillNameTheCopies()
+    {
+        QFETCH(const std::optional<QString>, lastName);
+        CardRecord record;
+        record.setText(CardKey::xmlString, xml);
+        if (lastName)
+            record.setText(CardKey::lastName, *lastName);
+        saveXMLIfNeeded(record, m_folder);
+        QTEST(files(), "names");
+    }
+
+    void aTextThatUtf8CannotHoldIsTriedInWindows1252AndThenLogged()
+    {
+        CardRecord record = card();
+        record.setText(CardKey::xmlString, u"SPECIMEN"_s + QChar(0xD800));
+        saveXMLIfNeeded(record, m_folder);
+        QCOMPARE(files(), QStringList{u"SPECIMEN_Zoé.plist"_s});
+        QCOMPARE(m_log.lines(), QStringList{u"The debug copy's XML was not written: le texte ne peut pas être codé"_s});
+    }
+
+    void aFolderThatCannotBeUsedIsLeftAlone()
+    {
+        QVERIFY(QDir().mkpath(m_root->filePath(u"à côté"_s)));
+        QVERIFY(QFile(m_folder).open(QIODevice::WriteOnly));
+        saveXMLIfNeeded(card(), m_folder);
+        QCOMPARE(contentOf(m_folder), QByteArray());
+    }
+
+    void whatCannotBeWrittenIsLoggedWithoutAWordOfTheCard()
+    {
+        QVERIFY(QDir().mkpath(m_folder + u"/SPECIMEN_Zoé.xml"_s));
+        QVERIFY(QDir().mkpath(m_folder + u"/SPECIMEN_Zoé.plist"_s));
+        saveXMLIfNeeded(card(), m_folder);
+        QCOMPARE(m_log.lines(MXLog::Error),
+                 (QStringList{u"The debug copy's XML was not written: un dossier porte déjà ce nom"_s,
+                              u"The debug copy's property list was not written: un dossier porte déjà ce nom"_s}));
+        QCOMPARE(m_log.lines().size(), 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_DebugCopy)
+#include "tst_debugcopy.moc"

@@ -1,0 +1,36 @@
+#include "app/MenuEntry.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_MenuEntry : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aTitleIsShownAsItStands_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("actionText");
+        QTest::newRow("plain") << u"SPECIMEN Zoé.pdf"_s << u"SPECIMEN Zoé.pdf"_s;
+        QTest::newRow("ampersands") << u"A & B && C.pdf"_s << u"A && B &&&& C.pdf"_s;
+        QTest::newRow("a tab") << u"A\tCtrl+Q"_s << u"A Ctrl+Q"_s;
+    }
+
+    void aTitleIsShownAsItStands()
+    {
+        QFETCH(const QString, title);
+        QTEST(MenuEntry{.title = title}.actionText(), "actionText");
+    }
+
+    void aSeparatorIsNothingElse()
+    {
+        const MenuEntry separator = MenuEntry::separator();
+        QVERIFY(separator.isSeparator);
+        QVERIFY(separator.title.isEmpty());
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_MenuEntry)
+#include "tst_menuentry.moc"

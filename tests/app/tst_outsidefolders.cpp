@@ -1,0 +1,71 @@
+#include "app/OutsideFolders.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_OutsideFolders : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_home;
+
+    static void check()
+    {
+        checkLogDir();
+        checkSedicaDir();
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        m_home = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_home->isValid());
+        qputenv("HOME", QFile::encodeName(m_home->path()));
+    }
+
+    void bothFoldersAreMadeInTheHome()
+    {
+        check();
+        QVERIFY(QFileInfo(m_home->filePath(u"Library/Logs/santesocial"_s)).isDir());
+        QVERIFY(QFileInfo(m_home->filePath(u"Library/Preferences/santesocial/sedica"_s)).isDir());
+    }
+
+    void foldersThatAreThereKeepTheirContent()
+    {
+        check();
+        const QString inside = m_home->filePath(u"Library/Logs/santesocial/old.log"_s);
+        QVERIFY(QFile(inside).open(QIODevice::WriteOnly));
+        check();
+        QVERIFY(QFile::exists(inside));
+    }
+
+    void aFileInTheWayIsLeftThere()
+    {
+        QVERIFY(QDir(m_home->path()).mkpath(u"Library/Logs"_s));
+        const QString inTheWay = m_home->filePath(u"Library/Logs/santesocial"_s);
+        QVERIFY(QFile(inTheWay).open(QIODevice::WriteOnly));
+        check();
+        QVERIFY(QFileInfo(inTheWay).isFile());
+        QVERIFY(QFileInfo(m_home->filePath(u"Library/Preferences/santesocial/sedica"_s)).isDir());
+    }
+
+    void aHomeWhereNothingCanBeMadeIsNoFault()
+    {
+        const QString file = m_home->filePath(u"file"_s);
+        QVERIFY(QFile(file).open(QIODevice::WriteOnly));
+        qputenv("HOME", QFile::encodeName(file));
+        check();
+        QVERIFY(QFileInfo(file).isFile());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_OutsideFolders)
+#include "tst_outsidefolders.moc"

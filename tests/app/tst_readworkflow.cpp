@@ -1,0 +1,316 @@
+#include "platform/UserDefaults.h"
+#include "prefs/MVSettings.h"
+#include "prefs/StandardPreferences.h"
+#include "tests/app/ReadingDesk.h"
+#include "tests/card/LogCapture.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
+const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
+const QStringList slowInit{u"--do"_s, u"init"_s, u"slow"_s};
+const QStringList slowRead{u"--do"_s, u"vitale_read"_s, u"slow"_s};
+const QStringList noCard{u"--set"_s,    u"vitale_read"_s, u"Status"_s, u"error"_s,
+                         u"--number"_s, u"vitale_read"_s, u"Result"_s, u"11"_s};
+const QStringList wrongReader{u"--list"_s, u"readers_list"_s, u"Readers"_s, u"X|Y"_s};
+
+// A desk whose card service is bound, and that has noted nothing yet.
+std::unique_ptr<ReadingDesk> boundDesk(const QStringList& behaviour = {})
+{
+    auto desk = std::make_unique<ReadingDesk>(behaviour);
+    desk->workflow->bind();
+    const bool isBound = QTest::qWaitFor([&desk] { return !desk->notes.isEmpty(); });
+    desk->notes.clear();
+    return isBound && desk->client->initialized() ? std::move(desk) : nullptr;
+}
+
+} // namespace
+
+class tst_ReadWorkflow : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_folder;
+    LogCapture m_log;
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_folder.isValid()); }
+
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        MVSettings::setStore(std::make_unique<UserDefaults>(m_folder.filePath(u"Pelmora.conf"_s)));
+        MVSettings::removePreferences({SettingsKey::lvitMode});
+        m_log.clear();
+    }
+
+    void cleanup() { MVSettings::setStore(nullptr); }
+
+    void aBindIsNotifiedOnTheMainThread()
+    {
+        ReadingDesk desk;
+        desk.workflow->bind();
+        QVERIFY(desk.notes.isEmpty());
+        QTRY_COMPARE(desk.notes, QStringList{u"bind success"_s});
+        QVERIFY(desk.isOnMainThread);
+    }
+
+    void aBindThatFailsIsNotifiedWithItsError()
+    {
+        ReadingDesk desk(wrongReader);
+        desk.workflow->bind();
+        QTRY_COMPARE(desk.notes, QStringList{u"bind failure -21"_s});
+        QVERIFY(desk.isOnMainThread);
+    }
+
+    void aBindThatFailsWithoutAnErrorIsNotifiedWithTheGeneralOne()
+    {
+        ReadingDesk desk;
+        desk.client = std::make_shared<LVitAccess>(ServiceCommand{desk.service.filePath(u"absent"_s), {}});
+        desk.workflow = std::make_unique<ReadWorkflow>(desk.client, desk);
+        desk.workflow->bind();
+        QTRY_COMPARE(desk.notes, QStringList{u"bind failure -10"_s});
+    }
+
+    void theStartHandsTheModeOfTheSettingsToTheClient_data()
+    {
+        QTest::addColumn<QVariant>("setting");
+        QTest::addColumn<QString>("mode");
+        QTest::newRow("not chosen") << QVariant() << u"0"_s;
+        QTest::newRow("automatic") << QVariant(0) << u"0"_s;
+        QTest::newRow("installed") << QVariant(1) << u"1"_s;
+        QTest::newRow("embedded") << QVariant(2) << u"2"_s;
+        QTest::newRow("unknown") << QVariant(3) << u"0"_s;
+        QTest::newRow("negative") << QVariant(-1) << u"0"_s;
+        QTest::newRow("beyond an integer") << QVariant(qint64{4294967298}) << u"0"_s;
+        QTest::newRow("a word") << QVariant(u"Embedded"_s) << u"0"_s;
+    }
+
+    void theStartHandsTheModeOfTheSettingsToTheClient()
+    {
+        QFETCH(const QVariant, setting);
+        QFETCH(const QString, mode);
+        MVSettings::registerDefaults(standardPreferences());
+        if (setting.isValid())
+            MVSettings::setPreferencesWithStringValue(SettingsKey::lvitMode, setting.toString());
+        ReadingDesk desk;
+        desk.workflow->lVitInit();
+        QTRY_COMPARE(desk.notes, QStringList{u"bind success"_s});
+        QCOMPARE(desk.service.requested(u"Mode"_s), QStringList{mode});
+        QCOMPARE(m_log.lines(MXLog::Debug).filter(u"Access Mode"_s),
+                 QStringList{u"Initializing Vitale Access Mode : "_s + mode});
+    }
+
+    void aReadShowsTheSheetThenTheCardThenCopies()
+    {
+        const auto desk = boundDesk();
+        QVERIFY(desk);
+        desk->workflow->readVitale();
+        QCOMPARE(desk->notes, QStringList{nowSheet});
+        QVERIFY(desk->workflow->isReading());
+        QTRY_COMPARE(desk->notes, (QStringList{nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QVERIFY(!desk->workflow->isReading());
+        QVERIFY(desk->isOnMainThread);
+        QCOMPARE(desk->binds(), 1);
+        QCOMPARE(desk->reads(), 1);
+    }
+
+    void aReadBindsFirstWhereNothingIsBound()
+    {
+        ReadingDesk desk;
+        desk.workflow->readVitale();
+        QVERIFY(desk.notes.isEmpty());
+        QVERIFY(!desk.workflow->isReading());
+        QTRY_COMPARE(desk.notes,
+                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+    }
+
+    void aReadWhoseBindFailsAsksNoReader()
+    {
+        ReadingDesk desk(wrongReader);
+        desk.workflow->readVitale();
+        QTRY_COMPARE(desk.notes, QStringList{u"bind failure -21"_s});
+        desk.workflow->readVitale();
+        QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"bind failure -21"_s}));
+        QVERIFY(!desk.workflow->isReading());
+        QCOMPARE(desk.binds(), 2);
+        QCOMPARE(desk.reads(), 0);
+    }
+
+    void aReadThatFailsShowsItsErrorAfterTheSheetAndKeepsTheCard()
+    {
+        const auto desk = boundDesk(noCard);
+        QVERIFY(desk);
+        CardRecord before;
+        before.setText(CardKey::lastName, u"BEFORE"_s);
+        desk->card = before;
+        desk->workflow->readVitale();
+        QTRY_COMPARE(desk->notes, (QStringList{nowSheet, u"end of sheet"_s, u"error -30"_s}));
+        QVERIFY(!desk->workflow->isReading());
+        QCOMPARE(desk->card, std::optional(before));
+    }
+
+    void theNextReadReplacesTheCard()
+    {
+        const auto desk = boundDesk();
+        QVERIFY(desk);
+        desk->card = CardRecord();
+        desk->workflow->readVitale();
+        QTRY_VERIFY(desk->notes.contains(u"copy"_s));
+        QCOMPARE(desk->card->text(CardKey::lastName), u"SPECIMEN"_s);
+    }
+
+    void aSecondPressBeepsAndTheReaderIsAskedOnce()
+    {
+        const auto desk = boundDesk(slowRead);
+        QVERIFY(desk);
+        desk->workflow->readVitale();
+        desk->workflow->readVitale();
+        QTRY_VERIFY(desk->notes.contains(u"copy"_s));
+        QCOMPARE(desk->notes, (QStringList{nowSheet, u"beep"_s, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QCOMPARE(desk->reads(), 1);
+    }
+
+    void aSecondPressDuringTheBindBeepsAndTheReaderIsAskedOnce()
+    {
+        ReadingDesk desk(slowInit);
+        desk.workflow->readVitale();
+        desk.workflow->readVitale();
+        QTRY_VERIFY(desk.notes.contains(u"copy"_s));
+        QCOMPARE(desk.notes, (QStringList{u"beep"_s, u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s,
+                                          u"copy"_s}));
+        QCOMPARE(desk.binds(), 1);
+        QCOMPARE(desk.reads(), 1);
+    }
+
+    void aPressDuringTheBindOfTheStartWaitsForIt()
+    {
+        ReadingDesk desk(slowInit);
+        desk.workflow->lVitInit();
+        desk.workflow->readVitale();
+        QTRY_VERIFY(desk.notes.contains(u"copy"_s));
+        QCOMPARE(desk.notes,
+                 (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QCOMPARE(desk.binds(), 1);
+        QCOMPARE(desk.reads(), 1);
+    }
+
+    void aCardThatIsThereIsNotReadAgainWhenOneIsNeeded()
+    {
+        const auto desk = boundDesk();
+        QVERIFY(desk);
+        desk->card = CardRecord();
+        desk->readIfNeed();
+        QCOMPARE(desk->notes, QStringList{u"handler 1 0"_s});
+        QCOMPARE(desk->reads(), 0);
+    }
+
+    void aCardThatIsThereServesWithoutAnyCardService()
+    {
+        ReadingDesk desk;
+        desk.card = CardRecord();
+        desk.readIfNeed();
+        QCOMPARE(desk.notes, QStringList{u"handler 1 0"_s});
+    }
+
+    void aCardThatIsThereServesWhileAnotherReadWaitsForTheBind()
+    {
+        ReadingDesk desk(slowInit);
+        desk.card = CardRecord();
+        desk.workflow->readVitale();
+        desk.readIfNeed();
+        QCOMPARE(desk.notes, QStringList{u"handler 1 0"_s});
+        QTRY_VERIFY(desk.notes.contains(u"copy"_s));
+    }
+
+    void aCardThatIsNeededIsReadWithoutACopy()
+    {
+        const auto desk = boundDesk();
+        QVERIFY(desk);
+        desk->readIfNeed();
+        QCOMPARE(desk->notes, QStringList{neededSheet});
+        QVERIFY(desk->workflow->isReading());
+        QTRY_COMPARE(desk->notes, (QStringList{neededSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"handler 1 0"_s}));
+        QVERIFY(!desk->workflow->isReading());
+        QVERIFY(desk->isOnMainThread);
+    }
+
+    void aCardThatIsNeededBindsFirstWhereNothingIsBound()
+    {
+        ReadingDesk desk;
+        desk.readIfNeed();
+        QTRY_COMPARE(desk.notes, (QStringList{u"bind success"_s, neededSheet, u"end of sheet"_s, u"card SPECIMEN"_s,
+                                              u"handler 1 0"_s}));
+    }
+
+    void aNeededCardThatIsNotThereIsToldToTheHandlerToo()
+    {
+        const auto desk = boundDesk(noCard);
+        QVERIFY(desk);
+        desk->readIfNeed();
+        QTRY_COMPARE(desk->notes, (QStringList{neededSheet, u"end of sheet"_s, u"error -30"_s, u"handler 0 -30"_s}));
+        QVERIFY(!desk->workflow->isReading());
+        QVERIFY(!desk->card);
+    }
+
+    void theHandlerIsNeverCalledWhenTheBindFails()
+    {
+        ReadingDesk desk(wrongReader);
+        desk.readIfNeed();
+        QTRY_COMPARE(desk.notes, QStringList{u"bind failure -21"_s});
+        // A later bind is no second chance for what was given up.
+        desk.workflow->bind();
+        QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"bind failure -21"_s}));
+    }
+
+    void aNeedIsDroppedWithoutASoundDuringARead()
+    {
+        const auto desk = boundDesk(slowRead);
+        QVERIFY(desk);
+        desk->workflow->readVitale();
+        desk->readIfNeed();
+        QCOMPARE(desk->notes, (QStringList{nowSheet, u"handler 0 0"_s}));
+        QTRY_VERIFY(desk->notes.contains(u"copy"_s));
+        QCOMPARE(desk->reads(), 1);
+    }
+
+    void aNeedIsDroppedWhileAReadWaitsForTheBind()
+    {
+        ReadingDesk desk(slowInit);
+        desk.workflow->readVitale();
+        desk.readIfNeed();
+        QCOMPARE(desk.notes, QStringList{u"handler 0 0"_s});
+        QTRY_VERIFY(desk.notes.contains(u"copy"_s));
+        QCOMPARE(desk.reads(), 1);
+    }
+
+    void aPressDuringTheReadOfANeededCardBeeps()
+    {
+        const auto desk = boundDesk(slowRead);
+        QVERIFY(desk);
+        desk->readIfNeed();
+        desk->workflow->readVitale();
+        QCOMPARE(desk->notes, (QStringList{neededSheet, u"beep"_s}));
+        QTRY_VERIFY(desk->notes.contains(u"handler 1 0"_s));
+        QCOMPARE(desk->reads(), 1);
+    }
+
+    void theHandlerMayAskForTheNextRead()
+    {
+        const auto desk = boundDesk();
+        QVERIFY(desk);
+        desk->workflow->readVitaleIfNeedWithCompletionHandler(
+            [&desk](bool, const std::optional<Error>&) { desk->workflow->readVitale(); });
+        QTRY_VERIFY(desk->notes.contains(u"copy"_s));
+        QVERIFY(!desk->notes.contains(u"beep"_s));
+        QCOMPARE(desk->reads(), 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_ReadWorkflow)
+#include "tst_readworkflow.moc"

@@ -1,0 +1,201 @@
+#include "app/RecentAttestations.h"
+#include "platform/UserDefaults.h"
+#include "prefs/MVSettings.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QStringList numbered(int count)
+{
+    QStringList paths;
+    for (int number = count; number > 0; --number)
+        paths.append(u"/folder/%1.pdf"_s.arg(number));
+    return paths;
+}
+
+// A menu in words, an entry a line.
+QStringList described(const std::vector<MenuEntry>& menu)
+{
+    QStringList lines;
+    for (const MenuEntry& entry : menu) {
+        if (entry.isSeparator)
+            lines.append(u"--"_s);
+        else
+            lines.append(
+                u"%1|%2|%3"_s.arg(entry.title, QString::number(entry.tag), entry.enabled ? u"on"_s : u"off"_s));
+    }
+    return lines;
+}
+
+} // namespace
+
+class tst_RecentAttestations : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+
+    QString file() const { return m_folder->filePath(u"Pelmora.conf"_s); }
+
+    // The settings, as somebody else wrote them.
+    void plant(const QByteArray& content) const
+    {
+        MVSettings::setStore(nullptr);
+        QFile settings(file());
+        if (settings.open(QIODevice::WriteOnly))
+            settings.write(content);
+        settings.close();
+        MVSettings::setStore(std::make_unique<UserDefaults>(file()));
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        MVSettings::setStore(std::make_unique<UserDefaults>(file()));
+    }
+
+    void cleanup() { MVSettings::setStore(nullptr); }
+
+    void anEmptyListShowsOnlyItsDisabledClearing()
+    {
+        QVERIFY(RecentAttestations::paths().isEmpty());
+        QCOMPARE(described(RecentAttestations::menu()), QStringList{u"Effacer le menu|1000|off"_s});
+    }
+
+    void theNewestIsFirst()
+    {
+        QVERIFY(RecentAttestations::add(u"/folder/SPECIMEN Zoé.pdf"_s));
+        QVERIFY(RecentAttestations::add(u"/a b/SPECIMEN Paul & fils.pdf"_s));
+        QCOMPARE(RecentAttestations::paths(),
+                 (QStringList{u"/a b/SPECIMEN Paul & fils.pdf"_s, u"/folder/SPECIMEN Zoé.pdf"_s}));
+        QCOMPARE(described(RecentAttestations::menu()),
+                 (QStringList{u"SPECIMEN Paul & fils.pdf|0|on"_s, u"SPECIMEN Zoé.pdf|1|on"_s, u"--"_s,
+                              u"Effacer le menu|1000|on"_s}));
+    }
+
+    void aPathThatIsThereIsNotMoved()
+    {
+        QVERIFY(RecentAttestations::add(u"/a.pdf"_s));
+        QVERIFY(RecentAttestations::add(u"/b.pdf"_s));
+        QVERIFY(!RecentAttestations::add(u"/a.pdf"_s));
+        QCOMPARE(RecentAttestations::paths(), (QStringList{u"/b.pdf"_s, u"/a.pdf"_s}));
+    }
+
+    void noPathIsNotAdded()
+    {
+        QVERIFY(!RecentAttestations::add(QString()));
+        QVERIFY(!RecentAttestations::add(u""_s));
+        QVERIFY(RecentAttestations::paths().isEmpty());
+    }
+
+    void aFullListStaysAsItIs()
+    {
+        for (int number = 1; number <= 10; ++number)
+            QVERIFY(RecentAttestations::add(u"/folder/%1.pdf"_s.arg(number)));
+        QVERIFY(!RecentAttestations::add(u"/folder/11.pdf"_s));
+        QCOMPARE(RecentAttestations::paths(), numbered(10));
+        QCOMPARE(RecentAttestations::menu().size(), std::size_t{12});
+    }
+
+    void clearingEmptiesTheListAndLeavesTheFiles()
+    {
+        const QString path = m_folder->filePath(u"a.pdf"_s);
+        QFile attestation(path);
+        QVERIFY(attestation.open(QIODevice::WriteOnly));
+        QVERIFY(RecentAttestations::add(path));
+        RecentAttestations::clear();
+        QVERIFY(RecentAttestations::paths().isEmpty());
+        QCOMPARE(described(RecentAttestations::menu()), QStringList{u"Effacer le menu|1000|off"_s});
+        QVERIFY(QFile::exists(path));
+    }
+
+    void theListIsThereAfterARestart()
+    {
+        QVERIFY(RecentAttestations::add(u"/a, b; \"c\" %20.pdf"_s));
+        MVSettings::setStore(nullptr);
+        MVSettings::setStore(std::make_unique<UserDefaults>(file()));
+        QCOMPARE(RecentAttestations::paths(), QStringList{u"/a, b; \"c\" %20.pdf"_s});
+    }
+
+    void onlyATagInRangeHasAPath_data()
+    {
+        QTest::addColumn<int>("tag");
+        QTest::addColumn<QString>("path");
+        QTest::newRow("first") << 0 << u"/folder/2.pdf"_s;
+        QTest::newRow("last") << 1 << u"/folder/1.pdf"_s;
+        QTest::newRow("beyond") << 2 << QString();
+        QTest::newRow("before") << -1 << QString();
+        QTest::newRow("the clearing") << 1000 << QString();
+    }
+
+    void onlyATagInRangeHasAPath()
+    {
+        QFETCH(const int, tag);
+        QVERIFY(RecentAttestations::add(u"/folder/1.pdf"_s));
+        QVERIFY(RecentAttestations::add(u"/folder/2.pdf"_s));
+        QTEST(RecentAttestations::pathAt(tag).value_or(QString()), "path");
+    }
+
+    void onlyTextsCountAsPaths_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QStringList>("paths");
+        QTest::newRow("a text") << QByteArray("[General]\nMVRecentsAttestation=garbage\n") << QStringList();
+        QTest::newRow("a list by hand") << QByteArray("[General]\nMVRecentsAttestation=/a.pdf, /b.pdf\n")
+                                        << QStringList{u"/a.pdf"_s, u"/b.pdf"_s};
+        QTest::newRow("bytes") << QByteArray("[General]\nMVRecentsAttestation=@ByteArray(x)\n") << QStringList();
+        QTest::newRow("nothing") << QByteArray("[General]\nMVRecentsAttestation=@Invalid()\n") << QStringList();
+        QTest::newRow("strange items")
+            << QByteArray(
+                   "[MVRecentsAttestation]\n1\\value=@Size(1 2)\n2\\value=/b.pdf\n3\\value=\n4\\value=@Invalid()\n"
+                   "size=4\n")
+            << QStringList{u"/b.pdf"_s};
+        QTest::newRow("a wild size") << QByteArray("[MVRecentsAttestation]\n1\\value=/a.pdf\nsize=2147483647\n")
+                                     << QStringList{u"/a.pdf"_s};
+        QTest::newRow("broken file") << QByteArray("\xff\xfe[MVRecentsAttestation\n=\n\0\0size", 40) << QStringList();
+    }
+
+    void onlyTextsCountAsPaths()
+    {
+        QFETCH(const QByteArray, content);
+        plant(content);
+        QTEST(RecentAttestations::paths(), "paths");
+        const qsizetype count = RecentAttestations::paths().size();
+        QVERIFY(RecentAttestations::add(u"/new.pdf"_s));
+        QCOMPARE(RecentAttestations::paths().size(), count + 1);
+        RecentAttestations::clear();
+        QVERIFY(RecentAttestations::paths().isEmpty());
+    }
+
+    void aListOfTenThousandIsShownUpToTheMaximumQuickly()
+    {
+        QByteArray content = "[MVRecentsAttestation]\n";
+        for (int number = 1; number <= 10'000; ++number)
+            content += QByteArray::number(number) + "\\value=/folder/" + QByteArray::number(number) + ".pdf\n";
+        plant(content + "size=10000\n");
+
+        QElapsedTimer timer;
+        timer.start();
+        const std::vector<MenuEntry> menu = RecentAttestations::menu();
+        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(menu.size(), std::size_t{12});
+        QCOMPARE(menu.front().title, u"1.pdf"_s);
+        QCOMPARE(menu.back().title, u"Effacer le menu"_s);
+        QVERIFY(!RecentAttestations::add(u"/new.pdf"_s));
+        QCOMPARE(RecentAttestations::paths().size(), 10'000);
+        RecentAttestations::clear();
+        QVERIFY(RecentAttestations::paths().isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_RecentAttestations)
+#include "tst_recentattestations.moc"

@@ -1,0 +1,45 @@
+#include "card/BindOutcome.h"
+#include "card/PelmoraError.h"
+#include "platform/NotificationCenter.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_BindOutcome : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aBindThatWentWellHasNoError() { QVERIFY(!bindOutcome(true, std::nullopt)); }
+
+    void aFailureKeepsItsError()
+    {
+        QVERIFY(bindOutcome(false, PelmoraError::badReader()) == PelmoraError::badReader());
+    }
+
+    void aFailureWithoutAnErrorIsTheGeneralOne()
+    {
+        QVERIFY(bindOutcome(false, std::nullopt) == PelmoraError::generalError());
+    }
+
+    void theNotificationSaysHowItEnded()
+    {
+        QList<QVariantMap> heard;
+        NotificationCenter::defaultCenter().addObserver(
+            this, u"MVBindNotification"_s,
+            [&heard](const Notification& notification) { heard.append(notification.userInfo.value()); });
+        postBindNotification(std::nullopt);
+        postBindNotification(PelmoraError::noReader());
+        NotificationCenter::defaultCenter().removeObserver(this);
+
+        QCOMPARE(heard.size(), 2);
+        QCOMPARE(heard[0], (QVariantMap{{u"Status"_s, u"success"_s}}));
+        QCOMPARE(heard[1].keys(), (QStringList{u"Error"_s, u"Status"_s}));
+        QCOMPARE(heard[1].value(u"Status"_s), QVariant(u"failure"_s));
+        QVERIFY(errorInValue(heard[1].value(u"Error"_s)) == PelmoraError::noReader());
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_BindOutcome)
+#include "tst_bindoutcome.moc"
