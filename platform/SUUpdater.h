@@ -4,7 +4,6 @@
 
 #include <QDateTime>
 #include <QObject>
-#include <QPointer>
 #include <QTimer>
 
 #include <memory>
@@ -35,12 +34,13 @@ public:
     [[nodiscard]] std::optional<QDateTime> lastUpdateCheckDate() const;
 
 private:
-    void checkByItself();
     void planNextCheck();
+    void checkByItself();
+    void makeSession();
     void startSession();
-    void showWindow();
-    void skipVersion(const QString& version);
-    [[nodiscard]] bool isDue() const;
+    void makeWindow();
+    void follow();
+    void close();
 
     UpdateConfiguration m_configuration;
     std::unique_ptr<UserDefaults> m_defaults;

@@ -2,7 +2,9 @@
 
 build_packages=(
     g++ cmake ninja-build pkg-config
-    qt6-base-dev qt6-svg-dev libxml2-dev libplist-dev libfmt-dev libxcb1-dev
+    qt6-base-dev qt6-svg-dev libxml2-dev libplist-dev libfmt-dev libcups2-dev libsodium-dev libxcb1-dev
+    # The French texts of Qt's own dialogs.
+    qt6-translations-l10n
     # The page's fonts are cut from Roboto when the program is built.
     fonts-roboto-unhinted python3 python3-fonttools
 )
@@ -13,6 +15,8 @@ test_packages=(
     libpdfbox2-java libfontbox2-java libcommons-logging-java libjaxb-api-java libactivation-java
     # Windows: a display, a window manager, and the accessibility bus that the tests drive them by.
     xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils
+    # A print server of the tests' own.
+    cups-daemon cups-client cups-filters-core-drivers
     # A font of the system's, for what the page's own font lacks.
     fonts-dejavu-core
     # Faults and limits.
