@@ -2,10 +2,12 @@
 #include "attestation/PageFonts.h"
 #include "attestation/SchemeLogos.h"
 #include "card/CardKeys.h"
+#include "card/PelmoraError.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "prefs/MVSettings.h"
-#include "support/MXLog.h"
+#include "tests/card/LogCapture.h"
+#include "tests/platform/FileSizeLimit.h"
 
 #include <QDir>
 #include <QFile>
@@ -35,13 +37,23 @@ private:
     Bundle m_bundle{QStringLiteral(PELMORA_STAGE_SHARE)};
     SchemeLogos m_logos{m_bundle};
     std::optional<PageFonts> m_fonts;
+    LogCapture m_log;
 
     std::expected<QString, SaveFailure> savedIn(const QString& folder, const CardRecord& record)
     {
         return AttestationFiles(folder, m_logos, *m_fonts).save(record);
     }
 
+    QString fileInTheWay() const
+    {
+        const QString path = m_folder.filePath(u"file"_s);
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) ? path : QString();
+    }
+
 private Q_SLOTS:
+    void init() { m_log.clear(); }
+
     void initTestCase()
     {
         QVERIFY(m_folder.isValid());
@@ -67,22 +79,108 @@ private Q_SLOTS:
         QVERIFY(file.readAll().startsWith("%PDF-1.4"));
     }
 
-    void aFolderThatCannotBeMadeIsTold()
+    void blanksAndAccentsInThePathAreKept()
     {
-        MXLog::defaultLogger().setLogLevel(0);
-        const auto saved = savedIn(u"/proc/x"_s, recordOf(u"SPECIMEN"_s, u"Zoé"_s));
-        MXLog::defaultLogger().setLogLevel(MXLog::Notice);
-        QVERIFY(!saved.has_value());
-        QCOMPARE(saved.error().description(), u"le dossier « /proc/x » ne peut pas être utilisé."_s);
+        const QString folder = m_folder.filePath(u"Médecins, 2ᵉ étage #1 100 %/à côté"_s);
+        const auto saved = savedIn(folder, recordOf(u"D’ÉTÉ"_s, u"Jean-Noël"_s));
+        QCOMPARE(saved.value(), folder + u"/D’ÉTÉ Jean-Noël.pdf"_s);
+        QVERIFY(QFile::exists(saved.value()));
     }
 
-    void aFolderInTheWayOfTheFileIsTold()
+    void theSameCardTwiceIsOneFile()
     {
-        const QString inTheWay = m_folder.filePath(u"SPECIMEN Paul.pdf"_s);
-        QVERIFY(QDir().mkdir(inTheWay));
-        const auto saved = savedIn(m_folder.path(), recordOf(u"SPECIMEN"_s, u"Paul"_s));
+        const QString folder = m_folder.filePath(u"twice"_s);
+        QCOMPARE(savedIn(folder, recordOf(u"SPECIMEN"_s, u"Zoé"_s)).value(),
+                 savedIn(folder, recordOf(u"SPECIMEN"_s, u"Zoé"_s)).value());
+        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{u"SPECIMEN Zoé.pdf"_s});
+    }
+
+    void aFolderThatCannotBeUsedIsTold_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("cannot be made") << u"/proc/x"_s;
+        QTest::newRow("a file is in the way") << fileInTheWay();
+        QTest::newRow("a file is in the way of those above") << fileInTheWay() + u"/below"_s;
+        QTest::newRow("no name") << u""_s;
+    }
+
+    void aFolderThatCannotBeUsedIsTold()
+    {
+        QFETCH(const QString, folder);
+        const auto saved = savedIn(folder, recordOf(u"SPECIMEN"_s, u"Zoé"_s));
         QVERIFY(!saved.has_value());
-        QCOMPARE(saved.error().description(), u"« %1 » n’a pas été enregistré : un dossier porte déjà ce nom."_s.arg(inTheWay));
+        QCOMPARE(saved.error().kind, SaveFailure::Kind::FolderUnusable);
+        QCOMPARE(saved.error().path, folder);
+        QCOMPARE(saved.error().description(), u"le dossier « %1 » ne peut pas être utilisé."_s.arg(folder));
+        QVERIFY(m_log.lines().filter(u"SPECIMEN"_s).isEmpty());
+    }
+
+    void aFileThatCannotBeWrittenIsTold_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("reason");
+        const QString blocked = m_folder.filePath(u"blocked"_s);
+        QVERIFY(QDir().mkpath(blocked + u"/SPECIMEN Paul.pdf"_s));
+        QTest::newRow("a folder is in the way") << blocked << u"un dossier porte déjà ce nom"_s;
+        // Nobody may make files there, whoever runs the test.
+        QTest::newRow("not allowed") << u"/sys"_s << u"l’écriture n’y est pas autorisée"_s;
+    }
+
+    void aFileThatCannotBeWrittenIsTold()
+    {
+        QFETCH(const QString, folder);
+        QFETCH(const QString, reason);
+        const auto saved = savedIn(folder, recordOf(u"SPECIMEN"_s, u"Paul"_s));
+        QVERIFY(!saved.has_value());
+        QCOMPARE(saved.error().kind, SaveFailure::Kind::WriteFailed);
+        QCOMPARE(saved.error().path, folder + u"/SPECIMEN Paul.pdf"_s);
+        QCOMPARE(saved.error().reason, reason);
+        QCOMPARE(saved.error().description(),
+                 u"« %1/SPECIMEN Paul.pdf » n’a pas été enregistré : %2."_s.arg(folder, reason));
+    }
+
+    void aDiskThatFillsUpLeavesTheOldFile()
+    {
+        const QString folder = m_folder.filePath(u"full"_s);
+        const QString path = savedIn(folder, recordOf(u"SPECIMEN"_s, u"Zoé"_s)).value();
+        const qint64 size = QFileInfo(path).size();
+        {
+            const FileSizeLimit limit(1000);
+            const auto saved = savedIn(folder, recordOf(u"SPECIMEN"_s, u"Zoé"_s));
+            QVERIFY(!saved.has_value());
+            QCOMPARE(saved.error().kind, SaveFailure::Kind::WriteFailed);
+        }
+        QCOMPARE(QFileInfo(path).size(), size);
+        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+    }
+
+    void everyFailureIsLoggedWithoutAName_data()
+    {
+        QTest::addColumn<SaveFailure>("failure");
+        QTest::addColumn<QString>("line");
+        using Kind = SaveFailure::Kind;
+        QTest::newRow("folder") << SaveFailure{Kind::FolderUnusable, u"/SPECIMEN"_s, {}}
+                                << u"The attestation was not saved: its folder cannot be used"_s;
+        QTest::newRow("document") << SaveFailure{Kind::NoDocument, u"/SPECIMEN"_s, {}}
+                                  << u"The attestation was not saved: it did not become a document"_s;
+        QTest::newRow("write") << SaveFailure{Kind::WriteFailed, u"/SPECIMEN.pdf"_s, u"c’est plein"_s}
+                               << u"The attestation was not saved: c’est plein"_s;
+    }
+
+    void everyFailureIsLoggedWithoutAName()
+    {
+        QFETCH(const SaveFailure, failure);
+        QFETCH(const QString, line);
+        failure.log();
+        QCOMPARE(m_log.lines(MXLog::Error), QStringList{line});
+        QCOMPARE(m_log.lines().size(), 1);
+    }
+
+    void withoutADocumentTheCataloguesErrorIsTold()
+    {
+        QCOMPARE((SaveFailure{SaveFailure::Kind::NoDocument, u"/x"_s, {}}.description()),
+                 PelmoraError::writeError().localizedDescription());
     }
 };
 

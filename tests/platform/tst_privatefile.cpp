@@ -1,4 +1,5 @@
 #include "platform/PrivateFile.h"
+#include "tests/platform/FileSizeLimit.h"
 
 #include <QDir>
 #include <QFile>
@@ -6,9 +7,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
-
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
@@ -25,34 +23,6 @@ unsigned modeOf(const QString& path)
 {
     struct stat status = {};
     return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
-}
-
-// Until the end of the test, the program's files may grow to so many bytes: writing beyond fails as a full disk does.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes);
-    ~FileSizeLimit();
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit m_before = {};
-    void (*m_handlerBefore)(int) = SIG_DFL;
-};
-
-FileSizeLimit::FileSizeLimit(rlim_t bytes)
-    : m_handlerBefore(signal(SIGXFSZ, SIG_IGN))
-{
-    getrlimit(RLIMIT_FSIZE, &m_before);
-    const rlimit limit{bytes, m_before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-}
-
-FileSizeLimit::~FileSizeLimit()
-{
-    setrlimit(RLIMIT_FSIZE, &m_before);
-    signal(SIGXFSZ, m_handlerBefore);
 }
 
 } // namespace
