@@ -117,10 +117,11 @@ void TrayHost::setNotifierHost(bool isThere)
 
 void TrayHost::watchX11()
 {
+    // Some platforms offer the interface without having a connection.
     const auto* const application = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (application == nullptr)
+    xcb_connection_t* const connection = application != nullptr ? application->connection() : nullptr;
+    if (connection == nullptr)
         return;
-    xcb_connection_t* const connection = application->connection();
     const std::string selection = "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber());
     const xcb_intern_atom_cookie_t manager = askForAtom(connection, "MANAGER");
     const xcb_intern_atom_cookie_t traySelection = askForAtom(connection, selection);

@@ -1,0 +1,83 @@
+#include "app/InstanceMessage.h"
+
+#include <QCborMap>
+#include <QDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_InstanceMessage : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void aCardArrivesAsItWasSent_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("plain") << u"/home/cabinet/carte.xml"_s;
+        QTest::newRow("blanks, accents and lines") << u"/tmp/été à la\nmer/carte n° 1.xml"_s;
+        QTest::newRow("as long as paths get") << u'/' + QString(4095, u'é');
+    }
+    void aCardArrivesAsItWasSent()
+    {
+        QFETCH(const QString, path);
+        const auto message = InstanceMessage::decoded(InstanceMessage{path}.encoded());
+        QVERIFY(message);
+        QCOMPARE(message->cardPath, path);
+    }
+
+    void aMereStartArrivesAsOne()
+    {
+        const auto message = InstanceMessage::decoded(InstanceMessage().encoded());
+        QVERIFY(message);
+        QVERIFY(!message->cardPath);
+    }
+
+    void aRelativePathCountsFromTheCurrentFolder()
+    {
+        QCOMPARE(InstanceMessage::forCard(u"lien/../carte.xml"_s).cardPath,
+                 QDir::currentPath() + u"/lien/../carte.xml"_s);
+        QCOMPARE(InstanceMessage::forCard(u"/ici/carte.xml"_s).cardPath, u"/ici/carte.xml"_s);
+        QVERIFY(!InstanceMessage::forCard(std::nullopt).cardPath);
+    }
+
+    void whatIsTooLongIsNotSent()
+    {
+        QVERIFY(InstanceMessage{u'/' + QString(InstanceMessage::maximumSize, u'a')}.encoded().isEmpty());
+    }
+
+    void whatIsMalformedIsNoMessage_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const auto row = [](const char* name, const QCborMap& map) {
+            QTest::newRow(name) << map.toCborValue().toCbor();
+        };
+        const QByteArray sound = InstanceMessage{u"/carte.xml"_s}.encoded();
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("text") << QByteArray("/carte.xml");
+        QTest::newRow("no map") << QCborValue(u"Open"_s).toCbor();
+        QTest::newRow("cut") << sound.chopped(1);
+        QTest::newRow("followed by more") << sound + 'a';
+        QTest::newRow("nested deep") << QByteArray(10'000, '\x81');
+        QTest::newRow("too long") << InstanceMessage{u"/a"_s}.encoded() +
+                                         QByteArray(InstanceMessage::maximumSize, '\0');
+        row("unknown request", {{u"Request"_s, u"Print"_s}});
+        row("no request", {{u"Path"_s, u"/carte.xml"_s}});
+        row("without its path", {{u"Request"_s, u"Open"_s}});
+        row("with a path too many", {{u"Request"_s, u"Reopen"_s}, {u"Path"_s, u"/carte.xml"_s}});
+        row("relative path", {{u"Request"_s, u"Open"_s}, {u"Path"_s, u"carte.xml"_s}});
+        row("empty path", {{u"Request"_s, u"Open"_s}, {u"Path"_s, QString()}});
+        row("path with a NUL", {{u"Request"_s, u"Open"_s}, {u"Path"_s, u"/carte"_s + QChar::Null}});
+        row("path that is a number", {{u"Request"_s, u"Open"_s}, {u"Path"_s, 7}});
+    }
+    void whatIsMalformedIsNoMessage()
+    {
+        QFETCH(const QByteArray, bytes);
+        QVERIFY(!InstanceMessage::decoded(bytes));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_InstanceMessage)
+#include "tst_instancemessage.moc"

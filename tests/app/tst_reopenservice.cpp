@@ -1,0 +1,62 @@
+#include "app/ReopenService.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_ReopenService : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/absent/bus"); }
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void withoutABusItDoesNothing()
+    {
+        ReopenService service;
+        service.start();
+        service.start();
+        QVERIFY(service.children().isEmpty());
+    }
+
+    void activatingBringsTheWindowBack()
+    {
+        ReopenService service;
+        ReopenInterface interface(&service);
+        const QSignalSpy reopened(&service, &ReopenService::reopenRequested);
+        interface.Activate({});
+        interface.ActivateAction(u"lire"_s, {}, {});
+        QCOMPARE(reopened.size(), 2);
+    }
+
+    void openingShowsTheFirstFileOfThisMachine_data()
+    {
+        QTest::addColumn<QStringList>("uris");
+        QTest::addColumn<QString>("path");
+        QTest::newRow("one") << QStringList{u"file:///a/carte.xml"_s} << u"/a/carte.xml"_s;
+        QTest::newRow("encoded") << QStringList{u"file:///%C3%A9t%C3%A9/carte%201.xml"_s} << u"/été/carte 1.xml"_s;
+        QTest::newRow("several") << QStringList{u"http://a/b.xml"_s, u"file:///1.xml"_s, u"file:///2.xml"_s}
+                                 << u"/1.xml"_s;
+        QTest::newRow("none") << QStringList() << QString();
+        QTest::newRow("far away") << QStringList{u"http://a/b.xml"_s, u"file://serveur/b.xml"_s} << QString();
+        QTest::newRow("no address") << QStringList{u"/a/carte.xml"_s, QString(), u"file:"_s} << QString();
+    }
+    void openingShowsTheFirstFileOfThisMachine()
+    {
+        QFETCH(const QStringList, uris);
+        QFETCH(const QString, path);
+        ReopenService service;
+        ReopenInterface interface(&service);
+        const QSignalSpy reopened(&service, &ReopenService::reopenRequested);
+        const QSignalSpy opened(&service, &ReopenService::openRequested);
+        interface.Open(uris, {});
+        QCOMPARE(reopened.size(), path.isEmpty() ? 1 : 0);
+        QCOMPARE(opened.size(), path.isEmpty() ? 0 : 1);
+        QCOMPARE(opened.value(0).value(0).toString(), path);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_ReopenService)
+#include "tst_reopenservice.moc"

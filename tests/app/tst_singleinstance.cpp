@@ -1,0 +1,327 @@
+#include "app/CommandLine.h"
+#include "app/RuntimeFolder.h"
+#include "app/SingleInstance.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <future>
+#include <vector>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Claim = SingleInstance::Claim;
+
+namespace {
+
+constexpr auto longPatience = 20s;
+
+/// A runtime folder of the test's own.
+class Folder
+{
+public:
+    [[nodiscard]] FileDescriptor open() const { return openPrivateFolder(m_folder.path()); }
+    [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
+    [[nodiscard]] QStringList names() const
+    {
+        return QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    /// A later start's claim, on a thread of its own while the first one's events are handled.
+    [[nodiscard]] std::future<Claim> laterStart(const std::optional<QString>& card = {},
+                                                std::chrono::milliseconds patience = longPatience) const
+    {
+        return std::async(std::launch::async, [this, card, patience] {
+            SingleInstance later(open(), u"a"_s, patience);
+            return later.claim(InstanceMessage::forCard(card));
+        });
+    }
+
+    /// What a guest says who does not know the form; -1 when it cannot.
+    [[nodiscard]] FileDescriptor guest(const QByteArray& message) const
+    {
+        FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const QByteArray name = path(u"pelmora-a.socket"_s).toUtf8();
+        std::ranges::copy(name, std::begin(address.sun_path));
+        if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+            socket.reset();
+        if (!message.isNull() &&
+            send(socket.get(), message.constData(), static_cast<std::size_t>(message.size()), MSG_NOSIGNAL) < 0)
+            socket.reset();
+        return socket;
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+bool isReady(const std::future<Claim>& claim)
+{
+    return claim.wait_for(0s) == std::future_status::ready;
+}
+
+/// Whether the other side has hung up without a word.
+bool isDismissed(const FileDescriptor& guest)
+{
+    char received = 0;
+    return recv(guest.get(), &received, 1, MSG_DONTWAIT) == 0;
+}
+
+QString keyOf(const QStringList& arguments)
+{
+    return SingleInstance::keyFor(CommandLine::parse(QStringList{u"pelmora"_s} + arguments).value());
+}
+
+} // namespace
+
+class tst_SingleInstance : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void theFirstStartIsTheInstance()
+    {
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        QCOMPARE(folder.names(), (QStringList{u"pelmora-a.lock"_s, u"pelmora-a.socket"_s}));
+    }
+
+    void aLaterStartReachesIt()
+    {
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        first.startListening();
+        const QSignalSpy reopened(&first, &SingleInstance::reopenRequested);
+        const QSignalSpy opened(&first, &SingleInstance::openRequested);
+        for (qsizetype start = 1; start <= 3; ++start) {
+            std::future<Claim> later = folder.laterStart();
+            QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
+            QCOMPARE(later.get(), Claim::AlreadyRunning);
+            QTRY_COMPARE(reopened.size(), start);
+        }
+        QCOMPARE(opened.size(), 0);
+    }
+
+    void aLaterStartHandsItsCardOver()
+    {
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        first.startListening();
+        const QSignalSpy reopened(&first, &SingleInstance::reopenRequested);
+        const QSignalSpy opened(&first, &SingleInstance::openRequested);
+        std::future<Claim> later = folder.laterStart(u"/été/carte 1.xml"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
+        QCOMPARE(later.get(), Claim::AlreadyRunning);
+        QTRY_COMPARE(opened.size(), 1);
+        QCOMPARE(opened[0][0].toString(), u"/été/carte 1.xml"_s);
+        QCOMPARE(reopened.size(), 0);
+    }
+
+    void whoComesBeforeItListensIsHeardAfterwards()
+    {
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        std::future<Claim> later = folder.laterStart();
+        const QSignalSpy reopened(&first, &SingleInstance::reopenRequested);
+        QCOMPARE(later.wait_for(50ms), std::future_status::timeout);
+        first.startListening();
+        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
+        QCOMPARE(later.get(), Claim::AlreadyRunning);
+        QTRY_COMPARE(reopened.size(), 1);
+    }
+
+    void ofManyStartsAtOnceExactlyOneIsTheFirst()
+    {
+        const Folder folder;
+        std::vector<std::unique_ptr<SingleInstance>> starts;
+        std::vector<std::future<Claim>> claims;
+        for (int start = 0; start < 8; ++start) {
+            starts.push_back(std::make_unique<SingleInstance>(folder.open(), u"a"_s, 300ms));
+            claims.push_back(std::async(std::launch::async, [&each = *starts.back()] { return each.claim({}); }));
+        }
+        int firsts = 0;
+        for (std::future<Claim>& claim : claims)
+            firsts += claim.get() == Claim::First ? 1 : 0;
+        QCOMPARE(firsts, 1);
+    }
+
+    void oneThatDoesNotAnswerIsNotWaitedForLong()
+    {
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        QElapsedTimer timer;
+        timer.start();
+        SingleInstance later(folder.open(), u"a"_s, 200ms);
+        QCOMPARE(later.claim({}), Claim::NoAnswer);
+        QVERIFY(timer.elapsed() >= 200);
+        QVERIFY(timer.elapsed() < 2'000);
+        QVERIFY(SingleInstance::defaultPatience <= 2s);
+        QVERIFY(SingleInstance::noAnswerText().contains(u"ne répond pas"_s));
+    }
+
+    void oneThatEndsMakesPlaceForALaterStartThatWaits()
+    {
+        const Folder folder;
+        auto first = std::make_unique<SingleInstance>(folder.open(), u"a"_s);
+        QCOMPARE(first->claim({}), Claim::First);
+        std::future<Claim> later = folder.laterStart();
+        QCOMPARE(later.wait_for(50ms), std::future_status::timeout);
+        first.reset();
+        QCOMPARE(later.get(), Claim::First);
+    }
+
+    void whatAnInstanceLeavesBehindIsNobodys()
+    {
+        // As a killed one does: the files stay, the lock went with it.
+        const Folder folder;
+        for (const QString& name : {u"pelmora-a.lock"_s, u"pelmora-a.socket"_s}) {
+            QFile file(folder.path(name));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        first.startListening();
+        std::future<Claim> later = folder.laterStart();
+        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
+        QCOMPARE(later.get(), Claim::AlreadyRunning);
+    }
+
+    void programsThatItStartsDoNotKeepTheClaim()
+    {
+        const Folder folder;
+        QProcess program;
+        {
+            SingleInstance first(folder.open(), u"a"_s);
+            QCOMPARE(first.claim({}), Claim::First);
+            program.start(u"sleep"_s, {u"60"_s});
+            QVERIFY(program.waitForStarted());
+        }
+        SingleInstance next(folder.open(), u"a"_s, 0ms);
+        QCOMPARE(next.claim({}), Claim::First);
+        program.kill();
+        program.waitForFinished();
+    }
+
+    void anotherKeyIsAnotherInstance()
+    {
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        SingleInstance other(folder.open(), u"b"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        QCOMPARE(other.claim({}), Claim::First);
+    }
+
+    void theFolderMayHaveALongName()
+    {
+        QTemporaryDir parent;
+        const QString path = parent.filePath(QString(200, u'é').left(120));
+        QVERIFY(QDir().mkpath(path));
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        SingleInstance first(openPrivateFolder(path), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        QVERIFY(QFile::exists(path + u"/pelmora-a.socket"_s));
+    }
+
+    void withoutARuntimeFolderEveryStartIsAFirstOne()
+    {
+        SingleInstance first(FileDescriptor(), u"a"_s);
+        SingleInstance second(FileDescriptor(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        QCOMPARE(second.claim({}), Claim::First);
+        first.startListening();
+    }
+
+    void malformedMessagesAreDropped_data()
+    {
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("text") << QByteArray("bonjour");
+        QTest::newRow("a megabyte") << QByteArray(100'000, 'a');
+        QTest::newRow("empty") << QByteArray("");
+    }
+    void malformedMessagesAreDropped()
+    {
+        QFETCH(const QByteArray, message);
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        first.startListening();
+        const QSignalSpy reopened(&first, &SingleInstance::reopenRequested);
+        const QSignalSpy opened(&first, &SingleInstance::openRequested);
+        const FileDescriptor guest = folder.guest(message);
+        QVERIFY(guest.isValid());
+        QTRY_VERIFY(isDismissed(guest));
+        QCOMPARE(reopened.size() + opened.size(), 0);
+        // The next one is heard all the same.
+        std::future<Claim> later = folder.laterStart();
+        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
+        QCOMPARE(later.get(), Claim::AlreadyRunning);
+    }
+
+    void guestsThatKeepSilentDoNotCrowdOutOthers()
+    {
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        first.startListening();
+        std::vector<FileDescriptor> silent;
+        for (int guest = 0; guest < 8; ++guest) {
+            silent.push_back(folder.guest({}));
+            QVERIFY(silent.back().isValid());
+            QCoreApplication::processEvents();
+        }
+        std::future<Claim> later = folder.laterStart();
+        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
+        QCOMPARE(later.get(), Claim::AlreadyRunning);
+        QVERIFY(isDismissed(silent.front()));
+        QVERIFY(!isDismissed(silent.back()));
+    }
+
+    void theClaimIsGivenUpWhenTheEventLoopEnds()
+    {
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        first.startListening();
+        first.release();
+        SingleInstance next(folder.open(), u"a"_s, 0ms);
+        QCOMPARE(next.claim({}), Claim::First);
+    }
+
+    void eachDesktopAndEachCardServiceHasItsInstance()
+    {
+        qputenv("WAYLAND_DISPLAY", "");
+        qputenv("DISPLAY", ":1");
+        const QString one = keyOf({});
+        QCOMPARE(keyOf({u"carte.xml"_s}), one);
+        QStringList keys{one, keyOf({u"--simulate"_s}), keyOf({u"--simulate=a.xml"_s}),
+                         keyOf({u"--card-service"_s, u"a"_s})};
+        qputenv("DISPLAY", ":1.1");
+        QCOMPARE(keyOf({}), one);
+        qputenv("DISPLAY", ":2");
+        keys.append(keyOf({}));
+        qputenv("DISPLAY", "10.0.0.1:1.0");
+        keys.append(keyOf({}));
+        qputenv("WAYLAND_DISPLAY", "wayland-0");
+        keys.append(keyOf({}));
+        QCOMPARE(keys.removeDuplicates(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_SingleInstance)
+#include "tst_singleinstance.moc"

@@ -1,0 +1,82 @@
+#include "app/StatusItem.h"
+#include "app/StatusMenu.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QMenu* statusMenu()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto menu = std::ranges::find_if(windows, [](const QWidget* window) {
+        const auto* const candidate = qobject_cast<const QMenu*>(window);
+        return candidate != nullptr && candidate->title() == StatusMenu::title;
+    });
+    return menu == windows.end() ? nullptr : qobject_cast<QMenu*>(*menu);
+}
+
+} // namespace
+
+class tst_StatusItem : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void whereThereIsNoStatusBarTheItemOnlyWaits()
+    {
+        const StatusItem item({});
+        const QSignalSpy changes(&item, &StatusItem::hostAvailableChanged);
+        QVERIFY(!item.hostAvailable());
+        QCoreApplication::processEvents();
+        QVERIFY(!item.hostAvailable());
+        QCOMPARE(changes.size(), 0);
+    }
+
+    void itsMenuHasTheEntriesOfTheTable()
+    {
+        const StatusItem item({});
+        const QMenu* const menu = statusMenu();
+        QVERIFY(menu != nullptr);
+        QStringList texts;
+        for (const QAction* action : menu->actions())
+            texts.append(action->isSeparator() ? u"-"_s : action->text());
+        QCOMPARE(texts, (QStringList{u"Lecture de la carte Vitale"_s, u"Voir l'attestation"_s,
+                                     u"Imprimer l'attestation"_s, u"Enregistrer l'attestation"_s, u"-"_s,
+                                     u"Ouvrir le dossier des attestations"_s, u"-"_s, u"Quitter Pelmora"_s}));
+        for (const QAction* action : menu->actions())
+            QVERIFY(action->isEnabled() && action->shortcut().isEmpty());
+    }
+
+    void eachEntryTellsItsTag()
+    {
+        const StatusItem item({});
+        QSignalSpy chosen(&item, &StatusItem::executeAction);
+        QList<int> tags;
+        for (QAction* action : statusMenu()->actions()) {
+            if (action->isSeparator())
+                continue;
+            action->trigger();
+            tags.append(chosen.takeFirst().at(0).toInt());
+        }
+        QCOMPARE(tags, (QList<int>{10, 11, 12, 13, 14, 15}));
+    }
+
+    void theMenuGoesWithTheItem()
+    {
+        {
+            const StatusItem item({});
+        }
+        QVERIFY(statusMenu() == nullptr);
+    }
+};
+
+QTEST_MAIN(tst_StatusItem)
+#include "tst_statusitem.moc"

@@ -1,0 +1,83 @@
+#include "app/TerminationSignals.h"
+
+#include <QCoreApplication>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include <csignal>
+
+namespace {
+
+using Handler = void (*)(int);
+
+Handler handlerOf(int number)
+{
+    struct sigaction action{};
+    sigaction(number, nullptr, &action);
+    return action.sa_handler;
+}
+
+} // namespace
+
+class tst_TerminationSignals : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void eachSignalAsksForTheEnd_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("SIGHUP") << SIGHUP;
+    }
+    void eachSignalAsksForTheEnd()
+    {
+        QFETCH(const int, number);
+        // The test's own surroundings may ignore some.
+        const Handler before = std::signal(number, SIG_DFL);
+        {
+            const TerminationSignals signals;
+            QSignalSpy asked(&signals, &TerminationSignals::terminationRequested);
+            raise(number);
+            QCOMPARE(asked.size(), 0);
+            QTRY_COMPARE(asked.size(), 1);
+            raise(number);
+            QTRY_COMPARE(asked.size(), 2);
+        }
+        QVERIFY(handlerOf(number) == SIG_DFL);
+        std::signal(number, before);
+    }
+
+    void whatTheStarterIgnoresStaysIgnored()
+    {
+        const Handler before = std::signal(SIGHUP, SIG_IGN);
+        {
+            const TerminationSignals signals;
+            QVERIFY(handlerOf(SIGHUP) == SIG_IGN);
+        }
+        QVERIFY(handlerOf(SIGHUP) == SIG_IGN);
+        std::signal(SIGHUP, before);
+    }
+
+    void theSessionsEndAsksForTheEndAndNoWindowIsAsked()
+    {
+        const TerminationSignals signals;
+        const QSignalSpy asked(&signals, &TerminationSignals::terminationRequested);
+        QEvent quit(QEvent::Quit);
+        QVERIFY(QCoreApplication::sendEvent(QCoreApplication::instance(), &quit));
+        QCOMPARE(asked.size(), 1);
+    }
+
+    void theAnswerEndsTheEventLoop()
+    {
+        const TerminationSignals signals;
+        connect(&signals, &TerminationSignals::terminationRequested, &signals, [] { QCoreApplication::exit(0); });
+        QTimer::singleShot(0, &signals, [] { raise(SIGTERM); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_TerminationSignals)
+#include "tst_terminationsignals.moc"
