@@ -7,6 +7,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QLatin1StringView saveOption{"save"};
+constexpr QLatin1StringView printOption{"print"};
 constexpr QLatin1StringView simulateOption{"simulate"};
 constexpr QLatin1StringView cardServiceOption{"card-service"};
 constexpr QLatin1StringView helpOption{"help"};
@@ -36,6 +37,8 @@ std::optional<QString> misuse(const CommandLine& command, const QCommandLinePars
         return u"les options --simulate et --card-service s’excluent l’une l’autre."_s;
     if (command.cardService && (command.cardService->isEmpty() || isOption(*command.cardService)))
         return u"l’option --card-service demande le nom d’un programme."_s;
+    if (parser.isSet(saveOption) && parser.isSet(printOption))
+        return u"les options --save et --print s’excluent l’une l’autre."_s;
     if (parser.isSet(saveOption) && (command.folder.isEmpty() || isOption(command.folder)))
         return u"l’option --save demande le nom d’un dossier."_s;
     if (command.action == CommandLine::Action::ShowWindow && command.cards.size() > 1)
@@ -51,6 +54,7 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
     const QString valueName = u"valeur"_s;
     parser.addOptions({
         {saveOption, QString(), valueName},
+        QCommandLineOption(QString(printOption)),
         {simulateOption, QString(), valueName},
         {cardServiceOption, QString(), valueName},
         QCommandLineOption(QString(helpOption)),
@@ -74,6 +78,8 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
     }
     if (parser.isSet(saveOption))
         command.action = Action::Save;
+    else if (parser.isSet(printOption))
+        command.action = Action::Print;
     command.folder = parser.value(saveOption);
     command.cards = parser.positionalArguments();
     command.simulate = parser.isSet(simulateOption);
@@ -93,6 +99,7 @@ QString CommandLine::helpText()
   pelmora [CARTE.xml]                     ouvre la fenêtre, avec la carte du fichier s’il est donné
   pelmora --save DOSSIER [CARTE.xml …]    enregistre l’attestation de chaque fichier de carte ou, sans fichier,
                                           de la carte présente dans le lecteur, sans ouvrir de fenêtre
+  pelmora --print [CARTE.xml …]           les imprime de même sur l’imprimante par défaut
 
 Options :
   --simulate[=CARTE.xml]      emploie un lecteur simulé, avec une carte fictive ou celle du fichier
@@ -100,7 +107,9 @@ Options :
   --help                      affiche cette aide
   -v, --version               affiche la version
 
-Avec --save, le chemin de chaque attestation est écrit sur la sortie standard, et chaque échec sur la sortie d’erreur.
-Code de sortie : 0 si tout a été enregistré, 1 si une attestation au moins ne l’a pas été, 2 si la commande est fautive.
+Avec --save, le chemin de chaque attestation est écrit sur la sortie standard. Avec --save et --print, chaque échec est
+écrit sur la sortie d’erreur.
+Code de sortie : 0 si tout a été enregistré ou imprimé, 1 si une attestation au moins ne l’a pas été, 2 si la commande
+est fautive.
 )"_s;
 }

@@ -13,6 +13,7 @@ struct CommandLine
     {
         ShowWindow,
         Save,
+        Print,
         ShowHelp,
         ShowVersion
     };

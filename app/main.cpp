@@ -49,6 +49,8 @@ int main(int argc, char* argv[])
         return printed(u"pelmora " PELMORA_VERSION "\n"_s);
     case CommandLine::Action::Save:
         return runSave(*command, argv[0]);
+    case CommandLine::Action::Print:
+        return runPrint(*command, argv[0]);
     case CommandLine::Action::ShowWindow:
         return runWindow(*command, argc, argv);
     }

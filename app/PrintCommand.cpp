@@ -1,0 +1,40 @@
+#include "app/PrintCommand.h"
+
+#include "attestation/AttestationPdf.h"
+#include "attestation/MVNewAttestation.h"
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+PrintCommand::PrintCommand(PrintInfo info, SchemeLogos& logos, const PageFonts& fonts)
+    : m_info(std::move(info))
+    , m_logos(logos)
+    , m_fonts(fonts)
+{
+}
+
+std::expected<PrintInfo, QString> PrintCommand::defaultPrinter()
+{
+    const std::expected<QList<PrintQueue>, Error> queues = PrintServer().queues();
+    if (!queues)
+        return std::unexpected(queues.error().localizedDescription());
+    const auto chosen = std::ranges::find(*queues, true, &PrintQueue::isDefault);
+    if (chosen == queues->cend())
+        return std::unexpected(u"aucune imprimante par défaut n’est définie."_s);
+    return PrintInfo::defaultsOf(*chosen);
+}
+
+std::expected<void, QString> PrintCommand::handle(const CardRecord& record)
+{
+    MVNewAttestation attestation(m_logos);
+    attestation.setVitale(record);
+    const QByteArray pdf = renderAttestationPdf(attestation.page(), m_fonts, m_info.sheet);
+    if (pdf.isEmpty())
+        return std::unexpected(PrintInfo::documentError().localizedDescription());
+    const std::expected<void, Error> printed = PrintServer().print(m_info.job(pdf));
+    if (!printed)
+        return std::unexpected(printed.error().localizedDescription());
+    return {};
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "app/CardsCommand.h"
+#include "attestation/PrintInfo.h"
+
+class PageFonts;
+class SchemeLogos;
+
+/// "pelmora --print": prints attestations without a window and without a question, each as a job of its own. Waits for
+/// the print server. Main thread; the logos and the fonts must outlive it.
+class PrintCommand final : public CardsCommand
+{
+public:
+    PrintCommand(PrintInfo info, SchemeLogos& logos, const PageFonts& fonts);
+
+    /// The user's default printer with its own settings. The failure is why there is none, for people.
+    [[nodiscard]] static std::expected<PrintInfo, QString> defaultPrinter();
+
+protected:
+    [[nodiscard]] std::expected<void, QString> handle(const CardRecord& record) override;
+
+private:
+    PrintInfo m_info;
+    SchemeLogos& m_logos;
+    const PageFonts& m_fonts;
+};

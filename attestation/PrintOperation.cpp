@@ -1,0 +1,216 @@
+#include "attestation/PrintOperation.h"
+
+#include "attestation/AttestationPdf.h"
+#include "platform/MainQueue.h"
+#include "platform/PrivateFile.h"
+#include "support/MXLog.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrintEngine>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString failureTitle = u"Impression de l’attestation"_s;
+
+// Where Qt's CUPS engine keeps what the dialog's "options" and "advanced" pages were set to, as name, value, name...
+constexpr auto cupsOptionsKey = static_cast<QPrintEngine::PrintEnginePropertyKey>(0xfe00);
+
+QStringList optionsOfDialog(const QPrinter& printer)
+{
+    return printer.printEngine()->property(cupsOptionsKey).toStringList();
+}
+
+} // namespace
+
+PrintOperation::PrintOperation(AttestationPage page, const PageFonts& fonts, QWidget* window)
+    : QObject(window)
+    , m_page(std::move(page))
+    , m_fonts(fonts)
+    , m_window(window)
+{
+}
+
+PrintOperation::~PrintOperation()
+{
+    // It refers to the printer.
+    delete m_dialog;
+}
+
+void PrintOperation::raiseDialog()
+{
+    if (m_dialog) {
+        m_dialog->raise();
+        m_dialog->activateWindow();
+    }
+}
+
+void PrintOperation::run()
+{
+    doAside([this](const std::stop_token& stop) -> std::function<void()> {
+        return [this, queues = PrintServer(stop).queues()] { queuesAreKnown(queues); };
+    });
+}
+
+// The work runs on the operation's thread, and what it gives back on the main one, if the operation is still there.
+void PrintOperation::doAside(const Work& work)
+{
+    m_worker = std::jthread([work, self = QPointer(this)](const std::stop_token& stop) {
+        postToMainQueue([self, afterwards = work(stop)] {
+            if (self)
+                afterwards();
+        });
+    });
+}
+
+void PrintOperation::queuesAreKnown(const std::expected<QList<PrintQueue>, Error>& queues)
+{
+    m_queues = queues.value_or(QList<PrintQueue>());
+    // The dialog asks the server again, on the interface thread: never one that is known to give nothing.
+    if (m_queues.isEmpty())
+        m_isolation = std::make_unique<WithoutPrintServer>();
+    if (queues) {
+        openDialog();
+        return;
+    }
+    MXLog::logError("Print server: {}", PrintServer::statusName(queues.error()));
+    tell(queues.error().localizedDescription() +
+             u" Pour l’instant, l’attestation ne peut être imprimée que dans un fichier PDF."_s,
+         [this] { openDialog(); });
+}
+
+void PrintOperation::openDialog()
+{
+    m_printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    m_printer->setDocName(attestationJobName.toString());
+    m_dialog = new QPrintDialog(m_printer.get(), m_window);
+    m_dialog->setAttribute(Qt::WA_DeleteOnClose);
+    m_dialog->setWindowTitle(u"Imprimer l’attestation"_s);
+    // The page is one.
+    m_dialog->setOptions(QAbstractPrintDialog::PrintToFile | QAbstractPrintDialog::PrintShowPageSize |
+                         QAbstractPrintDialog::PrintCollateCopies);
+    // The dialog keeps one paper for all printers, unless it is told that each has its own.
+    adoptQueue();
+    if (auto* printers = m_dialog->findChild<QComboBox*>(u"printers"_s))
+        connect(printers, &QComboBox::currentIndexChanged, this, &PrintOperation::adoptQueue);
+    offerFile();
+    connect(m_dialog, &QDialog::accepted, this, &PrintOperation::print);
+    connect(m_dialog, &QDialog::rejected, this, &QObject::deleteLater);
+    m_dialog->open();
+}
+
+// A file's name where the dialog would offer a folder alone, which nothing can be written to.
+void PrintOperation::offerFile()
+{
+    auto* file = m_dialog->findChild<QLineEdit*>(u"filename"_s);
+    if (file == nullptr || (!file->text().isEmpty() && !file->text().endsWith(u'/')))
+        return;
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    const QString folder = QDir(documents).exists() ? documents : QDir::homePath();
+    file->setText(QDir::toNativeSeparators(folder + u"/%1.pdf"_s.arg(attestationJobName)));
+}
+
+PrintInfo PrintOperation::defaultsOfChosenQueue() const
+{
+    const auto chosen = std::ranges::find(m_queues, m_printer->printerName(), &PrintQueue::name);
+    if (m_printer->outputFormat() == QPrinter::NativeFormat && chosen != m_queues.cend())
+        return PrintInfo::defaultsOf(*chosen);
+    PrintInfo info;
+    info.queue = m_printer->printerName();
+    info.sheet = attestationSheet();
+    return info;
+}
+
+void PrintOperation::adoptQueue()
+{
+    m_printer->setPageLayout(defaultsOfChosenQueue().sheet);
+    m_printer->setFullPage(true);
+    m_printer->setPageMargins(QMarginsF());
+}
+
+PrintInfo PrintOperation::chosenInfo() const
+{
+    PrintInfo info = defaultsOfChosenQueue();
+    const QPageLayout chosen = m_printer->pageLayout();
+    if (!chosen.pageSize().isEquivalentTo(info.sheet.pageSize()))
+        info.media.clear();
+    // Of the chosen layout the margins do not count: the whole sheet is the page's.
+    info.sheet = QPageLayout(chosen.pageSize(), chosen.orientation(), QMarginsF());
+
+    const QStringList options = optionsOfDialog(*m_printer);
+    for (qsizetype index = 0; index + 1 < options.size(); index += 2) {
+        if (!options[index + 1].isEmpty())
+            info.set(options[index].toUtf8(), options[index + 1].toUtf8());
+    }
+    info.set("copies", QByteArray::number(m_printer->copyCount()));
+    if (m_printer->copyCount() > 1)
+        info.set("Collate", m_printer->collateCopies() ? "True" : "False");
+    if (m_printer->colorMode() == QPrinter::GrayScale)
+        info.set("print-color-mode", "monochrome");
+    return info;
+}
+
+void PrintOperation::print()
+{
+    m_asking = false;
+    if (m_printer->outputFormat() == QPrinter::PdfFormat) {
+        writeFile();
+        return;
+    }
+    const PrintInfo info = chosenInfo();
+    const QByteArray pdf = renderAttestationPdf(m_page, m_fonts, info.sheet);
+    if (pdf.isEmpty()) {
+        finish(std::unexpected(PrintInfo::documentError()));
+        return;
+    }
+    doAside([this, job = info.job(pdf)](const std::stop_token& stop) -> std::function<void()> {
+        return [this, outcome = PrintServer(stop).print(job)] { finish(outcome); };
+    });
+}
+
+void PrintOperation::writeFile()
+{
+    const QString path = m_printer->outputFileName();
+    const QByteArray pdf = renderAttestationPdf(m_page, m_fonts, chosenInfo().sheet);
+    if (pdf.isEmpty())
+        finish(std::unexpected(PrintInfo::documentError()));
+    else if (const std::expected<void, QString> written = writePrivateFile(path, pdf); !written)
+        finish(std::unexpected(
+            Error(PrintServer::errorDomain, 0, u"« %1 » n’a pas été enregistré : %2."_s.arg(path, written.error()))));
+    else
+        finish({});
+}
+
+void PrintOperation::finish(const std::expected<void, Error>& outcome)
+{
+    m_asking = false;
+    if (outcome) {
+        deleteLater();
+        return;
+    }
+    if (outcome.error().code() != 0)
+        MXLog::logError("Printing: {}", PrintServer::statusName(outcome.error()));
+    else
+        MXLog::logError("Printing: no document");
+    tell(outcome.error().localizedDescription(), [this] { deleteLater(); });
+}
+
+void PrintOperation::tell(const QString& text, const std::function<void()>& afterwards)
+{
+    auto* alert = new QMessageBox(QMessageBox::Warning, failureTitle, QString(), QMessageBox::Ok, m_window);
+    alert->setAttribute(Qt::WA_DeleteOnClose);
+    // Names of queues are what others chose: nothing in them is markup.
+    alert->setTextFormat(Qt::PlainText);
+    alert->setText(text);
+    connect(alert, &QDialog::finished, this, afterwards);
+    alert->open();
+}

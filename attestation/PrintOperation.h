@@ -1,0 +1,64 @@
+#pragma once
+
+#include "attestation/AttestationPage.h"
+#include "attestation/PrintInfo.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QPrinter>
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <thread>
+
+class PageFonts;
+class QPrintDialog;
+class QWidget;
+
+/// One print from a window: asks which queues there are, opens the print dialog on the window, and hands the page to
+/// the queue that is chosen, or writes it to the file. The print server is only ever waited for on a thread of the
+/// operation's own, so that a server which stalls cannot hold up the windows; what fails is told by an alert on the
+/// window. It deletes itself at its end. Main thread only; the fonts and the window must outlive it.
+class PrintOperation final : public QObject
+{
+    Q_OBJECT
+
+public:
+    PrintOperation(AttestationPage page, const PageFonts& fonts, QWidget* window);
+    /// A job that is on its way arrives first, unless the print server has stopped answering.
+    ~PrintOperation() override;
+
+    /// Whether the window's question, how to print, is still to be answered.
+    [[nodiscard]] bool isAsking() const { return m_asking; }
+
+    /// Brings the dialog to the front, once there is one.
+    void raiseDialog();
+
+    void run();
+
+private:
+    using Work = std::function<std::function<void()>(std::stop_token)>;
+
+    void doAside(const Work& work);
+    void queuesAreKnown(const std::expected<QList<PrintQueue>, Error>& queues);
+    void openDialog();
+    void offerFile();
+    void adoptQueue();
+    void print();
+    void writeFile();
+    [[nodiscard]] PrintInfo chosenInfo() const;
+    [[nodiscard]] PrintInfo defaultsOfChosenQueue() const;
+    void finish(const std::expected<void, Error>& outcome);
+    void tell(const QString& text, const std::function<void()>& afterwards);
+
+    AttestationPage m_page;
+    const PageFonts& m_fonts;
+    QWidget* m_window;
+    bool m_asking = true;
+    QList<PrintQueue> m_queues;
+    std::unique_ptr<WithoutPrintServer> m_isolation;
+    std::unique_ptr<QPrinter> m_printer;
+    QPointer<QPrintDialog> m_dialog;
+    std::jthread m_worker;
+};
