@@ -1,33 +1,20 @@
 #include "attestation/AttestationLayout.h"
 
-#include "attestation/FormatNSS.h"
+#include "attestation/AttestationContent.h"
 #include "attestation/TextBreaking.h"
 
 #include <QSvgRenderer>
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr QSizeF logoBox{166.0, 100.0};
-constexpr double tablesWidth = 579.0;
-constexpr double tablesTop = 230.5;
-constexpr double headerHeight = 50.0;
-constexpr double organismRowHeight = 25.0;
-constexpr double beneficiaryRowHeight = 40.0;
-// Room above the beneficiary rows, counted without the half point that puts the outlines on whole points.
-constexpr double beneficiariesTop = 355.0;
 constexpr double unbounded = 1.0e6; // a line as long as it likes
 constexpr QMarginsF cellMargins{5.0, 3.0, 5.0, 3.0};
-
-double columnWidth(const TableColumn& column)
-{
-    return double(column.value(TableColumnKey::width).toFloat());
-}
 
 bool hasRule(const TableColumn& column)
 {
@@ -100,51 +87,22 @@ void AttestationLayout::drawLogo()
 
 void AttestationLayout::drawMainText()
 {
-    const auto lineTop = [this](double y) { return QPointF(m_left, m_page.inset.top() + y); };
-    const auto isGiven = [](const std::optional<QString>& text) { return text && !text->isEmpty(); };
-    const PageFont& regular = m_fonts.systemFontOfSize(13);
-
-    if (isGiven(m_page.fundName))
-        drawAtPoint(lineTop(115), *m_page.fundName, regular);
-    if (isGiven(m_page.NSS))
-        drawAtPoint(lineTop(140), u"Numero de l'assuré : "_s + formatNSS(m_page.NSS), regular);
-    if (isGiven(m_page.insuredName))
-        drawAtPoint(lineTop(160), u"Nom de l'assuré : "_s + *m_page.insuredName, regular, 1);
-    if (m_page.showRightLabel)
-        drawAtPoint(lineTop(195), attestationTitle.toString(), m_fonts.boldSystemFontOfSize(20));
+    for (const PageText& text : pageTexts(m_page))
+        drawAtPoint(text);
 }
 
 void AttestationLayout::drawTables()
 {
-    // Half a point in, so that outlines one point wide cover whole points.
-    const double left = m_left + 0.5;
-    QRectF rect(left, tablesTop, tablesWidth, headerHeight);
-    drawTableHeadersWithColumns(rect, organismColumns());
-    rect = QRectF(left, rect.bottom(), tablesWidth, organismRowHeight);
-    drawTableDataWithColumns(rect, organismRowHeight, organismColumns(), {organismRow(m_page)});
-
-    rect = QRectF(left, rect.bottom(), tablesWidth, headerHeight);
-    drawTableHeadersWithColumns(rect, beneficiaryColumns());
-    if (m_page.lines.isEmpty())
-        return;
-
-    const auto count = double(m_page.lines.size());
-    double rowHeight = beneficiaryRowHeight;
-    double bodyHeight = count * rowHeight;
-    const double limit = m_frame.height() - m_page.inset.bottom();
-    if (limit < bodyHeight + beneficiariesTop) {
-        bodyHeight = limit - beneficiariesTop;
-        rowHeight = bodyHeight / count;
+    for (const PageTable& table : pageTables(m_page, m_frame)) {
+        drawTableHeadersWithColumns(table.header, table.columns);
+        if (!table.rows.isEmpty())
+            drawTableDataWithColumns(table.body, table.rowHeight, table.columns, table.rows);
     }
-    QList<TableRow> rows;
-    rows.reserve(m_page.lines.size());
-    std::ranges::transform(m_page.lines, std::back_inserter(rows), beneficiaryRow);
-    drawTableDataWithColumns({left, rect.bottom(), tablesWidth, bodyHeight}, rowHeight, beneficiaryColumns(), rows);
 }
 
 void AttestationLayout::drawTableHeadersWithColumns(const QRectF& rect, const QList<TableColumn>& columns)
 {
-    const PageFont& font = m_fonts.systemFontOfSize(9);
+    const PageFont& font = m_fonts.systemFontOfSize(tableTitleSize);
     m_ink.emplace_back(InkFill{.rect = rect, .color = InkColor::HeaderGray});
     m_ink.emplace_back(InkStroke{.rect = rect});
 
@@ -192,8 +150,8 @@ void AttestationLayout::drawColumnRules(const QRectF& rect, const QList<TableCol
 void AttestationLayout::drawTableRow(QPointF topLeft, double right, double rowHeight, const QList<TableColumn>& columns,
                                      const TableRow& row)
 {
-    const PageFont& regular = m_fonts.systemFontOfSize(12);
-    const PageFont fixed = monospacedDigitsSystemFontOfSize(12).value_or(regular);
+    const PageFont& regular = m_fonts.systemFontOfSize(tableDataSize);
+    const PageFont fixed = monospacedDigitsSystemFontOfSize(tableDataSize).value_or(regular);
 
     double x = topLeft.x();
     const qsizetype count = std::min(row.size(), columns.size());
@@ -208,13 +166,34 @@ void AttestationLayout::drawTableRow(QPointF topLeft, double right, double rowHe
     }
 }
 
-// A text is one line, unless it would run off the page where there is room below for the lines that it needs.
-void AttestationLayout::drawAtPoint(QPointF topLeft, const QString& text, const PageFont& font, qsizetype roomBelow)
+const PageFont& AttestationLayout::fontOf(const PageText& text) const
 {
-    const double roomOnPage = m_frame.width() - m_left - topLeft.x();
-    const QString drawable = textWithKnownGlyphs(drawableText(text), font.font);
-    const bool fits = breakText(drawable, font, roomOnPage, roomBelow + 2).size() <= roomBelow + 1;
-    drawWithRect({topLeft, QSizeF(fits ? roomOnPage : unbounded, 0)}, text, font, LeftAlignment);
+    return text.bold ? m_fonts.boldSystemFontOfSize(text.fontSize) : m_fonts.systemFontOfSize(text.fontSize);
+}
+
+// A text is one line, unless it would run off the page where there is room below for the lines that it needs.
+double AttestationLayout::lineWidthOf(const PageText& text) const
+{
+    const PageFont& font = fontOf(text);
+    const double roomOnPage = m_frame.width() - m_left - text.topLeft.x();
+    const qsizetype lineCount = breakText(shownText(text.text, font), font, roomOnPage, text.linesBelow + 2).size();
+    return lineCount <= text.linesBelow + 1 ? roomOnPage : unbounded;
+}
+
+QRectF AttestationLayout::boxOf(const PageText& text) const
+{
+    const PageFont& font = fontOf(text);
+    QRectF box(text.topLeft, QSizeF());
+    for (const BrokenLine& line : breakText(shownText(text.text, font), font, lineWidthOf(text), text.linesBelow + 1)) {
+        box.setWidth(std::max(box.width(), line.width));
+        box.setHeight(box.height() + font.lineHeight);
+    }
+    return box & QRectF(QPointF(), m_frame);
+}
+
+void AttestationLayout::drawAtPoint(const PageText& text)
+{
+    drawWithRect({text.topLeft, QSizeF(lineWidthOf(text), 0)}, text.text, fontOf(text), LeftAlignment);
 }
 
 // The box gives the text its left edge, its width and its top. It has no bottom: a text longer than its box is not cut.
@@ -227,8 +206,7 @@ void AttestationLayout::drawWithRect(const QRectF& rect, const QString& text, co
     QPointF position = rect.topLeft();
     // What would lie below the page is not laid out at all.
     const auto linesOnPage = static_cast<qsizetype>(std::ceil((m_frame.height() - position.y()) / font.lineHeight));
-    const QList<BrokenLine> lines =
-        breakText(textWithKnownGlyphs(drawableText(text), font.font), font, rect.width(), linesOnPage);
+    const QList<BrokenLine> lines = breakText(shownText(text, font), font, rect.width(), linesOnPage);
     for (const BrokenLine& line : lines) {
         position.setX(alignedLeft(rect, line.width, alignment));
         if (!line.text.isEmpty())

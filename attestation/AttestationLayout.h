@@ -1,5 +1,6 @@
 #pragma once
 
+#include "attestation/AttestationContent.h"
 #include "attestation/AttestationPage.h"
 #include "attestation/AttestationTables.h"
 #include "attestation/PageFonts.h"
@@ -20,6 +21,10 @@ public:
     /// The whole page: white, border, logo, texts, tables.
     [[nodiscard]] static PageInk drawRect(const AttestationPage& page, QSizeF frame, const PageFonts& fonts);
 
+    /// The font of a text above the tables, and the box that its lines take on the page.
+    [[nodiscard]] const PageFont& fontOf(const PageText& text) const;
+    [[nodiscard]] QRectF boxOf(const PageText& text) const;
+
     void drawLogo();
     void drawMainText();
     void drawTables();
@@ -35,7 +40,8 @@ private:
     void drawTableRow(QPointF topLeft, double right, double rowHeight, const QList<TableColumn>& columns,
                       const TableRow& row);
     void drawColumnRules(const QRectF& rect, const QList<TableColumn>& columns);
-    void drawAtPoint(QPointF topLeft, const QString& text, const PageFont& font, qsizetype roomBelow = 0);
+    [[nodiscard]] double lineWidthOf(const PageText& text) const;
+    void drawAtPoint(const PageText& text);
     void drawWithRect(const QRectF& rect, const QString& text, const PageFont& font, TableAlignment alignment);
     [[nodiscard]] std::optional<PageFont> monospacedDigitsSystemFontOfSize(double size) const;
 

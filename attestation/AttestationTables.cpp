@@ -32,6 +32,11 @@ std::optional<QString> lineText(const BeneficiaryLine& line, const QString& key)
 
 } // namespace
 
+double columnWidth(const TableColumn& column)
+{
+    return double(column.value(TableColumnKey::width).toFloat());
+}
+
 const QList<TableColumn>& organismColumns()
 {
     static const QList<TableColumn> columns{

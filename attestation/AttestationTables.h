@@ -32,6 +32,9 @@ using TableColumn = QVariantMap;
 using TableCell = QVariantMap;
 using TableRow = QList<TableCell>; ///< cells in column order, no more than there are columns
 
+/// The column's width in points.
+[[nodiscard]] double columnWidth(const TableColumn& column);
+
 /// The two tables of the page. The columns of each add up to the tables' width.
 [[nodiscard]] const QList<TableColumn>& organismColumns();
 [[nodiscard]] const QList<TableColumn>& beneficiaryColumns();

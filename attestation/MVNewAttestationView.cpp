@@ -1,5 +1,6 @@
 #include "attestation/MVNewAttestationView.h"
 
+#include "attestation/AccessiblePage.h"
 #include "attestation/AttestationLayout.h"
 #include "attestation/MVNewAttestation.h"
 #include "attestation/PagePainter.h"
@@ -7,10 +8,8 @@
 
 #include <QPainter>
 
-using namespace Qt::StringLiterals;
-
 MVNewAttestationView::MVNewAttestationView(QWidget* parent)
-    : QWidget(parent)
+    : DocumentView(parent)
 {
     internalInit();
 }
@@ -20,39 +19,34 @@ std::unique_ptr<MVNewAttestationView> MVNewAttestationView::viewOf(const MVNewAt
 {
     auto view = std::make_unique<MVNewAttestationView>();
     Ui::NewAttestation().setupUi(view.get());
+    view->setDocumentSize(view->size());
     view->setFonts(fonts);
-    view->setPage(attestation.page());
-    connect(&attestation, &MVNewAttestation::needsDisplay, view.get(), [view = view.get(), &attestation] {
-        view->setPage(attestation.page());
-        view->update();
-    });
+    view->redisplay(attestation.page());
+    connect(&attestation, &MVNewAttestation::needsDisplay, view.get(),
+            [view = view.get(), &attestation] { view->redisplay(attestation.page()); });
     return view;
 }
 
 void MVNewAttestationView::internalInit()
 {
     m_page = AttestationPage();
-    setAttribute(Qt::WA_OpaquePaintEvent);
+    AccessiblePage::install();
 }
 
-QSize MVNewAttestationView::sizeHint() const
+void MVNewAttestationView::redisplay(const AttestationPage& page)
 {
-    return attestationPageSize.toSize();
-}
-
-void MVNewAttestationView::paintEvent(QPaintEvent* /*event*/)
-{
-    QPainter painter(this);
-    drawRect(painter);
+    setPage(page);
+    update();
+    Q_EMIT pageChanged();
 }
 
 // The whole page each time, whatever part of it is asked for.
 void MVNewAttestationView::drawRect(QPainter& painter) const
 {
     if (m_fonts == nullptr) {
-        painter.fillRect(rect(), Qt::white);
+        painter.fillRect(QRectF(QPointF(), documentSize()), Qt::white);
         return;
     }
     painter.scale(1.0 / pageUnitsPerPoint, 1.0 / pageUnitsPerPoint);
-    PagePainter::paint(painter, AttestationLayout::drawRect(m_page, size(), *m_fonts), PageMedium::Screen);
+    PagePainter::paint(painter, AttestationLayout::drawRect(m_page, documentSize(), *m_fonts), PageMedium::Screen);
 }

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "attestation/AttestationPage.h"
-
-#include <QWidget>
+#include "attestation/DocumentView.h"
 
 #include <memory>
 
@@ -11,7 +10,7 @@ class PageFonts;
 
 /// The attestation's page on the screen: always white with black ink, whatever the desktop's colours, and drawn by the
 /// same routine as on paper and in a file, with a grey border that those do not get. Main thread only.
-class MVNewAttestationView final : public QWidget
+class MVNewAttestationView final : public DocumentView
 {
     Q_OBJECT
 
@@ -25,22 +24,25 @@ public:
 
     /// The origin is the top-left corner and y grows downwards.
     [[nodiscard]] bool isFlipped() const { return true; }
-    /// The page covers the whole view: nothing behind it shows.
+    /// The page covers its whole frame: nothing behind it shows.
     [[nodiscard]] bool isOpaque() const { return true; }
 
     /// What is shown. A view without fonts is a blank page.
     [[nodiscard]] const AttestationPage& page() const { return m_page; }
     void setPage(const AttestationPage& page) { m_page = page; }
+    [[nodiscard]] const PageFonts* fonts() const { return m_fonts; }
     void setFonts(const PageFonts& fonts) { m_fonts = &fonts; }
 
-    [[nodiscard]] QSize sizeHint() const override;
+Q_SIGNALS:
+    /// Another page is shown.
+    void pageChanged();
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
+    void drawRect(QPainter& painter) const override;
 
 private:
     void internalInit();
-    void drawRect(QPainter& painter) const;
+    void redisplay(const AttestationPage& page);
 
     AttestationPage m_page;
     const PageFonts* m_fonts = nullptr;

@@ -121,6 +121,11 @@ QString textWithKnownGlyphs(const QString& text, const QFont& font)
     return known;
 }
 
+QString shownText(const QString& text, const PageFont& font)
+{
+    return textWithKnownGlyphs(drawableText(text), font.font);
+}
+
 QList<BrokenLine> breakText(const QString& text, const PageFont& font, double width, qsizetype maximumLines)
 {
     QList<BrokenLine> lines;

@@ -20,6 +20,9 @@ struct BrokenLine
 /// not refer to glyphs that are not there.
 [[nodiscard]] QString textWithKnownGlyphs(const QString& text, const QFont& font);
 
+/// What the page shows of a text in that font: drawable, and of known glyphs only.
+[[nodiscard]] QString shownText(const QString& text, const PageFont& font);
+
 /// Breaks a drawable text into lines at each "\n" and, within the width (points), between words; a word too long for a
 /// line is broken anywhere. No more lines are made than asked for: what would lie below them is left out.
 [[nodiscard]] QList<BrokenLine> breakText(const QString& text, const PageFont& font, double width,

@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(view->sizeHint(), QSize(595, 842));
         QVERIFY(view->isFlipped());
         QVERIFY(view->isOpaque());
-        QVERIFY(view->testAttribute(Qt::WA_OpaquePaintEvent));
+        QCOMPARE(view->documentSize(), QSizeF(595, 842));
     }
 
     void theScreenShowsTheBorder()
@@ -164,6 +164,7 @@ private Q_SLOTS:
     void aViewWithoutFontsIsABlankPage()
     {
         MVNewAttestationView view;
+        view.setDocumentSize({100, 100});
         view.resize(100, 100);
         QCOMPARE(shown(view).pixelColor(0, 0), QColor(Qt::white));
         QCOMPARE(shown(view).pixelColor(50, 50), QColor(Qt::white));

@@ -1,0 +1,95 @@
+#include "attestation/AccessiblePage.h"
+
+#include "attestation/AttestationContent.h"
+#include "attestation/AttestationLayout.h"
+#include "attestation/MVNewAttestationView.h"
+#include "attestation/PageElement.h"
+#include "attestation/PageTableElement.h"
+#include "attestation/TextBreaking.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QAccessibleInterface* interfaceOf(const QString& className, QObject* object)
+{
+    auto* view = qobject_cast<MVNewAttestationView*>(object);
+    const bool isPage = view != nullptr && className == QLatin1StringView(view->metaObject()->className());
+    return isPage ? new AccessiblePage(*view) : nullptr;
+}
+
+// A text in one line: where the page breaks it is of no use to those who hear it.
+QString spoken(const QString& text, const PageFont& font)
+{
+    return shownText(text, font).replace(u'\n', u' ');
+}
+
+void tell(QAccessibleInterface* child, QAccessible::Event what)
+{
+    QAccessibleEvent event(child, what);
+    QAccessible::updateAccessibility(&event);
+}
+
+} // namespace
+
+AccessiblePage::AccessiblePage(MVNewAttestationView& view)
+    : QAccessibleWidget(&view, QAccessible::Document)
+{
+    addElements();
+    m_following = QObject::connect(&view, &MVNewAttestationView::pageChanged, &view, [this] { replaceElements(); });
+}
+
+AccessiblePage::~AccessiblePage()
+{
+    QObject::disconnect(m_following);
+}
+
+void AccessiblePage::install()
+{
+    QAccessible::installFactory(interfaceOf);
+}
+
+MVNewAttestationView& AccessiblePage::view() const
+{
+    return *qobject_cast<MVNewAttestationView*>(object());
+}
+
+void AccessiblePage::addElements()
+{
+    MVNewAttestationView& page = view();
+    const PageFonts* fonts = page.fonts();
+    if (fonts == nullptr)
+        return;
+
+    const AttestationLayout layout(page.page(), page.documentSize(), *fonts);
+    for (const PageText& text : pageTexts(page.page())) {
+        const QString name = spoken(text.text, layout.fontOf(text));
+        m_children.add(new PageTextElement(page, *this, {QAccessible::StaticText, name, layout.boxOf(text)}));
+    }
+    const auto shown = [fonts](const QString& text, double size) {
+        return spoken(text, fonts->systemFontOfSize(size));
+    };
+    for (const PageTable& table : pageTables(page.page(), page.documentSize()))
+        m_children.add(new PageTableElement(page, *this, table, shown));
+}
+
+// Those who listen are told: they keep what they have read.
+void AccessiblePage::replaceElements()
+{
+    for (int index = 0; index < childCount(); ++index)
+        tell(child(index), QAccessible::ObjectDestroyed);
+    m_children.clear();
+    addElements();
+    for (int index = 0; index < childCount(); ++index)
+        tell(child(index), QAccessible::ObjectCreated);
+}
+
+int AccessiblePage::indexOfChild(const QAccessibleInterface* child) const
+{
+    return m_children.indexOf(child);
+}
+
+QAccessibleInterface* AccessiblePage::childAt(int x, int y) const
+{
+    return m_children.under({x, y});
+}
