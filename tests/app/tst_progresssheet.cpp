@@ -1,0 +1,123 @@
+#include "app/ProgressIndicator.h"
+#include "app/ProgressSheet.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto lateEnough = 20ms;
+
+} // namespace
+
+class tst_ProgressSheet : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QTest::failOnWarning(QRegularExpression(u"^(?!.*(propagateSizeHints|does not support))"_s)); }
+
+    void itIsAWindowModalSheetWithTheMessage()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window);
+        sheet.begin(u"Lecture de la carte vitale en cours…"_s);
+        QVERIFY(sheet.isVisible());
+        QCOMPARE(sheet.windowModality(), Qt::WindowModal);
+        QCOMPARE(sheet.informationsTextField()->text(), u"Lecture de la carte vitale en cours…"_s);
+        QVERIFY(!(sheet.windowFlags() & Qt::WindowCloseButtonHint));
+    }
+
+    void neitherEscapeNorClosingEndIt()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window);
+        const QSignalSpy finished(&sheet, &QDialog::finished);
+        sheet.begin(u"Lecture"_s);
+        QTest::keyClick(&sheet, Qt::Key_Escape);
+        QVERIFY(sheet.isVisible());
+        sheet.close();
+        QVERIFY(sheet.isVisible());
+        QCOMPARE(finished.count(), 0);
+    }
+
+    void itEndsWithTheCodeOneAndCanBeginAgain()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window);
+        const QSignalSpy finished(&sheet, &QDialog::finished);
+        sheet.end();
+        QCOMPARE(finished.count(), 0);
+        for (int round = 1; round <= 2; ++round) {
+            sheet.begin(u"Lecture"_s);
+            sheet.end();
+            QVERIFY(!sheet.isVisible());
+            QCOMPARE(finished.count(), round);
+            QCOMPARE(finished.last().first().toInt(), 1);
+        }
+    }
+
+    void itTurnsWhileItIsUp()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window);
+        QVERIFY(!sheet.progressIndicator()->isAnimating());
+        sheet.begin(u"Lecture"_s);
+        QVERIFY(QTest::qWaitForWindowExposed(&sheet));
+        QVERIFY(sheet.progressIndicator()->isAnimating());
+        const QImage first = sheet.progressIndicator()->grab().toImage();
+        QTRY_VERIFY(sheet.progressIndicator()->grab().toImage() != first);
+        sheet.end();
+        QVERIFY(!sheet.progressIndicator()->isAnimating());
+    }
+
+    void itAsksForPatienceAfterAWhileAndOnlyThen()
+    {
+        QCOMPARE(ProgressSheet::usualPatience, 5s);
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window, lateEnough);
+        sheet.begin(u"Lecture"_s);
+        QVERIFY(!sheet.patienceLabel()->isVisible());
+        QTRY_VERIFY(sheet.patienceLabel()->isVisible());
+        QVERIFY(sheet.patienceLabel()->text().startsWith(u"Le lecteur tarde à répondre…"_s));
+        QCOMPARE(sheet.informationsTextField()->text(), u"Lecture"_s);
+        sheet.end();
+        sheet.begin(u"Lecture"_s);
+        QVERIFY(!sheet.patienceLabel()->isVisible());
+    }
+
+    void anotherMessageReplacesTheOneThatIsShown()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window);
+        sheet.begin(u"Lecture"_s);
+        sheet.begin(u"Autre"_s);
+        QCOMPARE(sheet.informationsTextField()->text(), u"Autre"_s);
+        sheet.end();
+        QVERIFY(!sheet.isVisible());
+    }
+
+    void assistiveTechnologyFindsAProgressBar()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window);
+        QAccessibleInterface* ring = QAccessible::queryAccessibleInterface(sheet.progressIndicator());
+        QCOMPARE(ring->role(), QAccessible::ProgressBar);
+        QVERIFY(!ring->text(QAccessible::Name).isEmpty());
+    }
+};
+
+QTEST_MAIN(tst_ProgressSheet)
+#include "tst_progresssheet.moc"
