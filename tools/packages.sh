@@ -17,6 +17,8 @@ test_packages=(
     xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils
     # A print server of the tests' own.
     cups-daemon cups-client cups-filters-core-drivers
+    # Validators of what desktops are told.
+    desktop-file-utils appstream
     # A font of the system's, for what the page's own font lacks.
     fonts-dejavu-core
     # Faults and limits.
