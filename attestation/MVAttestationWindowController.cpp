@@ -1,0 +1,91 @@
+#include "attestation/MVAttestationWindowController.h"
+
+#include "attestation/AttestationPrinting.h"
+#include "attestation/MVNewAttestationView.h"
+#include "attestation/MVScrollView.h"
+#include "card/CardKeys.h"
+#include "platform/ObjectText.h"
+#include "ui_AttestationWindow.h"
+
+#include <QScreen>
+#include <QStyle>
+
+namespace {
+
+constexpr QMargins airAroundPage{10, 10, 10, 10}; // points
+
+// The size of the window without its title bar: its content and its menu bar.
+QSize windowSizeForContent(const QMainWindow& window, QSize content)
+{
+    return window.sizeHint() - window.centralWidget()->sizeHint() + content;
+}
+
+// The window in the middle of its screen, and no larger than that.
+void centerOnScreen(QMainWindow& window)
+{
+    const QRect available = window.screen()->availableGeometry();
+    // How high the title bar is cannot be known before the window is shown.
+    const QSize titleBar(0, window.style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, &window));
+    window.resize(window.size().boundedTo(available.size() - titleBar));
+    QRect frame(QPoint(), window.size() + titleBar);
+    frame.moveCenter(available.center());
+    window.move(frame.topLeft());
+}
+
+} // namespace
+
+MVAttestationWindowController::MVAttestationWindowController(SchemeLogos& logos, const PageFonts& fonts,
+                                                             QObject* parent)
+    : QObject(parent)
+    , m_logos(logos)
+    , m_fonts(fonts)
+    , m_attestation(logos)
+    , m_window(std::make_unique<QMainWindow>())
+{
+    Ui::AttestationWindow layout;
+    layout.setupUi(m_window.get());
+    m_scrollView = layout.scrollView;
+    layout.clipView->awakeFromNib();
+    connectActions(*layout.printAction, *layout.closeAction);
+    internalInit();
+}
+
+MVAttestationWindowController::~MVAttestationWindowController() = default;
+
+void MVAttestationWindowController::internalInit()
+{
+    MVNewAttestationView* page = MVNewAttestationView::viewOf(m_attestation, m_fonts).release();
+    m_scrollView->setDocumentView(page);
+    const QRect content = page->rect().marginsAdded(airAroundPage);
+    m_window->resize(windowSizeForContent(*m_window, content.size()));
+    centerOnScreen(*m_window);
+}
+
+void MVAttestationWindowController::connectActions(QAction& print, QAction& close)
+{
+    connect(&print, &QAction::triggered, this, [this, &print] { printAttestation(&print); });
+    close.setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
+    connect(&close, &QAction::triggered, m_window.get(), &QWidget::close);
+}
+
+void MVAttestationWindowController::setVitale(const CardRecord& vitale)
+{
+    m_attestation.setVitale(vitale);
+    // First name first here, surname first on the page: both are meant.
+    m_window->setWindowTitle(objectText(vitale.text(CardKey::firstName)) + u' ' +
+                             objectText(vitale.text(CardKey::lastName)));
+}
+
+void MVAttestationWindowController::printAttestation(const QObject* /*sender*/)
+{
+    ::printAttestation(vitale(), m_logos, m_fonts, m_window.get());
+}
+
+void MVAttestationWindowController::showWindow(const QObject* /*sender*/)
+{
+    // A maximised window stays so.
+    m_window->setWindowState((m_window->windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+}

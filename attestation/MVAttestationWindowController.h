@@ -1,0 +1,50 @@
+#pragma once
+
+#include "attestation/MVNewAttestation.h"
+#include "card/CardRecord.h"
+
+#include <QMainWindow>
+#include <QObject>
+
+#include <memory>
+
+class MVScrollView;
+class QAction;
+class PageFonts;
+class SchemeLogos;
+
+/// The viewer: a window on one attestation page, reused for every card. Closing the window hides it. Main thread only.
+class MVAttestationWindowController final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Loads the window, which stays hidden. The logos and the fonts must outlive the controller.
+    MVAttestationWindowController(SchemeLogos& logos, const PageFonts& fonts, QObject* parent = nullptr);
+    ~MVAttestationWindowController() override;
+
+    /// The card being shown; a new one takes its place on the page and in the window's title.
+    [[nodiscard]] const CardRecord& vitale() const { return m_attestation.vitale(); }
+    void setVitale(const CardRecord& vitale);
+
+    /// Prints a page of its own made from the card: what the window shows, and at which scale, plays no part.
+    void printAttestation(const QObject* sender);
+
+    /// Brings the window to the front, from wherever it is.
+    void showWindow(const QObject* sender);
+
+    [[nodiscard]] QMainWindow* window() const { return m_window.get(); }
+    /// The scroll view whose document is the page.
+    [[nodiscard]] MVScrollView* scrollView() const { return m_scrollView; }
+    [[nodiscard]] const MVNewAttestation& attestation() const { return m_attestation; }
+
+private:
+    void internalInit();
+    void connectActions(QAction& print, QAction& close);
+
+    SchemeLogos& m_logos;
+    const PageFonts& m_fonts;
+    MVNewAttestation m_attestation;
+    std::unique_ptr<QMainWindow> m_window;
+    MVScrollView* m_scrollView = nullptr; // the window's own
+};

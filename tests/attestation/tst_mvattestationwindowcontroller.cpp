@@ -1,0 +1,228 @@
+#include "Fixtures.h"
+#include "attestation/MVAttestationWindowController.h"
+#include "attestation/MVClipView.h"
+#include "attestation/MVNewAttestationView.h"
+#include "attestation/MVScrollView.h"
+#include "attestation/PrintOperation.h"
+#include "attestation/SchemeLogos.h"
+#include "card/CardKeys.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QTest>
+
+#include <functional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+CardRecord cardOf(std::optional<QString> firstName, std::optional<QString> lastName)
+{
+    CardRecord card;
+    card.setBeneficiaries({person(u"SPECIMEN"_s, u"Zoé"_s)});
+    if (firstName)
+        card.setText(CardKey::firstName, *firstName);
+    if (lastName)
+        card.setText(CardKey::lastName, *lastName);
+    return card;
+}
+
+} // namespace
+
+class tst_MVAttestationWindowController : public QObject
+{
+    Q_OBJECT
+
+private:
+    TemporarySettings m_settings;
+    SchemeLogos m_logos{stagedBundle()};
+    PageFonts m_fonts = pageFonts();
+    std::unique_ptr<MVAttestationWindowController> m_viewer;
+
+    [[nodiscard]] QMainWindow* window() const { return m_viewer->window(); }
+    [[nodiscard]] QAction* action(const QString& name) const { return window()->findChild<QAction*>(name); }
+    [[nodiscard]] MVClipView* clipView() const
+    {
+        return qobject_cast<MVClipView*>(m_viewer->scrollView()->contentView());
+    }
+    [[nodiscard]] MVNewAttestationView* page() const
+    {
+        return qobject_cast<MVNewAttestationView*>(m_viewer->scrollView()->documentView());
+    }
+
+    bool show()
+    {
+        m_viewer->showWindow(nullptr);
+        return QTest::qWaitForWindowActive(window());
+    }
+
+private Q_SLOTS:
+    // No print server is asked.
+    void initTestCase() { qputenv("CUPS_SERVER", "/nonexistent/cups.sock"); }
+
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"^(?!.*does not support (propagateSizeHints|raise))"_s));
+        m_viewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts);
+    }
+
+    void theWindowIsLoadedAndHidden()
+    {
+        QVERIFY(window() != nullptr);
+        QVERIFY(!window()->isVisible());
+        QCOMPARE(m_viewer->scrollView(), window()->centralWidget());
+        QVERIFY(clipView() != nullptr);
+        QVERIFY(page() != nullptr);
+        QCOMPARE(window()->windowTitle(), u"Attestation"_s);
+    }
+
+    void thePageIsTheAttestations()
+    {
+        m_viewer->setVitale(specimenCard(3));
+        QCOMPARE(page()->page().lines.size(), 3);
+        QCOMPARE(m_viewer->attestation().page().lines.size(), 3);
+        QVERIFY(m_viewer->vitale() == specimenCard(3));
+        m_viewer->setVitale(specimenCard(1));
+        QCOMPARE(page()->page().lines.size(), 1);
+    }
+
+    void theTitleHasTheFirstNameFirstAndThePageTheSurname()
+    {
+        m_viewer->setVitale(cardOf(u"Marie"_s, u"Martin"_s));
+        QCOMPARE(window()->windowTitle(), u"Marie Martin"_s);
+        QCOMPARE(page()->page().insuredName, u"Martin Marie"_s);
+    }
+
+    void aMissingNameIsShownAsSuch()
+    {
+        m_viewer->setVitale(cardOf(std::nullopt, u"Martin"_s));
+        QCOMPARE(window()->windowTitle(), u"(null) Martin"_s);
+        m_viewer->setVitale(cardOf(u"Marie"_s, std::nullopt));
+        QCOMPARE(window()->windowTitle(), u"Marie (null)"_s);
+        m_viewer->setVitale(cardOf(u""_s, u""_s));
+        QCOMPARE(window()->windowTitle(), u" "_s);
+    }
+
+    void theContentIsThePageWithTenPointsAroundItUnlessTheScreenIsSmaller()
+    {
+        QVERIFY(show());
+        const QRect available = window()->screen()->availableGeometry();
+        QCOMPARE(m_viewer->scrollView()->width(), 615);
+        const int menuHeight = window()->menuBar()->height();
+        QVERIFY(menuHeight > 0);
+        if (available.height() > 1000)
+            QCOMPARE(m_viewer->scrollView()->height(), 862);
+        else
+            QVERIFY(window()->height() <= available.height());
+        const QPoint off = window()->frameGeometry().center() - available.center();
+        QVERIFY2(qAbs(off.x()) <= 5 && qAbs(off.y()) <= 30, qPrintable(u"%1, %2"_s.arg(off.x()).arg(off.y())));
+    }
+
+    void thePageIsOneToOneInAWindowOfItsSize()
+    {
+        QVERIFY(show());
+        window()->resize(window()->size() + QSize(0, 862 - m_viewer->scrollView()->height()));
+        QCOMPARE(m_viewer->scrollView()->size(), QSize(615, 862));
+        QCOMPARE(clipView()->scale(), QSizeF(1, 1));
+        QCOMPARE(page()->geometry(), QRect(10, 10, 595, 842));
+    }
+
+    void theWindowCanBeMadeSmall()
+    {
+        QVERIFY(show());
+        window()->resize(200, 200);
+        QCOMPARE(window()->size(), QSize(200, 200));
+        QVERIFY(clipView()->scale().width() < 0.25);
+        QVERIFY(clipView()->rect().contains(page()->geometry()));
+    }
+
+    void theMenuSaysWhatTheKeysDo()
+    {
+        const QList<QAction*> menus = window()->menuBar()->actions();
+        QCOMPARE(menus.size(), 1);
+        QCOMPARE(menus.at(0)->text(), u"&Attestation"_s);
+        QCOMPARE(menus.at(0)->menu()->actions(),
+                 QList({action(u"printAction"_s), menus.at(0)->menu()->actions().at(1), action(u"closeAction"_s)}));
+        QVERIFY(menus.at(0)->menu()->toolTipsVisible());
+        QCOMPARE(action(u"printAction"_s)->shortcuts(), QList({QKeySequence(u"Ctrl+P"_s)}));
+        QCOMPARE(action(u"closeAction"_s)->shortcuts(), QList({QKeySequence(u"Ctrl+W"_s), QKeySequence(u"Esc"_s)}));
+        QCOMPARE(action(u"closeAction"_s)->toolTip(), u"Fermer la fenêtre (Ctrl+W ou Échap)"_s);
+        QCOMPARE(action(u"printAction"_s)->toolTip(), u"Imprimer l’attestation (Ctrl+P)"_s);
+    }
+
+    void theKeysAndTheMenuPrint_data()
+    {
+        QTest::addColumn<std::function<void(MVAttestationWindowController&)>>("way");
+        const auto addWay = [](const char* name, std::function<void(MVAttestationWindowController&)> way) {
+            QTest::newRow(name) << std::move(way);
+        };
+        addWay("keys", [](auto& viewer) { QTest::keySequence(viewer.window(), QKeySequence(u"Ctrl+P"_s)); });
+        addWay("menu",
+               [](auto& viewer) { viewer.window()->template findChild<QAction*>(u"printAction"_s)->trigger(); });
+        addWay("operation", [](auto& viewer) { viewer.printAttestation(nullptr); });
+    }
+
+    void theKeysAndTheMenuPrint()
+    {
+        QFETCH(const std::function<void(MVAttestationWindowController&)>, way);
+        m_viewer->setVitale(specimenCard(2));
+        QVERIFY(show());
+        QCOMPARE(window()->findChildren<PrintOperation*>().size(), 0);
+        way(*m_viewer);
+        QCOMPARE(window()->findChildren<PrintOperation*>().size(), 1);
+    }
+
+    void keysCloseTheWindowWhichComesBack_data()
+    {
+        QTest::addColumn<QKeySequence>("keys");
+        QTest::newRow("Ctrl+W") << QKeySequence(u"Ctrl+W"_s);
+        QTest::newRow("Escape") << QKeySequence(u"Esc"_s);
+    }
+
+    void keysCloseTheWindowWhichComesBack()
+    {
+        QFETCH(const QKeySequence, keys);
+        QVERIFY(show());
+        QTest::keySequence(window(), keys);
+        QVERIFY(!window()->isVisible());
+        m_viewer->setVitale(specimenCard(2));
+        QVERIFY(show());
+        QVERIFY(window()->isVisible());
+        QCOMPARE(window()->windowTitle(), u"Marie SPECIMEN"_s);
+    }
+
+    void aHiddenOrIconifiedWindowIsBroughtBack()
+    {
+        QVERIFY(show());
+        window()->showMinimized();
+        QVERIFY(show());
+        QVERIFY(!window()->isMinimized());
+        window()->showMaximized();
+        QVERIFY(show());
+        QVERIFY(window()->isMaximized());
+    }
+
+    void theKeyboardIsOnThePage()
+    {
+        QVERIFY(show());
+        QCOMPARE(QApplication::focusWidget(), page());
+    }
+
+    void theSizeThatTheUserGaveTheWindowStays()
+    {
+        QVERIFY(show());
+        window()->resize(400, 500);
+        window()->close();
+        m_viewer->setVitale(specimenCard(1));
+        QVERIFY(show());
+        QCOMPARE(window()->size(), QSize(400, 500));
+    }
+};
+
+QTEST_MAIN(tst_MVAttestationWindowController)
+#include "tst_mvattestationwindowcontroller.moc"
