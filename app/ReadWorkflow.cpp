@@ -56,11 +56,9 @@ void ReadWorkflow::readVitale()
 
 void ReadWorkflow::readVitaleIfNeedWithCompletionHandler(CompletionHandler handler)
 {
-    if (isReading())
-        handler(false, std::nullopt);
-    else if (m_delegate.currentVitale())
+    if (!isReading() && m_delegate.currentVitale())
         handler(true, std::nullopt);
-    else if (m_dueStep)
+    else if (isReading() || m_dueStep)
         handler(false, std::nullopt);
     else
         runWhenBound([this, handler = std::move(handler)] { readIfNeed(handler); });

@@ -19,6 +19,8 @@ class AlertQueue final : public QObject
 
 public:
     explicit AlertQueue(QWidget* window);
+    AlertQueue(const AlertQueue&) = delete;
+    AlertQueue& operator=(const AlertQueue&) = delete;
     /// Closes the alert that is shown; those that wait are dropped.
     ~AlertQueue() override;
 
