@@ -7,13 +7,21 @@
 #include "support/PortableBundle.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QLocale>
 
 #include <algorithm>
 
+#include <sys/file.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
+
+QString executableOfThisProcess()
+{
+    return QFile::symLinkTarget(u"/proc/self/exe"_s);
+}
 
 bool runsAlready(const QString& executable)
 {
@@ -22,19 +30,34 @@ bool runsAlready(const QString& executable)
     });
 }
 
-} // namespace
-
-MoveOutcome moveToApplicationsFolderIfNecessary()
+MoveOutcome offerToMove(const QString& bundlePath)
 {
-    const std::optional<QString> bundle = portableBundleOf(QCoreApplication::applicationDirPath());
-    if (!bundle || runsAlready(QCoreApplication::applicationFilePath()))
-        return MoveOutcome::Stays;
-
-    const MoveSurroundings surroundings = surroundingsOf(*bundle);
+    const MoveSurroundings surroundings = surroundingsOf(bundlePath);
     const MoveCommands commands(linuxCommands, surroundings.platformRelease, QCoreApplication::arguments().sliced(1));
     const StringTable texts =
         StringTable::load(Bundle::mainBundle(), u"MoveApplication"_s, QLocale::system().uiLanguages());
     UserDefaults defaults(UserDefaults::standardFilePath());
     LinuxMoveOperations operations(defaults);
     return moveToApplications(surroundings, commands, texts, operations);
+}
+
+} // namespace
+
+bool isPortableCopy()
+{
+    return portableBundleOf(executableOfThisProcess()).has_value();
+}
+
+MoveOutcome moveToApplicationsFolderIfNecessary()
+{
+    const QString executablePath = executableOfThisProcess();
+    const std::optional<QString> bundle = portableBundleOf(executablePath);
+    if (!bundle)
+        return MoveOutcome::Stays;
+
+    // Whoever asks holds this lock, which ends with the process at the latest.
+    QFile executable(executablePath);
+    if (executable.open(QIODevice::ReadOnly) && flock(executable.handle(), LOCK_EX | LOCK_NB) != 0)
+        return MoveOutcome::Ends;
+    return runsAlready(executablePath) ? MoveOutcome::Stays : offerToMove(*bundle);
 }

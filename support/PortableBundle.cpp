@@ -58,9 +58,9 @@ std::optional<QString> bundleOfExecutable(const QString& executable)
     return std::nullopt;
 }
 
-std::optional<QString> portableBundleOf(const QString& executableFolder)
+std::optional<QString> portableBundleOf(const QString& executable)
 {
-    const QFileInfo folder(executableFolder);
+    const QFileInfo folder(QFileInfo(executable).path());
     if (folder.fileName() != "bin"_L1 || !hasApplicationExtension(QFileInfo(folder.path()).fileName()))
         return std::nullopt;
     return folder.path();

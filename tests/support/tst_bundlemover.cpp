@@ -1,0 +1,396 @@
+#include "MoveScene.h"
+
+#include <QRegularExpression>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace MoveScene;
+
+class tst_BundleMover : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
+
+    void aDestinationThatIsFreeIsFilled();
+    void anOldDestinationGoesToTheTrashFirst();
+    void aRunningDestinationIsOpenedInstead_data();
+    void aRunningDestinationIsOpenedInstead();
+    void beforeTheReleaseACommandTellsWhatRuns();
+    void anotherRunningApplicationIsNoHindrance();
+    void aDestinationThatCannotBeTrashedEndsTheMove();
+    void aFailedCopyEndsTheMove();
+    void authorizationIsNeededByAnyLockedPlace_data();
+    void authorizationIsNeededByAnyLockedPlace();
+    void authorizedCommandsDeleteThenCopy();
+    void aCancelledAuthorizationIsSilent();
+    void aFailedAuthorizationShowsTheAlert_data();
+    void aFailedAuthorizationShowsTheAlert();
+    void onlyApplicationsAreReplacedWithAuthorization_data();
+    void onlyApplicationsAreReplacedWithAuthorization();
+    void aSourceThatCannotBeDeletedGoesToTheTrash();
+    void aSourceThatCannotBeTrashedEitherIsLeft();
+    void aTranslocatedSourceIsTrashedWithoutAWord();
+    void aNestedCopyIsNeitherDeletedNorEjected();
+    void aDiskImageIsEjectedAndNotDeleted();
+    void onlyTheDeviceOfAnImageCounts_data();
+    void onlyTheDeviceOfAnImageCounts();
+    void aVolumeThatCannotBeToldIsNoImage();
+    void theQuarantineIsRemovedAsTheReleaseKnowsHow_data();
+    void theQuarantineIsRemovedAsTheReleaseKnowsHow();
+};
+
+void tst_BundleMover::aDestinationThatIsFreeIsFilled()
+{
+    RecordedMove platform;
+    furnish(platform);
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(platform), (QStringList{movingLine, destinationFacts, copying, removing, relaunching}));
+}
+
+void tst_BundleMover::anOldDestinationGoesToTheTrashFirst()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.facts.insert(destination, folder);
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(platform), (QStringList{movingLine, destinationFacts, u"running?"_s,
+                                                   u"trash | "_s + destination, copying, removing, relaunching}));
+}
+
+void tst_BundleMover::aRunningDestinationIsOpenedInstead_data()
+{
+    QTest::addColumn<QString>("running");
+    QTest::newRow("as it is named") << destination;
+    QTest::newRow("in other words") << u"/home/anne/./Applications//Autre/../Pelmora.app/"_s;
+}
+
+void tst_BundleMover::aRunningDestinationIsOpenedInstead()
+{
+    QFETCH(const QString, running);
+    RecordedMove platform;
+    furnish(platform);
+    platform.facts.insert(destination, folder);
+    platform.running = {u"/Applications/Autre.app"_s, running};
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(platform), (QStringList{movingLine, destinationFacts, u"running?"_s,
+                                                   u"log info | INFO -- Switching to an already running version"_s,
+                                                   u"run | /usr/bin/open | /home/anne/Applications/Pelmora.app"_s}));
+}
+
+void tst_BundleMover::beforeTheReleaseACommandTellsWhatRuns()
+{
+    const QString test = u"run | /bin/sh | -c | /bin/ps ax -o comm | /usr/bin/grep "
+                         "'/home/anne/Applications/Pelmora.app'/ | /usr/bin/grep -v grep >/dev/null"_s;
+    RecordedMove running;
+    furnish(running);
+    running.facts.insert(destination, folder);
+    QCOMPARE(moveWith(running, surroundings(release10_5)), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(running).mid(2, 2),
+             (QStringList{test, u"log info | INFO -- Switching to an already running version"_s}));
+
+    for (const std::optional<int> status : {std::optional(1), std::optional<int>()}) {
+        RecordedMove stopped;
+        furnish(stopped);
+        stopped.facts.insert(destination, folder);
+        stopped.commandEnd = {status, {}};
+        QCOMPARE(moveWith(stopped, surroundings(release10_5)), MoveOutcome::Ends);
+        // That release has no operation that moves to the trash, only the workspace's.
+        QCOMPARE(afterQuestion(stopped).mid(2, 3),
+                 (QStringList{test, u"recycle | Pelmora.app | /home/anne/Applications"_s, copying}));
+    }
+}
+
+void tst_BundleMover::anotherRunningApplicationIsNoHindrance()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.facts.insert(destination, folder);
+    platform.running = {source, u"/home/anne/Applications/Pelmora.app.app"_s, u"/home/anne/Applications"_s};
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QVERIFY(platform.record.contains(copying));
+}
+
+void tst_BundleMover::aDestinationThatCannotBeTrashedEndsTheMove()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.facts.insert(destination, folder);
+    platform.trashes = false;
+    platform.recycles = false;
+    platform.scriptFailure = u"refusé"_s;
+    QCOMPARE(moveWith(platform), MoveOutcome::Stays);
+    const QStringList rest = afterQuestion(platform);
+    QCOMPARE(
+        rest.mid(rest.size() - 3),
+        (QStringList{u"log error | Trash AppleScript error: refusé"_s,
+                     u"log error | ERROR -- Could not trash '/home/anne/Applications/Pelmora.app'"_s, failureAlert}));
+    QVERIFY(!platform.record.contains(copying));
+}
+
+void tst_BundleMover::aFailedCopyEndsTheMove()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.copyFailure = u"le disque est plein, %@"_s;
+    QCOMPARE(moveWith(platform), MoveOutcome::Stays);
+    QCOMPARE(afterQuestion(platform),
+             (QStringList{movingLine, destinationFacts, copying,
+                          u"log error | ERROR -- Could not copy '/home/anne/Downloads/Pelmora.app' to "
+                          "'/home/anne/Applications/Pelmora.app' (le disque est plein, %@)"_s,
+                          u"log error | ERROR -- Could not copy myself to /home/anne/Applications/Pelmora.app"_s,
+                          failureAlert}));
+}
+
+void tst_BundleMover::authorizationIsNeededByAnyLockedPlace_data()
+{
+    QTest::addColumn<Facts>("installFolder");
+    QTest::addColumn<Facts>("present");
+    QTest::addColumn<bool>("isNeeded");
+    QTest::newRow("nothing there") << folder << missing << false;
+    QTest::newRow("an old copy") << folder << folder << false;
+    QTest::newRow("a locked copy") << folder << lockedFolder << true;
+    QTest::newRow("a locked folder") << lockedFolder << missing << true;
+    QTest::newRow("an own copy in a locked folder") << lockedFolder << folder << true;
+}
+
+void tst_BundleMover::authorizationIsNeededByAnyLockedPlace()
+{
+    QFETCH(const Facts, installFolder);
+    QFETCH(const Facts, present);
+    QFETCH(const bool, isNeeded);
+    RecordedMove platform;
+    furnish(platform);
+    platform.facts = {{ownFolder, installFolder}, {destination, present}};
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QCOMPARE(platform.record.contains(u"create authorization"_s), isNeeded);
+}
+
+void tst_BundleMover::authorizedCommandsDeleteThenCopy()
+{
+    RecordedMove platform;
+    furnish(platform);
+    requireAuthorization(platform);
+    // How the deletion ends does not matter, as long as it does by itself.
+    platform.authorizedEnds = {1, 0};
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    const QString relaunchingThere = QString(relaunching).replace(destination, u"/Applications/Pelmora.app"_s);
+    const QStringList rest{authorizedCopy, u"free authorization"_s, removing, relaunchingThere};
+    QCOMPARE(afterQuestion(platform), authorizing + authorizedDelete + rest);
+}
+
+void tst_BundleMover::aCancelledAuthorizationIsSilent()
+{
+    RecordedMove platform;
+    furnish(platform);
+    requireAuthorization(platform);
+    platform.right = MoveOperations::Right::Cancelled;
+    QCOMPARE(moveWith(platform), MoveOutcome::Stays);
+    const QStringList rest{u"log info | INFO -- Not moving because user canceled authorization"_s,
+                           u"free authorization"_s};
+    QCOMPARE(afterQuestion(platform), authorizing + rest);
+}
+
+void tst_BundleMover::aFailedAuthorizationShowsTheAlert_data()
+{
+    QTest::addColumn<bool>("isCreated");
+    QTest::addColumn<MoveOperations::Right>("right");
+    QTest::addColumn<bool>("canRun");
+    QTest::addColumn<QList<std::optional<int>>>("ends");
+    QTest::addColumn<QStringList>("operations");
+    using Ends = QList<std::optional<int>>;
+    using Right = MoveOperations::Right;
+    const QStringList withoutFree = authorizing.first(2) + authorizedFailure.mid(1);
+    const QStringList asked = authorizing + QStringList{u"authorized commands?"_s};
+    const QStringList deleted = authorizing + authorizedDelete;
+    const QStringList copied = deleted + QStringList{authorizedCopy};
+    QTest::newRow("not created") << false << Right::Granted << true << Ends() << withoutFree;
+    QTest::newRow("refused") << true << Right::Refused << true << Ends() << authorizing + authorizedFailure;
+    QTest::newRow("no way to run") << true << Right::Granted << false << Ends() << asked + authorizedFailure;
+    QTest::newRow("delete killed") << true << Right::Granted << true << Ends{std::nullopt}
+                                   << deleted + authorizedFailure;
+    QTest::newRow("copy killed") << true << Right::Granted << true << Ends{0, std::nullopt}
+                                 << copied + authorizedFailure;
+    QTest::newRow("copy failed") << true << Right::Granted << true << Ends{0, 1} << copied + authorizedFailure;
+}
+
+void tst_BundleMover::aFailedAuthorizationShowsTheAlert()
+{
+    QFETCH(const bool, isCreated);
+    QFETCH(const MoveOperations::Right, right);
+    QFETCH(const bool, canRun);
+    QFETCH(const QList<std::optional<int>>, ends);
+    QFETCH(const QStringList, operations);
+    RecordedMove platform;
+    furnish(platform);
+    requireAuthorization(platform);
+    platform.authorizationIsCreated = isCreated;
+    platform.right = right;
+    platform.runsAuthorized = canRun;
+    platform.authorizedEnds = ends;
+    QCOMPARE(moveWith(platform), MoveOutcome::Stays);
+    QCOMPARE(afterQuestion(platform), operations);
+}
+
+void tst_BundleMover::onlyApplicationsAreReplacedWithAuthorization_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("another extension") << u"/home/anne/Downloads/Pelmora"_s;
+    QTest::newRow("blank") << u"   "_s;
+    QTest::newRow("empty") << QString();
+}
+
+void tst_BundleMover::onlyApplicationsAreReplacedWithAuthorization()
+{
+    QFETCH(const QString, path);
+    RecordedMove platform;
+    furnish(platform);
+    requireAuthorization(platform);
+    MoveSurroundings values = surroundings();
+    values.bundlePath = path;
+    QCOMPARE(moveWith(platform, values), MoveOutcome::Stays);
+    QCOMPARE(afterQuestion(platform), QStringList{movingLine} + authorizedFailure.mid(1));
+}
+
+void tst_BundleMover::aSourceThatCannotBeDeletedGoesToTheTrash()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.removeFailure = u"lecture seule"_s;
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(platform).mid(3),
+             (QStringList{removing,
+                          u"log warning | WARNING -- Could not delete '/home/anne/Downloads/Pelmora.app': "
+                          "lecture seule"_s,
+                          u"trash | /home/anne/Downloads/Pelmora.app"_s, relaunching}));
+}
+
+void tst_BundleMover::aSourceThatCannotBeTrashedEitherIsLeft()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.removeFailure = u"lecture seule"_s;
+    platform.trashes = false;
+    platform.recycles = false;
+    platform.scriptFailure = u"refusé"_s;
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    const QStringList rest = afterQuestion(platform);
+    QCOMPARE(rest.mid(rest.size() - 3),
+             (QStringList{u"log error | ERROR -- Could not trash '/home/anne/Downloads/Pelmora.app'"_s,
+                          u"log warning | WARNING -- Could not delete application after moving it to Applications "
+                          "folder"_s,
+                          relaunching}));
+}
+
+void tst_BundleMover::aTranslocatedSourceIsTrashedWithoutAWord()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.removeFailure = u"lecture seule"_s;
+    MoveSurroundings values = surroundings();
+    values.bundlePath = u"/private/var/AppTranslocation/1F/d/Pelmora.app"_s;
+    QCOMPARE(moveWith(platform, values), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(platform).mid(3),
+             (QStringList{u"remove | "_s + values.bundlePath, u"trash | "_s + values.bundlePath, relaunching}));
+}
+
+void tst_BundleMover::aNestedCopyIsNeitherDeletedNorEjected()
+{
+    RecordedMove platform;
+    furnish(platform);
+    putOnDiskImage(platform);
+    MoveSurroundings values = surroundings();
+    values.bundlePath = u"/Applications/Autre.app/Contents/Pelmora.app"_s;
+    QCOMPARE(moveWith(platform, values), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(platform),
+             (QStringList{movingLine, destinationFacts,
+                          u"copy | /Applications/Autre.app/Contents/Pelmora.app | "_s + destination, relaunching}));
+}
+
+void tst_BundleMover::aDiskImageIsEjectedAndNotDeleted()
+{
+    RecordedMove platform;
+    furnish(platform);
+    putOnDiskImage(platform);
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(platform), (QStringList{movingLine, destinationFacts, copying, relaunching, ejecting}));
+}
+
+void tst_BundleMover::onlyTheDeviceOfAnImageCounts_data()
+{
+    QTest::addColumn<QByteArray>("list");
+    QTest::addColumn<bool>("isFound");
+    const QByteArray ours = entity("/dev/disk2s1");
+    const QByteArray other = entity("/dev/disk9");
+    QTest::newRow("the second image") << twoImages() << true;
+    QTest::newRow("other devices") << imageList("<array>" + image("<array>" + other + "</array>") + "</array>")
+                                   << false;
+    QTest::newRow("no image") << imageList("<array/>") << false;
+    QTest::newRow("nothing") << QByteArray() << false;
+    QTest::newRow("no property list") << QByteArray("hdiutil: erreur") << false;
+    QTest::newRow("an array") << QByteArray("<plist version=\"1.0\"><array>" + ours + "</array></plist>") << false;
+    QTest::newRow("no images") << QByteArray("<plist version=\"1.0\"><dict/></plist>") << false;
+    QTest::newRow("images of another type") << imageList("<string>x</string>") << false;
+    const QByteArray goodImage = image("<array>" + ours + "</array>");
+    QTest::newRow("a strange image before") << imageList("<array><string>x</string>" + goodImage + "</array>") << false;
+    QTest::newRow("a strange image after") << imageList("<array>" + goodImage + "<string>x</string></array>") << true;
+    QTest::newRow("an image without entities") << imageList("<array><dict/>" + goodImage + "</array>") << false;
+    QTest::newRow("entities of another type")
+        << imageList("<array>" + image("<true/>") + goodImage + "</array>") << false;
+    QTest::newRow("a strange entity")
+        << imageList("<array>" + image("<array><integer>1</integer>" + ours + "</array>") + "</array>") << false;
+    QTest::newRow("an entity without device")
+        << imageList("<array>" + image("<array><dict/>" + ours + "</array>") + "</array>") << false;
+    QTest::newRow("a device of another type")
+        << imageList("<array>" + image("<array><dict><key>dev-entry</key><true/></dict>" + ours + "</array>") +
+                     "</array>")
+        << false;
+}
+
+void tst_BundleMover::onlyTheDeviceOfAnImageCounts()
+{
+    QFETCH(const QByteArray, list);
+    QFETCH(const bool, isFound);
+    RecordedMove platform;
+    furnish(platform);
+    platform.volume = Volume{false, u"/dev/disk2s1"_s};
+    platform.commandEnd = {0, list};
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QCOMPARE(platform.record.contains(ejecting), isFound);
+    QCOMPARE(platform.record.contains(removing), !isFound);
+}
+
+void tst_BundleMover::aVolumeThatCannotBeToldIsNoImage()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.commandEnd = {0, twoImages()};
+    platform.volume.reset();
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
+    QVERIFY(!platform.record.contains(listing));
+    QVERIFY(platform.record.contains(removing));
+}
+
+void tst_BundleMover::theQuarantineIsRemovedAsTheReleaseKnowsHow_data()
+{
+    QTest::addColumn<int>("release");
+    QTest::addColumn<QString>("removal");
+    QTest::newRow("10.4") << release10_4 << u"/usr/bin/xattr -d com.apple.quarantine '"_s;
+    QTest::newRow("10.5") << release10_5 << u"/usr/bin/xattr -d com.apple.quarantine '"_s;
+    QTest::newRow("just later") << release10_5 + 1 << u"/usr/bin/xattr -d -r com.apple.quarantine '"_s;
+    QTest::newRow("10.6") << release10_6 << u"/usr/bin/xattr -d -r com.apple.quarantine '"_s;
+}
+
+void tst_BundleMover::theQuarantineIsRemovedAsTheReleaseKnowsHow()
+{
+    QFETCH(const int, release);
+    QFETCH(const QString, removal);
+    RecordedMove platform;
+    furnish(platform);
+    QCOMPARE(moveWith(platform, surroundings(release)), MoveOutcome::Ends);
+    QVERIFY2(platform.record.last().contains(u"; "_s + removal), qPrintable(platform.record.last()));
+}
+
+QTEST_APPLESS_MAIN(tst_BundleMover)
+#include "tst_bundlemover.moc"

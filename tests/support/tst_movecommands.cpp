@@ -1,0 +1,190 @@
+#include "support/MoveCommands.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int later = PlatformRelease::firstOf10_8;
+const QString bundle = u"/Volumes/L'été/Pelmora.app"_s;
+const QString quotedBundle = u"'/Volumes/L'\\''été/Pelmora.app'"_s;
+
+QString textOf(const MoveCommand& command)
+{
+    return (QStringList(command.program) + command.arguments).join(" | "_L1);
+}
+
+QString contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : u"(nothing)"_s;
+}
+
+// A bundle whose program notes its arguments, one a line, in the file "started" beside the bundle.
+bool makeBundle(const QString& path)
+{
+    QFile program(path + "/bin/pelmora"_L1);
+    return QDir().mkpath(path + "/bin"_L1) && program.open(QIODevice::WriteOnly) &&
+           program.write("#!/bin/sh\nprintf '%s\\n' started \"$@\" >\"${0%/*}/../../started.part\"\n"
+                         "mv \"${0%/*}/../../started.part\" \"${0%/*}/../../started\"\n") > 0 &&
+           program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+} // namespace
+
+class tst_MoveCommands : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theMacintoshCommandsAreThese();
+    void aTableMayLackTheListOfImages();
+    void theLinuxCommandsAreThese();
+    void theRunningCopyIsOpenedWhateverItsPath_data() { strangePaths(); }
+    void theRunningCopyIsOpenedWhateverItsPath();
+    void theCopyIsStartedWhenTheProcessHasEnded_data() { strangePaths(); }
+    void theCopyIsStartedWhenTheProcessHasEnded();
+    void aProcessThatNobodyAsksForHasEndedAllTheSame();
+    void theAdministratorsCopyIsWholeAndReplacesNothing();
+
+private:
+    static void strangePaths();
+};
+
+void tst_MoveCommands::strangePaths()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("plain") << u"plain"_s;
+    QTest::newRow("blanks") << u" a  b "_s;
+    QTest::newRow("quotes") << u"l'été d'\"Anne\" `id` $HOME"_s;
+    QTest::newRow("only quotes") << u"''''"_s;
+    QTest::newRow("line ends") << u"a\nb\n"_s;
+    QTest::newRow("dashes") << u"-rf --"_s;
+    QTest::newRow("other letters") << u"Ελλάδα 日本 é"_s;
+    QTest::newRow("placeholders") << u"%@ %d %1 \\"_s;
+    QTest::newRow("shell") << u"a;b&c|d>e*?[x]~#"_s;
+}
+
+void tst_MoveCommands::theMacintoshCommandsAreThese()
+{
+    const MoveCommands commands(macintoshCommands, later);
+    QCOMPARE(textOf(commands.listMountedImages().value_or(MoveCommand())), u"/usr/bin/hdiutil | info | -plist"_s);
+    QCOMPARE(textOf(commands.testRunning(bundle)), u"/bin/sh | -c | /bin/ps ax -o comm | /usr/bin/grep "_s +
+                                                       quotedBundle + u"/ | /usr/bin/grep -v grep >/dev/null"_s);
+    QCOMPARE(textOf(commands.openRunningCopy(bundle)), u"/usr/bin/open | "_s + bundle);
+    QCOMPARE(textOf(commands.relaunch(81, bundle)),
+             u"/bin/sh | -c | (while /bin/kill -0 81 >&/dev/null; do /bin/sleep 0.1; done; /usr/bin/xattr -d -r "
+             "com.apple.quarantine "_s +
+                 quotedBundle + u"; /usr/bin/open "_s + quotedBundle + u") &"_s);
+    QCOMPARE(textOf(MoveCommands(macintoshCommands, PlatformRelease::lastOf10_5).relaunch(81, bundle)),
+             u"/bin/sh | -c | (while /bin/kill -0 81 >&/dev/null; do /bin/sleep 0.1; done; /usr/bin/xattr -d "
+             "com.apple.quarantine "_s +
+                 quotedBundle + u"; /usr/bin/open "_s + quotedBundle + u") &"_s);
+    QCOMPARE(textOf(commands.ejectImage(u"/dev/disk2s1"_s)),
+             u"/bin/sh | -c | (/bin/sleep 5 && /usr/bin/hdiutil detach '/dev/disk2s1') &"_s);
+    QCOMPARE(textOf(commands.privilegedDelete(bundle)), u"/bin/rm | -rf | "_s + bundle);
+    QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)), u"/bin/cp | -pR | /a b | "_s + bundle);
+}
+
+void tst_MoveCommands::aTableMayLackTheListOfImages()
+{
+    QVERIFY(!MoveCommands(linuxCommands, later).listMountedImages().has_value());
+}
+
+void tst_MoveCommands::theLinuxCommandsAreThese()
+{
+    const MoveCommands commands(linuxCommands, later, {u"--simulate"_s, u"l'été.xml"_s});
+    QCOMPARE(textOf(commands.openRunningCopy(bundle)),
+             u"/bin/sh | -c | "_s + quotedBundle +
+                 u"/bin/pelmora '--simulate' 'l'\\''été.xml' >/dev/null 2>&1 </dev/null &"_s);
+    QCOMPARE(textOf(commands.relaunch(81, bundle)),
+             u"/bin/sh | -c | (p=81; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "
+             ":; exec "_s +
+                 quotedBundle + u"/bin/pelmora '--simulate' 'l'\\''été.xml') >/dev/null 2>&1 </dev/null &"_s);
+    QCOMPARE(textOf(commands.ejectImage(u"/dev/loop0"_s)),
+             u"/bin/sh | -c | (d='/dev/loop0'; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b "
+             "\"$d\") >/dev/null 2>&1 &"_s);
+    QCOMPARE(textOf(commands.privilegedDelete(bundle)), u"rm | -rf | -- | "_s + bundle);
+}
+
+void tst_MoveCommands::theRunningCopyIsOpenedWhateverItsPath()
+{
+    QFETCH(const QString, name);
+    const QTemporaryDir folder;
+    const QString path = folder.path() + u'/' + name + ".app"_L1;
+    QVERIFY(makeBundle(path));
+    const MoveCommand command = MoveCommands(linuxCommands, later, {name}).openRunningCopy(path);
+    QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
+    QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
+}
+
+void tst_MoveCommands::theCopyIsStartedWhenTheProcessHasEnded()
+{
+    QFETCH(const QString, name);
+    const QTemporaryDir folder;
+    const QString path = folder.path() + u'/' + name + ".app"_L1;
+    QVERIFY(makeBundle(path));
+    QProcess running;
+    running.start(u"sleep"_s, {u"60"_s});
+    QVERIFY(running.waitForStarted());
+    const MoveCommand command = MoveCommands(linuxCommands, later, {name}).relaunch(running.processId(), path);
+    QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
+    QVERIFY(!QFile::exists(folder.path() + "/started"_L1));
+    running.kill();
+    QVERIFY(running.waitForFinished());
+    QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
+}
+
+void tst_MoveCommands::aProcessThatNobodyAsksForHasEndedAllTheSame()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.path() + "/Pelmora.app"_L1;
+    QVERIFY(makeBundle(path));
+    // A shell that becomes a program which never asks for the shell's child.
+    QProcess parent;
+    parent.start(u"/bin/sh"_s, {u"-c"_s, u"true & echo $!; exec sleep 60"_s});
+    QVERIFY(parent.waitForReadyRead());
+    const qint64 child = parent.readLine().trimmed().toLongLong();
+    QTRY_VERIFY(contentOf(u"/proc/%1/status"_s.arg(child)).contains("State:\tZ"_L1));
+    const MoveCommand command = MoveCommands(linuxCommands, later).relaunch(child, path);
+    QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
+    QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s);
+    parent.kill();
+    QVERIFY(parent.waitForFinished());
+}
+
+void tst_MoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
+{
+    const QTemporaryDir folder;
+    const QString source = folder.path() + "/l'été/-a b.app"_L1;
+    const QString destination = folder.path() + "/Applications/-a b.app"_L1;
+    QVERIFY(makeBundle(source));
+    QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+    // What an interrupted copy has left.
+    QVERIFY(makeBundle(destination + ".part/rest"_L1));
+    const MoveCommands commands(linuxCommands, later);
+    const MoveCommand copy = commands.privilegedCopy(source, destination);
+    QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
+    QCOMPARE(contentOf(destination + "/bin/pelmora"_L1), contentOf(source + "/bin/pelmora"_L1));
+    QCOMPARE(QDir(folder.path() + "/Applications"_L1).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList{u"-a b.app"_s});
+    QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
+
+    // One that was not deleted stays as it is.
+    QVERIFY(QProcess::execute(copy.program, copy.arguments) != 0);
+    QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
+
+    const MoveCommand deletion = commands.privilegedDelete(destination);
+    QCOMPARE(QProcess::execute(deletion.program, deletion.arguments), 0);
+    QVERIFY(!QFile::exists(destination));
+}
+
+QTEST_GUILESS_MAIN(tst_MoveCommands)
+#include "tst_movecommands.moc"
