@@ -46,13 +46,14 @@ class Application:
 
     The environment's values replace or add to the usual ones (None takes one away); a home that is given is kept."""
 
-    def __init__(self, *command, home=None, environment=None):
+    def __init__(self, *command, home=None, environment=None, stdin=None):
         self.home = home or tempfile.mkdtemp()
         self._own_home = home is None
         changes = {"HOME": self.home, "XDG_CONFIG_HOME": os.path.join(self.home, "config"), "QT_QPA_PLATFORM": "xcb",
                    "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "LC_ALL": "C.UTF-8", **(environment or {})}
         values = {**os.environ, **changes}
-        self.process = subprocess.Popen(command, env={key: value for key, value in values.items() if value is not None})
+        self.process = subprocess.Popen(command, stdin=stdin,
+                                        env={key: value for key, value in values.items() if value is not None})
 
     def __enter__(self):
         return self

@@ -1,0 +1,55 @@
+// attestation-viewer CARD.xml: the viewer alone, on a card's page. Each line of its standard input is the file of
+// another card, which takes the place of the last in the same window.
+#include "app/CardFile.h"
+#include "attestation/MVAttestationWindowController.h"
+#include "attestation/PageFonts.h"
+#include "attestation/SchemeLogos.h"
+#include "platform/Bundle.h"
+#include "prefs/MVSettings.h"
+#include "prefs/StandardPreferences.h"
+
+#include <QApplication>
+#include <QSocketNotifier>
+#include <QTextStream>
+
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace {
+
+void show(MVAttestationWindowController& viewer, const QString& path)
+{
+    const std::expected<CardRecord, Error> record = loadCardFile(path);
+    if (!record)
+        qFatal("%s: %s", qPrintable(path), qPrintable(record.error().localizedDescription()));
+    viewer.setVitale(*record);
+    viewer.showWindow(nullptr);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    MVSettings::registerDefaults(standardPreferences());
+    const Bundle bundle(QStringLiteral(PELMORA_STAGE_SHARE));
+    const auto fonts = PageFonts::load(bundle);
+    if (!fonts)
+        qFatal("%s", qPrintable(fonts.error().localizedDescription()));
+    SchemeLogos logos(bundle);
+    MVAttestationWindowController viewer(logos, *fonts);
+    show(viewer, QApplication::arguments().value(1));
+
+    const QSocketNotifier standardInput(STDIN_FILENO, QSocketNotifier::Read);
+    QTextStream lines(stdin);
+    QObject::connect(&standardInput, &QSocketNotifier::activated, &viewer, [&lines, &viewer] {
+        const QString path = lines.readLine();
+        if (path.isNull())
+            QCoreApplication::quit();
+        else
+            show(viewer, path);
+    });
+    return QApplication::exec();
+}
