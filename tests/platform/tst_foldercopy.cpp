@@ -1,0 +1,188 @@
+#include "platform/FolderCopy.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool writeFile(const QString& path, const QByteArray& content, QFile::Permissions permissions)
+{
+    QFile file(path);
+    return QDir().mkpath(path.left(path.lastIndexOf(u'/'))) && file.open(QIODevice::WriteOnly) &&
+           file.write(content) == content.size() && file.setPermissions(permissions);
+}
+
+constexpr QFile::Permissions readable = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther;
+constexpr QFile::Permissions executable = readable | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
+
+// A tree with a bit of everything that an application holds.
+bool makeTree(const QString& path)
+{
+    return writeFile(path + "/bin/pelmora"_L1, "programme", executable) &&
+           writeFile(path + u"/share/L'été \"1\".txt"_s, QByteArray(100000, 'x'), readable) &&
+           writeFile(path + "/share/.caché"_L1, QByteArray(), readable) && QDir().mkpath(path + "/vide"_L1) &&
+           QFile::link(u"bin/pelmora"_s, path + "/lien"_L1) && QFile::link(u"/nulle/part"_s, path + "/perdu"_L1);
+}
+
+// Each entry with its kind, mode and content.
+QStringList treeOf(const QString& path)
+{
+    QStringList entries;
+    QDirIterator iterator(path, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                          QDirIterator::Subdirectories);
+    while (iterator.hasNext()) {
+        const QFileInfo entry(iterator.next());
+        struct stat status = {};
+        lstat(QFile::encodeName(entry.filePath()).constData(), &status);
+        QFile file(entry.filePath());
+        const bool isFile = S_ISREG(status.st_mode);
+        const QByteArray content = isFile && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        entries.append(u"%1 %2 %3 %4"_s.arg(entry.filePath().mid(path.size()), QString::number(status.st_mode, 8),
+                                            entry.symLinkTarget().mid(path.size()), QString::fromUtf8(content)));
+    }
+    entries.sort();
+    return entries;
+}
+
+QStringList namesIn(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+class tst_FolderCopy : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void aCopyIsWhole();
+    void timesAreKept();
+    void aReadOnlySourceMakesACopyThatCanBeReplaced();
+    void aDestinationThatExistsStaysAsItIs();
+    void aFolderThatIsMissingIsNoSource();
+    void whatIsNeitherFileNorFolderIsRefused();
+    void aFailureLeavesNothingBehind();
+    void whatWasInterruptedIsSweptAway();
+    void aRemovedFolderIsGone();
+    void aMissingFolderCannotBeRemoved();
+
+private:
+    [[nodiscard]] QString source() const { return m_folder->path() + u"/L'été -à/Pelmora.app"_s; }
+    [[nodiscard]] QString target() const { return m_folder->path() + "/Applications/Pelmora.app"_L1; }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void tst_FolderCopy::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(makeTree(source()));
+    QVERIFY(QDir().mkpath(m_folder->path() + "/Applications"_L1));
+}
+
+void tst_FolderCopy::cleanup()
+{
+    m_folder.reset();
+}
+
+void tst_FolderCopy::aCopyIsWhole()
+{
+    QVERIFY(copyFolder(source(), target()));
+    QCOMPARE(treeOf(target()), treeOf(source()));
+    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
+    QCOMPARE(QFileInfo(target()).permissions(), QFileInfo(source()).permissions());
+}
+
+void tst_FolderCopy::timesAreKept()
+{
+    const QDateTime time(QDate(2020, 2, 3), QTime(4, 5, 6));
+    QFile file(source() + "/bin/pelmora"_L1);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QVERIFY(file.setFileTime(time, QFileDevice::FileModificationTime));
+    file.close();
+    const QDateTime folderTime = QFileInfo(source() + "/bin"_L1).lastModified();
+    QVERIFY(copyFolder(source(), target()));
+    QCOMPARE(QFileInfo(target() + "/bin/pelmora"_L1).lastModified(), time);
+    QCOMPARE(QFileInfo(target() + "/bin"_L1).lastModified(), folderTime);
+}
+
+void tst_FolderCopy::aReadOnlySourceMakesACopyThatCanBeReplaced()
+{
+    const auto readOnly = QFile::ReadOwner | QFile::ExeOwner;
+    QVERIFY(QFile::setPermissions(source() + "/bin/pelmora"_L1, readOnly));
+    QVERIFY(QFile::setPermissions(source() + "/bin"_L1, readOnly));
+    QVERIFY(QFile::setPermissions(source(), readOnly));
+    const bool isCopied = copyFolder(source(), target()).has_value();
+    QVERIFY(QFile::setPermissions(source() + "/bin"_L1, readOnly | QFile::WriteOwner));
+    QVERIFY(QFile::setPermissions(source(), readOnly | QFile::WriteOwner));
+    QVERIFY(isCopied);
+    for (const QString& path : {target(), target() + "/bin"_L1, target() + "/bin/pelmora"_L1})
+        QVERIFY2(QFileInfo(path).permissions().testFlag(QFile::WriteOwner), qPrintable(path));
+}
+
+void tst_FolderCopy::aDestinationThatExistsStaysAsItIs()
+{
+    QVERIFY(QDir().mkpath(target()));
+    QCOMPARE(copyFolder(source(), target()), (std::expected<void, QString>(std::unexpect, u"File exists"_s)));
+    QCOMPARE(treeOf(target()), QStringList());
+    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
+}
+
+void tst_FolderCopy::aFolderThatIsMissingIsNoSource()
+{
+    QVERIFY(!copyFolder(m_folder->path() + "/rien"_L1, target()));
+    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+    QVERIFY(!copyFolder(source(), m_folder->path() + "/rien/Pelmora.app"_L1));
+}
+
+void tst_FolderCopy::whatIsNeitherFileNorFolderIsRefused()
+{
+    QCOMPARE(mkfifo(QFile::encodeName(source() + "/tube"_L1).constData(), 0600), 0);
+    QVERIFY(!copyFolder(source(), target()));
+    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+}
+
+void tst_FolderCopy::aFailureLeavesNothingBehind()
+{
+    // A name that is too long for any file system.
+    QVERIFY(!copyFolder(source(), m_folder->path() + "/Applications/"_L1 + QString(300, u'x')));
+    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+}
+
+void tst_FolderCopy::whatWasInterruptedIsSweptAway()
+{
+    QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.pelmora-copy-Ab12xY/bin"_L1));
+    QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.autre"_L1));
+    QVERIFY(copyFolder(source(), target()));
+    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), (QStringList{u".autre"_s, u"Pelmora.app"_s}));
+}
+
+void tst_FolderCopy::aRemovedFolderIsGone()
+{
+    QVERIFY(removeFolder(source()));
+    QCOMPARE(namesIn(QFileInfo(source()).path()), QStringList());
+}
+
+void tst_FolderCopy::aMissingFolderCannotBeRemoved()
+{
+    const QStringList before = treeOf(source());
+    QCOMPARE(removeFolder(source() + "/rien"_L1),
+             (std::expected<void, QString>(std::unexpect, u"No such file or directory"_s)));
+    QCOMPARE(treeOf(source()), before);
+}
+
+QTEST_APPLESS_MAIN(tst_FolderCopy)
+#include "tst_foldercopy.moc"

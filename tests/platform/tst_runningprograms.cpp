@@ -1,0 +1,78 @@
+#include "platform/RunningPrograms.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString executableOf(qint64 process, const QList<RunningProgram>& programs)
+{
+    const auto isIt = [process](const RunningProgram& program) { return program.processIdentifier == process; };
+    const auto program = std::ranges::find_if(programs, isIt);
+    return program == programs.end() ? QString() : program->executable;
+}
+
+bool writeCommandLine(const QString& process, const QByteArray& content)
+{
+    QFile file(process + "/cmdline"_L1);
+    return QDir().mkpath(process) && file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+} // namespace
+
+class tst_RunningPrograms : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void thisProgramRuns();
+    void aProgramRunsUntilItEnds();
+    void aProgramWhoseExecutableIsHiddenIsKnownByItsStart();
+};
+
+void tst_RunningPrograms::thisProgramRuns()
+{
+    QCOMPARE(executableOf(QCoreApplication::applicationPid(), runningPrograms()),
+             QCoreApplication::applicationFilePath());
+}
+
+void tst_RunningPrograms::aProgramRunsUntilItEnds()
+{
+    const QTemporaryDir folder;
+    const QString program = folder.path() + u"/L'été d\"Anne"_s;
+    QVERIFY(QFile::copy(QStandardPaths::findExecutable(u"sleep"_s), program));
+    QProcess process;
+    process.start(program, {u"60"_s});
+    QVERIFY(process.waitForStarted());
+    const qint64 identifier = process.processId();
+    QCOMPARE(executableOf(identifier, runningPrograms()), program);
+    process.kill();
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(executableOf(identifier, runningPrograms()), QString());
+}
+
+void tst_RunningPrograms::aProgramWhoseExecutableIsHiddenIsKnownByItsStart()
+{
+    const QTemporaryDir folder;
+    QVERIFY(writeCommandLine(folder.path() + "/12"_L1, QByteArray("/opt/a b/pelmora\0--simulate\0", 28)));
+    QVERIFY(writeCommandLine(folder.path() + "/13"_L1, QByteArray("pelmora\0", 8)));
+    QVERIFY(writeCommandLine(folder.path() + "/14"_L1, QByteArray()));
+    QVERIFY(writeCommandLine(folder.path() + "/self"_L1, QByteArray("/bin/x\0", 7)));
+    QVERIFY(QDir().mkpath(folder.path() + "/15"_L1));
+    const QList<RunningProgram> programs = runningPrograms(folder.path());
+    QCOMPARE(programs.size(), 1);
+    QCOMPARE(programs.first().processIdentifier, 12);
+    QCOMPARE(programs.first().executable, u"/opt/a b/pelmora"_s);
+}
+
+QTEST_GUILESS_MAIN(tst_RunningPrograms)
+#include "tst_runningprograms.moc"
