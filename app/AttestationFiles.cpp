@@ -7,7 +7,6 @@
 #include "platform/FileName.h"
 #include "platform/ObjectText.h"
 #include "platform/PrivateFile.h"
-#include "support/MXLog.h"
 #include "support/MXUtils.h"
 
 #include <utility>
@@ -25,21 +24,6 @@ QString SaveFailure::description() const
         break;
     }
     return u"« %1 » n’a pas été enregistré : %2."_s.arg(path, reason);
-}
-
-void SaveFailure::log() const
-{
-    switch (kind) {
-    case Kind::FolderUnusable:
-        MXLog::logError("The attestation was not saved: its folder cannot be used");
-        return;
-    case Kind::NoDocument:
-        MXLog::logError("The attestation was not saved: it did not become a document");
-        return;
-    case Kind::WriteFailed:
-        MXLog::logError("The attestation was not saved: {}", reason);
-        return;
-    }
 }
 
 AttestationFiles::AttestationFiles(QString folder, SchemeLogos& logos, const PageFonts& fonts)

@@ -27,9 +27,6 @@ struct SaveFailure
 
     /// The failure as a sentence for people.
     [[nodiscard]] QString description() const;
-
-    /// Logs the failure at error level, without the file's name: it names the patient.
-    void log() const;
 };
 
 /// The attestations of one folder: each record becomes one PDF file there, named after its insured person. Main thread.

@@ -155,28 +155,6 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
     }
 
-    void everyFailureIsLoggedWithoutAName_data()
-    {
-        QTest::addColumn<SaveFailure>("failure");
-        QTest::addColumn<QString>("line");
-        using Kind = SaveFailure::Kind;
-        QTest::newRow("folder") << SaveFailure{Kind::FolderUnusable, u"/SPECIMEN"_s, {}}
-                                << u"The attestation was not saved: its folder cannot be used"_s;
-        QTest::newRow("document") << SaveFailure{Kind::NoDocument, u"/SPECIMEN"_s, {}}
-                                  << u"The attestation was not saved: it did not become a document"_s;
-        QTest::newRow("write") << SaveFailure{Kind::WriteFailed, u"/SPECIMEN.pdf"_s, u"c’est plein"_s}
-                               << u"The attestation was not saved: c’est plein"_s;
-    }
-
-    void everyFailureIsLoggedWithoutAName()
-    {
-        QFETCH(const SaveFailure, failure);
-        QFETCH(const QString, line);
-        failure.log();
-        QCOMPARE(m_log.lines(MXLog::Error), QStringList{line});
-        QCOMPARE(m_log.lines().size(), 1);
-    }
-
     void withoutADocumentTheCataloguesErrorIsTold()
     {
         QCOMPARE((SaveFailure{SaveFailure::Kind::NoDocument, u"/x"_s, {}}.description()),
