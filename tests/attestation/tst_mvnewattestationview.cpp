@@ -1,6 +1,8 @@
 #include "Fixtures.h"
+#include "attestation/AttestationLayout.h"
 #include "attestation/MVNewAttestation.h"
 #include "attestation/MVNewAttestationView.h"
+#include "attestation/PagePainter.h"
 #include "attestation/SchemeLogos.h"
 
 #include <QApplication>
@@ -42,6 +44,22 @@ QPalette darkPalette()
     palette.setColor(QPalette::Base, Qt::blue);
     return palette;
 }
+
+class PaintCount final : public QObject
+{
+public:
+    [[nodiscard]] int value() const { return m_value; }
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        m_value += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+private:
+    int m_value = 0;
+};
 
 } // namespace
 
@@ -159,6 +177,73 @@ private Q_SLOTS:
                 QVERIFY2(qAbs(difference) < 20, qPrintable(u"%1 at %2, %3"_s.arg(difference).arg(x).arg(y)));
             }
         }
+    }
+
+    // Drawn anew at every scale, never a stretched picture: pixel by pixel what the ink gives at that scale.
+    void thePageIsSharpAtEveryScale_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<double>("pixelsPerPoint");
+        for (const double scale : {1.0, 0.73, 0.5, 0.2}) {
+            for (const double pixels : {1.0, 1.25, 1.5, 2.0})
+                QTest::addRow("%g, %g pixels", scale, pixels) << scale << pixels;
+        }
+    }
+
+    void thePageIsSharpAtEveryScale()
+    {
+        QFETCH(const double, scale);
+        QFETCH(const double, pixelsPerPoint);
+        MVNewAttestation attestation(m_logos);
+        attestation.setVitale(specimenCard(2));
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        view->setPlacement(QTransform::fromScale(scale, scale));
+
+        QImage seen((QSizeF(view->size()) * pixelsPerPoint).toSize(), QImage::Format_RGB32);
+        seen.fill(Qt::white);
+        QImage drawn = seen;
+        seen.setDevicePixelRatio(pixelsPerPoint);
+        view->render(&seen, {}, {}, {});
+        QPainter painter(&drawn);
+        const double unit = scale * pixelsPerPoint / pageUnitsPerPoint;
+        painter.scale(unit, unit);
+        PagePainter::paint(painter, AttestationLayout::drawRect(attestation.page(), {595, 842}, m_fonts),
+                           PageMedium::Screen);
+        seen.setDevicePixelRatio(1);
+        QCOMPARE(seen, drawn);
+    }
+
+    void theBorderIsSeenOnAllSidesAtEveryScale()
+    {
+        const MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        for (const double scale : {1.0, 0.9, 0.77, 0.5, 0.31}) {
+            view->setPlacement(QTransform(scale, 0, 0, scale, 10.37, 20.71));
+            const QImage image = shown(*view);
+            const QPoint middle = image.rect().center();
+            const auto isGrey = [&image](int x, int y) { return image.pixelColor(x, y).lightness() < 240; };
+            QVERIFY(isGrey(0, middle.y()) || isGrey(1, middle.y()));
+            QVERIFY(isGrey(image.width() - 1, middle.y()) || isGrey(image.width() - 2, middle.y()));
+            QVERIFY(isGrey(middle.x(), 0) || isGrey(middle.x(), 1));
+            QVERIFY(isGrey(middle.x(), image.height() - 1) || isGrey(middle.x(), image.height() - 2));
+        }
+    }
+
+    void theSamePlaceIsNotPaintedAgain()
+    {
+        const MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+        view->setPlacement(QTransform::fromScale(0.5, 0.5));
+        QTest::qWait(0);
+        PaintCount count;
+        view->installEventFilter(&count);
+        view->setPlacement(QTransform::fromScale(0.5, 0.5));
+        QTest::qWait(0);
+        QCOMPARE(count.value(), 0);
+        view->setPlacement(QTransform(0.5, 0, 0, 0.5, 0.2, 0));
+        QTRY_COMPARE(count.value(), 1);
     }
 
     void aViewWithoutFontsIsABlankPage()
