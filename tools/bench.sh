@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Builds the release and runs every benchmark beside the floor that it is measured against.
+# Builds the release and runs every benchmark beside the floor that it is measured against. The window's idleness is
+# watched for the seconds that PELMORA_IDLE_SECONDS names (60).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh
 
-ensure_packages "${build_packages[@]}" time
+ensure_packages "${build_packages[@]}" "${bench_packages[@]}" time
 cmake --preset release -DPELMORA_BENCHMARKS=ON >&2
 cmake --build --preset release >&2
 
@@ -16,3 +17,6 @@ for name in bench_card_xml bench_channel bench_pdf; do
 done
 printf '\n== pelmora --save, whole process\n'
 bench/bench-save.py "$stage/bin/pelmora" "$bench/bench_bare_pdf" "$stage/share/pelmora"
+printf '\n== The window\n'
+tests/e2e/in-desktop.sh bench/bench-window.py "$stage/bin/pelmora" "$bench/bench_window" "$bench/bench_bare_window" \
+    "${PELMORA_IDLE_SECONDS:-60}"

@@ -14,7 +14,7 @@ test_packages=(
     poppler-utils qpdf default-jre-headless
     libpdfbox2-java libfontbox2-java libcommons-logging-java libjaxb-api-java libactivation-java
     # Windows: a display, a window manager, and the accessibility bus that the tests drive them by.
-    xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils
+    xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils wmctrl trayer
     # A print server of the tests' own.
     cups-daemon cups-client cups-filters-core-drivers
     # Validators of what desktops are told.
@@ -23,6 +23,11 @@ test_packages=(
     fonts-dejavu-core
     # Faults and limits.
     procps strace
+)
+
+bench_packages=(
+    # A desktop for the window, and what watches it.
+    xvfb xauth openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 procps libxcb-damage0-dev libxcb-xtest0-dev
 )
 
 check_packages=(
