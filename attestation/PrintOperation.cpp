@@ -132,8 +132,11 @@ PrintInfo PrintOperation::defaultsOfChosenQueue() const
 
 void PrintOperation::adoptQueue()
 {
-    m_printer->setPageLayout(defaultsOfChosenQueue().sheet);
+    const QPageLayout sheet = defaultsOfChosenQueue().sheet;
+    // In full page mode first: otherwise a layout without the printer's own margins would be refused.
     m_printer->setFullPage(true);
+    m_printer->setPageSize(sheet.pageSize());
+    m_printer->setPageOrientation(sheet.orientation());
     m_printer->setPageMargins(QMarginsF());
 }
 

@@ -274,6 +274,17 @@ PrintQueue queueOf(const cups_dest_t& destination, const std::map<QByteArray, QB
     return queue;
 }
 
+// A user who has settings for a queue, but no default of their own, has the server's: the list leaves that unsaid.
+void markDefault(http_t* http, QList<PrintQueue>& queues)
+{
+    if (std::ranges::any_of(queues, &PrintQueue::isDefault))
+        return;
+    const QString name = QString::fromUtf8(cupsGetDefault2(http));
+    const auto queue = std::ranges::find(queues, name, &PrintQueue::name);
+    if (queue != queues.end())
+        queue->isDefault = true;
+}
+
 } // namespace
 
 PrintServer::PrintServer(std::stop_token stop)
@@ -293,6 +304,7 @@ std::expected<QList<PrintQueue>, Error> PrintServer::queues() const
     const std::map<QByteArray, QByteArray> media = defaultMedia(connection.http());
     for (const cups_dest_t& destination : destinations.all())
         queues.append(queueOf(destination, media));
+    markDefault(connection.http(), queues);
     return queues;
 }
 
