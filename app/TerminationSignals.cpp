@@ -32,6 +32,8 @@ TerminationSignals::TerminationSignals(QObject* parent)
 {
     // The end of a session arrives as an event that would ask each window first, and a window may only hide when asked.
     QCoreApplication::instance()->installEventFilter(this);
+    // Else a background job of some file dialog's would end the application with itself while no window is shown.
+    QCoreApplication::setQuitLockEnabled(false);
 
     const auto* const notifier = new QSocketNotifier(m_wakeUp.get(), QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, &TerminationSignals::takeNote);

@@ -1,6 +1,7 @@
 #include "app/TerminationSignals.h"
 
 #include <QCoreApplication>
+#include <QEventLoopLocker>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -68,6 +69,16 @@ private Q_SLOTS:
         QEvent quit(QEvent::Quit);
         QVERIFY(QCoreApplication::sendEvent(QCoreApplication::instance(), &quit));
         QCOMPARE(asked.size(), 1);
+    }
+
+    void theEndOfABackgroundJobIsNotTheApplications()
+    {
+        const TerminationSignals signals;
+        const QSignalSpy asked(&signals, &TerminationSignals::terminationRequested);
+        QTimer::singleShot(0, &signals, [] { const QEventLoopLocker job; });
+        QTimer::singleShot(50, &signals, [] { QCoreApplication::exit(3); });
+        QCOMPARE(QCoreApplication::exec(), 3);
+        QCOMPARE(asked.size(), 0);
     }
 
     void theAnswerEndsTheEventLoop()
