@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 
 #include <syslog.h>
 
@@ -91,6 +92,8 @@ std::expected<void, QString> LinuxMoveOperations::removeItem(const QString& path
 
 bool LinuxMoveOperations::trashItem(const QString& path)
 {
+    // Qt makes the trash, but not the folder that the user's own lies in.
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
     return QFile::moveToTrash(path);
 }
 

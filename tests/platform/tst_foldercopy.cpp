@@ -1,65 +1,16 @@
+#include "FolderTree.h"
 #include "platform/FolderCopy.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-bool writeFile(const QString& path, const QByteArray& content, QFile::Permissions permissions)
-{
-    QFile file(path);
-    return QDir().mkpath(path.left(path.lastIndexOf(u'/'))) && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size() && file.setPermissions(permissions);
-}
-
-constexpr QFile::Permissions readable = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther;
-constexpr QFile::Permissions executable = readable | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
-
-// A tree with a bit of everything that an application holds.
-bool makeTree(const QString& path)
-{
-    return writeFile(path + "/bin/pelmora"_L1, "programme", executable) &&
-           writeFile(path + u"/share/L'été \"1\".txt"_s, QByteArray(100000, 'x'), readable) &&
-           writeFile(path + "/share/.caché"_L1, QByteArray(), readable) && QDir().mkpath(path + "/vide"_L1) &&
-           QFile::link(u"bin/pelmora"_s, path + "/lien"_L1) && QFile::link(u"/nulle/part"_s, path + "/perdu"_L1);
-}
-
-// Each entry with its kind, mode and content.
-QStringList treeOf(const QString& path)
-{
-    QStringList entries;
-    QDirIterator iterator(path, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                          QDirIterator::Subdirectories);
-    while (iterator.hasNext()) {
-        const QFileInfo entry(iterator.next());
-        struct stat status = {};
-        lstat(QFile::encodeName(entry.filePath()).constData(), &status);
-        QFile file(entry.filePath());
-        const bool isFile = S_ISREG(status.st_mode);
-        const QByteArray content = isFile && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        entries.append(u"%1 %2 %3 %4"_s.arg(entry.filePath().mid(path.size()), QString::number(status.st_mode, 8),
-                                            entry.symLinkTarget().mid(path.size()), QString::fromUtf8(content)));
-    }
-    entries.sort();
-    return entries;
-}
-
-QStringList namesIn(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}
-
-} // namespace
 
 class tst_FolderCopy : public QObject
 {
@@ -89,7 +40,7 @@ private:
 void tst_FolderCopy::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(makeTree(source()));
+    QVERIFY(makeFolderTree(source()));
     QVERIFY(QDir().mkpath(m_folder->path() + "/Applications"_L1));
 }
 
@@ -101,7 +52,7 @@ void tst_FolderCopy::cleanup()
 void tst_FolderCopy::aCopyIsWhole()
 {
     QVERIFY(copyFolder(source(), target()));
-    QCOMPARE(treeOf(target()), treeOf(source()));
+    QCOMPARE(folderTreeOf(target()), folderTreeOf(source()));
     QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
     QCOMPARE(QFileInfo(target()).permissions(), QFileInfo(source()).permissions());
 }
@@ -137,7 +88,7 @@ void tst_FolderCopy::aDestinationThatExistsStaysAsItIs()
 {
     QVERIFY(QDir().mkpath(target()));
     QCOMPARE(copyFolder(source(), target()), (std::expected<void, QString>(std::unexpect, u"File exists"_s)));
-    QCOMPARE(treeOf(target()), QStringList());
+    QCOMPARE(folderTreeOf(target()), QStringList());
     QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
 }
 
@@ -178,10 +129,10 @@ void tst_FolderCopy::aRemovedFolderIsGone()
 
 void tst_FolderCopy::aMissingFolderCannotBeRemoved()
 {
-    const QStringList before = treeOf(source());
+    const QStringList before = folderTreeOf(source());
     QCOMPARE(removeFolder(source() + "/rien"_L1),
              (std::expected<void, QString>(std::unexpect, u"No such file or directory"_s)));
-    QCOMPARE(treeOf(source()), before);
+    QCOMPARE(folderTreeOf(source()), before);
 }
 
 QTEST_APPLESS_MAIN(tst_FolderCopy)

@@ -5,7 +5,7 @@
 #include <QHash>
 
 /// A platform that does nothing but note what it is asked for, in order, and answers as it is told to.
-class RecordedMove final : public MoveOperations
+class RecordedMove : public MoveOperations
 {
 public:
     QStringList record;
@@ -58,6 +58,7 @@ public:
     void freeAuthorization() override;
     void log(LogLevel level, const QString& line) override;
 
-private:
-    void note(const QString& operation, const QStringList& details = {});
+protected:
+    /// Called before each operation.
+    virtual void note(const QString& operation, const QStringList& details = {});
 };

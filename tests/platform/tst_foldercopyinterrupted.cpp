@@ -1,0 +1,104 @@
+#include "FolderTree.h"
+#include "platform/FolderCopy.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Runs the worker until it makes a system call for the n-th time, and kills it there. True when it was killed; false
+// when it ended before.
+bool isKilledAt(const QString& call, int n, const QStringList& arguments)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    // Leaks cannot be looked for in a process that is traced.
+    environment.insert(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);
+    process.setProcessEnvironment(environment);
+    const QString fault = u"inject=%1:signal=KILL:when=%2"_s.arg(call).arg(n);
+    process.start(u"strace"_s,
+                  QStringList{u"-o"_s, u"/dev/null"_s, u"-e"_s, fault, QStringLiteral(PELMORA_FOLDER_WORKER)} +
+                      arguments);
+    process.waitForFinished();
+    return process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0;
+}
+
+} // namespace
+
+class tst_FolderCopyInterrupted : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aCopyIsWholeOrNotThere_data();
+    void aCopyIsWholeOrNotThere();
+    void aRemovedFolderIsWholeOrGone_data();
+    void aRemovedFolderIsWholeOrGone();
+};
+
+void tst_FolderCopyInterrupted::aCopyIsWholeOrNotThere_data()
+{
+    QTest::addColumn<QString>("call");
+    for (const char* call : {"mkdir", "openat", "sendfile", "fchmodat", "utimensat", "symlink", "fsync", "rename"})
+        QTest::newRow(call) << QString::fromLatin1(call);
+}
+
+void tst_FolderCopyInterrupted::aCopyIsWholeOrNotThere()
+{
+    QFETCH(const QString, call);
+    const QTemporaryDir folder;
+    const QString source = folder.path() + u"/L'été/Pelmora.app"_s;
+    const QString target = folder.path() + u"/Applications/Pelmora.app"_s;
+    QVERIFY(makeFolderTree(source));
+    QVERIFY(QDir().mkpath(folder.path() + u"/Applications"_s));
+    const QStringList whole = folderTreeOf(source);
+    int count = 0;
+    while (isKilledAt(call, count + 1, {u"copy"_s, source, target})) {
+        ++count;
+        QCOMPARE(folderTreeOf(source), whole);
+        if (QFile::exists(target)) {
+            QCOMPARE(folderTreeOf(target), whole);
+            QVERIFY(removeFolder(target));
+        }
+        QVERIFY(count < 200);
+    }
+    QVERIFY(count > 0);
+    // The last one went through, and has swept up after those that were killed.
+    QCOMPARE(folderTreeOf(target), whole);
+    QCOMPARE(namesIn(folder.path() + u"/Applications"_s), QStringList{u"Pelmora.app"_s});
+}
+
+void tst_FolderCopyInterrupted::aRemovedFolderIsWholeOrGone_data()
+{
+    QTest::addColumn<QString>("call");
+    for (const char* call : {"mkdir", "rename", "unlinkat", "openat"})
+        QTest::newRow(call) << QString::fromLatin1(call);
+}
+
+void tst_FolderCopyInterrupted::aRemovedFolderIsWholeOrGone()
+{
+    QFETCH(const QString, call);
+    const QTemporaryDir folder;
+    const QString path = folder.path() + u"/Pelmora.app"_s;
+    QVERIFY(makeFolderTree(path));
+    const QStringList whole = folderTreeOf(path);
+    int count = 0;
+    while (isKilledAt(call, count + 1, {u"remove"_s, path})) {
+        ++count;
+        if (QFile::exists(path))
+            QCOMPARE(folderTreeOf(path), whole);
+        else
+            QVERIFY(makeFolderTree(path));
+        QVERIFY(count < 200);
+    }
+    QVERIFY(count > 0);
+    QVERIFY(!QFile::exists(path));
+}
+
+QTEST_GUILESS_MAIN(tst_FolderCopyInterrupted)
+#include "tst_foldercopyinterrupted.moc"

@@ -1,0 +1,182 @@
+#include "MoveScene.h"
+#include "platform/UserDefaults.h"
+#include "support/LinuxMoveOperations.h"
+#include "support/MoveToApplications.h"
+#include "tests/platform/FolderTree.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The platform as it is, but for people and their passwords: the question is accepted, and commands that take an
+// administrator's rights run with those of the test. Kills its process instead of the n-th operation.
+class MortalMove final : public RecordedMove
+{
+public:
+    MortalMove(UserDefaults& defaults, int fatalOperation)
+        : m_platform(defaults)
+        , m_fatalOperation(fatalOperation)
+    {
+    }
+
+    ItemFacts factsOf(const QString& path) override;
+    QStringList entriesOf(const QString& folder) override;
+    std::expected<void, QString> copyItem(const QString& source, const QString& destination) override;
+    std::expected<void, QString> removeItem(const QString& path) override;
+    bool trashItem(const QString& path) override;
+    std::optional<int> runAuthorized(const MoveCommand& command) override;
+
+protected:
+    void note(const QString& operation, const QStringList& details) override;
+
+private:
+    LinuxMoveOperations m_platform;
+    int m_fatalOperation;
+    int m_operations = 0;
+};
+
+void MortalMove::note(const QString& operation, const QStringList& details)
+{
+    if (++m_operations == m_fatalOperation)
+        static_cast<void>(raise(SIGKILL));
+    RecordedMove::note(operation, details);
+}
+
+MoveOperations::ItemFacts MortalMove::factsOf(const QString& path)
+{
+    static_cast<void>(RecordedMove::factsOf(path));
+    ItemFacts real = m_platform.factsOf(path);
+    // Whom the test runs as may write everywhere: a folder is locked when the test says so.
+    if (facts.contains(path))
+        real.isWritable = facts.value(path).isWritable;
+    return real;
+}
+
+QStringList MortalMove::entriesOf(const QString& folder)
+{
+    static_cast<void>(RecordedMove::entriesOf(folder));
+    return m_platform.entriesOf(folder);
+}
+
+std::expected<void, QString> MortalMove::copyItem(const QString& source, const QString& destination)
+{
+    static_cast<void>(RecordedMove::copyItem(source, destination));
+    return m_platform.copyItem(source, destination);
+}
+
+std::expected<void, QString> MortalMove::removeItem(const QString& path)
+{
+    static_cast<void>(RecordedMove::removeItem(path));
+    return m_platform.removeItem(path);
+}
+
+bool MortalMove::trashItem(const QString& path)
+{
+    static_cast<void>(RecordedMove::trashItem(path));
+    return m_platform.trashItem(path);
+}
+
+std::optional<int> MortalMove::runAuthorized(const MoveCommand& command)
+{
+    static_cast<void>(RecordedMove::runAuthorized(command));
+    return m_platform.run(command).exitStatus;
+}
+
+enum class End
+{
+    Killed,
+    Moved,
+    Otherwise
+};
+
+// Moves in a process of its own, which dies at its n-th operation when it has so many.
+End moveUntil(int fatalOperation, const MoveSurroundings& surroundings, bool isLocked)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        UserDefaults defaults(surroundings.userApplicationsFolder + "/../settings.conf"_L1);
+        MortalMove platform(defaults, fatalOperation);
+        platform.facts.insert(surroundings.userApplicationsFolder, {true, true, !isLocked});
+        const MoveCommands commands(linuxCommands, surroundings.platformRelease);
+        const bool isMoved = moveToApplications(surroundings, commands, StringTable(), platform) == MoveOutcome::Ends;
+        _exit(isMoved ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (WIFSIGNALED(status))
+        return End::Killed;
+    return WEXITSTATUS(status) == 0 ? End::Moved : End::Otherwise;
+}
+
+} // namespace
+
+class tst_MoveInterrupted : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aWholeCopyIsLeftWhereverItStops_data();
+    void aWholeCopyIsLeftWhereverItStops();
+};
+
+void tst_MoveInterrupted::aWholeCopyIsLeftWhereverItStops_data()
+{
+    QTest::addColumn<bool>("isLocked");
+    QTest::addColumn<bool>("hasOldCopy");
+    QTest::addColumn<int>("leastOperations");
+    QTest::newRow("free") << false << false << 13;
+    QTest::newRow("over an old copy") << false << true << 15;
+    QTest::newRow("with an administrator") << true << false << 17;
+    QTest::newRow("with an administrator, over an old copy") << true << true << 17;
+}
+
+void tst_MoveInterrupted::aWholeCopyIsLeftWhereverItStops()
+{
+    QFETCH(const bool, isLocked);
+    QFETCH(const bool, hasOldCopy);
+    QFETCH(const int, leastOperations);
+    const QTemporaryDir home;
+    qputenv("XDG_DATA_HOME", QFile::encodeName(home.path() + "/data"_L1));
+    MoveSurroundings surroundings = MoveScene::surroundings();
+    surroundings.bundlePath = home.path() + u"/Télé chargements/Pelmora.app"_s;
+    surroundings.userApplicationsFolder = home.path() + "/Applications"_L1;
+    const QString destination = home.path() + "/Applications/Pelmora.app"_L1;
+    QVERIFY(makeFolderTree(surroundings.bundlePath));
+    const QStringList whole = folderTreeOf(surroundings.bundlePath);
+    QVERIFY(makeFolderTree(home.path() + "/Applications/Autre.app"_L1));
+
+    int operation = 0;
+    End end = End::Killed;
+    while (end == End::Killed) {
+        // As the interrupted one has left it, but for what the user puts there again.
+        if (!QFile::exists(surroundings.bundlePath))
+            QVERIFY(makeFolderTree(surroundings.bundlePath));
+        if (QFile::exists(destination) != hasOldCopy)
+            QVERIFY(hasOldCopy ? makeFolderTree(destination) : QDir(destination).removeRecursively());
+        end = moveUntil(++operation, surroundings, isLocked);
+        const bool isSourceWhole = folderTreeOf(surroundings.bundlePath) == whole;
+        const bool isDestinationWhole = folderTreeOf(destination) == whole;
+        QVERIFY2(isSourceWhole || isDestinationWhole, qPrintable(QString::number(operation)));
+        // And nothing that looks like a copy is a broken one.
+        QVERIFY(isSourceWhole || !QFile::exists(surroundings.bundlePath));
+        QVERIFY(isDestinationWhole || !QFile::exists(destination));
+    }
+    QCOMPARE(end, End::Moved);
+    QVERIFY2(operation > leastOperations, qPrintable(QString::number(operation)));
+    QCOMPARE(folderTreeOf(destination), whole);
+    QCOMPARE(QFile::exists(home.path() + "/data/Trash/files/Pelmora.app"_L1), hasOldCopy && !isLocked);
+    QVERIFY(!QFile::exists(surroundings.bundlePath));
+}
+
+QTEST_GUILESS_MAIN(tst_MoveInterrupted)
+#include "tst_moveinterrupted.moc"
