@@ -1,6 +1,7 @@
 #include "attestation/PrintOperation.h"
 
 #include "attestation/AttestationPdf.h"
+#include "attestation/PrintDialog.h"
 #include "platform/MainQueue.h"
 #include "platform/PrivateFile.h"
 #include "support/MXLog.h"
@@ -9,7 +10,6 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPrintDialog>
 #include <QPrintEngine>
 #include <QStandardPaths>
 
@@ -83,7 +83,8 @@ void PrintOperation::queuesAreKnown(const std::expected<QList<PrintQueue>, Error
         return;
     }
     MXLog::logError("Print server: {}", PrintServer::statusName(queues.error()));
-    tell(queues.error().localizedDescription() +
+    tell(m_window,
+         queues.error().localizedDescription() +
              u" Pour l’instant, l’attestation ne peut être imprimée que dans un fichier PDF."_s,
          [this] { openDialog(); });
 }
@@ -92,7 +93,7 @@ void PrintOperation::openDialog()
 {
     m_printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
     m_printer->setDocName(attestationJobName.toString());
-    m_dialog = new QPrintDialog(m_printer.get(), m_window);
+    m_dialog = new PrintDialog(m_printer.get(), m_window);
     m_dialog->setAttribute(Qt::WA_DeleteOnClose);
     m_dialog->setWindowTitle(u"Imprimer l’attestation"_s);
     // The page is one.
@@ -103,6 +104,7 @@ void PrintOperation::openDialog()
     if (auto* printers = m_dialog->findChild<QComboBox*>(u"printers"_s))
         connect(printers, &QComboBox::currentIndexChanged, this, &PrintOperation::adoptQueue);
     offerFile();
+    connect(m_dialog, &PrintDialog::acceptanceWanted, this, &PrintOperation::accept);
     connect(m_dialog, &QDialog::accepted, this, &PrintOperation::print);
     connect(m_dialog, &QDialog::rejected, this, &QObject::deleteLater);
     m_dialog->open();
@@ -162,6 +164,27 @@ PrintInfo PrintOperation::chosenInfo() const
     return info;
 }
 
+// The server may have stalled since the dialog opened.
+void PrintOperation::accept()
+{
+    if (m_printer->outputFormat() == QPrinter::PdfFormat) {
+        m_dialog->acceptNow();
+        return;
+    }
+    m_dialog->setEnabled(false);
+    doAside([this](const std::stop_token& stop) -> std::function<void()> {
+        return [this, queues = PrintServer(stop).queues()] {
+            if (!m_dialog)
+                return;
+            m_dialog->setEnabled(true);
+            if (queues)
+                m_dialog->acceptNow();
+            else
+                tell(m_dialog, queues.error().localizedDescription(), [] {});
+        };
+    });
+}
+
 void PrintOperation::print()
 {
     m_asking = false;
@@ -204,12 +227,12 @@ void PrintOperation::finish(const std::expected<void, Error>& outcome)
         MXLog::logError("Printing: {}", PrintServer::statusName(outcome.error()));
     else
         MXLog::logError("Printing: no document");
-    tell(outcome.error().localizedDescription(), [this] { deleteLater(); });
+    tell(m_window, outcome.error().localizedDescription(), [this] { deleteLater(); });
 }
 
-void PrintOperation::tell(const QString& text, const std::function<void()>& afterwards)
+void PrintOperation::tell(QWidget* over, const QString& text, const std::function<void()>& afterwards)
 {
-    auto* alert = new QMessageBox(QMessageBox::Warning, failureTitle, QString(), QMessageBox::Ok, m_window);
+    auto* alert = new QMessageBox(QMessageBox::Warning, failureTitle, QString(), QMessageBox::Ok, over);
     alert->setAttribute(Qt::WA_DeleteOnClose);
     // Names of queues are what others chose: nothing in them is markup.
     alert->setTextFormat(Qt::PlainText);

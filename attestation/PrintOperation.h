@@ -13,7 +13,7 @@
 #include <thread>
 
 class PageFonts;
-class QPrintDialog;
+class PrintDialog;
 class QWidget;
 
 /// One print from a window: asks which queues there are, opens the print dialog on the window, and hands the page to
@@ -45,12 +45,13 @@ private:
     void openDialog();
     void offerFile();
     void adoptQueue();
+    void accept();
     void print();
     void writeFile();
     [[nodiscard]] PrintInfo chosenInfo() const;
     [[nodiscard]] PrintInfo defaultsOfChosenQueue() const;
     void finish(const std::expected<void, Error>& outcome);
-    void tell(const QString& text, const std::function<void()>& afterwards);
+    void tell(QWidget* over, const QString& text, const std::function<void()>& afterwards);
 
     AttestationPage m_page;
     const PageFonts& m_fonts;
@@ -59,6 +60,6 @@ private:
     QList<PrintQueue> m_queues;
     std::unique_ptr<WithoutPrintServer> m_isolation;
     std::unique_ptr<QPrinter> m_printer;
-    QPointer<QPrintDialog> m_dialog;
+    QPointer<PrintDialog> m_dialog;
     std::jthread m_worker;
 };

@@ -1,0 +1,194 @@
+"""Printing from windows, to a print server of the test's own. Usage: test_print_dialog.py STAGE"""
+
+import os
+import stat
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from desktop import Application, Atspi, wait, walk
+from documents import Placed, sheet_of, words_of
+from printserver import PrintServer
+
+STAGE = sys.argv.pop(1)
+PELMORA = os.path.join(STAGE, "bin", "pelmora")
+SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
+DIALOG = "Imprimer l’attestation"
+TOLERANCE = 0.5  # points
+
+
+class Desk(Application):
+    """The application with the specimen card."""
+
+    def __init__(self, environment, home=None):
+        super().__init__(PELMORA, "--simulate", SPECIMEN, home=home, environment=environment)
+
+    def open_viewer(self):
+        self.find("label", ".*SPECIMEN.*")
+        self.press("push button", "Voir")
+        return self.find("frame", "Hélène SPECIMEN")
+
+    def in_dialog(self, role, name, showing=True):
+        """A control of the print dialog: other windows have buttons of the same name."""
+        self.find("dialog", DIALOG)
+
+        def found():
+            return next(node for node in walk(self.find_now("dialog", DIALOG) or self.node())
+                        if node.get_role_name() == role and node.get_name() == name
+                        and (not showing or node.get_state_set().contains(Atspi.StateType.SHOWING)))
+        return wait(found)
+
+    def press_in_dialog(self, name):
+        self.in_dialog("push button", name).get_action_iface().do_action(0)
+
+
+def key(*names):
+    subprocess.run(["xdotool", "key", "--clearmodifiers", *names], check=True)
+
+
+def resize(title, width, height):
+    subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", f"^{title}$",
+                    "windowactivate", "--sync", "windowsize", str(width), str(height)], check=True)
+
+
+class PrintDialog(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.server = PrintServer().__enter__()
+        cls.addClassCleanup(cls.server.__exit__)
+        for sheet in ("A4", "A5"):
+            cls.server.add_queue(sheet, sheet)
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        environment = {"HOME": folder.name, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8"}
+        cls.saved = subprocess.run([PELMORA, "--save", folder.name, SPECIMEN], env=environment, check=True,
+                                   capture_output=True, text=True).stdout.splitlines()[0]
+
+    def setUp(self):
+        self.server.set_default("A4")
+        self.counts = {queue: len(self.server.jobs(queue)) for queue in ("A4", "A5")}
+
+    def next_job(self, queue):
+        return self.server.wait_for_jobs(queue, self.counts[queue] + 1)[-1]
+
+    def assert_placed(self, path, placed):
+        expected = sorted((word, placed.box(box)) for word, box in words_of(self.saved))
+        found = sorted(words_of(path))
+        self.assertEqual([word for word, _ in found], [word for word, _ in expected])
+        for (word, box), (_, wanted) in zip(found, expected):
+            for value, target in zip(box, wanted):
+                self.assertAlmostEqual(value, target, delta=TOLERANCE, msg=word)
+
+    def test_a_window_that_shows_the_page_small_prints_it_at_full_size(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            resize("Hélène SPECIMEN", 300, 320)
+            key("ctrl+p")
+            desk.press_in_dialog("Imprimer")
+            job = self.next_job("A4")
+            desk.wait_until_gone("dialog", DIALOG)
+        self.assertEqual((job.title, job.copies), ("Attestation de droits", "1"))
+        self.assertEqual(sheet_of(job.path)[0], 1)
+        self.assert_placed(job.path, Placed(595, 842))
+
+    def test_each_printer_has_its_own_paper(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            desk.choose("Imprimer…")
+            Atspi.Component.grab_focus(desk.in_dialog("combo box", "A4"))
+            key("Down")
+            desk.in_dialog("combo box", "A5")
+            desk.press_in_dialog("Imprimer")
+            job = self.next_job("A5")
+        self.assert_placed(job.path, Placed(420, 595))
+
+    def test_copies_are_asked_of_the_printer(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            key("ctrl+p")
+            Atspi.Value.set_current_value(desk.in_dialog("spin button", "Copies :", showing=False), 3)
+            desk.press_in_dialog("Imprimer")
+            job = self.next_job("A4")
+        self.assertEqual(job.copies, "3")
+
+    def test_the_main_window_prints_the_same_page(self):
+        with Desk(self.server.environment()) as desk:
+            desk.find("label", ".*SPECIMEN.*")
+            desk.press("push button", "Imprimer")
+            desk.press_in_dialog("Imprimer")
+            job = self.next_job("A4")
+        self.assert_placed(job.path, Placed(595, 842))
+
+    def test_a_cancelled_dialog_prints_nothing_and_opens_again(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            for _ in range(2):
+                key("ctrl+p")
+                desk.find("dialog", DIALOG)
+                key("Escape")
+                desk.wait_until_gone("dialog", DIALOG)
+            desk.find("frame", "Hélène SPECIMEN")
+            key("ctrl+p")
+            desk.press_in_dialog("Imprimer")
+            self.next_job("A4")
+        self.assertEqual(len(self.server.jobs("A4")), self.counts["A4"] + 1)
+
+    def test_without_any_printer_a_pdf_file_is_offered(self):
+        with tempfile.TemporaryDirectory() as home:
+            with Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
+                desk.open_viewer()
+                key("ctrl+p")
+                desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
+                desk.press_in_dialog("Imprimer")
+                path = os.path.join(home, "Attestation de droits.pdf")
+                wait(lambda: os.path.exists(path))
+            self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o600)
+            self.assertEqual(sheet_of(path), (1, 595, 842))
+            self.assert_placed(path, Placed(595, 842))
+
+    def test_a_printer_that_refuses_is_told(self):
+        self.server.run("cupsreject", "A4")
+        self.addCleanup(self.server.run, "cupsaccept", "A4")
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            key("ctrl+p")
+            desk.press_in_dialog("Imprimer")
+            desk.find("label", "L’imprimante « A4 » n’accepte plus de documents pour l’instant.")
+            desk.press("push button", "OK")
+
+    def test_a_print_server_that_stalls_holds_up_no_window(self):
+        with PrintServer() as silent:
+            silent.add_queue("queue")
+            with Desk(silent.environment()) as desk:
+                desk.open_viewer()
+                silent.stall()
+                key("ctrl+p")
+                # The window answers while the print server does not.
+                resize("Hélène SPECIMEN", 400, 400)
+                start = time.monotonic()
+                desk.find("frame", "Hélène SPECIMEN")
+                self.assertLess(time.monotonic() - start, 2)
+                self.assertIsNone(desk.find_now("alert", ".*"))
+                desk.find("label", "Le serveur d’impression ne répond pas. .*")
+                desk.press("push button", "OK")
+                desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
+                key("Escape")
+                desk.wait_until_gone("dialog", DIALOG)
+
+    def test_a_print_server_that_stalls_under_the_open_dialog_is_told(self):
+        with PrintServer() as silent:
+            silent.add_queue("queue")
+            silent.set_default("queue")
+            with Desk(silent.environment()) as desk:
+                desk.open_viewer()
+                key("ctrl+p")
+                desk.find("dialog", DIALOG)
+                silent.stall()
+                desk.press_in_dialog("Imprimer")
+                desk.find("label", "Le serveur d’impression ne répond pas.")
+
+
+if __name__ == "__main__":
+    unittest.main()
