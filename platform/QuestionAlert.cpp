@@ -2,9 +2,38 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QFontDatabase>
+#include <QFontInfo>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Points of the small system font for each point of the usual one.
+constexpr qreal smallSize = 11.0 / 13.0;
+
+QFont smallFont()
+{
+    QFont font = QApplication::font();
+    font.setPointSizeF(QFontInfo(font).pointSizeF() * smallSize);
+    return font;
+}
+
+// The title stands out from the text below.
+void emboldenTitle(const QMessageBox& box)
+{
+    // The name that message boxes give it, for style sheets.
+    auto* title = box.findChild<QLabel*>(u"qt_msgbox_label"_s);
+    if (title == nullptr)
+        return;
+    QFont font = title->font();
+    font.setBold(true);
+    title->setFont(font);
+}
+
+} // namespace
 
 bool isApplicationActive()
 {
@@ -14,14 +43,16 @@ bool isApplicationActive()
 QuestionAnswer askQuestion(const QuestionAlert& alert, bool comesToTheFront)
 {
     QMessageBox box(QMessageBox::Question, QGuiApplication::applicationDisplayName(), alert.title);
+    emboldenTitle(box);
+    box.setTextFormat(Qt::PlainText);
     box.setInformativeText(alert.text);
     QPushButton* accept = box.addButton(alert.acceptText, QMessageBox::AcceptRole);
     QPushButton* decline = box.addButton(alert.declineText, QMessageBox::RejectRole);
-    box.setEscapeButton(decline);
     box.setDefaultButton(accept);
+    box.setEscapeButton(decline);
     auto* suppression = new QCheckBox(alert.suppressionText);
     suppression->setAttribute(Qt::WA_MacSmallSize);
-    suppression->setFont(QFontDatabase::systemFont(QFontDatabase::SmallestReadableFont));
+    suppression->setFont(smallFont());
     box.setCheckBox(suppression);
     if (comesToTheFront) {
         box.show();
@@ -35,5 +66,7 @@ QuestionAnswer askQuestion(const QuestionAlert& alert, bool comesToTheFront)
 void showAlert(const QString& title)
 {
     QMessageBox box(QMessageBox::Critical, QGuiApplication::applicationDisplayName(), title, QMessageBox::Ok);
+    emboldenTitle(box);
+    box.setTextFormat(Qt::PlainText);
     box.exec();
 }

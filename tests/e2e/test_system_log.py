@@ -2,48 +2,28 @@
 
 import os
 import re
-import socket
 import subprocess
 import sys
 import tempfile
 import unittest
+
+from systemlog import SystemLog
 
 STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 
 
-def mount(*arguments):
-    subprocess.run(["mount", *arguments], check=True)
-
-
-def system_log(folder):
-    """A system log of the test's own: a /dev that this namespace alone sees, with a socket where programs log."""
-    mount("-t", "tmpfs", "tmpfs", folder)
-    for device in ("null", "zero", "full", "random", "urandom"):
-        path = os.path.join(folder, device)
-        open(path, "w", encoding="utf-8").close()
-        mount("--bind", os.path.join("/dev", device), path)
-    mount("--rbind", folder, "/dev")
-    log = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
-    log.bind("/dev/log")
-    log.settimeout(10)
-    return log
-
-
-class SystemLog(unittest.TestCase):
+class SystemLogTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.home = tempfile.TemporaryDirectory()
-        cls.device = os.path.join(cls.home.name, "dev")
-        os.mkdir(cls.device)
-        cls.log = system_log(cls.device)
+        cls.system_log = SystemLog()
+        cls.log = cls.system_log.socket
 
     @classmethod
     def tearDownClass(cls):
-        cls.log.close()
-        for mounted in ("/dev", cls.device):
-            subprocess.run(["umount", "--lazy", "--recursive", mounted], check=True)
+        cls.system_log.close()
         cls.home.cleanup()
 
     def run_pelmora(self, *arguments):
@@ -67,13 +47,7 @@ class SystemLog(unittest.TestCase):
         folder = os.path.join(self.home.name, "attestations")
         self.assertEqual(self.run_pelmora("--simulate", "--save", folder)[1], 0)
         self.assertEqual(self.run_pelmora("--save", folder, SPECIMEN)[1], 0)
-        self.log.setblocking(False)
-        lines = []
-        while True:
-            try:
-                lines.append(self.log.recv(65536).decode())
-            except BlockingIOError:
-                break
+        lines = self.system_log.lines()
         self.assertFalse([line for line in lines if "SPECIMEN" in line or "2850575" in line])
 
 

@@ -1,0 +1,43 @@
+"""A system log of the test's own, in a mount namespace of its own."""
+
+import os
+import socket
+import subprocess
+import tempfile
+
+
+def mount(*arguments):
+    subprocess.run(["mount", *arguments], check=True)
+
+
+class SystemLog:
+    """A /dev that this namespace alone sees, with a socket where programs log."""
+
+    def __init__(self):
+        self._folder = tempfile.mkdtemp()
+        mount("-t", "tmpfs", "tmpfs", self._folder)
+        for device in ("null", "zero", "full", "random", "urandom"):
+            path = os.path.join(self._folder, device)
+            open(path, "w", encoding="utf-8").close()
+            mount("--bind", os.path.join("/dev", device), path)
+        mount("--rbind", self._folder, "/dev")
+        self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.socket.bind("/dev/log")
+        self.socket.settimeout(10)
+
+    def lines(self):
+        """What was logged and has not been read, without waiting."""
+        self.socket.setblocking(False)
+        lines = []
+        while True:
+            try:
+                lines.append(self.socket.recv(65536).decode())
+            except BlockingIOError:
+                self.socket.settimeout(10)
+                return lines
+
+    def close(self):
+        self.socket.close()
+        for mounted in ("/dev", self._folder):
+            subprocess.run(["umount", "--lazy", "--recursive", mounted], check=True)
+        os.rmdir(self._folder)
