@@ -1,0 +1,182 @@
+"""One application on the desk, however often it is started; and how it ends. Usage: test_instance.py STAGE FAKE_SERVICE"""
+
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from gi.repository import Gio, GLib
+
+from desktop import Application, is_running, wait
+from windows import iconify, is_in_front, shown_windows, wait_until_shown
+
+STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
+PELMORA = os.path.join(STAGE, "bin", "pelmora")
+SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
+TITLE = "Pelmora par MORVEL"
+NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/absent/bus"}
+
+
+def start_again(*arguments, environment=None, folder=None, seconds=10):
+    """A later start: its exit code, what it says, and the seconds that it took."""
+    start = time.monotonic()
+    done = subprocess.run([PELMORA, "--simulate", *arguments], env={**os.environ, **(environment or {})}, cwd=folder,
+                          capture_output=True, text=True, timeout=seconds, check=False)
+    return done.returncode, done.stderr, time.monotonic() - start
+
+
+def call(operation, arguments):
+    """An operation of the application's interface on the session bus."""
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    return bus.call_sync("com.morvel.Pelmora", "/com/morvel/Pelmora", "org.freedesktop.Application", operation,
+                         arguments, None, Gio.DBusCallFlags.NO_AUTO_START, 5000)
+
+
+def is_on_bus():
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    return bus.call_sync("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner",
+                         GLib.Variant("(s)", ("com.morvel.Pelmora",)), None, Gio.DBusCallFlags.NONE, 5000).unpack()[0]
+
+
+class Instance(unittest.TestCase):
+    def comes_back_by(self, action):
+        iconify(TITLE)
+        action()
+        wait(lambda: is_in_front(TITLE))
+        self.assertEqual(len(shown_windows(TITLE)), 1)
+
+    def test_a_later_start_brings_the_window_back(self):
+        for environment in ({}, NO_BUS):
+            with self.subTest(bus=not environment), Application(PELMORA, "--simulate", environment=environment):
+                wait_until_shown(TITLE)
+
+                def start():
+                    code, said, seconds = start_again(environment=environment)
+                    self.assertEqual((code, said), (0, ""))
+                    self.assertLess(seconds, 1)
+                self.comes_back_by(start)
+                # And from behind another window.
+                with subprocess.Popen(["xmessage", "-name", "autre", "autre"]) as other:
+                    wait(lambda: not is_in_front(TITLE))
+                    start()
+                    wait(lambda: is_in_front(TITLE))
+                    other.kill()
+
+    def test_after_a_crash_the_next_start_simply_starts(self):
+        with Application(PELMORA, "--simulate") as pelmora:
+            wait_until_shown(TITLE)
+            pelmora.process.kill()
+            pelmora.process.wait()
+            with Application(PELMORA, "--simulate"):
+                wait_until_shown(TITLE)
+
+    def test_of_many_starts_at_once_one_remains(self):
+        pelmoras = [Application(PELMORA, "--simulate") for _ in range(5)]
+        try:
+            wait_until_shown(TITLE)
+            wait(lambda: sum(each.process.poll() is None for each in pelmoras) == 1)
+            self.assertEqual(sorted(each.process.poll() or 0 for each in pelmoras), [0] * 5)
+            self.assertEqual(len(shown_windows(TITLE)), 1)
+        finally:
+            for each in pelmoras:
+                each.__exit__()
+
+    def test_one_that_is_stopped_is_not_waited_for(self):
+        with Application(PELMORA, "--simulate") as pelmora:
+            wait_until_shown(TITLE)
+            pelmora.process.send_signal(signal.SIGSTOP)
+            code, said, seconds = start_again()
+            self.assertEqual(code, 1)
+            self.assertEqual(said, "pelmora : l’application est déjà ouverte, mais elle ne répond pas ; réessayez dans "
+                                   "un instant.\n")
+            self.assertLess(seconds, 2.5)
+            pelmora.process.send_signal(signal.SIGCONT)
+            self.assertEqual(start_again()[0], 0)
+
+    def test_a_card_file_is_handed_over(self):
+        with tempfile.TemporaryDirectory() as folder, Application(PELMORA, "--simulate") as pelmora:
+            card = os.path.join(folder, "carte à lire.xml")
+            with open(SPECIMEN, encoding="utf-8") as specimen, open(card, "w", encoding="utf-8") as copy:
+                copy.write(specimen.read().replace(">SPECIMEN<", ">AUTRE<"))
+            wait_until_shown(TITLE)
+            # Its name counts from where the later start was made.
+            self.comes_back_by(lambda: self.assertEqual(
+                start_again(os.path.basename(card), folder=folder)[:2], (0, "")))
+            pelmora.find("label", ".*AUTRE.*")
+
+    def test_the_desktop_reaches_it_over_the_session_bus(self):
+        with Application(PELMORA, "--simulate") as pelmora:
+            wait_until_shown(TITLE)
+            wait(is_on_bus)
+            for operation, arguments in (("Activate", GLib.Variant("(a{sv})", ({},))),
+                                         ("ActivateAction", GLib.Variant("(sava{sv})", ("lire", [], {}))),
+                                         ("Open", GLib.Variant("(asa{sv})", ([], {}))),
+                                         ("Open", GLib.Variant("(asa{sv})", (["file://" + SPECIMEN], {})))):
+                with self.subTest(operation=operation):
+                    self.comes_back_by(lambda: call(operation, arguments))
+            pelmora.find("label", ".*SPECIMEN.*")
+            pelmora.terminate()
+            wait(lambda: not is_on_bus())
+
+    def test_another_card_service_is_another_application(self):
+        with Application(PELMORA, "--simulate"), Application(PELMORA, f"--simulate={SPECIMEN}"):
+            wait(lambda: len(shown_windows(TITLE)) == 2)
+
+
+class End(unittest.TestCase):
+    def assert_ends(self, pelmora, number):
+        """Within two seconds, with exit code 0, and without a card service left."""
+        services = wait(pelmora.children)
+        start = time.monotonic()
+        pelmora.process.send_signal(number)
+        code = pelmora.process.wait(timeout=10)
+        self.assertLess(time.monotonic() - start, 2)
+        self.assertEqual(code, 0)
+        self.assertEqual([service for service in services if is_running(service)], [])
+
+    def test_signals_end_it(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            with self.subTest(number=number), Application(PELMORA, "--simulate") as pelmora:
+                wait_until_shown(TITLE)
+                self.assert_ends(pelmora, number)
+
+    def test_a_start_under_nohup_outlives_its_terminal(self):
+        with Application("nohup", PELMORA, "--simulate") as pelmora:
+            wait_until_shown(TITLE)
+            pelmora.process.send_signal(signal.SIGHUP)
+            self.assertEqual(start_again()[0], 0)
+            self.assertEqual(len(shown_windows(TITLE)), 1)
+
+    def stalling(self, folder, command):
+        """A card service that leaves a command unanswered, and stays when it is told to leave."""
+        service = os.path.join(folder, "service")
+        with open(service, "w", encoding="utf-8") as script:
+            script.write(f"#!/bin/sh\nexec '{FAKE_SERVICE}' --ignore-end --do {command} silent\n")
+        os.chmod(service, 0o755)
+        return service
+
+    def test_it_ends_while_the_card_service_stalls(self):
+        with tempfile.TemporaryDirectory() as folder:
+            with Application(PELMORA, "--card-service", self.stalling(folder, "init")) as pelmora:
+                wait_until_shown(TITLE)
+                self.assert_ends(pelmora, signal.SIGTERM)
+
+    def test_it_ends_under_a_sheet_while_a_card_is_read(self):
+        with tempfile.TemporaryDirectory() as folder:
+            with Application(PELMORA, "--card-service", self.stalling(folder, "vitale_read")) as pelmora:
+                wait(lambda: pelmora.is_enabled("push button", "Voir"))
+                pelmora.press("push button", "Lire")
+                pelmora.find("label", "Lecture de la carte Vitale.*")
+                self.assert_ends(pelmora, signal.SIGTERM)
+
+    def test_it_ends_under_an_alert(self):
+        with Application(PELMORA, "--simulate", "/absent/carte.xml") as pelmora:
+            pelmora.find("alert", ".*")
+            self.assert_ends(pelmora, signal.SIGTERM)
+
+
+if __name__ == "__main__":
+    unittest.main()

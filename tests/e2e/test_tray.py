@@ -1,0 +1,200 @@
+"""The item in the desktop's status bar, and windows that hide behind it. Usage: test_tray.py STAGE"""
+
+import os
+import re
+import subprocess
+import sys
+import unittest
+
+from gi.repository import Gio, GLib
+
+from desktop import Application, wait
+from windows import close, is_hidden, is_iconified, is_in_front, wait_until_shown
+
+STAGE = sys.argv.pop(1)
+PELMORA = os.path.join(STAGE, "bin", "pelmora")
+TITLE = "Pelmora par MORVEL"
+ENTRIES = ["Lecture de la carte Vitale", "Voir l'attestation", "Imprimer l'attestation", "Enregistrer l'attestation",
+           None, "Ouvrir le dossier des attestations", None, "Quitter Pelmora"]
+
+
+class StatusBar:
+    """A host of StatusNotifierItems; a context manager."""
+
+    def __enter__(self):
+        stub = os.path.join(os.path.dirname(os.path.abspath(__file__)), "traystub.py")
+        self.process = subprocess.Popen(["/usr/bin/python3", stub], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                        text=True)
+        self.process.stdout.readline()
+        return self
+
+    def __exit__(self, *_):
+        self.process.kill()
+        self.process.communicate()
+
+    def set_host(self, has_host):
+        self.process.stdin.write("host\n" if has_host else "no host\n")
+        self.process.stdin.flush()
+
+    @staticmethod
+    def item():
+        """The one item that has registered, as soon as it has."""
+        names = wait(lambda: property_of("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+                                         "org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems"))
+        return Item(names[-1])
+
+
+def ask(name, path, interface, operation, arguments):
+    return Gio.bus_get_sync(Gio.BusType.SESSION).call_sync(name, path, interface, operation, arguments, None,
+                                                           Gio.DBusCallFlags.NONE, 5000).unpack()
+
+
+def property_of(name, path, interface, key):
+    return ask(name, path, "org.freedesktop.DBus.Properties", "Get", GLib.Variant("(ss)", (interface, key)))[0]
+
+
+class Item:
+    """An item, as a status bar sees it."""
+
+    def __init__(self, name):
+        self.name = name
+
+    def value(self, key):
+        return property_of(self.name, "/StatusNotifierItem", "org.kde.StatusNotifierItem", key)
+
+    def click(self):
+        ask(self.name, "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", GLib.Variant("(ii)", (0, 0)))
+
+    def _menu(self, operation, arguments):
+        return ask(self.name, self.value("Menu"), "com.canonical.dbusmenu", operation, arguments)
+
+    def entries(self):
+        """Numbers and properties of the menu's entries."""
+        layout = self._menu("GetLayout", GLib.Variant("(iias)", (0, -1, [])))[1]
+        return [(number, properties) for number, properties, _ in layout[2]]
+
+    def choose(self, title):
+        number = next(number for number, properties in self.entries() if properties.get("label") == title)
+        self._menu("Event", GLib.Variant("(isvu)", (number, "clicked", GLib.Variant("i", 0), 0)))
+
+
+class XTray:
+    """A system tray of X11's own kind; a context manager."""
+
+    def __enter__(self):
+        self.process = subprocess.Popen(["trayer", "--edge", "top", "--align", "left", "--width", "200", "--height",
+                                         "32", "--widthtype", "pixel"], stdout=subprocess.DEVNULL,
+                                        stderr=subprocess.DEVNULL)
+        wait(lambda: subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "trayer"], check=False,
+                                    stdout=subprocess.DEVNULL).returncode == 0)
+        return self
+
+    def __exit__(self, *_):
+        self.process.kill()
+        self.process.wait()
+
+    @staticmethod
+    def has_icon():
+        """Whether it has taken in the application's icon: a window of the icons' width."""
+        tree = subprocess.run(["xwininfo", "-root", "-tree"], capture_output=True, text=True, check=True).stdout
+        return re.search(r'"Pelmora": \(.*\) +22x', tree)
+
+
+class Tray(unittest.TestCase):
+    def close_and_come_back(self, action):
+        """Closing hides the window; the action brings it back."""
+        close(TITLE)
+        wait(lambda: is_hidden(TITLE))
+        action()
+        wait(lambda: is_in_front(TITLE))
+
+    def test_the_item_has_its_icon_and_its_menu(self):
+        with StatusBar() as bar, Application(PELMORA, "--simulate"):
+            wait_until_shown(TITLE)
+            item = bar.item()
+            self.assertTrue(item.value("IconPixmap") or item.value("IconName"))
+            self.assertEqual([None if properties.get("type") == "separator" else properties["label"]
+                              for _, properties in item.entries()], ENTRIES)
+            for _, properties in item.entries():
+                self.assertTrue(properties.get("enabled", True))
+
+    def test_the_window_hides_behind_the_item_and_a_click_brings_it_back(self):
+        with StatusBar() as bar, Application(PELMORA, "--simulate"):
+            wait_until_shown(TITLE)
+            self.close_and_come_back(bar.item().click)
+
+    def test_a_later_start_brings_the_hidden_window_back(self):
+        with StatusBar() as bar, Application(PELMORA, "--simulate"):
+            wait_until_shown(TITLE)
+            bar.item()
+            self.close_and_come_back(lambda: subprocess.run([PELMORA, "--simulate"], check=True, timeout=10))
+
+    def test_the_menus_last_entry_ends_the_application(self):
+        with StatusBar() as bar, Application(PELMORA, "--simulate") as pelmora:
+            wait_until_shown(TITLE)
+            bar.item().choose("Quitter Pelmora")
+            self.assertEqual(pelmora.process.wait(timeout=10), 0)
+
+    def test_it_ends_hidden_too(self):
+        with StatusBar() as bar, Application(PELMORA, "--simulate") as pelmora:
+            wait_until_shown(TITLE)
+            bar.item()
+            close(TITLE)
+            wait(lambda: is_hidden(TITLE))
+            self.assertEqual(pelmora.terminate(), 0)
+
+    def test_without_a_status_bar_closing_iconifies(self):
+        with Application(PELMORA, "--simulate") as pelmora:
+            wait_until_shown(TITLE)
+            close(TITLE)
+            wait(lambda: is_iconified(TITLE))
+            self.assertIsNone(pelmora.process.poll())
+
+    def test_the_item_appears_when_the_status_bar_starts_later(self):
+        with Application(PELMORA, "--simulate"):
+            wait_until_shown(TITLE)
+            close(TITLE)
+            wait(lambda: is_iconified(TITLE))
+            with StatusBar() as bar:
+                bar.item().click()
+                wait(lambda: is_in_front(TITLE))
+            # And in the next one, after that has gone.
+            with StatusBar() as bar:
+                self.close_and_come_back(bar.item().click)
+
+    def test_a_hidden_window_comes_back_when_the_status_bar_goes(self):
+        with Application(PELMORA, "--simulate"):
+            wait_until_shown(TITLE)
+            with StatusBar() as bar:
+                bar.item()
+                close(TITLE)
+                wait(lambda: is_hidden(TITLE))
+            wait_until_shown(TITLE)
+
+    def test_a_hidden_window_comes_back_when_the_status_bar_has_no_host_any_more(self):
+        with StatusBar() as bar, Application(PELMORA, "--simulate"):
+            wait_until_shown(TITLE)
+            bar.item()
+            close(TITLE)
+            wait(lambda: is_hidden(TITLE))
+            bar.set_host(False)
+            wait_until_shown(TITLE)
+            close(TITLE)
+            wait(lambda: is_iconified(TITLE))
+
+    def test_the_item_shows_in_x11_trays_that_start_later(self):
+        with Application(PELMORA, "--simulate"):
+            wait_until_shown(TITLE)
+            for _ in range(2):
+                with XTray() as tray:
+                    wait(tray.has_icon)
+                    close(TITLE)
+                    wait(lambda: is_hidden(TITLE))
+                # It comes back when the tray goes.
+                wait_until_shown(TITLE)
+            close(TITLE)
+            wait(lambda: is_iconified(TITLE))
+
+
+if __name__ == "__main__":
+    unittest.main()
