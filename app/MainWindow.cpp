@@ -50,6 +50,10 @@ struct Tile
 
 constexpr Colour panelColour{0, 162, 1};
 
+// Sizes of texts beside the desktop's own.
+constexpr double titleSize = 1.2;
+constexpr double largeSize = 1.4;
+
 constexpr std::array tiles{
     Tile{&Ui_MainWindow::readButton, Colour{0, 162, 1}, "ReadIcon"_L1, &MainWindow::readRequested},
     Tile{&Ui_MainWindow::viewButton, Colour{146, 39, 221}, "ViewIcon"_L1, &MainWindow::viewRequested},
@@ -101,6 +105,8 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     : QMainWindow(parent)
     , m_ui(std::make_unique<Ui::MainWindow>())
 {
+    // The menu bar is in the window on every desktop; to look for another place costs a question on the session bus.
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     m_ui->setupUi(this);
     // Whatever other windows are open: closing this one ends nothing.
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -130,11 +136,13 @@ void MainWindow::initUI()
 
 void MainWindow::setUpTexts()
 {
+    // Few fonts: each one costs its share of the start.
+    const QFont title = scaledFont(font(), titleSize, QFont::Bold);
     for (const Tile& tile : tiles)
-        (*m_ui.*tile.button)->setFont(scaledFont(font(), 1.2, QFont::Bold));
-    m_ui->readButton->setFont(scaledFont(font(), 1.6, QFont::Bold));
-    m_ui->headingLabel->setFont(scaledFont(font(), 1.0, QFont::Bold));
-    m_ui->vitaleInfoTextField->setFont(scaledFont(font(), 1.4));
+        (*m_ui.*tile.button)->setFont(title);
+    m_ui->headingLabel->setFont(title);
+    m_ui->readButton->setFont(scaledFont(font(), largeSize, QFont::Bold));
+    m_ui->vitaleInfoTextField->setFont(scaledFont(font(), largeSize));
 
     // Columns as wide as each other, also where the window is as small as it gets.
     int widest = 0;
