@@ -37,6 +37,21 @@ private Q_SLOTS:
         QCOMPARE(command.cards, (QStringList{u"a.xml"_s, u"b.xml"_s}));
     }
 
+    void printTakesCardsAndNoValue()
+    {
+        const CommandLine command = parsed({u"--print"_s, u"a.xml"_s, u"b.xml"_s}).value();
+        QCOMPARE(command.action, CommandLine::Action::Print);
+        QCOMPARE(command.cards, (QStringList{u"a.xml"_s, u"b.xml"_s}));
+    }
+
+    void printWithoutACardTakesTheReaders()
+    {
+        const CommandLine command = parsed({u"--simulate"_s, u"--print"_s}).value();
+        QCOMPARE(command.action, CommandLine::Action::Print);
+        QVERIFY(command.simulate);
+        QVERIFY(command.cards.isEmpty());
+    }
+
     void aSimulatedReaderNeedsNoCardFile()
     {
         const CommandLine command = parsed({u"--simulate"_s, u"carte.xml"_s}).value();
@@ -71,7 +86,8 @@ private Q_SLOTS:
 
     void theHelpNamesEveryOption()
     {
-        for (const QString& option : {u"--save"_s, u"--simulate"_s, u"--card-service"_s, u"--help"_s, u"--version"_s})
+        for (const QString& option :
+             {u"--save"_s, u"--print"_s, u"--simulate"_s, u"--card-service"_s, u"--help"_s, u"--version"_s})
             QVERIFY2(CommandLine::helpText().contains(option), qPrintable(option));
     }
 
@@ -88,6 +104,11 @@ private Q_SLOTS:
             << QStringList{u"--save"_s, u"--simulate"_s} << u"l’option --save demande le nom d’un dossier."_s;
         QTest::newRow("an option for a service") << QStringList{u"--card-service"_s, u"--help"_s}
                                                  << u"l’option --card-service demande le nom d’un programme."_s;
+        QTest::newRow("save and print") << QStringList{u"--save=x"_s, u"--print"_s}
+                                        << u"les options --save et --print s’excluent l’une l’autre."_s;
+        QTest::newRow("print to a value")
+            << QStringList{u"--print=x"_s}
+            << u"la valeur d’une option manque, ou est donnée à une option qui n’en prend pas."_s;
         QTest::newRow("two services") << QStringList{u"--simulate"_s, u"--card-service=x"_s}
                                       << u"les options --simulate et --card-service s’excluent l’une l’autre."_s;
         QTest::newRow("empty service") << QStringList{u"--card-service="_s}

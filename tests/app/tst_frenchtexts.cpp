@@ -1,0 +1,43 @@
+#include "app/FrenchTexts.h"
+
+#include <QDialogButtonBox>
+#include <QElapsedTimer>
+#include <QLocale>
+#include <QPushButton>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_FrenchTexts : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        installFrenchTexts();
+    }
+
+    void numbersAndDatesAreFrench() { QCOMPARE(QLocale().language(), QLocale::French); }
+
+    void theButtonsOfDialogsAreFrench()
+    {
+        const QDialogButtonBox box(QDialogButtonBox::Cancel);
+        QCOMPARE(box.button(QDialogButtonBox::Cancel)->text().remove(u'&'), u"Annuler"_s);
+    }
+
+    void whatQtsOwnFrenchLacksIsThere()
+    {
+        QCOMPARE(QCoreApplication::translate("QPrintSettingsOutput", "Long side binding"),
+                 u"Reliure sur le grand côté"_s);
+    }
+
+    void whatNobodyKnowsStaysAsItIs()
+    {
+        QCOMPARE(QCoreApplication::translate("QPrintSettingsOutput", "Frobnicate"), u"Frobnicate"_s);
+    }
+};
+
+QTEST_MAIN(tst_FrenchTexts)
+#include "tst_frenchtexts.moc"
