@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr qsizetype maximumNotes = 20'000;
+constexpr qsizetype maximumNotes = 10'000;
 constexpr qsizetype maximumLine = 64;
 
 // Among them the marks that turn the direction of writing, which make a text look like another.

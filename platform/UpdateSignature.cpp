@@ -40,7 +40,7 @@ std::optional<UpdateFailure> findSignatureFault(const QString& path, const Updat
 {
     // Makers sign the file itself, not a digest of it: it has to be there as one piece.
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly) || file.size() == 0)
         return UpdateFailure::CannotReadBack;
     const uchar* content = file.map(0, file.size());
     if (content == nullptr || sodium_init() < 0)

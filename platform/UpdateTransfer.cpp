@@ -17,6 +17,7 @@ namespace {
 // Bytes that wait to be taken.
 constexpr qint64 bufferSize = qint64{64} * 1024;
 constexpr int statusOk = 200;
+constexpr std::array redirectStatuses{301, 302, 303, 307, 308};
 
 struct NetworkFailure
 {
@@ -26,8 +27,6 @@ struct NetworkFailure
 
 constexpr std::array networkFailures{
     NetworkFailure{QNetworkReply::SslHandshakeFailedError, UpdateFailure::Certificate},
-    NetworkFailure{QNetworkReply::TooManyRedirectsError, UpdateFailure::TooManyRedirects},
-    NetworkFailure{QNetworkReply::InsecureRedirectError, UpdateFailure::InsecureRedirect},
     NetworkFailure{QNetworkReply::RemoteHostClosedError, UpdateFailure::Interrupted},
     NetworkFailure{QNetworkReply::ConnectionRefusedError, UpdateFailure::Unreachable},
     NetworkFailure{QNetworkReply::HostNotFoundError, UpdateFailure::Unreachable},
@@ -49,7 +48,7 @@ UpdateFailure failureOf(QNetworkReply::NetworkError error)
     return row == networkFailures.end() ? UpdateFailure::ServerError : row->failure;
 }
 
-QNetworkRequest requestFor(const QUrl& address, int redirects)
+QNetworkRequest requestFor(const QUrl& address)
 {
     QNetworkRequest request(address);
     // The same from everybody: the defaults would tell the user's language.
@@ -63,8 +62,7 @@ QNetworkRequest requestFor(const QUrl& address, int redirects)
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
-    request.setMaximumRedirectsAllowed(redirects);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     return request;
 }
 
@@ -89,27 +87,31 @@ UpdateTransfer::~UpdateTransfer()
 
 void UpdateTransfer::start(const QUrl& address)
 {
-    m_reply = m_manager.get(requestFor(address, m_bounds.redirects));
+    m_timer.start(m_bounds.time);
+    request(address);
+}
+
+void UpdateTransfer::request(const QUrl& address)
+{
+    m_isAnswered = false;
+    m_reply = m_manager.get(requestFor(address));
     // A server that is faster than this program waits for it.
     m_reply->setReadBufferSize(bufferSize);
-    connect(m_reply, &QNetworkReply::redirected, this, &UpdateTransfer::checkRedirect);
+    connect(m_reply, &QNetworkReply::metaDataChanged, this, &UpdateTransfer::readAnswer);
     connect(m_reply, &QNetworkReply::readyRead, this, &UpdateTransfer::readContent);
     connect(m_reply, &QNetworkReply::finished, this, &UpdateTransfer::finish);
     m_stallTimer.start(m_bounds.stall);
-    m_timer.start(m_bounds.time);
-}
-
-void UpdateTransfer::checkRedirect(const QUrl& address)
-{
-    if (address.scheme() != "https"_L1 || address.host().isEmpty())
-        return end(UpdateFailure::InsecureRedirect);
-    Q_EMIT m_reply->redirectAllowed();
 }
 
 void UpdateTransfer::readAnswer()
 {
+    if (m_isAnswered)
+        return;
     m_isAnswered = true;
-    if (m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() != statusOk)
+    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (std::ranges::find(redirectStatuses, status) != redirectStatuses.end())
+        return followRedirect();
+    if (status != statusOk)
         return end(UpdateFailure::ServerError);
     const QByteArray type = m_reply->rawHeader("Content-Type").split(';').constFirst().trimmed().toLower();
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
@@ -117,11 +119,26 @@ void UpdateTransfer::readAnswer()
         end(failure);
 }
 
+void UpdateTransfer::followRedirect()
+{
+    const QByteArray location = m_reply->rawHeader("Location");
+    if (location.isEmpty())
+        return end(UpdateFailure::ServerError);
+    const QUrl target = m_reply->url().resolved(QUrl::fromEncoded(location, QUrl::StrictMode));
+    if (target.scheme() != "https"_L1 || target.host().isEmpty())
+        return end(UpdateFailure::InsecureRedirect);
+    if (++m_redirects > m_bounds.redirects)
+        return end(UpdateFailure::TooManyRedirects);
+    dropReply();
+    request(target);
+}
+
 void UpdateTransfer::readContent()
 {
-    if (!m_isAnswered)
-        readAnswer();
-    if (!m_reply)
+    const QNetworkReply* reply = m_reply;
+    readAnswer();
+    // The answer may have been refused, or have led elsewhere.
+    if (m_reply != reply)
         return;
     m_stallTimer.start();
     const QByteArray piece = m_reply->readAll();
@@ -140,8 +157,9 @@ void UpdateTransfer::finish()
     const QNetworkReply::NetworkError error = m_reply->error();
     if (error != QNetworkReply::NoError)
         return end(failureOf(error));
+    const QNetworkReply* reply = m_reply;
     readContent();
-    if (!m_reply)
+    if (m_reply != reply)
         return;
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
     end(length.isValid() && length.toLongLong() != m_received ? std::optional(UpdateFailure::Interrupted)
@@ -158,11 +176,15 @@ void UpdateTransfer::drop()
 {
     m_stallTimer.stop();
     m_timer.stop();
-    QNetworkReply* reply = m_reply;
-    m_reply.clear();
-    if (reply == nullptr)
+    dropReply();
+}
+
+void UpdateTransfer::dropReply()
+{
+    if (!m_reply)
         return;
-    reply->disconnect(this);
-    reply->abort();
-    reply->deleteLater();
+    m_reply->disconnect(this);
+    // That ends it too, once it is done with the signal that it may be sending.
+    m_reply->deleteLater();
+    m_reply.clear();
 }

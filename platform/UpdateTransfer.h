@@ -49,12 +49,14 @@ Q_SIGNALS:
     void finished(std::optional<UpdateFailure> failure);
 
 private:
-    void checkRedirect(const QUrl& address);
+    void request(const QUrl& address);
     void readAnswer();
+    void followRedirect();
     void readContent();
     void finish();
     void end(std::optional<UpdateFailure> failure);
     void drop();
+    void dropReply();
 
     QNetworkAccessManager& m_manager;
     Bounds m_bounds;
@@ -63,6 +65,7 @@ private:
     QPointer<QNetworkReply> m_reply;
     QTimer m_stallTimer;
     QTimer m_timer;
+    int m_redirects = 0;
     qint64 m_received = 0;
     bool m_isAnswered = false;
 };
