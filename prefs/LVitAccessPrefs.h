@@ -61,7 +61,9 @@ protected:
 
 private:
     void fetchLibraryInformations();
-    [[nodiscard]] qint64 selectedTag() const;
+    [[nodiscard]] qint64 selectedTag();
+    /// The controls; loads the view if need be.
+    [[nodiscard]] Ui::LVitAccessView& ui();
 
     std::shared_ptr<LVitAccess> m_client;
     QString m_modeInformations = QStringLiteral("");

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] QWidget* paneView() override;
 
     /// The pane's view; loads it if need be.
-    [[nodiscard]] QScrollArea& view();
+    QScrollArea& view();
     [[nodiscard]] bool isViewLoaded() const { return m_view != nullptr; }
 
 protected:

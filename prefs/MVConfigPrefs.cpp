@@ -1,0 +1,85 @@
+#include "prefs/MVConfigPrefs.h"
+
+#include "prefs/MVSettings.h"
+#include "prefs/SettingTie.h"
+#include "prefs/StatusItemControl.h"
+#include "prefs/ui_ConfigView.h"
+#include "support/MXLog.h"
+
+#include <QGuiApplication>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+MVConfigPrefs::MVConfigPrefs(StatusItemControl& statusItem, Bundle bundle)
+    : PaneViewController(u"Config"_s, std::move(bundle))
+    , m_statusItem(statusItem)
+{
+}
+
+MVConfigPrefs::~MVConfigPrefs() = default;
+
+QString MVConfigPrefs::paneIdentifier() const
+{
+    return u"com.morvel.prefspane.config"_s;
+}
+
+QString MVConfigPrefs::paneName() const
+{
+    return u"Configuration"_s;
+}
+
+void MVConfigPrefs::initialization()
+{
+    view();
+}
+
+void MVConfigPrefs::paneWillAppear()
+{
+    MXLog::logDebug("paneWillAppear");
+    view();
+    // The keyboard is asked, as assistive technology opens panes without an event that would tell of held keys.
+    const bool altIsDown = QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier);
+    const bool isVisible = altIsDown || MVSettings::booleanPreferencesForKey(SettingsKey::debugMode);
+    debugModeButton()->setVisible(isVisible);
+    m_ui->debugModeLabel->setVisible(isVisible);
+    m_ui->debugModeHint->setVisible(isVisible);
+}
+
+void MVConfigPrefs::changeStatusItemPrefs(const QObject* sender)
+{
+    const auto* button = qobject_cast<const QAbstractButton*>(sender);
+    if (!button)
+        return;
+    if (button->isChecked())
+        m_statusItem.showStatusItem();
+    else
+        m_statusItem.hideStatusItem();
+}
+
+void MVConfigPrefs::changeDebugMode(const QObject* /*sender*/)
+{
+}
+
+QCheckBox* MVConfigPrefs::debugModeButton() const
+{
+    return m_ui ? m_ui->debugModeButton : nullptr;
+}
+
+void MVConfigPrefs::loadView(QScrollArea& view)
+{
+    m_ui = std::make_unique<Ui::ConfigView>();
+    m_ui->setupUi(&view);
+}
+
+void MVConfigPrefs::viewDidLoad()
+{
+    // The ties come first: what is stored is there for the actions.
+    tieToSetting(*m_ui->statusItemButton, SettingsKey::statusItemMenu);
+    tieToSetting(*m_ui->debugModeButton, SettingsKey::debugMode);
+    // toggled() and not clicked(), which assistive technology can do without.
+    connect(m_ui->statusItemButton, &QAbstractButton::toggled, this,
+            [this] { changeStatusItemPrefs(m_ui->statusItemButton); });
+    connect(m_ui->debugModeButton, &QAbstractButton::toggled, this, [this] { changeDebugMode(debugModeButton()); });
+}

@@ -1,0 +1,78 @@
+#include "prefs/MVUpdatePrefs.h"
+
+#include "platform/SUUpdater.h"
+#include "prefs/ui_UpdatePrefsView.h"
+#include "support/MXLog.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+MVUpdatePrefs::MVUpdatePrefs(Bundle bundle)
+    : PaneViewController(u"Update"_s, std::move(bundle))
+{
+}
+
+MVUpdatePrefs::~MVUpdatePrefs() = default;
+
+SUUpdater* MVUpdatePrefs::updater() const
+{
+    return m_updater;
+}
+
+void MVUpdatePrefs::setUpdater(SUUpdater* updater)
+{
+    m_updater = updater;
+}
+
+QString MVUpdatePrefs::paneIdentifier() const
+{
+    return u"com.morvel.prefspane.update"_s;
+}
+
+QString MVUpdatePrefs::paneName() const
+{
+    return u"Mise à jour"_s;
+}
+
+void MVUpdatePrefs::initialization()
+{
+    MXLog::logDebug("'{}' initialization", metaObject()->className());
+    view();
+    updateUI();
+}
+
+void MVUpdatePrefs::paneWillAppear()
+{
+    MXLog::logDebug("'{}' paneWillAppear", metaObject()->className());
+}
+
+void MVUpdatePrefs::checkForUpdateNow(const QObject* /*sender*/)
+{
+    if (m_updater)
+        m_updater->checkForUpdates(nullptr);
+}
+
+void MVUpdatePrefs::updateUI()
+{
+    view();
+    const std::optional<QDateTime> date = m_updater ? m_updater->lastUpdateCheckDate() : std::nullopt;
+    lastCheckTextField()->setText(
+        date ? u"Dernière vérification le "_s + date->toLocalTime().toString(u"dd/MM/yyyy 'à' HH:mm"_s) : QString());
+}
+
+QLabel* MVUpdatePrefs::lastCheckTextField() const
+{
+    return m_ui ? m_ui->lastCheckTextField : nullptr;
+}
+
+void MVUpdatePrefs::loadView(QScrollArea& view)
+{
+    m_ui = std::make_unique<Ui::UpdatePrefsView>();
+    m_ui->setupUi(&view);
+}
+
+void MVUpdatePrefs::viewDidLoad()
+{
+    connect(m_ui->checkNowButton, &QAbstractButton::clicked, this, [this] { checkForUpdateNow(nullptr); });
+}

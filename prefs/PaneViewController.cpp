@@ -1,0 +1,59 @@
+#include "prefs/PaneViewController.h"
+
+#include "support/GlyphIcon.h"
+
+#include <QGridLayout>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The widest of what stands before the controls, in any of the panes: their controls all begin at the same place.
+constexpr QStringView widestLabel{u"Mises à jour\u00A0:"};
+
+void prepare(QScrollArea& view)
+{
+    if (auto* grid = view.findChild<QGridLayout*>(u"grid"_s))
+        grid->setColumnMinimumWidth(0, view.fontMetrics().horizontalAdvance(widestLabel.toString()));
+    // There is something to scroll only where the user has chosen large letters; the keyboard reaches it then.
+    view.setFocusPolicy(Qt::NoFocus);
+    QObject::connect(view.verticalScrollBar(), &QScrollBar::rangeChanged, &view, [&view](int /*first*/, int last) {
+        view.setFocusPolicy(last > 0 ? Qt::TabFocus : Qt::NoFocus);
+    });
+}
+
+} // namespace
+
+PaneViewController::PaneViewController(QString imageName, Bundle bundle)
+    : m_imageName(std::move(imageName))
+    , m_bundle(std::move(bundle))
+{
+}
+
+PaneViewController::~PaneViewController() = default;
+
+QIcon PaneViewController::paneIcon() const
+{
+    const std::optional<QString> path = m_bundle.pathForResource(m_imageName, u"svg"_s);
+    return path ? glyphIcon(*path) : QIcon();
+}
+
+QWidget* PaneViewController::paneView()
+{
+    return &view();
+}
+
+QScrollArea& PaneViewController::view()
+{
+    if (!m_view) {
+        m_view = std::make_unique<QScrollArea>();
+        loadView(*m_view);
+        prepare(*m_view);
+        viewDidLoad();
+    }
+    return *m_view;
+}
