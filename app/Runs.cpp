@@ -1,12 +1,11 @@
 #include "app/Runs.h"
 
 #include "app/AttestationFiles.h"
-#include "app/CardFile.h"
 #include "app/CardReading.h"
 #include "app/CardService.h"
 #include "app/CommandLine.h"
 #include "app/Console.h"
-#include "app/PageWindow.h"
+#include "app/PrintCommand.h"
 #include "app/SaveCommand.h"
 #include "attestation/PageFonts.h"
 #include "attestation/SchemeLogos.h"
@@ -14,10 +13,12 @@
 #include "prefs/MVSettings.h"
 #include "prefs/StandardPreferences.h"
 
-#include <QApplication>
-#include <QPointer>
+#include <QGuiApplication>
 
 #include <array>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 
 using namespace Qt::StringLiterals;
@@ -34,16 +35,11 @@ std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const 
     return client;
 }
 
-// Qt can do without a display when it is told to; otherwise it would end the program without a word for people.
-bool hasDisplay()
-{
-    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
-           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
-}
+using CommandPtr = std::unique_ptr<CardsCommand>;
+using CommandMaker = std::function<std::expected<CommandPtr, QString>(SchemeLogos&, const PageFonts&)>;
 
-} // namespace
-
-int runSave(const CommandLine& command, char* programName)
+// Without a display either. The command that was made sees the card files or the card in the reader.
+int runWithoutWindow(const CommandLine& command, char* programName, const CommandMaker& makeCommand)
 {
     // Qt's platform that needs no display.
     std::string option = "-platform";
@@ -61,49 +57,44 @@ int runSave(const CommandLine& command, char* programName)
         return failure;
     }
     SchemeLogos logos(bundle);
-    const AttestationFiles files(command.folder, logos, *fonts);
-    SaveCommand saving(files);
+    const std::expected<CommandPtr, QString> made = makeCommand(logos, *fonts);
+    if (!made) {
+        Console::complain(made.error());
+        return failure;
+    }
+    CardsCommand& cards = **made;
 
     if (!command.cards.isEmpty()) {
-        saving.saveCardFiles(command.cards);
-        return saving.exitCode();
+        cards.takeCardFiles(command.cards);
+        return cards.exitCode();
     }
-    readCard(cardServiceClient(command, bundle), [&saving](const std::expected<CardRecord, Error>& record) {
-        saving.saveCard(record);
+    readCard(cardServiceClient(command, bundle), [&cards](const std::expected<CardRecord, Error>& record) {
+        cards.takeCard(record);
         QCoreApplication::quit();
     });
     QCoreApplication::exec();
-    return saving.exitCode();
+    return cards.exitCode();
 }
 
-int runWindow(const CommandLine& command, int argc, char** argv)
+} // namespace
+
+int runSave(const CommandLine& command, char* programName)
 {
-    if (!hasDisplay()) {
-        Console::complain(u"il n’y a pas d’écran où ouvrir une fenêtre."_s);
-        return failure;
-    }
-    const QApplication application(argc, argv);
-    QCoreApplication::setApplicationName(u"Pelmora"_s);
-    setStandardPreferences();
+    std::optional<AttestationFiles> files;
+    return runWithoutWindow(command, programName,
+                            [&](SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
+                                files.emplace(command.folder, logos, fonts);
+                                return std::make_unique<SaveCommand>(*files);
+                            });
+}
 
-    const Bundle bundle = Bundle::mainBundle();
-    const std::expected<PageFonts, Error> fonts = PageFonts::load(bundle);
-    if (!fonts) {
-        Console::complain(fonts.error().localizedDescription());
-        return failure;
-    }
-    SchemeLogos logos(bundle);
-    PageWindow window(logos, *fonts);
-    window.show();
-
-    if (!command.cards.isEmpty()) {
-        window.showCard(loadCardFile(command.cards.first()));
-    } else {
-        const auto showCard = [page = QPointer(&window)](const std::expected<CardRecord, Error>& record) {
-            if (page)
-                page->showCard(record);
-        };
-        readCard(cardServiceClient(command, bundle), showCard);
-    }
-    return QApplication::exec();
+int runPrint(const CommandLine& command, char* programName)
+{
+    return runWithoutWindow(command, programName,
+                            [](SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
+                                const std::expected<PrintInfo, QString> printer = PrintCommand::defaultPrinter();
+                                if (!printer)
+                                    return std::unexpected(printer.error());
+                                return std::make_unique<PrintCommand>(*printer, logos, fonts);
+                            });
 }

@@ -1,0 +1,153 @@
+#include "app/AppDelegate.h"
+
+#include "app/MainWindow.h"
+#include "app/OutsideFolders.h"
+#include "app/StatusItem.h"
+#include "app/WindowActivation.h"
+#include "attestation/MVAttestationWindowController.h"
+#include "card/BindOutcome.h"
+#include "card/CardServiceKeys.h"
+#include "card/LVitAccess.h"
+#include "platform/NotificationCenter.h"
+#include "platform/SUUpdater.h"
+#include "platform/UserDefaults.h"
+#include "prefs/LVitAccessPrefs.h"
+#include "prefs/MVAttestationPrefs.h"
+#include "prefs/MVConfigPrefs.h"
+#include "prefs/MVPreferences.h"
+#include "prefs/MVUpdatePrefs.h"
+#include "prefs/StandardPreferences.h"
+#include "support/MXLog.h"
+#include "support/MoveAtLaunch.h"
+
+#include <QCoreApplication>
+#include <QFileDialog>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QStringView debugLevelKey{u"MVDebugLevel"};
+
+} // namespace
+
+AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitAccess> client)
+    : m_bundle(surroundings.bundle)
+    , m_logos(surroundings.logos)
+    , m_fonts(surroundings.fonts)
+    , m_window(surroundings.window)
+    , m_alerts(&surroundings.window)
+    , m_lvit(std::move(client))
+    , m_reading(m_lvit, *this)
+{
+}
+
+AppDelegate::~AppDelegate()
+{
+    applicationWillTerminate();
+}
+
+void AppDelegate::awakeFromNib()
+{
+    connectWindow();
+    initUI();
+}
+
+MoveOutcome AppDelegate::applicationWillFinishLaunching(const Bundle& bundle)
+{
+    const QVariant level = bundle.objectForInfoDictionaryKey(debugLevelKey);
+    if (level.isValid())
+        MXLog::defaultLogger().setLogLevel(level.toUInt());
+    return moveToApplicationsFolderIfNecessary();
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    // Before all that takes time: people see the window at once.
+    m_window.show();
+    m_attestationViewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts);
+    setObservers();
+    checkLogDir();
+    checkSedicaDir();
+    setStandardPreferences();
+    updateRecentsMenu();
+    disableUI();
+    m_reading.lVitInit();
+    initPrefs();
+    showStatusItem();
+    m_window.setWindowTitle(u"Pelmora par MORVEL"_s);
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+bool AppDelegate::applicationShouldHandleReopen(const QObject* sender, bool hasVisibleWindows)
+{
+    if (!hasVisibleWindows)
+        showMainWindow(sender);
+    return false;
+}
+
+void AppDelegate::showMainWindow(const QObject* /*sender*/)
+{
+    bringToFront(m_window);
+}
+
+void AppDelegate::terminate()
+{
+    // No window is asked: those that only iconify when they are closed would refuse.
+    QCoreApplication::exit(0);
+}
+
+void AppDelegate::setObservers()
+{
+    const auto bound = [this](const Notification& notification) {
+        if (!notification.userInfo)
+            return;
+        if (notification.userInfo->value(BindNotification::status.toString()) == BindNotification::success.toString()) {
+            enableUI();
+            return;
+        }
+        if (const std::optional<Error> error = bindError(*notification.userInfo))
+            presentError(*error);
+        disableUI();
+    };
+    NotificationCenter::defaultCenter().addObserver(this, BindNotification::name.toString(), bound);
+}
+
+void AppDelegate::initPrefs()
+{
+    m_updater = std::make_unique<SUUpdater>(UpdateConfiguration::fromBundle(m_bundle),
+                                            std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
+    MVPreferences::resigterPreferencesPane(std::make_shared<MVConfigPrefs>(*this, m_bundle));
+    MVPreferences::resigterPreferencesPane(std::make_shared<MVAttestationPrefs>(m_bundle));
+    MVPreferences::resigterPreferencesPane(std::make_shared<LVitAccessPrefs>(m_lvit, m_bundle));
+    const auto updatePrefs = std::make_shared<MVUpdatePrefs>(m_bundle);
+    updatePrefs->setUpdater(m_updater.get());
+    MVPreferences::resigterPreferencesPane(updatePrefs);
+}
+
+// Tiles and menu entries ask through the window's signals.
+void AppDelegate::connectWindow()
+{
+    connect(&m_window, &MainWindow::readRequested, this, [this] { readVitale(&m_window); });
+    connect(&m_window, &MainWindow::viewRequested, this, [this] { viewAttestation(&m_window); });
+    connect(&m_window, &MainWindow::printRequested, this, [this] { printAttestation(&m_window); });
+    connect(&m_window, &MainWindow::saveRequested, this, [this] { saveAttestation(&m_window); });
+    connect(&m_window, &MainWindow::folderRequested, this, [this] { openAttestationsFolder(&m_window); });
+    connect(&m_window, &MainWindow::mailRequested, this, [this] { sendComment(&m_window); });
+    connect(&m_window, &MainWindow::settingsRequested, this, [this] { preferences(&m_window); });
+    connect(&m_window, &MainWindow::helpRequested, this, [this] { showHelp(&m_window); });
+    connect(&m_window, &MainWindow::updateRequested, this, [this] { m_updater->checkForUpdates(&m_window); });
+    connect(&m_window, &MainWindow::cardFileRequested, this, [this] { loadXMLFile(); });
+    connect(&m_window, &MainWindow::cardFileDropped, this, [this](const QString& path) { loadXMLFile(path); });
+    connect(&m_window, &MainWindow::quitRequested, this, &AppDelegate::terminate);
+    m_window.setClosePolicy([this] {
+        return m_statusItem && m_statusItem->hostAvailable() ? MainWindow::ClosePolicy::Hide
+                                                             : MainWindow::ClosePolicy::Iconify;
+    });
+}

@@ -1,0 +1,134 @@
+#pragma once
+
+#include "app/ReadWorkflow.h"
+#include "card/CardRecord.h"
+#include "platform/AlertQueue.h"
+#include "platform/Bundle.h"
+#include "prefs/StatusItemControl.h"
+#include "support/MoveToApplications.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+#include <optional>
+
+class LVitAccess;
+class MVAttestationWindowController;
+class MainWindow;
+class PageFonts;
+class QFileDialog;
+class QMenu;
+class SchemeLogos;
+class StatusItem;
+class SUUpdater;
+
+/// The application's one controller: it owns what lives for the whole run and lets what the user does reach those that
+/// do it. Each operation is a few lines over a class of its own. Main thread only.
+class AppDelegate final : public QObject, public StatusItemControl, private ReadWorkflowDelegate
+{
+    Q_OBJECT
+
+public:
+    /// What the controller works with; all of it outlives the controller.
+    struct Surroundings
+    {
+        const Bundle& bundle;
+        SchemeLogos& logos;
+        const PageFonts& fonts;
+        MainWindow& window;
+    };
+
+    AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitAccess> client);
+    ~AppDelegate() override;
+
+    /// The window is there: its first looks, and its buttons and menus find their operations.
+    void awakeFromNib();
+    /// The first steps of the start-up, before anything is set up: the log's level, and the question whether the
+    /// program is to move to the Applications folder. Waits for the answer; the program may have to end then.
+    [[nodiscard]] static MoveOutcome applicationWillFinishLaunching(const Bundle& bundle);
+    /// The rest of the start-up sequence, once.
+    void applicationDidFinishLaunching();
+    /// The controller observes nothing any more.
+    void applicationWillTerminate();
+    /// The program was started again, or asked for: a window that is not visible comes back. Whether the caller is to
+    /// do anything else about it: never.
+    bool applicationShouldHandleReopen(const QObject* sender, bool hasVisibleWindows);
+
+    /// Makes the main window the active one, in front of the others.
+    void showMainWindow(const QObject* sender);
+    /// Ends the application, whatever is on the screen.
+    static void terminate();
+
+    [[nodiscard]] bool isEnabled() const { return m_enabled; }
+    [[nodiscard]] bool isReading() const { return m_reading.isReading(); }
+
+    // What the user can ask for. The sender is the button or the menu's entry; none when another operation asks.
+    void readVitale(const QObject* sender);
+    void viewAttestation(const QObject* sender);
+    void printAttestation(const QObject* sender);
+    void saveAttestation(const QObject* sender);
+    void openAttestationsFolder(const QObject* sender);
+    void openRecentAttestation(const QObject* sender);
+    void clearRecentsMenu(const QObject* sender);
+    void sendComment(const QObject* sender);
+    void showHelp(const QObject* sender);
+    void preferences(const QObject* sender);
+    /// What an entry of the status item's menu stands for, by its tag.
+    void executeAction(int tag);
+
+    /// Lets the user choose a card XML file, and loads it.
+    void loadXMLFile();
+    /// Shows the card of a file as if it had been read; the failure is presented.
+    void loadXMLFile(const QString& path);
+
+    void showStatusItem() override;
+    void hideStatusItem() override;
+
+private:
+    // The steps of the start-up.
+    void setObservers();
+    void initPrefs();
+
+    // The main window.
+    void initUI();
+    void disableUI();
+    void enableUI();
+    void updateUI();
+    void connectWindow();
+
+    /// The main window, seen: what belongs to it would be lost on a hidden one.
+    [[nodiscard]] MainWindow& visibleWindow();
+
+    // The files.
+    void addToRecents(const QString& path);
+    void updateRecentsMenu();
+    void whenCardIsThere(void (AppDelegate::*action)(const CardRecord&));
+    void view(const CardRecord& record);
+    void print(const CardRecord& record);
+    void save(const CardRecord& record);
+
+    // What the reading of a card needs.
+    void beginSheet(const QString& message) override;
+    void endSheed() override;
+    void beep() override;
+    void presentError(const Error& error) override;
+    [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return m_currentVitale; }
+    void cardWasRead(const CardRecord& record) override;
+    void saveXMLIfNeeded() override;
+
+    const Bundle& m_bundle;
+    SchemeLogos& m_logos;
+    const PageFonts& m_fonts;
+    MainWindow& m_window;
+    AlertQueue m_alerts;
+    std::shared_ptr<LVitAccess> m_lvit;
+    ReadWorkflow m_reading;
+    std::optional<CardRecord> m_currentVitale;
+    std::unique_ptr<MVAttestationWindowController> m_attestationViewer;
+    std::unique_ptr<StatusItem> m_statusItem;
+    QPointer<QMenu> m_recentsMenu; // the window's own
+    std::unique_ptr<SUUpdater> m_updater;
+    QPointer<QFileDialog> m_filePanel;
+    bool m_enabled = false;
+};

@@ -1,0 +1,123 @@
+#include "app/AppDelegate.h"
+#include "app/CardService.h"
+#include "app/CommandLine.h"
+#include "app/Console.h"
+#include "app/FrenchTexts.h"
+#include "app/InstanceMessage.h"
+#include "app/MainWindow.h"
+#include "app/ReopenService.h"
+#include "app/Runs.h"
+#include "app/SingleInstance.h"
+#include "app/TerminationSignals.h"
+#include "attestation/PageFonts.h"
+#include "attestation/SchemeLogos.h"
+#include "platform/Bundle.h"
+
+#include <QApplication>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int failure = 1;
+
+// Qt can do without a display when it is told to; otherwise it would end the program without a word for people.
+bool hasDisplay()
+{
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+bool hasVisibleWindows()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    return std::any_of(windows.begin(), windows.end(),
+                       [](const QWidget* window) { return window->isVisible() && !window->isMinimized(); });
+}
+
+void describeApplication()
+{
+    QCoreApplication::setApplicationName(u"Pelmora"_s);
+    QCoreApplication::setApplicationVersion(u"" PELMORA_VERSION ""_s);
+    QGuiApplication::setDesktopFileName(u"com.morvel.Pelmora"_s);
+    // Closing windows leaves the program running: the status item or the desktop's task list brings them back.
+    QApplication::setQuitOnLastWindowClosed(false);
+}
+
+// What reaches the running application from outside: later starts, the desktop, signals.
+void connectOutside(AppDelegate& delegate, SingleInstance& instance, ReopenService& service,
+                    const TerminationSignals& termination)
+{
+    const auto reopen = [&delegate] {
+        const bool visible = hasVisibleWindows();
+        // To be asked for is to come to the front; the delegate sees to a window that is not there.
+        if (visible)
+            delegate.showMainWindow(nullptr);
+        delegate.applicationShouldHandleReopen(nullptr, visible);
+    };
+    const auto open = [&delegate](const QString& path) {
+        delegate.showMainWindow(nullptr);
+        delegate.loadXMLFile(path);
+    };
+    QObject::connect(&instance, &SingleInstance::reopenRequested, &delegate, reopen);
+    QObject::connect(&instance, &SingleInstance::openRequested, &delegate, open);
+    QObject::connect(&service, &ReopenService::reopenRequested, &delegate, reopen);
+    QObject::connect(&service, &ReopenService::openRequested, &delegate, open);
+    QObject::connect(&termination, &TerminationSignals::terminationRequested, &delegate, &AppDelegate::terminate);
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::applicationWillTerminate);
+}
+
+int runApplication(const CommandLine& command, const Bundle& bundle, SingleInstance& instance)
+{
+    const std::expected<PageFonts, Error> fonts = PageFonts::load(bundle);
+    if (!fonts) {
+        Console::complain(fonts.error().localizedDescription());
+        return failure;
+    }
+    SchemeLogos logos(bundle);
+    LVitAccess::setDefaultCommand(cardServiceCommand(command, bundle));
+    MainWindow window(bundle);
+    AppDelegate delegate({bundle, logos, *fonts, window}, LVitAccess::defaultInstance());
+    ReopenService service;
+    const TerminationSignals termination;
+    connectOutside(delegate, instance, service, termination);
+
+    delegate.awakeFromNib();
+    delegate.applicationDidFinishLaunching();
+    instance.startListening();
+    service.start();
+    if (!command.cards.isEmpty())
+        delegate.loadXMLFile(command.cards.first());
+    return QApplication::exec();
+}
+
+} // namespace
+
+int runWindow(const CommandLine& command, int argc, char** argv)
+{
+    if (!hasDisplay()) {
+        Console::complain(u"il n’y a pas d’écran où ouvrir une fenêtre."_s);
+        return failure;
+    }
+    const QApplication application(argc, argv);
+    describeApplication();
+    installFrenchTexts();
+    const Bundle bundle = Bundle::mainBundle();
+    if (AppDelegate::applicationWillFinishLaunching(bundle) == MoveOutcome::Ends)
+        return 0;
+
+    SingleInstance instance(SingleInstance::keyFor(command));
+    const std::optional<QString> card = command.cards.isEmpty() ? std::nullopt : std::optional(command.cards.first());
+    switch (instance.claim(InstanceMessage::forCard(card))) {
+    case SingleInstance::Claim::First:
+        break;
+    case SingleInstance::Claim::AlreadyRunning:
+        return 0;
+    case SingleInstance::Claim::NoAnswer:
+        Console::complain(SingleInstance::noAnswerText());
+        return failure;
+    }
+    return runApplication(command, bundle, instance);
+}

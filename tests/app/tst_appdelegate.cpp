@@ -1,0 +1,385 @@
+#include "app/RecentAttestations.h"
+#include "app/StatusMenu.h"
+#include "card/CardKeys.h"
+#include "card/CardServiceKeys.h"
+#include "platform/NotificationCenter.h"
+#include "support/MVSimpleOpaqueView.h"
+#include "support/MXButton.h"
+#include "support/MXLog.h"
+#include "tests/app/Office.h"
+#include "tests/card/FakeService.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList silent{u"--do"_s, u"any"_s, u"silent"_s};
+const QStringList withoutReader{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s};
+
+ServiceCommand simulation(const QString& card)
+{
+    return {QStringLiteral(PELMORA_STAGE "/libexec/pelmora/com.morvel.lvit"), {u"--simulate"_s, card}};
+}
+
+QString specimen()
+{
+    return QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml");
+}
+
+bool write(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+// Which of the seven tiles can be pressed, in the order read, view, print, save, quit, mail, settings.
+QList<bool> tilesEnabled(const Office& office)
+{
+    const MainWindow& window = *office.window;
+    QList<bool> states;
+    for (const MXButton* tile : {window.readButton(), window.viewButton(), window.printButton(), window.saveButton(),
+                                 window.quitButton(), window.mailButton(), window.settingsButton()})
+        states.append(tile->isEnabled());
+    return states;
+}
+
+const QList<bool> unbound{true, false, false, false, false, true, true};
+const QList<bool> bound{true, true, true, true, true, true, true};
+
+QString summary(const Office& office)
+{
+    return office.window->vitaleInfoTextField()->text();
+}
+
+QStringList recents(const Office& office)
+{
+    QStringList titles;
+    for (const QAction* action : office.window->recentsMenuItem()->menu()->actions())
+        titles.append(action->isSeparator() ? u"-"_s : action->text());
+    return titles;
+}
+
+// An office whose card service is bound.
+std::unique_ptr<Office> boundOffice(const ServiceCommand& service)
+{
+    auto office = std::make_unique<Office>(service);
+    office->start();
+    const bool isBound = QTest::qWaitFor([&office] { return office->delegate->isEnabled(); });
+    return isBound ? std::move(office) : nullptr;
+}
+
+} // namespace
+
+class tst_AppDelegate : public QObject
+{
+    Q_OBJECT
+
+private:
+    FakeService m_fake;
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        MVSettings::setStore(nullptr);
+        MXLog::defaultLogger().setLogLevel(MXLog::Notice);
+    }
+
+    void beforeTheBindCardActionsAreOffAndReadingIsNot()
+    {
+        const Office office(m_fake.command(silent));
+        office.start();
+        QCOMPARE(tilesEnabled(office), unbound);
+        QVERIFY(!office.delegate->isEnabled());
+        QVERIFY(!office.delegate->isReading());
+        QCOMPARE(summary(office), u"Aucune"_s);
+    }
+
+    void theWindowHasItsTitleOnceTheStartIsOver()
+    {
+        const Office office(m_fake.command(silent));
+        office.start();
+        QCOMPARE(office.window->windowTitle(), u"Pelmora par MORVEL"_s);
+        QVERIFY(office.window->isVisible());
+    }
+
+    void theStartMakesTheFoldersOfTheReadingLibrary()
+    {
+        const Office office(m_fake.command(silent));
+        office.start();
+        QVERIFY(QFileInfo(office.path(u"Library/Logs/santesocial"_s)).isDir());
+        QVERIFY(QFileInfo(office.path(u"Library/Preferences/santesocial/sedica"_s)).isDir());
+    }
+
+    void aFileInTheFoldersPlaceDoesNotStopTheStart()
+    {
+        const Office office(m_fake.command(silent));
+        QVERIFY(QDir(office.path(u"."_s)).mkpath(u"Library/Logs"_s));
+        QVERIFY(write(office.path(u"Library/Logs/santesocial"_s), "x"));
+        office.start();
+        QCOMPARE(office.window->windowTitle(), u"Pelmora par MORVEL"_s);
+        QVERIFY(QFileInfo(office.path(u"Library/Logs/santesocial"_s)).isFile());
+    }
+
+    void theLogLevelOfTheInformationDictionaryIsApplied_data()
+    {
+        QTest::addColumn<QByteArray>("entry");
+        QTest::addColumn<unsigned>("level");
+        QTest::newRow("absent") << QByteArray() << 5U;
+        QTest::newRow("zero") << QByteArray("<key>MVDebugLevel</key><integer>0</integer>") << 0U;
+        QTest::newRow("debug") << QByteArray("<key>MVDebugLevel</key><integer>6</integer>") << 6U;
+    }
+
+    void theLogLevelOfTheInformationDictionaryIsApplied()
+    {
+        QFETCH(const QByteArray, entry);
+        const QTemporaryDir resources;
+        QVERIFY(write(resources.filePath(u"Info.plist"_s),
+                      "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" + entry +
+                          "</dict></plist>"));
+        const Office office(m_fake.command(silent), resources.path());
+        office.start();
+        QTEST(MXLog::defaultLogger().logLevel(), "level");
+    }
+
+    void aBindSwitchesEverythingOn()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        QCOMPARE(tilesEnabled(*office), bound);
+        QVERIFY(!Office::alert());
+    }
+
+    void aFailedBindSaysWhyAndSwitchesCardActionsOff()
+    {
+        const Office office(m_fake.command(withoutReader));
+        office.start();
+        QTRY_COMPARE(Office::alertText(),
+                     std::optional(u"Aucun lecteur de carte n'a été trouvé. Vérifiez les branchements."_s));
+        QCOMPARE(tilesEnabled(office), unbound);
+    }
+
+    void aCardServiceThatIsNotThereIsTheGeneralError()
+    {
+        const Office office({u"/nonexistent/card-service"_s, {}});
+        office.start();
+        QTRY_COMPARE(Office::alertText(), std::optional(u"L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s));
+        QCOMPARE(tilesEnabled(office), unbound);
+    }
+
+    void aBindNotificationWithoutUserInformationChangesNothing()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        NotificationCenter::defaultCenter().postNotification(BindNotification::name.toString());
+        QCOMPARE(tilesEnabled(*office), bound);
+        QVERIFY(!Office::alert());
+    }
+
+    void aFailureWithoutAnErrorSwitchesOffWithoutAnAlert()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        NotificationCenter::defaultCenter().postNotification(
+            BindNotification::name.toString(),
+            QVariantMap{{BindNotification::status.toString(), BindNotification::failure.toString()}});
+        QCOMPARE(tilesEnabled(*office), unbound);
+        QVERIFY(!Office::alert());
+    }
+
+    void afterTheEndNothingIsObserved()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        office->delegate->applicationWillTerminate();
+        NotificationCenter::defaultCenter().postNotification(
+            BindNotification::name.toString(),
+            QVariantMap{{BindNotification::status.toString(), BindNotification::failure.toString()}});
+        QCOMPARE(tilesEnabled(*office), bound);
+    }
+
+    void aReopenBringsAHiddenWindowBack()
+    {
+        const Office office(m_fake.command(silent));
+        office.start();
+        office.window->hide();
+        QVERIFY(!office.delegate->applicationShouldHandleReopen(nullptr, false));
+        QVERIFY(office.window->isVisible());
+    }
+
+    void aReopenWithAVisibleWindowDoesNothing()
+    {
+        const Office office(m_fake.command(silent));
+        office.start();
+        office.window->hide();
+        QVERIFY(!office.delegate->applicationShouldHandleReopen(nullptr, true));
+        QVERIFY(!office.window->isVisible());
+    }
+
+    void aCardThatIsReadIsSummedUp()
+    {
+        const auto office = boundOffice(simulation(specimen()));
+        QVERIFY(office);
+        QTest::mouseClick(office->window->readButton(), Qt::LeftButton);
+        QTRY_COMPARE(summary(*office), u"SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"_s);
+    }
+
+    void aFailedReadKeepsTheCardThatWasThere()
+    {
+        const QTemporaryDir folder;
+        const QString card = folder.filePath(u"carte.xml"_s);
+        QVERIFY(QFile::copy(specimen(), card));
+        const auto office = boundOffice(simulation(card));
+        QVERIFY(office);
+        office->delegate->readVitale(nullptr);
+        QTRY_VERIFY(!office->delegate->isReading() && summary(*office) != u"Aucune"_s);
+        const QString before = summary(*office);
+
+        QVERIFY(QFile::remove(card));
+        office->delegate->readVitale(nullptr);
+        QTRY_COMPARE(Office::alertText(), std::optional(u"La carte vitale n'est pas dans le lecteur."_s));
+        QCOMPARE(summary(*office), before);
+    }
+
+    void aFileIsACardWithoutANamedFund()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        office->delegate->loadXMLFile(specimen());
+        QVERIFY(summary(*office).startsWith(u"SPECIMEN Hélène\n"_s));
+        office->delegate->saveAttestation(nullptr);
+        QTRY_COMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
+        QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
+    }
+
+    void aFileThatIsNoCardIsSaidSoAndTheCardStays()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        office->delegate->loadXMLFile(specimen());
+        const QString before = summary(*office);
+        office->delegate->loadXMLFile(office->path(u"absent.xml"_s));
+        QTRY_COMPARE(Office::alertText(), std::optional(u"Le fichier n’existe pas."_s));
+        QCOMPARE(summary(*office), before);
+    }
+
+    void savingTwiceIsOneRecentFile()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        QCOMPARE(recents(*office), QStringList{u"Effacer le menu"_s});
+        QVERIFY(!office->window->recentsMenuItem()->menu()->actions().first()->isEnabled());
+
+        office->delegate->loadXMLFile(specimen());
+        office->delegate->saveAttestation(nullptr);
+        office->delegate->saveAttestation(nullptr);
+        const QStringList one{u"SPECIMEN Hélène.pdf"_s, u"-"_s, u"Effacer le menu"_s};
+        QCOMPARE(recents(*office), one);
+        QCOMPARE(QDir(office->attestations()).entryList(QDir::Files | QDir::Hidden),
+                 QStringList{u"SPECIMEN Hélène.pdf"_s});
+    }
+
+    void clearingTheMenuFromTheMenuEmptiesIt()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        office->delegate->loadXMLFile(specimen());
+        office->delegate->saveAttestation(nullptr);
+        office->window->recentsMenuItem()->menu()->actions().last()->trigger();
+        QCOMPARE(recents(*office), QStringList{u"Effacer le menu"_s});
+        QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
+    }
+
+    void anUnusableFolderSavesNothingAndSaysNothing()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        QVERIFY(write(office->path(u"plein"_s), "x"));
+        MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, office->path(u"plein"_s));
+        office->delegate->loadXMLFile(specimen());
+        office->delegate->saveAttestation(nullptr);
+        QVERIFY(!Office::alert());
+        QCOMPARE(recents(*office), QStringList{u"Effacer le menu"_s});
+    }
+
+    void aWriteThatFailedIsLoggedWithoutTheNameAndAnnouncedAllTheSame()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        office->delegate->loadXMLFile(specimen());
+        // A folder where the file should go cannot be replaced.
+        QVERIFY(QDir().mkpath(office->attestations() + u"/SPECIMEN Hélène.pdf/x"_s));
+
+        std::vector<std::string> lines;
+        MXLog::defaultLogger().setLineWriter(
+            [&lines](MXLog::Level, std::string_view line) { lines.emplace_back(line); });
+        office->delegate->saveAttestation(nullptr);
+        MXLog::defaultLogger().setLineWriter(nullptr);
+
+        QCOMPARE(lines.size(), 1U);
+        QVERIFY(lines.front().find("The attestation was not written") != std::string::npos);
+        QVERIFY(lines.front().find("SPECIMEN") == std::string::npos);
+        QCOMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
+        QCOMPARE(recents(*office).first(), u"SPECIMEN Hélène.pdf"_s);
+    }
+
+    void withDebugModeOffAReadWritesNoFile()
+    {
+        const auto office = boundOffice(simulation(specimen()));
+        QVERIFY(office);
+        office->delegate->readVitale(nullptr);
+        QTRY_VERIFY(summary(*office) != u"Aucune"_s);
+        QVERIFY(!QFileInfo::exists(office->attestations()));
+    }
+
+    void inDebugModeAReadLeavesItsCopies()
+    {
+        const auto office = boundOffice(simulation(specimen()));
+        QVERIFY(office);
+        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, true);
+        office->delegate->readVitale(nullptr);
+        QTRY_COMPARE(QDir(office->attestations()).entryList(QDir::Files),
+                     (QStringList{u"SPECIMEN_Hélène.plist"_s, u"SPECIMEN_Hélène.xml"_s}));
+    }
+
+    void viewingWithACardShowsItWithoutReading()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        const qsizetype reads = m_fake.requested(u"Command"_s).count(u"vitale_read"_s);
+        office->delegate->loadXMLFile(specimen());
+        office->delegate->viewAttestation(nullptr);
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        QVERIFY(std::any_of(windows.begin(), windows.end(), [](const QWidget* window) {
+            return window->isVisible() && window->windowTitle() == u"Hélène SPECIMEN"_s;
+        }));
+        QVERIFY(!office->delegate->isReading());
+        QCOMPARE(m_fake.requested(u"Command"_s).count(u"vitale_read"_s), reads);
+    }
+
+    void menuEntriesOfCardActionsFollowTheBind()
+    {
+        const Office office(m_fake.command(withoutReader));
+        office.start();
+        QTRY_VERIFY(Office::alert());
+        for (const QString& name : {u"readAction"_s, u"viewAction"_s, u"printAction"_s, u"saveAction"_s})
+            QVERIFY2(!office.window->findChild<QAction*>(name)->isEnabled(), qPrintable(name));
+        for (const QString& name : {u"folderAction"_s, u"quitAction"_s, u"settingsAction"_s, u"helpAction"_s})
+            QVERIFY2(office.window->findChild<QAction*>(name)->isEnabled(), qPrintable(name));
+    }
+
+    void debugModeIsOffAfterEveryStart()
+    {
+        const Office office(m_fake.command(silent));
+        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, true);
+        office.start();
+        QVERIFY(!MVSettings::booleanPreferencesForKey(SettingsKey::debugMode));
+    }
+};
+
+QTEST_MAIN(tst_AppDelegate)
+#include "tst_appdelegate.moc"

@@ -1,0 +1,261 @@
+"""The application at the counter, from the first window to the last. Usage: test_application.py STAGE FAKE_SERVICE"""
+
+import json
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from bell import Bell
+from desktop import Application, Opener, is_running, key, wait
+from windows import close, is_iconified
+
+STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
+PELMORA = os.path.join(STAGE, "bin", "pelmora")
+SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
+TITLE = "Pelmora par MORVEL"
+SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
+FILE = "SPECIMEN Hélène.pdf"
+TILES = ("Lire", "Voir", "Imprimer", "Enregistrer", "Quitter", "Suggestion", "Préférences")
+
+
+class Desk(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.opener = Opener(self.folder)
+
+    def path(self, *names):
+        return os.path.join(self.folder, *names)
+
+    def start(self, *arguments):
+        """The application with its window up; it ends with the test."""
+        pelmora = Application(PELMORA, *arguments, environment=self.opener.environment)
+        self.addCleanup(pelmora.__exit__)
+        pelmora.find("frame", TITLE)
+        return pelmora
+
+    def start_bound(self, *arguments):
+        pelmora = self.start(*arguments)
+        wait(lambda: pelmora.is_enabled("push button", "Voir"))
+        return pelmora
+
+    def service(self, *behaviour):
+        """A program that is a card service with that behaviour."""
+        path = self.path("service")
+        with open(path, "w", encoding="utf-8") as script:
+            words = " ".join(f"'{word}'" for word in ("--record", self.path("record"), *behaviour))
+            script.write(f"#!/bin/sh\nexec '{FAKE_SERVICE}' {words}\n")
+        os.chmod(path, 0o755)
+        return path
+
+    def requests(self, command):
+        """How often the service was asked for that."""
+        with open(self.path("record"), encoding="utf-8") as file:
+            return sum(json.loads(line).get("Command") == command for line in file if line.startswith("{"))
+
+    def tiles(self, pelmora):
+        return {name: pelmora.is_enabled("push button", name) for name in TILES}
+
+    def attestations(self, pelmora):
+        return os.path.join(pelmora.home, "Documents", "Attestations Pelmora")
+
+    def recents(self, pelmora):
+        menu = pelmora.find("menu item", "Recents", showing=False).get_child_at_index(0)
+        return [menu.get_child_at_index(index).get_name() for index in range(menu.get_child_count())]
+
+    def read(self, pelmora):
+        pelmora.press("push button", "Lire")
+        pelmora.find("label", SUMMARY)
+
+    def save(self, pelmora):
+        pelmora.press("push button", "Enregistrer")
+        pelmora.find("alert", "Enregistrement de l'attestation")
+        pelmora.find("label", r"L'attestation a bien été enregistrée\.")
+        pelmora.press("push button", "OK")
+        pelmora.wait_until_gone("alert", ".*")
+
+
+class Start(Desk):
+    def test_until_the_service_is_bound_cards_can_only_be_read(self):
+        pelmora = self.start("--card-service", self.service("--do", "any", "silent"))
+        pelmora.find("label", "Aucune")
+        off = {"Voir", "Imprimer", "Enregistrer", "Quitter"}
+        self.assertEqual(self.tiles(pelmora), {name: name not in off for name in TILES})
+
+    def test_once_it_is_bound_everything_is_on(self):
+        pelmora = self.start_bound("--simulate")
+        self.assertEqual(self.tiles(pelmora), {name: True for name in TILES})
+
+    def test_without_a_reader_an_alert_says_so_and_a_read_says_it_again(self):
+        pelmora = self.start()
+        text = r"Aucun lecteur de carte n'a été trouvé\. Vérifiez les branchements\."
+        pelmora.find("label", text)
+        pelmora.press("push button", "OK")
+        pelmora.wait_until_gone("label", text)
+        pelmora.press("push button", "Lire")
+        pelmora.find("label", text)
+
+    def test_a_card_file_that_is_named_is_there_at_once(self):
+        pelmora = self.start(SPECIMEN)
+        pelmora.find("label", SUMMARY)
+
+    def test_no_card_service_is_left_when_the_application_dies(self):
+        pelmora = self.start_bound("--simulate")
+        services = pelmora.children()
+        self.assertEqual(len(services), 1)
+        pelmora.process.kill()
+        wait(lambda: not is_running(services[0]))
+
+
+class Reading(Desk):
+    def test_a_card_is_read_looked_at_and_saved(self):
+        pelmora = self.start_bound("--simulate")
+        self.read(pelmora)
+        pelmora.press("push button", "Voir")
+        pelmora.find("frame", "Hélène SPECIMEN")
+        pelmora.find("label", "Nom de l'assuré : SPECIMEN Hélène")
+        self.save(pelmora)
+        self.save(pelmora)
+        self.assertEqual(os.listdir(self.attestations(pelmora)), [FILE])
+        wait(lambda: self.recents(pelmora) == [FILE, "", "Effacer le menu"])
+
+    def test_viewing_without_a_card_reads_it_first(self):
+        pelmora = self.start_bound("--simulate")
+        pelmora.press("push button", "Voir")
+        pelmora.find("frame", "Hélène SPECIMEN")
+        pelmora.find("label", SUMMARY)
+
+    def test_while_a_card_is_read_a_sheet_says_so(self):
+        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent"))
+        pelmora.click("push button", "Lire")
+        pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
+        pelmora.click("push button", "Lire")
+        key("ctrl+l")
+        pelmora.find("label", ".*tarde.*")
+        self.assertEqual(self.requests("vitale_read"), 1)
+
+    def test_a_second_press_while_the_first_waits_for_the_service_only_beeps(self):
+        pelmora = self.start("--card-service", self.service("--do", "init", "silent"))
+        bell = Bell()
+        self.addCleanup(bell.close)
+        pelmora.click("push button", "Lire")
+        pelmora.click("push button", "Lire")
+        wait(lambda: bell.count() == 1)
+        self.assertEqual(self.requests("init"), 1)
+
+    def test_a_read_that_another_action_needs_has_its_own_message(self):
+        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent"))
+        pelmora.press("push button", "Enregistrer")
+        pelmora.find("label", "Lecture de la carte vitale en cours…")
+
+    def test_a_service_that_keeps_silent_is_told_of_and_the_application_can_be_left(self):
+        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent"))
+        pelmora.press("push button", "Lire")
+        pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
+        pelmora.find("label", ".*tarde.*")
+        key("ctrl+q")
+        self.assertEqual(pelmora.process.wait(timeout=5), 0)
+
+    def test_a_service_that_dies_in_the_middle_is_an_error_and_the_next_read_goes_well(self):
+        pelmora = self.start_bound("--simulate")
+        os.kill(pelmora.children()[0], signal.SIGKILL)
+        pelmora.press("push button", "Lire")
+        wait(lambda: pelmora.find_now("label", SUMMARY) or pelmora.find_now("push button", "OK"))
+        if pelmora.find_now("push button", "OK"):
+            pelmora.press("push button", "OK")
+            pelmora.wait_until_gone("alert", ".*")
+        self.read(pelmora)
+
+    def test_a_card_that_is_gone_is_an_error_and_the_last_one_stays(self):
+        card = self.path("carte.xml")
+        shutil.copy(SPECIMEN, card)
+        pelmora = self.start_bound(f"--simulate={card}")
+        self.read(pelmora)
+        os.remove(card)
+        pelmora.press("push button", "Lire")
+        pelmora.find("label", r"La carte vitale n'est pas dans le lecteur\.")
+        pelmora.press("push button", "OK")
+        pelmora.find("label", SUMMARY)
+
+    def test_with_two_keys_held_down_reading_is_from_a_file(self):
+        pelmora = self.start_bound("--simulate")
+        pelmora.click("push button", "Lire", "alt")
+        pelmora.find("label", SUMMARY)
+        pelmora.click("push button", "Lire", "ctrl", "alt")
+        pelmora.find("dialog", "Sélectionnez un fichier XML")
+
+    def test_a_card_file_is_chosen_in_the_panel(self):
+        pelmora = self.start_bound("--card-service", self.service())
+        pelmora.choose("Ouvrir une carte XML…")
+        pelmora.find("dialog", "Sélectionnez un fichier XML")
+        pelmora.write_into("text", "Nom de fichier :", SPECIMEN)
+        key("Return")
+        pelmora.find("label", SUMMARY)
+        pelmora.press("push button", "Voir")
+        pelmora.find("label", "Non spécifié")
+        self.assertEqual(self.requests("vitale_read"), 0)
+
+
+class Files(Desk):
+    def test_recent_files_and_their_folder_are_opened_by_the_desktop(self):
+        pelmora = self.start_bound("--simulate")
+        self.assertEqual(self.recents(pelmora), ["Effacer le menu"])
+        self.assertFalse(pelmora.is_enabled("menu item", "Effacer le menu", showing=False))
+        self.read(pelmora)
+        self.save(pelmora)
+        pelmora.choose(FILE)
+        wait(lambda: len(self.opener.opened()) == 1)
+        pelmora.choose("Ouvrir le dossier des attestations")
+        wait(lambda: len(self.opener.opened()) == 2)
+        folder = self.attestations(pelmora)
+        opened = [address.replace("%20", " ").replace("%C3%A9", "é").replace("%C3%A8", "è")
+                  for address in self.opener.opened()]
+        self.assertEqual(opened, [f"file://{folder}/{FILE}", f"file://{folder}"])
+
+        pelmora.choose("Effacer le menu")
+        wait(lambda: self.recents(pelmora) == ["Effacer le menu"])
+        self.assertEqual(os.listdir(folder), [FILE])
+
+    def test_mail_and_help_go_to_the_desktop(self):
+        pelmora = self.start_bound("--simulate")
+        pelmora.press("push button", "Suggestion")
+        wait(lambda: len(self.opener.opened()) == 1)
+        key("F1")
+        wait(lambda: len(self.opener.opened()) == 2)
+        mail, page = self.opener.opened()
+        self.assertRegex(mail, r"^mailto:[^@?]+@[^@?]+\?subject=Suggestion%20pour%20le%20logiciel%20PELMORA$")
+        self.assertEqual(page, f"file://{os.path.realpath(STAGE)}/share/pelmora/Help.html")
+
+
+class End(Desk):
+    def test_closing_the_window_where_no_tray_answers_iconifies_it(self):
+        pelmora = self.start_bound("--simulate")
+        close(TITLE)
+        wait(lambda: is_iconified(TITLE))
+        self.assertIsNone(pelmora.process.poll())
+
+    def test_the_application_is_left_by_tile_menu_and_key(self):
+        leave = {"tile": lambda pelmora: pelmora.press("push button", "Quitter"),
+                 "menu": lambda pelmora: pelmora.choose("Quitter Pelmora"),
+                 "key": lambda _: key("ctrl+q")}
+        for name, action in leave.items():
+            with self.subTest(name):
+                pelmora = self.start_bound("--simulate")
+                services = pelmora.children()
+                action(pelmora)
+                self.assertEqual(pelmora.process.wait(timeout=5), 0)
+                self.assertEqual([is_running(service) for service in services], [False])
+
+    def test_preferences_open_from_their_tile(self):
+        pelmora = self.start_bound("--simulate")
+        pelmora.press("push button", "Préférences")
+        pelmora.find("frame", "Préférences Pelmora")
+        pelmora.find("check box", "Afficher le menu Pelmora")
+
+
+if __name__ == "__main__":
+    unittest.main()
