@@ -9,10 +9,6 @@
 
 #include <chrono>
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -30,18 +26,6 @@ QStringList newKey(const QString& path)
 {
     return {u"-newkey"_s, u"ec"_s, u"-pkeyopt"_s, u"ec_paramgen_curve:prime256v1"_s, u"-nodes"_s, u"-keyout"_s, path};
 }
-
-// Sends each part of the handshake at once: waiting to join small ones takes longer than all the rest of a test.
-class PromptSslServer final : public QSslServer
-{
-protected:
-    void incomingConnection(qintptr descriptor) override
-    {
-        const int isOn = 1;
-        setsockopt(static_cast<int>(descriptor), IPPROTO_TCP, TCP_NODELAY, &isOn, sizeof isOn);
-        QSslServer::incomingConnection(descriptor);
-    }
-};
 
 qint64 bytesWaitingIn(const QTcpSocket* socket)
 {
@@ -116,7 +100,7 @@ UpdateServer::UpdateServer(const std::optional<CertificateAuthority::Identity>& 
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
         configuration.setLocalCertificate(identity->certificate);
         configuration.setPrivateKey(identity->key);
-        auto server = std::make_unique<PromptSslServer>();
+        auto server = std::make_unique<QSslServer>();
         server->setSslConfiguration(configuration);
         m_server = std::move(server);
     } else {

@@ -94,19 +94,15 @@ private:
         return changed;
     }
 
-    // The state in which a search ends.
-    [[nodiscard]] static State searched(UpdateSession& session)
+    // The state in which a search, or a download, ends.
+    [[nodiscard]] static State searched(UpdateSession& session) { return ended(session, &UpdateSession::start); }
+    [[nodiscard]] static State downloaded(UpdateSession& session) { return ended(session, &UpdateSession::download); }
+    [[nodiscard]] static State ended(UpdateSession& session, void (UpdateSession::*begin)())
     {
-        session.start();
-        static_cast<void>(QTest::qWaitFor([&session] { return isOver(session.state()); }, 10'000));
-        return session.state();
-    }
-
-    // The state in which a download ends.
-    [[nodiscard]] static State downloaded(UpdateSession& session)
-    {
-        session.download();
-        static_cast<void>(QTest::qWaitFor([&session] { return isOver(session.state()); }, 10'000));
+        QSignalSpy changes(&session, &UpdateSession::stateChanged);
+        (session.*begin)();
+        while (!isOver(session.state()) && changes.wait(20'000)) {
+        }
         return session.state();
     }
 
