@@ -1,5 +1,7 @@
 #include "platform/PrintServer.h"
 
+#include "platform/CupsLibrary.h"
+
 #include <algorithm>
 #include <array>
 #include <map>
@@ -7,9 +9,6 @@
 #include <optional>
 #include <span>
 #include <utility>
-
-#include <cups/cups.h>
-#include <cups/pwg.h>
 
 using namespace Qt::StringLiterals;
 
@@ -20,6 +19,12 @@ namespace {
 constexpr int silentServer = -1;
 constexpr int connectionPatience = 2000; // milliseconds
 constexpr std::chrono::milliseconds pulse{100};
+
+// Where there is no library there is no server either: the public operations say so before they come to this.
+const CupsLibrary& cups()
+{
+    return *CupsLibrary::instance();
+}
 
 struct Refusal
 {
@@ -46,7 +51,8 @@ Error refusal(int status, const QString& queue)
     QString sentence =
         known != refusals.end() ? known->sentence.toString() : u"L’imprimante « %1 » a refusé le document (%2)."_s;
     sentence.replace("%1"_L1, queue);
-    sentence.replace("%2"_L1, QString::fromUtf8(ippErrorString(static_cast<ipp_status_t>(status))));
+    if (CupsLibrary::instance() != nullptr)
+        sentence.replace("%2"_L1, QString::fromUtf8(cups().ippErrorString(static_cast<ipp_status_t>(status))));
     return {PrintServer::errorDomain, status, sentence};
 }
 
@@ -63,18 +69,19 @@ public:
     explicit Connection(std::stop_token stop)
         : m_stop(std::move(stop))
     {
-        cupsSetPasswordCB2(noPassword, nullptr);
-        m_http.reset(httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(), 1, connectionPatience,
-                                  nullptr));
+        cups().cupsSetPasswordCB2(noPassword, nullptr);
+        m_http.reset(cups().httpConnect2(cups().cupsServer(), cups().ippPort(), nullptr, AF_UNSPEC,
+                                         cups().cupsEncryption(), 1, connectionPatience, nullptr));
         if (m_http)
-            httpSetTimeout(m_http.get(), std::chrono::duration<double>(pulse).count(), &Connection::hasPatience, this);
+            cups().httpSetTimeout(m_http.get(), std::chrono::duration<double>(pulse).count(), &Connection::hasPatience,
+                                  this);
     }
 
     [[nodiscard]] http_t* http() const { return m_http.get(); }
 
     [[nodiscard]] Error failure(const QString& queue) const
     {
-        return refusal(m_gaveUp ? silentServer : cupsLastError(), queue);
+        return refusal(m_gaveUp ? silentServer : cups().cupsLastError(), queue);
     }
 
     [[nodiscard]] bool gaveUp() const { return m_gaveUp; }
@@ -91,7 +98,7 @@ private:
 
     struct Closer
     {
-        void operator()(http_t* http) const { httpClose(http); }
+        void operator()(http_t* http) const { cups().httpClose(http); }
     };
 
     std::stop_token m_stop;
@@ -103,8 +110,8 @@ private:
 class Destinations
 {
 public:
-    explicit Destinations(http_t* http) { m_count = cupsGetDests2(http, &m_first); }
-    ~Destinations() { cupsFreeDests(m_count, m_first); }
+    explicit Destinations(http_t* http) { m_count = cups().cupsGetDests2(http, &m_first); }
+    ~Destinations() { cups().cupsFreeDests(m_count, m_first); }
     Destinations(const Destinations&) = delete;
     Destinations& operator=(const Destinations&) = delete;
 
@@ -118,7 +125,8 @@ public:
     {
         const QByteArray name = queue.section(u'/', 0, 0).toUtf8();
         const QByteArray instance = queue.section(u'/', 1).toUtf8();
-        return cupsGetDest(name.constData(), instance.isEmpty() ? nullptr : instance.constData(), m_count, m_first);
+        return cups().cupsGetDest(name.constData(), instance.isEmpty() ? nullptr : instance.constData(), m_count,
+                                  m_first);
     }
 
 private:
@@ -132,9 +140,9 @@ public:
     explicit Options(const QList<PrintOption>& options)
     {
         for (const PrintOption& option : options)
-            m_count = cupsAddOption(option.name.constData(), option.value.constData(), m_count, &m_first);
+            m_count = cups().cupsAddOption(option.name.constData(), option.value.constData(), m_count, &m_first);
     }
-    ~Options() { cupsFreeOptions(m_count, m_first); }
+    ~Options() { cups().cupsFreeOptions(m_count, m_first); }
     Options(const Options&) = delete;
     Options& operator=(const Options&) = delete;
 
@@ -153,10 +161,10 @@ public:
     Submission(http_t* http, cups_dest_t* queue)
         : m_http(http)
         , m_queue(queue)
-        , m_information(cupsCopyDestInfo(http, queue))
+        , m_information(cups().cupsCopyDestInfo(http, queue))
     {
     }
-    ~Submission() { cupsFreeDestInfo(m_information); }
+    ~Submission() { cups().cupsFreeDestInfo(m_information); }
     Submission(const Submission&) = delete;
     Submission& operator=(const Submission&) = delete;
 
@@ -165,17 +173,17 @@ public:
         const QByteArray title = job.title.toUtf8();
         const Options options(job.options);
         return m_information != nullptr &&
-               cupsCreateDestJob(m_http, m_queue, m_information, &m_number, title.constData(), options.count(),
-                                 options.first()) == IPP_STATUS_OK &&
-               cupsStartDestDocument(m_http, m_queue, m_information, m_number, title.constData(), CUPS_FORMAT_PDF, 0,
-                                     nullptr, 1) == HTTP_STATUS_CONTINUE;
+               cups().cupsCreateDestJob(m_http, m_queue, m_information, &m_number, title.constData(), options.count(),
+                                        options.first()) == IPP_STATUS_OK &&
+               cups().cupsStartDestDocument(m_http, m_queue, m_information, m_number, title.constData(),
+                                            CUPS_FORMAT_PDF, 0, nullptr, 1) == HTTP_STATUS_CONTINUE;
     }
 
     [[nodiscard]] bool send(const QByteArray& document)
     {
         const http_status_t written =
-            cupsWriteRequestData(m_http, document.constData(), static_cast<std::size_t>(document.size()));
-        return cupsFinishDestDocument(m_http, m_queue, m_information) == IPP_STATUS_OK &&
+            cups().cupsWriteRequestData(m_http, document.constData(), static_cast<std::size_t>(document.size()));
+        return cups().cupsFinishDestDocument(m_http, m_queue, m_information) == IPP_STATUS_OK &&
                written == HTTP_STATUS_CONTINUE;
     }
 
@@ -183,7 +191,7 @@ public:
     void cancel()
     {
         if (m_number != 0)
-            cupsCancelDestJob(m_http, m_queue, m_number);
+            cups().cupsCancelDestJob(m_http, m_queue, m_number);
     }
 
 private:
@@ -204,7 +212,7 @@ QSizeF paperNamed(const QByteArray& media)
 {
     for (const QByteArray& name : media.split(',')) {
         const pwg_media_t* paper = nullptr;
-        for (const auto lookUp : {pwgMediaForPPD, pwgMediaForPWG, pwgMediaForLegacy}) {
+        for (const auto lookUp : {cups().pwgMediaForPPD, cups().pwgMediaForPWG, cups().pwgMediaForLegacy}) {
             if (paper == nullptr)
                 paper = lookUp(name.trimmed().constData());
         }
@@ -219,25 +227,26 @@ QSizeF paperNamed(const QByteArray& media)
 std::map<QByteArray, QByteArray> defaultMedia(http_t* http)
 {
     constexpr std::array requested{"printer-name", "media-default"};
-    ipp_t* request = ippNewRequest(IPP_OP_CUPS_GET_PRINTERS);
-    ippAddStrings(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", int{requested.size()}, nullptr,
-                  requested.data());
-    const std::unique_ptr<ipp_t, decltype(&ippDelete)> reply(cupsDoRequest(http, request, "/"), &ippDelete);
+    ipp_t* request = cups().ippNewRequest(IPP_OP_CUPS_GET_PRINTERS);
+    cups().ippAddStrings(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", int{requested.size()},
+                         nullptr, requested.data());
+    const std::unique_ptr<ipp_t, decltype(cups().ippDelete)> reply(cups().cupsDoRequest(http, request, "/"),
+                                                                   cups().ippDelete);
     std::map<QByteArray, QByteArray> media;
     QByteArray name;
     QByteArray paper;
     // Each queue is a group of attributes, in any order; a group ends with an attribute that has no name.
-    for (ipp_attribute_t* attribute = ippFirstAttribute(reply.get()); attribute != nullptr;
-         attribute = ippNextAttribute(reply.get())) {
-        const QByteArray key(ippGetName(attribute));
+    for (ipp_attribute_t* attribute = cups().ippFirstAttribute(reply.get()); attribute != nullptr;
+         attribute = cups().ippNextAttribute(reply.get())) {
+        const QByteArray key(cups().ippGetName(attribute));
         if (key.isEmpty()) {
             media[name] = paper;
             name.clear();
             paper.clear();
         } else if (key == "printer-name") {
-            name = ippGetString(attribute, 0, nullptr);
+            name = cups().ippGetString(attribute, 0, nullptr);
         } else if (key == "media-default") {
-            paper = ippGetString(attribute, 0, nullptr);
+            paper = cups().ippGetString(attribute, 0, nullptr);
         }
     }
     media[name] = paper;
@@ -247,7 +256,7 @@ std::map<QByteArray, QByteArray> defaultMedia(http_t* http)
 PrintQueue queueOf(const cups_dest_t& destination, const std::map<QByteArray, QByteArray>& media)
 {
     const auto setting = [&destination](const char* name) {
-        return QByteArray(cupsGetOption(name, destination.num_options, destination.options));
+        return QByteArray(cups().cupsGetOption(name, destination.num_options, destination.options));
     };
     PrintQueue queue;
     queue.name = QString::fromUtf8(destination.name);
@@ -279,7 +288,7 @@ void markDefault(http_t* http, QList<PrintQueue>& queues)
 {
     if (std::ranges::any_of(queues, &PrintQueue::isDefault))
         return;
-    const QString name = QString::fromUtf8(cupsGetDefault2(http));
+    const QString name = QString::fromUtf8(cups().cupsGetDefault2(http));
     const auto queue = std::ranges::find(queues, name, &PrintQueue::name);
     if (queue != queues.end())
         queue->isDefault = true;
@@ -294,6 +303,8 @@ PrintServer::PrintServer(std::stop_token stop)
 
 std::expected<QList<PrintQueue>, Error> PrintServer::queues() const
 {
+    if (CupsLibrary::instance() == nullptr)
+        return QList<PrintQueue>();
     const Connection connection(m_stop);
     QList<PrintQueue> queues;
     if (connection.http() == nullptr)
@@ -310,6 +321,8 @@ std::expected<QList<PrintQueue>, Error> PrintServer::queues() const
 
 std::expected<void, Error> PrintServer::print(const PrintJob& job) const
 {
+    if (CupsLibrary::instance() == nullptr)
+        return std::unexpected(refusal(IPP_STATUS_ERROR_SERVICE_UNAVAILABLE, job.queue));
     const Connection connection(m_stop);
     if (connection.http() == nullptr)
         return std::unexpected(refusal(IPP_STATUS_ERROR_SERVICE_UNAVAILABLE, job.queue));
@@ -338,15 +351,20 @@ bool PrintServer::isSilent(const Error& error)
 
 QString PrintServer::statusName(const Error& error)
 {
-    return isSilent(error) ? u"silent"_s : QString::fromUtf8(ippErrorString(static_cast<ipp_status_t>(error.code())));
+    if (CupsLibrary::instance() == nullptr)
+        return u"absent"_s;
+    return isSilent(error) ? u"silent"_s
+                           : QString::fromUtf8(cups().ippErrorString(static_cast<ipp_status_t>(error.code())));
 }
 
 WithoutPrintServer::WithoutPrintServer()
 {
-    cupsSetServer("/nonexistent/cups.sock");
+    if (CupsLibrary::instance() != nullptr)
+        cups().cupsSetServer("/nonexistent/cups.sock");
 }
 
 WithoutPrintServer::~WithoutPrintServer()
 {
-    cupsSetServer(nullptr);
+    if (CupsLibrary::instance() != nullptr)
+        cups().cupsSetServer(nullptr);
 }
