@@ -9,12 +9,17 @@ build_packages=(
     fonts-roboto-unhinted python3 python3-fonttools
 )
 
+# What the portable copy is packed with.
+portable_packages=(zstd)
+
 test_packages=(
     # What the tests read PDF files with; the validator of PDF/A is a Java program.
     poppler-utils qpdf default-jre-headless
     libpdfbox2-java libfontbox2-java libcommons-logging-java libjaxb-api-java libactivation-java
     # Windows: a display, a window manager, and the accessibility bus that the tests drive them by.
     xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils wmctrl trayer
+    # What the man page is checked with.
+    mandoc
     # A print server of the tests' own.
     cups-daemon cups-client cups-filters-core-drivers
     # Validators of what desktops are told.
@@ -23,6 +28,8 @@ test_packages=(
     fonts-dejavu-core
     # Faults and limits.
     procps strace
+    # The portable copy's form.
+    zstd
 )
 
 bench_packages=(
