@@ -128,7 +128,16 @@ void drawCells(QPainter& painter, const QFont& font)
     drawTexts(painter, font, cells);
 }
 
-void drawPage(QPainter& painter, const BareFonts& fonts, QSvgRenderer& logo)
+} // namespace
+
+BareFonts loadBareFonts(const QString& folder)
+{
+    const int regular = QFontDatabase::addApplicationFont(folder + "/PelmoraSans-Regular.ttf"_L1);
+    const QString family = QFontDatabase::applicationFontFamilies(regular).value(0);
+    return {bareFont(family, 9), bareFont(family, 12), bareFont(family, 13)};
+}
+
+void drawBarePage(QPainter& painter, const BareFonts& fonts, QSvgRenderer& logo)
 {
     painter.fillRect(box(0, 0, 595, 842), Qt::white);
     logo.render(&painter, box(8, 15.4, 166, 69.2));
@@ -137,15 +146,6 @@ void drawPage(QPainter& painter, const BareFonts& fonts, QSvgRenderer& logo)
     drawLines(painter, fonts.line);
     drawHeaders(painter, fonts.header);
     drawCells(painter, fonts.cell);
-}
-
-} // namespace
-
-BareFonts loadBareFonts(const QString& folder)
-{
-    const int regular = QFontDatabase::addApplicationFont(folder + "/PelmoraSans-Regular.ttf"_L1);
-    const QString family = QFontDatabase::applicationFontFamilies(regular).value(0);
-    return {bareFont(family, 9), bareFont(family, 12), bareFont(family, 13)};
 }
 
 QByteArray barePdf(const BareFonts& fonts, QSvgRenderer& logo)
@@ -160,7 +160,7 @@ QByteArray barePdf(const BareFonts& fonts, QSvgRenderer& logo)
     writer.setPageLayout({QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF()});
     writer.setResolution(72 * unit);
     QPainter painter(&writer);
-    drawPage(painter, fonts, logo);
+    drawBarePage(painter, fonts, logo);
     painter.end();
     return document;
 }

@@ -1,10 +1,10 @@
 // From a card record to the bytes of its attestation, in a program that runs already, beside the same page drawn bare.
 #include "BarePage.h"
+#include "SpecimenCard.h"
 #include "attestation/AttestationPdf.h"
 #include "attestation/MVNewAttestation.h"
 #include "attestation/PageFonts.h"
 #include "attestation/SchemeLogos.h"
-#include "card/CardKeys.h"
 #include "platform/UserDefaults.h"
 #include "prefs/MVSettings.h"
 
@@ -24,35 +24,6 @@ namespace {
 
 constexpr int warmUps = 20;
 constexpr int rounds = 300;
-
-BeneficiaryRecord person(const QString& firstName, const QString& number, const QString& birthday)
-{
-    BeneficiaryRecord person;
-    person.setText(CardKey::lastName, u"SPECIMEN"_s);
-    person.setText(CardKey::firstName, firstName);
-    person.setText(CardKey::ssn, number);
-    person.setText(CardKey::birthdayDate, birthday);
-    person.setText(CardKey::rank, u"1"_s);
-    return person;
-}
-
-// What the bare page shows.
-CardRecord specimenCard()
-{
-    CardRecord card;
-    card.setText(CardKey::lastName, u"SPECIMEN"_s);
-    card.setText(CardKey::firstName, u"Hélène"_s);
-    card.setText(CardKey::ssn, u"285057511612381"_s);
-    card.setText(CardKey::regimeCode, u"01"_s);
-    card.setText(CardKey::fundCode, u"751"_s);
-    card.setText(CardKey::managementCenter, u"8801"_s);
-    card.setText(CardKey::managementCode, u"10"_s);
-    card.setText(CardKey::fundCodeLibelle, u"Non spécifié"_s);
-    card.setBeneficiaries({person(u"Hélène"_s, u"285057511612381"_s, u"14051985"_s),
-                           person(u"François"_s, u"183116912345641"_s, u"02111983"_s),
-                           person(u"Zoé"_s, u"285057511612381"_s, u"21032016"_s)});
-    return card;
-}
 
 double microseconds(const std::function<QByteArray()>& make)
 {

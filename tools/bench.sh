@@ -17,6 +17,10 @@ for name in bench_card_xml bench_channel bench_pdf; do
 done
 printf '\n== pelmora --save, whole process\n'
 bench/bench-save.py "$stage/bin/pelmora" "$bench/bench_bare_pdf" "$stage/share/pelmora"
+printf '\n== The attestation on the screen\n'
+for scale in 1 2; do
+    QT_SCALE_FACTOR=$scale xvfb-run -a -s "-screen 0 3840x2160x24 -nolisten tcp" "$bench/bench_viewer"
+done
 printf '\n== The window\n'
 tests/e2e/in-desktop.sh bench/bench-window.py "$stage/bin/pelmora" "$bench/bench_window" "$bench/bench_bare_window" \
     "${PELMORA_IDLE_SECONDS:-60}"
