@@ -72,9 +72,12 @@ const Page& pageOf(State state)
     return page == pages.end() ? pages.front() : *page;
 }
 
+// A number and its unit stay on one line.
 QString sizeText(qint64 bytes)
 {
-    return QLocale(QLocale::French, QLocale::France).formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+    return QLocale(QLocale::French, QLocale::France)
+        .formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat)
+        .replace(u' ', QChar::Nbsp);
 }
 
 } // namespace
