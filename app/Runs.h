@@ -8,6 +8,3 @@ struct CommandLine;
 
 /// "pelmora --print": the same, printed on the default printer.
 [[nodiscard]] int runPrint(const CommandLine& command, char* programName);
-
-/// The window, with the card that the command line asks for, until it is closed. The result is the program's exit code.
-[[nodiscard]] int runWindow(const CommandLine& command, int argc, char** argv);

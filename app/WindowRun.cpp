@@ -1,3 +1,5 @@
+#include "app/WindowRun.h"
+
 #include "app/AppDelegate.h"
 #include "app/CardService.h"
 #include "app/CommandLine.h"
@@ -6,7 +8,6 @@
 #include "app/InstanceMessage.h"
 #include "app/MainWindow.h"
 #include "app/ReopenService.h"
-#include "app/Runs.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
 #include "attestation/PageFonts.h"
@@ -22,13 +23,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int failure = 1;
-
-// Qt can do without a display when it is told to; otherwise it would end the program without a word for people.
-bool hasDisplay()
-{
-    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
-           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
-}
 
 bool hasVisibleWindows()
 {
@@ -97,10 +91,6 @@ int runApplication(const CommandLine& command, const Bundle& bundle, SingleInsta
 
 int runWindow(const CommandLine& command, int argc, char** argv)
 {
-    if (!hasDisplay()) {
-        Console::complain(u"il n’y a pas d’écran où ouvrir une fenêtre."_s);
-        return failure;
-    }
     const QApplication application(argc, argv);
     describeApplication();
     installFrenchTexts();

@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/Console.h"
 #include "app/Runs.h"
+#include "app/WindowLoader.h"
 #include "platform/CoreDumps.h"
 #include "support/QtMessages.h"
 
@@ -52,7 +53,7 @@ int main(int argc, char* argv[])
     case CommandLine::Action::Print:
         return runPrint(*command, argv[0]);
     case CommandLine::Action::ShowWindow:
-        return runWindow(*command, argc, argv);
+        return loadAndRunWindow(*command, argc, argv);
     }
     return wrongUsage;
 }
