@@ -42,10 +42,10 @@ using Request = void (MainWindow::*)();
 
 struct Tile
 {
-    MXButton* Ui_MainWindow::* button;
+    MXButton* Ui_MainWindow::* button = nullptr;
     std::optional<Colour> colour;
     QLatin1String icon;
-    Request request;
+    Request request = nullptr;
 };
 
 constexpr Colour panelColour{0, 162, 1};
@@ -66,8 +66,8 @@ constexpr std::array tiles{
 
 struct MenuItem
 {
-    QAction* Ui_MainWindow::* action;
-    Request request;
+    QAction* Ui_MainWindow::* action = nullptr;
+    Request request = nullptr;
     bool needsCardService = false;
 };
 
