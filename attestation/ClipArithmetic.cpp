@@ -72,7 +72,8 @@ QSizeF BoundsTransform::sizeFromWindow(QSizeF size) const
 
 void BoundsTransform::scaleUnitSquareToSize(QSizeF factors)
 {
-    if (!(factors.width() > 0 && factors.height() > 0))
+    const bool isPositive = factors.width() > 0 && factors.height() > 0;
+    if (!isPositive)
         return;
     const QSizeF scale = sizeToWindow(factors);
     m_scale = {withoutRoundingError(scale.width()), withoutRoundingError(scale.height())};
