@@ -1,4 +1,4 @@
-"""One application on the desk, however often it is started; and how it ends. Usage: test_instance.py STAGE FAKE_SERVICE"""
+"""One application on the desk, however often it is started; and how it ends. Usage: test_instance.py STAGE FAKE_SERVICE SESSION_MANAGER"""
 
 import os
 import signal
@@ -13,7 +13,7 @@ from gi.repository import Gio, GLib
 from desktop import Application, is_running, wait
 from windows import iconify, is_in_front, shown_windows, wait_until_shown
 
-STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
+STAGE, FAKE_SERVICE, SESSION_MANAGER = sys.argv.pop(1), sys.argv.pop(1), sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 TITLE = "Pelmora par MORVEL"
@@ -128,10 +128,13 @@ class Instance(unittest.TestCase):
 
 class End(unittest.TestCase):
     def assert_ends(self, pelmora, number):
+        self.assert_ends_by(pelmora, lambda: pelmora.process.send_signal(number))
+
+    def assert_ends_by(self, pelmora, action):
         """Within two seconds, with exit code 0, and without a card service left."""
         services = wait(pelmora.children)
         start = time.monotonic()
-        pelmora.process.send_signal(number)
+        action()
         code = pelmora.process.wait(timeout=10)
         self.assertLess(time.monotonic() - start, 2)
         self.assertEqual(code, 0)
@@ -142,6 +145,23 @@ class End(unittest.TestCase):
             with self.subTest(number=number), Application(PELMORA, "--simulate") as pelmora:
                 wait_until_shown(TITLE)
                 self.assert_ends(pelmora, number)
+
+    def test_the_end_of_the_session_ends_it_and_a_checkpoint_does_not(self):
+        with subprocess.Popen([SESSION_MANAGER], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True) as manager:
+            def order(line):
+                manager.stdin.write(line + "\n")
+                manager.stdin.flush()
+            try:
+                environment = {"SESSION_MANAGER": manager.stdout.readline().strip()}
+                with Application(PELMORA, "--simulate", environment=environment) as pelmora:
+                    self.assertEqual(manager.stdout.readline(), "client\n")
+                    wait_until_shown(TITLE)
+                    order("checkpoint")
+                    self.assertEqual(start_again(environment=environment)[0], 0)
+                    self.assertIsNone(pelmora.process.poll())
+                    self.assert_ends_by(pelmora, lambda: order("end"))
+            finally:
+                manager.kill()
 
     def test_a_start_under_nohup_outlives_its_terminal(self):
         with Application("nohup", PELMORA, "--simulate") as pelmora:
