@@ -14,7 +14,7 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi  # noqa: E402
 
 from desktop import Application, key, wait, walk
-from windows import window_of, windows_of
+from windows import shown_windows, wait_until_shown
 
 CARD = sys.argv.pop()
 VIEWER = sys.argv.pop()
@@ -40,7 +40,8 @@ class Viewer(Application):
 
     def __init__(self, card=CARD, title="Hélène SPECIMEN", **options):
         super().__init__(VIEWER, card, stdin=subprocess.PIPE, **options)
-        self.window = window_of(title)
+        wait_until_shown(title)
+        self.window = shown_windows(title)[0]
 
     def __exit__(self, *details):
         self.process.stdin.close()
@@ -278,15 +279,15 @@ class Typing(unittest.TestCase):
             for keys in ("ctrl+w", "Escape"):
                 wait(lambda: viewer.page().get_state_set().contains(Atspi.StateType.FOCUSED))
                 key(keys)
-                wait(lambda: not windows_of("Hélène SPECIMEN"))
+                wait(lambda: not shown_windows("Hélène SPECIMEN"))
                 self.assertIsNone(viewer.process.poll())
                 viewer.show(CARD)
-                wait(lambda: windows_of("Hélène SPECIMEN"))
+                wait(lambda: shown_windows("Hélène SPECIMEN"))
 
     def test_the_menu_closes_the_window_too(self):
         with Viewer() as viewer:
             viewer.choose("Fermer")
-            wait(lambda: not windows_of("Hélène SPECIMEN"))
+            wait(lambda: not shown_windows("Hélène SPECIMEN"))
 
     def test_keys_open_the_print_dialog_on_the_window(self):
         with Viewer(environment={"CUPS_SERVER": "/nonexistent/cups.sock"}) as viewer:
