@@ -1,7 +1,9 @@
 #include "platform/AlertQueue.h"
 
+#include <QEvent>
 #include <QPushButton>
 #include <QWidget>
+#include <QWindow>
 
 #include <algorithm>
 #include <utility>
@@ -30,15 +32,36 @@ void AlertQueue::presentMessage(const QString& title, const QString& text)
 
 void AlertQueue::present(Alert alert)
 {
-    if (std::ranges::find(m_alerts, alert) != m_alerts.end())
-        return;
-    m_alerts.push_back(std::move(alert));
-    if (m_alerts.size() == 1)
+    if (std::ranges::find(m_alerts, alert) == m_alerts.end())
+        m_alerts.push_back(std::move(alert));
+    if (!m_box)
+        showFirstOnceWindowIsPlaced();
+}
+
+void AlertQueue::showFirstOnceWindowIsPlaced()
+{
+    // A window that has just been shown does not know yet where it lies, and the alert is to lie over it.
+    QWindow* window = m_window->windowHandle();
+    if (m_window->isVisible() && !m_window->isMinimized() && window != nullptr && !window->isExposed())
+        window->installEventFilter(this);
+    else
         showFirst();
+}
+
+bool AlertQueue::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Expose) {
+        watched->removeEventFilter(this);
+        // Once the window itself has seen the event.
+        QMetaObject::invokeMethod(this, &AlertQueue::showFirst, Qt::QueuedConnection);
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void AlertQueue::showFirst()
 {
+    if (m_box || m_alerts.empty())
+        return;
     const Alert& alert = m_alerts.front();
     m_box = new QMessageBox(alert.icon, alert.title, QString(), QMessageBox::NoButton, m_window);
     m_box->setAttribute(Qt::WA_DeleteOnClose);
@@ -53,6 +76,6 @@ void AlertQueue::showFirst()
 void AlertQueue::removeFirst()
 {
     m_alerts.pop_front();
-    if (!m_alerts.empty())
-        showFirst();
+    m_box.clear();
+    showFirst();
 }

@@ -30,6 +30,9 @@ public:
     /// An alert with a title and a text.
     void presentMessage(const QString& title, const QString& text);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     struct Alert
     {
@@ -41,6 +44,7 @@ private:
     };
 
     void present(Alert alert);
+    void showFirstOnceWindowIsPlaced();
     void showFirst();
     void removeFirst();
 

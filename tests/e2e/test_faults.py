@@ -12,11 +12,12 @@ import time
 import unittest
 
 from bell import Bell
-from desktop import Application, Opener, is_running, key, wait
-from windows import window_of
+from desktop import Application, Atspi, Opener, is_running, key, wait
+from windows import shown_windows, wait_until_shown
 
 STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
+TITLE = "Pelmora par MORVEL"
 SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
 FILE = "SPECIMEN Hélène.pdf"
 SAVED = "L'attestation a bien été enregistrée."
@@ -209,7 +210,7 @@ class Faults(unittest.TestCase):
         self.write_settings(f"[MVRecentsAttestation]\n{lines}size=2000000000\n")
         start = time.monotonic()
         with self.start() as pelmora:
-            window_of("Pelmora par MORVEL")
+            wait_until_shown(TITLE)
             self.assertLess(time.monotonic() - start, 3)
             self.assertEqual(self.recents(pelmora), [f"{number}.pdf" for number in range(1, 11)])
             pelmora.choose("Effacer le menu")
@@ -228,8 +229,8 @@ class Faults(unittest.TestCase):
     def test_without_a_session_bus_it_works_as_ever(self):
         folder = self.attestations_in("attestations")
         with self.start({"DBUS_SESSION_BUS_ADDRESS": "unix:path=/absent/bus"}):
-            window = window_of("Pelmora par MORVEL")
-            subprocess.run(["xdotool", "windowactivate", "--sync", window], check=True)
+            wait_until_shown(TITLE)
+            subprocess.run(["xdotool", "windowactivate", "--sync", *shown_windows(TITLE)], check=True)
             # What is enabled cannot be seen from here: the menu's entry works as soon as the card service is there.
             wait(lambda: key("ctrl+s") or os.path.exists(os.path.join(folder, FILE)))
 
@@ -255,6 +256,14 @@ class Faults(unittest.TestCase):
             self.read_card(pelmora)
             self.assertIsNone(pelmora.find_now("alert", ".*"))
 
+    def test_the_alert_of_a_start_without_a_reader_lies_over_the_window(self):
+        with self.start(arguments=()) as pelmora:
+            pelmora.find("label", "Aucun lecteur de carte n'a été trouvé\\. Vérifiez les branchements\\.")
+            window, alert = (Atspi.Component.get_extents(pelmora.find(role, name), Atspi.CoordType.SCREEN)
+                             for role, name in (("frame", TITLE), ("alert", "Pelmora")))
+            self.assertLess(abs(window.x + window.width / 2 - alert.x - alert.width / 2), 20)
+            self.assertLess(abs(window.y + window.height / 2 - alert.y - alert.height / 2), 40)
+
     def test_a_card_service_that_was_killed_is_started_again(self):
         with self.start() as pelmora:
             wait(lambda: pelmora.is_enabled("push button", "Voir"))
@@ -273,8 +282,7 @@ class Faults(unittest.TestCase):
             wait(lambda: pelmora.is_enabled("push button", "Voir"))
             pelmora.press("push button", "Lire")
             pelmora.find("label", "Lecture de la carte Vitale\\.\\.\\.")
-            window = window_of("Pelmora par MORVEL")
-            subprocess.run(["xdotool", "windowsize", "--sync", window, "900", "700"], check=True)
+            subprocess.run(["xdotool", "windowsize", "--sync", *shown_windows(TITLE), "900", "700"], check=True)
             os.kill(pelmora.children()[0], signal.SIGKILL)
             pelmora.find("label", "L’opération n’a pas pu s’achever\\. \\(erreur Pelmora -10\\.\\)")
             pelmora.wait_until_gone("label", "Lecture de la carte Vitale\\.\\.\\.")

@@ -51,6 +51,7 @@ private Q_SLOTS:
     {
         m_window = std::make_unique<QWidget>();
         m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         m_alerts = std::make_unique<AlertQueue>(m_window.get());
     }
 
@@ -138,6 +139,44 @@ private Q_SLOTS:
         m_alerts->presentError(noText);
         QTest::keyClick(boxes().constFirst(), static_cast<Qt::Key>(key));
         QCOMPARE(shown(), QStringList{noText.localizedDescription()});
+    }
+
+    void anAlertOfAWindowThatIsJustShownComesOnceThatLiesInItsPlace()
+    {
+        m_alerts.reset();
+        m_window = std::make_unique<QWidget>();
+        m_window->setGeometry(200, 300, 500, 200);
+        m_alerts = std::make_unique<AlertQueue>(m_window.get());
+        m_window->show();
+        m_alerts->presentError(noReader);
+        m_alerts->presentError(noText);
+        QVERIFY(shown().isEmpty());
+        QTRY_COMPARE(shown(), QStringList{noReader.localizedDescription()});
+        QVERIFY(m_window->frameGeometry().contains(boxes().constFirst()->geometry().center()));
+        pressOk();
+        QCOMPARE(shown(), QStringList{noText.localizedDescription()});
+    }
+
+    void anAlertThatWaitsForAWindowThatIsHiddenAgainComesWithTheNextOne()
+    {
+        m_window->hide();
+        m_window->show();
+        m_alerts->presentError(noReader);
+        m_window->hide();
+        m_alerts->presentError(noText);
+        QCOMPARE(shown(), QStringList{noReader.localizedDescription()});
+        pressOk();
+        QCOMPARE(shown(), QStringList{noText.localizedDescription()});
+        pressOk();
+        QCoreApplication::processEvents();
+        QVERIFY(shown().isEmpty());
+    }
+
+    void anAlertOfAHiddenWindowComesAtOnce()
+    {
+        m_window->hide();
+        m_alerts->presentError(noReader);
+        QCOMPARE(shown(), QStringList{noReader.localizedDescription()});
     }
 
     void alertsLeaveNothingBehind()
