@@ -41,10 +41,10 @@ def make_bundle(path, program=MOVABLE_PROGRAM):
 def unpack(path):
     """A portable copy of the whole tree, through the form that it is delivered in."""
     folder, name = os.path.split(path)
-    os.makedirs(folder)
+    os.makedirs(folder, exist_ok=True)
     archive = os.path.join(folder, "portable.tar.zst")
     subprocess.run(["tar", "--create", "--use-compress-program", "zstd -1", "--file", archive, "--directory", STAGE,
-                    "--transform", f"s,^[.],{name},", "."], check=True)
+                    "--transform", f"s,^[.],{name},S", "."], check=True)
     subprocess.run(["tar", "--extract", "--file", archive, "--directory", folder], check=True)
     os.remove(archive)
     return path
@@ -261,6 +261,40 @@ class Portable(unittest.TestCase):
             pelmora.press("push button", "OK")
             pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
         self.assertFalse(os.path.exists(self.destination))
+
+    def test_the_whole_application_starts_where_it_is(self):
+        bundle = unpack(os.path.join(self.downloads, "Pelmora.app"))
+        with self.start(bundle, "--simulate") as pelmora:
+            pelmora.press("push button", STAY)
+            pelmora.find("push button", "Lire")
+        self.assertFalse(os.path.exists(self.destination))
+
+    def test_the_whole_application_moves_with_its_settings_and_is_switched_to(self):
+        os.makedirs(os.path.dirname(self.settings))
+        with open(self.settings, "w", encoding="utf-8") as file:
+            file.write(f"[General]\nMVAttestationsFolder={self.home}/Attestations\nMVLVitMode=2\n")
+        bundle = unpack(os.path.join(self.downloads, "Pelmora.app"))
+        program = os.path.join(self.destination, "bin", "pelmora")
+        with self.start(bundle, "--simulate") as pelmora:
+            pelmora.press("push button", MOVE)
+            self.assertEqual(pelmora.process.wait(timeout=20), 0)
+        self.assertFalse(os.path.exists(bundle))
+        with self.running(self.destination) as moved:
+            moved.find("push button", "Lire")
+            self.assertIn(f"MVAttestationsFolder={self.home}/Attestations\n", self.stored())
+            self.assertIn("MVLVitMode=2\n", self.stored())
+            self.logged()
+
+            bundle = unpack(os.path.join(self.downloads, "Pelmora.app"))
+            with self.start(bundle, "--simulate") as again:
+                again.press("push button", MOVE)
+                self.assertEqual(again.process.wait(timeout=20), 0)
+            self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder"),
+                                             (INFO, "INFO -- Switching to an already running version")])
+            # The one that was opened has handed over to the one that runs.
+            wait(lambda: len(processes_of(program)) == 1)
+            self.assertEqual(processes_of(program), [moved.process.pid])
+        self.assertTrue(os.path.exists(bundle))
 
 
 if __name__ == "__main__":
