@@ -1,8 +1,11 @@
 #include "platform/UpdateNotes.h"
 
+#include <QRegularExpression>
 #include <QTextDocumentFragment>
 
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -39,15 +42,21 @@ bool hasTag(const QString& text)
     return false;
 }
 
+QString textOfHtml(QString html)
+{
+    // The plain text has no signs of its own before the items of a list.
+    static const QRegularExpression item(u"(<li\\b[^>]*>)"_s, QRegularExpression::CaseInsensitiveOption);
+    html.replace(item, u"\\1• "_s);
+    // A fragment is parsed without a document around it that could load anything.
+    return QTextDocumentFragment::fromHtml(html).toPlainText();
+}
+
 } // namespace
 
 QString plainNotes(const QString& notes, bool mayBeHtml)
 {
     const QString bounded = notes.first(std::min(notes.size(), maximumNotes));
-    // A fragment is parsed without a document around it that could load anything.
-    const QString text =
-        mayBeHtml && hasTag(bounded) ? QTextDocumentFragment::fromHtml(bounded).toPlainText() : bounded;
-    return withoutHidden(text).trimmed();
+    return withoutHidden(mayBeHtml && hasTag(bounded) ? textOfHtml(bounded) : bounded).trimmed();
 }
 
 QString shortLine(const QString& text)

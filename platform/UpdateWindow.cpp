@@ -63,8 +63,7 @@ constexpr QStringView notTaken{
 
 // A larger headline, in proportion to whatever size the user reads.
 constexpr double headlineScale = 1.25;
-constexpr int narrowest = 30; // average characters
-constexpr int widthAtFirst = 58;
+constexpr int widthAtFirst = 72; // average characters
 
 const Page& pageOf(State state)
 {
@@ -91,10 +90,6 @@ UpdateWindow::UpdateWindow(UpdateSession& session)
     font.setBold(true);
     font.setPointSizeF(font.pointSizeF() * headlineScale);
     m_ui->headlineLabel->setFont(font);
-    const int character = fontMetrics().averageCharWidth();
-    setMinimumWidth(narrowest * character);
-    resize(widthAtFirst * character, sizeHint().height());
-
     connect(&session, &UpdateSession::stateChanged, this, &UpdateWindow::updateUI);
     connect(&session, &UpdateSession::progressed, this, &UpdateWindow::showProgress);
     connect(m_ui->downloadButton, &QPushButton::clicked, &session, &UpdateSession::download);
@@ -143,6 +138,15 @@ void UpdateWindow::updateUI()
     m_ui->progressBar->setRange(0, 0);
     if (m_session.state() == State::Downloading)
         showProgress(0);
+    fitHeight();
+}
+
+// As high as this page needs, and as wide as it was: the user may have chosen that.
+void UpdateWindow::fitHeight()
+{
+    const int usual = widthAtFirst * fontMetrics().averageCharWidth();
+    const int width = std::max(isVisible() ? this->width() : usual, layout()->totalMinimumSize().width());
+    resize(width, layout()->totalHeightForWidth(width));
 }
 
 void UpdateWindow::showProgress(qint64 received)

@@ -30,6 +30,7 @@ Q_SIGNALS:
 
 private:
     void updateUI();
+    void fitHeight();
     void showProgress(qint64 received);
     void cancel();
     [[nodiscard]] QString headline() const;

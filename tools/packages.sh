@@ -28,6 +28,8 @@ test_packages=(
     desktop-file-utils appstream
     # A font of the system's, for what the page's own font lacks.
     fonts-dejavu-core
+    # Certificates, keys and signatures of the tests' own.
+    openssl
     # Faults and limits.
     procps strace
     # The portable copy's form.

@@ -21,7 +21,7 @@ private Q_SLOTS:
         QTest::newRow("text with signs") << u"a < b & c > d"_s << u"a < b & c > d"_s;
         QTest::newRow("HTML") << u"<h2>Nouveau</h2><p>L&rsquo;&eacute;t&eacute; &amp; l’hiver</p>"_s
                               << u"Nouveau\nL’été & l’hiver"_s;
-        QTest::newRow("list") << u"<ul><li>un</li><li>deux</li></ul>"_s << u"un\ndeux"_s;
+        QTest::newRow("list") << u"<ul><li>un</li><LI class=\"b\">deux</LI></ul>"_s << u"• un\n• deux"_s;
         QTest::newRow("script") << u"<p>a</p><script>alert(1)</script><style>p{}</style>"_s << u"a"_s;
         QTest::newRow("image from elsewhere")
             << u"<p>a<img src=\"https://elsewhere.example/seen.png\">b</p>"_s << u"ab"_s;

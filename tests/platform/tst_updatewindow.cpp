@@ -227,18 +227,30 @@ private Q_SLOTS:
         QVERIFY(reaches(*m_session, State::Ready));
     }
 
-    void nothingIsCutAtTwiceTheTextSize()
+    void nothingIsCutWhateverTheTextSize_data()
     {
+        QTest::addColumn<double>("scale");
+        for (const int percent : {75, 100, 150, 200})
+            QTest::addRow("%d %%", percent) << percent / 100.0;
+    }
+    void nothingIsCutWhateverTheTextSize()
+    {
+        QFETCH(const double, scale);
         const QFont usual = QApplication::font();
-        QFont large = usual;
-        large.setPointSizeF(usual.pointSizeF() * 2);
-        QApplication::setFont(large);
+        QFont scaled = usual;
+        scaled.setPointSizeF(usual.pointSizeF() * scale);
+        QApplication::setFont(scaled);
         show(m_fixture->configuration());
         const bool isAvailable = reaches(*m_session, State::Available);
+        // Text that is wider than its place is cut: the layout itself lets a button shrink below its text.
         QStringList cut;
         for (const QPushButton* button : m_window->findChildren<QPushButton*>()) {
             if (button->isVisible() && button->width() < button->sizeHint().width())
                 cut.append(button->text());
+        }
+        for (const QLabel* label : m_window->findChildren<QLabel*>()) {
+            if (label->height() < label->heightForWidth(label->width()))
+                cut.append(label->text());
         }
         QApplication::setFont(usual);
         QVERIFY(isAvailable);
