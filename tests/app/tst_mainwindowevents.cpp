@@ -1,0 +1,158 @@
+#include "MainWindowTest.h"
+
+#include <QDragEnterEvent>
+#include <QFile>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool acceptsDrag(MainWindow& window, const QMimeData& data)
+{
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    enter.ignore();
+    QCoreApplication::sendEvent(&window, &enter);
+    return enter.isAccepted();
+}
+
+void drop(MainWindow& window, const QMimeData& data)
+{
+    QDropEvent event(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &event);
+}
+
+} // namespace
+
+class tst_MainWindowEvents final : public MainWindowTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void oneLocalXmlFileMayBeDropped()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(u"SPECIMEN é.XML"_s);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path)});
+        const QSignalSpy dropped(m_window.get(), &MainWindow::cardFileDropped);
+        QVERIFY(acceptsDrag(*m_window, data));
+        drop(*m_window, data);
+        QCOMPARE(dropped.count(), 1);
+        QCOMPARE(dropped.first().first().toString(), path);
+    }
+
+    void allElseThatIsDraggedIsRefused()
+    {
+        QTemporaryDir folder;
+        const auto written = [&folder](const QString& name, const QByteArray& content) {
+            QFile file(folder.filePath(name));
+            return file.open(QIODevice::WriteOnly) && file.write(content) >= 0 ? QUrl::fromLocalFile(file.fileName())
+                                                                               : QUrl();
+        };
+        const QUrl card = written(u"card.xml"_s, "<?xml version='1.0'?><a/>");
+        const QList<QList<QUrl>> refused{
+            {},
+            {card, card},
+            {written(u"text.txt"_s, "text")},
+            {written(u"picture.png"_s, "\x89PNG\r\n\x1a\n")},
+            {QUrl::fromLocalFile(folder.path())},
+            {QUrl::fromLocalFile(folder.filePath(u"none.xml"_s))},
+            {QUrl(u"https://specimen.example/card.xml"_s)},
+        };
+        for (const QList<QUrl>& urls : refused) {
+            QMimeData data;
+            data.setUrls(urls);
+            QVERIFY(!acceptsDrag(*m_window, data));
+        }
+        QMimeData text;
+        text.setText(u"<xml/>"_s);
+        QVERIFY(!acceptsDrag(*m_window, text));
+
+        QMimeData nameless;
+        nameless.setUrls({written(u"card"_s, "<?xml version='1.0'?><a/>")});
+        QVERIFY(acceptsDrag(*m_window, nameless));
+    }
+
+    void nothingIsDroppedUnderTheSheet()
+    {
+        QTemporaryDir folder;
+        QFile file(folder.filePath(u"card.xml"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file.fileName())});
+        m_window->beginSheet(u"Lecture de la carte Vitale..."_s);
+        QVERIFY(!acceptsDrag(*m_window, data));
+        m_window->endSheed();
+        QVERIFY(acceptsDrag(*m_window, data));
+    }
+
+    void theSheetShowsTheMessageUntilItEnds()
+    {
+        m_window->endSheed();
+        QVERIFY(!m_window->sheet());
+        m_window->beginSheet(u"Lecture de la carte Vitale..."_s);
+        QVERIFY(m_window->sheet()->isVisible());
+        QCOMPARE(m_window->sheet()->windowModality(), Qt::WindowModal);
+        QCOMPARE(m_window->sheet()->parentWidget(), m_window.get());
+        QCOMPARE(m_window->sheet()->informationsTextField()->text(), u"Lecture de la carte Vitale..."_s);
+        m_window->endSheed();
+        QVERIFY(!m_window->sheet()->isVisible());
+        m_window->beginSheet(u"Lecture de la carte vitale en cours…"_s);
+        QCOMPARE(m_window->sheet()->informationsTextField()->text(), u"Lecture de la carte vitale en cours…"_s);
+        QVERIFY(m_window->sheet()->isVisible());
+    }
+
+    void theApplicationCanBeLeftWhileTheSheetIsUp()
+    {
+        m_window->beginSheet(u"Lecture de la carte Vitale..."_s);
+        m_window->sheet()->activateWindow();
+        QTRY_COMPARE(QApplication::activeWindow(), m_window->sheet());
+        const QSignalSpy quit(m_window.get(), &MainWindow::quitRequested);
+        QTest::keyClick(m_window->sheet(), Qt::Key_Q, Qt::ControlModifier);
+        QCOMPARE(quit.count(), 1);
+    }
+
+    void closingHidesWhereSomethingBringsTheWindowBack()
+    {
+        const QSignalSpy last(qApp, &QGuiApplication::lastWindowClosed);
+        m_window->setClosePolicy([] { return MainWindow::ClosePolicy::Hide; });
+        QTest::keyClick(m_window.get(), Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!m_window->isVisible());
+        QCoreApplication::processEvents();
+        QCOMPARE(last.count(), 0);
+    }
+
+    void closingIconifiesWhereNothingElseWould()
+    {
+        QVERIFY(!m_window->close());
+        QVERIFY(m_window->isVisible());
+        QVERIFY(m_window->isMinimized());
+        m_window->showNormal();
+        m_window->setClosePolicy([] { return MainWindow::ClosePolicy::Iconify; });
+        QVERIFY(!m_window->close());
+        QVERIFY(m_window->isMinimized());
+    }
+
+    void theAboutBoxTellsNameVersionAndPurpose()
+    {
+        QCoreApplication::setApplicationVersion(u"9.8.7"_s);
+        action("aboutAction")->trigger();
+        const auto* box = m_window->findChild<QMessageBox*>();
+        QVERIFY(box);
+        QVERIFY(box->isVisible());
+        QCOMPARE(box->windowModality(), Qt::WindowModal);
+        QVERIFY(box->text().contains(u"Pelmora 9.8.7"_s));
+        QVERIFY(box->informativeText().contains(u"attestation"_s));
+        QVERIFY(!box->iconPixmap().isNull());
+    }
+};
+
+QTEST_MAIN(tst_MainWindowEvents)
+#include "tst_mainwindowevents.moc"
