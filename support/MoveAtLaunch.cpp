@@ -43,11 +43,6 @@ MoveOutcome offerToMove(const QString& bundlePath)
 
 } // namespace
 
-bool isPortableCopy()
-{
-    return portableBundleOf(executableOfThisProcess()).has_value();
-}
-
 MoveOutcome moveToApplicationsFolderIfNecessary()
 {
     const QString executablePath = executableOfThisProcess();

@@ -248,6 +248,59 @@ class Portable(unittest.TestCase):
             moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
         self.assertTrue(os.access(os.path.join(self.destination, "bin", "pelmora"), os.W_OK))
 
+    def lock_applications(self, answer):
+        """Makes the Applications folder read-only; the program that asks for a password answers by this command, which
+        may run the rest of its words with an administrator's rights: where the folder can be written to."""
+        folder = os.path.join(self.home, "Applications")
+        mount("--bind", folder, folder)
+        self.addCleanup(subprocess.run, ["umount", "--lazy", folder], check=True)
+        mount("-o", "remount,bind,ro", folder)
+        programs = os.path.join(self.home, "programs")
+        os.mkdir(programs)
+        path = os.path.join(programs, "pkexec")
+        with open(path, "w", encoding="utf-8") as script:
+            script.write(f"#!/bin/sh\nfolder=$HOME/Applications\n{answer}\n")
+        os.chmod(path, 0o755)
+        self.environment["PATH"] = programs + os.pathsep + os.environ["PATH"]
+
+    def test_an_administrator_is_asked_where_the_user_may_not_write(self):
+        make_bundle(self.destination)
+        with open(os.path.join(self.destination, "ancien"), "w", encoding="utf-8"):
+            pass
+        self.lock_applications('mount -o remount,bind,rw "$folder" && exec "$@"')
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        with self.start(bundle) as pelmora:
+            pelmora.find("label", f"{BODY} {PASSWORD_NOTE}")
+            pelmora.press("push button", MOVE)
+            self.assertEqual(pelmora.process.wait(timeout=20), 0)
+        self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder")])
+        self.assertFalse(os.path.exists(bundle))
+        with self.running(self.destination) as moved:
+            moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+        self.assertEqual(sorted(os.listdir(os.path.join(self.home, "Applications"))), ["Autre.app", "Pelmora.app"])
+        self.assertFalse(os.path.exists(os.path.join(self.destination, "ancien")))
+
+    def test_without_the_password_the_start_goes_on(self):
+        self.lock_applications("exit 126")
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        with self.start(bundle) as pelmora:
+            pelmora.press("push button", MOVE)
+            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+        self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder"),
+                                         (INFO, "INFO -- Not moving because user canceled authorization")])
+
+    def test_rights_that_are_refused_are_a_failure(self):
+        self.lock_applications("exit 127")
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        with self.start(bundle) as pelmora:
+            pelmora.press("push button", MOVE)
+            pelmora.find("label", "Could not move to Applications folder")
+            self.assertEqual(self.logged(), [
+                (INFO, "INFO -- Moving myself to the Applications folder"),
+                (ERROR, "ERROR -- Could not copy myself to /Applications with authorization")])
+            pelmora.press("push button", "OK")
+            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+
     def test_a_failure_is_shown_and_the_start_goes_on(self):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
         os.mkfifo(os.path.join(bundle, "tube"))

@@ -1,5 +1,6 @@
 #include "MoveScene.h"
 #include "platform/Bundle.h"
+#include "platform/MountedImages.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -29,6 +30,7 @@ private Q_SLOTS:
     void anInactiveApplicationIsActivatedFirst();
     void decliningStoresTheBoxOnlyWhenItIsTicked();
     void acceptingNeverStoresTheBox();
+    void onLinuxThePlatformListsTheImages();
 };
 
 void tst_MoveToApplications::aSuppressedQuestionStopsAtOnce()
@@ -238,6 +240,21 @@ void tst_MoveToApplications::acceptingNeverStoresTheBox()
     platform.answer = {true, true};
     QCOMPARE(moveWith(platform), MoveOutcome::Ends);
     QVERIFY(!platform.record.contains(u"suppress"_s));
+}
+
+void tst_MoveToApplications::onLinuxThePlatformListsTheImages()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.volume = Volume{false, u"/dev/loop0"_s};
+    platform.images = MountedImages("36 1 7:0 / /media/x ro - ext4 /dev/loop0 ro\n", QString()).propertyList();
+    const MoveSurroundings values = surroundings();
+    QCOMPARE(moveToApplications(values, MoveCommands(linuxCommands, values.platformRelease), StringTable(), platform),
+             MoveOutcome::Ends);
+    QCOMPARE(platform.record.at(2), u"images?"_s);
+    QVERIFY(!platform.record.contains(removing));
+    QVERIFY2(platform.record.last().contains("(d='/dev/loop0'; sleep 5 && udisksctl unmount"_L1),
+             qPrintable(platform.record.last()));
 }
 
 QTEST_APPLESS_MAIN(tst_MoveToApplications)
