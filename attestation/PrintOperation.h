@@ -28,6 +28,7 @@ public:
     PrintOperation(AttestationPage page, const PageFonts& fonts, QWidget* window);
     /// A job that is on its way arrives first, unless the print server has stopped answering.
     ~PrintOperation() override;
+    Q_DISABLE_COPY_MOVE(PrintOperation)
 
     /// Whether the window's question, how to print, is still to be answered.
     [[nodiscard]] bool isAsking() const { return m_asking; }

@@ -28,7 +28,7 @@ const CupsLibrary& cups()
 
 struct Refusal
 {
-    int status;
+    int status = 0;
     QStringView sentence;
 };
 
