@@ -65,18 +65,26 @@ public:
     {
     }
 
+    [[nodiscard]] QRect pageRect() const
+    {
+        QRectF page(QPointF(), QSizeF(595, 842) * scale());
+        page.moveCenter(QRectF(rect()).center());
+        return page.toAlignedRect();
+    }
+
 protected:
     void paintEvent(QPaintEvent* /*event*/) override
     {
         QPainter painter(this);
         painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-        const double scale = std::min({1.0, width() / 615.0, height() / 862.0});
-        painter.translate((width() - 595 * scale) / 2, (height() - 842 * scale) / 2);
-        painter.scale(scale / 16, scale / 16);
+        painter.translate(pageRect().topLeft());
+        painter.scale(scale() / 16, scale() / 16);
         drawBarePage(painter, m_fonts, m_logo);
     }
 
 private:
+    [[nodiscard]] double scale() const { return std::min({1.0, width() / 615.0, height() / 862.0}); }
+
     BareFonts m_fonts;
     QSvgRenderer& m_logo;
 };
@@ -174,7 +182,7 @@ int main(int argc, char* argv[])
     CardRecord other = specimenCard();
     other.setText(CardKey::firstName, u"Zoé"_s);
     const auto setVitale = [&viewer, &other](int round) { viewer.setVitale(round % 2 == 0 ? other : specimenCard()); };
-    const auto update = [&bare](int /*round*/) { bare.update(); };
+    const auto update = [&bare](int /*round*/) { bare.update(bare.pageRect()); };
 
     const QSize screen = QApplication::primaryScreen()->size();
     const auto compare = [&](const char* what, QSize size, const auto& change, const auto& bareChange) {
