@@ -7,6 +7,9 @@
 #include <QTest>
 #include <QVBoxLayout>
 
+#include <array>
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -25,8 +28,8 @@ struct Clip
 {
     Clip() { view.setDocumentView(&document); }
 
-    Sheet document{{600, 800}};
     MVClipView view;
+    Sheet document{{600, 800}}; // ends before the view, whose child it is
 };
 
 } // namespace

@@ -8,6 +8,9 @@
 #include <QScrollBar>
 #include <QTest>
 
+#include <array>
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 namespace {
