@@ -255,7 +255,10 @@ void MainWindow::showWindowIcon()
 {
     if (m_windowIconPath.isEmpty())
         return;
-    setWindowIcon(windowIconFrom(std::exchange(m_windowIconPath, QString())));
+    const QIcon icon = windowIconFrom(std::exchange(m_windowIconPath, QString()));
+    setWindowIcon(icon);
+    // And for the windows to come.
+    QGuiApplication::setWindowIcon(icon);
 }
 
 MXButton* MainWindow::readButton() const

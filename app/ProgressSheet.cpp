@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int textWidth = 44; // average characters of a line
+constexpr int textWidth = 54; // average characters of a line
 
 } // namespace
 

@@ -8,6 +8,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QIcon>
 #include <QLabel>
 #include <QRegularExpression>
 #include <QTest>
@@ -122,6 +123,7 @@ private Q_SLOTS:
     void cleanup()
     {
         m_window.reset();
+        QApplication::setWindowIcon(QIcon());
         QApplication::setFont(m_font);
         QApplication::setPalette(m_palette);
     }
