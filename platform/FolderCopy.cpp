@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <ranges>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -110,8 +111,8 @@ Result copyContent(const fs::path& source, const fs::path& copy)
     if (error)
         return std::unexpected(error);
     // Folders last, the deepest first: what is made in them changes their times, and their permissions may forbid it.
-    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-        if (Result result = copyAttributes(source / *folder, copy / *folder); !result)
+    for (const fs::path& folder : folders | std::views::reverse) {
+        if (Result result = copyAttributes(source / folder, copy / folder); !result)
             return result;
     }
     return {};

@@ -23,11 +23,12 @@ enum class MovePurpose
 /// as it is; one within a word, which a shell reads, takes it quoted for the shell.
 struct MoveCommandRow
 {
-    MovePurpose purpose;
+    MovePurpose purpose = MovePurpose::ListMountedImages;
     std::array<QStringView, 6> words;
 };
 
-/// The commands of one platform. A purpose may be missing: there, the platform's own operation serves.
+/// The commands of one platform; rows without words are none. A purpose may be missing: there, the platform's own
+/// operation serves.
 using MoveCommandTable = std::array<MoveCommandRow, 9>;
 
 extern const MoveCommandTable macintoshCommands;

@@ -1,6 +1,7 @@
 #include "MoveScene.h"
 #include "platform/Bundle.h"
 #include "platform/MountedImages.h"
+#include "support/MoveTexts.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -27,6 +28,7 @@ private Q_SLOTS:
     void theAlertSaysWhereToAndWhatItTakes_data();
     void theAlertSaysWhereToAndWhatItTakes();
     void theAlertSpeaksTheUsersLanguage();
+    void everyTextIsTranslated();
     void anInactiveApplicationIsActivatedFirst();
     void decliningStoresTheBoxOnlyWhenItIsTicked();
     void acceptingNeverStoresTheBox();
@@ -206,6 +208,16 @@ void tst_MoveToApplications::theAlertSpeaksTheUsersLanguage()
     QCOMPARE(platform.question.stayButton, u"Ne pas déplacer"_s);
     QCOMPARE(platform.question.suppressionBox, u"Ne plus afficher ce message"_s);
     QCOMPARE(platform.record.last(), u"alert | Le déplacement vers le dossier Applications a échoué"_s);
+}
+
+void tst_MoveToApplications::everyTextIsTranslated()
+{
+    const StringTable french =
+        StringTable::load(Bundle(QStringLiteral(PELMORA_SOURCE "/resources")), u"MoveApplication"_s, {u"fr"_s});
+    for (const QStringView text :
+         {MoveText::titleInHome, MoveText::title, MoveText::body, MoveText::authorizationNote, MoveText::downloadsNote,
+          MoveText::moveButton, MoveText::stayButton, MoveText::suppressionBox, MoveText::failure})
+        QVERIFY2(french.localizedString(text) != text, qPrintable(text.toString()));
 }
 
 void tst_MoveToApplications::anInactiveApplicationIsActivatedFirst()
