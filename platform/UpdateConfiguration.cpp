@@ -17,7 +17,7 @@ namespace {
 struct Folder
 {
     QLatin1StringView path;
-    bool isPackageManagers;
+    bool isPackageManagers = false;
 };
 
 // The first one that holds a program tells.

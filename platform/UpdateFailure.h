@@ -38,7 +38,7 @@ enum class UpdateFailure
 /// One row of the table of failures.
 struct UpdateFailureText
 {
-    UpdateFailure failure;
+    UpdateFailure failure = UpdateFailure::NoFeed;
     QStringView text;
 };
 

@@ -33,7 +33,7 @@ struct RawItem
 struct Field
 {
     QStringView name;
-    QString RawItem::* value;
+    QString RawItem::* value = nullptr;
 };
 
 // What an item holds in elements of its own, and what its enclosure's attributes hold. Versions are found in both.

@@ -40,6 +40,8 @@ public:
     UpdateTransfer(QNetworkAccessManager& manager, const Bounds& bounds, AnswerCheck check, Sink sink);
     /// Drops the transfer when it still runs.
     ~UpdateTransfer() override;
+    UpdateTransfer(const UpdateTransfer&) = delete;
+    UpdateTransfer& operator=(const UpdateTransfer&) = delete;
 
     void start(const QUrl& address);
 

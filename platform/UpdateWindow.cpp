@@ -30,10 +30,10 @@ enum Part : unsigned
 // What the window shows in each state. In the texts, %1 is the version found, %2 the one in use.
 struct Page
 {
-    State state;
+    State state = State::Idle;
     QStringView headline;
     QStringView detail;
-    unsigned parts;
+    unsigned parts = 0;
 };
 
 constexpr std::array pages{
