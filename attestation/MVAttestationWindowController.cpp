@@ -5,6 +5,7 @@
 #include "attestation/MVScrollView.h"
 #include "card/CardKeys.h"
 #include "platform/ObjectText.h"
+#include "platform/WindowActivation.h"
 #include "ui_AttestationWindow.h"
 
 #include <QScreen>
@@ -83,9 +84,5 @@ void MVAttestationWindowController::printAttestation(const QObject* /*sender*/)
 
 void MVAttestationWindowController::showWindow(const QObject* /*sender*/)
 {
-    // A maximised window stays so.
-    m_window->setWindowState((m_window->windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
-    m_window->show();
-    m_window->raise();
-    m_window->activateWindow();
+    bringToFront(*m_window);
 }

@@ -1,4 +1,4 @@
-#include "app/WindowActivation.h"
+#include "platform/WindowActivation.h"
 
 #include <QWidget>
 
