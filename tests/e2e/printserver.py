@@ -1,5 +1,6 @@
 """A print server of the test's own: nothing of the system's is touched, and several can run side by side."""
 
+import ctypes
 import os
 import re
 import shutil
@@ -77,6 +78,12 @@ def printer_description(sheet, margin):
             + f"*DefaultPaperDimension: {sheet}\n" + "".join(dimensions))
 
 
+def end_with_parent():
+    """In a child: a test that is killed leaves no server behind."""
+    PR_SET_PDEATHSIG = 1
+    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGTERM)
+
+
 class Job:
     """What reached a printer."""
 
@@ -101,8 +108,13 @@ class PrintServer:
         self.write("etc/cups-files.conf", FILES.format(root=self.root))
         self.socket = self.path("run", "cups.sock")
         self.process = subprocess.Popen(
-            ["/usr/sbin/cupsd", "-f", "-c", self.path("etc", "cupsd.conf"), "-s", self.path("etc", "cups-files.conf")])
-        self.wait(lambda: self.run("lpstat", "-r", check=False).stdout.startswith("scheduler is running"))
+            ["/usr/sbin/cupsd", "-f", "-c", self.path("etc", "cupsd.conf"), "-s", self.path("etc", "cups-files.conf")],
+            preexec_fn=end_with_parent)
+        try:
+            self.wait(lambda: self.run("lpstat", "-r", check=False).stdout.startswith("scheduler is running"))
+        except BaseException:
+            self.__exit__()
+            raise
         return self
 
     def __exit__(self, *_):
