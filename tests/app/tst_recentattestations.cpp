@@ -161,7 +161,8 @@ private Q_SLOTS:
             << QStringList{u"/b.pdf"_s};
         QTest::newRow("a wild size") << QByteArray("[MVRecentsAttestation]\n1\\value=/a.pdf\nsize=2147483647\n")
                                      << QStringList{u"/a.pdf"_s};
-        QTest::newRow("broken file") << QByteArray("\xff\xfe[MVRecentsAttestation\n=\n") + QByteArray(2, \'\0\') + "size" << QStringList();
+        QTest::newRow("broken file") << QByteArray("\xff\xfe[MVRecentsAttestation\n=\n") + QByteArray(2, '\0') + "size"
+                                     << QStringList();
     }
 
     void onlyTextsCountAsPaths()
