@@ -81,7 +81,7 @@ def printer_description(sheet, margin):
 def end_with_parent():
     """In a child: a test that is killed leaves no server behind."""
     PR_SET_PDEATHSIG = 1
-    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGTERM)
+    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
 
 class Job:
