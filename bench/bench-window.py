@@ -39,17 +39,22 @@ def middle_of_read_button(pelmora):
 
 
 def compare_starts(pelmora, watcher, bare):
-    """Both programs in turn, so that a slower moment of the machine falls on both."""
-    pairs = [(watch(watcher, pelmora, "--simulate"), watch(watcher, bare)) for _ in range(RUNS + WARM_UP)][WARM_UP:]
-    print(f"{'':22} {'pelmora':>10} {'bare':>10} {'ratio':>8}")
+    """All in turn, so that a slower moment of the machine falls on all."""
+    commands = ((pelmora, "--simulate"), (bare,), (bare, "--fixed"))
+    rounds = [[watch(watcher, *command) for command in commands] for _ in range(RUNS + WARM_UP)][WARM_UP:]
+
+    def median(of):
+        return statistics.median(of(each) for each in rounds)
+
+    print(f"{'':26} {'pelmora':>9} {'bare':>9} {'ratio':>7}   {'bare, fixed size':>18} {'ratio':>7}")
     for name, label, limit in (("map", "window shown, ms", "at most 1.5"), ("paint", "first painting, ms", ""),
+                               ("cpu", "processor until shown, ms", ""),
                                ("memory", "memory when shown, MiB", "at most 1.5")):
-        ours = statistics.median(pair[0][name] for pair in pairs)
-        floor = statistics.median(pair[1][name] for pair in pairs)
-        ratio = statistics.median(pair[0][name] / pair[1][name] for pair in pairs)
-        print(f"{label:22} {ours:10.1f} {floor:10.1f} {ratio:8.2f}  {limit}")
+        ours, floor, fixed = (median(lambda each, which=which: each[which][name]) for which in range(3))
+        ratio, fixed_ratio = (median(lambda each, which=which: each[0][name] / each[which][name]) for which in (1, 2))
+        print(f"{label:26} {ours:9.1f} {floor:9.1f} {ratio:7.2f}   {fixed:18.1f} {fixed_ratio:7.2f}   {limit}")
     # The tiles change when the card service is bound, and nothing changes after that.
-    print(f"{'card service bound, ms':22} {statistics.median(pair[0]['settled'] for pair in pairs):10.1f}")
+    print(f"{'card service bound, ms':26} {median(lambda each: each[0]['settled']):9.1f}")
 
 
 def main():
@@ -59,7 +64,7 @@ def main():
 
     place = middle_of_read_button(pelmora)
     clicks = [watch(watcher, "--click", *place, pelmora, "--simulate")["click"] for _ in range(CLICKS)]
-    print(f"{'click to summary, ms':22} {statistics.median(clicks):10.1f} {'':19}  at most 50")
+    print(f"{'click to summary, ms':26} {statistics.median(clicks):9.1f} {'':47}   at most 50")
 
     idleness = watch(watcher, "--idle", idle, pelmora, "--simulate")
     print(f"idle for {idle} s: {idleness['idle-cpu']:.1f} ms of processor time, {idleness['idle-growth']:+.2f} MiB")

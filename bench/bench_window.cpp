@@ -1,6 +1,7 @@
 // Runs a program once, watches its window through the events of the X server, and prints what it saw, a figure a line:
 //   map        milliseconds from the program's start to its window (100 x 100 or more) on the screen
 //   memory     peak memory then, in MiB
+//   cpu        milliseconds of processor time until then, of the program and its children
 //   paint      milliseconds from the start to the first painting
 //   settled    milliseconds from the start to the last painting before a second of rest
 //   click      milliseconds from a click of the mouse to the last painting before a second of rest
@@ -291,9 +292,11 @@ void run(const Options& options)
     const Program program(options.command);
     const Clock::time_point mapped = screen.waitForWindow();
     const double memory = program.memory("VmHWM");
+    const double processorTime = program.processorTime();
     screen.watchPainting();
     report("map", since(start, mapped));
     report("memory", memory);
+    report("cpu", processorTime);
     const auto paintings = screen.waitForRest();
     if (!paintings)
         fail("nothing painted");
