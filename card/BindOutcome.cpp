@@ -13,11 +13,7 @@ BindOutcome bindOutcome(bool bound, const std::optional<Error>& error)
 
 std::optional<Error> bindError(const QVariantMap& userInfo)
 {
-    const QVariant value = userInfo.value(BindNotification::error.toString());
-    if (value.metaType() != QMetaType::fromType<Error>())
-        return std::nullopt;
-    // Not by value<Error>(): that would need an error without a domain to fall back to.
-    return *static_cast<const Error*>(value.constData());
+    return errorInValue(userInfo.value(BindNotification::error.toString()));
 }
 
 void postBindNotification(const BindOutcome& outcome)

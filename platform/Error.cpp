@@ -22,5 +22,6 @@ std::optional<Error> errorInValue(const QVariant& value)
 {
     if (value.metaType() != QMetaType::fromType<Error>())
         return std::nullopt;
+    // Not by value<Error>(): that would need an error without a domain to fall back to.
     return *static_cast<const Error*>(value.constData());
 }
