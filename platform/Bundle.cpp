@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -35,7 +36,8 @@ Bundle::Bundle(QString resourceFolder)
 
 Bundle Bundle::mainBundle()
 {
-    return Bundle(QCoreApplication::applicationDirPath() + "/../share/pelmora"_L1);
+    // A clean path: users see it in the browser that shows the help.
+    return Bundle(QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../share/pelmora"_L1));
 }
 
 std::optional<QString> Bundle::pathForResource(const QString& name, const QString& type) const
