@@ -187,26 +187,29 @@ std::expected<UpdateFeed, UpdateFailure> UpdateFeed::parse(const QByteArray& xml
 std::expected<UpdateChoice, UpdateFailure> chooseUpdate(const UpdateFeed& feed, const QString& currentVersion,
                                                         const QString& systemVersion)
 {
-    std::vector<UpdateFeed::Announcement> newer;
-    std::ranges::copy_if(feed.announcements(), std::back_inserter(newer), [&](const auto& announcement) {
-        return std::is_gt(compareVersions(announcement.item.version, currentVersion));
-    });
-    std::ranges::stable_sort(newer, [](const auto& left, const auto& right) {
-        return std::is_gt(compareVersions(left.item.version, right.item.version));
-    });
-    if (newer.empty())
-        return UpdateChoice{};
-
-    const auto runsHere = [&systemVersion](const UpdateFeed::Announcement& announcement) {
-        return !std::is_gt(compareVersions(announcement.item.minimumSystemVersion, systemVersion));
+    const auto isNewer = [](const UpdateItem& item, const QString& version) {
+        return std::is_gt(compareVersions(item.version, version));
     };
-    const auto sound = [](const UpdateFeed::Announcement& announcement) { return !announcement.fault; };
-    for (const UpdateFeed::Announcement& announcement : newer) {
-        if (sound(announcement) && runsHere(announcement))
-            return UpdateChoice{UpdateChoice::Kind::Available, announcement.item};
-    }
-    const auto faulty = std::ranges::find_if_not(newer, sound);
-    if (faulty != newer.end())
+    // The newest of those that pass; the first of them where several are alike.
+    const auto newestThat = [&](const auto& passes) {
+        const UpdateFeed::Announcement* newest = nullptr;
+        for (const UpdateFeed::Announcement& candidate : feed.announcements()) {
+            if (isNewer(candidate.item, newest == nullptr ? currentVersion : newest->item.version) && passes(candidate))
+                newest = &candidate;
+        }
+        return newest;
+    };
+    const auto isFaulty = [](const UpdateFeed::Announcement& announcement) { return announcement.fault.has_value(); };
+    const auto runsHere = [&](const UpdateFeed::Announcement& announcement) {
+        return !isFaulty(announcement) &&
+               !std::is_gt(compareVersions(announcement.item.minimumSystemVersion, systemVersion));
+    };
+
+    if (const auto* found = newestThat(runsHere))
+        return UpdateChoice{UpdateChoice::Kind::Available, found->item};
+    if (const auto* faulty = newestThat(isFaulty))
         return std::unexpected(*faulty->fault);
-    return UpdateChoice{UpdateChoice::Kind::NeedsNewerSystem, newer.front().item};
+    if (const auto* demanding = newestThat([](const auto&) { return true; }))
+        return UpdateChoice{UpdateChoice::Kind::NeedsNewerSystem, demanding->item};
+    return UpdateChoice{};
 }
