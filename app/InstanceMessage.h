@@ -10,7 +10,7 @@
 struct InstanceMessage
 {
     /// Longest message in bytes; a card file's path has room in it whatever the file system.
-    static constexpr qsizetype maximumSize = 16 * 1024;
+    static constexpr qsizetype maximumSize = qsizetype{16} * 1024;
 
     /// Absolute path of the card file; absent for a mere start.
     std::optional<QString> cardPath;

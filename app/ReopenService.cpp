@@ -41,7 +41,8 @@ void ReopenService::start()
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (m_isStarted || !bus.isConnected())
         return;
-    m_isStarted = bus.registerObject(objectPath, new ReopenInterface(this), QDBusConnection::ExportScriptableSlots);
+    m_isStarted =
+        bus.registerObject(objectPath, new ReopenInterface(this), QDBusConnection::ExportScriptableInvokables);
     // Without flags: in line, behind an instance that has the name, and not to be replaced.
     if (m_isStarted)
         askBus(u"RequestName"_s, {QString(serviceName), QVariant::fromValue(quint32{0})});

@@ -13,6 +13,8 @@ class ReopenService final : public QObject
 
 public:
     explicit ReopenService(QObject* parent = nullptr);
+    ReopenService(const ReopenService&) = delete;
+    ReopenService& operator=(const ReopenService&) = delete;
     /// Leaves the bus.
     ~ReopenService() override;
 
@@ -42,11 +44,10 @@ public:
     /// The one of the files that is opened, as there is room for one card: the first on this machine; empty without.
     [[nodiscard]] static QString firstLocalFile(const QStringList& uris);
 
-public Q_SLOTS:
-    Q_SCRIPTABLE void Activate(const QVariantMap& platformData);
-    Q_SCRIPTABLE void Open(const QStringList& uris, const QVariantMap& platformData);
-    Q_SCRIPTABLE void ActivateAction(const QString& name, const QVariantList& parameter,
-                                     const QVariantMap& platformData);
+    Q_SCRIPTABLE Q_INVOKABLE void Activate(const QVariantMap& platformData);
+    Q_SCRIPTABLE Q_INVOKABLE void Open(const QStringList& uris, const QVariantMap& platformData);
+    Q_SCRIPTABLE Q_INVOKABLE void ActivateAction(const QString& name, const QVariantList& parameter,
+                                                 const QVariantMap& platformData);
 
 private:
     ReopenService* m_service;

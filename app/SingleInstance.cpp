@@ -97,8 +97,8 @@ bool tell(const FileDescriptor& folder, const QString& socketName, const QByteAr
     const FileDescriptor socket = makeSocket();
     const std::optional<SocketAddress> address = addressIn(folder, socketName);
     const auto size = static_cast<std::size_t>(message.size());
-    return address && connect(socket.get(), generic(*address), address->length) == 0 && isOwnUser(socket) &&
-           send(socket.get(), message.constData(), size, MSG_NOSIGNAL) == message.size() &&
+    return address && socket.isValid() && connect(socket.get(), generic(*address), address->length) == 0 &&
+           isOwnUser(socket) && send(socket.get(), message.constData(), size, MSG_NOSIGNAL) == message.size() &&
            waitForAnswer(socket, deadline);
 }
 

@@ -45,6 +45,8 @@ public:
     explicit SingleInstance(const QString& key);
     /// In a folder of the caller's.
     SingleInstance(FileDescriptor folder, const QString& key, std::chrono::milliseconds patience = defaultPatience);
+    SingleInstance(const SingleInstance&) = delete;
+    SingleInstance& operator=(const SingleInstance&) = delete;
     /// Does what release() does.
     ~SingleInstance() override;
 

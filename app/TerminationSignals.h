@@ -16,6 +16,8 @@ class TerminationSignals final : public QObject
 public:
     /// Takes the signals over; those that the starting program had set to be ignored stay so (nohup, background jobs).
     explicit TerminationSignals(QObject* parent = nullptr);
+    TerminationSignals(const TerminationSignals&) = delete;
+    TerminationSignals& operator=(const TerminationSignals&) = delete;
     /// Gives the signals back.
     ~TerminationSignals() override;
 

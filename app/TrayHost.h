@@ -18,6 +18,8 @@ class TrayHost final : public QObject, public QAbstractNativeEventFilter
 
 public:
     explicit TrayHost(QObject* parent = nullptr);
+    TrayHost(const TrayHost&) = delete;
+    TrayHost& operator=(const TrayHost&) = delete;
     ~TrayHost() override;
 
     /// Whether there is a host of StatusNotifierItems.
@@ -31,14 +33,12 @@ Q_SIGNALS:
     /// One of the two has come or gone.
     void changed();
 
-private Q_SLOTS:
-    // A slot because signals of the bus are connected to by name.
-    void askForNotifierHost();
-
 private:
     struct X11;
 
     void watchBus();
+    // Signals of the bus are connected to by name.
+    Q_INVOKABLE void askForNotifierHost();
     void takeAnswer(QDBusPendingCallWatcher* call);
     void setNotifierHost(bool isThere);
 
