@@ -9,4 +9,4 @@ ensure_packages "${build_packages[@]}" "${check_packages[@]}"
 cmake --preset dev >/dev/null
 cmake --build --preset dev >/dev/null
 run-clang-tidy-19 -quiet -p build/dev -j "$(nproc)" \
-    "^$PWD/(platform|support|card|service|attestation|prefs|app)/[^/]*\.cpp$"
+    "^$PWD/(platform|support|card|service|attestation|prefs|app)/.*\.cpp$"
