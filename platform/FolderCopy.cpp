@@ -11,6 +11,8 @@
 
 #include <fcntl.h>
 #include <stdlib.h> // NOLINT(modernize-deprecated-headers): mkdtemp is POSIX's
+#include <sys/sendfile.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -78,6 +80,27 @@ Result copyAttributes(const fs::path& source, const fs::path& copy)
     return error ? std::unexpected(error) : writeToDisk(copy);
 }
 
+// The library's own copy gives no reason but "input/output error" when the disk is full.
+Result copyFile(const fs::path& source, const fs::path& copy)
+{
+    constexpr std::size_t atOnce = 1U << 20U;
+    const int input = open(source.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (input < 0)
+        return lastResult(false);
+    const int output = open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    Result result = lastResult(output >= 0);
+    if (result) {
+        ssize_t sent = 0;
+        do
+            sent = sendfile(output, input, nullptr, atOnce);
+        while (sent > 0);
+        result = lastResult(sent == 0);
+        close(output);
+    }
+    close(input);
+    return result;
+}
+
 Result copyEntry(const fs::directory_entry& entry, const fs::path& copy)
 {
     std::error_code error;
@@ -88,9 +111,10 @@ Result copyEntry(const fs::directory_entry& entry, const fs::path& copy)
     case fs::file_type::directory:
         fs::create_directory(copy, error);
         return resultOf(error);
-    case fs::file_type::regular:
-        fs::copy_file(entry.path(), copy, error);
-        return error ? std::unexpected(error) : copyAttributes(entry.path(), copy);
+    case fs::file_type::regular: {
+        const Result copied = copyFile(entry.path(), copy);
+        return copied ? copyAttributes(entry.path(), copy) : copied;
+    }
     default:
         return std::unexpected(error ? error : std::make_error_code(std::errc::not_supported));
     }

@@ -1,3 +1,4 @@
+#include "FileSizeLimit.h"
 #include "FolderTree.h"
 #include "platform/FolderCopy.h"
 
@@ -26,6 +27,7 @@ private Q_SLOTS:
     void aFolderThatIsMissingIsNoSource();
     void whatIsNeitherFileNorFolderIsRefused();
     void aFailureLeavesNothingBehind();
+    void aFullDiskLeavesNothingBehind();
     void whatWasInterruptedIsSweptAway();
     void aRemovedFolderIsGone();
     void aMissingFolderCannotBeRemoved();
@@ -111,6 +113,20 @@ void tst_FolderCopy::aFailureLeavesNothingBehind()
     // A name that is too long for any file system.
     QVERIFY(!copyFolder(source(), m_folder->path() + "/Applications/"_L1 + QString(300, u'x')));
     QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+}
+
+void tst_FolderCopy::aFullDiskLeavesNothingBehind()
+{
+    const QStringList whole = folderTreeOf(source());
+    std::expected<void, QString> copied;
+    {
+        // Half of the largest file.
+        const FileSizeLimit limit(50000);
+        copied = copyFolder(source(), target());
+    }
+    QCOMPARE(copied, (std::expected<void, QString>(std::unexpect, u"File too large"_s)));
+    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+    QCOMPARE(folderTreeOf(source()), whole);
 }
 
 void tst_FolderCopy::whatWasInterruptedIsSweptAway()
