@@ -22,7 +22,8 @@ constexpr MoveCommandTable macintoshCommands{{
 
 // Mounted images and running programs are read from /proc, and files carry no quarantine. A process that has ended and
 // waits for its parent to ask for it has ended all the same. What an administrator installs belongs to the
-// administrator, and appears whole: only a name changes last.
+// administrator, serves every user however private its source was, and appears whole: only a name changes last. What is
+// replaced loses its name first, so that it is never there in part.
 constexpr MoveCommandTable linuxCommands{{
     {MovePurpose::OpenRunningCopy, {u"/bin/sh", u"-c", u"%@/bin/pelmora%@ >/dev/null 2>&1 </dev/null &"}},
     {MovePurpose::Relaunch,
@@ -34,11 +35,12 @@ constexpr MoveCommandTable linuxCommands{{
     {MovePurpose::EjectImage,
      {u"/bin/sh", u"-c",
       u"(d=%@; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b \"$d\") >/dev/null 2>&1 &"}},
-    {MovePurpose::PrivilegedDelete, {u"rm", u"-rf", u"--", u"%@"}},
+    {MovePurpose::PrivilegedDelete,
+     {u"/bin/sh", u"-c", u"rm -rf -- \"$0.old\"; mv -T -- \"$0\" \"$0.old\" 2>/dev/null; rm -rf -- \"$0.old\"", u"%@"}},
     {MovePurpose::PrivilegedCopy,
      {u"/bin/sh", u"-c",
-      u"rm -rf -- \"$1.part\" && cp -R --preserve=mode,timestamps -- \"$0\" \"$1.part\" && sync -f -- \"$1.part\" && "
-      "mv -T -- \"$1.part\" \"$1\"",
+      u"rm -rf -- \"$1.part\" && cp -R --preserve=mode,timestamps -- \"$0\" \"$1.part\" && "
+      "chmod -R a-s,u+rwX,go+rX,go-w -- \"$1.part\" && sync -f -- \"$1.part\" && mv -T -- \"$1.part\" \"$1\"",
       u"%@", u"%@"}},
 }};
 

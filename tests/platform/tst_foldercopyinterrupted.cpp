@@ -1,9 +1,9 @@
 #include "FolderTree.h"
+#include "KilledAtCall.h"
 #include "platform/FolderCopy.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -11,22 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Runs the worker until it makes a system call for the n-th time, and kills it there. True when it was killed; false
-// when it ended before.
-bool isKilledAt(const QString& call, int n, const QStringList& arguments)
-{
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // Leaks cannot be looked for in a process that is traced.
-    environment.insert(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);
-    process.setProcessEnvironment(environment);
-    const QString fault = u"inject=%1:signal=KILL:when=%2"_s.arg(call).arg(n);
-    process.start(u"strace"_s,
-                  QStringList{u"-o"_s, u"/dev/null"_s, u"-e"_s, fault, QStringLiteral(PELMORA_FOLDER_WORKER)} +
-                      arguments);
-    process.waitForFinished();
-    return process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0;
-}
+const QString worker = QStringLiteral(PELMORA_FOLDER_WORKER);
 
 } // namespace
 
@@ -58,7 +43,7 @@ void tst_FolderCopyInterrupted::aCopyIsWholeOrNotThere()
     QVERIFY(QDir().mkpath(folder.path() + u"/Applications"_s));
     const QStringList whole = folderTreeOf(source);
     int count = 0;
-    while (isKilledAt(call, count + 1, {u"copy"_s, source, target})) {
+    while (isKilledAt(call, count + 1, {worker, u"copy"_s, source, target})) {
         ++count;
         QCOMPARE(folderTreeOf(source), whole);
         if (QFile::exists(target)) {
@@ -88,7 +73,7 @@ void tst_FolderCopyInterrupted::aRemovedFolderIsWholeOrGone()
     QVERIFY(makeFolderTree(path));
     const QStringList whole = folderTreeOf(path);
     int count = 0;
-    while (isKilledAt(call, count + 1, {u"remove"_s, path})) {
+    while (isKilledAt(call, count + 1, {worker, u"remove"_s, path})) {
         ++count;
         if (QFile::exists(path))
             QCOMPARE(folderTreeOf(path), whole);

@@ -8,6 +8,8 @@
 
 #include <csignal>
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -37,6 +39,12 @@ bool makeBundle(const QString& path)
            program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
+uint modeOf(const QString& path)
+{
+    struct stat status = {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
+}
+
 } // namespace
 
 class tst_MoveCommands : public QObject
@@ -53,6 +61,9 @@ private Q_SLOTS:
     void theCopyIsStartedWhenTheProcessHasEnded();
     void aProcessThatNobodyAsksForHasEndedAllTheSame();
     void theAdministratorsCopyIsWholeAndReplacesNothing();
+    void theAdministratorsCopyServesEveryUser();
+    void whatAnAdministratorDeletesIsGone_data();
+    void whatAnAdministratorDeletesIsGone();
 
 private:
     static void strangePaths();
@@ -111,7 +122,14 @@ void tst_MoveCommands::theLinuxCommandsAreThese()
     QCOMPARE(textOf(commands.ejectImage(u"/dev/loop0"_s)),
              u"/bin/sh | -c | (d='/dev/loop0'; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b "
              "\"$d\") >/dev/null 2>&1 &"_s);
-    QCOMPARE(textOf(commands.privilegedDelete(bundle)), u"rm | -rf | -- | "_s + bundle);
+    QCOMPARE(textOf(commands.privilegedDelete(bundle)),
+             u"/bin/sh | -c | rm -rf -- \"$0.old\"; mv -T -- \"$0\" \"$0.old\" 2>/dev/null; rm -rf -- \"$0.old\" | "_s +
+                 bundle);
+    QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)),
+             u"/bin/sh | -c | rm -rf -- \"$1.part\" && cp -R --preserve=mode,timestamps -- \"$0\" \"$1.part\" && "
+             "chmod -R a-s,u+rwX,go+rX,go-w -- \"$1.part\" && sync -f -- \"$1.part\" && "
+             "mv -T -- \"$1.part\" \"$1\" | /a b | "_s +
+                 bundle);
 }
 
 void tst_MoveCommands::theRunningCopyIsOpenedWhateverItsPath()
@@ -180,10 +198,52 @@ void tst_MoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
     // One that was not deleted stays as it is.
     QVERIFY(QProcess::execute(copy.program, copy.arguments) != 0);
     QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
+}
 
-    const MoveCommand deletion = commands.privilegedDelete(destination);
+void tst_MoveCommands::theAdministratorsCopyServesEveryUser()
+{
+    const QTemporaryDir folder;
+    const QString source = folder.path() + "/Pelmora.app"_L1;
+    const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+    QVERIFY(makeBundle(source));
+    QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+    QFile text(source + "/texte"_L1);
+    QVERIFY(text.open(QIODevice::WriteOnly));
+    text.close();
+    // Unpacked by somebody careful, and changed by somebody careless.
+    QCOMPARE(chmod(QFile::encodeName(source).constData(), 0700), 0);
+    QCOMPARE(chmod(QFile::encodeName(source + "/bin"_L1).constData(), 0777), 0);
+    QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06500), 0);
+    QCOMPARE(chmod(QFile::encodeName(source + "/texte"_L1).constData(), 0600), 0);
+    const MoveCommand copy = MoveCommands(linuxCommands, later).privilegedCopy(source, destination);
+    QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
+    QCOMPARE(modeOf(destination), 0755U);
+    QCOMPARE(modeOf(destination + "/bin"_L1), 0755U);
+    QCOMPARE(modeOf(destination + "/bin/pelmora"_L1), 0755U);
+    QCOMPARE(modeOf(destination + "/texte"_L1), 0644U);
+}
+
+void tst_MoveCommands::whatAnAdministratorDeletesIsGone_data()
+{
+    QTest::addColumn<bool>("isThere");
+    QTest::addColumn<bool>("wasInterrupted");
+    QTest::newRow("an old copy") << true << false;
+    QTest::newRow("nothing") << false << false;
+    QTest::newRow("an old copy, and what an interrupted deletion has left") << true << true;
+    QTest::newRow("what an interrupted deletion has left") << false << true;
+}
+
+void tst_MoveCommands::whatAnAdministratorDeletesIsGone()
+{
+    QFETCH(const bool, isThere);
+    QFETCH(const bool, wasInterrupted);
+    const QTemporaryDir folder;
+    const QString path = folder.path() + u"/-l'été b.app"_s;
+    QVERIFY(!isThere || makeBundle(path));
+    QVERIFY(!wasInterrupted || makeBundle(path + ".old"_L1));
+    const MoveCommand deletion = MoveCommands(linuxCommands, later).privilegedDelete(path);
     QCOMPARE(QProcess::execute(deletion.program, deletion.arguments), 0);
-    QVERIFY(!QFile::exists(destination));
+    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
 }
 
 QTEST_GUILESS_MAIN(tst_MoveCommands)

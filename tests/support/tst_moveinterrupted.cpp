@@ -3,6 +3,7 @@
 #include "support/LinuxMoveOperations.h"
 #include "support/MoveToApplications.h"
 #include "tests/platform/FolderTree.h"
+#include "tests/platform/KilledAtCall.h"
 
 #include <QDir>
 #include <QFile>
@@ -127,6 +128,10 @@ class tst_MoveInterrupted : public QObject
 private Q_SLOTS:
     void aWholeCopyIsLeftWhereverItStops_data();
     void aWholeCopyIsLeftWhereverItStops();
+    void whatAnAdministratorDeletesIsWholeOrGone_data();
+    void whatAnAdministratorDeletesIsWholeOrGone();
+    void whatAnAdministratorCopiesIsWholeOrNotThere_data();
+    void whatAnAdministratorCopiesIsWholeOrNotThere();
 };
 
 void tst_MoveInterrupted::aWholeCopyIsLeftWhereverItStops_data()
@@ -176,6 +181,66 @@ void tst_MoveInterrupted::aWholeCopyIsLeftWhereverItStops()
     QCOMPARE(folderTreeOf(destination), whole);
     QCOMPARE(QFile::exists(home.path() + "/data/Trash/files/Pelmora.app"_L1), hasOldCopy && !isLocked);
     QVERIFY(!QFile::exists(surroundings.bundlePath));
+}
+
+void tst_MoveInterrupted::whatAnAdministratorDeletesIsWholeOrGone_data()
+{
+    QTest::addColumn<QString>("call");
+    for (const char* call : {"renameat2", "unlinkat"})
+        QTest::newRow(call) << QString::fromLatin1(call);
+}
+
+void tst_MoveInterrupted::whatAnAdministratorDeletesIsWholeOrGone()
+{
+    QFETCH(const QString, call);
+    const QTemporaryDir folder;
+    const QString path = folder.path() + "/Pelmora.app"_L1;
+    QVERIFY(makeFolderTree(path));
+    const QStringList whole = folderTreeOf(path);
+    const MoveCommand deletion = MoveCommands(linuxCommands, MoveScene::release10_8).privilegedDelete(path);
+    int count = 0;
+    bool isKilled = true;
+    while (isKilled) {
+        isKilled = isKilledAt(call, ++count, QStringList(deletion.program) + deletion.arguments) || QFile::exists(path);
+        QVERIFY(!QFile::exists(path) || folderTreeOf(path) == whole);
+        if (isKilled && !QFile::exists(path))
+            QVERIFY(makeFolderTree(path));
+        QVERIFY(count < 200);
+    }
+    QVERIFY(count > 1);
+    QCOMPARE(namesIn(folder.path()), QStringList());
+}
+
+void tst_MoveInterrupted::whatAnAdministratorCopiesIsWholeOrNotThere_data()
+{
+    QTest::addColumn<QString>("call");
+    for (const char* call :
+         {"/^(openat|mkdir|mkdirat)$", "/^(write|copy_file_range|ioctl)$", "/chmod", "syncfs", "renameat2", "unlinkat"})
+        QTest::newRow(call) << QString::fromLatin1(call);
+}
+
+void tst_MoveInterrupted::whatAnAdministratorCopiesIsWholeOrNotThere()
+{
+    QFETCH(const QString, call);
+    const QTemporaryDir folder;
+    const QString source = folder.path() + u"/L'été/Pelmora.app"_s;
+    const QString path = folder.path() + "/Applications/Pelmora.app"_L1;
+    QVERIFY(makeFolderTree(source));
+    const QStringList whole = folderTreeOf(source);
+    // What an interrupted copy has left.
+    QVERIFY(makeFolderTree(path + ".part"_L1));
+    const MoveCommand copy = MoveCommands(linuxCommands, MoveScene::release10_8).privilegedCopy(source, path);
+    int count = 1;
+    while (isKilledAt(call, count, QStringList(copy.program) + copy.arguments)) {
+        ++count;
+        QCOMPARE(folderTreeOf(source), whole);
+        QVERIFY(!QFile::exists(path) || folderTreeOf(path) == whole);
+        QVERIFY(!QFile::exists(path) || QDir(path).removeRecursively());
+        QVERIFY(count < 200);
+    }
+    QVERIFY(count > 1);
+    QCOMPARE(folderTreeOf(path), whole);
+    QCOMPARE(namesIn(folder.path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
 }
 
 QTEST_GUILESS_MAIN(tst_MoveInterrupted)
