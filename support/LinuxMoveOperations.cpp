@@ -34,6 +34,17 @@ int priorityOf(MoveOperations::LogLevel level)
     return LOG_ERR;
 }
 
+// Qt makes the trash, but not the folder that the user's own lies in; and where it finds none it trashes into the
+// current folder.
+bool hasTrash()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    if (!QDir::isAbsolutePath(folder) || !QDir().mkpath(folder))
+        return false;
+    QDir(folder).mkdir(u"Trash"_s, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return QFileInfo(folder + "/Trash"_L1).isDir();
+}
+
 } // namespace
 
 LinuxMoveOperations::LinuxMoveOperations(UserDefaults& defaults)
@@ -92,9 +103,7 @@ std::expected<void, QString> LinuxMoveOperations::removeItem(const QString& path
 
 bool LinuxMoveOperations::trashItem(const QString& path)
 {
-    // Qt makes the trash, but not the folder that the user's own lies in.
-    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
-    return QFile::moveToTrash(path);
+    return hasTrash() && QFile::moveToTrash(path);
 }
 
 bool LinuxMoveOperations::recycleItem(const QString& name, const QString& parentFolder)

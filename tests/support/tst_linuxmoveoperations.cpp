@@ -39,6 +39,8 @@ private Q_SLOTS:
     void entriesAreAll();
     void symbolicLinksAreResolved();
     void theTrashIsTheUsersOwn();
+    void withoutATrashNothingIsMoved_data();
+    void withoutATrashNothingIsMoved();
     void aMissingItemCannotBeTrashed();
     void thereIsNoScriptRunner();
     void runningBundlesAreThoseOfThePrograms();
@@ -120,6 +122,36 @@ void tst_LinuxMoveOperations::theTrashIsTheUsersOwn()
     QCOMPARE(contentOf(path(u"data/share/Trash/files/Pelmora.app/bin/pelmora"_s)), "programme");
     const QByteArray information = contentOf(path(u"data/share/Trash/info/Pelmora.app.trashinfo"_s));
     QVERIFY(QByteArray::fromPercentEncoding(information).contains("\nPath=" + bundle.toUtf8() + '\n'));
+}
+
+void tst_LinuxMoveOperations::withoutATrashNothingIsMoved_data()
+{
+    QTest::addColumn<QString>("dataFolder");
+    // In the test's folder, "." being that folder itself.
+    QTest::newRow("a file where the data lie") << u"./fichier"_s;
+    QTest::newRow("a file on the way there") << u"./fichier/share"_s;
+    QTest::newRow("a file where the trash lies") << u"./dossier"_s;
+    QTest::newRow("a folder that depends on the current one") << u"relatif"_s;
+}
+
+void tst_LinuxMoveOperations::withoutATrashNothingIsMoved()
+{
+    QFETCH(const QString, dataFolder);
+    const QString bundle = path(u"Pelmora.app"_s);
+    QVERIFY(writeFile(bundle + "/bin/pelmora"_L1, "programme"));
+    QVERIFY(writeFile(path(u"fichier"_s), "x"));
+    QVERIFY(writeFile(path(u"dossier/Trash"_s), "x"));
+    qputenv("XDG_DATA_HOME",
+            QFile::encodeName(dataFolder.startsWith(u'.') ? QDir::cleanPath(path(dataFolder)) : dataFolder));
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir().mkpath(path(u"ici"_s)));
+    QVERIFY(QDir::setCurrent(path(u"ici"_s)));
+    const bool isTrashed = m_platform->trashItem(bundle);
+    const QStringList here = QDir(path(u"ici"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    QVERIFY(QDir::setCurrent(before));
+    QCOMPARE(here, QStringList());
+    QVERIFY(!isTrashed);
+    QCOMPARE(contentOf(bundle + "/bin/pelmora"_L1), "programme");
 }
 
 void tst_LinuxMoveOperations::aMissingItemCannotBeTrashed()
