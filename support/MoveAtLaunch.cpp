@@ -11,6 +11,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <cerrno>
 
 #include <sys/file.h>
 
@@ -50,9 +51,11 @@ MoveOutcome moveToApplicationsFolderIfNecessary()
     if (!bundle)
         return MoveOutcome::Stays;
 
-    // Whoever asks holds this lock, which ends with the process at the latest.
+    // Whoever asks holds this lock, which ends with the process at the latest. A file system that has no such locks
+    // keeps nobody from starting.
     QFile executable(executablePath);
-    if (executable.open(QIODevice::ReadOnly) && flock(executable.handle(), LOCK_EX | LOCK_NB) != 0)
+    if (executable.open(QIODevice::ReadOnly) && flock(executable.handle(), LOCK_EX | LOCK_NB) != 0 &&
+        errno == EWOULDBLOCK)
         return MoveOutcome::Ends;
     return runsAlready(executablePath) ? MoveOutcome::Stays : offerToMove(*bundle);
 }

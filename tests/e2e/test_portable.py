@@ -188,6 +188,25 @@ class Portable(unittest.TestCase):
                 moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
             self.assertEqual(pelmora.process.wait(timeout=20), 0)
 
+    def test_a_copy_that_is_started_from_inside_itself_moves(self):
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        with Application("sh", "-c", 'cd "$1" && exec ./pelmora carte.xml', "sh", os.path.join(bundle, "bin"),
+                         home=self.home, environment=self.environment) as pelmora:
+            pelmora.press("push button", MOVE)
+            self.assertEqual(pelmora.process.wait(timeout=20), 0)
+        self.assertEqual(os.listdir(self.downloads), [])
+        with self.running(self.destination) as moved:
+            moved.find("label", "\n".join([os.path.join(self.destination, "bin", "pelmora"), "carte.xml"]))
+
+    def test_a_file_system_without_locks_keeps_nobody_from_starting(self):
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        # As a network's file system answers; the tracer is not the program's parent, and sees no leaks.
+        with Application("strace", "-D", "-o", "/dev/null", "-e", "inject=flock:error=EBADF",
+                         os.path.join(bundle, "bin", "pelmora"), home=self.home,
+                         environment={**self.environment, "ASAN_OPTIONS": "detect_leaks=0"}) as pelmora:
+            pelmora.press("push button", STAY)
+            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+
     def test_an_old_copy_goes_to_the_trash(self):
         make_bundle(self.destination)
         with open(os.path.join(self.destination, "ancien"), "w", encoding="utf-8"):
@@ -269,6 +288,10 @@ class Portable(unittest.TestCase):
             pass
         self.lock_applications('mount -o remount,bind,rw "$folder" && exec "$@"')
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        # As somebody careful unpacks it: afterwards the administrator owns it, and the user is to start it.
+        for folder, _, _ in os.walk(bundle):
+            os.chmod(folder, 0o700)
+        os.chmod(os.path.join(bundle, "bin", "pelmora"), 0o700)
         with self.start(bundle) as pelmora:
             pelmora.find("label", f"{BODY} {PASSWORD_NOTE}")
             pelmora.press("push button", MOVE)
@@ -278,6 +301,8 @@ class Portable(unittest.TestCase):
         with self.running(self.destination) as moved:
             moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
         self.assertEqual(sorted(os.listdir(os.path.join(self.home, "Applications"))), ["Autre.app", "Pelmora.app"])
+        for path in ("", "bin", "bin/pelmora", "share/pelmora"):
+            self.assertEqual(os.stat(os.path.join(self.destination, path)).st_mode & 0o7777, 0o755, path)
         self.assertFalse(os.path.exists(os.path.join(self.destination, "ancien")))
 
     def test_without_the_password_the_start_goes_on(self):
@@ -314,6 +339,41 @@ class Portable(unittest.TestCase):
             pelmora.press("push button", "OK")
             pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
         self.assertFalse(os.path.exists(self.destination))
+
+    def test_a_disk_that_is_full_midway_leaves_the_source_and_the_old_copy(self):
+        applications = os.path.join(self.home, "Applications")
+        mount("-t", "tmpfs", "-o", "size=256k", "tmpfs", applications)
+        self.addCleanup(subprocess.run, ["umount", "--lazy", applications], check=True)
+        os.makedirs(os.path.join(self.destination, "ancien"))
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        with open(os.path.join(bundle, "données"), "wb") as file:
+            file.write(bytes(1 << 20))
+        with self.start(bundle) as pelmora:
+            pelmora.press("push button", MOVE)
+            pelmora.find("label", "Could not move to Applications folder")
+            self.assertEqual(self.logged()[1:], [
+                (ERROR, f"ERROR -- Could not copy '{bundle}' to '{self.destination}' (No space left on device)"),
+                (ERROR, f"ERROR -- Could not copy myself to {self.destination}")])
+            pelmora.press("push button", "OK")
+            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+        self.assertEqual(os.listdir(applications), [f".Trash-{os.getuid()}"])
+        self.assertTrue(os.path.exists(
+            os.path.join(applications, f".Trash-{os.getuid()}", "files", "Pelmora.app", "ancien")))
+
+    def test_without_a_trash_the_old_copy_stays(self):
+        make_bundle(self.destination)
+        with open(self.environment["XDG_DATA_HOME"], "w", encoding="utf-8"):
+            pass
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        with self.start(bundle) as pelmora:
+            pelmora.press("push button", MOVE)
+            pelmora.find("label", "Could not move to Applications folder")
+            self.assertEqual(self.logged()[1:], [
+                (ERROR, "Trash AppleScript error: there is nothing that runs scripts here"),
+                (ERROR, f"ERROR -- Could not trash '{self.destination}'")])
+            pelmora.press("push button", "OK")
+            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+        self.assertTrue(os.path.exists(os.path.join(self.destination, "bin", "pelmora")))
 
     def test_the_whole_application_starts_where_it_is(self):
         bundle = unpack(os.path.join(self.downloads, "Pelmora.app"))
