@@ -2,8 +2,8 @@
 
 #include "app/ReadWorkflow.h"
 #include "card/CardRecord.h"
-#include "platform/AlertQueue.h"
 #include "platform/Bundle.h"
+#include "platform/gui/AlertQueue.h"
 #include "prefs/StatusItemControl.h"
 #include "support/MoveToApplications.h"
 

@@ -5,7 +5,7 @@
 #include "attestation/MVScrollView.h"
 #include "card/CardKeys.h"
 #include "platform/ObjectText.h"
-#include "platform/WindowActivation.h"
+#include "platform/gui/WindowActivation.h"
 #include "ui_AttestationWindow.h"
 
 #include <QScreen>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/PrintServer.h"
+#include "platform/print/PrintServer.h"
 
 #include <QByteArray>
 #include <QList>

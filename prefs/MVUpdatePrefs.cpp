@@ -1,6 +1,6 @@
 #include "prefs/MVUpdatePrefs.h"
 
-#include "platform/SUUpdater.h"
+#include "platform/update/SUUpdater.h"
 #include "prefs/ui_UpdatePrefsView.h"
 #include "support/MXLog.h"
 

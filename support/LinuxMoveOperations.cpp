@@ -1,9 +1,9 @@
 #include "support/LinuxMoveOperations.h"
 
 #include "platform/FolderCopy.h"
-#include "platform/QuestionAlert.h"
 #include "platform/RunningPrograms.h"
 #include "platform/SystemLog.h"
+#include "platform/gui/QuestionAlert.h"
 #include "support/PortableBundle.h"
 
 #include <QDir>

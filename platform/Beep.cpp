@@ -1,8 +1,0 @@
-#include "platform/Beep.h"
-
-#include <QApplication>
-
-void beep()
-{
-    QApplication::beep();
-}

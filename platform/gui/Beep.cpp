@@ -1,0 +1,8 @@
+#include "platform/gui/Beep.h"
+
+#include <QApplication>
+
+void beep()
+{
+    QApplication::beep();
+}

@@ -1,0 +1,14 @@
+#include "platform/gui/Workspace.h"
+
+#include <QDesktopServices>
+
+bool Workspace::openFile(const QString& path)
+{
+    // As a URL every character of the path survives, whatever it would mean to a shell or in a link.
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}
+
+bool Workspace::openUrl(const QUrl& url)
+{
+    return QDesktopServices::openUrl(url);
+}

@@ -1,0 +1,64 @@
+#include "platform/update/UpdateAddress.h"
+
+#include "platform/FileName.h"
+
+#include <QFileInfo>
+#include <QHostAddress>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Programs and links are not among them: a desktop may run those.
+constexpr std::array packageEndings{
+    ".deb"_L1, ".rpm"_L1, ".flatpak"_L1, ".appimage"_L1, ".zip"_L1, ".tar.gz"_L1, ".tar.xz"_L1, ".tar.zst"_L1,
+};
+
+bool isEncrypted(const QUrl& address)
+{
+    return address.scheme() == "https"_L1;
+}
+
+bool isComplete(const QUrl& address)
+{
+    return address.isValid() && !address.host().isEmpty() && address.userInfo().isEmpty();
+}
+
+bool isPlainLoopback(const QUrl& address)
+{
+    return address.scheme() == "http"_L1 && isLoopbackAddress(address);
+}
+
+} // namespace
+
+bool isLoopbackAddress(const QUrl& address)
+{
+    // A name, even "localhost", is what a name service makes of it.
+    QHostAddress host;
+    return host.setAddress(address.host()) && host.isLoopback();
+}
+
+bool isSafeFeedAddress(const QUrl& address)
+{
+    return isComplete(address) && (isEncrypted(address) || isPlainLoopback(address));
+}
+
+bool isSafePackageAddress(const QUrl& address, const QUrl& feedAddress)
+{
+    return isComplete(address) && (isEncrypted(address) || (isPlainLoopback(address) && isPlainLoopback(feedAddress)));
+}
+
+std::optional<QString> packageFileName(const QUrl& address)
+{
+    const QString name = address.fileName(QUrl::FullyDecoded);
+    const auto* const ending = std::ranges::find_if(
+        packageEndings, [&name](QLatin1StringView candidate) { return name.endsWith(candidate, Qt::CaseInsensitive); });
+    if (ending == packageEndings.end() || name.size() == ending->size() || name.startsWith(u'.'))
+        return std::nullopt;
+    // Whatever was hidden in the name is gone, and its length is bounded.
+    const QString extension = name.last(ending->size() - 1);
+    return fileNameFromText(name.chopped(ending->size()), extension);
+}

@@ -1,0 +1,66 @@
+#include "platform/update/UpdateNotes.h"
+
+#include <QRegularExpression>
+#include <QTextDocumentFragment>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype maximumNotes = 10'000;
+constexpr qsizetype maximumLine = 64;
+
+// Among them the marks that turn the direction of writing, which make a text look like another.
+bool isHidden(QChar character)
+{
+    switch (character.category()) {
+    case QChar::Other_Control:
+    case QChar::Other_Format:
+    case QChar::Other_PrivateUse:
+    case QChar::Other_NotAssigned:
+        return character != u'\n' && character != u'\t';
+    default:
+        // What takes the place of an image in a text made of HTML.
+        return character == QChar::ObjectReplacementCharacter;
+    }
+}
+
+QString withoutHidden(QString text)
+{
+    text.removeIf(isHidden);
+    return text;
+}
+
+bool hasTag(const QString& text)
+{
+    for (qsizetype at = text.indexOf(u'<'); at >= 0; at = text.indexOf(u'<', at + 1)) {
+        if (at + 1 < text.size() && (text.at(at + 1).isLetter() || QStringView(u"/!").contains(text.at(at + 1))))
+            return true;
+    }
+    return false;
+}
+
+QString textOfHtml(QString html)
+{
+    // The plain text has no signs of its own before the items of a list.
+    static const QRegularExpression item(u"(<li\\b[^>]*>)"_s, QRegularExpression::CaseInsensitiveOption);
+    html.replace(item, u"\\1• "_s);
+    // A fragment is parsed without a document around it that could load anything.
+    return QTextDocumentFragment::fromHtml(html).toPlainText();
+}
+
+} // namespace
+
+QString plainNotes(const QString& notes, bool mayBeHtml)
+{
+    const QString bounded = notes.first(std::min(notes.size(), maximumNotes));
+    return withoutHidden(mayBeHtml && hasTag(bounded) ? textOfHtml(bounded) : bounded).trimmed();
+}
+
+QString shortLine(const QString& text)
+{
+    const QString line = withoutHidden(text).simplified();
+    return line.first(std::min(line.size(), maximumLine));
+}

@@ -1,0 +1,70 @@
+#include "platform/gui/Workspace.h"
+
+#include <QDesktopServices>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+/// Takes what the program wants opened, in the desktop's place.
+class Desktop : public QObject
+{
+    Q_OBJECT
+
+public:
+    Desktop()
+    {
+        for (const QString& scheme : {u"file"_s, u"mailto"_s})
+            QDesktopServices::setUrlHandler(scheme, this, "take");
+    }
+    ~Desktop() override
+    {
+        for (const QString& scheme : {u"file"_s, u"mailto"_s})
+            QDesktopServices::unsetUrlHandler(scheme);
+    }
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+
+    QList<QUrl> taken;
+
+public Q_SLOTS:
+    void take(const QUrl& url) { taken.append(url); }
+};
+
+class tst_Workspace : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aFileIsOpenedUnderItsExactPath_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QByteArray>("encoded");
+        QTest::newRow("plain") << u"/a/b.pdf"_s << QByteArray("file:///a/b.pdf");
+        QTest::newRow("blanks and accents") << u"/a b/Zoé.pdf"_s << QByteArray("file:///a%20b/Zo%C3%A9.pdf");
+        QTest::newRow("what links give a meaning")
+            << u"/100 %/a#b?c&d.pdf"_s << QByteArray("file:///100%20%25/a%23b%3Fc&d.pdf");
+        QTest::newRow("what shells give a meaning") << u"/a'b\"c;d$e.pdf"_s << QByteArray("file:///a'b%22c;d$e.pdf");
+        QTest::newRow("already like a link") << u"/a%20b.pdf"_s << QByteArray("file:///a%2520b.pdf");
+    }
+
+    void aFileIsOpenedUnderItsExactPath()
+    {
+        QFETCH(const QString, path);
+        const Desktop desktop;
+        QVERIFY(Workspace::openFile(path));
+        QCOMPARE(desktop.taken.size(), 1);
+        QCOMPARE(desktop.taken.first().toLocalFile(), path);
+        QTEST(desktop.taken.first().toEncoded(), "encoded");
+    }
+
+    void anAddressIsOpenedAsItIs()
+    {
+        const Desktop desktop;
+        const QUrl url(u"mailto:support@morvel.example?subject=Suggestion%20pour%20le%20logiciel%20PELMORA"_s);
+        QVERIFY(Workspace::openUrl(url));
+        QCOMPARE(desktop.taken, QList<QUrl>{url});
+    }
+};
+
+QTEST_MAIN(tst_Workspace)
+#include "tst_workspace.moc"

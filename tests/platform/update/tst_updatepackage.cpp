@@ -1,0 +1,107 @@
+#include "platform/update/UpdatePackage.h"
+#include "tests/platform/FileSizeLimit.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+unsigned modeOf(const QString& path)
+{
+    struct stat status = {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
+}
+
+QStringList entriesOf(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+class tst_UpdatePackage : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_home;
+    QString m_folder = m_home.filePath(u"cache/updates"_s);
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
+    void cleanup() { QVERIFY(QDir(m_folder).removeRecursively()); }
+
+    void aPackageIsItsOwnersAlone()
+    {
+        const mode_t before = umask(0);
+        const auto package = UpdatePackage::create(m_folder, u"a.deb"_s);
+        umask(before);
+        QVERIFY(package.has_value());
+        QCOMPARE(modeOf((*package)->path()), 0600U);
+        QCOMPARE(modeOf(QFileInfo((*package)->path()).path()), 0700U);
+        QCOMPARE(QFileInfo((*package)->path()).fileName(), u"a.deb"_s);
+    }
+
+    void aPackageThatIsNotKeptLeavesNothing()
+    {
+        {
+            const auto package = UpdatePackage::create(m_folder, u"a.deb"_s);
+            QVERIFY(package.has_value());
+            QVERIFY(!(*package)->write("content"));
+            QCOMPARE(QFileInfo((*package)->path()).size(), 7);
+        }
+        QCOMPARE(entriesOf(m_folder), QStringList());
+    }
+
+    void aPackageThatIsKeptStaysUntilTheNextOne()
+    {
+        QString path;
+        {
+            const auto package = UpdatePackage::create(m_folder, u"a.deb"_s);
+            QVERIFY(package.has_value());
+            (*package)->keep();
+            path = (*package)->path();
+        }
+        QVERIFY(QFileInfo::exists(path));
+        const auto next = UpdatePackage::create(m_folder, u"b.deb"_s);
+        QVERIFY(next.has_value());
+        QVERIFY(!QFileInfo::exists(path));
+        QCOMPARE(entriesOf(m_folder).size(), 1);
+    }
+
+    void whatOthersPutThereIsLeftAlone()
+    {
+        QVERIFY(QDir().mkpath(m_folder + "/other"_L1));
+        QVERIFY(QDir().mkpath(m_home.filePath(u"elsewhere/kept"_s)));
+        QVERIFY(QFile::link(m_home.filePath(u"elsewhere"_s), m_folder + "/package-link"_L1));
+        QVERIFY(UpdatePackage::create(m_folder, u"a.deb"_s).has_value());
+        QCOMPARE(entriesOf(m_folder), (QStringList{u"other"_s, u"package-link"_s}));
+        QVERIFY(QFileInfo::exists(m_home.filePath(u"elsewhere/kept"_s)));
+    }
+
+    void aFullDiskIsTold()
+    {
+        const auto package = UpdatePackage::create(m_folder, u"a.deb"_s);
+        QVERIFY(package.has_value());
+        const FileSizeLimit limit(1000);
+        QVERIFY(!(*package)->write(QByteArray(600, 'x')));
+        QCOMPARE((*package)->write(QByteArray(600, 'x')), UpdateFailure::DiskFull);
+        QCOMPARE((*package)->write(QByteArray(600, 'x')), UpdateFailure::DiskFull);
+    }
+
+    void aFolderThatCannotBeMadeIsTold()
+    {
+        QFile file(m_home.filePath(u"file"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(UpdatePackage::create(file.fileName() + "/updates"_L1, u"a.deb"_s).error(),
+                 UpdateFailure::CannotWrite);
+        QCOMPARE(UpdatePackage::create(u"/proc/self/updates"_s, u"a.deb"_s).error(), UpdateFailure::CannotWrite);
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_UpdatePackage)
+#include "tst_updatepackage.moc"

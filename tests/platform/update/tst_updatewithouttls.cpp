@@ -1,0 +1,29 @@
+#include "platform/update/UpdateSession.h"
+
+#include <QSslSocket>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+/// Qt chooses how it encrypts once: a system that cannot is tried in a program of its own.
+class tst_UpdateWithoutTls : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aSystemThatCannotEncryptAsksNobody()
+    {
+        QVERIFY(QSslSocket::setActiveBackend(u"cert-only"_s));
+        UpdateConfiguration configuration;
+        configuration.feed = QUrl(u"https://127.0.0.1:1/feed"_s);
+        configuration.publicKey = QByteArray(32, 'k').toBase64();
+        configuration.version = u"1.0"_s;
+        UpdateSession session(configuration);
+        session.start();
+        QCOMPARE(session.state(), UpdateSession::State::Failed);
+        QCOMPARE(session.failure(), UpdateFailure::NoEncryption);
+    }
+};
+
+QTEST_MAIN(tst_UpdateWithoutTls)
+#include "tst_updatewithouttls.moc"
