@@ -11,6 +11,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h> // NOLINT(modernize-deprecated-headers): mkdtemp is POSIX's
+#include <sys/file.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -142,6 +143,18 @@ Result copyContent(const fs::path& source, const fs::path& copy)
     return {};
 }
 
+// A copy in the making is locked by who makes it: what nobody holds was interrupted. The lock ends with its number,
+// which is negative when another one has it.
+int lockFolder(const fs::path& folder)
+{
+    const int lock = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        close(lock);
+        return -1;
+    }
+    return lock;
+}
+
 void removeWhatWasInterrupted(const fs::path& parent)
 {
     std::error_code ignored;
@@ -151,8 +164,13 @@ void removeWhatWasInterrupted(const fs::path& parent)
         if (entry->path().filename().native().starts_with(copyPrefix))
             found.push_back(entry->path());
     }
-    for (const fs::path& path : found)
+    for (const fs::path& path : found) {
+        const int lock = lockFolder(path);
+        if (lock < 0)
+            continue;
         fs::remove_all(path, ignored);
+        close(lock);
+    }
 }
 
 Result moveIntoPlace(const fs::path& copy, const fs::path& destination)
@@ -174,13 +192,18 @@ std::expected<void, QString> copyFolder(const QString& source, const QString& de
     const std::expected<fs::path, std::error_code> copy = temporaryFolder(target.parent_path(), copyPrefix);
     if (!copy)
         return worded(std::unexpected(copy.error()));
-    Result result = copyContent(nativePath(source), *copy);
+    const int lock = lockFolder(*copy);
+    Result result = lastResult(lock >= 0);
+    if (result)
+        result = copyContent(nativePath(source), *copy);
     if (result)
         result = moveIntoPlace(*copy, target);
     if (!result) {
         std::error_code ignored;
         fs::remove_all(*copy, ignored);
     }
+    if (lock >= 0)
+        close(lock);
     return worded(result);
 }
 

@@ -9,7 +9,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -29,6 +32,7 @@ private Q_SLOTS:
     void aFailureLeavesNothingBehind();
     void aFullDiskLeavesNothingBehind();
     void whatWasInterruptedIsSweptAway();
+    void whatAnotherIsMakingIsNotSweptAway();
     void aRemovedFolderIsGone();
     void aMissingFolderCannotBeRemoved();
 
@@ -135,6 +139,21 @@ void tst_FolderCopy::whatWasInterruptedIsSweptAway()
     QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.autre"_L1));
     QVERIFY(copyFolder(source(), target()));
     QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), (QStringList{u".autre"_s, u"Pelmora.app"_s}));
+}
+
+void tst_FolderCopy::whatAnotherIsMakingIsNotSweptAway()
+{
+    const QString other = m_folder->path() + "/Applications/.pelmora-copy-Ab12xY"_L1;
+    QVERIFY(makeFolderTree(other));
+    const QStringList whole = folderTreeOf(other);
+    const int lock = open(QFile::encodeName(other).constData(), O_RDONLY | O_DIRECTORY);
+    QVERIFY(lock >= 0);
+    const int locked = flock(lock, LOCK_EX);
+    const bool isCopied = copyFolder(source(), target()).has_value();
+    close(lock);
+    QCOMPARE(locked, 0);
+    QVERIFY(isCopied);
+    QCOMPARE(folderTreeOf(other), whole);
 }
 
 void tst_FolderCopy::aRemovedFolderIsGone()
