@@ -23,9 +23,8 @@ void ClipView::setDocumentView(DocumentView* documentView)
         return;
     documentView->setParent(this);
     documentView->show();
-    connect(documentView, &DocumentView::documentSizeChanged, this, [this] { viewFrameChanged(); });
-    placeDocument();
-    viewFrameChanged();
+    connect(documentView, &DocumentView::documentSizeChanged, this, &ClipView::documentFrameWasSet);
+    documentFrameWasSet();
 }
 
 QSizeF ClipView::documentSize() const
@@ -68,6 +67,13 @@ void ClipView::moveEvent(QMoveEvent* event)
     frameWasSet();
 }
 
+// Placed whatever becomes of the bounds: they may stay as they are.
+void ClipView::documentFrameWasSet()
+{
+    placeDocument();
+    viewFrameChanged();
+}
+
 // Widgets hear of their new frame later when they are hidden.
 void ClipView::frameWasSet()
 {
@@ -106,7 +112,6 @@ void ClipView::viewBoundsChanged()
 
 void ClipView::viewFrameChanged()
 {
-    placeDocument();
     scrollToPoint(constrainScrollPoint(bounds().topLeft()));
     reflectScrolledClipView();
 }

@@ -61,6 +61,7 @@ protected:
 
 private:
     void frameWasSet();
+    void documentFrameWasSet();
     void placeDocument();
 
     QPointer<DocumentView> m_documentView;

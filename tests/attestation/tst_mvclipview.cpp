@@ -32,6 +32,24 @@ struct Clip
     Sheet document{{600, 800}}; // ends before the view, whose child it is
 };
 
+// How often a widget is asked to paint itself.
+class PaintCounter final : public QObject
+{
+public:
+    explicit PaintCounter(QWidget& widget) { widget.installEventFilter(this); }
+    [[nodiscard]] int count() const { return m_count; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        m_count += event->type() == QEvent::Paint ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    int m_count = 0;
+};
+
 } // namespace
 
 class tst_MVClipView : public QObject
@@ -75,6 +93,21 @@ private Q_SLOTS:
         QCOMPARE(clip.document.geometry(), QRect(100, 100, 600, 800));
         clip.view.resize(700, 900);
         QCOMPARE(clip.document.geometry(), QRect(50, 50, 600, 800));
+    }
+
+    void settingTheScaleRedrawsTheView()
+    {
+        Clip clip;
+        clip.view.resize(700, 900);
+        clip.view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&clip.view));
+        QCoreApplication::processEvents();
+        const PaintCounter paints(clip.view);
+        QCoreApplication::processEvents();
+        QCOMPARE(paints.count(), 0);
+        // The same as before.
+        clip.view.setScale({1, 1});
+        QTRY_COMPARE(paints.count(), 1);
     }
 
     void theScaleIsTheOneSet()
@@ -153,6 +186,15 @@ private Q_SLOTS:
         clip.document.setDocumentSize({300, 400});
         QCOMPARE(clip.view.bounds(), QRectF(-200, -250, 700, 900));
         QCOMPARE(clip.document.geometry(), QRect(200, 250, 300, 400));
+    }
+
+    void aDocumentThatGrowsUnderBoundsThatStayIsShownLarger()
+    {
+        Clip clip;
+        clip.view.setFrame({0, 0, 300, 400});
+        clip.document.setDocumentSize({900, 1000});
+        QCOMPARE(clip.view.bounds(), QRectF(0, 0, 300, 400));
+        QCOMPARE(clip.document.geometry(), QRect(0, 0, 900, 1000));
     }
 
     void aMovedDocumentIsCentredWhenItsBoundsChange()

@@ -56,14 +56,19 @@ private Q_SLOTS:
     void everyChangeOfFrameSetsTheScale_data()
     {
         QTest::addColumn<int>("way");
-        for (int way = 0; way < 4; ++way)
-            QTest::addRow("%d", way) << way;
+        QTest::addColumn<bool>("isShown");
+        for (int way = 0; way < 4; ++way) {
+            QTest::addRow("%d, shown", way) << way << true;
+            QTest::addRow("%d, hidden", way) << way << false;
+        }
     }
 
     void everyChangeOfFrameSetsTheScale()
     {
         QFETCH(const int, way);
+        QFETCH(const bool, isShown);
         Scroll scroll;
+        scroll.view.setVisible(isShown);
         scroll.view.setGeometry(0, 0, 310, 820);
         const std::array<std::function<void()>, 4> ways{
             [&] { scroll.view.setFrame({3, 4, 310, 820}); },
@@ -87,6 +92,14 @@ private Q_SLOTS:
         QCOMPARE(scroll.scale(), 0.25);
         scroll.view.resize(310, 205);
         QCOMPARE(scroll.scale(), 0.25);
+    }
+
+    void aMoveSetsTheScaleToo()
+    {
+        Scroll scroll;
+        scroll.clip->setScale({3, 3});
+        scroll.view.move(30, 40);
+        QCOMPARE(scroll.scale(), 1.0);
     }
 
     void thePageComesBackToExactlyItsSizeAndNeverBeyond()
@@ -183,6 +196,14 @@ private Q_SLOTS:
         scroll.clip->resetScaling();
         QCOMPARE(scroll.view.horizontalScrollBar()->maximum(), 0);
         QCOMPARE(scroll.view.verticalScrollBar()->maximum(), 0);
+    }
+
+    void centringTellsTheScrollBarsEvenWhenThePageStays()
+    {
+        Scroll scroll;
+        scroll.view.horizontalScrollBar()->setMaximum(77);
+        scroll.clip->centerView();
+        QCOMPARE(scroll.view.horizontalScrollBar()->maximum(), 0);
     }
 
     void thePageFollowsTheScrollBars()
