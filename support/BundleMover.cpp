@@ -122,8 +122,8 @@ bool BundleMover::isDestinationRunning()
 
 bool BundleMover::arePathsFitForAuthorization() const
 {
-    return m_decision.destinationPath.endsWith(".app"_L1) && !m_decision.destinationPath.trimmed().isEmpty() &&
-           !m_surroundings.bundlePath.trimmed().isEmpty();
+    // What ends so is not blank.
+    return m_decision.destinationPath.endsWith(".app"_L1) && !m_surroundings.bundlePath.trimmed().isEmpty();
 }
 
 void BundleMover::removeSource()

@@ -1,4 +1,5 @@
 #include "MoveScene.h"
+#include "support/BundleMover.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -18,6 +19,7 @@ private Q_SLOTS:
     void aRunningDestinationIsOpenedInstead_data();
     void aRunningDestinationIsOpenedInstead();
     void beforeTheReleaseACommandTellsWhatRuns();
+    void fromTheReleaseThePlatformTellsWhatRuns();
     void anotherRunningApplicationIsNoHindrance();
     void aDestinationThatCannotBeTrashedEndsTheMove();
     void aFailedCopyEndsTheMove();
@@ -29,9 +31,12 @@ private Q_SLOTS:
     void aFailedAuthorizationShowsTheAlert();
     void onlyApplicationsAreReplacedWithAuthorization_data();
     void onlyApplicationsAreReplacedWithAuthorization();
+    void aBlankSourceIsNotCopiedWithAuthorization_data();
+    void aBlankSourceIsNotCopiedWithAuthorization();
     void aSourceThatCannotBeDeletedGoesToTheTrash();
     void aSourceThatCannotBeTrashedEitherIsLeft();
     void aTranslocatedSourceIsTrashedWithoutAWord();
+    void aNestedCopyIsNeitherDeletedNorEjected_data();
     void aNestedCopyIsNeitherDeletedNorEjected();
     void aDiskImageIsEjectedAndNotDeleted();
     void onlyTheDeviceOfAnImageCounts_data();
@@ -100,6 +105,15 @@ void tst_BundleMover::beforeTheReleaseACommandTellsWhatRuns()
         QCOMPARE(afterQuestion(stopped).mid(2, 3),
                  (QStringList{test, u"recycle | Pelmora.app | /home/anne/Applications"_s, copying}));
     }
+}
+
+void tst_BundleMover::fromTheReleaseThePlatformTellsWhatRuns()
+{
+    RecordedMove platform;
+    furnish(platform);
+    platform.facts.insert(destination, folder);
+    QCOMPARE(moveWith(platform, surroundings(release10_5 + 1)), MoveOutcome::Ends);
+    QCOMPARE(afterQuestion(platform).at(2), u"running?"_s);
 }
 
 void tst_BundleMover::anotherRunningApplicationIsNoHindrance()
@@ -253,6 +267,28 @@ void tst_BundleMover::onlyApplicationsAreReplacedWithAuthorization()
     QCOMPARE(afterQuestion(platform), QStringList{movingLine} + authorizedFailure.mid(1));
 }
 
+void tst_BundleMover::aBlankSourceIsNotCopiedWithAuthorization_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("empty") << QString();
+    QTest::newRow("blank") << u" \t\n"_s;
+}
+
+void tst_BundleMover::aBlankSourceIsNotCopiedWithAuthorization()
+{
+    QFETCH(const QString, path);
+    RecordedMove platform;
+    MoveSurroundings values = surroundings();
+    values.bundlePath = path;
+    const MoveDecision decision{.diskImageDevice = {},
+                                .installFolder = {},
+                                .destinationPath = u"/Applications/Pelmora.app"_s,
+                                .needsAuthorization = true};
+    const MoveCommands commands(macintoshCommands, release10_8);
+    QCOMPARE(BundleMover(values, decision, commands, platform).move(), BundleMover::End::Failed);
+    QCOMPARE(platform.record, (QStringList{movingLine, authorizedFailure.at(1)}));
+}
+
 void tst_BundleMover::aSourceThatCannotBeDeletedGoesToTheTrash()
 {
     RecordedMove platform;
@@ -295,11 +331,20 @@ void tst_BundleMover::aTranslocatedSourceIsTrashedWithoutAWord()
              (QStringList{u"remove | "_s + values.bundlePath, u"trash | "_s + values.bundlePath, relaunching}));
 }
 
+void tst_BundleMover::aNestedCopyIsNeitherDeletedNorEjected_data()
+{
+    QTest::addColumn<bool>("isOnDiskImage");
+    QTest::newRow("on a disk image") << true;
+    QTest::newRow("on the machine's disk") << false;
+}
+
 void tst_BundleMover::aNestedCopyIsNeitherDeletedNorEjected()
 {
+    QFETCH(const bool, isOnDiskImage);
     RecordedMove platform;
     furnish(platform);
-    putOnDiskImage(platform);
+    if (isOnDiskImage)
+        putOnDiskImage(platform);
     MoveSurroundings values = surroundings();
     values.bundlePath = u"/Applications/Autre.app/Contents/Pelmora.app"_s;
     QCOMPARE(moveWith(platform, values), MoveOutcome::Ends);
