@@ -38,6 +38,11 @@ std::expected<std::unique_ptr<UpdatePackage>, UpdateFailure> UpdatePackage::crea
     errno = 0;
     if (!QDir().mkpath(folder))
         return std::unexpected(failureOf(errno));
+    // Whoever could write to this folder could put another package in the place of the verified one. Only its owner can
+    // change its mode, so that a folder of somebody else is refused here.
+    errno = 0;
+    if (!QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
+        return std::unexpected(failureOf(errno));
     removeEarlierPackages(folder);
 
     errno = 0;

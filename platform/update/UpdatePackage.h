@@ -16,8 +16,8 @@
 class UpdatePackage
 {
 public:
-    /// Makes the file, and the folder around it where that is missing. Packages of earlier updates that are still
-    /// there go away.
+    /// Makes the file, and the folder around it where that is missing, which becomes the user's alone. Packages of
+    /// earlier updates that are still there go away.
     [[nodiscard]] static std::expected<std::unique_ptr<UpdatePackage>, UpdateFailure> create(const QString& folder,
                                                                                              const QString& name);
 

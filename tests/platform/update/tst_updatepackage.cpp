@@ -43,7 +43,16 @@ private Q_SLOTS:
         QVERIFY(package.has_value());
         QCOMPARE(modeOf((*package)->path()), 0600U);
         QCOMPARE(modeOf(QFileInfo((*package)->path()).path()), 0700U);
+        QCOMPARE(modeOf(m_folder), 0700U);
         QCOMPARE(QFileInfo((*package)->path()).fileName(), u"a.deb"_s);
+    }
+
+    void aFolderThatOthersCouldWriteToIsClosedToThem()
+    {
+        QVERIFY(QDir().mkpath(m_folder));
+        QVERIFY(chmod(QFile::encodeName(m_folder).constData(), 0777) == 0);
+        QVERIFY(UpdatePackage::create(m_folder, u"a.deb"_s).has_value());
+        QCOMPARE(modeOf(m_folder), 0700U);
     }
 
     void aPackageThatIsNotKeptLeavesNothing()
