@@ -48,7 +48,12 @@ bool isSafeFeedAddress(const QUrl& address)
 
 bool isSafePackageAddress(const QUrl& address, const QUrl& feedAddress)
 {
-    return isComplete(address) && (isEncrypted(address) || (isPlainLoopback(address) && isPlainLoopback(feedAddress)));
+    return isSafeFeedAddress(address) && (isEncrypted(address) || isPlainLoopback(feedAddress));
+}
+
+bool isSafeRedirect(const QUrl& address)
+{
+    return isComplete(address) && isEncrypted(address);
 }
 
 std::optional<QString> packageFileName(const QUrl& address)

@@ -16,6 +16,9 @@
 /// machine may send back to it.
 [[nodiscard]] bool isSafePackageAddress(const QUrl& address, const QUrl& feedAddress);
 
+/// Whether a server may send on to an address: over HTTPS only, wherever it was asked, and without a password.
+[[nodiscard]] bool isSafeRedirect(const QUrl& address);
+
 /// The file name of a package, as the end of its address tells it; absent when that is not the name of a package that a
 /// desktop installs or unpacks.
 [[nodiscard]] std::optional<QString> packageFileName(const QUrl& address);

@@ -125,7 +125,7 @@ void UpdateTransfer::followRedirect()
     if (location.isEmpty())
         return end(UpdateFailure::ServerError);
     const QUrl target = m_reply->url().resolved(QUrl::fromEncoded(location, QUrl::StrictMode));
-    if (target.scheme() != "https"_L1 || target.host().isEmpty())
+    if (!isSafeRedirect(target))
         return end(UpdateFailure::InsecureRedirect);
     if (++m_redirects > m_bounds.redirects)
         return end(UpdateFailure::TooManyRedirects);
