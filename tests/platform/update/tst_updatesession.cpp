@@ -1,141 +1,18 @@
-#include "platform/update/UpdateSession.h"
-#include "tests/platform/FileSizeLimit.h"
-#include "tests/platform/update/FeedXml.h"
-#include "tests/platform/update/SigningKey.h"
-#include "tests/platform/update/UpdateServer.h"
+#include "tests/platform/update/UpdateSessionTest.h"
 
-#include <QDir>
 #include <QFile>
-#include <QSignalSpy>
-#include <QSslConfiguration>
-#include <QSslSocket>
-#include <QTemporaryDir>
-#include <QTest>
 
-#include <chrono>
 #include <functional>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-using State = UpdateSession::State;
 using Then = UpdateServer::Then;
-using Answer = UpdateServer::Answer;
 
-namespace {
-
-const QByteArray package(200'000, 'p');
-constexpr auto rss = "application/rss+xml; charset=utf-8";
-constexpr auto binary = "application/octet-stream";
-constexpr auto okHead = "HTTP/1.1 200 OK\r\nContent-Type: application/rss+xml\r\n";
-
-QStringList entriesBelow(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}
-
-bool isOver(State state)
-{
-    return state != State::Idle && state != State::Checking && state != State::Downloading && state != State::Verifying;
-}
-
-} // namespace
-
-/// The search and the download, with real servers on loopback, over TLS except where the test is about plain HTTP.
-class tst_UpdateSession : public QObject
+/// The whole way of a session, what ends it, and what it tells the server.
+class tst_UpdateSession final : public UpdateSessionTest
 {
     Q_OBJECT
 
-private:
-    CertificateAuthority m_authority;
-    CertificateAuthority::Identity m_identity = m_authority.identity(CertificateAuthority::Kind::Good);
-    SigningKey m_key;
-    QTemporaryDir m_home;
-    QString m_folder = m_home.filePath(u"updates"_s);
-    std::unique_ptr<UpdateServer> m_server;
-
-    [[nodiscard]] UpdateConfiguration configuration(const QUrl& feed) const
-    {
-        UpdateConfiguration configuration;
-        configuration.feed = feed;
-        configuration.publicKey = m_key.publicKey();
-        configuration.version = u"1.0"_s;
-        configuration.shortVersion = u"1.0"_s;
-        configuration.systemVersion = u"2.36"_s;
-        configuration.folder = m_folder;
-        configuration.limits.feedSize = 50'000;
-        configuration.limits.redirects = 3;
-        return configuration;
-    }
-    [[nodiscard]] UpdateConfiguration configuration() const { return configuration(m_server->address(u"/feed"_s)); }
-
-    // A feed that announces the package of the server.
-    [[nodiscard]] QByteArray feed(const UpdateServer& server, const QByteArray& signature,
-                                  qsizetype length = package.size()) const
-    {
-        return feedXml(itemXml({.url = server.address(u"/pelmora.deb"_s).toEncoded(),
-                                .length = QByteArray::number(length),
-                                .signature = signature}));
-    }
-    void publish(UpdateServer& server) const
-    {
-        server.setAnswer(u"/feed"_s, UpdateServer::ok(rss, feed(server, m_key.sign(package))));
-        server.setAnswer(u"/pelmora.deb"_s, UpdateServer::ok(binary, package));
-    }
-
-    // A configuration whose patience ends soon where that is what is tested.
-    [[nodiscard]] UpdateConfiguration configurationFor(UpdateFailure failure) const
-    {
-        UpdateConfiguration changed = configuration();
-        if (failure == UpdateFailure::TooSlow) {
-            changed.limits.stall = 250ms;
-            changed.limits.feedTime = 500ms;
-            changed.limits.packageTime = 500ms;
-        }
-        return changed;
-    }
-
-    // The state in which a search, or a download, ends.
-    [[nodiscard]] static State searched(UpdateSession& session) { return ended(session, &UpdateSession::start); }
-    [[nodiscard]] static State downloaded(UpdateSession& session) { return ended(session, &UpdateSession::download); }
-    [[nodiscard]] static State ended(UpdateSession& session, void (UpdateSession::*begin)())
-    {
-        QSignalSpy changes(&session, &UpdateSession::stateChanged);
-        (session.*begin)();
-        while (!isOver(session.state()) && changes.wait(20'000)) {
-        }
-        return session.state();
-    }
-
-    // Why a search fails; the failure's text where it does, else the number of the state that it ended in.
-    [[nodiscard]] static QString failureOf(const UpdateConfiguration& configuration)
-    {
-        UpdateSession session(configuration);
-        const State state = searched(session);
-        return state == State::Failed ? textOf(session.failure()).toString() : QString::number(static_cast<int>(state));
-    }
-
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QVERIFY2(m_authority.isValid() && !m_identity.certificate.isNull(), "openssl makes no certificates");
-        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-        configuration.addCaCertificate(m_authority.certificate());
-        QSslConfiguration::setDefaultConfiguration(configuration);
-    }
-
-    void init()
-    {
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
-        m_server = std::make_unique<UpdateServer>(m_identity);
-        publish(*m_server);
-    }
-
-    void cleanup()
-    {
-        m_server.reset();
-        QVERIFY(QDir(m_folder).removeRecursively());
-    }
-
     void anUpdateIsFoundDownloadedAndVerified()
     {
         UpdateSession session(configuration());
@@ -150,10 +27,10 @@ private Q_SLOTS:
         const QList<State> expected{State::Checking, State::Available, State::Downloading, State::Verifying,
                                     State::Ready};
         QCOMPARE(states, expected);
-        QCOMPARE(progress.last().first().toLongLong(), package.size());
+        QCOMPARE(progress.last().first().toLongLong(), samplePackage.size());
         QFile file(session.packagePath());
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), package);
+        QCOMPARE(file.readAll(), samplePackage);
         QCOMPARE(QFileInfo(file).fileName(), u"pelmora.deb"_s);
     }
 
@@ -211,186 +88,10 @@ private Q_SLOTS:
         QCOMPARE(m_server->requests().size(), 0);
     }
 
-    void aBadFeedIsRefused_data()
-    {
-        QTest::addColumn<Answer>("answer");
-        QTest::addColumn<UpdateFailure>("failure");
-        const QByteArray sound = feedXml(itemXml({}));
-        QTest::newRow("not XML") << UpdateServer::ok(rss, "Bonjour") << UpdateFailure::NotAFeed;
-        QTest::newRow("empty") << UpdateServer::ok(rss, "") << UpdateFailure::NotAFeed;
-        QTest::newRow("no versions") << UpdateServer::ok(rss, feedXml({})) << UpdateFailure::EmptyFeed;
-        QTest::newRow("unsigned") << UpdateServer::ok(rss, feedXml(itemXml({.signature = {}})))
-                                  << UpdateFailure::Unsigned;
-        QTest::newRow("huge") << UpdateServer::ok(rss, QByteArray(50'001, ' ')) << UpdateFailure::FeedTooLarge;
-        QTest::newRow("endless") << Answer{okHead, QByteArray(10'000, ' '), Then::Flood} << UpdateFailure::FeedTooLarge;
-        QTest::newRow("endless head") << Answer{okHead, "X: y\r\n", Then::Drip, false} << UpdateFailure::TooSlow;
-        QTest::newRow("huge head") << Answer{okHead, "X: y\r\n", Then::Flood, false} << UpdateFailure::TooSlow;
-        QTest::newRow("endless line of the head")
-            << Answer{"HTTP/1.1 200 ", QByteArray(1000, 'x'), Then::Flood, false} << UpdateFailure::TooSlow;
-        QTest::newRow("slow") << Answer{okHead, " ", Then::Drip} << UpdateFailure::TooSlow;
-        QTest::newRow("stalled") << Answer{okHead, " ", Then::Stall} << UpdateFailure::TooSlow;
-        QTest::newRow("wrong content type") << UpdateServer::ok("text/html", sound) << UpdateFailure::WrongType;
-        QTest::newRow("no content type") << Answer{"HTTP/1.1 200 OK\r\n", sound} << UpdateFailure::WrongType;
-        QTest::newRow("error") << Answer{"HTTP/1.1 500 Oops\r\n", sound} << UpdateFailure::ServerError;
-        QTest::newRow("password wanted")
-            << Answer{"HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=\"x\"\r\nContent-Length: 0\r\n", {}}
-            << UpdateFailure::ServerError;
-        QTest::newRow("a part only") << Answer{"HTTP/1.1 206 Partial\r\nContent-Type: text/xml\r\n", sound}
-                                     << UpdateFailure::ServerError;
-        QTest::newRow("no content") << Answer{"HTTP/1.1 204 No\r\n", {}} << UpdateFailure::ServerError;
-        QTest::newRow("not HTTP") << Answer{"bonjour\r\n", {}} << UpdateFailure::Interrupted;
-        QTest::newRow("gone in the middle")
-            << Answer{okHead + "Content-Length: 5000\r\n"_ba, sound} << UpdateFailure::Interrupted;
-        QTest::newRow("broken in the middle")
-            << Answer{okHead + "Content-Length: 5000\r\n"_ba, sound, Then::Reset} << UpdateFailure::Interrupted;
-        QTest::newRow("gone at once") << Answer{{}, {}, Then::Reset, false} << UpdateFailure::Interrupted;
-        QTest::newRow("compressed") << Answer{okHead + "Content-Encoding: gzip\r\n"_ba, qCompress(sound).sliced(4)}
-                                    << UpdateFailure::NotAFeed;
-        QTest::newRow("to plain HTTP") << UpdateServer::redirect(QUrl(u"http://updates.morvel.example/feed"_s))
-                                       << UpdateFailure::InsecureRedirect;
-        QTest::newRow("to plain HTTP of this machine")
-            << UpdateServer::redirect(QUrl(u"http://127.0.0.1:1/feed"_s)) << UpdateFailure::InsecureRedirect;
-        QTest::newRow("to a file") << UpdateServer::redirect(QUrl(u"file:///etc/passwd"_s))
-                                   << UpdateFailure::InsecureRedirect;
-        QTest::newRow("to nowhere") << UpdateServer::redirect(QUrl()) << UpdateFailure::ServerError;
-        QTest::newRow("to a broken address")
-            << Answer{"HTTP/1.1 302 Found\r\nContent-Length: 0\r\nLocation: https://[\r\n", {}}
-            << UpdateFailure::InsecureRedirect;
-        QTest::newRow("elsewhere without end")
-            << Answer{"HTTP/1.1 307 Elsewhere\r\nLocation: /feed\r\n", QByteArray(1000, 'x'), Then::Flood}
-            << UpdateFailure::TooManyRedirects;
-        QTest::newRow("in a circle") << UpdateServer::redirect(QUrl(u"/feed"_s)) << UpdateFailure::TooManyRedirects;
-    }
-    void aBadFeedIsRefused()
-    {
-        QFETCH(const Answer, answer);
-        QFETCH(const UpdateFailure, failure);
-        m_server->setAnswer(u"/feed"_s, answer);
-        QCOMPARE(failureOf(configurationFor(failure)), textOf(failure).toString());
-        QCOMPARE(entriesBelow(m_home.path()), QStringList());
-    }
-
-    void aRedirectToHttpsIsFollowed()
-    {
-        UpdateServer other(m_identity);
-        publish(other);
-        m_server->setAnswer(u"/feed"_s, UpdateServer::redirect(other.address(u"/feed"_s)));
-        UpdateSession session(configuration());
-        QCOMPARE(searched(session), State::Available);
-    }
-
-    void aServerWithoutAValidCertificateIsRefused_data()
-    {
-        QTest::addColumn<CertificateAuthority::Kind>("kind");
-        QTest::newRow("expired") << CertificateAuthority::Kind::Expired;
-        QTest::newRow("another name") << CertificateAuthority::Kind::OfAnotherName;
-        QTest::newRow("self-signed") << CertificateAuthority::Kind::SelfSigned;
-    }
-    void aServerWithoutAValidCertificateIsRefused()
-    {
-        QFETCH(const CertificateAuthority::Kind, kind);
-        UpdateServer server(m_authority.identity(kind));
-        publish(server);
-        QCOMPARE(failureOf(configuration(server.address(u"/feed"_s))), textOf(UpdateFailure::Certificate).toString());
-        QCOMPARE(server.requests().size(), 0);
-    }
-
-    void aServerThatIsNotThereIsTold()
-    {
-        const UpdateConfiguration asked = configuration();
-        m_server.reset();
-        QCOMPARE(failureOf(asked), textOf(UpdateFailure::Unreachable).toString());
-    }
-
-    void aBadPackageIsRefused_data()
-    {
-        QTest::addColumn<Answer>("answer");
-        QTest::addColumn<UpdateFailure>("failure");
-        constexpr auto length = "HTTP/1.1 200 OK\r\nContent-Length: 200000\r\n";
-        QByteArray altered = package;
-        altered[100'000] = 'q';
-        QTest::newRow("altered") << UpdateServer::ok(binary, altered) << UpdateFailure::WrongSignature;
-        QTest::newRow("shorter") << UpdateServer::ok(binary, package.chopped(1)) << UpdateFailure::WrongLength;
-        QTest::newRow("longer") << UpdateServer::ok(binary, package + 'p') << UpdateFailure::WrongLength;
-        QTest::newRow("shorter, not announced")
-            << Answer{"HTTP/1.1 200 OK\r\n", package.chopped(1)} << UpdateFailure::WrongLength;
-        QTest::newRow("longer, not announced")
-            << Answer{"HTTP/1.1 200 OK\r\n", package + 'p'} << UpdateFailure::WrongLength;
-        QTest::newRow("endless") << Answer{"HTTP/1.1 200 OK\r\n", package, Then::Flood} << UpdateFailure::WrongLength;
-        QTest::newRow("empty") << UpdateServer::ok(binary, "") << UpdateFailure::WrongLength;
-        QTest::newRow("slow") << Answer{length, QByteArray(10, 'p'), Then::Drip} << UpdateFailure::TooSlow;
-        QTest::newRow("stalled") << Answer{length, QByteArray(10, 'p'), Then::Stall} << UpdateFailure::TooSlow;
-        QTest::newRow("gone in the middle") << Answer{length, package.first(100'000)} << UpdateFailure::Interrupted;
-        QTest::newRow("broken in the middle")
-            << Answer{length, package.first(100'000), Then::Reset} << UpdateFailure::Interrupted;
-        QTest::newRow("absent") << Answer{"HTTP/1.1 404 Not Found\r\n", package} << UpdateFailure::ServerError;
-        QTest::newRow("to plain HTTP") << UpdateServer::redirect(QUrl(u"http://127.0.0.1:1/pelmora.deb"_s))
-                                       << UpdateFailure::InsecureRedirect;
-        QTest::newRow("in a circle") << UpdateServer::redirect(QUrl(u"/pelmora.deb"_s))
-                                     << UpdateFailure::TooManyRedirects;
-    }
-    void aBadPackageIsRefused()
-    {
-        QFETCH(const Answer, answer);
-        QFETCH(const UpdateFailure, failure);
-        m_server->setAnswer(u"/pelmora.deb"_s, answer);
-        UpdateConfiguration changed = configurationFor(failure);
-        changed.limits.feedTime = 10s;
-        changed.limits.stall = std::max<std::chrono::milliseconds>(changed.limits.stall, 400ms);
-        UpdateSession session(changed);
-        QCOMPARE(searched(session), State::Available);
-        QCOMPARE(downloaded(session), State::Failed);
-        QCOMPARE(textOf(session.failure()), textOf(failure));
-        QCOMPARE(session.packagePath(), QString());
-        QCOMPARE(entriesBelow(m_folder), QStringList());
-    }
-
-    void aSignatureOfAnotherFileOrMakerIsRefused_data()
-    {
-        QTest::addColumn<QByteArray>("signature");
-        QTest::newRow("another file") << m_key.sign("another file");
-        QTest::newRow("another maker") << SigningKey().sign(package);
-        QTest::newRow("zeros") << QByteArray(64, '\0').toBase64();
-    }
-    void aSignatureOfAnotherFileOrMakerIsRefused()
-    {
-        QFETCH(const QByteArray, signature);
-        m_server->setAnswer(u"/feed"_s, UpdateServer::ok(rss, feed(*m_server, signature)));
-        UpdateSession session(configuration());
-        QCOMPARE(searched(session), State::Available);
-        QCOMPARE(downloaded(session), State::Failed);
-        QCOMPARE(session.failure(), UpdateFailure::WrongSignature);
-        QCOMPARE(entriesBelow(m_folder), QStringList());
-    }
-
-    void aFullDiskLeavesNothing()
-    {
-        UpdateSession session(configuration());
-        QCOMPARE(searched(session), State::Available);
-        State state = State::Idle;
-        {
-            const FileSizeLimit limit(100'000);
-            state = downloaded(session);
-        }
-        QCOMPARE(state, State::Failed);
-        QCOMPARE(session.failure(), UpdateFailure::DiskFull);
-        QCOMPARE(entriesBelow(m_folder), QStringList());
-    }
-
-    void aFolderThatCannotBeWrittenToIsTold()
-    {
-        UpdateConfiguration changed = configuration();
-        changed.folder = u"/proc/self/updates"_s;
-        UpdateSession session(changed);
-        QCOMPARE(searched(session), State::Available);
-        QCOMPARE(downloaded(session), State::Failed);
-        QCOMPARE(session.failure(), UpdateFailure::CannotWrite);
-    }
-
     void aDownloadCanBeCancelledAndBegunAgain()
     {
         m_server->setAnswer(u"/pelmora.deb"_s,
-                            {"HTTP/1.1 200 OK\r\nContent-Length: 200000\r\n", package.first(1000), Then::Stall});
+                            {"HTTP/1.1 200 OK\r\nContent-Length: 200000\r\n", samplePackage.first(1000), Then::Stall});
         UpdateSession session(configuration());
         QCOMPARE(searched(session), State::Available);
         QSignalSpy progress(&session, &UpdateSession::progressed);
@@ -422,7 +123,7 @@ private Q_SLOTS:
     void aSessionThatIsDroppedLeavesNothing()
     {
         m_server->setAnswer(u"/pelmora.deb"_s,
-                            {"HTTP/1.1 200 OK\r\nContent-Length: 200000\r\n", package.first(1000), Then::Stall});
+                            {"HTTP/1.1 200 OK\r\nContent-Length: 200000\r\n", samplePackage.first(1000), Then::Stall});
         {
             UpdateSession session(configuration());
             QCOMPARE(searched(session), State::Available);
@@ -435,8 +136,27 @@ private Q_SLOTS:
         searching.start();
     }
 
+    void aSessionThatIsDroppedWhileItVerifiesLeavesNothing()
+    {
+        auto session = std::make_unique<UpdateSession>(configuration());
+        QCOMPARE(searched(*session), State::Available);
+        QSignalSpy changes(session.get(), &UpdateSession::stateChanged);
+        session->download();
+        while (session->state() == State::Downloading && changes.wait()) {
+        }
+        QCOMPARE(session->state(), State::Verifying);
+        session.reset();
+        // Its result, which is on its way, finds nobody.
+        QCoreApplication::processEvents();
+        QCOMPARE(entriesBelow(m_folder), QStringList());
+    }
+
     void everybodySendsTheSame()
     {
+        // What a server gives away to know people by is not brought back.
+        UpdateServer::Answer marked = UpdateServer::ok(feedType, feed(*m_server, m_key.sign(samplePackage)));
+        marked.head += "Set-Cookie: who=me; Path=/\r\nETag: \"me\"\r\n";
+        m_server->setAnswer(u"/feed"_s, marked);
         UpdateSession session(configuration());
         QCOMPARE(searched(session), State::Available);
         QCOMPARE(downloaded(session), State::Ready);

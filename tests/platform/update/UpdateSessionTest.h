@@ -1,0 +1,126 @@
+#pragma once
+
+#include "platform/update/UpdateSession.h"
+#include "tests/platform/update/FeedXml.h"
+#include "tests/platform/update/SigningKey.h"
+#include "tests/platform/update/UpdateServer.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QSslConfiguration>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <chrono>
+#include <memory>
+
+inline const QByteArray samplePackage(200'000, 'p');
+inline constexpr auto feedType = "application/rss+xml; charset=utf-8";
+inline constexpr auto packageType = "application/octet-stream";
+
+/// What the tests of searches and downloads share: a maker's server on loopback, over TLS, which publishes version 2.0
+/// anew for each test, and a configuration of version 1.0 that asks it.
+class UpdateSessionTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    using State = UpdateSession::State;
+
+    CertificateAuthority m_authority;
+    CertificateAuthority::Identity m_identity = m_authority.identity(CertificateAuthority::Kind::Good);
+    SigningKey m_key;
+    QTemporaryDir m_home;
+    QString m_folder = m_home.filePath(QStringLiteral("updates"));
+    std::unique_ptr<UpdateServer> m_server;
+
+    [[nodiscard]] static QStringList entriesBelow(const QString& folder)
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    [[nodiscard]] UpdateConfiguration configuration(const QUrl& feed) const
+    {
+        UpdateConfiguration configuration;
+        configuration.feed = feed;
+        configuration.publicKey = m_key.publicKey();
+        configuration.version = QStringLiteral("1.0");
+        configuration.shortVersion = QStringLiteral("1.0");
+        configuration.systemVersion = QStringLiteral("2.36");
+        configuration.folder = m_folder;
+        configuration.limits.feedSize = 50'000;
+        configuration.limits.redirects = 3;
+        return configuration;
+    }
+    [[nodiscard]] UpdateConfiguration configuration() const
+    {
+        return configuration(m_server->address(QStringLiteral("/feed")));
+    }
+
+    // A feed that announces the package of the server.
+    [[nodiscard]] QByteArray feed(const UpdateServer& server, const QByteArray& signature,
+                                  qsizetype length = samplePackage.size()) const
+    {
+        return feedXml(itemXml({.url = server.address(QStringLiteral("/pelmora.deb")).toEncoded(),
+                                .length = QByteArray::number(length),
+                                .signature = signature}));
+    }
+    void publish(UpdateServer& server) const
+    {
+        server.setAnswer(QStringLiteral("/feed"), UpdateServer::ok(feedType, feed(server, m_key.sign(samplePackage))));
+        server.setAnswer(QStringLiteral("/pelmora.deb"), UpdateServer::ok(packageType, samplePackage));
+    }
+
+    // A configuration whose patience ends soon where that is what is tested.
+    [[nodiscard]] UpdateConfiguration configurationFor(UpdateFailure failure) const
+    {
+        UpdateConfiguration changed = configuration();
+        if (failure == UpdateFailure::TooSlow) {
+            changed.limits.stall = std::chrono::milliseconds(250);
+            changed.limits.feedTime = std::chrono::milliseconds(500);
+            changed.limits.packageTime = std::chrono::milliseconds(500);
+        }
+        return changed;
+    }
+
+    // The state in which a search, or a download, ends.
+    [[nodiscard]] static State searched(UpdateSession& session) { return ended(session, &UpdateSession::start); }
+    [[nodiscard]] static State downloaded(UpdateSession& session) { return ended(session, &UpdateSession::download); }
+    [[nodiscard]] static State ended(UpdateSession& session, void (UpdateSession::*begin)())
+    {
+        QSignalSpy changes(&session, &UpdateSession::stateChanged);
+        (session.*begin)();
+        while (!isOver(session.state()) && changes.wait(20'000)) {
+        }
+        return session.state();
+    }
+
+private:
+    [[nodiscard]] static bool isOver(State state)
+    {
+        return state != State::Idle && state != State::Checking && state != State::Downloading &&
+               state != State::Verifying;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(m_authority.isValid() && !m_identity.certificate.isNull(), "openssl makes no certificates");
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        configuration.addCaCertificate(m_authority.certificate());
+        QSslConfiguration::setDefaultConfiguration(configuration);
+    }
+
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
+        m_server = std::make_unique<UpdateServer>(m_identity);
+        publish(*m_server);
+    }
+
+    void cleanup()
+    {
+        m_server.reset();
+        QVERIFY(QDir(m_folder).removeRecursively());
+    }
+};
