@@ -340,11 +340,27 @@ class Portable(unittest.TestCase):
             pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
         self.assertFalse(os.path.exists(self.destination))
 
-    def test_a_disk_that_is_full_midway_leaves_the_source_and_the_old_copy(self):
+    def put_applications_on_a_disk(self, size):
+        """The Applications folder on a disk of its own, with an old copy. The folder of that disk's trash."""
         applications = os.path.join(self.home, "Applications")
-        mount("-t", "tmpfs", "-o", "size=256k", "tmpfs", applications)
+        mount("-t", "tmpfs", "-o", f"size={size}", "tmpfs", applications)
         self.addCleanup(subprocess.run, ["umount", "--lazy", applications], check=True)
         os.makedirs(os.path.join(self.destination, "ancien"))
+        return os.path.join(applications, f".Trash-{os.getuid()}")
+
+    def test_an_applications_folder_on_another_disk_has_its_own_trash(self):
+        trash = self.put_applications_on_a_disk("100m")
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        with self.start(bundle) as pelmora:
+            pelmora.press("push button", MOVE)
+            self.assertEqual(pelmora.process.wait(timeout=20), 0)
+        self.assertEqual(os.listdir(self.downloads), [])
+        self.assertTrue(os.path.exists(os.path.join(trash, "files", "Pelmora.app", "ancien")))
+        with self.running(self.destination) as moved:
+            moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+
+    def test_a_disk_that_is_full_midway_leaves_the_source_and_the_old_copy(self):
+        trash = self.put_applications_on_a_disk("256k")
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
         with open(os.path.join(bundle, "données"), "wb") as file:
             file.write(bytes(1 << 20))
@@ -356,9 +372,8 @@ class Portable(unittest.TestCase):
                 (ERROR, f"ERROR -- Could not copy myself to {self.destination}")])
             pelmora.press("push button", "OK")
             pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
-        self.assertEqual(os.listdir(applications), [f".Trash-{os.getuid()}"])
-        self.assertTrue(os.path.exists(
-            os.path.join(applications, f".Trash-{os.getuid()}", "files", "Pelmora.app", "ancien")))
+        self.assertEqual(os.listdir(os.path.dirname(trash)), [os.path.basename(trash)])
+        self.assertTrue(os.path.exists(os.path.join(trash, "files", "Pelmora.app", "ancien")))
 
     def test_without_a_trash_the_old_copy_stays(self):
         make_bundle(self.destination)
