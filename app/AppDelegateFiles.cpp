@@ -64,7 +64,7 @@ void AppDelegate::view(const CardRecord& record)
 
 void AppDelegate::print(const CardRecord& record)
 {
-    ::printAttestation(record, m_logos, m_fonts, &visibleWindow());
+    ::printAttestation(record, m_logos, m_fonts, m_alerts, &visibleWindow());
 }
 
 void AppDelegate::save(const CardRecord& record)

@@ -5,7 +5,8 @@
 
 #include <QWidget>
 
-void printAttestation(const CardRecord& record, SchemeLogos& logos, const PageFonts& fonts, QWidget* window)
+void printAttestation(const CardRecord& record, SchemeLogos& logos, const PageFonts& fonts, AlertQueue& alerts,
+                      QWidget* window)
 {
     for (PrintOperation* operation : window->findChildren<PrintOperation*>(Qt::FindDirectChildrenOnly)) {
         if (operation->isAsking()) {
@@ -16,5 +17,5 @@ void printAttestation(const CardRecord& record, SchemeLogos& logos, const PageFo
     MVNewAttestation attestation(logos);
     attestation.setVitale(record);
     // It deletes itself when it is done, and goes with the window otherwise.
-    (new PrintOperation(attestation.page(), fonts, window))->run();
+    (new PrintOperation(attestation.page(), fonts, alerts, window))->run();
 }

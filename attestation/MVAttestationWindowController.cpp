@@ -42,6 +42,7 @@ MVAttestationWindowController::MVAttestationWindowController(SchemeLogos& logos,
     , m_fonts(fonts)
     , m_attestation(logos)
     , m_window(std::make_unique<QMainWindow>())
+    , m_alerts(m_window.get())
 {
     Ui::AttestationWindow layout;
     layout.setupUi(m_window.get());
@@ -79,7 +80,7 @@ void MVAttestationWindowController::setVitale(const CardRecord& vitale)
 
 void MVAttestationWindowController::printAttestation(const QObject* /*sender*/)
 {
-    ::printAttestation(vitale(), m_logos, m_fonts, m_window.get());
+    ::printAttestation(vitale(), m_logos, m_fonts, m_alerts, m_window.get());
 }
 
 void MVAttestationWindowController::showWindow(const QObject* /*sender*/)

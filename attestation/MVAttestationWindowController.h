@@ -2,6 +2,7 @@
 
 #include "attestation/MVNewAttestation.h"
 #include "card/CardRecord.h"
+#include "platform/gui/AlertQueue.h"
 
 #include <QMainWindow>
 #include <QObject>
@@ -46,5 +47,6 @@ private:
     const PageFonts& m_fonts;
     MVNewAttestation m_attestation;
     std::unique_ptr<QMainWindow> m_window;
+    AlertQueue m_alerts;
     MVScrollView* m_scrollView = nullptr; // the window's own
 };

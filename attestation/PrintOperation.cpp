@@ -8,7 +8,7 @@
 
 #include <QComboBox>
 #include <QDir>
-#include <QLineEdit>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPrintEngine>
 #include <QStandardPaths>
@@ -20,8 +20,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString failureTitle = u"Impression de l’attestation"_s;
-
 // Where Qt's CUPS engine keeps what the dialog's "options" and "advanced" pages were set to, as name, value, name...
 constexpr auto cupsOptionsKey = static_cast<QPrintEngine::PrintEnginePropertyKey>(0xfe00);
 
@@ -32,10 +30,11 @@ QStringList optionsOfDialog(const QPrinter& printer)
 
 } // namespace
 
-PrintOperation::PrintOperation(AttestationPage page, const PageFonts& fonts, QWidget* window)
+PrintOperation::PrintOperation(AttestationPage page, const PageFonts& fonts, AlertQueue& alerts, QWidget* window)
     : QObject(window)
     , m_page(std::move(page))
     , m_fonts(fonts)
+    , m_alerts(alerts)
     , m_window(window)
 {
 }
@@ -78,15 +77,14 @@ void PrintOperation::queuesAreKnown(const std::expected<QList<PrintQueue>, Error
     // The dialog asks the server again, on the interface thread: never one that is known to give nothing.
     if (m_queues.isEmpty())
         m_isolation = std::make_unique<WithoutPrintServer>();
-    if (queues) {
-        openDialog();
+    openDialog();
+    if (queues)
         return;
-    }
-    MXLog::logError("Print server: {}", PrintServer::statusName(queues.error()));
-    tell(m_window,
-         queues.error().localizedDescription() +
-             u" Pour l’instant, l’attestation ne peut être imprimée que dans un fichier PDF."_s,
-         [this] { openDialog(); });
+    const Error& error = queues.error();
+    MXLog::logError("Print server: {}", PrintServer::statusName(error));
+    m_dialog->presentError({error.domain(), error.code(),
+                            error.localizedDescription() +
+                                u" Pour l’instant, l’attestation ne peut être imprimée que dans un fichier PDF."_s});
 }
 
 void PrintOperation::openDialog()
@@ -113,12 +111,12 @@ void PrintOperation::openDialog()
 // A file's name where the dialog would offer a folder alone, which nothing can be written to.
 void PrintOperation::offerFile()
 {
-    auto* file = m_dialog->findChild<QLineEdit*>(u"filename"_s);
-    if (file == nullptr || (!file->text().isEmpty() && !file->text().endsWith(u'/')))
+    const QString offered = m_dialog->fileName();
+    if (!offered.isEmpty() && !offered.endsWith(u'/'))
         return;
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     const QString folder = QDir(documents).exists() ? documents : QDir::homePath();
-    file->setText(QDir::toNativeSeparators(folder + u"/%1.pdf"_s.arg(attestationJobName)));
+    m_dialog->setFileName(folder + u"/%1.pdf"_s.arg(attestationJobName));
 }
 
 PrintInfo PrintOperation::defaultsOfChosenQueue() const
@@ -164,23 +162,54 @@ PrintInfo PrintOperation::chosenInfo() const
     return info;
 }
 
-// The server may have stalled since the dialog opened.
 void PrintOperation::accept()
 {
-    if (m_printer->outputFormat() == QPrinter::PdfFormat) {
+    if (m_printer->outputFormat() == QPrinter::PdfFormat)
+        acceptFile();
+    else
+        acceptPrinter();
+}
+
+void PrintOperation::acceptFile()
+{
+    const QString path = m_dialog->fileName();
+    const QFileInfo file(path);
+    if (file.fileName().isEmpty() || file.isDir())
+        m_dialog->presentError({PrintServer::errorDomain, 0, u"Indiquez le nom du fichier à enregistrer."_s});
+    else if (file.exists())
+        askToReplace(path);
+    else
         m_dialog->acceptNow();
-        return;
-    }
+}
+
+void PrintOperation::askToReplace(const QString& path)
+{
+    auto* question =
+        new QMessageBox(QMessageBox::Question, m_dialog->windowTitle(), QString(), QMessageBox::NoButton, m_dialog);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    // Names of files are what others chose: nothing in them is markup.
+    question->setTextFormat(Qt::PlainText);
+    question->setText(u"« %1 » existe déjà. Voulez-vous le remplacer\u202F?"_s.arg(QDir::toNativeSeparators(path)));
+    question->addButton(u"Remplacer"_s, QMessageBox::AcceptRole);
+    question->setDefaultButton(question->addButton(u"Annuler"_s, QMessageBox::RejectRole));
+    connect(question, &QDialog::accepted, m_dialog, &PrintDialog::acceptNow);
+    question->open();
+}
+
+// The server may have stalled since the dialog opened.
+void PrintOperation::acceptPrinter()
+{
     m_dialog->setEnabled(false);
     doAside([this](const std::stop_token& stop) -> std::function<void()> {
         return [this, queues = PrintServer(stop).queues()] {
-            if (!m_dialog)
+            // Closed meanwhile, it was not to be accepted.
+            if (!m_dialog || !m_dialog->isVisible())
                 return;
             m_dialog->setEnabled(true);
             if (queues)
                 m_dialog->acceptNow();
             else
-                tell(m_dialog, queues.error().localizedDescription(), [] {});
+                m_dialog->presentError(queues.error());
         };
     });
 }
@@ -218,25 +247,12 @@ void PrintOperation::writeFile()
 
 void PrintOperation::finish(const std::expected<void, Error>& outcome)
 {
-    m_asking = false;
-    if (outcome) {
-        deleteLater();
+    deleteLater();
+    if (outcome)
         return;
-    }
     if (outcome.error().code() != 0)
         MXLog::logError("Printing: {}", PrintServer::statusName(outcome.error()));
     else
         MXLog::logError("Printing: no document");
-    tell(m_window, outcome.error().localizedDescription(), [this] { deleteLater(); });
-}
-
-void PrintOperation::tell(QWidget* over, const QString& text, const std::function<void()>& afterwards)
-{
-    auto* alert = new QMessageBox(QMessageBox::Warning, failureTitle, QString(), QMessageBox::Ok, over);
-    alert->setAttribute(Qt::WA_DeleteOnClose);
-    // Names of queues are what others chose: nothing in them is markup.
-    alert->setTextFormat(Qt::PlainText);
-    alert->setText(text);
-    connect(alert, &QDialog::finished, this, afterwards);
-    alert->open();
+    m_alerts.presentError(outcome.error());
 }

@@ -12,20 +12,22 @@
 #include <memory>
 #include <thread>
 
+class AlertQueue;
 class PageFonts;
 class PrintDialog;
 class QWidget;
 
 /// One print from a window: asks which queues there are, opens the print dialog on the window, and hands the page to
 /// the queue that is chosen, or writes it to the file. The print server is only ever waited for on a thread of the
-/// operation's own, so that a server which stalls cannot hold up the windows; what fails is told by an alert on the
-/// window. It deletes itself at its end. Main thread only; the fonts and the window must outlive it.
+/// operation's own, so that a server which stalls cannot hold up the windows; what fails is told over the dialog, or by
+/// the window's alerts once that has closed. It deletes itself at its end. Main thread only; the fonts, the alerts and
+/// the window must outlive it.
 class PrintOperation final : public QObject
 {
     Q_OBJECT
 
 public:
-    PrintOperation(AttestationPage page, const PageFonts& fonts, QWidget* window);
+    PrintOperation(AttestationPage page, const PageFonts& fonts, AlertQueue& alerts, QWidget* window);
     /// A job that is on its way arrives first, unless the print server has stopped answering.
     ~PrintOperation() override;
     Q_DISABLE_COPY_MOVE(PrintOperation)
@@ -47,15 +49,18 @@ private:
     void offerFile();
     void adoptQueue();
     void accept();
+    void acceptFile();
+    void askToReplace(const QString& path);
+    void acceptPrinter();
     void print();
     void writeFile();
     [[nodiscard]] PrintInfo chosenInfo() const;
     [[nodiscard]] PrintInfo defaultsOfChosenQueue() const;
     void finish(const std::expected<void, Error>& outcome);
-    void tell(QWidget* over, const QString& text, const std::function<void()>& afterwards);
 
     AttestationPage m_page;
     const PageFonts& m_fonts;
+    AlertQueue& m_alerts;
     QWidget* m_window;
     bool m_asking = true;
     QList<PrintQueue> m_queues;

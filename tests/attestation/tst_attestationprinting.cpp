@@ -4,12 +4,17 @@
 #include "attestation/PrintDialog.h"
 #include "attestation/PrintOperation.h"
 #include "attestation/SchemeLogos.h"
+#include "platform/gui/AlertQueue.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
+#include <QPrinter>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -32,11 +37,16 @@ private Q_SLOTS:
     void init()
     {
         m_window = std::make_unique<QWidget>();
+        m_alerts = std::make_unique<AlertQueue>(m_window.get());
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
     }
 
-    void cleanup() { m_window.reset(); }
+    void cleanup()
+    {
+        m_alerts.reset();
+        m_window.reset();
+    }
 
     void theDialogOpensOnTheWindowThatAsksAndGoesWhenItCloses()
     {
@@ -73,7 +83,8 @@ private Q_SLOTS:
     {
         QVERIFY(openDialog());
         QWidget other;
-        printAttestation(specimenCard(1), *m_logos, *m_fonts, &other);
+        AlertQueue alerts(&other);
+        printAttestation(specimenCard(1), *m_logos, *m_fonts, alerts, &other);
         QTRY_COMPARE(other.findChildren<PrintDialog*>().size(), 1);
         QCOMPARE(m_window->findChildren<PrintDialog*>().size(), 1);
     }
@@ -85,7 +96,7 @@ private Q_SLOTS:
         PrintDialog* dialog = openDialog();
         QVERIFY(dialog != nullptr);
         chooseFile(*dialog, path);
-        dialog->accept();
+        pressPrint(*dialog);
         QTRY_VERIFY(operations().isEmpty());
         QCOMPARE(QFile::permissions(path) & ~(QFile::ReadUser | QFile::WriteUser),
                  QFile::ReadOwner | QFile::WriteOwner);
@@ -96,32 +107,116 @@ private Q_SLOTS:
     {
         PrintDialog* dialog = openDialog();
         QVERIFY(dialog != nullptr);
-        // Qt's dialog lets it pass, as it may be made.
         chooseFile(*dialog, u"/proc/page.pdf"_s);
-        dialog->accept();
+        pressPrint(*dialog);
         QTRY_VERIFY(alert() != nullptr);
         QVERIFY(alert()->text().startsWith(u"« /proc/page.pdf » n’a pas été enregistré : "_s));
         alert()->accept();
         QTRY_VERIFY(operations().isEmpty());
     }
 
+    void failuresAreToldOneAfterAnother()
+    {
+        for (const QString& path : {u"/proc/first.pdf"_s, u"/proc/second.pdf"_s}) {
+            PrintDialog* dialog = openDialog();
+            QVERIFY(dialog != nullptr);
+            chooseFile(*dialog, path);
+            pressPrint(*dialog);
+            QTRY_VERIFY(operations().isEmpty());
+        }
+        QCOMPARE(m_window->findChildren<QMessageBox*>().size(), 1);
+        QVERIFY(alert()->text().contains(u"first"_s));
+        alert()->accept();
+        QTRY_VERIFY(alert() != nullptr && alert()->text().contains(u"second"_s));
+    }
+
+    void aFileThatExistsIsReplacedWhenTheUserSaysSo()
+    {
+        const QTemporaryDir folder;
+        const QString path = existingFile(folder);
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        chooseFile(*dialog, path);
+
+        pressPrint(*dialog);
+        QVERIFY(questionIn(*dialog) != nullptr);
+        QCOMPARE(questionIn(*dialog)->text(), u"« %1 » existe déjà. Voulez-vous le remplacer\u202F?"_s.arg(path));
+        press(*questionIn(*dialog), u"Annuler"_s);
+        QTRY_VERIFY(questionIn(*dialog) == nullptr);
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(contentOf(path), "the user's"_ba);
+
+        pressPrint(*dialog);
+        press(*questionIn(*dialog), u"Remplacer"_s);
+        QTRY_VERIFY(operations().isEmpty());
+        QVERIFY(contentOf(path).startsWith("%PDF"));
+    }
+
+    void theEndOfTheWindowIsNoAnswer()
+    {
+        const QTemporaryDir folder;
+        const QString path = existingFile(folder);
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        chooseFile(*dialog, path);
+        pressPrint(*dialog);
+        QVERIFY(questionIn(*dialog) != nullptr);
+        cleanup();
+        QVERIFY(!dialog);
+        QCOMPARE(contentOf(path), "the user's"_ba);
+    }
+
+    void aFolderIsNoFile_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("nothing") << u""_s;
+        QTest::newRow("folder") << u"/tmp"_s;
+        QTest::newRow("folder with its slash") << u"/nonexistent/"_s;
+    }
+
+    void aFolderIsNoFile()
+    {
+        QFETCH(const QString, path);
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        chooseFile(*dialog, path);
+        pressPrint(*dialog);
+        QTRY_VERIFY(questionIn(*dialog) != nullptr);
+        QCOMPARE(questionIn(*dialog)->text(), u"Indiquez le nom du fichier à enregistrer."_s);
+        QVERIFY(dialog->isVisible());
+    }
+
+    void theFileHasThePaperThatIsChosen()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"page.pdf"_s);
+        PrintDialog* dialog = openDialog();
+        QVERIFY(dialog != nullptr);
+        chooseFile(*dialog, path);
+        // As the dialog's page of properties does.
+        dialog->printer()->setPageSize(QPageSize(QPageSize::A5));
+        pressPrint(*dialog);
+        QTRY_VERIFY(operations().isEmpty());
+        QVERIFY(toolOutput(u"pdfinfo"_s, {path}).contains("Page size:       420 x 595 pts (A5)"));
+    }
+
     void theWindowMayGoWhileItsDialogIsOpen()
     {
         const QPointer<PrintDialog> dialog = openDialog();
         QVERIFY(dialog);
-        m_window.reset();
+        cleanup();
         QVERIFY(!dialog);
     }
 
     void theWindowMayGoBeforeItsDialogOpens()
     {
         print();
-        m_window.reset();
+        cleanup();
         QCoreApplication::processEvents();
     }
 
 private:
-    void print() { printAttestation(specimenCard(2), *m_logos, *m_fonts, m_window.get()); }
+    void print() { printAttestation(specimenCard(2), *m_logos, *m_fonts, *m_alerts, m_window.get()); }
 
     [[nodiscard]] QList<PrintOperation*> operations() const { return m_window->findChildren<PrintOperation*>(); }
     [[nodiscard]] QMessageBox* alert() const { return m_window->findChild<QMessageBox*>(); }
@@ -133,6 +228,33 @@ private:
         return QTest::qWaitFor([&dialog] { return dialog() != nullptr && dialog()->isVisible(); }) ? dialog() : nullptr;
     }
 
+    static QString existingFile(const QTemporaryDir& folder)
+    {
+        QFile file(folder.filePath(u"page.pdf"_s));
+        return file.open(QIODevice::WriteOnly) && file.write("the user's") > 0 ? file.fileName() : QString();
+    }
+
+    static QByteArray contentOf(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    static void pressPrint(const PrintDialog& dialog)
+    {
+        dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+    }
+
+    static QMessageBox* questionIn(const PrintDialog& dialog) { return dialog.findChild<QMessageBox*>(); }
+
+    static void press(const QMessageBox& box, const QString& name)
+    {
+        for (QAbstractButton* button : box.buttons()) {
+            if (button->text() == name)
+                button->click();
+        }
+    }
+
     static void chooseFile(const PrintDialog& dialog, const QString& path)
     {
         dialog.findChild<QLineEdit*>(u"filename"_s)->setText(path);
@@ -142,6 +264,7 @@ private:
     std::optional<PageFonts> m_fonts;
     std::unique_ptr<SchemeLogos> m_logos;
     std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<AlertQueue> m_alerts;
 };
 
 int main(int argc, char** argv)

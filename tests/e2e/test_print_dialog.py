@@ -18,6 +18,10 @@ SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 DIALOG = "Imprimer l’attestation"
 TOLERANCE = 0.5  # points
 
+# Each with the place of the page on its sheets.
+QUEUES = {"A4": Placed(595, 842), "A5": Placed(420, 595), "Letter": Placed(612, 792), "margins": Placed(595, 842),
+          "across": Placed(595, 842, turned=True)}
+
 
 class Desk(Application):
     """The application with the specimen card."""
@@ -58,8 +62,10 @@ class PrintDialog(unittest.TestCase):
     def setUpClass(cls):
         cls.server = PrintServer().__enter__()
         cls.addClassCleanup(cls.server.__exit__)
-        for sheet in ("A4", "A5"):
+        for sheet in ("A4", "A5", "Letter"):
             cls.server.add_queue(sheet, sheet)
+        cls.server.add_queue("margins", "A4", margin=36)
+        cls.server.add_queue("across", "A4", options=["orientation-requested-default=4"])
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         environment = {"HOME": folder.name, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8"}
@@ -68,10 +74,17 @@ class PrintDialog(unittest.TestCase):
 
     def setUp(self):
         self.server.set_default("A4")
-        self.counts = {queue: len(self.server.jobs(queue)) for queue in ("A4", "A5")}
+        self.counts = {queue: len(self.server.jobs(queue)) for queue in QUEUES}
 
     def next_job(self, queue):
         return self.server.wait_for_jobs(queue, self.counts[queue] + 1)[-1]
+
+    @staticmethod
+    def existing_file(home):
+        path = os.path.join(home, "Attestation de droits.pdf")
+        with open(path, "wb"):
+            pass
+        return path
 
     def assert_placed(self, path, placed):
         expected = sorted((word, placed.box(box)) for word, box in words_of(self.saved))
@@ -103,6 +116,21 @@ class PrintDialog(unittest.TestCase):
             desk.press_in_dialog("Imprimer")
             job = self.next_job("A5")
         self.assert_placed(job.path, Placed(420, 595))
+
+    def test_every_printer_gets_one_centred_sheet(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            for queue, place in QUEUES.items():
+                with self.subTest(queue=queue):
+                    self.server.set_default(queue)
+                    key("ctrl+p")
+                    desk.in_dialog("combo box", queue)
+                    desk.press_in_dialog("Imprimer")
+                    job = self.next_job(queue)
+                    desk.wait_until_gone("dialog", DIALOG)
+                    self.assertEqual(sheet_of(job.path)[0], 1)
+                    self.assertEqual(job.title, "Attestation de droits")
+                    self.assert_placed(job.path, place)
 
     def test_copies_are_asked_of_the_printer(self):
         with Desk(self.server.environment()) as desk:
@@ -147,6 +175,85 @@ class PrintDialog(unittest.TestCase):
             self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o600)
             self.assertEqual(sheet_of(path), (1, 595, 842))
             self.assert_placed(path, Placed(595, 842))
+
+    def test_a_file_that_exists_is_replaced_only_when_the_user_says_so(self):
+        with tempfile.TemporaryDirectory() as home, Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
+            path = self.existing_file(home)
+            desk.open_viewer()
+            key("ctrl+p")
+            desk.press_in_dialog("Imprimer")
+            desk.find("label", r"« .*Attestation de droits.pdf » existe déjà. Voulez-vous le remplacer.\?")
+            key("Escape")
+            desk.wait_until_gone("push button", "Remplacer")
+            desk.press_in_dialog("Imprimer")
+            desk.find("push button", "Remplacer")
+            self.assertEqual(os.path.getsize(path), 0)
+            desk.press("push button", "Remplacer")
+            wait(lambda: sheet_of(path) == (1, 595, 842) if os.path.getsize(path) else None)
+
+    def test_the_end_of_the_application_is_no_answer(self):
+        with tempfile.TemporaryDirectory() as home, Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
+            path = self.existing_file(home)
+            desk.open_viewer()
+            key("ctrl+p")
+            desk.press_in_dialog("Imprimer")
+            desk.find("push button", "Remplacer")
+            self.assertEqual(desk.terminate(), 0)
+            self.assertEqual(os.path.getsize(path), 0)
+            self.assertEqual([name for name in os.listdir(home) if name.startswith(".pelmora-")], [])
+
+    def test_the_application_ends_while_the_dialog_is_open(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            key("ctrl+p")
+            desk.find("dialog", DIALOG)
+            self.assertEqual(desk.terminate(), 0)
+        self.assertEqual(len(self.server.jobs("A4")), self.counts["A4"])
+
+    def test_a_job_that_is_on_its_way_arrives_when_the_application_ends(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            key("ctrl+p")
+            desk.press_in_dialog("Imprimer")
+            desk.wait_until_gone("dialog", DIALOG)
+            self.assertEqual(desk.terminate(), 0)
+        self.assert_placed(self.next_job("A4").path, Placed(595, 842))
+
+    def test_the_application_ends_while_the_print_server_stalls(self):
+        with PrintServer() as silent:
+            silent.add_queue("queue")
+            with Desk(silent.environment()) as desk:
+                desk.open_viewer()
+                silent.stall()
+                key("ctrl+p")
+                start = time.monotonic()
+                self.assertEqual(desk.terminate(), 0)
+                self.assertLess(time.monotonic() - start, 3)
+
+    def test_a_printer_that_goes_under_the_open_dialog_is_told(self):
+        self.server.add_queue("gone", "A4")
+        self.server.set_default("gone")
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            key("ctrl+p")
+            desk.in_dialog("combo box", "gone")
+            self.server.run("lpadmin", "-x", "gone")
+            desk.press_in_dialog("Imprimer")
+            desk.find("label", "L’imprimante « gone » n’existe plus.")
+            desk.press("push button", "OK")
+            desk.wait_until_gone("dialog", DIALOG)
+
+    def test_a_print_server_that_goes_under_the_open_dialog_is_told(self):
+        with PrintServer() as brief:
+            brief.add_queue("queue")
+            brief.set_default("queue")
+            with Desk(brief.environment()) as desk:
+                desk.open_viewer()
+                key("ctrl+p")
+                desk.in_dialog("combo box", "queue")
+                brief.stop()
+                desk.press_in_dialog("Imprimer")
+                desk.find("label", "Le serveur d’impression n’est pas joignable.")
 
     def test_a_printer_that_refuses_is_told(self):
         self.server.run("cupsreject", "A4")

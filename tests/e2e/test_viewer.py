@@ -22,6 +22,7 @@ VIEWER = sys.argv.pop()
 Box = collections.namedtuple("Box", "x y width height")
 
 PAGE = (595, 842)
+SCREEN = (1280, 1024)
 AIR = 20  # points around the page, in each direction
 DARK = """[Colors:Window]
 BackgroundNormal=35,38,41
@@ -141,6 +142,15 @@ class Looking(unittest.TestCase):
         # Rounded to whole points.
         self.assertLessEqual(abs(page.x - right), 2, page)
         self.assertLessEqual(abs(page.y - below), 2, page)
+
+    def test_the_window_opens_in_the_middle_of_the_screen_with_the_page_one_to_one(self):
+        with Viewer() as viewer:
+            self.assertEqual(wait(lambda: viewer.content()[2:] == (615, 862) and viewer.content()[2:]), (615, 862))
+            content, page, menu = viewer.content(), box_of(viewer.page()), box_of(viewer.find("menu bar", ".*"))
+            self.assertEqual((page.x - content.x, page.y - content.y, *page[2:]), (10, 10, *PAGE))
+            self.assertLessEqual(abs(content.x + content.width / 2 - SCREEN[0] / 2), 5)
+            # With its title bar, whose height is the window manager's.
+            self.assertLessEqual(abs(menu.y + (content.height + menu.height) / 2 - SCREEN[1] / 2), 30)
 
     def test_a_window_of_the_pages_size_shows_it_one_to_one(self):
         self.assertEqual(self.viewer.page_in(615, 862), (10, 10, 595, 842))
