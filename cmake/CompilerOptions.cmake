@@ -26,6 +26,9 @@ else()
     $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong>)
 endif()
 
+# What is delivered does not tell where it was built: the same sources make the same bytes in every folder.
+target_compile_options(pelmora_options INTERFACE "$<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>")
+
 target_link_options(pelmora_options INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed)
 
 include(CheckPIESupported)
