@@ -13,7 +13,7 @@
 
 /// The bundle that this copy is, when its tree (the folder above its "bin") is named "….app". What a package manager
 /// has installed is none, wherever it lies: only a folder that is the copy's own may be moved.
-[[nodiscard]] std::optional<QString> portableBundleOf(const QString& executableFolder);
+[[nodiscard]] std::optional<QString> portableBundleOf(const QString& executable);
 
 /// What is known of this process, which runs from the given bundle, and of this desktop.
 [[nodiscard]] MoveSurroundings surroundingsOf(const QString& bundlePath);
