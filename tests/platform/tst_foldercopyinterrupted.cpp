@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -22,6 +23,7 @@ class tst_FolderCopyInterrupted : public QObject
 private Q_SLOTS:
     void aCopyIsWholeOrNotThere_data();
     void aCopyIsWholeOrNotThere();
+    void aCopyInTheMakingIsLocked();
     void aRemovedFolderIsWholeOrGone_data();
     void aRemovedFolderIsWholeOrGone();
 };
@@ -56,6 +58,25 @@ void tst_FolderCopyInterrupted::aCopyIsWholeOrNotThere()
     // The last one went through, and has swept up after those that were killed.
     QCOMPARE(folderTreeOf(target), whole);
     QCOMPARE(namesIn(folder.path() + u"/Applications"_s), QStringList{u"Pelmora.app"_s});
+}
+
+void tst_FolderCopyInterrupted::aCopyInTheMakingIsLocked()
+{
+    const QTemporaryDir folder;
+    QVERIFY(makeFolderTree(folder.path() + "/Pelmora.app"_L1));
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);
+    process.setProcessEnvironment(environment);
+    process.start(u"strace"_s, {u"-o"_s, folder.path() + "/calls"_L1, u"-e"_s, u"trace=flock,sendfile"_s, worker,
+                                u"copy"_s, folder.path() + "/Pelmora.app"_L1, folder.path() + "/copie"_L1});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QFile calls(folder.path() + "/calls"_L1);
+    QVERIFY(calls.open(QIODevice::ReadOnly));
+    const QByteArray first = calls.readLine();
+    QVERIFY2(first.contains("LOCK_EX|LOCK_NB)") && first.endsWith(" = 0\n"), first.constData());
+    QVERIFY(calls.readLine().startsWith("sendfile("));
 }
 
 void tst_FolderCopyInterrupted::aRemovedFolderIsWholeOrGone_data()
