@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QMessageBox>
+#include <QPushButton>
 
 using namespace Qt::StringLiterals;
 
@@ -10,7 +11,7 @@ void showAboutBox(QWidget* window)
     constexpr int iconSide = 64;
     auto* box = new QMessageBox(QMessageBox::NoIcon, u"À propos de Pelmora"_s,
                                 u"<big><b>Pelmora "_s + QCoreApplication::applicationVersion() + u"</b></big>"_s,
-                                QMessageBox::Ok, window);
+                                QMessageBox::NoButton, window);
     box->setTextFormat(Qt::RichText);
     box->setInformativeText(
         u"<p>Pelmora lit la carte Vitale d’un patient et en fait une attestation de droits à l’assurance maladie, "
@@ -18,6 +19,7 @@ void showAboutBox(QWidget* window)
         "<p>Les données de la carte ne quittent pas cet ordinateur.</p>"
         "<p>MORVEL</p>"_s);
     box->setIconPixmap(window->windowIcon().pixmap(iconSide));
+    box->setDefaultButton(box->addButton(u"OK"_s, QMessageBox::AcceptRole));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }

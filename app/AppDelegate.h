@@ -17,6 +17,7 @@ class LVitAccess;
 class MVAttestationWindowController;
 class MainWindow;
 class PageFonts;
+class QAction;
 class QFileDialog;
 class QMenu;
 class SchemeLogos;
@@ -74,8 +75,10 @@ public:
     void sendComment(const QObject* sender);
     void showHelp(const QObject* sender);
     void preferences(const QObject* sender);
-    /// What an entry of the status item's menu stands for, by its tag.
-    void executeAction(int tag);
+    /// What an entry of the status item's menu stands for, by its tag. Any other sender is ignored.
+    void executeAction(const QObject* sender);
+    /// Whether an entry of the menu bar can be chosen: those of the card actions once the card service is bound.
+    [[nodiscard]] bool validateMenuItem(const QAction& menuItem) const;
 
     /// Lets the user choose a card XML file, and loads it.
     void loadXMLFile();
@@ -96,6 +99,7 @@ private:
     void enableUI();
     void updateUI();
     void connectWindow();
+    void setEnabled(bool enabled);
 
     /// The main window, seen: what belongs to it would be lost on a hidden one.
     [[nodiscard]] MainWindow& visibleWindow();
@@ -111,6 +115,7 @@ private:
     // What the reading of a card needs.
     void beginSheet(const QString& message) override;
     void endSheed() override;
+    void showBinding(bool isBinding) override;
     void beep() override;
     void presentError(const Error& error) override;
     [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return m_currentVitale; }

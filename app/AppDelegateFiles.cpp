@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 #include "app/AttestationFiles.h"
 #include "app/CardFile.h"
+#include "app/CardFilePanel.h"
 #include "app/MainWindow.h"
 #include "app/RecentAttestations.h"
 #include "app/StatusItem.h"
@@ -16,9 +17,7 @@
 
 #include <QAction>
 #include <QDateTime>
-#include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QMenu>
 
 using namespace Qt::StringLiterals;
@@ -149,14 +148,7 @@ void AppDelegate::loadXMLFile()
         m_filePanel->raise();
         return;
     }
-    // The folder exists once something was saved; the panel would open on the program's own otherwise.
-    const QString folder = attestationsFolder();
-    m_filePanel = new QFileDialog(&window, u"Sélectionnez un fichier XML"_s,
-                                  QFileInfo(folder).isDir() ? folder : QDir::homePath());
-    m_filePanel->setAttribute(Qt::WA_DeleteOnClose);
-    m_filePanel->setFileMode(QFileDialog::ExistingFile);
-    // The desktops' own panels enter what is opened in lists of recent documents, and the names are patients'.
-    m_filePanel->setOption(QFileDialog::DontUseNativeDialog);
+    m_filePanel = makeCardFilePanel(window, attestationsFolder());
     connect(m_filePanel, &QFileDialog::accepted, this, [this, panel = m_filePanel.get()] {
         if (const QStringList files = panel->selectedFiles(); !files.isEmpty())
             loadXMLFile(files.first());

@@ -12,6 +12,7 @@
 #include "prefs/MVSettings.h"
 #include "support/MXButton.h"
 
+#include <QAction>
 #include <QDateTime>
 #include <QFileDialog>
 #include <QGuiApplication>
@@ -40,8 +41,7 @@ void AppDelegate::disableUI()
     for (MXButton* button :
          {m_window.viewButton(), m_window.printButton(), m_window.saveButton(), m_window.quitButton()})
         button->setEnabled(false);
-    m_enabled = false;
-    m_window.setCardActionsEnabled(m_enabled);
+    setEnabled(false);
 }
 
 void AppDelegate::enableUI()
@@ -50,8 +50,18 @@ void AppDelegate::enableUI()
          {m_window.readButton(), m_window.viewButton(), m_window.printButton(), m_window.saveButton(),
           m_window.quitButton(), m_window.mailButton(), m_window.settingsButton()})
         button->setEnabled(true);
-    m_enabled = true;
-    m_window.setCardActionsEnabled(m_enabled);
+    setEnabled(true);
+}
+
+void AppDelegate::setEnabled(bool enabled)
+{
+    m_enabled = enabled;
+    m_window.validateMenuItems([this](const QAction& menuItem) { return validateMenuItem(menuItem); });
+}
+
+bool AppDelegate::validateMenuItem(const QAction& menuItem) const
+{
+    return m_enabled || !m_window.isCardAction(menuItem);
 }
 
 void AppDelegate::updateUI()
@@ -66,9 +76,12 @@ MainWindow& AppDelegate::visibleWindow()
     return m_window;
 }
 
-void AppDelegate::readVitale(const QObject* /*sender*/)
+void AppDelegate::readVitale(const QObject* sender)
 {
-    if ((QGuiApplication::keyboardModifiers() & fileKeys) == fileKeys)
+    // Without a sender there may be no event either that would tell of keys: status items speak over the session bus.
+    const Qt::KeyboardModifiers keys =
+        sender ? QGuiApplication::keyboardModifiers() : QGuiApplication::queryKeyboardModifiers();
+    if ((keys & fileKeys) == fileKeys)
         loadXMLFile();
     else
         m_reading.readVitale();
@@ -82,6 +95,11 @@ void AppDelegate::beginSheet(const QString& message)
 void AppDelegate::endSheed()
 {
     m_window.endSheed();
+}
+
+void AppDelegate::showBinding(bool isBinding)
+{
+    m_window.setConnecting(isBinding);
 }
 
 void AppDelegate::beep()
@@ -130,8 +148,12 @@ void AppDelegate::hideStatusItem()
         showMainWindow(nullptr);
 }
 
-void AppDelegate::executeAction(int tag)
+void AppDelegate::executeAction(const QObject* sender)
 {
+    const auto* menuItem = qobject_cast<const QAction*>(sender);
+    if (!menuItem)
+        return;
+    const int tag = menuItem->data().toInt();
     if (tag == StatusMenu::QuitTag) {
         terminate();
         return;

@@ -4,6 +4,7 @@
 #include "app/CardSummary.h"
 #include "app/DroppedCardFile.h"
 #include "app/ProgressSheet.h"
+#include "app/ScreenRoom.h"
 #include "app/TextSize.h"
 #include "platform/Bundle.h"
 #include "support/GlyphIcon.h"
@@ -16,16 +17,16 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPainter>
-#include <QScreen>
 #include <QSvgRenderer>
-#include <QTimer>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -54,6 +55,9 @@ constexpr Colour panelColour{0, 162, 1};
 constexpr double titleSize = 1.2;
 constexpr double largeSize = 1.4;
 
+// The card service is there in a few tenths of a second.
+constexpr auto usualConnecting = 1s;
+
 constexpr std::array tiles{
     Tile{&Ui_MainWindow::readButton, Colour{0, 162, 1}, "ReadIcon"_L1, &MainWindow::readRequested},
     Tile{&Ui_MainWindow::viewButton, Colour{146, 39, 221}, "ViewIcon"_L1, &MainWindow::viewRequested},
@@ -68,7 +72,7 @@ struct MenuItem
 {
     QAction* Ui_MainWindow::* action = nullptr;
     Request request = nullptr;
-    bool needsCardService = false;
+    bool isCardAction = false;
 };
 
 constexpr std::array menuItems{
@@ -110,11 +114,13 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     m_ui->setupUi(this);
     // Whatever other windows are open: closing this one ends nothing.
     setAttribute(Qt::WA_QuitOnClose, false);
+    m_connectingTimer.setSingleShot(true);
+    m_connectingTimer.setInterval(usualConnecting);
     setUpTexts();
     setUpIcons(bundle);
     connectRequests();
     initUI();
-    fitToScreen();
+    resize(boundedToScreen(*this, size()));
     m_ui->readButton->setFocus();
 }
 
@@ -131,7 +137,8 @@ void MainWindow::initUI()
     inks.setColor(QPalette::WindowText, readableInk(background));
     m_ui->vitaleInfoView->setPalette(inks);
     m_ui->vitaleInfoTextField->setText(summaryBeforeAnyCard.toString());
-    m_ui->cardTimeLabel->setText(u"Insérez une carte, puis appuyez sur Lire."_s);
+    m_cardTime = u"Insérez une carte, puis appuyez sur Lire."_s;
+    showCardTime();
 }
 
 void MainWindow::setUpTexts()
@@ -152,13 +159,6 @@ void MainWindow::setUpTexts()
         m_ui->tiles->setColumnMinimumWidth(column, widest);
 }
 
-void MainWindow::fitToScreen()
-{
-    // What a window manager's frame and title bar may take.
-    constexpr QSize frame(16, 48);
-    resize(size().boundedTo(screen()->availableSize() - frame));
-}
-
 void MainWindow::setUpIcons(const Bundle& bundle)
 {
     for (const Tile& tile : tiles)
@@ -173,22 +173,47 @@ void MainWindow::connectRequests()
     for (const MenuItem& item : menuItems)
         connect(*m_ui.*item.action, &QAction::triggered, this, item.request);
     connect(m_ui->aboutAction, &QAction::triggered, this, [this] { showAboutBox(this); });
+    connect(&m_connectingTimer, &QTimer::timeout, this, &MainWindow::showCardTime);
     connect(m_ui->closeAction, &QAction::triggered, this, &QWidget::close);
 }
 
-void MainWindow::setCardActionsEnabled(bool enabled)
+void MainWindow::validateMenuItems(const std::function<bool(const QAction&)>& validateMenuItem)
 {
     for (const MenuItem& item : menuItems) {
-        if (item.needsCardService)
-            (*m_ui.*item.action)->setEnabled(enabled);
+        QAction* action = *m_ui.*item.action;
+        action->setEnabled(validateMenuItem(*action));
     }
+}
+
+bool MainWindow::isCardAction(const QAction& menuItem) const
+{
+    return std::ranges::any_of(menuItems, [this, &menuItem](const MenuItem& item) {
+        return item.isCardAction && *m_ui.*item.action == &menuItem;
+    });
 }
 
 void MainWindow::setCardTime(CardOrigin origin, const QDateTime& time)
 {
     const QString format = origin == CardOrigin::Reader ? u"'Lue le' dd/MM/yyyy 'à' HH:mm"_s
                                                         : u"'Fichier ouvert le' dd/MM/yyyy 'à' HH:mm"_s;
-    m_ui->cardTimeLabel->setText(time.toString(format));
+    m_cardTime = time.toString(format);
+    showCardTime();
+}
+
+void MainWindow::setConnecting(bool isConnecting)
+{
+    m_isConnecting = isConnecting;
+    if (isConnecting)
+        m_connectingTimer.start();
+    else
+        m_connectingTimer.stop();
+    showCardTime();
+}
+
+void MainWindow::showCardTime()
+{
+    const bool takesLong = m_isConnecting && !m_connectingTimer.isActive();
+    m_ui->cardTimeLabel->setText(takesLong ? u"Connexion au lecteur de cartes…"_s : m_cardTime);
 }
 
 void MainWindow::beginSheet(const QString& message)

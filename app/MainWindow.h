@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -60,10 +61,14 @@ public:
     [[nodiscard]] QAction* updateMenuItem() const;
     [[nodiscard]] ProgressSheet* sheet() const { return m_sheet.get(); }
 
-    /// The menu entries of the card actions (read, view, print, save); all other entries are always enabled.
-    void setCardActionsEnabled(bool enabled);
+    /// Asks for each entry of the menu bar whether it can be chosen from now on.
+    void validateMenuItems(const std::function<bool(const QAction&)>& validateMenuItem);
+    /// Whether the entry is one of the card actions: read, view, print, save.
+    [[nodiscard]] bool isCardAction(const QAction& menuItem) const;
     /// Says beside the summary when the card was read, or its file opened: rights are those of that time.
     void setCardTime(CardOrigin origin, const QDateTime& time);
+    /// Says, in the place of that time, that the card service is being connected to, once this takes longer than usual.
+    void setConnecting(bool isConnecting);
 
     /// Shows the progress sheet with that message.
     void beginSheet(const QString& message);
@@ -99,13 +104,16 @@ protected:
 private:
     void connectRequests();
     void setUpTexts();
-    void fitToScreen();
     void setUpIcons(const Bundle& bundle);
     void showWindowIcon();
+    void showCardTime();
     [[nodiscard]] bool isBlocked() const;
 
     std::unique_ptr<Ui::MainWindow> m_ui;
     std::unique_ptr<ProgressSheet> m_sheet;
     std::function<ClosePolicy()> m_closePolicy;
+    QString m_cardTime;
+    QTimer m_connectingTimer; // single shot: runs while the connecting takes no longer than usual
+    bool m_isConnecting = false;
     QString m_windowIconPath; // emptied once the icon is shown
 };

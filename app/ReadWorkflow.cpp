@@ -31,6 +31,7 @@ void ReadWorkflow::bind()
     // A second bind would cut the first one's connection, and so make it fail.
     if (std::exchange(m_isBinding, true))
         return;
+    m_delegate.showBinding(true);
     bindCardService(*m_client, [self = QPointer(this)](const BindOutcome& outcome) {
         if (self)
             self->finishBind(outcome);
@@ -40,6 +41,7 @@ void ReadWorkflow::bind()
 void ReadWorkflow::finishBind(const BindOutcome& outcome)
 {
     m_isBinding = false;
+    m_delegate.showBinding(false);
     const Step step = std::exchange(m_dueStep, nullptr);
     postBindNotification(outcome);
     if (!outcome && step)

@@ -27,6 +27,8 @@ public:
     virtual void beginSheet(const QString& message) = 0;
     /// Closes the progress sheet, if it is shown.
     virtual void endSheed() = 0;
+    /// The card service is being bound, or is not any more. A bind has no sheet: cards that are there stay usable.
+    virtual void showBinding(bool isBinding) = 0;
     virtual void beep() = 0;
     virtual void presentError(const Error& error) = 0;
     /// The card that is there already, if there is one.

@@ -21,8 +21,9 @@ void StatusItem::fillMenu()
             m_menu.addSeparator();
             continue;
         }
-        const QAction* const action = m_menu.addAction(entry.actionText());
-        connect(action, &QAction::triggered, this, [this, tag = entry.tag] { Q_EMIT executeAction(tag); });
+        QAction* const action = m_menu.addAction(entry.actionText());
+        action->setData(entry.tag);
+        connect(action, &QAction::triggered, this, [this, action] { Q_EMIT executeAction(action); });
     }
 }
 

@@ -22,8 +22,8 @@ public:
     [[nodiscard]] bool hostAvailable() const { return m_hostAvailable; }
 
 Q_SIGNALS:
-    /// An entry of the menu was chosen (a tag of StatusMenu).
-    void executeAction(int tag);
+    /// An entry of the menu was chosen: the action, whose data is a tag of StatusMenu.
+    void executeAction(const QObject* sender);
     /// The item was clicked: the window is to come back.
     void showRequested();
     /// The place for the item has come, or has gone: then a hidden window has to come back.

@@ -31,6 +31,7 @@ public:
 
     void beginSheet(const QString& message) override { note(QStringLiteral("sheet ") + message); }
     void endSheed() override { note(QStringLiteral("end of sheet")); }
+    void showBinding(bool isBinding) override { showsBinding = isBinding; }
     void beep() override { note(QStringLiteral("beep")); }
     void presentError(const Error& error) override { note(QStringLiteral("error %1").arg(error.code())); }
     [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return card; }
@@ -62,6 +63,7 @@ public:
     std::unique_ptr<ReadWorkflow> workflow;
     std::optional<CardRecord> card;
     QStringList notes;
+    bool showsBinding = false;
     /// Whether every note was taken on the main thread.
     bool isOnMainThread = true;
 

@@ -122,6 +122,20 @@ private Q_SLOTS:
         }
     }
 
+    void tilesTellTheShortcutsOfTheirMenuEntries()
+    {
+        for (const ExpectedTile& tile : expectedTiles) {
+            for (const ExpectedItem& item : expectedItems) {
+                if (item.signal != tile.signal || item.shortcut.isEmpty())
+                    continue;
+                // As people read it on their keyboards; the texts of the tests' own program are English.
+                const QString keys = item.shortcut.toString().replace(u"Shift"_s, u"Maj"_s);
+                const QString toolTip = (*m_window.*tile.outlet)()->toolTip();
+                QVERIFY2(toolTip.endsWith(u" ("_s + keys + u')'), tile.name);
+            }
+        }
+    }
+
     void shortcutsReachTheWindow()
     {
         for (const ExpectedItem& expected : expectedItems) {
@@ -152,7 +166,8 @@ private Q_SLOTS:
     void onlyTheCardActionsEntriesAreSwitched()
     {
         for (const bool enabled : {false, true}) {
-            m_window->setCardActionsEnabled(enabled);
+            m_window->validateMenuItems(
+                [this, enabled](const QAction& menuItem) { return enabled || !m_window->isCardAction(menuItem); });
             for (const ExpectedItem& expected : expectedItems)
                 QVERIFY2(action(expected.name)->isEnabled() == (enabled || !expected.cardAction), expected.name);
             for (const ExpectedTile& expected : expectedTiles)

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QUrl>
@@ -144,13 +145,20 @@ private Q_SLOTS:
     {
         QCoreApplication::setApplicationVersion(u"9.8.7"_s);
         action("aboutAction")->trigger();
-        const auto* box = m_window->findChild<QMessageBox*>();
+        auto* box = m_window->findChild<QMessageBox*>();
         QVERIFY(box);
         QVERIFY(box->isVisible());
         QCOMPARE(box->windowModality(), Qt::WindowModal);
         QVERIFY(box->text().contains(u"Pelmora 9.8.7"_s));
         QVERIFY(box->informativeText().contains(u"attestation"_s));
         QVERIFY(!box->iconPixmap().isNull());
+        // The same button as the alerts'.
+        const QAbstractButton* ok = box->defaultButton();
+        QVERIFY(ok);
+        QCOMPARE(ok->text(), u"OK"_s);
+        QVERIFY(ok->icon().isNull());
+        QTest::keyClick(box, Qt::Key_Escape);
+        QTRY_VERIFY(!m_window->findChild<QMessageBox*>());
     }
 };
 

@@ -103,6 +103,27 @@ private Q_SLOTS:
         QCOMPARE(m_window->vitaleInfoTextField()->text(), u"Aucune"_s);
     }
 
+    void aConnectionThatTakesLongIsToldInTheTimesPlace()
+    {
+        const auto* label = m_window->findChild<QLabel*>(u"cardTimeLabel"_s);
+        const QString hint = u"Insérez une carte, puis appuyez sur Lire."_s;
+        const QString connecting = u"Connexion au lecteur de cartes…"_s;
+        QCOMPARE(label->text(), hint);
+        const QSize smallest = m_window->minimumSizeHint();
+        m_window->setConnecting(true);
+        QCOMPARE(label->text(), hint);
+        QTRY_COMPARE(label->text(), connecting);
+        // The window does not grow for it.
+        QCOMPARE(m_window->minimumSizeHint().expandedTo(smallest), smallest);
+
+        m_window->setCardTime(MainWindow::CardOrigin::File, QDateTime(QDate(2026, 11, 21), QTime(14, 2)));
+        QCOMPARE(label->text(), connecting);
+        m_window->setConnecting(false);
+        QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
+        m_window->setConnecting(true);
+        QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
+    }
+
     void noNameMakesTheWindowGrow_data()
     {
         QTest::addColumn<QString>("summary");

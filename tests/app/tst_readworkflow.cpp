@@ -60,6 +60,24 @@ private Q_SLOTS:
         QVERIFY(desk.isOnMainThread);
     }
 
+    void aBindIsShownUntilItEnds_data()
+    {
+        QTest::addColumn<QStringList>("behaviour");
+        QTest::newRow("success") << QStringList();
+        QTest::newRow("failure") << wrongReader;
+    }
+
+    void aBindIsShownUntilItEnds()
+    {
+        QFETCH(const QStringList, behaviour);
+        ReadingDesk desk(behaviour);
+        QVERIFY(!desk.showsBinding);
+        desk.workflow->bind();
+        QVERIFY(desk.showsBinding);
+        QTRY_COMPARE(desk.notes.size(), 1);
+        QVERIFY(!desk.showsBinding);
+    }
+
     void aBindThatFailsIsNotifiedWithItsError()
     {
         ReadingDesk desk(wrongReader);

@@ -64,7 +64,8 @@ private Q_SLOTS:
             if (action->isSeparator())
                 continue;
             action->trigger();
-            tags.append(chosen.takeFirst().at(0).toInt());
+            const auto* const sender = qobject_cast<const QAction*>(chosen.takeFirst().at(0).value<const QObject*>());
+            tags.append(sender->data().toInt());
         }
         QCOMPARE(tags, (QList<int>{10, 11, 12, 13, 14, 15}));
     }

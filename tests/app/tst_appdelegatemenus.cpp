@@ -1,0 +1,232 @@
+#include "app/RecentAttestations.h"
+#include "app/StatusMenu.h"
+#include "support/MXButton.h"
+#include "tests/app/Office.h"
+#include "tests/card/FakeService.h"
+
+#include <QAction>
+#include <QFileDialog>
+#include <QMenu>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList silent{u"--do"_s, u"any"_s, u"silent"_s};
+const QStringList silentRead{u"--do"_s, u"vitale_read"_s, u"silent"_s};
+
+QString specimen()
+{
+    return QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml");
+}
+
+// The status item's menus that there are.
+qsizetype statusMenus()
+{
+    return std::ranges::count_if(QApplication::topLevelWidgets(), [](const QWidget* widget) {
+        const auto* const menu = qobject_cast<const QMenu*>(widget);
+        return menu != nullptr && menu->title() == StatusMenu::title;
+    });
+}
+
+} // namespace
+
+class tst_AppDelegateMenus : public QObject
+{
+    Q_OBJECT
+
+private:
+    // An office whose card service has that behaviour, once it is bound.
+    [[nodiscard]] std::unique_ptr<Office> boundOffice(const QStringList& behaviour = {}) const
+    {
+        auto office = std::make_unique<Office>(m_fake->command(behaviour));
+        office->start();
+        const bool isBound = QTest::qWaitFor([&office] { return office->delegate->isEnabled(); });
+        return isBound ? std::move(office) : nullptr;
+    }
+
+    std::unique_ptr<FakeService> m_fake;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_fake = std::make_unique<FakeService>();
+        // No keys are held down any more: the next event tells so.
+        QWidget window;
+        window.show();
+        QTest::mouseClick(&window, Qt::LeftButton);
+    }
+
+    void cleanup() { MVSettings::setStore(nullptr); }
+
+    void twoModifiersTogetherAskForAFileAndOneAloneReads_data()
+    {
+        QTest::addColumn<Qt::KeyboardModifiers>("keys");
+        QTest::addColumn<bool>("fromFile");
+        QTest::newRow("none") << Qt::KeyboardModifiers() << false;
+        QTest::newRow("control") << Qt::KeyboardModifiers(Qt::ControlModifier) << false;
+        QTest::newRow("option") << Qt::KeyboardModifiers(Qt::AltModifier) << false;
+        QTest::newRow("control and shift") << (Qt::ControlModifier | Qt::ShiftModifier) << false;
+        QTest::newRow("both") << (Qt::ControlModifier | Qt::AltModifier) << true;
+        QTest::newRow("both and shift") << (Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier) << true;
+    }
+
+    void twoModifiersTogetherAskForAFileAndOneAloneReads()
+    {
+        QFETCH(const Qt::KeyboardModifiers, keys);
+        QFETCH(const bool, fromFile);
+        const auto office = boundOffice(silentRead);
+        QVERIFY(office);
+        QTest::mouseClick(office->window->readButton(), Qt::LeftButton, keys);
+        QCOMPARE(office->delegate->isReading(), !fromFile);
+        const auto* panel = office->window->findChild<QFileDialog*>();
+        QCOMPARE(panel != nullptr, fromFile);
+        QVERIFY(!panel || (panel->isVisible() && panel->windowTitle() == u"Sélectionnez un fichier XML"_s &&
+                           panel->fileMode() == QFileDialog::ExistingFile));
+    }
+
+    void theFilePanelFitsTheScreenAndIsThereOnce()
+    {
+        const auto office = boundOffice();
+        QVERIFY(office);
+        office->delegate->loadXMLFile();
+        office->delegate->loadXMLFile();
+        QCOMPARE(office->window->findChildren<QFileDialog*>().size(), 1);
+        const auto* panel = office->window->findChild<QFileDialog*>();
+        const QSize room = panel->screen()->availableSize();
+        QCOMPARE(panel->size().boundedTo(room), panel->size());
+    }
+
+    void entriesOfTheMenuBarAreValidatedByTheirAction()
+    {
+        const QStringList cardActions{u"readAction"_s, u"viewAction"_s, u"printAction"_s, u"saveAction"_s};
+        const Office office(m_fake->command());
+        office.start();
+        for (const bool isBound : {false, true}) {
+            QTRY_COMPARE(office.delegate->isEnabled(), isBound);
+            for (const QAction* action : office.window->findChildren<QAction*>()) {
+                const bool isCardAction = cardActions.contains(action->objectName());
+                QCOMPARE(office.delegate->validateMenuItem(*action), isBound || !isCardAction);
+                if (isCardAction)
+                    QCOMPARE(action->isEnabled(), isBound);
+            }
+        }
+    }
+
+    void thereIsOneStatusItemHoweverOftenItIsShown()
+    {
+        const auto office = boundOffice();
+        QVERIFY(office);
+        QCOMPARE(statusMenus(), 1);
+        office->delegate->showStatusItem();
+        QCOMPARE(statusMenus(), 1);
+        office->delegate->hideStatusItem();
+        QCOMPARE(statusMenus(), 0);
+        office->delegate->hideStatusItem();
+        office->delegate->showStatusItem();
+        QCOMPARE(statusMenus(), 1);
+    }
+
+    void withoutTheSettingThereIsNoStatusItem()
+    {
+        const Office office(m_fake->command(silent));
+        MVSettings::setPreferencesWithBooleanValue(SettingsKey::statusItemMenu, false);
+        office.start();
+        QCOMPARE(statusMenus(), 0);
+        MVSettings::setPreferencesWithBooleanValue(SettingsKey::statusItemMenu, true);
+        office.delegate->showStatusItem();
+        QCOMPARE(statusMenus(), 1);
+    }
+
+    void aHiddenWindowComesBackWithTheEndOfTheStatusItem()
+    {
+        const auto office = boundOffice();
+        QVERIFY(office);
+        office->window->hide();
+        office->delegate->hideStatusItem();
+        QVERIFY(office->window->isVisible());
+    }
+
+    void onlyTheEntriesOfTheStatusMenuDoAnything_data()
+    {
+        QTest::addColumn<int>("tag");
+        QTest::addColumn<bool>("reads");
+        QTest::newRow("before the first") << 9 << false;
+        QTest::newRow("read") << 10 << true;
+        QTest::newRow("view") << 11 << true;
+        QTest::newRow("print") << 12 << true;
+        QTest::newRow("save") << 13 << true;
+        QTest::newRow("after the last") << 16 << false;
+    }
+
+    void onlyTheEntriesOfTheStatusMenuDoAnything()
+    {
+        QFETCH(const int, tag);
+        QFETCH(const bool, reads);
+        const auto office = boundOffice(silentRead);
+        QVERIFY(office);
+        QAction action;
+        action.setData(tag);
+        office->delegate->executeAction(&action);
+        QCOMPARE(office->delegate->isReading(), reads);
+    }
+
+    void anySenderButAMenuEntryIsIgnored()
+    {
+        const auto office = boundOffice(silentRead);
+        QVERIFY(office);
+        office->delegate->executeAction(nullptr);
+        office->delegate->executeAction(office->window->readButton());
+        QVERIFY(!office->delegate->isReading());
+        office->delegate->openRecentAttestation(nullptr);
+        office->delegate->openRecentAttestation(office->window->readButton());
+    }
+
+    void beforeTheBindTheStatusMenuOnlyOpensTheFolder()
+    {
+        const Office office(m_fake->command(silent));
+        office.start();
+        for (int tag = StatusMenu::ReadTag; tag <= StatusMenu::SaveTag; ++tag) {
+            QAction action;
+            action.setData(tag);
+            office.delegate->executeAction(&action);
+            QVERIFY(!office.delegate->isReading());
+        }
+        QVERIFY(!QFileInfo::exists(office.attestations()));
+        QAction openFolder;
+        openFolder.setData(14);
+        office.delegate->executeAction(&openFolder);
+        QVERIFY(QFileInfo(office.attestations()).isDir());
+    }
+
+    void anEleventhFileIsWrittenAndTheMenuStaysAsItWas()
+    {
+        const auto office = boundOffice();
+        QVERIFY(office);
+        for (int number = 1; number <= RecentAttestations::maximumCount; ++number)
+            QVERIFY(RecentAttestations::add(u"/folder/%1.pdf"_s.arg(number)));
+        const std::vector<MenuEntry> before = RecentAttestations::menu();
+        office->delegate->loadXMLFile(specimen());
+        office->delegate->saveAttestation(nullptr);
+        QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
+        QCOMPARE(RecentAttestations::menu(), before);
+    }
+
+    void anEmptyListOfRecentFilesOffersNothingNotEvenALine()
+    {
+        const auto office = boundOffice();
+        QVERIFY(office);
+        const QList<QAction*> entries = office->window->recentsMenuItem()->menu()->actions();
+        QCOMPARE(entries.size(), 1);
+        QCOMPARE(entries.first()->text(), u"Effacer le menu"_s);
+        QCOMPARE(entries.first()->data().toInt(), 1000);
+        QVERIFY(!entries.first()->isEnabled());
+        QCOMPARE(office->window->recentsMenuItem()->menu()->title(), u"Recents"_s);
+    }
+};
+
+QTEST_MAIN(tst_AppDelegateMenus)
+#include "tst_appdelegatemenus.moc"
