@@ -1,6 +1,5 @@
 """The application at the counter, from the first window to the last. Usage: test_application.py STAGE FAKE_SERVICE"""
 
-import json
 import os
 import shutil
 import signal
@@ -10,6 +9,7 @@ import tempfile
 import unittest
 
 from bell import Bell
+from cardservice import CardService
 from desktop import Application, Opener, is_running, key, wait
 from windows import close, is_iconified
 
@@ -44,18 +44,7 @@ class Desk(unittest.TestCase):
         return pelmora
 
     def service(self, *behaviour):
-        """A program that is a card service with that behaviour."""
-        path = self.path("service")
-        with open(path, "w", encoding="utf-8") as script:
-            words = " ".join(f"'{word}'" for word in ("--record", self.path("record"), *behaviour))
-            script.write(f"#!/bin/sh\nexec '{FAKE_SERVICE}' {words}\n")
-        os.chmod(path, 0o755)
-        return path
-
-    def requests(self, command):
-        """How often the service was asked for that."""
-        with open(self.path("record"), encoding="utf-8") as file:
-            return sum(json.loads(line).get("Command") == command for line in file if line.startswith("{"))
+        return CardService(self.folder, FAKE_SERVICE, *behaviour)
 
     def tiles(self, pelmora):
         return {name: pelmora.is_enabled("push button", name) for name in TILES}
@@ -81,7 +70,7 @@ class Desk(unittest.TestCase):
 
 class Start(Desk):
     def test_until_the_service_is_bound_cards_can_only_be_read(self):
-        pelmora = self.start("--card-service", self.service("--do", "any", "silent"))
+        pelmora = self.start("--card-service", self.service("--do", "any", "silent").path)
         pelmora.find("label", "Aucune")
         off = {"Voir", "Imprimer", "Enregistrer", "Quitter"}
         self.assertEqual(self.tiles(pelmora), {name: name not in off for name in TILES})
@@ -123,6 +112,23 @@ class Reading(Desk):
         self.assertEqual(os.listdir(self.attestations(pelmora)), [FILE])
         wait(lambda: self.recents(pelmora) == [FILE, "", "Effacer le menu"])
 
+    def test_the_next_card_is_read_while_the_last_one_is_looked_at(self):
+        card = self.path("carte.xml")
+        shutil.copy(SPECIMEN, card)
+        pelmora = self.start_bound(f"--simulate={card}")
+        self.read(pelmora)
+        pelmora.press("push button", "Voir")
+        pelmora.find("frame", "Hélène SPECIMEN")
+        with open(SPECIMEN, encoding="utf-8") as file, open(card, "w", encoding="utf-8") as other:
+            other.write(file.read().replace("Hélène", "Zoé"))
+        pelmora.press("push button", "Lire")
+        pelmora.find("label", SUMMARY.replace("Hélène", "Zoé"))
+        # What is looked at stays until it is asked for again, and then comes in the same window.
+        pelmora.find("frame", "Hélène SPECIMEN")
+        pelmora.press("push button", "Voir")
+        pelmora.find("frame", "Zoé SPECIMEN")
+        pelmora.wait_until_gone("frame", "Hélène SPECIMEN")
+
     def test_viewing_without_a_card_reads_it_first(self):
         pelmora = self.start_bound("--simulate")
         pelmora.press("push button", "Voir")
@@ -130,30 +136,32 @@ class Reading(Desk):
         pelmora.find("label", SUMMARY)
 
     def test_while_a_card_is_read_a_sheet_says_so(self):
-        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent"))
+        service = self.service("--do", "vitale_read", "silent")
+        pelmora = self.start_bound("--card-service", service.path)
         pelmora.click("push button", "Lire")
         pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
         pelmora.click("push button", "Lire")
         key("ctrl+l")
         pelmora.find("label", ".*tarde.*")
-        self.assertEqual(self.requests("vitale_read"), 1)
+        self.assertEqual(service.requests("vitale_read"), 1)
 
     def test_a_second_press_while_the_first_waits_for_the_service_only_beeps(self):
-        pelmora = self.start("--card-service", self.service("--do", "init", "silent"))
+        service = self.service("--do", "init", "silent")
+        pelmora = self.start("--card-service", service.path)
         bell = Bell()
         self.addCleanup(bell.close)
         pelmora.click("push button", "Lire")
         pelmora.click("push button", "Lire")
         wait(lambda: bell.count() == 1)
-        self.assertEqual(self.requests("init"), 1)
+        self.assertEqual(service.requests("init"), 1)
 
     def test_a_read_that_another_action_needs_has_its_own_message(self):
-        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent"))
+        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent").path)
         pelmora.press("push button", "Enregistrer")
         pelmora.find("label", "Lecture de la carte vitale en cours…")
 
     def test_a_service_that_keeps_silent_is_told_of_and_the_application_can_be_left(self):
-        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent"))
+        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent").path)
         pelmora.press("push button", "Lire")
         pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
         pelmora.find("label", ".*tarde.*")
@@ -189,7 +197,8 @@ class Reading(Desk):
         pelmora.find("dialog", "Sélectionnez un fichier XML")
 
     def test_a_card_file_is_chosen_in_the_panel(self):
-        pelmora = self.start_bound("--card-service", self.service())
+        service = self.service()
+        pelmora = self.start_bound("--card-service", service.path)
         pelmora.choose("Ouvrir une carte XML…")
         pelmora.find("dialog", "Sélectionnez un fichier XML")
         pelmora.write_into("text", "Nom de fichier :", SPECIMEN)
@@ -197,7 +206,7 @@ class Reading(Desk):
         pelmora.find("label", SUMMARY)
         pelmora.press("push button", "Voir")
         pelmora.find("label", "Non spécifié")
-        self.assertEqual(self.requests("vitale_read"), 0)
+        self.assertEqual(service.requests("vitale_read"), 0)
 
 
 class Files(Desk):

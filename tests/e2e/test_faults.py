@@ -12,6 +12,7 @@ import time
 import unittest
 
 from bell import Bell
+from cardservice import CardService
 from desktop import Application, Atspi, Opener, is_running, key, wait
 from windows import shown_windows, wait_until_shown
 
@@ -20,6 +21,7 @@ PELMORA = os.path.join(STAGE, "bin", "pelmora")
 TITLE = "Pelmora par MORVEL"
 SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
 FILE = "SPECIMEN Hélène.pdf"
+GENERAL_ERROR = "L’opération n’a pas pu s’achever\\. \\(erreur Pelmora -10\\.\\)"
 SAVED = "L'attestation a bien été enregistrée."
 
 
@@ -274,20 +276,46 @@ class Faults(unittest.TestCase):
             self.assertIsNone(pelmora.find_now("alert", ".*"))
 
     def test_a_card_service_that_stalls_leaves_the_window_alive(self):
-        service = self.path("service")
-        with open(service, "w", encoding="utf-8") as script:
-            script.write(f"#!/bin/sh\nexec '{FAKE_SERVICE}' --do vitale_read silent\n")
-        os.chmod(service, 0o755)
-        with self.start(arguments=("--card-service", service)) as pelmora:
+        service = CardService(self.home, FAKE_SERVICE, "--do", "vitale_read", "silent")
+        with self.start(arguments=("--card-service", service.path)) as pelmora:
             wait(lambda: pelmora.is_enabled("push button", "Voir"))
             pelmora.press("push button", "Lire")
             pelmora.find("label", "Lecture de la carte Vitale\\.\\.\\.")
             subprocess.run(["xdotool", "windowsize", "--sync", *shown_windows(TITLE), "900", "700"], check=True)
             os.kill(pelmora.children()[0], signal.SIGKILL)
-            pelmora.find("label", "L’opération n’a pas pu s’achever\\. \\(erreur Pelmora -10\\.\\)")
+            pelmora.find("label", GENERAL_ERROR)
             pelmora.wait_until_gone("label", "Lecture de la carte Vitale\\.\\.\\.")
             pelmora.press("push button", "OK")
             pelmora.find("label", "Aucune")
+
+    def test_a_card_service_that_stalls_at_the_start_is_told_of_and_leaves_the_window_alive(self):
+        service = CardService(self.home, FAKE_SERVICE, "--do", "init", "silent")
+        with self.start(arguments=("--card-service", service.path)) as pelmora:
+            pelmora.find("label", "Connexion au lecteur de cartes…")
+            pelmora.press("push button", "Préférences")
+            pelmora.find("frame", "Préférences Pelmora")
+            os.kill(pelmora.children()[0], signal.SIGKILL)
+            pelmora.find("label", GENERAL_ERROR)
+            pelmora.find("label", "Insérez une carte, puis appuyez sur Lire\\.")
+            pelmora.press("push button", "OK")
+            pelmora.wait_until_gone("alert", ".*")
+            # The next read binds again, and waits again.
+            pelmora.press("push button", "Lire")
+            pelmora.find("label", "Connexion au lecteur de cartes…")
+            wait(lambda: service.requests("init") == 2)
+            self.assertEqual(pelmora.terminate(), 0)
+
+    def test_a_card_service_that_dies_in_the_bind_is_told_of_once_each_time(self):
+        for command in ("init", "readers_list"):
+            service = CardService(self.home, FAKE_SERVICE, "--do", command, "crash")
+            with self.subTest(command), self.start(arguments=("--card-service", service.path)) as pelmora:
+                for _ in range(2):
+                    pelmora.find("label", GENERAL_ERROR)
+                    pelmora.press("push button", "OK")
+                    pelmora.wait_until_gone("alert", ".*")
+                    pelmora.press("push button", "Lire")
+                pelmora.find("label", GENERAL_ERROR)
+                self.assertFalse(pelmora.is_enabled("push button", "Voir"))
 
     def test_a_card_file_that_goes_is_a_card_that_was_taken_out(self):
         card = self.path("card.xml")

@@ -10,6 +10,7 @@ import unittest
 
 from gi.repository import Gio, GLib
 
+from cardservice import CardService
 from desktop import Application, is_running, wait
 from windows import iconify, is_in_front, shown_windows, wait_until_shown
 
@@ -172,11 +173,7 @@ class End(unittest.TestCase):
 
     def stalling(self, folder, command):
         """A card service that leaves a command unanswered, and stays when it is told to leave."""
-        service = os.path.join(folder, "service")
-        with open(service, "w", encoding="utf-8") as script:
-            script.write(f"#!/bin/sh\nexec '{FAKE_SERVICE}' --ignore-end --do {command} silent\n")
-        os.chmod(service, 0o755)
-        return service
+        return CardService(folder, FAKE_SERVICE, "--ignore-end", "--do", command, "silent").path
 
     def test_it_ends_while_the_card_service_stalls(self):
         with tempfile.TemporaryDirectory() as folder:

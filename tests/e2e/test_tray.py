@@ -1,17 +1,20 @@
-"""The item in the desktop's status bar, and windows that hide behind it. Usage: test_tray.py STAGE"""
+"""The item in the desktop's status bar, and windows that hide behind it. Usage: test_tray.py STAGE FAKE_SERVICE"""
 
 import os
 import re
 import subprocess
 import sys
+import tempfile
 import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import Application, wait
+from bell import Bell
+from cardservice import CardService
+from desktop import Application, Opener, wait
 from windows import close, is_hidden, is_iconified, is_in_front, wait_until_shown
 
-STAGE = sys.argv.pop(1)
+STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 TITLE = "Pelmora par MORVEL"
 ENTRIES = ["Lecture de la carte Vitale", "Voir l'attestation", "Imprimer l'attestation", "Enregistrer l'attestation",
@@ -134,6 +137,92 @@ class Tray(unittest.TestCase):
             wait_until_shown(TITLE)
             bar.item().choose("Quitter Pelmora")
             self.assertEqual(pelmora.process.wait(timeout=10), 0)
+
+    def test_a_second_read_beeps_and_the_reader_is_asked_once(self):
+        with tempfile.TemporaryDirectory() as folder, StatusBar() as bar:
+            service = CardService(folder, FAKE_SERVICE, "--do", "vitale_read", "silent")
+            with Application(PELMORA, "--card-service", service.path) as pelmora:
+                wait(lambda: pelmora.is_enabled("push button", "Voir"))
+                item = bar.item()
+                bell = Bell()
+                self.addCleanup(bell.close)
+                item.choose("Lecture de la carte Vitale")
+                pelmora.find("label", "Lecture de la carte Vitale\\.\\.\\.")
+                self.assertEqual(bell.count(), 0)
+                item.choose("Lecture de la carte Vitale")
+                wait(lambda: bell.count() == 1)
+                # What needs a card is dropped without a sound.
+                item.choose("Voir l'attestation")
+                item.choose("Lecture de la carte Vitale")
+                wait(lambda: bell.count() == 2)
+                self.assertEqual(service.requests("vitale_read"), 1)
+
+    def test_before_the_bind_cards_beep_and_folder_and_end_work(self):
+        with tempfile.TemporaryDirectory() as folder, StatusBar() as bar:
+            opener = Opener(folder)
+            service = CardService(folder, FAKE_SERVICE, "--do", "any", "silent")
+            with Application(PELMORA, "--card-service", service.path, environment=opener.environment) as pelmora:
+                wait_until_shown(TITLE)
+                item = bar.item()
+                bell = Bell()
+                self.addCleanup(bell.close)
+                for count, title in enumerate(ENTRIES[:4], start=1):
+                    item.choose(title)
+                    wait(lambda: bell.count() == count)
+                item.choose("Ouvrir le dossier des attestations")
+                wait(lambda: len(opener.opened()) == 1)
+                self.assertTrue(opener.opened()[0].endswith("/Documents/Attestations%20Pelmora"))
+                item.choose("Quitter Pelmora")
+                self.assertEqual(pelmora.process.wait(timeout=10), 0)
+                self.assertEqual(bell.count(), 4)
+
+    def test_each_entry_does_what_it_says(self):
+        with StatusBar() as bar, Application(PELMORA, "--simulate") as pelmora:
+            wait(lambda: pelmora.is_enabled("push button", "Voir"))
+            item = bar.item()
+            item.choose("Lecture de la carte Vitale")
+            pelmora.find("label", "SPECIMEN Hélène\n.*")
+            item.choose("Voir l'attestation")
+            pelmora.find("frame", "Hélène SPECIMEN")
+            item.choose("Enregistrer l'attestation")
+            pelmora.find("label", "L'attestation a bien été enregistrée\\.")
+            pelmora.press("push button", "OK")
+            pelmora.wait_until_gone("alert", ".*")
+            item.choose("Imprimer l'attestation")
+            pelmora.find("dialog", "Imprimer.*")
+
+    def test_keys_that_were_left_in_another_window_do_not_count(self):
+        with StatusBar() as bar, Application(PELMORA, "--simulate") as pelmora:
+            wait(lambda: pelmora.is_enabled("push button", "Voir"))
+            item = bar.item()
+            wait(lambda: is_in_front(TITLE))
+            subprocess.run(["xdotool", "keydown", "ctrl", "keydown", "alt"], check=True)
+            with subprocess.Popen(["xmessage", "-name", "autre", "autre"]) as other:
+                wait(lambda: not is_in_front(TITLE))
+                subprocess.run(["xdotool", "keyup", "alt", "keyup", "ctrl"], check=True)
+                item.choose("Lecture de la carte Vitale")
+                pelmora.find("label", "SPECIMEN Hélène\n.*")
+                other.kill()
+
+    def test_the_setting_shows_and_hides_the_item(self):
+        def items():
+            return property_of("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+                               "org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems")
+
+        with tempfile.TemporaryDirectory() as home, StatusBar() as bar:
+            os.makedirs(os.path.join(home, "config", "MORVEL"))
+            with open(os.path.join(home, "config", "MORVEL", "Pelmora.conf"), "w", encoding="utf-8") as settings:
+                settings.write("[General]\nMVStatusItemMenu=false\n")
+            with Application(PELMORA, "--simulate", home=home) as pelmora:
+                wait(lambda: pelmora.is_enabled("push button", "Voir"))
+                self.assertEqual(items(), [])
+                pelmora.press("push button", "Préférences")
+                pelmora.press("check box", "Afficher le menu Pelmora")
+                item = bar.item()
+                self.assertEqual(len(item.entries()), len(ENTRIES))
+                pelmora.press("check box", "Afficher le menu Pelmora")
+                close(TITLE)
+                wait(lambda: is_iconified(TITLE))
 
     def test_it_ends_hidden_too(self):
         with StatusBar() as bar, Application(PELMORA, "--simulate") as pelmora:
