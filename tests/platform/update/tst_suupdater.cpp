@@ -211,6 +211,34 @@ private Q_SLOTS:
         QVERIFY(QDir(m_fixture->folder()).isEmpty());
     }
 
+    void quittingEndsADownload()
+    {
+        m_fixture->server().setAnswer(
+            u"/pelmora.deb"_s, {"HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n", QByteArray(1000, 'p'), Then::Stall});
+        auto updater = this->updater();
+        updater->checkForUpdates(nullptr);
+        QTRY_COMPARE(shownHeadline(), m_available);
+        press(u"Télécharger"_s);
+        QTRY_VERIFY(!QDir(m_fixture->folder()).isEmpty());
+        updater.reset();
+        QVERIFY(QDir(m_fixture->folder()).isEmpty());
+        QCOMPARE(shownWindow(), nullptr);
+    }
+
+    void aSearchThatWasCancelledCanBeBegunAgain()
+    {
+        m_fixture->server().setAnswer(u"/feed"_s, {{}, {}, Then::Stall, false});
+        const auto updater = this->updater();
+        updater->checkForUpdates(nullptr);
+        QTRY_COMPARE(requests(), 1);
+        press(u"Annuler"_s);
+        QCOMPARE(shownWindow(), nullptr);
+        m_fixture->publish();
+        updater->checkForUpdates(nullptr);
+        QTRY_COMPARE(shownHeadline(), m_available);
+        QCOMPARE(requests(), 2);
+    }
+
     void withoutPermissionNothingIsLookedFor()
     {
         UpdateConfiguration configuration = automatic(0ms);

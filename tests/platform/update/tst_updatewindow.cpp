@@ -114,6 +114,25 @@ private Q_SLOTS:
         QVERIFY(buttonIn(*m_window, u"Télécharger"_s)->isDefault());
     }
 
+    void whatAFeedSaysIsShownAsItIsAndFetchesNothing()
+    {
+        const QByteArray image = m_fixture->server().address(u"/spy.png"_s).toEncoded();
+        m_fixture->publish("2.0",
+                           "<sparkle:shortVersionString>&lt;img src='" + image +
+                               "'&gt;</sparkle:shortVersionString><description>&lt;p&gt;Mieux&lt;/p&gt;&lt;img src='" +
+                               image + "'&gt;</description>");
+        show(m_fixture->configuration());
+        QVERIFY(reaches(*m_session, State::Available));
+        const auto* headline = m_window->findChild<QLabel*>(u"headlineLabel"_s);
+        QVERIFY2(headline->text().contains("<img src="_L1), qPrintable(headline->text()));
+        QCOMPARE(headline->textFormat(), Qt::PlainText);
+        QCOMPARE(m_window->findChild<QLabel*>(u"detailLabel"_s)->textFormat(), Qt::PlainText);
+        QCOMPARE(m_window->findChild<QPlainTextEdit*>()->toPlainText(), u"Mieux"_s);
+        m_window->grab();
+        QCoreApplication::processEvents();
+        QCOMPARE(m_fixture->server().requests().size(), 1);
+    }
+
     void aVersionWithoutNotesShowsNoEmptyBox()
     {
         show(m_fixture->configuration());
