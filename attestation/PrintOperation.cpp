@@ -189,7 +189,7 @@ void PrintOperation::askToReplace(const QString& path)
     question->setAttribute(Qt::WA_DeleteOnClose);
     // Names of files are what others chose: nothing in them is markup.
     question->setTextFormat(Qt::PlainText);
-    question->setText(u"« %1 » existe déjà. Voulez-vous le remplacer\u202F?"_s.arg(QDir::toNativeSeparators(path)));
+    question->setText(u"« %1 » existe déjà.\nVoulez-vous le remplacer\u202F?"_s.arg(QDir::toNativeSeparators(path)));
     question->addButton(u"Remplacer"_s, QMessageBox::AcceptRole);
     question->setDefaultButton(question->addButton(u"Annuler"_s, QMessageBox::RejectRole));
     connect(question, &QDialog::accepted, m_dialog, &PrintDialog::acceptNow);

@@ -140,7 +140,7 @@ private Q_SLOTS:
 
         pressPrint(*dialog);
         QVERIFY(questionIn(*dialog) != nullptr);
-        QCOMPARE(questionIn(*dialog)->text(), u"« %1 » existe déjà. Voulez-vous le remplacer\u202F?"_s.arg(path));
+        QCOMPARE(questionIn(*dialog)->text(), u"« %1 » existe déjà.\nVoulez-vous le remplacer\u202F?"_s.arg(path));
         press(*questionIn(*dialog), u"Annuler"_s);
         QTRY_VERIFY(questionIn(*dialog) == nullptr);
         QVERIFY(dialog->isVisible());

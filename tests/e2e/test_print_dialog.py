@@ -11,6 +11,7 @@ import unittest
 from desktop import Application, Atspi, wait, walk
 from documents import Placed, sheet_of, words_of
 from printserver import PrintServer
+from windows import close
 
 STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
@@ -46,6 +47,10 @@ class Desk(Application):
 
     def press_in_dialog(self, name):
         self.in_dialog("push button", name).get_action_iface().do_action(0)
+
+
+def is_focused(node):
+    return node.get_state_set().contains(Atspi.StateType.FOCUSED)
 
 
 def key(*names):
@@ -182,7 +187,7 @@ class PrintDialog(unittest.TestCase):
             desk.open_viewer()
             key("ctrl+p")
             desk.press_in_dialog("Imprimer")
-            desk.find("label", r"« .*Attestation de droits.pdf » existe déjà. Voulez-vous le remplacer.\?")
+            desk.find("label", r"« .*Attestation de droits.pdf » existe déjà\.\nVoulez-vous le remplacer.\?")
             key("Escape")
             desk.wait_until_gone("push button", "Remplacer")
             desk.press_in_dialog("Imprimer")
@@ -291,10 +296,33 @@ class PrintDialog(unittest.TestCase):
             with Desk(silent.environment()) as desk:
                 desk.open_viewer()
                 key("ctrl+p")
-                desk.find("dialog", DIALOG)
+                Atspi.Component.grab_focus(desk.in_dialog("combo box", "queue"))
+                wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
                 silent.stall()
                 desk.press_in_dialog("Imprimer")
                 desk.find("label", "Le serveur d’impression ne répond pas.")
+                desk.press("push button", "OK")
+                # The keyboard goes on where it was.
+                wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
+
+    def test_a_dialog_that_is_closed_while_the_print_server_stalls_prints_nothing(self):
+        with PrintServer() as slow:
+            slow.add_queue("queue")
+            slow.set_default("queue")
+            with Desk(slow.environment()) as desk:
+                desk.open_viewer()
+                key("ctrl+p")
+                desk.in_dialog("combo box", "queue")
+                slow.stall()
+                desk.press_in_dialog("Imprimer")
+                close(DIALOG)
+                desk.wait_until_gone("dialog", DIALOG)
+                slow.resume()
+                key("ctrl+p")
+                desk.press_in_dialog("Imprimer")
+                slow.wait_for_jobs("queue")
+                desk.wait_until_gone("dialog", DIALOG)
+                self.assertEqual(len(slow.jobs("queue")), 1)
 
 
 if __name__ == "__main__":
