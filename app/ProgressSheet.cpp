@@ -22,6 +22,8 @@ ProgressSheet::ProgressSheet(QWidget* window, std::chrono::milliseconds patience
     setWindowModality(Qt::WindowModal);
     m_ui->informationsTextField->setFont(scaledFont(font(), 1.2, QFont::Bold));
     m_ui->patienceLabel->setFixedWidth(textWidth * fontMetrics().averageCharWidth());
+    // As wide as it will be: a sheet that grew sideways would no longer lie in the middle of its window.
+    m_ui->informationsTextField->setMinimumWidth(m_ui->patienceLabel->width());
     m_ui->patienceLabel->hide();
 
     m_timer->setSingleShot(true);

@@ -88,7 +88,10 @@ private Q_SLOTS:
         ProgressSheet sheet(&window, lateEnough);
         sheet.begin(u"Lecture"_s);
         QVERIFY(!sheet.patienceLabel()->isVisible());
+        const int width = sheet.width();
         QTRY_VERIFY(sheet.patienceLabel()->isVisible());
+        QTRY_VERIFY(sheet.height() > sheet.patienceLabel()->geometry().bottom());
+        QCOMPARE(sheet.width(), width);
         QVERIFY(sheet.patienceLabel()->text().startsWith(u"Le lecteur tarde à répondre…"_s));
         QCOMPARE(sheet.informationsTextField()->text(), u"Lecture"_s);
         sheet.end();
