@@ -8,7 +8,7 @@ import sys
 import tempfile
 import unittest
 
-from desktop import Application, Opener, key, wait
+from desktop import Application, Atspi, Opener, key, wait
 from updates import Maker, WebServer
 
 STAGE = sys.argv.pop(1)
@@ -20,7 +20,7 @@ AVAILABLE = "La version 2\\.0 de Pelmora est disponible\\."
 
 def tree_with(folder, information):
     """A copy of the installed tree whose information dictionary says more."""
-    tree = os.path.join(folder, "tree")
+    tree = os.path.join(tempfile.mkdtemp(dir=folder), "tree")
     shutil.copytree(STAGE, tree, copy_function=os.link)
     path = os.path.join(tree, "share", "pelmora", "Info.plist")
     with open(path, "rb") as file:
@@ -125,15 +125,34 @@ class Update(unittest.TestCase):
             pelmora.press("push button", "Plus tard")
             pelmora.wait_until_gone("dialog", WINDOW)
 
+    def test_quitting_ends_a_download_and_leaves_nothing(self):
+        self.server.answer("/pelmora_2.0_amd64.deb", "application/octet-stream", PACKAGE, first=len(PACKAGE) // 2)
+        leave = {"menu": lambda pelmora: pelmora.choose("Quitter Pelmora"), "signal": lambda pelmora: pelmora.terminate()}
+        for way, quit_it in leave.items():
+            with self.subTest(way), self.pelmora() as pelmora:
+                self.ask(pelmora)
+                pelmora.press("push button", "Télécharger")
+                pelmora.find("label", "750,0\u00a0ko sur 1,5\u00a0Mo")
+                self.assertNotEqual(self.downloads(), [])
+                quit_it(pelmora)
+                wait(lambda: pelmora.process.poll() is not None)
+                self.assertEqual(pelmora.process.returncode, 0)
+                self.assertEqual(self.downloads(), [])
+
+    def strike(self, pelmora, name):
+        # The window manager gives a new window the keyboard when it gets round to it.
+        wait(lambda: pelmora.find("dialog", WINDOW).get_state_set().contains(Atspi.StateType.ACTIVE))
+        key(name)
+
     def test_the_window_is_driven_by_the_keyboard(self):
         with self.pelmora() as pelmora:
             self.ask(pelmora)
             pelmora.find("label", AVAILABLE)
-            key("Escape")
+            self.strike(pelmora, "Escape")
             pelmora.wait_until_gone("dialog", WINDOW)
             self.ask(pelmora)
             pelmora.find("label", AVAILABLE)
-            key("Return")
+            self.strike(pelmora, "Return")
             pelmora.find("label", "La version 2\\.0 est prête à être installée\\.")
 
     def test_who_is_up_to_date_is_told_so(self):
