@@ -1,5 +1,6 @@
 #include "prefs/MVPreferencesController.h"
 
+#include "platform/gui/WindowActivation.h"
 #include "prefs/MVPreference.h"
 #include "prefs/PaneContentView.h"
 #include "prefs/PaneToolbar.h"
@@ -14,8 +15,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr QSize contentSize(500, 280); // points
 
 /// The first pane that the condition holds for; null when there is none.
 template <typename Condition>
@@ -125,10 +124,7 @@ void MVPreferencesController::selectPane(const QAction* sender)
 void MVPreferencesController::show()
 {
     checkWindowLoaded();
-    m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
-    m_window->show();
-    m_window->raise();
-    m_window->activateWindow();
+    bringToFront(*m_window);
 }
 
 void MVPreferencesController::hide()
@@ -201,10 +197,10 @@ void MVPreferencesController::windowDidLoad()
     Ui::PreferencesWindow layout;
     layout.setupUi(m_window.get());
     m_contentView = layout.contentView;
-    m_contentView->setFixedSize(contentSize);
+    m_contentView->setFixedSize(PaneContentView::paneSize);
     m_window->layout()->setSizeConstraint(QLayout::SetFixedSize);
     m_window->setWindowTitle(u"Préférences Pelmora"_s);
-    layout.closeAction->setShortcuts({QKeySequence(QKeySequence::Close), QKeySequence(Qt::Key_Escape)});
+    layout.closeAction->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
     connect(layout.closeAction, &QAction::triggered, m_window.get(), &QWidget::close);
     initWindow();
     showPane(m_currentPane);

@@ -15,6 +15,7 @@ class PaneContentView final : public QWidget
     Q_OBJECT
 
 public:
+    static constexpr QSize paneSize{500, 280}; // points
     static constexpr std::chrono::milliseconds fadeTime{300};
 
     explicit PaneContentView(QWidget* parent = nullptr);

@@ -1,5 +1,7 @@
 #include "prefs/PaneViewController.h"
 
+#include "prefs/PaneContentView.h"
+#include "prefs/PaneGrid.h"
 #include "support/GlyphIcon.h"
 
 #include <QGridLayout>
@@ -12,18 +14,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The widest of what stands before the controls, in any of the panes: their controls all begin at the same place.
-constexpr QStringView widestLabel{u"Mises à jour\u00A0:"};
-
 void prepare(QScrollArea& view)
 {
     if (auto* grid = view.findChild<QGridLayout*>(u"grid"_s))
-        grid->setColumnMinimumWidth(0, view.fontMetrics().horizontalAdvance(widestLabel.toString()));
+        arrangePaneGrid(*grid, PaneContentView::paneSize.width());
     // There is something to scroll only where the user has chosen large letters; the keyboard reaches it then.
     view.setFocusPolicy(Qt::NoFocus);
-    QObject::connect(view.verticalScrollBar(), &QScrollBar::rangeChanged, &view, [&view](int /*first*/, int last) {
-        view.setFocusPolicy(last > 0 ? Qt::TabFocus : Qt::NoFocus);
-    });
+    QObject::connect(view.verticalScrollBar(), &QScrollBar::rangeChanged, &view,
+                     [&view](int /*first*/, int last) { view.setFocusPolicy(last > 0 ? Qt::TabFocus : Qt::NoFocus); });
 }
 
 } // namespace

@@ -1,0 +1,77 @@
+#include "prefs/PaneGrid.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QStyle>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// The widest of what stands before the controls, in any of the panes: their controls all begin at the same place.
+constexpr QStringView widestLabel{u"Mises à jour\u00A0:"};
+
+struct Cell
+{
+    int row = 0;
+    int column = 0;
+    int rows = 0;
+    int columns = 0;
+};
+
+Cell cellAt(const QGridLayout& grid, int index)
+{
+    Cell cell;
+    grid.getItemPosition(index, &cell.row, &cell.column, &cell.rows, &cell.columns);
+    return cell;
+}
+
+// Texts wrap and the folder's path gives way; these do neither.
+int widestControl(const QGridLayout& grid)
+{
+    int width = 0;
+    for (int index = 0; index < grid.count(); ++index) {
+        const QWidget* widget = grid.itemAt(index)->widget();
+        if (qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget))
+            width = std::max(width, widget->sizeHint().width());
+    }
+    return width;
+}
+
+// Every row becomes two: the label, and below it the rest.
+void putLabelsAbove(QGridLayout& grid)
+{
+    std::vector<std::pair<Cell, QLayoutItem*>> items;
+    while (grid.count() > 0) {
+        const Cell cell = cellAt(grid, 0);
+        items.emplace_back(cell, grid.takeAt(0));
+    }
+    const int columns = grid.columnCount();
+    for (const auto& [cell, item] : items) {
+        const bool isLabel = cell.column == 0 && cell.columns == 1;
+        // What stood beside a label has its place, too, now.
+        const int column = cell.column == 1 ? 0 : cell.column;
+        if (isLabel)
+            grid.addItem(item, cell.row * 2, 0, 1, columns, Qt::AlignLeft);
+        else
+            grid.addItem(item, cell.row * 2 + 1, column, cell.rows, cell.columns + cell.column - column,
+                         item->alignment());
+    }
+}
+
+} // namespace
+
+void arrangePaneGrid(QGridLayout& grid, int width)
+{
+    const QWidget& contents = *grid.parentWidget();
+    const int labels = contents.fontMetrics().horizontalAdvance(widestLabel.toString());
+    const QMargins margins = grid.contentsMargins();
+    const int bar = contents.style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, &contents);
+    const int room = width - margins.left() - margins.right() - bar;
+    if (labels + grid.horizontalSpacing() + widestControl(grid) > room)
+        putLabelsAbove(grid);
+    else
+        grid.setColumnMinimumWidth(0, labels);
+}
