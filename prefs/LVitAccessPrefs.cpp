@@ -36,7 +36,7 @@ constexpr std::array<Mode, AccessMode::names.size()> modes{{
 /// A field of the view, and the key of what it shows.
 struct VersionField
 {
-    QLabel* Ui::LVitAccessView::*field;
+    QLabel* Ui::LVitAccessView::* field;
     QStringView key;
 };
 
@@ -48,6 +48,11 @@ constexpr std::array versionFields{
 };
 
 constexpr QLatin1StringView unknownVersion{"Non connu"};
+
+constexpr bool isMode(qint64 tag)
+{
+    return tag >= 0 && tag < static_cast<qint64>(modes.size());
+}
 
 } // namespace
 
@@ -89,7 +94,7 @@ void LVitAccessPrefs::changeMode(const QObject* /*sender*/)
     qint64 tag = selectedTag();
     updateModeInformations();
     clearLibraryInformations();
-    if (tag > static_cast<qint64>(modes.size()) - 1)
+    if (!isMode(tag))
         tag = 0;
     MVSettings::setPreferencesWithIntegerValue(SettingsKey::lvitMode, tag);
     m_client->setAccessMode(static_cast<unsigned>(tag));
@@ -115,8 +120,7 @@ void LVitAccessPrefs::updatePopUp()
 void LVitAccessPrefs::updateModeInformations()
 {
     const qint64 tag = selectedTag();
-    const bool isKnown = tag >= 0 && tag < static_cast<qint64>(modes.size());
-    setModeInformations(isKnown ? modes.at(static_cast<std::size_t>(tag)).explanation.toString() : u""_s);
+    setModeInformations(isMode(tag) ? modes.at(static_cast<std::size_t>(tag)).explanation.toString() : u""_s);
 }
 
 void LVitAccessPrefs::clearLibraryInformations()
@@ -134,7 +138,7 @@ void LVitAccessPrefs::updateLibraryInformations()
     for (const VersionField& version : versionFields)
         (ui().*version.field)->setText(informations->value(version.key.toString(), unknownVersion).toString());
     ui().informationsBox->setTitle(u"Informations sur la librarie "_s +
-                                (m_client->embedded() ? u"embarqué"_s : u"installé"_s));
+                                   (m_client->embedded() ? u"embarqué"_s : u"installé"_s));
 }
 
 void LVitAccessPrefs::fetchLibraryInformations()

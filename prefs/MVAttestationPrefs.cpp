@@ -5,6 +5,7 @@
 #include "prefs/ui_AttestationConfigView.h"
 #include "support/MXLog.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -12,6 +13,25 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// Where documents are, whatever folder is current; a panel that is sent to a folder that is not there starts in that.
+QString startFolder()
+{
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
+}
+
+// A link stands for the folder that it leads to, however many others are on the way.
+QString withoutLink(const QString& path)
+{
+    const QFileInfo folder(path);
+    const QString target = folder.isSymLink() ? folder.canonicalFilePath() : QString();
+    return target.isEmpty() ? path : target;
+}
+
+} // namespace
 
 MVAttestationPrefs::MVAttestationPrefs(Bundle bundle)
     : PaneViewController(u"Attestation"_s, std::move(bundle))
@@ -45,14 +65,13 @@ void MVAttestationPrefs::changeAttestationsFolder(const QObject* /*sender*/)
 {
     if (!isViewLoaded() || view().isWindow())
         return;
-    auto* panel = new QFileDialog(view().window(),
-                                  u"Sélectionnez le dossier où seront enrehistrés les attestations vitale"_s);
+    auto* panel =
+        new QFileDialog(view().window(), u"Sélectionnez le dossier où seront enrehistrés les attestations vitale"_s);
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setFileMode(QFileDialog::Directory);
     panel->setOption(QFileDialog::ShowDirsOnly);
     panel->setSupportedSchemes({u"file"_s});
-    // Where documents are, whatever folder is current.
-    panel->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    panel->setDirectory(startFolder());
     connect(panel, &QDialog::accepted, this, [this, panel] { storeFolder(*panel); });
     panel->open();
 }
@@ -62,10 +81,8 @@ void MVAttestationPrefs::storeFolder(const QFileDialog& panel)
     const QList<QUrl> chosen = panel.selectedUrls();
     if (chosen.isEmpty() || !chosen.constFirst().isLocalFile())
         return;
-    const QFileInfo folder(chosen.constFirst().toLocalFile());
-    // A link stands for the folder that it leads to.
-    const QString path = folder.isSymLink() ? folder.symLinkTarget() : folder.filePath();
-    MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, path);
+    MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder,
+                                              withoutLink(chosen.constFirst().toLocalFile()));
     showFolder();
 }
 

@@ -12,6 +12,17 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+// A check box can be in a state between on and off, which is not on.
+bool isOn(const QAbstractButton& button)
+{
+    const auto* box = qobject_cast<const QCheckBox*>(&button);
+    return box ? box->checkState() == Qt::Checked : button.isChecked();
+}
+
+} // namespace
+
 MVConfigPrefs::MVConfigPrefs(StatusItemControl& statusItem, Bundle bundle)
     : PaneViewController(u"Config"_s, std::move(bundle))
     , m_statusItem(statusItem)
@@ -52,7 +63,7 @@ void MVConfigPrefs::changeStatusItemPrefs(const QObject* sender)
     const auto* button = qobject_cast<const QAbstractButton*>(sender);
     if (!button)
         return;
-    if (button->isChecked())
+    if (isOn(*button))
         m_statusItem.showStatusItem();
     else
         m_statusItem.hideStatusItem();
