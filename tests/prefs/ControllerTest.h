@@ -1,0 +1,61 @@
+#pragma once
+
+#include "prefs/MVPreferencesController.h"
+#include "prefs/PaneContentView.h"
+#include "prefs/PaneToolbar.h"
+#include "tests/prefs/RecordingPane.h"
+
+#include <QAction>
+#include <QRegularExpression>
+#include <QTest>
+#include <QToolButton>
+#include <QVariantAnimation>
+
+#include <memory>
+
+/// A preferences window of its own for each test, with as many recording panes as the test wants.
+class ControllerTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    /// Registers a pane; its messages are in m_notes.
+    RecordingPane* pane(const QString& identifier, QColor colour = Qt::white)
+    {
+        auto made = std::make_shared<RecordingPane>(identifier, m_notes, colour);
+        m_controller->resigterPreferencesPane(made);
+        return made.get();
+    }
+
+    /// What was noted since the last time.
+    QStringList notes() { return std::exchange(m_notes, {}); }
+
+    QList<QWidget*> subviews() const { return m_controller->contentView()->subviews(); }
+    bool isFading() const { return m_controller->contentView()->findChild<QVariantAnimation*>() != nullptr; }
+
+    QToolButton* button(const QString& identifier) const
+    {
+        PaneToolbar& toolbar = m_controller->toolbar();
+        for (QAction* action : toolbar.actions()) {
+            if (PaneToolbar::itemIdentifier(*action) == identifier)
+                return qobject_cast<QToolButton*>(toolbar.widgetForAction(action));
+        }
+        return nullptr;
+    }
+    void click(const QString& identifier) const { QTest::mouseClick(button(identifier), Qt::LeftButton); }
+
+    QStringList m_notes; // outlives the panes
+    std::unique_ptr<MVPreferencesController> m_controller;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!.*(propagateSizeHints|does not support))")));
+    }
+    void init() { m_controller = std::make_unique<MVPreferencesController>(); }
+    void cleanup()
+    {
+        m_controller.reset();
+        m_notes.clear();
+    }
+};

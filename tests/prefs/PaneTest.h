@@ -1,0 +1,75 @@
+#pragma once
+
+#include "platform/UserDefaults.h"
+#include "prefs/MVSettings.h"
+#include "prefs/PaneViewController.h"
+#include "prefs/StandardPreferences.h"
+#include "tests/card/LogCapture.h"
+
+#include <QRegularExpression>
+#include <QScrollArea>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+/// Settings of its own for each test, as the program has them once it has started, and all that is logged.
+class PaneTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    [[nodiscard]] QString settingsFile() const { return m_folder->filePath(QStringLiteral("Pelmora.conf")); }
+
+    void begin()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        qputenv("HOME", QFile::encodeName(m_folder->path()));
+        restart();
+        m_log.clear();
+    }
+    void end()
+    {
+        m_window.reset();
+        MVSettings::setStore(nullptr);
+    }
+
+    /// The program quits and is started again.
+    void restart() const
+    {
+        MVSettings::setStore(nullptr);
+        MVSettings::setStore(std::make_unique<UserDefaults>(settingsFile()));
+        setStandardPreferences();
+    }
+
+    /// A control of the pane's view.
+    template <typename Control>
+    static Control* control(PaneViewController& pane, const char* name)
+    {
+        return pane.view().findChild<Control*>(QLatin1String(name));
+    }
+
+    /// Puts the pane's view into a window, which is on the screen.
+    bool show(PaneViewController& pane)
+    {
+        m_window = std::make_unique<QWidget>();
+        m_window->resize(500, 280);
+        pane.paneView()->setParent(m_window.get());
+        pane.paneView()->setGeometry(m_window->rect());
+        m_window->show();
+        return QTest::qWaitForWindowActive(m_window.get());
+    }
+
+    const Bundle m_bundle{QStringLiteral(PELMORA_STAGE_SHARE)};
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<QWidget> m_window;
+    LogCapture m_log;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!.*(propagateSizeHints|does not support))")));
+    }
+    void init() { begin(); }
+    void cleanup() { end(); }
+};

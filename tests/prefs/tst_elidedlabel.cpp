@@ -1,0 +1,65 @@
+#include "prefs/ElidedLabel.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_ElidedLabel final : public QObject
+{
+    Q_OBJECT
+
+private:
+    const QString m_text = u"/home/specimen/Documents/Attestations Pelmora"_s;
+
+    // What is drawn in a width.
+    static QImage drawn(ElidedLabel& label, int width)
+    {
+        label.resize(width, label.sizeHint().height());
+        return label.grab().toImage();
+    }
+
+private Q_SLOTS:
+    void theWholeTextIsKeptAndInItsToolTip()
+    {
+        ElidedLabel label;
+        label.setWholeText(m_text);
+        label.resize(40, 20);
+        QVERIFY(!label.grab().isNull());
+        QCOMPARE(label.text(), m_text);
+        QCOMPARE(label.toolTip(), m_text);
+    }
+
+    void itGivesWayInItsMiddleWhereThereIsNoRoom()
+    {
+        ElidedLabel label;
+        label.setWholeText(m_text);
+        const int narrow = label.fontMetrics().horizontalAdvance(m_text) / 2;
+        ElidedLabel elided;
+        elided.setWholeText(label.fontMetrics().elidedText(m_text, Qt::ElideMiddle, narrow));
+        QVERIFY(elided.text().startsWith(u"/home") && elided.text().endsWith(u"Pelmora"));
+        QCOMPARE(drawn(label, narrow), drawn(elided, narrow));
+        QVERIFY(label.minimumSizeHint().width() < narrow);
+    }
+
+    void whereThereIsRoomItIsALabelLikeAnother()
+    {
+        ElidedLabel label;
+        label.setWholeText(m_text);
+        QLabel other(m_text);
+        const QSize size = other.sizeHint();
+        label.resize(size);
+        other.resize(size);
+        QCOMPARE(label.grab().toImage(), other.grab().toImage());
+    }
+
+    void whatLooksLikeMarkupIsText()
+    {
+        ElidedLabel label;
+        label.setWholeText(u"/srv/<b>gras</b>"_s);
+        QCOMPARE(label.text(), u"/srv/<b>gras</b>"_s);
+        QVERIFY(label.toolTip().contains(u"&lt;b&gt;"_s));
+    }
+};
+
+QTEST_MAIN(tst_ElidedLabel)
+#include "tst_elidedlabel.moc"

@@ -1,0 +1,337 @@
+#include "PaneTest.h"
+#include "card/CardServiceKeys.h"
+#include "platform/NotificationCenter.h"
+#include "prefs/LVitAccessPrefs.h"
+#include "tests/card/FakeService.h"
+
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QSignalSpy>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::array<QStringView, 3> expectedExplanations{
+    u"Si une librairie de lecture vitale est installé sur le système Pelmora l'utilisera en priorité sinon la librarie "
+    u"embarqué sera utilisée.",
+    u"Pelmora utilise exclusivement la librarie de lecture vitale installé sur le système.",
+    u"Pelmora utilise exclusivement la librarie de lecture vitale embarqué avec l'application.",
+};
+
+struct ExpectedField
+{
+    const char* name;
+    QLabel* (LVitAccessPrefs::*outlet)() const;
+    const char* element; // in the service's document
+    const char* version;
+};
+
+constexpr std::array expectedFields{
+    ExpectedField{"apiVersionTextField", &LVitAccessPrefs::apiVersionTextField, "version", "7.10"},
+    ExpectedField{"tablebinVersionTextField", &LVitAccessPrefs::tablebinVersionTextField, "tableLibVitale", "2026.1"},
+    ExpectedField{"pdtcdcVersionTextField", &LVitAccessPrefs::pdtcdcVersionTextField, "tableLibOrgDest", "<3> & 4"},
+    ExpectedField{"tablehabVersionTextField", &LVitAccessPrefs::tablehabVersionTextField, "tableHab", "5"},
+};
+
+const QString embeddedTitle = u"Informations sur la librarie embarqué"_s;
+const QString installedTitle = u"Informations sur la librarie installé"_s;
+const QString clearedTitle = u"Informations"_s;
+
+/// The behaviour of a service that reports all versions but one.
+QStringList reporting(const QByteArray& left = {})
+{
+    QString document;
+    for (const ExpectedField& field : expectedFields) {
+        if (left != field.name)
+            document += u"<%1>%2</%1>"_s.arg(QLatin1StringView(field.element),
+                                             QString::fromLatin1(field.version).toHtmlEscaped());
+    }
+    return {u"--set"_s, u"informations"_s, u"Informations"_s,
+            u"<informations><apiLecVitale>"_s + document + u"</apiLecVitale></informations>"_s};
+}
+
+} // namespace
+
+class tst_LVitAccessPrefs final : public PaneTest
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<FakeService> m_service;
+    std::shared_ptr<LVitAccess> m_client;
+    std::unique_ptr<LVitAccessPrefs> m_pane;
+    QStringList m_binds; // what the notifications said
+
+    void make(const QStringList& behaviour = reporting())
+    {
+        m_pane.reset();
+        m_service = std::make_unique<FakeService>();
+        m_client = std::make_shared<LVitAccess>(m_service->command(behaviour));
+        m_pane = std::make_unique<LVitAccessPrefs>(m_client, m_bundle);
+    }
+    void prepare(const QStringList& behaviour = reporting())
+    {
+        make(behaviour);
+        m_pane->initialization();
+    }
+
+    /// The user chooses an entry of the menu.
+    void choose(int index)
+    {
+        QComboBox* menu = m_pane->selectModePopUpButton();
+        menu->setCurrentIndex(index);
+        Q_EMIT menu->activated(index);
+    }
+
+    QStringList fields() const
+    {
+        QStringList texts;
+        for (const ExpectedField& field : expectedFields)
+            texts.append((*m_pane.*field.outlet)()->text());
+        return texts;
+    }
+    static QStringList versions()
+    {
+        QStringList texts;
+        for (const ExpectedField& field : expectedFields)
+            texts.append(QString::fromLatin1(field.version));
+        return texts;
+    }
+    static QStringList unknown() { return QStringList(expectedFields.size(), u"Non connu"_s); }
+    QString title() const { return m_pane->informationsBox()->title(); }
+    qsizetype asked(const QString& command) const { return m_service->requested(u"Command"_s).count(command); }
+
+private Q_SLOTS:
+    void init()
+    {
+        begin();
+        NotificationCenter::defaultCenter().addObserver(
+            this, u"MVBindNotification"_s, [this](const Notification& told) {
+                const QVariantMap information = told.userInfo.value_or(QVariantMap());
+                const std::optional<Error> error = errorInValue(information.value(u"Error"_s));
+                m_binds.append(information.value(u"Status"_s).toString() +
+                               (error ? u" %1 %2"_s.arg(error->domain()).arg(error->code()) : QString()));
+            });
+    }
+    void cleanup()
+    {
+        NotificationCenter::defaultCenter().removeObserver(this);
+        m_pane.reset();
+        m_client.reset();
+        m_service.reset();
+        m_binds.clear();
+        end();
+    }
+
+    void beforeItsPreparationThePaneExplainsNothing()
+    {
+        make();
+        QCOMPARE(m_pane->modeInformations(), u""_s);
+        QVERIFY(!m_pane->modeInformations().isNull());
+        QVERIFY(!m_pane->isViewLoaded());
+    }
+
+    void theMenuHasTheThreeModesInOrder()
+    {
+        prepare();
+        const QComboBox* menu = m_pane->selectModePopUpButton();
+        QCOMPARE(menu->count(), 3);
+        for (int tag = 0; tag < 3; ++tag) {
+            QCOMPARE(menu->itemData(tag).toInt(), tag);
+            QVERIFY(!menu->itemText(tag).isEmpty());
+        }
+    }
+
+    void theMenuShowsTheClientsModeAndNotTheStoredOne()
+    {
+        for (unsigned mode = 0; mode < 3; ++mode) {
+            make();
+            MVSettings::setPreferencesWithIntegerValue(SettingsKey::lvitMode, (mode + 1) % 3);
+            m_client->setAccessMode(mode);
+            m_pane->initialization();
+            QCOMPARE(m_pane->selectModePopUpButton()->currentData().toUInt(), mode);
+            QCOMPARE(m_pane->modeInformations(), expectedExplanations.at(mode).toString());
+            QCOMPARE(m_pane->infosTestField()->text(), expectedExplanations.at(mode).toString());
+        }
+    }
+
+    void theExplanationFollowsTheMenuAtOnce()
+    {
+        prepare({u"--do"_s, u"any"_s, u"silent"_s});
+        const QSignalSpy changes(m_pane.get(), &LVitAccessPrefs::modeInformationsChanged);
+        for (const int index : {2, 1, 0}) {
+            choose(index);
+            QCOMPARE(m_pane->modeInformations(), expectedExplanations.at(static_cast<std::size_t>(index)).toString());
+            QCOMPARE(m_pane->infosTestField()->text(), m_pane->modeInformations());
+            QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), index);
+            QCOMPARE(m_client->accessMode(), static_cast<unsigned>(index));
+        }
+        QCOMPARE(changes.count(), 3);
+        QCOMPARE(m_binds, QStringList());
+    }
+
+    void anUnknownModeIsExplainedByNothingAndStoredAsAutomatic_data()
+    {
+        QTest::addColumn<QVariant>("tag");
+        QTest::newRow("3") << QVariant(3);
+        QTest::newRow("7") << QVariant(7);
+        QTest::newRow("huge") << QVariant(std::numeric_limits<qint64>::max());
+        QTest::newRow("negative") << QVariant(-1);
+    }
+    void anUnknownModeIsExplainedByNothingAndStoredAsAutomatic()
+    {
+        QFETCH(const QVariant, tag);
+        prepare({u"--do"_s, u"any"_s, u"silent"_s});
+        m_client->setAccessMode(2);
+        m_pane->selectModePopUpButton()->addItem(u"Autre"_s, tag);
+        choose(3);
+        QCOMPARE(m_pane->modeInformations(), u""_s);
+        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
+        QVERIFY(MVSettings::stringPreferencesForKey(SettingsKey::lvitMode) == u"0"_s);
+        QCOMPARE(m_client->accessMode(), 0U);
+    }
+
+    void theVersionsComeAfterUnknownOnes()
+    {
+        prepare();
+        QCOMPARE(fields(), unknown());
+        QCOMPARE(title(), clearedTitle);
+        for (int time = 0; time < 2; ++time) {
+            m_pane->paneWillAppear();
+            QCOMPARE(fields(), unknown());
+            QCOMPARE(title(), clearedTitle);
+            QTRY_COMPARE(fields(), versions());
+            QCOMPARE(title(), m_client->embedded() ? embeddedTitle : installedTitle);
+        }
+    }
+
+    void theBoxNamesTheLibraryThatTheServiceReports_data()
+    {
+        QTest::addColumn<QString>("embedded");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("embedded") << u"true"_s << embeddedTitle;
+        QTest::newRow("installed") << u"false"_s << installedTitle;
+    }
+    void theBoxNamesTheLibraryThatTheServiceReports()
+    {
+        QFETCH(const QString, embedded);
+        prepare(reporting() + QStringList{u"--set"_s, u"init"_s, u"Embedded"_s, embedded});
+        choose(2);
+        QCOMPARE(title(), clearedTitle);
+        QTRY_COMPARE(fields(), versions());
+        QTEST(title(), "title");
+        QCOMPARE(m_binds, QStringList{u"success"_s});
+        QCOMPARE(m_service->requested(u"Mode"_s).constLast(), u"2"_s);
+        QCOMPARE(m_pane->modeInformations(), expectedExplanations.at(2).toString());
+    }
+
+    void aVersionThatIsMissingIsUnknownAlone()
+    {
+        for (const ExpectedField& missing : expectedFields) {
+            prepare(reporting(missing.name));
+            m_pane->paneWillAppear();
+            QTRY_VERIFY(title() != clearedTitle);
+            for (const ExpectedField& field : expectedFields) {
+                const QString expected =
+                    field.name == missing.name ? u"Non connu"_s : QString::fromLatin1(field.version);
+                QCOMPARE((*m_pane.*field.outlet)()->text(), expected);
+            }
+        }
+    }
+
+    void whileTheClientKnowsNothingTheFieldsStay()
+    {
+        prepare({u"--do"_s, u"init"_s, u"silent"_s});
+        choose(1);
+        QTRY_VERIFY(!m_client->informations());
+        m_pane->apiVersionTextField()->setText(u"8.0"_s);
+        m_pane->informationsBox()->setTitle(installedTitle);
+        m_pane->updateLibraryInformations();
+        QCOMPARE(fields(), (QStringList{u"8.0"_s} + unknown().sliced(1)));
+        QCOMPARE(title(), installedTitle);
+    }
+
+    void aServiceThatFailsLeavesTheVersionsUnknown_data()
+    {
+        QTest::addColumn<QStringList>("behaviour");
+        QTest::newRow("error") << QStringList{u"--set"_s, u"informations"_s, u"Status"_s, u"error"_s};
+        QTest::newRow("null") << QStringList{u"--do"_s, u"informations"_s, u"null"_s};
+        QTest::newRow("garbage") << QStringList{u"--do"_s, u"informations"_s, u"garbage"_s};
+        QTest::newRow("crash") << QStringList{u"--do"_s, u"informations"_s, u"crash"_s};
+    }
+    void aServiceThatFailsLeavesTheVersionsUnknown()
+    {
+        QFETCH(const QStringList, behaviour);
+        prepare(behaviour);
+        QSignalSpy failed(this, &tst_LVitAccessPrefs::asking);
+        m_pane->paneWillAppear();
+        // Behind the pane's own request.
+        m_client->getReadersWithCompletionHandler([this](bool, auto&&...) { Q_EMIT asking(); });
+        QVERIFY(failed.wait());
+        QCoreApplication::processEvents();
+        QCOMPARE(fields(), unknown());
+        QCOMPARE(title(), clearedTitle);
+    }
+
+    void aFailedBindIsToldWithAnErrorAndTheModeIsKept_data()
+    {
+        QTest::addColumn<QStringList>("behaviour");
+        QTest::addColumn<QString>("told");
+        QTest::newRow("no reader") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s}
+                                   << u"failure Pelmora -20"_s;
+        QTest::newRow("another reader") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u"Autre"_s}
+                                        << u"failure Pelmora -21"_s;
+        QTest::newRow("crash") << QStringList{u"--do"_s, u"init"_s, u"crash"_s} << u"failure Pelmora -10"_s;
+    }
+    void aFailedBindIsToldWithAnErrorAndTheModeIsKept()
+    {
+        QFETCH(const QStringList, behaviour);
+        QFETCH(const QString, told);
+        prepare(behaviour);
+        choose(2);
+        QTRY_COMPARE(m_binds, QStringList{told});
+        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 2);
+        QCOMPARE(m_client->accessMode(), 2U);
+        QCOMPARE(m_pane->selectModePopUpButton()->currentIndex(), 2);
+    }
+
+    void aClientThatGivesNoErrorIsTheGeneralOne()
+    {
+        m_service = std::make_unique<FakeService>();
+        m_client = std::make_shared<LVitAccess>(ServiceCommand{m_service->filePath(u"absent"_s), {}});
+        m_pane = std::make_unique<LVitAccessPrefs>(m_client, m_bundle);
+        m_pane->initialization();
+        choose(1);
+        QTRY_COMPARE(m_binds, QStringList{u"failure Pelmora -10"_s});
+        QCOMPARE(fields(), unknown());
+    }
+
+    void aChoiceByTheKeyboardIsAChoice()
+    {
+        prepare();
+        QVERIFY(show(*m_pane));
+        QTest::keyClick(m_pane->selectModePopUpButton(), Qt::Key_Down);
+        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 1);
+        QTRY_COMPARE(m_binds, QStringList{u"success"_s});
+        QTRY_COMPARE(fields(), versions());
+    }
+
+    void aPaneThatIsGoneIsNotTold()
+    {
+        prepare();
+        choose(1);
+        m_pane.reset();
+        QTRY_COMPARE(m_binds, QStringList{u"success"_s});
+        QCOMPARE(asked(u"informations"_s), 0);
+    }
+
+Q_SIGNALS:
+    void asking();
+};
+
+QTEST_MAIN(tst_LVitAccessPrefs)
+#include "tst_lvitaccessprefs.moc"

@@ -1,0 +1,168 @@
+#include "PaneTest.h"
+#include "prefs/MVConfigPrefs.h"
+#include "prefs/StatusItemControl.h"
+
+#include <QCheckBox>
+#include <QLabel>
+
+using namespace Qt::StringLiterals;
+
+/// Notes what it is asked for, with what is stored at that moment.
+class StatusItemRecord final : public StatusItemControl
+{
+public:
+    void showStatusItem() override { note(u"show"_s); }
+    void hideStatusItem() override { note(u"hide"_s); }
+
+    QStringList requests;
+
+private:
+    void note(const QString& request)
+    {
+        const bool stored = MVSettings::booleanPreferencesForKey(SettingsKey::statusItemMenu);
+        requests.append(request + (stored ? u", stored on"_s : u", stored off"_s));
+    }
+};
+
+class tst_MVConfigPrefs final : public PaneTest
+{
+    Q_OBJECT
+
+private:
+    StatusItemRecord m_statusItem;
+    std::unique_ptr<MVConfigPrefs> m_pane;
+
+    // Opens the pane with keys held down, as a click on its button does.
+    void open(Qt::KeyboardModifiers keys)
+    {
+        QWidget clicked;
+        clicked.show();
+        if (keys)
+            QTest::keyPress(&clicked, Qt::Key_Alt, keys);
+        QTest::mouseClick(&clicked, Qt::LeftButton, keys);
+        m_pane->paneWillAppear();
+        QTest::keyRelease(&clicked, Qt::Key_Alt);
+        QTest::mouseClick(&clicked, Qt::LeftButton);
+    }
+
+    bool showsTheSwitch() const
+    {
+        return !m_pane->debugModeButton()->isHidden() && !control<QLabel>(*m_pane, "debugModeLabel")->isHidden() &&
+               !control<QLabel>(*m_pane, "debugModeHint")->isHidden();
+    }
+    bool hidesTheSwitch() const
+    {
+        return m_pane->debugModeButton()->isHidden() && control<QLabel>(*m_pane, "debugModeLabel")->isHidden() &&
+               control<QLabel>(*m_pane, "debugModeHint")->isHidden();
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        begin();
+        m_statusItem.requests.clear();
+        m_pane = std::make_unique<MVConfigPrefs>(m_statusItem, m_bundle);
+        m_pane->initialization();
+    }
+    void cleanup()
+    {
+        m_pane.reset();
+        end();
+    }
+
+    void theDebugSwitchIsShownToThoseWhoHoldAltDown_data()
+    {
+        QTest::addColumn<Qt::KeyboardModifiers>("keys");
+        QTest::addColumn<bool>("isOn");
+        QTest::addColumn<bool>("isShown");
+        QTest::newRow("nothing, off") << Qt::KeyboardModifiers() << false << false;
+        QTest::newRow("Alt, off") << Qt::KeyboardModifiers(Qt::AltModifier) << false << true;
+        QTest::newRow("Alt and Shift, off") << (Qt::AltModifier | Qt::ShiftModifier) << false << true;
+        QTest::newRow("Ctrl, off") << Qt::KeyboardModifiers(Qt::ControlModifier) << false << false;
+        QTest::newRow("nothing, on") << Qt::KeyboardModifiers() << true << true;
+        QTest::newRow("Alt, on") << Qt::KeyboardModifiers(Qt::AltModifier) << true << true;
+    }
+    void theDebugSwitchIsShownToThoseWhoHoldAltDown()
+    {
+        QFETCH(const Qt::KeyboardModifiers, keys);
+        QFETCH(const bool, isOn);
+        QFETCH(const bool, isShown);
+        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, isOn);
+        open(keys);
+        QVERIFY(isShown ? showsTheSwitch() : hidesTheSwitch());
+    }
+
+    void onceDebugModeIsOnItsSwitchStaysUntilTheNextStart()
+    {
+        open(Qt::AltModifier);
+        QVERIFY(show(*m_pane));
+        QTest::mouseClick(m_pane->debugModeButton(), Qt::LeftButton, {}, QPoint(8, 8));
+        QVERIFY(MVSettings::booleanPreferencesForKey(SettingsKey::debugMode));
+        open({});
+        QVERIFY(showsTheSwitch());
+        QVERIFY(m_pane->debugModeButton()->isChecked());
+
+        restart();
+        m_pane = std::make_unique<MVConfigPrefs>(m_statusItem, m_bundle);
+        m_pane->initialization();
+        open({});
+        QVERIFY(hidesTheSwitch());
+        QVERIFY(!m_pane->debugModeButton()->isChecked());
+    }
+
+    void switchedOffAndOpenedWithoutAltTheDebugSwitchIsGone()
+    {
+        open(Qt::AltModifier);
+        m_pane->debugModeButton()->setChecked(true);
+        m_pane->debugModeButton()->setChecked(false);
+        QVERIFY(showsTheSwitch());
+        open({});
+        QVERIFY(hidesTheSwitch());
+    }
+
+    void theStatusItemFollowsItsCheckBoxOnceThatIsStored()
+    {
+        QVERIFY(show(*m_pane));
+        auto* box = control<QCheckBox>(*m_pane, "statusItemButton");
+        QVERIFY(box->isChecked());
+        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, 8));
+        QCOMPARE(m_statusItem.requests, QStringList{u"hide, stored off"_s});
+        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, 8));
+        QCOMPARE(m_statusItem.requests, (QStringList{u"hide, stored off"_s, u"show, stored on"_s}));
+    }
+
+    void anySenderButAButtonIsIgnored()
+    {
+        const QLabel label;
+        QCheckBox button;
+        button.setTristate();
+        m_pane->changeStatusItemPrefs(nullptr);
+        m_pane->changeStatusItemPrefs(&label);
+        QCOMPARE(m_statusItem.requests, QStringList());
+        m_pane->changeStatusItemPrefs(&button);
+        button.setChecked(true);
+        m_pane->changeStatusItemPrefs(&button);
+        QCOMPARE(m_statusItem.requests, (QStringList{u"hide, stored on"_s, u"show, stored on"_s}));
+        // Neither on nor off.
+        button.setCheckState(Qt::PartiallyChecked);
+        m_pane->changeStatusItemPrefs(&button);
+        QCOMPARE(m_statusItem.requests.constLast(), u"hide, stored on"_s);
+    }
+
+    void theDebugActionDoesNothing()
+    {
+        m_pane->changeDebugMode(m_pane->debugModeButton());
+        QVERIFY(!MVSettings::booleanPreferencesForKey(SettingsKey::debugMode));
+        QCOMPARE(m_statusItem.requests, QStringList());
+    }
+
+    void showingThePaneAsksForNothing()
+    {
+        QVERIFY(show(*m_pane));
+        open({});
+        QCOMPARE(m_statusItem.requests, QStringList());
+    }
+};
+
+QTEST_MAIN(tst_MVConfigPrefs)
+#include "tst_mvconfigprefs.moc"

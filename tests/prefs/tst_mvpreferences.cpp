@@ -1,0 +1,49 @@
+#include "prefs/MVPreferences.h"
+#include "prefs/MVPreferencesController.h"
+#include "tests/prefs/RecordingPane.h"
+
+#include <QMainWindow>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+// One process, one window: the slots tell one story.
+class tst_MVPreferences final : public QObject
+{
+    Q_OBJECT
+
+private:
+    QStringList m_notes;
+
+private Q_SLOTS:
+    void thereIsOneController()
+    {
+        QCOMPARE(&MVPreferences::preferences(), &MVPreferences::preferences());
+        QVERIFY(!MVPreferences::preferences().window());
+    }
+
+    void everyOperationReachesIt()
+    {
+        MVPreferencesController& controller = MVPreferences::preferences();
+        const auto a = std::make_shared<RecordingPane>(u"a"_s, m_notes);
+        const auto b = std::make_shared<RecordingPane>(u"b"_s, m_notes);
+        MVPreferences::resigterPreferencesPane(a);
+        MVPreferences::resigterPreferencesPane(b);
+        MVPreferences::unregisterPreferencesPane(a.get());
+        QCOMPARE(controller.panes(), (MVPreferencesController::Panes{a, b}));
+
+        MVPreferences::show();
+        QVERIFY(controller.window()->isVisible());
+        QCOMPARE(controller.currentPane(), a.get());
+        MVPreferences::hide();
+        QVERIFY(!controller.window()->isVisible());
+        MVPreferences::showPaneWithIdentifier(u"b");
+        QVERIFY(controller.window()->isVisible());
+        QTRY_COMPARE(controller.currentPane(), b.get());
+        QTRY_COMPARE(m_notes.constLast(), u"b did appear"_s);
+        MVPreferences::hide();
+    }
+};
+
+QTEST_MAIN(tst_MVPreferences)
+#include "tst_mvpreferences.moc"

@@ -1,0 +1,122 @@
+#include "PaneTest.h"
+#include "platform/update/SUUpdater.h"
+#include "prefs/MVUpdatePrefs.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+class tst_MVUpdatePrefs final : public PaneTest
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<MVUpdatePrefs> m_pane;
+    std::unique_ptr<SUUpdater> m_updater;
+
+    // An updater whose last check was then.
+    void makeUpdater(const QVariant& lastCheck = {})
+    {
+        auto defaults = std::make_unique<UserDefaults>(m_folder->filePath(u"updates.conf"_s));
+        if (lastCheck.isValid())
+            defaults->setObject(u"SULastCheckTime"_s, lastCheck);
+        m_updater = std::make_unique<SUUpdater>(UpdateConfiguration(), std::move(defaults));
+    }
+
+    static QDialog* updateWindow()
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            auto* dialog = qobject_cast<QDialog*>(widget);
+            if (dialog && dialog->isVisible())
+                return dialog;
+        }
+        return nullptr;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        begin();
+        m_pane = std::make_unique<MVUpdatePrefs>(m_bundle);
+    }
+    void cleanup()
+    {
+        m_pane.reset();
+        m_updater.reset();
+        end();
+    }
+
+    void theDateOfTheLastCheckIsShown_data()
+    {
+        QTest::addColumn<QVariant>("lastCheck");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("a morning in March")
+            << QVariant(QDateTime(QDate(2024, 3, 5), QTime(9, 7))) << u"Dernière vérification le 05/03/2024 à 09:07"_s;
+        QTest::newRow("the last minute of a year") << QVariant(QDateTime(QDate(2025, 12, 31), QTime(23, 59, 59, 999)))
+                                                   << u"Dernière vérification le 31/12/2025 à 23:59"_s;
+        QTest::newRow("kept in another zone") << QVariant(QDateTime(QDate(2024, 3, 5), QTime(9, 7)).toUTC())
+                                              << u"Dernière vérification le 05/03/2024 à 09:07"_s;
+        QTest::newRow("never") << QVariant() << QString();
+        QTest::newRow("garbage") << QVariant(u"hier"_s) << QString();
+    }
+    void theDateOfTheLastCheckIsShown()
+    {
+        QFETCH(const QVariant, lastCheck);
+        makeUpdater(lastCheck);
+        m_pane->setUpdater(m_updater.get());
+        QCOMPARE(m_pane->updater(), m_updater.get());
+        m_pane->initialization();
+        QTEST(m_pane->lastCheckTextField()->text(), "text");
+    }
+
+    void theDateIsTheOneOfTheStart()
+    {
+        makeUpdater();
+        m_pane->setUpdater(m_updater.get());
+        m_pane->initialization();
+        UserDefaults later(m_folder->filePath(u"updates.conf"_s));
+        later.setObject(u"SULastCheckTime"_s, QDateTime(QDate(2024, 3, 5), QTime(9, 7)));
+        later.synchronize();
+        m_pane->paneWillAppear();
+        QVERIFY(show(*m_pane));
+        QCOMPARE(m_pane->lastCheckTextField()->text(), QString());
+    }
+
+    void withoutAnUpdaterNothingIsShownAndNothingDone()
+    {
+        m_pane->initialization();
+        QCOMPARE(m_pane->lastCheckTextField()->text(), QString());
+        m_pane->checkForUpdateNow(nullptr);
+        QVERIFY(!updateWindow());
+    }
+
+    void anUpdaterThatIsGoneIsNoUpdater()
+    {
+        makeUpdater(QDateTime(QDate(2024, 3, 5), QTime(9, 7)));
+        m_pane->setUpdater(m_updater.get());
+        m_pane->initialization();
+        m_updater.reset();
+        QCOMPARE(m_pane->updater(), nullptr);
+        m_pane->checkForUpdateNow(nullptr);
+        m_pane->updateUI();
+        QCOMPARE(m_pane->lastCheckTextField()->text(), QString());
+    }
+
+    void theButtonAsksForACheckThatTheUserSees()
+    {
+        makeUpdater();
+        m_pane->setUpdater(m_updater.get());
+        m_pane->initialization();
+        QVERIFY(show(*m_pane));
+        QTest::mouseClick(control<QPushButton>(*m_pane, "checkNowButton"), Qt::LeftButton);
+        QTRY_VERIFY(updateWindow());
+        QCOMPARE(updateWindow()->windowTitle(), u"Mise à jour de Pelmora"_s);
+        updateWindow()->close();
+    }
+};
+
+QTEST_MAIN(tst_MVUpdatePrefs)
+#include "tst_mvupdateprefs.moc"

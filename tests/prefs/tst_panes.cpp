@@ -1,0 +1,339 @@
+#include "PaneTest.h"
+#include "card/LVitAccess.h"
+#include "prefs/LVitAccessPrefs.h"
+#include "prefs/MVAttestationPrefs.h"
+#include "prefs/MVConfigPrefs.h"
+#include "prefs/MVPreferencesController.h"
+#include "prefs/MVUpdatePrefs.h"
+#include "prefs/PaneContentView.h"
+#include "prefs/PaneToolbar.h"
+#include "prefs/StatusItemControl.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFile>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QToolButton>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class NoStatusItem final : public StatusItemControl
+{
+public:
+    void showStatusItem() override {}
+    void hideStatusItem() override {}
+};
+
+struct ExpectedPane
+{
+    const char* view; // the layout file's
+    QStringView identifier;
+    QStringView image;
+    QStringView name;
+    const char* preparationLine; // of the log, if any
+    const char* appearanceLine;
+};
+
+// In the order of their buttons.
+constexpr std::array expectedPanes{
+    ExpectedPane{"ConfigView", u"com.morvel.prefspane.config", u"Config", u"Configuration", nullptr, "paneWillAppear"},
+    ExpectedPane{"AttestationConfigView", u"com.morvel.prefspane.attestation", u"Attestation", u"Attestations",
+                 "'MVAttestationPrefs' initialization", "'MVAttestationPrefs' paneWillAppear"},
+    ExpectedPane{"LVitAccessView", u"com.morvel.prefspane.lvitaccess", u"Services", u"Lecture Vitale",
+                 "'LVitAccessPrefs' initialization", "'LVitAccessPrefs' paneWillAppear"},
+    ExpectedPane{"UpdatePrefsView", u"com.morvel.prefspane.update", u"Update", u"Mise à jour",
+                 "'MVUpdatePrefs' initialization", "'MVUpdatePrefs' paneWillAppear"},
+};
+
+// The texts that have less room than they need.
+QStringList cutTexts(const QWidget& window)
+{
+    QStringList cut;
+    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+        const auto* label = qobject_cast<const QLabel*>(widget);
+        const bool shows =
+            label || qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget);
+        // One that gives way in its middle tells the whole in its tool tip.
+        if (!shows || !widget->isVisible() || !widget->toolTip().isEmpty())
+            continue;
+        const bool wraps = label && label->wordWrap();
+        const int height = wraps ? label->heightForWidth(widget->width()) : widget->sizeHint().height();
+        if (widget->height() < height || widget->width() < (wraps ? 0 : widget->sizeHint().width()))
+            cut.append(widget->objectName() + widget->accessibleName());
+    }
+    return cut;
+}
+
+// Where the texts that the user reads are not written as French is.
+QStringList badTypography(const QString& text)
+{
+    static const std::array<std::pair<QRegularExpression, QString>, 4> faults{{
+        {QRegularExpression(u"'"_s), u"straight apostrophe"_s},
+        {QRegularExpression(u"[^\u00a0\u202f][:;!?»]|«[^\u00a0\u202f]"_s), u"space that breaks"_s},
+        {QRegularExpression(u"\\.\\.\\."_s), u"three dots"_s},
+        {QRegularExpression(u"\""_s), u"straight quotation mark"_s},
+    }};
+    QStringList found;
+    for (const auto& [fault, name] : faults) {
+        if (text.contains(fault))
+            found.append(name + u": "_s + text);
+    }
+    return found;
+}
+
+} // namespace
+
+/// What all panes have in common.
+class tst_Panes final : public PaneTest
+{
+    Q_OBJECT
+
+private:
+    NoStatusItem m_statusItem;
+    QFont m_font;
+    QPalette m_palette;
+    std::vector<std::shared_ptr<PaneViewController>> m_panes;
+    std::unique_ptr<MVPreferencesController> m_controller;
+
+    /// The window, open on its first pane.
+    bool open()
+    {
+        m_controller = std::make_unique<MVPreferencesController>();
+        for (const auto& pane : m_panes)
+            m_controller->resigterPreferencesPane(pane);
+        m_controller->show();
+        return QTest::qWaitForWindowActive(m_controller->window());
+    }
+
+    /// Each pane, shown alone and without a fade, with all that it can show.
+    template <typename Function>
+    void forEachShown(Function function)
+    {
+        for (const auto& pane : m_panes) {
+            m_controller->showPane(nullptr);
+            m_controller->showPane(pane.get());
+            for (const char* hidden : {"debugModeButton", "debugModeLabel", "debugModeHint"}) {
+                if (auto* widget = control<QWidget>(*pane, hidden))
+                    widget->show();
+            }
+            if (auto* lastCheck = control<QLabel>(*pane, "lastCheckTextField"))
+                lastCheck->setText(u"Dernière vérification le 05/03/2024 à 09:07"_s);
+            QCoreApplication::processEvents();
+            function(*pane);
+        }
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        begin();
+        m_font = QApplication::font();
+        m_palette = QApplication::palette();
+        const auto client = std::make_shared<LVitAccess>(ServiceCommand{m_folder->filePath(u"absent"_s), {}});
+        m_panes = {std::make_shared<MVConfigPrefs>(m_statusItem, m_bundle),
+                   std::make_shared<MVAttestationPrefs>(m_bundle), std::make_shared<LVitAccessPrefs>(client, m_bundle),
+                   std::make_shared<MVUpdatePrefs>(m_bundle)};
+    }
+    void cleanup()
+    {
+        m_controller.reset();
+        m_panes.clear();
+        QApplication::setFont(m_font);
+        QApplication::setPalette(m_palette);
+        end();
+    }
+
+    void everyPaneIsWhatItIsToBe()
+    {
+        for (std::size_t index = 0; index < expectedPanes.size(); ++index) {
+            const ExpectedPane& expected = expectedPanes.at(index);
+            PaneViewController& pane = *m_panes.at(index);
+            QCOMPARE(pane.paneIdentifier(), expected.identifier.toString());
+            QCOMPARE(pane.paneName(), expected.name.toString());
+            QVERIFY(!pane.isViewLoaded());
+            QCOMPARE(pane.paneView(), pane.paneView());
+            QCOMPARE(pane.paneView()->objectName(), QLatin1StringView(expected.view));
+        }
+    }
+
+    void everyIconIsTheImageOfItsName()
+    {
+        const QTemporaryDir resources;
+        for (const ExpectedPane& expected : expectedPanes) {
+            const QString file = u"/%1.svg"_s.arg(expected.image);
+            QVERIFY2(QFile::copy(QStringLiteral(PELMORA_STAGE_SHARE) + file, resources.path() + file),
+                     qPrintable(file));
+        }
+        // Each alone finds its image; without it there is none.
+        const Bundle images(resources.path());
+        const auto icons = [&](const Bundle& bundle) {
+            const auto client = std::make_shared<LVitAccess>(ServiceCommand{m_folder->filePath(u"absent"_s), {}});
+            return std::array{MVConfigPrefs(m_statusItem, bundle).paneIcon(), MVAttestationPrefs(bundle).paneIcon(),
+                              LVitAccessPrefs(client, bundle).paneIcon(), MVUpdatePrefs(bundle).paneIcon()};
+        };
+        for (const QIcon& icon : icons(images))
+            QVERIFY(!icon.pixmap(32).toImage().isNull());
+        for (std::size_t index = 0; index < expectedPanes.size(); ++index) {
+            QVERIFY(QFile::remove(resources.path() + u"/%1.svg"_s.arg(expectedPanes.at(index).image)));
+            const auto left = icons(Bundle(resources.path()));
+            for (std::size_t other = 0; other < left.size(); ++other)
+                QCOMPARE(left.at(other).isNull(), other <= index);
+        }
+    }
+
+    void everyMessageIsLoggedAsItIsToBe()
+    {
+        for (std::size_t index = 0; index < expectedPanes.size(); ++index) {
+            const ExpectedPane& expected = expectedPanes.at(index);
+            m_log.clear();
+            m_panes.at(index)->initialization();
+            QCOMPARE(m_log.lines(), expected.preparationLine ? QStringList{QLatin1StringView(expected.preparationLine)}
+                                                             : QStringList());
+            QVERIFY(m_panes.at(index)->isViewLoaded());
+            m_log.clear();
+            m_panes.at(index)->paneWillAppear();
+            QVERIFY(m_log.lines(MXLog::Debug).contains(QLatin1StringView(expected.appearanceLine)));
+        }
+    }
+
+    void theToolbarShowsThemInOrder()
+    {
+        QVERIFY(open());
+        QStringList identifiers;
+        for (const ExpectedPane& expected : expectedPanes)
+            identifiers.append(expected.identifier.toString());
+        QCOMPARE(m_controller->toolbar().itemIdentifiers(), identifiers);
+        QCOMPARE(m_controller->currentPane(), m_panes.front().get());
+    }
+
+    void nothingIsCut_data()
+    {
+        QTest::addColumn<double>("textSize");
+        QTest::newRow("plain") << 1.0;
+        QTest::newRow("150 %") << 1.5;
+        QTest::newRow("175 %") << 1.75;
+        QTest::newRow("200 %") << 2.0;
+    }
+    void nothingIsCut()
+    {
+        QFETCH(const double, textSize);
+        QFont font = m_font;
+        font.setPointSizeF(font.pointSizeF() * textSize);
+        QApplication::setFont(font);
+        QVERIFY(open());
+        QStringList problems = cutTexts(m_controller->toolbar());
+        forEachShown([&](PaneViewController& pane) {
+            problems += cutTexts(pane.view());
+            // What does not fit is reached by scrolling down, never sideways.
+            const QWidget* contents = pane.view().widget();
+            if (contents->width() > pane.view().viewport()->width())
+                problems.append(pane.paneName() + u" is too wide"_s);
+            if (textSize <= 1 && contents->height() > pane.view().viewport()->height())
+                problems.append(pane.paneName() + u" scrolls"_s);
+        });
+        QCOMPARE(problems.join(u"; "_s), QString());
+        QCOMPARE(m_controller->contentView()->size(), QSize(500, 280));
+    }
+
+    void atTwiceTheTextSizeTheKeyboardReachesAll()
+    {
+        QFont font = m_font;
+        font.setPointSizeF(font.pointSizeF() * 2);
+        QApplication::setFont(font);
+        QVERIFY(open());
+        QStringList problems;
+        forEachShown([&](PaneViewController& pane) {
+            const QScrollBar& bar = *pane.view().verticalScrollBar();
+            if ((pane.view().focusPolicy() == Qt::TabFocus) != (bar.maximum() > 0))
+                problems.append(pane.paneName());
+        });
+        QCOMPARE(problems.join(u"; "_s), QString());
+    }
+
+    void allPanesHaveOneGrid()
+    {
+        QVERIFY(open());
+        QList<int> edges;
+        forEachShown([&](PaneViewController& pane) {
+            const auto* grid = pane.view().findChild<QGridLayout*>(u"grid"_s);
+            edges.append(grid->itemAtPosition(0, 1)->geometry().left());
+        });
+        QCOMPARE(edges, QList<int>(4, edges.constFirst()));
+    }
+
+    void everyControlHasANameAndTheKeyboardReachesIt()
+    {
+        QVERIFY(open());
+        QStringList problems;
+        forEachShown([&](PaneViewController& pane) {
+            int controls = 0;
+            for (const QWidget* widget : pane.view().findChildren<QWidget*>()) {
+                const auto* button = qobject_cast<const QAbstractButton*>(widget);
+                if (!widget->isVisible() || (!button && !qobject_cast<const QComboBox*>(widget)))
+                    continue;
+                ++controls;
+                if (widget->accessibleName().isEmpty() && (!button || button->text().isEmpty()))
+                    problems.append(widget->objectName() + u" has no name"_s);
+                if (!(widget->focusPolicy() & Qt::TabFocus))
+                    problems.append(widget->objectName() + u" is out of reach"_s);
+            }
+            if (controls == 0)
+                problems.append(pane.paneName() + u" has no controls"_s);
+        });
+        QCOMPARE(problems.join(u"; "_s), QString());
+    }
+
+    void textsAreWrittenAsFrenchIs()
+    {
+        QVERIFY(open());
+        QStringList problems;
+        forEachShown([&](PaneViewController& pane) {
+            for (const QWidget* widget : pane.view().findChildren<QWidget*>()) {
+                const auto* label = qobject_cast<const QLabel*>(widget);
+                // The explanations of the modes are as they stand; paths are the user's.
+                const QStringList fixed{u"infosTestField"_s, u"folderTextField"_s, u"lastCheckTextField"_s};
+                if (label && !fixed.contains(label->objectName()))
+                    problems += badTypography(label->text());
+                if (const auto* button = qobject_cast<const QAbstractButton*>(widget))
+                    problems += badTypography(button->text());
+                if (const auto* box = qobject_cast<const QGroupBox*>(widget))
+                    problems += badTypography(box->title());
+                problems += badTypography(widget->accessibleName());
+                problems += badTypography(widget->accessibleDescription());
+            }
+        });
+        QCOMPARE(problems.join(u"; "_s), QString());
+    }
+
+    void everyTextThatMayComeFromOutsideIsPlain()
+    {
+        QVERIFY(open());
+        for (const char* name : {"apiVersionTextField", "tablebinVersionTextField", "pdtcdcVersionTextField",
+                                 "tablehabVersionTextField", "infosTestField"})
+            QCOMPARE(control<QLabel>(*m_panes.at(2), name)->textFormat(), Qt::PlainText);
+        QCOMPARE(control<QLabel>(*m_panes.at(1), "folderTextField")->textFormat(), Qt::PlainText);
+    }
+
+    void theContentsHaveTheWindowsColours()
+    {
+        for (const QColor& colour : {QColor(239, 239, 239), QColor(45, 45, 48)}) {
+            QApplication::setPalette(QPalette(colour));
+            QVERIFY(open());
+            forEachShown(
+                [&](PaneViewController& pane) { QCOMPARE(pane.view().grab().toImage().pixelColor(499, 279), colour); });
+        }
+    }
+};
+
+QTEST_MAIN(tst_Panes)
+#include "tst_panes.moc"

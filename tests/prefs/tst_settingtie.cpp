@@ -1,0 +1,66 @@
+#include "PaneTest.h"
+#include "prefs/SettingTie.h"
+
+#include <QCheckBox>
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+
+class tst_SettingTie final : public PaneTest
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QCheckBox> m_box;
+
+private Q_SLOTS:
+    void init()
+    {
+        begin();
+        m_box = std::make_unique<QCheckBox>();
+    }
+    void cleanup()
+    {
+        m_box.reset();
+        end();
+    }
+
+    void theBoxShowsWhatIsStored()
+    {
+        tieToSetting(*m_box, SettingsKey::statusItemMenu);
+        QVERIFY(m_box->isChecked());
+        QCheckBox other;
+        tieToSetting(other, SettingsKey::debugMode);
+        QVERIFY(!other.isChecked());
+    }
+
+    void aSwitchIsStoredBeforeWhateverIsConnectedLater()
+    {
+        tieToSetting(*m_box, SettingsKey::statusItemMenu);
+        QList<bool> stored;
+        connect(m_box.get(), &QCheckBox::toggled, this,
+                [&] { stored.append(MVSettings::booleanPreferencesForKey(SettingsKey::statusItemMenu)); });
+        m_box->setChecked(false);
+        m_box->setChecked(true);
+        QCOMPARE(stored, (QList<bool>{false, true}));
+    }
+
+    void comingIntoViewItShowsWhatIsStoredAndStoresNothing()
+    {
+        tieToSetting(*m_box, SettingsKey::showRightLabelPrintOption);
+        const QSignalSpy switched(m_box.get(), &QCheckBox::toggled);
+        MVSettings::setPreferencesWithBooleanValue(SettingsKey::showRightLabelPrintOption, true);
+        m_box->show();
+        QVERIFY(m_box->isChecked());
+        MVSettings::removePreferences({SettingsKey::showRightLabelPrintOption});
+        m_box->hide();
+        m_box->show();
+        QVERIFY(!m_box->isChecked());
+        QCOMPARE(switched.count(), 0);
+        MVSettings::removePreferences({});
+        QVERIFY(!UserDefaults(settingsFile()).object(SettingsKey::showRightLabelPrintOption.toString()).isValid());
+    }
+};
+
+QTEST_MAIN(tst_SettingTie)
+#include "tst_settingtie.moc"
