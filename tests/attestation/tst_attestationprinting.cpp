@@ -27,6 +27,57 @@ class tst_AttestationPrinting : public QObject
 {
     Q_OBJECT
 
+private:
+    void print() { printAttestation(specimenCard(2), *m_logos, *m_fonts, *m_alerts, m_window.get()); }
+
+    [[nodiscard]] QList<PrintOperation*> operations() const { return m_window->findChildren<PrintOperation*>(); }
+    [[nodiscard]] QMessageBox* alert() const { return m_window->findChild<QMessageBox*>(); }
+
+    PrintDialog* openDialog()
+    {
+        print();
+        const auto dialog = [this] { return m_window->findChild<PrintDialog*>(); };
+        return QTest::qWaitFor([&dialog] { return dialog() != nullptr && dialog()->isVisible(); }) ? dialog() : nullptr;
+    }
+
+    static QString existingFile(const QTemporaryDir& folder)
+    {
+        QFile file(folder.filePath(u"page.pdf"_s));
+        return file.open(QIODevice::WriteOnly) && file.write("the user's") > 0 ? file.fileName() : QString();
+    }
+
+    static QByteArray contentOf(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    static void pressPrint(const PrintDialog& dialog)
+    {
+        dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+    }
+
+    static QMessageBox* questionIn(const PrintDialog& dialog) { return dialog.findChild<QMessageBox*>(); }
+
+    static void press(const QMessageBox& box, const QString& name)
+    {
+        for (QAbstractButton* button : box.buttons()) {
+            if (button->text() == name)
+                button->click();
+        }
+    }
+
+    static void chooseFile(const PrintDialog& dialog, const QString& path)
+    {
+        dialog.findChild<QLineEdit*>(u"filename"_s)->setText(path);
+    }
+
+    TemporarySettings m_settings;
+    std::optional<PageFonts> m_fonts;
+    std::unique_ptr<SchemeLogos> m_logos;
+    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<AlertQueue> m_alerts;
+
 private Q_SLOTS:
     void initTestCase()
     {
@@ -214,57 +265,6 @@ private Q_SLOTS:
         cleanup();
         QCoreApplication::processEvents();
     }
-
-private:
-    void print() { printAttestation(specimenCard(2), *m_logos, *m_fonts, *m_alerts, m_window.get()); }
-
-    [[nodiscard]] QList<PrintOperation*> operations() const { return m_window->findChildren<PrintOperation*>(); }
-    [[nodiscard]] QMessageBox* alert() const { return m_window->findChild<QMessageBox*>(); }
-
-    PrintDialog* openDialog()
-    {
-        print();
-        const auto dialog = [this] { return m_window->findChild<PrintDialog*>(); };
-        return QTest::qWaitFor([&dialog] { return dialog() != nullptr && dialog()->isVisible(); }) ? dialog() : nullptr;
-    }
-
-    static QString existingFile(const QTemporaryDir& folder)
-    {
-        QFile file(folder.filePath(u"page.pdf"_s));
-        return file.open(QIODevice::WriteOnly) && file.write("the user's") > 0 ? file.fileName() : QString();
-    }
-
-    static QByteArray contentOf(const QString& path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    static void pressPrint(const PrintDialog& dialog)
-    {
-        dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
-    }
-
-    static QMessageBox* questionIn(const PrintDialog& dialog) { return dialog.findChild<QMessageBox*>(); }
-
-    static void press(const QMessageBox& box, const QString& name)
-    {
-        for (QAbstractButton* button : box.buttons()) {
-            if (button->text() == name)
-                button->click();
-        }
-    }
-
-    static void chooseFile(const PrintDialog& dialog, const QString& path)
-    {
-        dialog.findChild<QLineEdit*>(u"filename"_s)->setText(path);
-    }
-
-    TemporarySettings m_settings;
-    std::optional<PageFonts> m_fonts;
-    std::unique_ptr<SchemeLogos> m_logos;
-    std::unique_ptr<QWidget> m_window;
-    std::unique_ptr<AlertQueue> m_alerts;
 };
 
 int main(int argc, char** argv)
