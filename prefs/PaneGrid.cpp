@@ -13,6 +13,9 @@ namespace {
 // The widest of what stands before the controls, in any of the panes: their controls all begin at the same place.
 constexpr QStringView widestLabel{u"Mises à jour\u00A0:"};
 
+// Beside letters that need the room.
+constexpr int narrowMargin = 6; // points
+
 struct Cell
 {
     int row = 0;
@@ -49,6 +52,8 @@ void putLabelsAbove(QGridLayout& grid)
         items.emplace_back(cell, grid.takeAt(0));
     }
     const int columns = grid.columnCount();
+    const QMargins margins = grid.contentsMargins();
+    grid.setContentsMargins(narrowMargin, margins.top(), narrowMargin, margins.bottom());
     for (const auto& [cell, item] : items) {
         const bool isLabel = cell.column == 0 && cell.columns == 1;
         // What stood beside a label has its place, too, now.
