@@ -30,8 +30,8 @@ public:
     void post(Task task);
 
     /// Ends the channel: what was posted is run (and can connect no more), what waits gets its reply that is none, the
-    /// helpers leave or are killed after the grace of a stop. Then the thread is joined. Once only, not on the channel's own
-    /// thread; tasks that are posted afterwards are dropped.
+    /// helpers leave or are killed after the grace of a stop. Then the thread is joined. Once only, not on the
+    /// channel's own thread; tasks that are posted afterwards are dropped.
     void stop();
 
     [[nodiscard]] bool isOpen() const;
