@@ -22,6 +22,7 @@
 
 #include <QCoreApplication>
 #include <QFileDialog>
+#include <QGuiApplication>
 
 #include <utility>
 
@@ -65,8 +66,9 @@ MoveOutcome AppDelegate::applicationWillFinishLaunching(const Bundle& bundle)
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    // Before all that takes time: people see the window at once.
+    // Before all that takes time, and not left in a buffer meanwhile: people see the window at once.
     m_window.show();
+    QGuiApplication::sync();
     m_attestationViewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts);
     setObservers();
     checkLogDir();
