@@ -11,12 +11,13 @@ import unittest
 from desktop import Application, Atspi, wait, walk
 from documents import Placed, sheet_of, words_of
 from printserver import PrintServer
-from windows import close
+from windows import close, is_in_front
 
 STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 DIALOG = "Imprimer l’attestation"
+VIEWER = "Hélène SPECIMEN"
 TOLERANCE = 0.5  # points
 
 # Each with the place of the page on its sheets.
@@ -33,7 +34,7 @@ class Desk(Application):
     def open_viewer(self):
         self.find("label", ".*SPECIMEN.*")
         self.press("push button", "Voir")
-        return self.find("frame", "Hélène SPECIMEN")
+        return self.find("frame", VIEWER)
 
     def in_dialog(self, role, name, showing=True):
         """A control of the print dialog: other windows have buttons of the same name."""
@@ -55,6 +56,12 @@ def is_focused(node):
 
 def key(*names):
     subprocess.run(["xdotool", "key", "--clearmodifiers", *names], check=True)
+
+
+def key_in(title, name):
+    """Strikes a key once the window has the keyboard."""
+    wait(lambda: is_in_front(title))
+    key(name)
 
 
 def resize(title, width, height):
@@ -102,8 +109,8 @@ class PrintDialog(unittest.TestCase):
     def test_a_window_that_shows_the_page_small_prints_it_at_full_size(self):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
-            resize("Hélène SPECIMEN", 300, 320)
-            key("ctrl+p")
+            resize(VIEWER, 300, 320)
+            key_in(VIEWER, "ctrl+p")
             desk.press_in_dialog("Imprimer")
             job = self.next_job("A4")
             desk.wait_until_gone("dialog", DIALOG)
@@ -128,7 +135,7 @@ class PrintDialog(unittest.TestCase):
             for queue, place in QUEUES.items():
                 with self.subTest(queue=queue):
                     self.server.set_default(queue)
-                    key("ctrl+p")
+                    key_in(VIEWER, "ctrl+p")
                     desk.in_dialog("combo box", queue)
                     desk.press_in_dialog("Imprimer")
                     job = self.next_job(queue)
@@ -140,7 +147,7 @@ class PrintDialog(unittest.TestCase):
     def test_copies_are_asked_of_the_printer(self):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
-            key("ctrl+p")
+            key_in(VIEWER, "ctrl+p")
             Atspi.Value.set_current_value(desk.in_dialog("spin button", "Copies :", showing=False), 3)
             desk.press_in_dialog("Imprimer")
             job = self.next_job("A4")
@@ -158,12 +165,11 @@ class PrintDialog(unittest.TestCase):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
             for _ in range(2):
-                key("ctrl+p")
+                key_in(VIEWER, "ctrl+p")
                 desk.find("dialog", DIALOG)
-                key("Escape")
+                key_in(DIALOG, "Escape")
                 desk.wait_until_gone("dialog", DIALOG)
-            desk.find("frame", "Hélène SPECIMEN")
-            key("ctrl+p")
+            key_in(VIEWER, "ctrl+p")
             desk.press_in_dialog("Imprimer")
             self.next_job("A4")
         self.assertEqual(len(self.server.jobs("A4")), self.counts["A4"] + 1)
@@ -172,7 +178,7 @@ class PrintDialog(unittest.TestCase):
         with tempfile.TemporaryDirectory() as home:
             with Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
                 desk.open_viewer()
-                key("ctrl+p")
+                key_in(VIEWER, "ctrl+p")
                 desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
                 desk.press_in_dialog("Imprimer")
                 path = os.path.join(home, "Attestation de droits.pdf")
@@ -185,10 +191,10 @@ class PrintDialog(unittest.TestCase):
         with tempfile.TemporaryDirectory() as home, Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
             path = self.existing_file(home)
             desk.open_viewer()
-            key("ctrl+p")
+            key_in(VIEWER, "ctrl+p")
             desk.press_in_dialog("Imprimer")
             desk.find("label", r"« .*Attestation de droits.pdf » existe déjà\.\nVoulez-vous le remplacer.\?")
-            key("Escape")
+            key_in(DIALOG, "Escape")
             desk.wait_until_gone("push button", "Remplacer")
             desk.press_in_dialog("Imprimer")
             desk.find("push button", "Remplacer")
@@ -200,7 +206,7 @@ class PrintDialog(unittest.TestCase):
         with tempfile.TemporaryDirectory() as home, Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
             path = self.existing_file(home)
             desk.open_viewer()
-            key("ctrl+p")
+            key_in(VIEWER, "ctrl+p")
             desk.press_in_dialog("Imprimer")
             desk.find("push button", "Remplacer")
             self.assertEqual(desk.terminate(), 0)
@@ -210,7 +216,7 @@ class PrintDialog(unittest.TestCase):
     def test_the_application_ends_while_the_dialog_is_open(self):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
-            key("ctrl+p")
+            key_in(VIEWER, "ctrl+p")
             desk.find("dialog", DIALOG)
             self.assertEqual(desk.terminate(), 0)
         self.assertEqual(len(self.server.jobs("A4")), self.counts["A4"])
@@ -218,7 +224,7 @@ class PrintDialog(unittest.TestCase):
     def test_a_job_that_is_on_its_way_arrives_when_the_application_ends(self):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
-            key("ctrl+p")
+            key_in(VIEWER, "ctrl+p")
             desk.press_in_dialog("Imprimer")
             desk.wait_until_gone("dialog", DIALOG)
             self.assertEqual(desk.terminate(), 0)
@@ -230,7 +236,7 @@ class PrintDialog(unittest.TestCase):
             with Desk(silent.environment()) as desk:
                 desk.open_viewer()
                 silent.stall()
-                key("ctrl+p")
+                key_in(VIEWER, "ctrl+p")
                 start = time.monotonic()
                 self.assertEqual(desk.terminate(), 0)
                 self.assertLess(time.monotonic() - start, 3)
@@ -240,7 +246,7 @@ class PrintDialog(unittest.TestCase):
         self.server.set_default("gone")
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
-            key("ctrl+p")
+            key_in(VIEWER, "ctrl+p")
             desk.in_dialog("combo box", "gone")
             self.server.run("lpadmin", "-x", "gone")
             desk.press_in_dialog("Imprimer")
@@ -254,7 +260,7 @@ class PrintDialog(unittest.TestCase):
             brief.set_default("queue")
             with Desk(brief.environment()) as desk:
                 desk.open_viewer()
-                key("ctrl+p")
+                key_in(VIEWER, "ctrl+p")
                 desk.in_dialog("combo box", "queue")
                 brief.stop()
                 desk.press_in_dialog("Imprimer")
@@ -265,7 +271,7 @@ class PrintDialog(unittest.TestCase):
         self.addCleanup(self.server.run, "cupsaccept", "A4")
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
-            key("ctrl+p")
+            key_in(VIEWER, "ctrl+p")
             desk.press_in_dialog("Imprimer")
             desk.find("label", "L’imprimante « A4 » n’accepte plus de documents pour l’instant.")
             desk.press("push button", "OK")
@@ -276,17 +282,18 @@ class PrintDialog(unittest.TestCase):
             with Desk(silent.environment()) as desk:
                 desk.open_viewer()
                 silent.stall()
-                key("ctrl+p")
+                key_in(VIEWER, "ctrl+p")
                 # The window answers while the print server does not.
-                resize("Hélène SPECIMEN", 400, 400)
+                resize(VIEWER, 400, 400)
                 start = time.monotonic()
-                desk.find("frame", "Hélène SPECIMEN")
+                desk.find("frame", VIEWER)
                 self.assertLess(time.monotonic() - start, 2)
                 self.assertIsNone(desk.find_now("alert", ".*"))
                 desk.find("label", "Le serveur d’impression ne répond pas. .*")
                 desk.press("push button", "OK")
                 desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
-                key("Escape")
+                desk.wait_until_gone("push button", "OK")
+                key_in(DIALOG, "Escape")
                 desk.wait_until_gone("dialog", DIALOG)
 
     def test_a_print_server_that_stalls_under_the_open_dialog_is_told(self):
@@ -295,7 +302,7 @@ class PrintDialog(unittest.TestCase):
             silent.set_default("queue")
             with Desk(silent.environment()) as desk:
                 desk.open_viewer()
-                key("ctrl+p")
+                key_in(VIEWER, "ctrl+p")
                 Atspi.Component.grab_focus(desk.in_dialog("combo box", "queue"))
                 wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
                 silent.stall()
@@ -311,14 +318,14 @@ class PrintDialog(unittest.TestCase):
             slow.set_default("queue")
             with Desk(slow.environment()) as desk:
                 desk.open_viewer()
-                key("ctrl+p")
+                key_in(VIEWER, "ctrl+p")
                 desk.in_dialog("combo box", "queue")
                 slow.stall()
                 desk.press_in_dialog("Imprimer")
                 close(DIALOG)
                 desk.wait_until_gone("dialog", DIALOG)
                 slow.resume()
-                key("ctrl+p")
+                key_in(VIEWER, "ctrl+p")
                 desk.press_in_dialog("Imprimer")
                 slow.wait_for_jobs("queue")
                 desk.wait_until_gone("dialog", DIALOG)
