@@ -4,12 +4,12 @@
 
 using namespace Qt::StringLiterals;
 
-bool ReaderlessLibrary::initialise(AccessMode mode)
+std::optional<LibraryKind> ReaderlessLibrary::initialise(AccessMode mode)
 {
-    return mode != AccessMode::System;
+    return mode == AccessMode::System ? LibraryKind::System : LibraryKind::Embedded;
 }
 
-QStringList ReaderlessLibrary::readers() const
+QStringList ReaderlessLibrary::readers()
 {
     return {};
 }
@@ -19,7 +19,7 @@ bool ReaderlessLibrary::chooseReaders(const QString&, const QString&)
     return false;
 }
 
-QString ReaderlessLibrary::informations() const
+QString ReaderlessLibrary::informations()
 {
     return informationsDocument({.library = QLatin1StringView(PELMORA_VERSION).toString(),
                                  .cardTable = u"aucune"_s,

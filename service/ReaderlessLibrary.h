@@ -6,9 +6,9 @@
 class ReaderlessLibrary final : public ReadingLibrary
 {
 public:
-    bool initialise(AccessMode mode) override;
-    [[nodiscard]] QStringList readers() const override;
+    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override;
+    [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
-    [[nodiscard]] QString informations() const override;
+    [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
 };

@@ -79,11 +79,13 @@ QCborMap ServiceCommands::initialise(const QCborMap& request)
     const std::optional<AccessMode> mode = accessMode(request.value(ServiceWord::mode));
     if (!mode)
         return failure();
-    const bool isEmbedded = m_library->initialise(*mode);
-    m_initialised = true;
+    const std::optional<LibraryKind> kind = m_library->initialise(*mode);
+    m_initialised = kind.has_value();
     m_readersChosen = false;
+    if (!kind)
+        return failure();
     QCborMap reply = success();
-    reply.insert(ServiceWord::embedded, isEmbedded ? ServiceWord::embeddedTrue : "false"_L1);
+    reply.insert(ServiceWord::embedded, *kind == LibraryKind::Embedded ? ServiceWord::embeddedTrue : "false"_L1);
     return reply;
 }
 

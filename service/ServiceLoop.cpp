@@ -44,6 +44,8 @@ std::optional<ServiceLoop::End> ServiceLoop::answerRequests()
                                    .body = request.body ? m_commands.answer(*request.body) : std::nullopt};
         if (const std::optional<End> end = write(encodeServiceMessage(reply)))
             return end;
+        if (m_commands.isBeyondUse())
+            return End::BeyondUse;
     }
 }
 

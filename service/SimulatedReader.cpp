@@ -56,12 +56,12 @@ SimulatedReader::SimulatedReader(QByteArray cardPath)
 {
 }
 
-bool SimulatedReader::initialise(AccessMode mode)
+std::optional<LibraryKind> SimulatedReader::initialise(AccessMode mode)
 {
-    return mode != AccessMode::System;
+    return mode == AccessMode::System ? LibraryKind::System : LibraryKind::Embedded;
 }
 
-QStringList SimulatedReader::readers() const
+QStringList SimulatedReader::readers()
 {
     // The one reader model that the application accepts.
     return {u"Feitian SCR301"_s};
@@ -73,7 +73,7 @@ bool SimulatedReader::chooseReaders(const QString& vitaleReader, const QString& 
     return known.contains(vitaleReader) && known.contains(professionalReader);
 }
 
-QString SimulatedReader::informations() const
+QString SimulatedReader::informations()
 {
     return informationsDocument({.library = u"%1 (simulation)"_s.arg(QLatin1StringView(PELMORA_VERSION)),
                                  .cardTable = u"simulation"_s,

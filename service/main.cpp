@@ -6,6 +6,7 @@
 #include "service/SiteFunds.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <iostream>
 #include <system_error>
 
@@ -55,5 +56,8 @@ int main(int argc, char* argv[])
         return fail(1, "requête illisible sur le canal");
     case ServiceLoop::End::Failed:
         return fail(1, std::system_category().message(errno));
+    case ServiceLoop::End::BeyondUse:
+        // The thread that waits cannot be ended, nor outlived in any other way. The application starts another service.
+        std::_Exit(fail(1, "un appel au lecteur reste sans réponse : le service est à remplacer"));
     }
 }

@@ -68,8 +68,8 @@ private Q_SLOTS:
     void theReaderlessLibraryHasNoReaderAndNoCard()
     {
         ReaderlessLibrary library;
-        QVERIFY(library.initialise(AccessMode::Automatic));
-        QVERIFY(!library.initialise(AccessMode::System));
+        QCOMPARE(library.initialise(AccessMode::Automatic), LibraryKind::Embedded);
+        QCOMPARE(library.initialise(AccessMode::System), LibraryKind::System);
         QCOMPARE(library.readers(), QStringList());
         QVERIFY(!library.chooseReaders(u"Feitian SCR301"_s, u"Feitian SCR301"_s));
         QCOMPARE(library.readCard().error(), ReadResult::CardAbsent);
