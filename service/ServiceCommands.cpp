@@ -110,8 +110,11 @@ QCborMap ServiceCommands::chooseReaders(const QCborMap& request)
 
 QCborMap ServiceCommands::describeLibrary(const QCborMap&)
 {
+    const QString informations = m_library->informations();
+    if (m_library->isBeyondUse())
+        return failure();
     QCborMap reply = success();
-    reply.insert(ServiceWord::informations, m_library->informations());
+    reply.insert(ServiceWord::informations, informations);
     return reply;
 }
 

@@ -1,5 +1,7 @@
 #include "service/ServiceLoop.h"
 
+#include "service/MemoryClearing.h"
+
 #include <array>
 #include <cerrno>
 
@@ -46,6 +48,7 @@ std::optional<ServiceLoop::End> ServiceLoop::answerRequests()
             return end;
         if (m_commands.isBeyondUse())
             return End::BeyondUse;
+        clearUnusedStack();
     }
 }
 
