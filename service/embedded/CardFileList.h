@@ -1,0 +1,20 @@
+#pragma once
+
+#include "service/embedded/CardMap.h"
+
+/// A file that is to be read, and whether the card is of no use when it refuses it.
+struct CardFileToRead
+{
+    CardFileId id;
+    bool required = true;
+
+    friend bool operator==(const CardFileToRead&, const CardFileToRead&) = default;
+};
+
+/// The files to read before anything is known of the card: those of the identity, then the pointers file; each once.
+[[nodiscard]] std::vector<CardFileToRead> firstCardFiles(const CardMap& map);
+
+/// The files to read once the first ones were: all others of the map, each once, those of an application together. The
+/// error is a damaged pointers file, or one that does not name a required file.
+[[nodiscard]] std::expected<std::vector<CardFileToRead>, CardGap> otherCardFiles(const CardMap& map,
+                                                                                 const CardContent& content);
