@@ -59,8 +59,8 @@ std::expected<CardReply, CardFault> CardChannel::send(QByteArrayView command)
         return std::unexpected(CardFault::CardNonsense);
     m_hasAnswered = true;
     const qsizetype size = bytes->size() - statusSize;
-    const auto status = static_cast<quint16>((static_cast<quint8>(bytes->at(size)) << 8U) |
-                                             static_cast<quint8>(bytes->at(size + 1)));
+    const auto status =
+        static_cast<quint16>((static_cast<quint8>(bytes->at(size)) << 8U) | static_cast<quint8>(bytes->at(size + 1)));
     bytes->truncate(size);
     return CardReply{.data = *std::move(bytes), .status = status};
 }

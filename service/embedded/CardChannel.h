@@ -11,8 +11,8 @@ struct CardReply
     friend bool operator==(const CardReply&, const CardReply&) = default;
 };
 
-/// Commands and whole replies, whatever the card's protocol: what a T=0 card keeps ready is fetched, and a length that it
-/// corrects is followed.
+/// Commands and whole replies, whatever the card's protocol: what a T=0 card keeps ready is fetched, and a length that
+/// it corrects is followed.
 class CardChannel
 {
 public:

@@ -18,7 +18,9 @@ enum class CardFault
     CardMute,         // the card does not answer when it is powered: no working chip, or it stands upside down
     CardGoneUnheard,  // the card left before it answered anything
     CardGone,         // the card left in the middle
+    CardSwapped,      // another card stands in its place
     CardReset,        // another program has reset the card in the middle
+    CardOfOtherKind,  // the card answers, and is of no kind that is known
     CardRefusal,      // the card answers, and refuses
     CardNonsense,     // what the card answers is against all rules
     Unexpected        // anything else that PC/SC may say

@@ -21,7 +21,7 @@ enum class SelectBy : char
 QByteArray selectCommand(SelectBy method, QByteArrayView name)
 {
     const std::array<char, 5> header{'\x00', '\xA4', static_cast<char>(method), '\x00', static_cast<char>(name.size())};
-    return QByteArray(header.data(), header.size()) + name;
+    return QByteArray(header.data(), header.size()).append(name);
 }
 
 std::array<char, 5> readCommand(qsizetype offset)

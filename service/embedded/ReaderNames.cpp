@@ -12,7 +12,8 @@ QStringView withoutNumbers(QStringView name)
     constexpr qsizetype size = 6;
     const auto isNumber = [](QStringView text) {
         return text.front() == u' ' && std::ranges::all_of(text.sliced(1), [](QChar digit) {
-                   return digit.isDigit() || (digit >= u'A' && digit <= u'F') || (digit >= u'a' && digit <= u'f');
+                   return (digit >= u'0' && digit <= u'9') || (digit >= u'A' && digit <= u'F') ||
+                          (digit >= u'a' && digit <= u'f');
                });
     };
     if (name.size() < size || !isNumber(name.last(size).first(size / 2)) || !isNumber(name.last(size / 2)))
