@@ -3,7 +3,7 @@
 build_packages=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-svg-dev libxml2-dev libplist-dev libfmt-dev libcups2-dev libsodium-dev libxcb1-dev
-    libpcsclite-dev
+    libpcsclite-dev libseccomp-dev
     # The French texts of Qt's own dialogs.
     qt6-translations-l10n
     # The page's fonts are cut from Roboto when the program is built.
