@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/embedded/CardMap.h"
+#include "service/embedded/PointersFile.h"
 
 /// A file that is to be read, and whether the card is of no use when it refuses it.
 struct CardFileToRead
@@ -18,3 +19,10 @@ struct CardFileToRead
 /// error is a damaged pointers file, or one that does not name a required file.
 [[nodiscard]] std::expected<std::vector<CardFileToRead>, CardGap> otherCardFiles(const CardMap& map,
                                                                                  const CardContent& content);
+
+/// The files that the card's pointers file names; none for a map without one. The error is a damaged pointers file.
+[[nodiscard]] std::expected<std::vector<PointedFile>, CardGap> pointedCardFiles(const CardMap& map,
+                                                                                const CardContent& content);
+
+/// Where a file of the map is on this card; nothing when the pointers file does not name it.
+[[nodiscard]] std::optional<CardFileId> cardFileId(const CardFile& file, const std::vector<PointedFile>& pointed);

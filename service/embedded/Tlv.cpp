@@ -130,6 +130,14 @@ std::expected<std::vector<TlvObject>, TlvFault> parseTlv(QByteArrayView bytes)
     return parseLevel(bytes, 1);
 }
 
+std::optional<quint32> leadingTlvTag(QByteArrayView bytes)
+{
+    if (bytes.isEmpty() || bytes.front() == '\0')
+        return std::nullopt;
+    const std::expected<quint32, TlvFault> tag = TlvCursor(bytes).takeTag();
+    return tag ? std::optional(*tag) : std::nullopt;
+}
+
 std::optional<quint32> tlvTag(QByteArrayView bytes)
 {
     if (bytes.isEmpty() || bytes.front() == '\0')
@@ -145,6 +153,22 @@ bool isConstructedTag(quint32 tag)
     while (first > 0xFF)
         first >>= 8U;
     return (first & constructedBit) != 0;
+}
+
+// The path is that of a map, which is shorter than deepestTlv.
+// NOLINTNEXTLINE(misc-no-recursion)
+std::vector<const TlvObject*> findTlv(const std::vector<TlvObject>& objects, std::span<const quint32> path)
+{
+    std::vector<const TlvObject*> found;
+    for (const TlvObject& object : objects) {
+        if (path.empty() || object.tag != path.front())
+            continue;
+        if (path.size() == 1)
+            found.push_back(&object);
+        else
+            std::ranges::copy(findTlv(object.children, path.subspan(1)), std::back_inserter(found));
+    }
+    return found;
 }
 
 QString describeTlvFault(TlvFault fault)

@@ -4,6 +4,7 @@
 
 #include <expected>
 #include <optional>
+#include <span>
 #include <vector>
 
 /// A data object of BER-TLV as ISO 7816-4 uses it. Its value is a view into the bytes that were parsed.
@@ -33,11 +34,18 @@ inline constexpr int deepestTlv = 16;
 /// after the last of the outermost ones, are what erased memory looks like, and are passed over.
 [[nodiscard]] std::expected<std::vector<TlvObject>, TlvFault> parseTlv(QByteArrayView bytes);
 
+/// The tag that the bytes begin with.
+[[nodiscard]] std::optional<quint32> leadingTlvTag(QByteArrayView bytes);
+
 /// The tag that exactly these bytes make.
 [[nodiscard]] std::optional<quint32> tlvTag(QByteArrayView bytes);
 
 /// Whether an object of this tag is made of objects.
 [[nodiscard]] bool isConstructedTag(quint32 tag);
+
+/// All objects at the end of a path of tags, the outermost one first, in their order.
+[[nodiscard]] std::vector<const TlvObject*> findTlv(const std::vector<TlvObject>& objects,
+                                                    std::span<const quint32> path);
 
 /// What the fault is, in French, for a log.
 [[nodiscard]] QString describeTlvFault(TlvFault fault);
