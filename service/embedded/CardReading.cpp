@@ -86,6 +86,11 @@ std::expected<void, CardFault> CardReading::readListed(const std::vector<CardFil
 
 std::expected<bool, CardFault> CardReading::isSameCard(const CardMap& map, const CardContent& content)
 {
+    // Whatever is selected on the first card is not on another: all is selected anew, lest a refusal hides that.
+    m_files.startOver();
+    const std::expected<bool, CardFault> isOfSameKind = m_files.selectApplication(map.application);
+    if (!isOfSameKind || !*isOfSameKind)
+        return isOfSameKind;
     for (const CardFileId& id : map.identity) {
         const std::expected<QByteArray, CardFault> now = readFile(id);
         if (!now && now.error() != CardFault::CardRefusal)
