@@ -62,22 +62,26 @@ std::optional<CardGap> gapIn(const CardTree& document, bool knowsBeneficiaries)
     return gap;
 }
 
-} // namespace
-
-std::expected<QString, CardGap> cardDocument(const CardMap& map, const CardContent& content)
+std::expected<QString, CardGap> documentOf(const CardMap& map, const CardContent& content)
 {
     const std::expected<CardDecoder, CardGap> decoder = CardDecoder::parse(map, content);
     if (!decoder)
         return std::unexpected(decoder.error());
-    std::expected<CardTree, CardGap> document = decoder->document();
-    if (document) {
-        if (const std::optional<CardGap> gap = gapIn(*document, decoder->knowsBeneficiaries()))
-            document = std::unexpected(*gap);
-    }
-    if (document)
-        return document->toXml();
+    const std::expected<CardTree, CardGap> document = decoder->document();
+    if (!document)
+        return std::unexpected(document.error());
+    if (const std::optional<CardGap> gap = gapIn(*document, decoder->knowsBeneficiaries()))
+        return std::unexpected(*gap);
+    return document->toXml();
+}
+
+} // namespace
+
+std::expected<QString, CardGap> cardDocument(const CardMap& map, const CardContent& content)
+{
+    std::expected<QString, CardGap> document = documentOf(map, content);
     // Which map was tried is what whoever completes it wants to know first.
-    CardGap gap = std::move(document.error());
-    gap.explanation = u"plan « %1 » : %2"_s.arg(map.name, gap.explanation);
-    return std::unexpected(std::move(gap));
+    if (!document)
+        document.error().explanation = u"plan « %1 » : %2"_s.arg(map.name, document.error().explanation);
+    return document;
 }

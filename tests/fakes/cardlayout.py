@@ -4,6 +4,8 @@ specimen_files() is a card of the layout that resources/card/maps/specimen.json 
 second_generation_files() has the few public facts of a second-generation card around invented content.
 """
 
+import pathlib
+import sys
 import xml.etree.ElementTree as ElementTree
 
 SPECIMEN_IDENTITY_APPLICATION = b'\xf0PELMORA\x01'
@@ -130,3 +132,21 @@ def second_generation_files():
                              b'\x20\x12': b'\x04\x00' + b'\x00' * 30},
         administration: {b'\x20\x20': 0x6982},
     }
+
+
+def _write(files, folder):
+    """Each readable file as FOLDER/APPLICATION/FILE, names in hexadecimal."""
+    for application, contents in files.items():
+        place = pathlib.Path(folder, application.hex())
+        place.mkdir(parents=True)
+        for file, content in contents.items():
+            if isinstance(content, bytes):
+                (place / file.hex()).write_bytes(content)
+
+
+if __name__ == '__main__':
+    # cardlayout.py specimen FOLDER < CARD.xml, or cardlayout.py second-generation FOLDER
+    if sys.argv[1] == 'specimen':
+        _write(specimen_files(sys.stdin.buffer.read()), sys.argv[2])
+    else:
+        _write(second_generation_files(), sys.argv[2])
