@@ -1,8 +1,8 @@
 """A PC/SC service of the test's own, with readers that wait for virtual cards. The test runs in a network of its own
 (in-own-network.sh), so that nobody else reaches the readers, and tests side by side take the same ports."""
 
-import ctypes
 import fcntl
+import itertools
 import os
 import shutil
 import signal
@@ -25,10 +25,8 @@ CHANNELID {channel}
 """
 
 
-def end_with_parent():
-    """In a child: a test that is killed leaves no service behind."""
-    PR_SET_PDEATHSIG = 1
-    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+# A test that is killed leaves nothing behind. What it is put before ends with the thread that started it.
+ENDING_WITH_PARENT = ("setpriv", "--pdeathsig", "KILL")
 
 
 def raise_loopback():
@@ -62,12 +60,12 @@ def is_listening(port):
 class Reader:
     """A reader for virtual cards, which come to the port. Its driver gives each reader a second, empty slot."""
 
-    next_port = 0x8C7B
+    # Below those that the kernel gives to the cards' own ends.
+    ports = itertools.count(20000, 2)
 
     def __init__(self, name=MODEL):
         self.name = name
-        self.port = Reader.next_port
-        Reader.next_port += 16
+        self.port = next(self.ports)
 
     def configuration(self, folder):
         # With one driver file for two readers the cards of one would turn up in the other.
@@ -137,9 +135,9 @@ class PcscService:
         # The service's folder has a fixed place, which it is given where it alone sees it.
         script = 'mount --bind "$0/run" /run && exec /usr/sbin/pcscd --foreground --config "$0/readers" "$@"'
         self.process = subprocess.Popen(
-            ["unshare", "--mount", "sh", "-c", script, self.root, *self.polkit_option()],
+            [*ENDING_WITH_PARENT, "unshare", "--mount", "sh", "-c", script, self.root, *self.polkit_option()],
             env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", **self.own_environment},
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, preexec_fn=end_with_parent)
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         wait_until(self.is_ready, what="the PC/SC service")
 
     @staticmethod
@@ -181,8 +179,8 @@ class OtherProgram:
     PROGRAM = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes", "pcscclient.py")
 
     def __init__(self, pcsc, action, reader):
-        self.process = subprocess.Popen([sys.executable, self.PROGRAM, action, reader],
-                                        env={**os.environ, **pcsc.environment()}, preexec_fn=end_with_parent,
+        self.process = subprocess.Popen([*ENDING_WITH_PARENT, sys.executable, self.PROGRAM, action, reader],
+                                        env={**os.environ, **pcsc.environment()},
                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
 
     def __enter__(self):

@@ -7,7 +7,7 @@ import time
 
 import cbor2
 
-from pcsc import MODEL, end_with_parent
+from pcsc import ENDING_WITH_PARENT, MODEL
 
 PATIENCE = 40  # seconds; more than any call to a reader may take
 
@@ -43,13 +43,12 @@ class CardService:
             if name in os.environ:
                 self.environment.setdefault(name, os.environ[name])
         self.number = 0
-        self.told = b""
 
     def __enter__(self):
         # A file, not a pipe: what is told is read when it is wanted, and never stops the service.
         self.errors = os.memfd_create("errors")
-        self.process = subprocess.Popen([self.program, *self.arguments], env=self.environment, stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, stderr=self.errors, preexec_fn=end_with_parent)
+        self.process = subprocess.Popen([*ENDING_WITH_PARENT, self.program, *self.arguments], env=self.environment,
+                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors)
         self.replies = _Replies(self.process.stdout.fileno())
         return self
 
@@ -105,7 +104,12 @@ class CardService:
     def threads(self):
         return len(os.listdir(f"/proc/{self.process.pid}/task"))
 
+    def is_sanitized(self):
+        """Whether it keeps what it gives back for a while, to find uses of it."""
+        with open(f"/proc/{self.process.pid}/maps", encoding="utf-8") as file:
+            return "libasan" in file.read()
+
     def private_memory(self):
-        """Kilobytes that no other process shares."""
+        """Kilobytes that are its own, and not those of a file."""
         with open(f"/proc/{self.process.pid}/smaps_rollup", encoding="ascii") as file:
-            return sum(int(line.split()[1]) for line in file if line.startswith("Private_"))
+            return sum(int(line.split()[1]) for line in file if line.startswith(("Private_Dirty:", "Swap:")))

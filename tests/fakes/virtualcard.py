@@ -64,6 +64,8 @@ class Insertion(threading.Thread):
                     self.card.forget()
                     continue
                 self.socket.sendall(struct.pack(">H", len(answer)) + answer)
+                if len(message) > 1:
+                    self.card.answered(self)
         except (Removed, OSError):
             self.end()
 
@@ -81,7 +83,7 @@ class VirtualCard:
 
     It speaks as a T=0 card does: what a SELECT has to say is kept ready (61xx). `before` may hold, by the number of a
     command counted from 1, what is called with the stay before that command is answered (below); what it returns, if
-    anything, is the answer.
+    anything, is the answer. `after` may hold what is called once the answer is on its way.
     """
 
     def __init__(self, files, atr=PATIENT_CARD, delay=0.0, corrects_lengths=False, end_status=None):
@@ -91,6 +93,7 @@ class VirtualCard:
         self.corrects_lengths = corrects_lengths  # a read beyond the end is told how much there is (6Cxx)
         self.end_status = end_status              # of a read that meets the end: 6282, for those that say it
         self.before = {}
+        self.after = {}
         self.commands = []
         self.stay = None
         self.forget()
@@ -135,6 +138,11 @@ class VirtualCard:
                 return answer
         return self.answer(message)
 
+    def answered(self, stay):
+        event = self.after.get(len(self.commands))
+        if event is not None:
+            event(stay)
+
     def answer(self, message):
         instruction, method, data = message[1], message[2], message[5:]
         SELECT, READ_BINARY, GET_RESPONSE, BY_NAME = 0xA4, 0xB0, 0xC0, 4
@@ -176,7 +184,7 @@ class VirtualCard:
         return there + (self.end_status if self.end_status and len(there) < size else OK)
 
 
-# What may happen before a command is answered.
+# What may happen before a command is answered, or after.
 
 def remove(_stay):
     raise Removed
@@ -193,20 +201,9 @@ def saying(answer):
 
 
 def swap_for(other, port):
-    """Another card takes its place before the command is answered, faster than the service looks."""
+    """Another card takes its place, faster than the service looks."""
     def swap(stay):
         stay.end()
         other.insert(port)
         raise Removed
-    return swap
-
-
-def swap_after(other, port):
-    """The same, once the command is answered."""
-    def swap(stay):
-        def change():
-            stay.end()
-            other.insert(port)
-        # The answer is sent first, by the stay's own thread.
-        threading.Timer(0.02, change).start()
     return swap
