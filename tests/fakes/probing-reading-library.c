@@ -62,6 +62,7 @@ int pelmora_reading_open(void)
 {
     const char *home = getenv("HOME");
     char ring[256] = {0};
+    errno = EPERM;
     tell("privileges", prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0);
     try_socket("inet", AF_INET, SOCK_STREAM);
     try_socket("inet6", AF_INET6, SOCK_DGRAM);
