@@ -1,6 +1,7 @@
 #include "service/embedded/CardFileList.h"
 
 #include <algorithm>
+#include <ranges>
 
 using namespace Qt::StringLiterals;
 
@@ -17,7 +18,7 @@ public:
             same->required = same->required || file.required;
             return;
         }
-        const auto last = std::find_if(m_files.rbegin(), m_files.rend(), [&file](const CardFileToRead& other) {
+        const auto last = std::ranges::find_if(m_files | std::views::reverse, [&file](const CardFileToRead& other) {
             return other.id.application == file.id.application;
         });
         m_files.insert(last == m_files.rend() ? m_files.end() : last.base(), file);

@@ -112,7 +112,7 @@ std::optional<QString> dateDigitsOf(QByteArrayView bytes)
 
 std::optional<QString> fromDate(QByteArrayView bytes)
 {
-    const std::optional<QString> digits = dateDigitsOf(bytes);
+    std::optional<QString> digits = dateDigitsOf(bytes);
     if (!digits || digits->isEmpty())
         return digits;
     return digits->last(2) + digits->sliced(yearDigits, 2) + digits->first(yearDigits);
@@ -135,8 +135,8 @@ std::optional<QString> cardText(CardForm form, QByteArrayView bytes)
 {
     struct Converter
     {
-        CardForm form;
-        std::optional<QString> (*convert)(QByteArrayView bytes);
+        CardForm form = {};
+        std::optional<QString> (*convert)(QByteArrayView bytes) = nullptr;
     };
     static constexpr std::array converters{
         Converter{CardForm::Text, fromText},

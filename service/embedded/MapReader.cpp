@@ -104,7 +104,7 @@ CardForm MapReader::form(QLatin1StringView key) const
     struct Name
     {
         QLatin1StringView name;
-        CardForm form;
+        CardForm form = {};
     };
     static constexpr std::array names{
         Name{"text"_L1, CardForm::Text},
@@ -127,10 +127,11 @@ CardForm MapReader::form(QLatin1StringView key) const
 std::vector<MapReader::Element> MapReader::elements(QLatin1StringView key) const
 {
     const QJsonValue value = m_object.value(key);
-    if (!value.isUndefined() && (!value.isArray() || value.toArray().isEmpty()))
+    const QJsonArray array = value.toArray();
+    if (!value.isUndefined() && (!value.isArray() || array.isEmpty()))
         refuse(key, u"un tableau qui n’est pas vide est attendu"_s);
     std::vector<Element> elements;
-    for (const QJsonValue& entry : value.toArray())
+    for (const auto& entry : array)
         elements.push_back({entry, u"%1[%2]"_s.arg(placeOf(key)).arg(elements.size())});
     return elements;
 }

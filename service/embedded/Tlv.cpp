@@ -175,7 +175,7 @@ QString describeTlvFault(TlvFault fault)
 {
     struct Description
     {
-        TlvFault fault;
+        TlvFault fault = {};
         QStringView text;
     };
     static constexpr std::array descriptions{

@@ -107,12 +107,12 @@ const std::string beneficiary = "listeBenef/T_AsnBeneficiaire/";
 /// The small map with a second source of records.
 CardMap mapWithSource(const QJsonObject& source)
 {
-    QJsonObject json = withValue(smallMap(), {u"files"_s, u"2"_s},
-                                 QJsonObject{{u"name"_s, u"couverture"_s},
-                                             {u"application"_s, u"F000000000"_s},
-                                             {u"file"_s, u"0003"_s},
-                                             {u"required"_s, false}})
-                           .toObject();
+    const QJsonObject json = withValue(smallMap(), {u"files"_s, u"2"_s},
+                                       QJsonObject{{u"name"_s, u"couverture"_s},
+                                                   {u"application"_s, u"F000000000"_s},
+                                                   {u"file"_s, u"0003"_s},
+                                                   {u"required"_s, false}})
+                                 .toObject();
     return mapOf(withValue(json, {u"beneficiaries"_s, u"1"_s}, source).toObject());
 }
 
@@ -150,13 +150,10 @@ private Q_SLOTS:
 
     void aFieldThatTheCardDoesNotCarryIsNoElement()
     {
-        Parts coverage = coverageParts();
         QCOMPARE(textsAt(beneficiary + "amo/libelleExo", cardOf(insured())), QString());
-        QCOMPARE(textsAt("tech/numSerie", {{personsId, insured()}}), QString());
-        QCOMPARE(textsAt("tech", cardOf(insured()) = {{serialId, ""}, {personsId, insured()}}), QString());
-        Parts parts = insuredParts();
-        parts["80"] = "SPECIMEN";
-        QCOMPARE(textsAt(beneficiary + "ident/nomPatronymique", cardOf(person(parts, coverage))), QString());
+        QCOMPARE(textsAt(beneficiary + "ident/nomPatronymique", cardOf(insured())), QString());
+        QCOMPARE(textsAt("tech", {{serialId, ""}, {personsId, insured()}}), QString());
+        QCOMPARE(textsAt("tech", {{personsId, insured()}}), QString());
     }
 
     void markupOnTheCardStaysText()

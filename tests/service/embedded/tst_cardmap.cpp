@@ -45,6 +45,87 @@ QStringList pathsOfTheHead()
     return paths;
 }
 
+/// Another value at a place of the small map, and what is said about it.
+struct Refusal
+{
+    const char* path = nullptr;
+    QJsonValue value;
+    QString sentence;
+};
+
+const QString array = u"un tableau qui n’est pas vide est attendu"_s;
+const QString fiveToSixteen = u"5 à 16 octets en hexadécimal sont attendus"_s;
+const QString two = u"2 octets en hexadécimal sont attendus"_s;
+const QJsonValue none(QJsonValue::Undefined);
+
+QList<Refusal> refusalsOfFiles()
+{
+    return {
+        {"format", 2, u"format : 1 est attendu"_s},
+        {"format", u"1"_s, u"format : 1 est attendu"_s},
+        {"name", none, u"name : un texte est attendu"_s},
+        {"name", u"  "_s, u"name : un texte est attendu"_s},
+        {"version", 7, u"version : un texte est attendu"_s},
+        {"application", u"F0000000"_s, u"application : "_s + fiveToSixteen},
+        {"application", QString(34, u'0'), u"application : "_s + fiveToSixteen},
+        {"application", u"F00000000"_s, u"application : "_s + fiveToSixteen},
+        {"application", u"F00000000G"_s, u"application : "_s + fiveToSixteen},
+        {"files", none, u"files : "_s + array},
+        {"files", QJsonArray(), u"files : "_s + array},
+        {"files", u"série"_s, u"files : "_s + array},
+        {"files/0", 1, u"files[0] : un objet est attendu"_s},
+        {"files/0/nom", u"x"_s, u"files[0] : clé inconnue « nom »"_s},
+        {"files/0/name", none, u"files[0].name : un texte est attendu"_s},
+        {"files/0/application", none, u"files[0].application : "_s + fiveToSixteen},
+        {"files/1/file", none, u"files[1].file : "_s + two},
+        {"files/1/file", u"02"_s, u"files[1].file : "_s + two},
+        {"files/1/file", 2, u"files[1].file : "_s + two},
+        {"files/1/file", u"0001"_s, u"files : fichier « personnes » en double"_s},
+        {"files/1/name", u"série"_s, u"files : fichier « série » en double"_s},
+        {"files/1/required", u"non"_s, u"files[1].required : true ou false est attendu"_s},
+        {"files/1/pointer", u"BENEF"_s, u"files[1].pointer : « application » et « file » sont de trop"_s},
+        {"files/2", QJsonObject{{u"name"_s, u"a"_s}, {u"pointer"_s, u"NEUFLETTR"_s}},
+         u"files[2].pointer : 1 à 8 caractères ASCII sont attendus"_s},
+        {"files/2", QJsonObject{{u"name"_s, u"a"_s}, {u"pointer"_s, u"ÉTÉ"_s}},
+         u"files[2].pointer : 1 à 8 caractères ASCII sont attendus"_s},
+        {"files/2", QJsonObject{{u"name"_s, u"a"_s}, {u"pointer"_s, u"DROITS"_s}},
+         u"pointers : le fichier des pointeurs manque"_s},
+    };
+}
+
+QList<Refusal> refusalsOfContent()
+{
+    return {
+        {"identity", none, u"identity : "_s + array},
+        {"identity", QJsonArray(), u"identity : "_s + array},
+        {"identity/0", u"droits"_s, u"identity : fichier inconnu « droits »"_s},
+        {"identity/0", 1, u"identity : fichier inconnu «  »"_s},
+        {"pointers", u"droits"_s, u"pointers : fichier inconnu « droits »"_s},
+        {"values/0/file", u"droits"_s, u"values[0].file : fichier inconnu « droits »"_s},
+        {"values/0/path", u"tech/serie"_s, u"values[0].path : élément inconnu « tech/serie »"_s},
+        {"beneficiaries", none, u"beneficiaries : "_s + array},
+        {"beneficiaries/0/file", none, u"beneficiaries[0].file : sans fichier des pointeurs, un fichier est attendu"_s},
+        {"beneficiaries/0/file", u"droits"_s, u"beneficiaries[0].file : fichier inconnu « droits »"_s},
+        {"beneficiaries/0/record", u"80"_s,
+         u"beneficiaries[0].record : la dernière étiquette ne contient pas d’objets"_s},
+        {"beneficiaries/0/link", QJsonObject{{u"own"_s, u"80"_s}, {u"beneficiary"_s, u"80"_s}},
+         u"beneficiaries[0].link : la première source n’a pas de lien"_s},
+        {"beneficiaries/1", QJsonObject{{u"file"_s, u"série"_s}, {u"record"_s, u"66"_s}, {u"link"_s, QJsonObject()}},
+         u"beneficiaries[1].link.own : un texte est attendu"_s},
+        {"beneficiaries/0/fields", QJsonObject(), u"beneficiaries[0].fields : "_s + array},
+        {"beneficiaries/0/fields/3/path", u"ident/rang"_s,
+         u"beneficiaries[0].fields[3].path : élément inconnu « ident/rang »"_s},
+        {"beneficiaries/0/fields/3/tag", none, u"beneficiaries[0].fields[3].tag : un texte est attendu"_s},
+        {"beneficiaries/0/fields/3/form", u"number "_s, QString()},
+        {"beneficiaries/0/fields/3/form", u"Nombre"_s,
+         u"beneficiaries[0].fields[3].form : forme inconnue « Nombre »"_s},
+        {"beneficiaries/0/lists/0/path", u"ident/periodes"_s,
+         u"beneficiaries[0].lists[0].path : élément inconnu « ident/periodes »"_s},
+        {"beneficiaries/0/lists/0/fields/0/path", u"ident/nir"_s,
+         u"beneficiaries[0].lists[0].fields[0].path : élément inconnu « ident/nir »"_s},
+    };
+}
+
 } // namespace
 
 class TestCardMap : public QObject
@@ -123,71 +204,11 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         QTest::addColumn<QJsonValue>("value");
         QTest::addColumn<QString>("refusal");
-        const QString array = u"un tableau qui n’est pas vide est attendu"_s;
-        const QString fiveToSixteen = u"5 à 16 octets en hexadécimal sont attendus"_s;
-        const QString two = u"2 octets en hexadécimal sont attendus"_s;
-        const QJsonValue none(QJsonValue::Undefined);
-        const auto row = [](const char* path, const QJsonValue& value, const QString& refusal) {
-            QTest::addRow("%s = %s", path, QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact).constData())
-                << QString::fromLatin1(path) << value << refusal;
-        };
-        row("format", 2, u"format : 1 est attendu"_s);
-        row("format", u"1"_s, u"format : 1 est attendu"_s);
-        row("name", none, u"name : un texte est attendu"_s);
-        row("name", u"  "_s, u"name : un texte est attendu"_s);
-        row("version", 7, u"version : un texte est attendu"_s);
-        row("application", u"F0000000"_s, u"application : "_s + fiveToSixteen);
-        row("application", QString(34, u'0'), u"application : "_s + fiveToSixteen);
-        row("application", u"F00000000"_s, u"application : "_s + fiveToSixteen);
-        row("application", u"F00000000G"_s, u"application : "_s + fiveToSixteen);
-        row("files", none, u"files : "_s + array);
-        row("files", QJsonArray(), u"files : "_s + array);
-        row("files", u"série"_s, u"files : "_s + array);
-        row("files/0", 1, u"files[0] : un objet est attendu"_s);
-        row("files/0/nom", u"x"_s, u"files[0] : clé inconnue « nom »"_s);
-        row("files/0/name", none, u"files[0].name : un texte est attendu"_s);
-        row("files/0/application", none, u"files[0].application : "_s + fiveToSixteen);
-        row("files/1/file", none, u"files[1].file : "_s + two);
-        row("files/1/file", u"02"_s, u"files[1].file : "_s + two);
-        row("files/1/file", 2, u"files[1].file : "_s + two);
-        row("files/1/file", u"0001"_s, u"files : fichier « personnes » en double"_s);
-        row("files/1/name", u"série"_s, u"files : fichier « série » en double"_s);
-        row("files/1/required", u"non"_s, u"files[1].required : true ou false est attendu"_s);
-        row("files/1/pointer", u"BENEF"_s, u"files[1].pointer : « application » et « file » sont de trop"_s);
-        row("files/2", QJsonObject{{u"name"_s, u"a"_s}, {u"pointer"_s, u"NEUFLETTR"_s}},
-            u"files[2].pointer : 1 à 8 caractères ASCII sont attendus"_s);
-        row("files/2", QJsonObject{{u"name"_s, u"a"_s}, {u"pointer"_s, u"ÉTÉ"_s}},
-            u"files[2].pointer : 1 à 8 caractères ASCII sont attendus"_s);
-        row("files/2", QJsonObject{{u"name"_s, u"a"_s}, {u"pointer"_s, u"DROITS"_s}},
-            u"pointers : le fichier des pointeurs manque"_s);
-        row("identity", none, u"identity : "_s + array);
-        row("identity", QJsonArray(), u"identity : "_s + array);
-        row("identity/0", u"droits"_s, u"identity : fichier inconnu « droits »"_s);
-        row("identity/0", 1, u"identity : fichier inconnu «  »"_s);
-        row("pointers", u"droits"_s, u"pointers : fichier inconnu « droits »"_s);
-        row("values/0/file", u"droits"_s, u"values[0].file : fichier inconnu « droits »"_s);
-        row("values/0/path", u"tech/serie"_s, u"values[0].path : élément inconnu « tech/serie »"_s);
-        row("beneficiaries", none, u"beneficiaries : "_s + array);
-        row("beneficiaries/0/file", none,
-            u"beneficiaries[0].file : sans fichier des pointeurs, un fichier est attendu"_s);
-        row("beneficiaries/0/file", u"droits"_s, u"beneficiaries[0].file : fichier inconnu « droits »"_s);
-        row("beneficiaries/0/record", u"80"_s,
-            u"beneficiaries[0].record : la dernière étiquette ne contient pas d’objets"_s);
-        row("beneficiaries/0/link", QJsonObject{{u"own"_s, u"80"_s}, {u"beneficiary"_s, u"80"_s}},
-            u"beneficiaries[0].link : la première source n’a pas de lien"_s);
-        row("beneficiaries/1", QJsonObject{{u"file"_s, u"série"_s}, {u"record"_s, u"66"_s}, {u"link"_s, QJsonObject()}},
-            u"beneficiaries[1].link.own : un texte est attendu"_s);
-        row("beneficiaries/0/fields", QJsonObject(), u"beneficiaries[0].fields : "_s + array);
-        row("beneficiaries/0/fields/3/path", u"ident/rang"_s,
-            u"beneficiaries[0].fields[3].path : élément inconnu « ident/rang »"_s);
-        row("beneficiaries/0/fields/3/tag", none, u"beneficiaries[0].fields[3].tag : un texte est attendu"_s);
-        row("beneficiaries/0/fields/3/form", u"number "_s, QString());
-        row("beneficiaries/0/fields/3/form", u"Nombre"_s,
-            u"beneficiaries[0].fields[3].form : forme inconnue « Nombre »"_s);
-        row("beneficiaries/0/lists/0/path", u"ident/periodes"_s,
-            u"beneficiaries[0].lists[0].path : élément inconnu « ident/periodes »"_s);
-        row("beneficiaries/0/lists/0/fields/0/path", u"ident/nir"_s,
-            u"beneficiaries[0].lists[0].fields[0].path : élément inconnu « ident/nir »"_s);
+        for (const Refusal& row : refusalsOfFiles() + refusalsOfContent()) {
+            const QByteArray value = QJsonDocument(QJsonArray{row.value}).toJson(QJsonDocument::Compact);
+            QTest::addRow("%s = %s", row.path, value.constData())
+                << QString::fromLatin1(row.path) << row.value << row.sentence;
+        }
     }
     void whatIsWrongIsToldWithItsPlace()
     {

@@ -74,7 +74,7 @@ private Q_SLOTS:
     void aFileThatIsNoMapIsToldAndTheOthersLoaded()
     {
         QVERIFY(write(path(u"share/maps/a.json"_s), "{}"));
-        QVERIFY(write(path(u"share/maps/b.json"_s), QByteArray(2 * 1024 * 1024, ' ')));
+        QVERIFY(write(path(u"share/maps/b.json"_s), QByteArray(qsizetype{2} * 1024 * 1024, ' ')));
         QVERIFY(write(path(u"share/maps/c.json"_s), mapNamed(u"fournie"_s)));
         const SiteMaps site = loadCardMaps(path(u"share"_s));
         QCOMPARE(namesOf(site), QStringList(u"fournie"_s));
