@@ -1,6 +1,7 @@
 #include "service/SimulatedReader.h"
 
 #include "card/FileDescriptor.h"
+#include "card/ReaderModel.h"
 #include "card/XmlBytes.h"
 #include "service/CardCoverage.h"
 #include "service/LibraryVersions.h"
@@ -63,8 +64,7 @@ std::optional<LibraryKind> SimulatedReader::initialise(AccessMode mode)
 
 QStringList SimulatedReader::readers()
 {
-    // The one reader model that the application accepts.
-    return {u"Feitian SCR301"_s};
+    return {acceptedReader.toString()};
 }
 
 bool SimulatedReader::chooseReaders(const QString& vitaleReader, const QString& professionalReader)

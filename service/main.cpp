@@ -7,15 +7,19 @@
 #include "service/ServiceLoop.h"
 #include "service/SimulatedReader.h"
 #include "service/SiteFunds.h"
+#include "service/diagnosis/DiagnosisRun.h"
 #include "service/embedded/EmbeddedLibrary.h"
 #include "service/embedded/PcscReaders.h"
 #include "service/embedded/SiteMaps.h"
 #include "service/installed/InstalledLibrary.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
 #include <system_error>
+
+#include <unistd.h>
 
 namespace {
 
@@ -30,6 +34,17 @@ int failWithErrno()
     return fail(1, std::system_category().message(errno));
 }
 
+bool writeAll(const FileDescriptor& output, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const ssize_t count = ::write(output.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
+        if (count < 0 && errno != EINTR)
+            return false;
+        bytes = bytes.sliced(std::max(count, ssize_t{0}));
+    }
+    return true;
+}
+
 std::unique_ptr<ReadingLibrary> readingLibrary(const ServiceCommandLine& line)
 {
     if (line.simulatedCard)
@@ -42,19 +57,24 @@ std::unique_ptr<ReadingLibrary> readingLibrary(const ServiceCommandLine& line)
         std::make_unique<LibraryChoice>(std::make_unique<InstalledLibrary>(), std::move(embedded)));
 }
 
-int serve(const ServiceCommandLine& line)
+[[noreturn]] void tellDiagnosis(const ChannelDescriptors& output, const QStringList& lackingProtections)
 {
-    std::optional<ChannelDescriptors> channel = takeStandardChannel();
-    if (!channel)
-        return failWithErrno();
-    for (const QString& sentence : enterSandbox(libraryFolders()))
-        logLine(sentence);
+    Diagnosis diagnosis =
+        diagnose({.resourceFolder = resourceFolder(), .installedLibrary = InstalledLibrary::standardPlace()});
+    diagnosis.lackingProtections = lackingProtections;
+    const QByteArray text = diagnosisText(diagnosis).toUtf8();
+    const bool isTold = writeAll(output.replies, text);
+    // Not to wait for a call that hangs.
+    std::_Exit(isTold && diagnosis.isReady() ? 0 : 1);
+}
 
+int serve(const ServiceCommandLine& line, ChannelDescriptors channel)
+{
     const SiteFunds funds = loadFunds(resourceFolder());
     for (const QString& warning : funds.warnings)
         std::cerr << warning.toStdString() << '\n';
-    ServiceLoop loop(ServiceCommands(readingLibrary(line), funds.table), std::move(channel->requests),
-                     std::move(channel->replies));
+    ServiceLoop loop(ServiceCommands(readingLibrary(line), funds.table), std::move(channel.requests),
+                     std::move(channel.replies));
     switch (loop.run()) {
     case ServiceLoop::End::Closed:
         return 0;
@@ -84,5 +104,13 @@ int main(int argc, char* argv[])
 
     if (!protectProcess())
         return failWithErrno();
-    return serve(*line);
+    std::optional<ChannelDescriptors> channel = takeStandardChannel();
+    if (!channel)
+        return failWithErrno();
+    const QStringList lackingProtections = enterSandbox(libraryFolders());
+    if (line->action == ServiceCommandLine::Action::Diagnose)
+        tellDiagnosis(*channel, lackingProtections);
+    for (const QString& sentence : lackingProtections)
+        logLine(sentence);
+    return serve(*line, std::move(*channel));
 }

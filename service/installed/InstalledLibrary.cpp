@@ -1,7 +1,6 @@
 #include "service/installed/InstalledLibrary.h"
 
 #include "service/CardCoverage.h"
-#include "service/LibraryVersions.h"
 #include "service/ServiceLog.h"
 #include "service/installed/ClearedText.h"
 
@@ -161,14 +160,19 @@ QString InstalledLibrary::version(pelmora_reading_component component) const
     return *version;
 }
 
-QString InstalledLibrary::informations()
+LibraryVersions InstalledLibrary::versions() const
 {
     if (!m_isOpen)
-        return informationsDocument({});
-    return informationsDocument({.library = version(PELMORA_READING_LIBRARY),
-                                 .cardTable = version(PELMORA_READING_CARD_TABLE),
-                                 .destinationTable = version(PELMORA_READING_DESTINATION_TABLE),
-                                 .authorisationTable = version(PELMORA_READING_AUTHORISATION_TABLE)});
+        return {};
+    return {.library = version(PELMORA_READING_LIBRARY),
+            .cardTable = version(PELMORA_READING_CARD_TABLE),
+            .destinationTable = version(PELMORA_READING_DESTINATION_TABLE),
+            .authorisationTable = version(PELMORA_READING_AUTHORISATION_TABLE)};
+}
+
+QString InstalledLibrary::informations()
+{
+    return informationsDocument(versions());
 }
 
 std::expected<QString, ReadResult> InstalledLibrary::readCard()

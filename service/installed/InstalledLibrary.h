@@ -1,5 +1,6 @@
 #pragma once
 
+#include "service/LibraryVersions.h"
 #include "service/ReadingLibrary.h"
 #include "service/embedded/ReaderNames.h"
 #include "service/installed/InstalledFunctions.h"
@@ -24,6 +25,9 @@ public:
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
+
+    /// What informations() tells; all empty while the library is not in use.
+    [[nodiscard]] LibraryVersions versions() const;
 
 private:
     [[nodiscard]] bool load();
