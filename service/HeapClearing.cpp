@@ -13,6 +13,7 @@
 // The system's functions under the names that it keeps for those who replace them.
 extern "C" void __libc_free(void* block) noexcept;
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): what this is about.
 extern "C" void free(void* block) noexcept
 {
     if (block == nullptr)
@@ -43,3 +44,4 @@ extern "C" void* realloc(void* block, std::size_t size) noexcept
     free(block);
     return moved;
 }
+// NOLINTEND(cppcoreguidelines-no-malloc)

@@ -33,7 +33,7 @@ QString permissionsText(const QFileInfo& file)
 {
     struct Bit
     {
-        QFileDevice::Permission permission;
+        QFileDevice::Permission permission = QFileDevice::ReadOwner;
         QChar letter;
     };
     constexpr std::array bits{

@@ -52,8 +52,10 @@ std::expected<InstalledFunctions, SystemFileFault> loadInstalledFunctions(const 
     // By its path, and not by the descriptor that was looked at: only so does it find what lies beside it. It is never
     // unloaded: threads that it made could not bear that.
     void* const library = ::dlopen(place.path().constData(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
-        return std::unexpected(refused(u"%1 ne se charge pas : %2"_s.arg(path, QString::fromLocal8Bit(::dlerror()))));
+    if (library == nullptr) {
+        const char* const reason = ::dlerror(); // NOLINT(concurrency-mt-unsafe): each thread has its own
+        return std::unexpected(refused(u"%1 ne se charge pas : %2"_s.arg(path, QString::fromLocal8Bit(reason))));
+    }
     const std::expected<InstalledFunctions, QString> functions = findAll(library);
     if (!functions)
         return std::unexpected(refused(u"%1 n’a pas de fonction %2"_s.arg(path, functions.error())));
