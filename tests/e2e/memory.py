@@ -22,3 +22,9 @@ def traces(pid, texts):
     forms = [(text, encoding, text.encode(encoding)) for text in texts for encoding in ("utf-8", "utf-16-le")]
     return [f"{text} as {encoding} in {line}" for line, content in writable_memory(pid)
             for text, encoding, form in forms if form in content]
+
+
+def is_sanitized(pid):
+    """Whether the process keeps what it gives back, so that mistakes are found."""
+    with open(f"/proc/{pid}/maps", encoding="utf-8") as maps:
+        return any("libasan" in line or "libtsan" in line for line in maps)

@@ -161,6 +161,5 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire une ca
     }
 };
 
-Q_DECLARE_METATYPE(Diagnosis)
 QTEST_APPLESS_MAIN(TestDiagnosis)
 #include "tst_diagnosis.moc"
