@@ -81,8 +81,10 @@ std::expected<CardTree, CardGap> CardDecoder::document() const
     }
     const CardRecordSource& first = m_map->beneficiaries.front();
     const Objects* list = objects(first.file);
-    for (const TlvObject* beneficiary :
-         list == nullptr ? std::vector<const TlvObject*>() : findTlv(*list, first.record)) {
+    const Records beneficiaries = list == nullptr ? Records() : findTlv(*list, first.record);
+    if (beneficiaries.size() > CardElements::mostBeneficiaries)
+        return damage(u"plus de %1 bénéficiaires"_s.arg(CardElements::mostBeneficiaries));
+    for (const TlvObject* beneficiary : beneficiaries) {
         CardTree& element = document.append(CardElements::beneficiary);
         for (const CardRecordSource& source : m_map->beneficiaries) {
             const TlvObject* record = &source == &first ? beneficiary : linkedRecord(source, *beneficiary);
@@ -148,7 +150,7 @@ const TlvObject* CardDecoder::linkedRecord(const CardRecordSource& source, const
         const TlvObject* own = firstObject(record->children, source.link->own);
         return own != nullptr && own->value == wanted->value;
     };
-    const std::vector<const TlvObject*> records = findTlv(*file, source.record);
+    const Records records = findTlv(*file, source.record);
     const auto found = std::ranges::find_if(records, isLinked);
     return found == records.end() ? nullptr : *found;
 }

@@ -20,6 +20,7 @@ public:
 
 private:
     using Objects = std::vector<TlvObject>;
+    using Records = std::vector<const TlvObject*>;
     using Result = std::expected<void, CardGap>;
 
     explicit CardDecoder(const CardMap& map)

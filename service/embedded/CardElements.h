@@ -3,6 +3,7 @@
 #include <QStringView>
 
 #include <array>
+#include <cstddef>
 
 /// When a beneficiary's element may lack.
 enum class CardNeed
@@ -25,6 +26,8 @@ namespace CardElements {
 inline constexpr QStringView document{u"T_AsnDonneesVitale"};
 inline constexpr QStringView serial{u"tech/numSerie"};
 inline constexpr QStringView beneficiary{u"listeBenef/T_AsnBeneficiaire"};
+// Family cards have room for nineteen. More than this is no family, and would take its time.
+inline constexpr std::size_t mostBeneficiaries = 99;
 inline constexpr QStringView period{u"ident/listePeriodesDroits/T_AsnPeriode"};
 inline constexpr std::array periodParts{QStringView{u"debut"}, QStringView{u"fin"}};
 

@@ -304,6 +304,13 @@ private Q_SLOTS:
         QCOMPARE(missingIn(card), QStringList(u"listeBenef/T_AsnBeneficiaire"_s));
     }
 
+    void nobodyHasThatManyBeneficiaries()
+    {
+        QCOMPARE(gapOf(cardOf(insured() + child().repeated(98))), QString());
+        QCOMPARE(gapOf(cardOf(insured() + child().repeated(99))), u"plus de 99 bénéficiaires"_s);
+        QVERIFY(isDamaged(cardOf(QByteArray::fromHex("6500").repeated(16000))));
+    }
+
     void damagedObjectsAreToldWithTheirFile()
     {
         QVERIFY(isDamaged(cardOf(insured().chopped(1))));
