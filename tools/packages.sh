@@ -42,6 +42,8 @@ test_packages=(
 bench_packages=(
     # A desktop for the window, and what watches it.
     xvfb xauth openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 procps libxcb-damage0-dev libxcb-xtest0-dev
+    # A card reader that is a program.
+    pcscd vsmartcard-vpcd
 )
 
 check_packages=(
