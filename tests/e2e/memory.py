@@ -2,6 +2,8 @@
 
 import re
 
+ENCODINGS = ("utf-8", "utf-16-le", "latin-1")
+
 
 def writable_memory(pid):
     """The content of each of the process's writable mappings, by its line."""
@@ -19,7 +21,7 @@ def writable_memory(pid):
 
 def traces(pid, texts):
     """Where the process's memory holds one of the texts: "text as encoding in mapping"."""
-    forms = [(text, encoding, text.encode(encoding)) for text in texts for encoding in ("utf-8", "utf-16-le")]
+    forms = [(text, encoding, text.encode(encoding)) for text in texts for encoding in ENCODINGS]
     return [f"{text} as {encoding} in {line}" for line, content in writable_memory(pid)
             for text, encoding, form in forms if form in content]
 

@@ -1,4 +1,5 @@
-"""Nothing of a card stays in the card service's memory. Usage: test_memory.py STAGE UNCLEARED-SERVICE"""
+"""Nothing of a card stays in the card service's memory. Usage: test_memory.py STAGE UNCLEARED-SERVICE, in a network of
+its own"""
 
 import os
 import sys
@@ -6,7 +7,11 @@ import tempfile
 import unittest
 
 from memory import traces
+from pcsc import PcscService, Reader
 from service import CardService
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
+from virtualcard import VirtualCard  # noqa: E402
 
 STAGE = sys.argv.pop(1)
 UNCLEARED = sys.argv.pop(1)
@@ -21,7 +26,11 @@ CARD = f"""<?xml version="1.0" encoding="UTF-8"?>
 </T_AsnBeneficiaire>{{}}</listeBenef></T_AsnDonneesVitale>"""
 
 
-class MemoryTest(unittest.TestCase):
+SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
+SPECIMEN_TEXTS = ("SPECIMEN", "MODÈLE", "Hélène", "285057511612381")
+
+
+class SimulatedCardTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -53,6 +62,39 @@ class MemoryTest(unittest.TestCase):
             found = self.read_and_look(service)
         for encoding in ("utf-8", "utf-16-le"):
             self.assertTrue([trace for trace in found if f"as {encoding} in" in trace], found)
+
+
+class CardInAReaderTest(unittest.TestCase):
+    """The whole way of a card: PC/SC, its files, its map."""
+
+    reader = Reader()
+
+    def setUp(self):
+        # The uncleared service is not among its resources.
+        site = tempfile.TemporaryDirectory()
+        self.addCleanup(site.cleanup)
+        os.mkdir(os.path.join(site.name, "MORVEL"))
+        os.symlink(os.path.join(STAGE, "share", "pelmora", "maps"), os.path.join(site.name, "MORVEL", "cartes"))
+        self.site = site.name
+
+    def read_and_look(self, program=None):
+        with PcscService(self.reader) as pcsc, VirtualCard.specimen(SPECIMEN) as card:
+            card.insert(self.reader.port)
+            service = CardService(STAGE, XDG_CONFIG_HOME=self.site, **pcsc.environment())
+            service.program = program or service.program
+            with service:
+                self.assertTrue(service.bind())
+                self.assertIn(SPECIMEN_TEXTS[0], service.read())
+                service.readers()
+                return traces(service.process.pid, SPECIMEN_TEXTS)
+
+    def test_nothing_of_a_card_is_left_once_it_is_told(self):
+        self.assertEqual(self.read_and_look(), [])
+
+    def test_without_the_clearing_the_card_would_be_found(self):
+        found = self.read_and_look(UNCLEARED)
+        for text in SPECIMEN_TEXTS:
+            self.assertTrue([trace for trace in found if trace.startswith(text)], found)
 
 
 if __name__ == "__main__":
