@@ -187,6 +187,21 @@ class ReadingLibraryTest(unittest.TestCase):
         self.assertEqual(results, expected)
         self.assertFalse(os.path.exists("/tmp/pelmora-probe"))
 
+    def test_where_the_protections_are_missing_it_says_so_and_works(self):
+        for call, protection in (("prctl", "renoncer aux privilèges"), ("seccomp", "refuser le réseau"),
+                                 ("landlock_create_ruleset", "refuser l’écriture de fichiers")):
+            with self.subTest(protection), tempfile.TemporaryDirectory() as folder:
+                service = self.service("--simulate", SPECIMEN)
+                service.arguments = ("-f", "-o", os.path.join(folder, "calls"), "-e", f"inject={call}:error=ENOSYS",
+                                     service.program, *service.arguments)
+                service.program = "/usr/bin/strace"
+                service.environment["ASAN_OPTIONS"] = "detect_leaks=0"  # which a traced process cannot do
+                with service:
+                    self.assertTrue(service.bind(mode="0"))
+                    self.assertIn("SPECIMEN", service.read())
+                    self.assertEqual(service.finish(), 0)
+                    self.assertRegex(service.log(), f"^com.morvel.lvit: protection indisponible : {protection}")
+
 
 if __name__ == "__main__":
     unittest.main()
