@@ -48,8 +48,8 @@ public:
             if (atEnd())
                 return std::unexpected(TlvFault::TruncatedTag);
             const quint8 byte = take();
-            // A number that begins with zeros, or that the first byte could have held.
-            if (count == 2 && (byte == continuationBit || byte < longTagBits))
+            // A number that begins with zeros. Small ones, which the first byte could have held, are in use on cards.
+            if (count == 2 && byte == continuationBit)
                 return std::unexpected(TlvFault::OverlongTag);
             tag = tag << 8U | byte;
             if ((byte & continuationBit) == 0)

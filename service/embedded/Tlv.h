@@ -19,7 +19,7 @@ struct TlvObject
 enum class TlvFault
 {
     TruncatedTag,
-    OverlongTag, // more than three bytes, or bytes that say nothing
+    OverlongTag, // more than three bytes, or a number with zeros in front
     TruncatedLength,
     IndefiniteLength,
     OverlongLength, // more than four bytes after the first

@@ -1,7 +1,8 @@
-"""The files of two invented cards: {application: {file identifier: content}}, all of them bytes.
+"""The files of invented cards: {application: {file identifier: content}}, all of them bytes.
 
 specimen_files() is a card of the layout that resources/card/maps/specimen.json describes, made of a card's XML;
-second_generation_files() has the few public facts of a second-generation card around invented content.
+second_generation_files() has the few public facts of a second-generation card around invented content, and
+completed_second_generation_files() the rest, too, in places that are invented.
 """
 
 import pathlib
@@ -113,16 +114,20 @@ def specimen_files(xml):
     return files
 
 
+def _pointers(applications, named):
+    """The pointers file: applications by entry, then the name, entry and identifier of each file."""
+    return tlv('E0',
+               tlv('A0', *[tlv('82', entry, b'\x00\x00', name) for entry, name in applications.items()]),
+               *[tlv('80', name.ljust(8), entry, file) for name, entry, file in named])
+
+
 def second_generation_files():
     """A second-generation card: a pointers file, two persons in two files, a file that is no TLV, and one that is
     named but refused (its content is the status word 6982, as a number)."""
-    administration = bytes.fromhex('D25000000441 64E86C650101')
-    entries = {b'\x10\x01': VITALE_APPLICATION, b'\x10\x02': administration}
-    named = [(b'PERSONNE', b'\x10\x01', b'\x20\x10'), (b'PERSONN2', b'\x10\x01', b'\x20\x11'),
-             (b'VIDE    ', b'\x10\x01', b'\x20\x12'), (b'PHOTO   ', b'\x10\x02', b'\x20\x20')]
-    pointers = tlv('E0',
-                   tlv('A0', *[tlv('82', entry, b'\x00\x00', application) for entry, application in entries.items()]),
-                   *[tlv('80', name, entry, file) for name, entry, file in named])
+    administration = bytes.fromhex('D250000004') + b'Ad\xe8le\x01\x01'
+    pointers = _pointers({b'\x10\x01': VITALE_APPLICATION, b'\x10\x02': administration},
+                         [(b'PERSONNE', b'\x10\x01', b'\x20\x10'), (b'PERSONN2', b'\x10\x01', b'\x20\x11'),
+                          (b'VIDE', b'\x10\x01', b'\x20\x12'), (b'PHOTO', b'\x10\x02', b'\x20\x20')])
     insured = tlv('65', tlv('80', b'SPECIMEN  '), tlv('81', b'HELENE\x00\x00'), tlv('82', b'19850514'),
                   tlv('93', b'2850575116123'))
     child = tlv('65', tlv('80', b'SPECIMEN'), tlv('81', b'ZO\xc9'), tlv('82', b'20160321'))
@@ -131,6 +136,30 @@ def second_generation_files():
         VITALE_APPLICATION: {b'\x20\x01': pointers, b'\x20\x10': _padded(insured, b'\x00'), b'\x20\x11': child,
                              b'\x20\x12': b'\x04\x00' + b'\x00' * 30},
         administration: {b'\x20\x20': 0x6982},
+    }
+
+
+def completed_second_generation_files(xml):
+    """A second-generation card with what no open source tells of, in invented files and tags, for a card's XML: one
+    coverage for all persons, as the insured one's, and the numbers without their keys."""
+    beneficiaries = ElementTree.fromstring(xml).findall('listeBenef/T_AsnBeneficiaire')
+    persons = [tlv('65',
+                   _object(beneficiary, 'ident/nomUsuel', '80', latin),
+                   _object(beneficiary, 'ident/prenomUsuel', '81', latin),
+                   _object(beneficiary, 'ident/naissance/date', '82', year_first),
+                   _object(beneficiary, 'ident/nir', '93', lambda number: plain(number[:13])),
+                   _object(beneficiary, 'ident/rangDeNaissance', 'DF01', plain),
+                   _object(beneficiary, 'amo/qualBenef', 'DF02', plain)) for beneficiary in beneficiaries]
+    coverage = tlv('BF70',
+                   *[_object(beneficiaries[0], path, tag, plain)
+                     for path, tag in (('amo/codeRegime', 'DF01'), ('amo/caisse', 'DF02'),
+                                       ('amo/centreCarte', 'DF03'), ('amo/codeGestion', 'DF04'))])
+    entry = b'\x10\x01'
+    pointers = _pointers({entry: VITALE_APPLICATION},
+                         [(b'BENEF', entry, b'\x20\x10'), (b'COUVERT', entry, b'\x20\x11')])
+    return {
+        VITALE_ROOT_APPLICATION: {b'\x2f\x02': tlv('5A', packed('0000000000054321'))},
+        VITALE_APPLICATION: {b'\x20\x01': pointers, b'\x20\x10': b''.join(persons), b'\x20\x11': coverage},
     }
 
 
