@@ -18,6 +18,7 @@ SCRIPTED = sys.argv.pop(1)
 PROBING = sys.argv.pop(1)
 
 SOURCES = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../.."))
+PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 FOLDER = "/usr/lib/pelmora"
 LIBRARY = os.path.join(FOLDER, "reading-library.so")
@@ -95,6 +96,24 @@ class ReadingLibraryTest(unittest.TestCase):
             self.assertEqual(service.read(), specimen)
             self.assertEqual(service.finish(), 0)
             self.assertEqual(service.log(), "")
+
+    def test_an_attestation_is_made_through_it(self):
+        self.install(self.example)
+        shutil.copy(SPECIMEN, os.path.join(FOLDER, "card.xml"))
+
+        def text_of_attestation(name, *arguments):
+            folder = os.path.join(self.home, name)
+            environment = {"HOME": self.home, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
+                           "XDG_CONFIG_HOME": self.home, "PCSCLITE_CSOCK_NAME": "/nonexistent"}
+            run = subprocess.run([PELMORA, *arguments, "--save", folder], env=environment, capture_output=True, text=True,
+                                 timeout=60)
+            self.assertEqual((run.returncode, run.stderr), (0, ""))
+            return subprocess.run(["pdftotext", "-layout", run.stdout.rstrip("\n"), "-"], check=True,
+                                  capture_output=True).stdout
+
+        attestation = text_of_attestation("read")
+        self.assertIn(b"SPECIMEN", attestation)
+        self.assertEqual(attestation, text_of_attestation("simulated", "--simulate"))
 
     def test_nothing_of_a_card_stays_in_memory(self):
         self.install(self.example, card__xml="<T_AsnDonneesVitale><nom>ZYGOTSPECIMEN</nom></T_AsnDonneesVitale>")
