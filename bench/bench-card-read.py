@@ -8,13 +8,11 @@ import sys
 
 tests = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests")
 sys.path[:0] = [os.path.join(tests, "e2e"), os.path.join(tests, "fakes")]
-from pcsc import MODEL, OtherProgram, PcscService, Reader  # noqa: E402
+from pcsc import PcscService, Reader  # noqa: E402
 from virtualcard import VirtualCard  # noqa: E402
 
 program, stage = sys.argv[1:]
 reader = Reader()
 with PcscService(reader) as pcsc, VirtualCard.specimen(os.path.join(stage, "share/pelmora/specimen.xml")) as card:
-    with OtherProgram(pcsc, "watch", MODEL + " 00 00") as watch:
-        card.insert(reader.port)
-        watch.expect("present")
+    card.insert(reader.port)
     sys.exit(subprocess.run([program], env={**os.environ, **pcsc.environment()}, check=False).returncode)

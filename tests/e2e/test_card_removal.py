@@ -1,6 +1,7 @@
 """A card that leaves, or is swapped for another, at each command of a read. Usage: test_card_removal.py STAGE, in a network
 of its own"""
 
+import contextlib
 import os
 import sys
 import unittest
@@ -40,14 +41,19 @@ def second_card():
     return VirtualCard(specimen_files(card_xml("0000000000022222", "AUTRE", 2)))
 
 
-def read(card, reader, count=1):
-    """What reads of the card give, with a PC/SC service and a card service of their own."""
+@contextlib.contextmanager
+def started(card, reader):
+    """A card service of its own, with the card in its reader."""
     with PcscService(reader) as pcsc, CardService(STAGE, **pcsc.environment()) as service, card:
         if not service.bind():
             raise AssertionError(service.log())
         card.insert(reader.port)
-        results = [service.read() for _ in range(count)]
-        return results if count > 1 else results[0]
+        yield service
+
+
+def read(card, reader):
+    with started(card, reader) as service:
+        return service.read()
 
 
 class CardRemoval(unittest.TestCase):
@@ -94,7 +100,8 @@ class CardRemoval(unittest.TestCase):
             reader, card = Reader(), first_card()
             with second_card() as other:
                 setattr(card, event, {number: swap_for(other, reader.port)})
-                return read(card, reader, count=2)
+                with started(card, reader) as service:
+                    return service.read(), service.read_soon()
         return self.results(swap)
 
     def assert_read_whole(self, results):

@@ -34,22 +34,17 @@ class Life:
         with PcscService(self.reader) as pcsc, CardService(STAGE, **pcsc.environment()) as service:
             self.bound = service.bind()
             with OtherProgram(pcsc, "watch", MODEL + " 00 00") as watch, VirtualCard.specimen(SPECIMEN) as card:
-                for number in range(ROUNDS // SERVICES):
-                    self.round(service, watch, card, number)
+                for _ in range(ROUNDS // SERVICES):
+                    self.round(service, watch, card)
             self.is_sanitized = service.is_sanitized()
             self.end = service.finish()
             self.log = service.log()
         return self
 
-    def round(self, service, watch, card, number):
+    def round(self, service, watch, card):
         card.insert(self.reader.port)
-        if number % 2:
-            watch.expect("present")
-            self.results.add(service.read())
-        else:
-            # The read waits for the card.
-            self.results.add(service.read())
-            watch.expect("present")
+        watch.expect("present")
+        self.results.add(service.read())
         card.remove()
         watch.expect("empty")
         self.descriptors.append(service.descriptors())

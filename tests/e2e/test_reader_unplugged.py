@@ -4,6 +4,7 @@ STAGE DRIVER, in a network of its own"""
 import os
 import sys
 import tempfile
+import time
 import unittest
 
 from pcsc import MODEL, DriverReader, PcscService, wait_until
@@ -38,6 +39,18 @@ class ReaderUnplugged(unittest.TestCase):
 
     def test_a_reader_with_one_slot_is_one_reader(self):
         self.assertEqual(self.service.readers(), [MODEL])
+
+    def test_a_card_that_comes_just_after_the_request_is_waited_for(self):
+        self.reader.remove()
+        self.assertEqual(self.service.read(), CARD_ABSENT)
+        self.reader.looked.clear()
+        self.assertTrue(self.reader.looked.wait(5))
+        # The next look is about to come.
+        time.sleep(0.25)
+        self.service.send("vitale_read")
+        time.sleep(0.05)
+        self.reader.insert(self.card)
+        self.assertEqual(self.service.receive()["Status"], "success")
 
     def test_an_unplugged_reader_is_a_reader_fault(self):
         self.reader.unplug()

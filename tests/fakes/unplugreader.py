@@ -18,6 +18,7 @@ class UnplugReader:
         self.before = {}
         self.commands = 0
         self.server = None
+        self.looked = threading.Event()  # set whenever it is looked into
 
     def __enter__(self):
         self.plug()
@@ -66,6 +67,7 @@ class UnplugReader:
     def answer(self, request, data):
         card = self.card
         if request == b"P":
+            self.looked.set()
             return (PRESENT if card else ABSENT), b""
         if card is None:
             return COMMUNICATION_ERROR, b""

@@ -10,7 +10,9 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from cardlayout import specimen_files  # noqa: E402
 
-PATIENT_CARD = bytes.fromhex("3B751300004409EA9000")  # what it says of itself when it is powered
+# What cards say of themselves when they are powered: one that speaks T=0, and one that speaks T=1.
+PATIENT_CARD = bytes.fromhex("3B751300004409EA9000")
+BLOCK_CARD = bytes.fromhex("3B800181")
 NO_CARD_AT_ALL = bytes(2)
 # One byte more than may be: the card is there, but is not understood when it is powered.
 UNPOWERABLE = bytes(34)
@@ -35,6 +37,7 @@ class Insertion(threading.Thread):
         super().__init__(daemon=True)
         self.card = card
         self.gone = threading.Event()
+        self.powered = threading.Event()
         self.socket = socket.create_connection(("127.0.0.1", port), timeout=15)
         self.socket.settimeout(None)
         self.socket.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
@@ -52,7 +55,7 @@ class Insertion(threading.Thread):
         return data
 
     def run(self):
-        POWER_CHANGES, GIVE_ATR = range(3), 4
+        POWER_CHANGES, POWER_ON, GIVE_ATR = range(3), 1, 4
         try:
             while True:
                 message = self.receive(struct.unpack(">H", self.receive(2))[0])
@@ -62,6 +65,8 @@ class Insertion(threading.Thread):
                     answer = self.card.atr
                 elif message[0] in POWER_CHANGES:
                     self.card.forget()
+                    if message[0] == POWER_ON:
+                        self.powered.set()
                     continue
                 self.socket.sendall(struct.pack(">H", len(answer)) + answer)
                 if len(message) > 1:
@@ -81,7 +86,7 @@ class Insertion(threading.Thread):
 class VirtualCard:
     """A card of files, {application: {file identifier: bytes, or the status word of a refusal}}.
 
-    It speaks as a T=0 card does: what a SELECT has to say is kept ready (61xx). `before` may hold, by the number of a
+    What a SELECT has to say is kept ready (61xx), unless the card speaks T=1. `before` may hold, by the number of a
     command counted from 1, what is called with the stay before that command is answered (below); what it returns, if
     anything, is the answer. `after` may hold what is called once the answer is on its way.
     """
@@ -104,6 +109,13 @@ class VirtualCard:
             return cls(specimen_files(file.read()), **options)
 
     def insert(self, port):
+        """Puts it in, and waits until that is noticed, as it is when the reader was seen empty before."""
+        self.slip_in(port)
+        if not self.stay.powered.wait(timeout=15):
+            raise AssertionError("the card is not noticed")
+
+    def slip_in(self, port):
+        """Puts it in."""
         self.commands = []
         self.forget()
         self.stay = Insertion(self, port)
@@ -168,6 +180,8 @@ class VirtualCard:
         return self.keep_ready(b"\x6F\x04\x80\x02" + struct.pack(">H", size))
 
     def keep_ready(self, answer):
+        if self.atr == BLOCK_CARD:
+            return answer + OK
         self.rest = answer
         return bytes([0x61, len(answer)])
 
@@ -204,6 +218,6 @@ def swap_for(other, port):
     """Another card takes its place, faster than the service looks."""
     def swap(stay):
         stay.end()
-        other.insert(port)
+        other.slip_in(port)
         raise Removed
     return swap
