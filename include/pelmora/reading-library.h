@@ -17,8 +17,9 @@
  * Texts: UTF-8, not ended by a zero byte. The memory is the caller's; see struct pelmora_reading_text.
  *
  * The process: no connection to a network, and no file written to but devices and what lies in the user's folders
- * ~/Library/Logs/santesocial and ~/Library/Preferences/santesocial/sedica. Standard output and standard error go to Pelmora's
- * log, where nothing of a card may appear. Signal handlers, the locale and the working folder are to be left alone.
+ * ~/Library/Logs/santesocial and ~/Library/Preferences/santesocial/sedica. Standard output and standard error go to
+ * Pelmora's log, where nothing of a card may appear. Signal handlers, the locale and the working folder are to be left
+ * alone.
  */
 #ifndef PELMORA_READING_LIBRARY_H
 #define PELMORA_READING_LIBRARY_H
@@ -29,13 +30,15 @@
 extern "C" {
 #endif
 
-enum {
+enum
+{
     /* The interface that this header describes. A library of another one is refused. */
     PELMORA_READING_INTERFACE = 1
 };
 
 /* What functions return. Pelmora takes any other number as PELMORA_READING_FAILED. */
-enum pelmora_reading_result {
+enum pelmora_reading_result
+{
     PELMORA_READING_OK = 0,
     PELMORA_READING_FAILED = 1,        /* a reason that is not one of these */
     PELMORA_READING_TOO_LONG = 2,      /* the text does not fit */
@@ -47,7 +50,8 @@ enum pelmora_reading_result {
 };
 
 /* What pelmora_reading_version tells the version of. */
-enum pelmora_reading_component {
+enum pelmora_reading_component
+{
     PELMORA_READING_LIBRARY = 0,            /* the reading library */
     PELMORA_READING_CARD_TABLE = 1,         /* its table of cards */
     PELMORA_READING_DESTINATION_TABLE = 2,  /* its table of destination organisations */
@@ -55,12 +59,13 @@ enum pelmora_reading_component {
 };
 
 /*
- * Room for a text. The caller gives the bytes and how many there are; the library writes its text from the first byte on
- * and sets the length. A text that does not fit is not written: the function returns PELMORA_READING_TOO_LONG, and is
- * not called again with more room. After any failure the bytes and the length are ignored.
+ * Room for a text. The caller gives the bytes and how many there are; the library writes its text from the first byte
+ * on and sets the length. A text that does not fit is not written: the function returns PELMORA_READING_TOO_LONG, and
+ * is not called again with more room. After any failure the bytes and the length are ignored.
  */
-struct pelmora_reading_text {
-    char *bytes;     /* never a null pointer; valid until the function returns, cleared by the caller afterwards */
+struct pelmora_reading_text
+{
+    char* bytes;     /* never a null pointer; valid until the function returns, cleared by the caller afterwards */
     size_t capacity; /* bytes: 4 MiB for a card, 64 KiB for the readers, 1 KiB for a version */
     size_t length;   /* bytes; 0 when the function is called */
 };
@@ -86,29 +91,29 @@ void pelmora_reading_close(void);
  * The version of a component, as people write it ("4.20.1"), without line breaks; empty when there is no such
  * component. It is shown in the preferences.
  */
-int pelmora_reading_version(enum pelmora_reading_component component, struct pelmora_reading_text *text);
+int pelmora_reading_version(enum pelmora_reading_component component, struct pelmora_reading_text* text);
 
 /*
  * The readers that are connected at this moment, one name a line, each line ended by "\n"; empty when there are none.
  * Names are those of PC/SC, or the library's own. Pelmora shows and compares them without what PC/SC adds to the model
- * (interface, serial number, numbers of the reader and its slot), and takes health cards from the model "Feitian SCR301"
- * only.
+ * (interface, serial number, numbers of the reader and its slot), and takes health cards from the model "Feitian
+ * SCR301" only.
  */
-int pelmora_reading_readers(struct pelmora_reading_text *text);
+int pelmora_reading_readers(struct pelmora_reading_text* text);
 
 /*
  * Chooses the readers of the health card and of the professional's card, by names that pelmora_reading_readers gave,
  * ended by a zero byte. Both may be the same reader. After a failure the earlier choice stays.
  */
-int pelmora_reading_choose_readers(const char *vitale_reader, const char *professional_reader);
+int pelmora_reading_choose_readers(const char* vitale_reader, const char* professional_reader);
 
 /*
  * Reads the card that is in the health card's reader at this moment, as an XML document of root element
- * "T_AsnDonneesVitale"; the paths that Pelmora reads in it are told in docs/card-data.md. Whatever encoding the document
- * declares, it is in UTF-8; a document type declaration is refused. Called only after a choice of readers. Nothing of
- * the card may be kept after the return, in memory or elsewhere.
+ * "T_AsnDonneesVitale"; the paths that Pelmora reads in it are told in docs/card-data.md. Whatever encoding the
+ * document declares, it is in UTF-8; a document type declaration is refused. Called only after a choice of readers.
+ * Nothing of the card may be kept after the return, in memory or elsewhere.
  */
-int pelmora_reading_read_card(struct pelmora_reading_text *text);
+int pelmora_reading_read_card(struct pelmora_reading_text* text);
 
 #ifdef __cplusplus
 }

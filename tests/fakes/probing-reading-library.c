@@ -18,14 +18,14 @@
 
 static char report[1024];
 
-static void tell(const char *name, int is_done)
+static void tell(const char* name, int is_done)
 {
     const size_t used = strlen(report);
     snprintf(report + used, sizeof report - used, "%s%s=%s", used == 0 ? "" : " ", name,
              is_done ? "OK" : strerrorname_np(errno));
 }
 
-static void try_socket(const char *name, int family, int type)
+static void try_socket(const char* name, int family, int type)
 {
     const int socket_made = socket(family, type, 0);
     tell(name, socket_made >= 0);
@@ -33,7 +33,7 @@ static void try_socket(const char *name, int family, int type)
         close(socket_made);
 }
 
-static void try_file(const char *name, const char *folder, const char *file, int flags)
+static void try_file(const char* name, const char* folder, const char* file, int flags)
 {
     char path[4096];
     snprintf(path, sizeof path, "%s%s", folder, file);
@@ -43,7 +43,7 @@ static void try_file(const char *name, const char *folder, const char *file, int
         close(opened);
 }
 
-static void try_folder(const char *name, const char *folder, const char *file)
+static void try_folder(const char* name, const char* folder, const char* file)
 {
     char path[4096];
     snprintf(path, sizeof path, "%s%s", folder, file);
@@ -60,7 +60,7 @@ int pelmora_reading_interface(void)
 
 int pelmora_reading_open(void)
 {
-    const char *home = getenv("HOME");
+    const char* home = getenv("HOME");
     char ring[256] = {0};
     errno = EPERM;
     tell("privileges", prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0);
@@ -84,9 +84,11 @@ int pelmora_reading_open(void)
     return PELMORA_READING_OK;
 }
 
-void pelmora_reading_close(void) {}
+void pelmora_reading_close(void)
+{
+}
 
-int pelmora_reading_version(enum pelmora_reading_component component, struct pelmora_reading_text *text)
+int pelmora_reading_version(enum pelmora_reading_component component, struct pelmora_reading_text* text)
 {
     if (component != PELMORA_READING_LIBRARY)
         return PELMORA_READING_OK;
@@ -97,20 +99,20 @@ int pelmora_reading_version(enum pelmora_reading_component component, struct pel
     return PELMORA_READING_OK;
 }
 
-int pelmora_reading_readers(struct pelmora_reading_text *text)
+int pelmora_reading_readers(struct pelmora_reading_text* text)
 {
     (void)text;
     return PELMORA_READING_OK;
 }
 
-int pelmora_reading_choose_readers(const char *vitale_reader, const char *professional_reader)
+int pelmora_reading_choose_readers(const char* vitale_reader, const char* professional_reader)
 {
     (void)vitale_reader;
     (void)professional_reader;
     return PELMORA_READING_FAILED;
 }
 
-int pelmora_reading_read_card(struct pelmora_reading_text *text)
+int pelmora_reading_read_card(struct pelmora_reading_text* text)
 {
     (void)text;
     return PELMORA_READING_CARD_ABSENT;

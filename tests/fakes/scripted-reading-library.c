@@ -15,21 +15,21 @@
 #include <string.h>
 #include <unistd.h>
 
-static FILE *beside(const char *function, const char *what, const char *mode)
+static FILE* beside(const char* function, const char* what, const char* mode)
 {
     char path[4096];
     static const char here;
     Dl_info self;
     if (dladdr(&here, &self) == 0)
         return NULL;
-    const char *end = strrchr(self.dli_fname, '/');
+    const char* end = strrchr(self.dli_fname, '/');
     snprintf(path, sizeof path, "%.*s/%s%s", (int)(end - self.dli_fname), self.dli_fname, function, what);
     return fopen(path, mode);
 }
 
-static long number(const char *function, const char *what, long otherwise)
+static long number(const char* function, const char* what, long otherwise)
 {
-    FILE *file = beside(function, what, "r");
+    FILE* file = beside(function, what, "r");
     if (file == NULL)
         return otherwise;
     if (fscanf(file, "%ld", &otherwise) != 1)
@@ -38,22 +38,22 @@ static long number(const char *function, const char *what, long otherwise)
     return otherwise;
 }
 
-static void record(const char *function, const char *details)
+static void record(const char* function, const char* details)
 {
-    FILE *calls = beside("calls", "", "a");
+    FILE* calls = beside("calls", "", "a");
     if (calls == NULL)
         return;
     fprintf(calls, "%s%s\n", function, details);
     fclose(calls);
 }
 
-static int act(const char *function, const char *details, struct pelmora_reading_text *text)
+static int act(const char* function, const char* details, struct pelmora_reading_text* text)
 {
     record(function, details);
-    FILE *hang = beside(function, ".hang", "r");
+    FILE* hang = beside(function, ".hang", "r");
     while (hang != NULL)
         pause();
-    FILE *file = text != NULL ? beside(function, ".text", "r") : NULL;
+    FILE* file = text != NULL ? beside(function, ".text", "r") : NULL;
     if (file != NULL) {
         text->length = fread(text->bytes, 1, text->capacity, file);
         const int is_longer = fgetc(file) != EOF;
@@ -83,26 +83,26 @@ void pelmora_reading_close(void)
 }
 #endif
 
-int pelmora_reading_version(enum pelmora_reading_component component, struct pelmora_reading_text *text)
+int pelmora_reading_version(enum pelmora_reading_component component, struct pelmora_reading_text* text)
 {
     char function[16];
     snprintf(function, sizeof function, "version%d", (int)component);
     return act(function, "", text);
 }
 
-int pelmora_reading_readers(struct pelmora_reading_text *text)
+int pelmora_reading_readers(struct pelmora_reading_text* text)
 {
     return act("readers", "", text);
 }
 
-int pelmora_reading_choose_readers(const char *vitale_reader, const char *professional_reader)
+int pelmora_reading_choose_readers(const char* vitale_reader, const char* professional_reader)
 {
     char details[512];
     snprintf(details, sizeof details, " <%s> <%s>", vitale_reader, professional_reader);
     return act("choose_readers", details, NULL);
 }
 
-int pelmora_reading_read_card(struct pelmora_reading_text *text)
+int pelmora_reading_read_card(struct pelmora_reading_text* text)
 {
     return act("read_card", "", text);
 }
