@@ -62,7 +62,9 @@ std::optional<CardGap> gapIn(const CardTree& document, bool knowsBeneficiaries)
     return gap;
 }
 
-std::expected<QString, CardGap> documentOf(const CardMap& map, const CardContent& content)
+} // namespace
+
+std::expected<QString, CardGap> cardDocument(const CardMap& map, const CardContent& content)
 {
     const std::expected<CardDecoder, CardGap> decoder = CardDecoder::parse(map, content);
     if (!decoder)
@@ -73,15 +75,4 @@ std::expected<QString, CardGap> documentOf(const CardMap& map, const CardContent
     if (const std::optional<CardGap> gap = gapIn(*document, decoder->knowsBeneficiaries()))
         return std::unexpected(*gap);
     return document->toXml();
-}
-
-} // namespace
-
-std::expected<QString, CardGap> cardDocument(const CardMap& map, const CardContent& content)
-{
-    std::expected<QString, CardGap> document = documentOf(map, content);
-    // Which map was tried is what whoever completes it wants to know first.
-    if (!document)
-        document.error().explanation = u"plan « %1 » : %2"_s.arg(map.name, document.error().explanation);
-    return document;
 }

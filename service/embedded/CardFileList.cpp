@@ -35,12 +35,13 @@ private:
 std::vector<CardFileToRead> firstCardFiles(const CardMap& map)
 {
     std::vector<CardFileToRead> files;
-    for (const CardFileId& id : map.identity) {
+    const auto add = [&map, &files](const CardFileId& id) {
         const auto known = std::ranges::find(map.files, id, &CardFile::id);
-        files.push_back({id, known->required || map.identity.size() == 1 || id == map.pointers});
-    }
+        files.push_back({id, known->required || map.identity.size() == 1 || id == map.pointers, known->name});
+    };
+    std::ranges::for_each(map.identity, add);
     if (map.pointers && std::ranges::find(map.identity, *map.pointers) == map.identity.end())
-        files.push_back({*map.pointers, true});
+        add(*map.pointers);
     return files;
 }
 
@@ -74,14 +75,14 @@ std::expected<std::vector<CardFileToRead>, CardGap> otherCardFiles(const CardMap
     for (const CardFile& file : map.files) {
         const std::optional<CardFileId> id = cardFileId(file, *pointed);
         if (id)
-            list.add({*id, file.required});
+            list.add({*id, file.required, file.name});
         else if (file.required)
             return std::unexpected(
                 CardGap{CardGap::Kind::Damaged, u"la carte ne désigne pas le fichier « %1 »"_s.arg(file.name), {}});
     }
     if (map.wantsAllPointed()) {
         for (const PointedFile& file : *pointed)
-            list.add({file.id, false});
+            list.add({file.id, false, {}});
     }
     std::vector<CardFileToRead> files = list.take();
     const std::vector<CardFileToRead> known = firstCardFiles(map);

@@ -4,13 +4,20 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Whether it comes from what a card holds, which another card in its place would explain, too.
 bool isAboutContent(const CardFailure& failure)
 {
     const auto* fault = std::get_if<CardFault>(&failure);
-    return fault == nullptr || *fault == CardFault::CardRefusal || *fault == CardFault::CardNonsense;
+    return fault == nullptr || *fault == CardFault::CardNonsense;
+}
+
+CardGap refusalOf(const QString& what)
+{
+    return {CardGap::Kind::Damaged, u"la carte refuse %1"_s.arg(what), {}};
 }
 
 } // namespace
@@ -29,18 +36,27 @@ std::expected<QString, CardFailure> CardReading::readDocument()
         const bool isUnheard = map.error() == CardFault::CardGone && !m_channel->hasAnswered();
         return std::unexpected(isUnheard ? CardFault::CardGoneUnheard : map.error());
     }
+    std::expected<QString, CardFailure> document = readAlong(**map);
+    // Which map was tried is what whoever completes it wants to know first.
+    if (auto* gap = document ? nullptr : std::get_if<CardGap>(&document.error()))
+        gap->explanation = u"plan « %1 » : %2"_s.arg((*map)->name, gap->explanation);
+    return document;
+}
+
+std::expected<QString, CardFailure> CardReading::readAlong(const CardMap& map)
+{
     CardContent content;
-    const std::expected<void, CardFailure> read = readFiles(**map, content);
+    const std::expected<void, CardFailure> read = readFiles(map, content);
     if (!read && !isAboutContent(read.error()))
         return std::unexpected(read.error());
-    const std::expected<bool, CardFault> isSame = isSameCard(**map, content);
+    const std::expected<bool, CardFault> isSame = isSameCard(map, content);
     if (!isSame)
         return std::unexpected(isSame.error());
     if (!*isSame)
         return std::unexpected(CardFault::CardSwapped);
     if (!read)
         return std::unexpected(read.error());
-    std::expected<QString, CardGap> document = cardDocument(**map, content);
+    std::expected<QString, CardGap> document = cardDocument(map, content);
     if (!document)
         return std::unexpected(std::move(document.error()));
     return *std::move(document);
@@ -63,7 +79,7 @@ std::expected<void, CardFailure> CardReading::readFiles(const CardMap& map, Card
     if (const auto read = readListed(firstCardFiles(map), content); !read)
         return std::unexpected(read.error());
     if (std::ranges::none_of(map.identity, [&content](const CardFileId& id) { return content.contains(id); }))
-        return std::unexpected(CardFault::CardRefusal);
+        return std::unexpected(refusalOf(u"tous les fichiers qui l’identifient"_s));
     const std::expected<std::vector<CardFileToRead>, CardGap> others = otherCardFiles(map, content);
     if (!others)
         return std::unexpected(others.error());
@@ -72,14 +88,16 @@ std::expected<void, CardFailure> CardReading::readFiles(const CardMap& map, Card
     return {};
 }
 
-std::expected<void, CardFault> CardReading::readListed(const std::vector<CardFileToRead>& files, CardContent& content)
+std::expected<void, CardFailure> CardReading::readListed(const std::vector<CardFileToRead>& files, CardContent& content)
 {
     for (const CardFileToRead& file : files) {
         std::expected<QByteArray, CardFault> bytes = readFile(file.id);
         if (bytes)
             content.emplace(file.id, *std::move(bytes));
-        else if (file.required || bytes.error() != CardFault::CardRefusal)
+        else if (bytes.error() != CardFault::CardRefusal)
             return std::unexpected(bytes.error());
+        else if (file.required)
+            return std::unexpected(refusalOf(u"le fichier « %1 »"_s.arg(file.name)));
     }
     return {};
 }

@@ -20,9 +20,10 @@ public:
 
 private:
     [[nodiscard]] std::expected<const CardMap*, CardFault> findMap();
+    [[nodiscard]] std::expected<QString, CardFailure> readAlong(const CardMap& map);
     [[nodiscard]] std::expected<void, CardFailure> readFiles(const CardMap& map, CardContent& content);
-    [[nodiscard]] std::expected<void, CardFault> readListed(const std::vector<CardFileToRead>& files,
-                                                            CardContent& content);
+    [[nodiscard]] std::expected<void, CardFailure> readListed(const std::vector<CardFileToRead>& files,
+                                                              CardContent& content);
     [[nodiscard]] std::expected<bool, CardFault> isSameCard(const CardMap& map, const CardContent& content);
     [[nodiscard]] std::expected<QByteArray, CardFault> readFile(const CardFileId& id);
 

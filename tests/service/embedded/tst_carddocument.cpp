@@ -68,13 +68,11 @@ CardContent cardOf(const QByteArray& persons)
     return {{serialId, tlv("5A", QByteArray::fromHex("0012AB"))}, {personsId, persons}};
 }
 
-/// What is wrong with the card, without the map's name; nothing when there is a document.
+/// What is wrong with the card; nothing when there is a document.
 QString gapOf(const CardContent& content, const CardMap& map = mapOf(smallMap()))
 {
     const auto document = cardDocument(map, content);
-    if (document)
-        return {};
-    return document.error().explanation.section(u"» : "_s, 1);
+    return document ? QString() : document.error().explanation;
 }
 
 QStringList missingIn(const CardContent& content)
@@ -277,12 +275,12 @@ private Q_SLOTS:
         QCOMPARE(gapOf(cardOf(insured()), map), QString());
     }
 
-    void whatIsMissingNamesTheMapAndNeverAValue()
+    void whatIsMissingIsNamedWithoutAnyValue()
     {
         const auto document = cardDocument(mapOf(smallMap()), cardOf(person({{"80", "SPECIMEN"}}, {})));
         QVERIFY(!document);
         QCOMPARE(document.error().kind, CardGap::Kind::Missing);
-        QVERIFY(document.error().explanation.startsWith(u"plan « Carte d’essai » : il manque à l’assuré : "_s));
+        QVERIFY(document.error().explanation.startsWith(u"il manque à l’assuré : "_s));
         QVERIFY(!document.error().explanation.contains(u"SPECIMEN"_s));
     }
 

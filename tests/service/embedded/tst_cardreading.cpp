@@ -38,6 +38,13 @@ std::optional<CardFault> faultIn(const Document& document)
     return fault == nullptr ? std::nullopt : std::optional(*fault);
 }
 
+/// What the log is told of damaged content; nothing when there is none.
+QString damageIn(const Document& document)
+{
+    const auto* gap = document ? nullptr : std::get_if<CardGap>(&document.error());
+    return gap != nullptr && gap->kind == CardGap::Kind::Damaged ? gap->explanation : QString();
+}
+
 QString expectedDocument(char letter)
 {
     return cardDocument(maps().front(), smallCard(letter)).value();
@@ -140,8 +147,21 @@ private Q_SLOTS:
 
     void aRefusedFileIsARefusalByTheSameCard()
     {
-        QCOMPARE(faultIn(documentOf(without(smallCard('A'), 1))), CardFault::CardRefusal);
-        QCOMPARE(faultIn(documentOf(without(smallCard('A'), 2))), CardFault::CardRefusal);
+        for (const quint16 file : {quint16{1}, quint16{2}})
+            QCOMPARE(damageIn(documentOf(without(smallCard('A'), file))),
+                     u"plan « %1 » : la carte refuse le fichier « %2 »"_s.arg(maps().front().name,
+                                                                              maps().front().files[file - 1U].name));
+    }
+
+    void aCardThatHidesWhichOneItIsIsRefused()
+    {
+        std::vector<CardMap> known{smallCardMap()};
+        known.front().files[0].required = false;
+        known.front().identity = {smallCardFile(1), smallCardFile(4)};
+        known.front().files.push_back({.name = u"numéro"_s, .id = smallCardFile(4), .pointer = {}, .required = false});
+        FileCard card(without(smallCard('A'), 1));
+        QVERIFY(
+            damageIn(documentOf(card, known)).endsWith(u" : la carte refuse tous les fichiers qui l’identifient"_s));
     }
 
     void aFileThatMayLackIsNotMissed()

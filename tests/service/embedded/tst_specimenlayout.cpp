@@ -185,11 +185,9 @@ private Q_SLOTS:
         QCOMPARE(content.size(), 5U);
         const auto document = cardDocument(map, content);
         QVERIFY(!document);
-        QCOMPARE(
-            document.error().explanation,
-            u"plan « Carte Vitale de deuxième génération (données publiques, non vérifiées) » : il manque à l’assuré : "
-            "ident/rangDeNaissance, amo/qualBenef, amo/codeRegime, amo/caisse, amo/centreCarte, amo/codeGestion ; au "
-            "bénéficiaire 2 : ident/rangDeNaissance"_s);
+        QCOMPARE(document.error().explanation,
+                 u"il manque à l’assuré : ident/rangDeNaissance, amo/qualBenef, amo/codeRegime, amo/caisse, "
+                 "amo/centreCarte, amo/codeGestion ; au bénéficiaire 2 : ident/rangDeNaissance"_s);
         QVERIFY(document.error().kind == CardGap::Kind::Missing);
     }
 
@@ -201,7 +199,7 @@ private Q_SLOTS:
         const auto document = cardDocument(map, content);
         QVERIFY(!document);
         QVERIFY(document.error().kind == CardGap::Kind::Damaged);
-        QVERIFY(document.error().explanation.endsWith(u" : fichier 2011 : valeur tronquée"_s));
+        QCOMPARE(document.error().explanation, u"fichier 2011 : valeur tronquée"_s);
         // A file of another form is none of the map's business.
         content[{map.application, 0x2011}] = QByteArray::fromHex("3082FFFF");
         QVERIFY(cardDocument(map, content).error().kind == CardGap::Kind::Missing);
