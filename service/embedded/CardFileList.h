@@ -8,7 +8,7 @@ struct CardFileToRead
 {
     CardFileId id;
     bool required = true;
-    QString name = {}; // the map's, for the log; empty for one that only the pointers file names
+    QString name; // the map's, for the log; empty for one that only the pointers file names
 
     friend bool operator==(const CardFileToRead&, const CardFileToRead&) = default;
 };

@@ -62,7 +62,7 @@ CardContent bankCard()
 }
 
 /// Something that happens before one of the commands.
-FileCard::Event at(int number, FileCard::Event event)
+FileCard::Event at(int number, const FileCard::Event& event)
 {
     return [number, event](FileCard& card, int current) {
         return current == number ? event(card, current) : std::nullopt;
@@ -167,7 +167,7 @@ private Q_SLOTS:
     void aFileThatMayLackIsNotMissed()
     {
         std::vector<CardMap> known{smallCardMap()};
-        CardFile more{.name = u"photo"_s, .id = smallCardFile(3), .pointer = {}, .required = false};
+        const CardFile more{.name = u"photo"_s, .id = smallCardFile(3), .pointer = {}, .required = false};
         known.front().files.push_back(more);
         FileCard card(smallCard('A'));
         QVERIFY(documentOf(card, known) == Document(expectedDocument('A')));
