@@ -1,5 +1,6 @@
 #include "app/OutsideFolders.h"
 
+#include "card/OutsideFolderNames.h"
 #include "platform/TildePath.h"
 
 #include <QDir>
@@ -9,9 +10,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void makeFolderWhereNothingIs(const QString& tildePath)
+void makeFolderWhereNothingIs(QLatin1StringView pathFromHome)
 {
-    const QString path = expandingTildeInPath(tildePath);
+    const QString path = expandingTildeInPath(u"~/"_s + pathFromHome);
     if (!QFileInfo::exists(path))
         QDir().mkpath(path);
 }
@@ -20,10 +21,10 @@ void makeFolderWhereNothingIs(const QString& tildePath)
 
 void checkLogDir()
 {
-    makeFolderWhereNothingIs(u"~/Library/Logs/santesocial"_s);
+    makeFolderWhereNothingIs(OutsideFolder::logs);
 }
 
 void checkSedicaDir()
 {
-    makeFolderWhereNothingIs(u"~/Library/Preferences/santesocial/sedica"_s);
+    makeFolderWhereNothingIs(OutsideFolder::sedica);
 }

@@ -51,6 +51,3 @@ inline constexpr QStringView readers{u"Readers"}; // the names of the readers, i
 inline constexpr QStringView vitale{u"Vitale"};   // the name of the reader for the health card
 inline constexpr QStringView cps{u"CPS"};         // the name of the reader for the professional card
 } // namespace ReaderKey
-
-/// The one reader model that is accepted.
-inline constexpr QStringView acceptedReader{u"Feitian SCR301"};

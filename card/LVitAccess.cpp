@@ -3,6 +3,7 @@
 #include "card/CardParser.h"
 #include "card/MessageDescription.h"
 #include "card/PelmoraError.h"
+#include "card/ReaderModel.h"
 #include "card/ServiceReply.h"
 #include "card/ServiceVocabulary.h"
 #include "support/MXLog.h"

@@ -1,5 +1,6 @@
 # pelmora_test(<name> SOURCES <file>... LIBRARIES <target>... [LABELS <label>...] [DEPENDS <target>...] [ENVIRONMENT ...])
-# One QtTest program: a test of the same name, without a display unless its label says otherwise.
+# One QtTest program: a test of the same name, without a display unless its label says otherwise, and without the card
+# readers of the machine.
 function(pelmora_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS;DEPENDS;ENVIRONMENT")
   add_executable(${name} ${arg_SOURCES})
@@ -13,5 +14,5 @@ function(pelmora_test name)
   set_tests_properties(${name} PROPERTIES
     TIMEOUT 120
     LABELS "${arg_LABELS}"
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${arg_ENVIRONMENT}")
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;PCSCLITE_CSOCK_NAME=/nonexistent;${arg_ENVIRONMENT}")
 endfunction()

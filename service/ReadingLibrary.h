@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include <expected>
+#include <optional>
 
 /// Which reading library the application wants, as the digit of its "init" request.
 enum class AccessMode
@@ -16,8 +17,19 @@ enum class AccessMode
 /// Why a card could not be read, with the numbers that go over the channel.
 enum class ReadResult : qint64
 {
-    CardAbsent = 11,
-    ReadError = 17
+    Unusable = 0,     // the card is sound, but lacks what an attestation is made of
+    CardAbsent = 11,  // no card, or not one that answers
+    ReaderFault = 13, // the reader, or the system's service for readers, is lost
+    CardChanged = 15, // the card left, or another came, during the read
+    ReadError = 17,   // the card refuses its data, or they are damaged
+    CardMute = 25     // the card does not answer, or stands upside down
+};
+
+/// Whose reading library is in use.
+enum class LibraryKind
+{
+    Embedded,
+    System
 };
 
 /// What the service needs of a library that reads cards. Calls are made one at a time, on one thread. A library is made
@@ -30,24 +42,26 @@ public:
     ReadingLibrary& operator=(const ReadingLibrary&) = delete;
     virtual ~ReadingLibrary() = default;
 
-    /// Starts afresh in the given mode: chosen readers are let go. The value tells whether the library is the service's
-    /// own
-    /// ("embedded") rather than the system's. Cannot fail.
-    virtual bool initialise(AccessMode mode) = 0;
+    /// Starts afresh in the given mode: chosen readers are let go. The value tells whose library reads from now on;
+    /// nothing when the wanted kind is not there.
+    [[nodiscard]] virtual std::optional<LibraryKind> initialise(AccessMode mode) = 0;
 
-    /// Names of the readers that are connected now, in the library's order; empty when there is none. Any state, no
-    /// error.
-    [[nodiscard]] virtual QStringList readers() const = 0;
+    /// Names of the readers that are connected now, each once, in the library's order; empty when there is none. Any
+    /// state, no error.
+    [[nodiscard]] virtual QStringList readers() = 0;
 
     /// Chooses the readers, by name, of the health card and of the professional's card, which may be the same one.
     /// False, and the earlier choice kept, when either is not among readers(). Any state.
     [[nodiscard]] virtual bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) = 0;
 
     /// The versions of the library and of its tables, as an XML document without a document type. Any state, no error.
-    [[nodiscard]] virtual QString informations() const = 0;
+    [[nodiscard]] virtual QString informations() = 0;
 
     /// The content of the card in the health card's reader at this moment, as well-formed XML, decoded; any encoding
     /// that it declares no longer holds. Needs chosen readers; blocks while the card is read. The error is the result
     /// code.
     [[nodiscard]] virtual std::expected<QString, ReadResult> readCard() = 0;
+
+    /// Whether a call has been left behind unanswered: this library, and its process, answer no more calls.
+    [[nodiscard]] virtual bool isBeyondUse() const { return false; }
 };

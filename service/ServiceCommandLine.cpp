@@ -12,6 +12,11 @@ std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByt
             return ServiceCommandLine{.action = ServiceCommandLine::Action::ShowHelp, .simulatedCard = {}};
         if (*argument == "--version" || *argument == "-v")
             return ServiceCommandLine{.action = ServiceCommandLine::Action::ShowVersion, .simulatedCard = {}};
+        if (*argument == "--diagnose") {
+            if (arguments.size() > 1)
+                return std::unexpected("--diagnose s’emploie seul"s);
+            return ServiceCommandLine{.action = ServiceCommandLine::Action::Diagnose, .simulatedCard = {}};
+        }
         if (line.simulatedCard)
             return std::unexpected("trop d’arguments"s);
         if (*argument == simulate) {
@@ -30,11 +35,14 @@ std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByt
 
 std::string helpText()
 {
-    return "Utilisation : com.morvel.lvit [--simulate CARTE.xml]\n"
+    return "Utilisation : com.morvel.lvit [--simulate CARTE.xml | --diagnose]\n"
            "Service de lecture des cartes Vitale, lancé par Pelmora, qui lui parle par son entrée et sa sortie "
            "standard.\n"
            "\n"
            "  --simulate CARTE.xml  simule un lecteur dont la carte est ce fichier\n"
+           "  --diagnose            dit quels lecteurs et quelles bibliothèques de lecture sont trouvés, et ce qui "
+           "manque,\n"
+           "                        sans lire de carte ; se termine par 0 si Pelmora peut lire, 1 sinon\n"
            "  --help                affiche cette aide\n"
            "  --version             affiche la version\n";
 }

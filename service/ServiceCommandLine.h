@@ -13,6 +13,7 @@ struct ServiceCommandLine
     enum class Action
     {
         Serve,
+        Diagnose,
         ShowHelp,
         ShowVersion
     };

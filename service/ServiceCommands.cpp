@@ -79,11 +79,13 @@ QCborMap ServiceCommands::initialise(const QCborMap& request)
     const std::optional<AccessMode> mode = accessMode(request.value(ServiceWord::mode));
     if (!mode)
         return failure();
-    const bool isEmbedded = m_library->initialise(*mode);
-    m_initialised = true;
+    const std::optional<LibraryKind> kind = m_library->initialise(*mode);
+    m_initialised = kind.has_value();
     m_readersChosen = false;
+    if (!kind)
+        return failure();
     QCborMap reply = success();
-    reply.insert(ServiceWord::embedded, isEmbedded ? ServiceWord::embeddedTrue : "false"_L1);
+    reply.insert(ServiceWord::embedded, *kind == LibraryKind::Embedded ? ServiceWord::embeddedTrue : "false"_L1);
     return reply;
 }
 
@@ -108,8 +110,11 @@ QCborMap ServiceCommands::chooseReaders(const QCborMap& request)
 
 QCborMap ServiceCommands::describeLibrary(const QCborMap&)
 {
+    const QString informations = m_library->informations();
+    if (m_library->isBeyondUse())
+        return failure();
     QCborMap reply = success();
-    reply.insert(ServiceWord::informations, m_library->informations());
+    reply.insert(ServiceWord::informations, informations);
     return reply;
 }
 

@@ -18,6 +18,9 @@ public:
     /// Nothing when the request is no command of ours.
     [[nodiscard]] std::optional<QCborMap> answer(const QCborMap& request);
 
+    /// Whether the reading library has left a call behind: there will be no more answers.
+    [[nodiscard]] bool isBeyondUse() const { return m_library->isBeyondUse(); }
+
 private:
     QCborMap initialise(const QCborMap& request);
     QCborMap listReaders(const QCborMap& request);

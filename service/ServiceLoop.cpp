@@ -1,5 +1,7 @@
 #include "service/ServiceLoop.h"
 
+#include "service/MemoryClearing.h"
+
 #include <array>
 #include <cerrno>
 
@@ -44,6 +46,9 @@ std::optional<ServiceLoop::End> ServiceLoop::answerRequests()
                                    .body = request.body ? m_commands.answer(*request.body) : std::nullopt};
         if (const std::optional<End> end = write(encodeServiceMessage(reply)))
             return end;
+        if (m_commands.isBeyondUse())
+            return End::BeyondUse;
+        clearUnusedStack();
     }
 }
 

@@ -14,7 +14,8 @@ public:
     {
         Closed,    // the application has left, which is how the service is told to leave
         Malformed, // what came in cannot be read any further
-        Failed     // the system refused to read or to write
+        Failed,    // the system refused to read or to write
+        BeyondUse  // the reading library left a call behind, which a thread of this process still waits for
     };
 
     ServiceLoop(ServiceCommands commands, FileDescriptor requests, FileDescriptor replies);

@@ -1,6 +1,7 @@
 #include "service/SimulatedReader.h"
 
 #include "card/FileDescriptor.h"
+#include "card/ReaderModel.h"
 #include "card/XmlBytes.h"
 #include "service/CardCoverage.h"
 #include "service/LibraryVersions.h"
@@ -56,15 +57,14 @@ SimulatedReader::SimulatedReader(QByteArray cardPath)
 {
 }
 
-bool SimulatedReader::initialise(AccessMode mode)
+std::optional<LibraryKind> SimulatedReader::initialise(AccessMode mode)
 {
-    return mode != AccessMode::System;
+    return mode == AccessMode::System ? LibraryKind::System : LibraryKind::Embedded;
 }
 
-QStringList SimulatedReader::readers() const
+QStringList SimulatedReader::readers()
 {
-    // The one reader model that the application accepts.
-    return {u"Feitian SCR301"_s};
+    return {acceptedReader.toString()};
 }
 
 bool SimulatedReader::chooseReaders(const QString& vitaleReader, const QString& professionalReader)
@@ -73,7 +73,7 @@ bool SimulatedReader::chooseReaders(const QString& vitaleReader, const QString& 
     return known.contains(vitaleReader) && known.contains(professionalReader);
 }
 
-QString SimulatedReader::informations() const
+QString SimulatedReader::informations()
 {
     return informationsDocument({.library = u"%1 (simulation)"_s.arg(QLatin1StringView(PELMORA_VERSION)),
                                  .cardTable = u"simulation"_s,

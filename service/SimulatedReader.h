@@ -15,10 +15,10 @@ public:
     /// The path is in the file system's own bytes.
     explicit SimulatedReader(QByteArray cardPath);
 
-    bool initialise(AccessMode mode) override;
-    [[nodiscard]] QStringList readers() const override;
+    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override;
+    [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
-    [[nodiscard]] QString informations() const override;
+    [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
 
 private:

@@ -1,13 +1,25 @@
+#include "service/DeadlineLibrary.h"
+#include "service/LibraryChoice.h"
 #include "service/ProcessSetup.h"
-#include "service/ReaderlessLibrary.h"
+#include "service/Sandbox.h"
 #include "service/ServiceCommandLine.h"
+#include "service/ServiceLog.h"
 #include "service/ServiceLoop.h"
 #include "service/SimulatedReader.h"
 #include "service/SiteFunds.h"
+#include "service/diagnosis/DiagnosisRun.h"
+#include "service/embedded/EmbeddedLibrary.h"
+#include "service/embedded/PcscReaders.h"
+#include "service/embedded/SiteMaps.h"
+#include "service/installed/InstalledLibrary.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <iostream>
 #include <system_error>
+
+#include <unistd.h>
 
 namespace {
 
@@ -17,11 +29,64 @@ int fail(int status, std::string_view reason)
     return status;
 }
 
+int failWithErrno()
+{
+    return fail(1, std::system_category().message(errno));
+}
+
+bool writeAll(const FileDescriptor& output, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const ssize_t count = ::write(output.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
+        if (count < 0 && errno != EINTR)
+            return false;
+        bytes = bytes.sliced(std::max(count, ssize_t{0}));
+    }
+    return true;
+}
+
 std::unique_ptr<ReadingLibrary> readingLibrary(const ServiceCommandLine& line)
 {
     if (line.simulatedCard)
         return std::make_unique<SimulatedReader>(*line.simulatedCard);
-    return std::make_unique<ReaderlessLibrary>();
+    SiteMaps cards = loadCardMaps(resourceFolder());
+    for (const QString& warning : cards.warnings)
+        logLine(warning);
+    auto embedded = std::make_unique<EmbeddedLibrary>(std::make_unique<PcscReaders>(), std::move(cards.maps));
+    return std::make_unique<DeadlineLibrary>(
+        std::make_unique<LibraryChoice>(std::make_unique<InstalledLibrary>(), std::move(embedded)));
+}
+
+[[noreturn]] void tellDiagnosis(const ChannelDescriptors& output, const QStringList& lackingProtections)
+{
+    Diagnosis diagnosis =
+        diagnose({.resourceFolder = resourceFolder(), .installedLibrary = InstalledLibrary::standardPlace()});
+    diagnosis.lackingProtections = lackingProtections;
+    const QByteArray text = diagnosisText(diagnosis).toUtf8();
+    const bool isTold = writeAll(output.replies, text);
+    // Not to wait for a call that hangs.
+    std::_Exit(isTold && diagnosis.isReady() ? 0 : 1);
+}
+
+int serve(const ServiceCommandLine& line, ChannelDescriptors channel)
+{
+    const SiteFunds funds = loadFunds(resourceFolder());
+    for (const QString& warning : funds.warnings)
+        std::cerr << warning.toStdString() << '\n';
+    ServiceLoop loop(ServiceCommands(readingLibrary(line), funds.table), std::move(channel.requests),
+                     std::move(channel.replies));
+    switch (loop.run()) {
+    case ServiceLoop::End::Closed:
+        return 0;
+    case ServiceLoop::End::Malformed:
+        return fail(1, "requête illisible sur le canal");
+    case ServiceLoop::End::Failed:
+        return failWithErrno();
+    case ServiceLoop::End::BeyondUse:
+        // The thread that waits cannot be ended, nor outlived in any other way. The application starts another service.
+        std::_Exit(fail(1, "un appel au lecteur reste sans réponse : le service est à remplacer"));
+    }
+    return 1;
 }
 
 } // namespace
@@ -38,22 +103,14 @@ int main(int argc, char* argv[])
         return (std::cout << "com.morvel.lvit " PELMORA_VERSION "\n" << std::flush) ? 0 : 1;
 
     if (!protectProcess())
-        return fail(1, std::system_category().message(errno));
+        return failWithErrno();
     std::optional<ChannelDescriptors> channel = takeStandardChannel();
     if (!channel)
-        return fail(1, std::system_category().message(errno));
-
-    const SiteFunds funds = loadFunds(resourceFolder());
-    for (const QString& warning : funds.warnings)
-        std::cerr << warning.toStdString() << '\n';
-    ServiceLoop loop(ServiceCommands(readingLibrary(*line), funds.table), std::move(channel->requests),
-                     std::move(channel->replies));
-    switch (loop.run()) {
-    case ServiceLoop::End::Closed:
-        return 0;
-    case ServiceLoop::End::Malformed:
-        return fail(1, "requête illisible sur le canal");
-    case ServiceLoop::End::Failed:
-        return fail(1, std::system_category().message(errno));
-    }
+        return failWithErrno();
+    const QStringList lackingProtections = enterSandbox(libraryFolders());
+    if (line->action == ServiceCommandLine::Action::Diagnose)
+        tellDiagnosis(*channel, lackingProtections);
+    for (const QString& sentence : lackingProtections)
+        logLine(sentence);
+    return serve(*line, std::move(*channel));
 }

@@ -7,4 +7,4 @@ cd "$(dirname "$0")/.."
 ensure_packages git clang-format-19
 mode=(-i)
 [ "${1:-}" = --check ] && mode=(--dry-run --Werror)
-git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format-19 "${mode[@]}"
+git ls-files -z '*.h' '*.cpp' '*.c' | xargs -0 clang-format-19 "${mode[@]}"

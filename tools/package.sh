@@ -14,7 +14,8 @@ archive=$PWD/build/pelmora-$version-portable.tar.zst
 tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT
 chmod 755 "$tree"
-cmake --install build/release --prefix "$tree/Pelmora.app" --strip >&2
+# Without what only developers need, which is a component of its own.
+cmake --install build/release --prefix "$tree/Pelmora.app" --strip --component Unspecified >&2
 
 made=$(git log -1 --format=%ct 2>/dev/null || date +%s)
 tar --create --file - --directory "$tree" --sort=name --mtime="@${SOURCE_DATE_EPOCH:-$made}" \

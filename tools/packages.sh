@@ -3,6 +3,7 @@
 build_packages=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-svg-dev libxml2-dev libplist-dev libfmt-dev libcups2-dev libsodium-dev libxcb1-dev
+    libpcsclite-dev libseccomp-dev
     # The French texts of Qt's own dialogs.
     qt6-translations-l10n
     # The page's fonts are cut from Roboto when the program is built.
@@ -30,6 +31,8 @@ test_packages=(
     fonts-dejavu-core
     # Certificates, keys and signatures of the tests' own.
     openssl
+    # Card readers that are programs, behind a PC/SC service of the tests' own, and the card service's own channel.
+    pcscd vsmartcard-vpcd python3-cbor2
     # Faults and limits.
     procps strace
     # The portable copy's form.
@@ -39,6 +42,8 @@ test_packages=(
 bench_packages=(
     # A desktop for the window, and what watches it.
     xvfb xauth openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 procps libxcb-damage0-dev libxcb-xtest0-dev
+    # A card reader that is a program.
+    pcscd vsmartcard-vpcd
 )
 
 check_packages=(

@@ -46,6 +46,8 @@ QProcessEnvironment withoutASite()
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"XDG_CONFIG_HOME"_s, u"/nonexistent"_s);
     environment.insert(u"XDG_CONFIG_DIRS"_s, u"/nonexistent"_s);
+    // Nor the machine's own readers.
+    environment.insert(u"PCSCLITE_CSOCK_NAME"_s, u"/nonexistent"_s);
     return environment;
 }
 

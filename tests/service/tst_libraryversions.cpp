@@ -1,5 +1,4 @@
 #include "service/LibraryVersions.h"
-#include "service/ReaderlessLibrary.h"
 #include "service/SimulatedReader.h"
 
 #include <QHash>
@@ -55,24 +54,11 @@ private Q_SLOTS:
         QCOMPARE(texts[versionPaths[3]], u"<4>"_s);
     }
 
-    void eachLibraryTellsItsFourVersions()
+    void theSimulatedReaderTellsItsFourVersions()
     {
         const QHash<QString, QString> simulated = textsByPath(SimulatedReader("x").informations());
-        const QHash<QString, QString> readerless = textsByPath(ReaderlessLibrary().informations());
-        for (const QString& path : versionPaths) {
+        for (const QString& path : versionPaths)
             QVERIFY2(!simulated[path].isEmpty(), qPrintable(path));
-            QVERIFY2(!readerless[path].isEmpty(), qPrintable(path));
-        }
-    }
-
-    void theReaderlessLibraryHasNoReaderAndNoCard()
-    {
-        ReaderlessLibrary library;
-        QVERIFY(library.initialise(AccessMode::Automatic));
-        QVERIFY(!library.initialise(AccessMode::System));
-        QCOMPARE(library.readers(), QStringList());
-        QVERIFY(!library.chooseReaders(u"Feitian SCR301"_s, u"Feitian SCR301"_s));
-        QCOMPARE(library.readCard().error(), ReadResult::CardAbsent);
     }
 };
 

@@ -15,6 +15,8 @@ QByteArray outcome(const QList<QByteArray>& arguments)
         return "help";
     case ServiceCommandLine::Action::ShowVersion:
         return "version";
+    case ServiceCommandLine::Action::Diagnose:
+        return "diagnose";
     case ServiceCommandLine::Action::Serve:
         return line->simulatedCard ? "serve " + *line->simulatedCard : QByteArray("serve");
     }
@@ -40,6 +42,9 @@ private Q_SLOTS:
         row({"--simulate=carte.xml"}, "serve carte.xml");
         row({"--simulate", "--help"}, "serve --help");
         row({"--help"}, "help");
+        row({"--diagnose"}, "diagnose");
+        row({"--diagnose", "--simulate=carte.xml"}, "error: --diagnose s’emploie seul");
+        row({"--simulate=carte.xml", "--diagnose"}, "error: --diagnose s’emploie seul");
         row({"--version"}, "version");
         row({"--simulate"}, "error: --simulate demande le fichier XML d’une carte");
         row({"--simulate", ""}, "error: --simulate demande le fichier XML d’une carte");

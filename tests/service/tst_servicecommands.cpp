@@ -27,13 +27,16 @@ public:
     {
     }
 
-    bool initialise(AccessMode mode) override { return mode != AccessMode::System; }
-    [[nodiscard]] QStringList readers() const override { return m_readers; }
+    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override
+    {
+        return mode == AccessMode::System ? LibraryKind::System : LibraryKind::Embedded;
+    }
+    [[nodiscard]] QStringList readers() override { return m_readers; }
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override
     {
         return m_readers.contains(vitaleReader) && m_readers.contains(professionalReader);
     }
-    [[nodiscard]] QString informations() const override { return u"<informations/>"_s; }
+    [[nodiscard]] QString informations() override { return u"<informations/>"_s; }
     [[nodiscard]] Card readCard() override { return m_card; }
 
 private:

@@ -1,5 +1,4 @@
 #include "card/ServiceVocabulary.h"
-#include "service/ReaderlessLibrary.h"
 #include "service/ServiceLoop.h"
 
 #include <QTest>
@@ -41,6 +40,30 @@ struct Outcome
     QByteArray replies;
 };
 
+/// A library without readers, which is beyond use once it has been asked for a card.
+class EmptyLibrary final : public ReadingLibrary
+{
+public:
+    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode) override { return LibraryKind::Embedded; }
+    [[nodiscard]] QStringList readers() override { return {}; }
+    [[nodiscard]] bool chooseReaders(const QString&, const QString&) override { return true; }
+    [[nodiscard]] QString informations() override { return u"<informations/>"_s; }
+    [[nodiscard]] std::expected<QString, ReadResult> readCard() override
+    {
+        m_isBeyondUse = true;
+        return std::unexpected(ReadResult::CardMute);
+    }
+    [[nodiscard]] bool isBeyondUse() const override { return m_isBeyondUse; }
+
+private:
+    bool m_isBeyondUse = false;
+};
+
+ServiceCommands commands()
+{
+    return ServiceCommands(std::make_unique<EmptyLibrary>(), {});
+}
+
 /// What a loop makes of these bytes, which must fit a pipe, and their end.
 Outcome outcomeOf(const QByteArray& bytes)
 {
@@ -53,8 +76,7 @@ Outcome outcomeOf(const QByteArray& bytes)
     }
     ServiceLoop::End end{};
     {
-        ServiceLoop loop(ServiceCommands(std::make_unique<ReaderlessLibrary>(), {}), std::move(requests.read),
-                         std::move(replies.write));
+        ServiceLoop loop(commands(), std::move(requests.read), std::move(replies.write));
         end = loop.run();
     }
     return {end, everythingIn(replies.read)};
@@ -136,6 +158,23 @@ private Q_SLOTS:
         QCOMPARE(outcome.replies, noReaders(1));
     }
 
+    void aCallThatIsLeftBehindIsAnsweredAndNothingAfterIt()
+    {
+        const QCborMap init{{ServiceWord::command, ServiceWord::init}, {ServiceWord::mode, u"0"_s}};
+        const QCborMap choice{{ServiceWord::command, ServiceWord::setReaders},
+                              {ServiceWord::vitaleReaderName, u"A"_s},
+                              {ServiceWord::cpsReaderName, u"A"_s}};
+        const QCborMap success{{ServiceWord::status, ServiceWord::success}};
+        QCborMap initialised = success;
+        initialised.insert(ServiceWord::embedded, ServiceWord::embeddedTrue);
+        const QCborMap mute{{ServiceWord::status, ServiceWord::error}, {ServiceWord::result, 25}};
+        const Outcome outcome =
+            outcomeOf(request(1, init) + request(2, choice) + request(3, command(ServiceWord::vitaleRead)) +
+                      request(4, command(ServiceWord::readersList)));
+        QCOMPARE(outcome.end, ServiceLoop::End::BeyondUse);
+        QCOMPARE(outcome.replies, request(1, initialised) + request(2, success) + request(3, mute));
+    }
+
     void aLostReaderOfItsRepliesEndsItAsTheEndOfRequestsDoes()
     {
         Pipe requests = makePipe();
@@ -146,15 +185,13 @@ private Q_SLOTS:
         const QByteArray bytes = request(1, command(ServiceWord::readersList));
         QCOMPARE(::write(requests.write.get(), bytes.constData(), static_cast<std::size_t>(bytes.size())),
                  bytes.size());
-        ServiceLoop loop(ServiceCommands(std::make_unique<ReaderlessLibrary>(), {}), std::move(requests.read),
-                         std::move(replies.write));
+        ServiceLoop loop(commands(), std::move(requests.read), std::move(replies.write));
         QCOMPARE(loop.run(), ServiceLoop::End::Closed);
     }
 
     void aDescriptorThatCannotBeReadIsAFailure()
     {
-        ServiceLoop loop(ServiceCommands(std::make_unique<ReaderlessLibrary>(), {}), FileDescriptor(),
-                         FileDescriptor());
+        ServiceLoop loop(commands(), FileDescriptor(), FileDescriptor());
         QCOMPARE(loop.run(), ServiceLoop::End::Failed);
     }
 };

@@ -36,9 +36,9 @@ private Q_SLOTS:
     void itIsEmbeddedUnlessTheSystemsLibraryIsAskedFor()
     {
         SimulatedReader reader("x");
-        QVERIFY(reader.initialise(AccessMode::Automatic));
-        QVERIFY(!reader.initialise(AccessMode::System));
-        QVERIFY(reader.initialise(AccessMode::Embedded));
+        QCOMPARE(reader.initialise(AccessMode::Automatic), LibraryKind::Embedded);
+        QCOMPARE(reader.initialise(AccessMode::System), LibraryKind::System);
+        QCOMPARE(reader.initialise(AccessMode::Embedded), LibraryKind::Embedded);
     }
 
     void onlyItsOwnReaderCanBeChosen()

@@ -1,0 +1,123 @@
+#include "service/DeadlineLibrary.h"
+
+#include "service/MemoryClearing.h"
+
+#include <condition_variable>
+#include <mutex>
+
+/// What the worker thread runs. The task, and how far it is, are shared between the two threads under the mutex; the
+/// library is the worker thread's alone.
+class DeadlineLibrary::Worker final
+{
+public:
+    using Task = std::move_only_function<void(ReadingLibrary&)>;
+
+    explicit Worker(std::unique_ptr<ReadingLibrary> library)
+        : m_library(std::move(library))
+    {
+    }
+
+    /// The thread's whole life.
+    void run()
+    {
+        std::unique_lock lock(m_mutex);
+        for (;;) {
+            m_changed.wait(lock, [this] { return m_task || m_isStopping; });
+            if (!m_task)
+                break;
+            Task task = std::move(*m_task);
+            lock.unlock();
+            task(*m_library);
+            task = {};
+            clearUnusedStack();
+            lock.lock();
+            m_task.reset();
+            m_changed.notify_all();
+        }
+        m_library.reset();
+    }
+
+    /// Whether the worker has done the task before the time was over.
+    [[nodiscard]] bool perform(Task task, std::chrono::milliseconds limit)
+    {
+        std::unique_lock lock(m_mutex);
+        m_task = std::move(task);
+        m_changed.notify_all();
+        return m_changed.wait_for(lock, limit, [this] { return !m_task; });
+    }
+
+    void requestStop()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isStopping = true;
+        m_changed.notify_all();
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::optional<Task> m_task; // set until it is done
+    bool m_isStopping = false;
+
+    std::unique_ptr<ReadingLibrary> m_library;
+};
+
+DeadlineLibrary::DeadlineLibrary(std::unique_ptr<ReadingLibrary> library, DeadlineLimits limits)
+    : m_limits(limits)
+    , m_worker(std::make_shared<Worker>(std::move(library)))
+    , m_thread([worker = m_worker] { worker->run(); })
+{
+}
+
+DeadlineLibrary::~DeadlineLibrary()
+{
+    m_worker->requestStop();
+    if (m_isBeyondUse)
+        m_thread.detach();
+    else
+        m_thread.join();
+}
+
+template <typename Answer>
+Answer DeadlineLibrary::ask(std::chrono::milliseconds limit, Answer lateAnswer,
+                            std::move_only_function<Answer(ReadingLibrary&)> question)
+{
+    if (m_isBeyondUse)
+        return lateAnswer;
+    // A call that is left behind has a place for its answer as long as it needs one.
+    const auto answer = std::make_shared<std::optional<Answer>>();
+    const bool isInTime = m_worker->perform(
+        [answer, asked = std::move(question)](ReadingLibrary& library) mutable { answer->emplace(asked(library)); },
+        limit);
+    m_isBeyondUse = !isInTime;
+    return isInTime ? std::move(**answer) : lateAnswer;
+}
+
+std::optional<LibraryKind> DeadlineLibrary::initialise(AccessMode mode)
+{
+    return ask<std::optional<LibraryKind>>(m_limits.other, std::nullopt,
+                                           [mode](ReadingLibrary& library) { return library.initialise(mode); });
+}
+
+QStringList DeadlineLibrary::readers()
+{
+    return ask<QStringList>(m_limits.other, {}, [](ReadingLibrary& library) { return library.readers(); });
+}
+
+bool DeadlineLibrary::chooseReaders(const QString& vitaleReader, const QString& professionalReader)
+{
+    return ask<bool>(m_limits.other, false, [vitaleReader, professionalReader](ReadingLibrary& library) {
+        return library.chooseReaders(vitaleReader, professionalReader);
+    });
+}
+
+QString DeadlineLibrary::informations()
+{
+    return ask<QString>(m_limits.other, {}, [](ReadingLibrary& library) { return library.informations(); });
+}
+
+std::expected<QString, ReadResult> DeadlineLibrary::readCard()
+{
+    return ask<std::expected<QString, ReadResult>>(m_limits.read, std::unexpected(ReadResult::CardMute),
+                                                   [](ReadingLibrary& library) { return library.readCard(); });
+}

@@ -1,0 +1,13 @@
+#include "service/MemoryClearing.h"
+
+#include <array>
+#include <cstddef>
+
+#include <string.h>
+
+// Never inlined: its own frame is what it clears.
+[[gnu::noinline]] void clearUnusedStack()
+{
+    std::array<std::byte, std::size_t{256} * 1024> depth; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    ::explicit_bzero(depth.data(), depth.size());
+}

@@ -1,0 +1,158 @@
+#include "service/diagnosis/Diagnosis.h"
+
+#include "card/ReaderModel.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Line
+{
+    QString label;
+    QString value;
+};
+
+using Lines = QList<Line>;
+
+const QString late = u"pas de réponse : un appel reste bloqué"_s;
+
+QString section(const QString& title, const Lines& lines)
+{
+    constexpr qsizetype labelWidth = 20;
+    QString text = u'\n' + title + u'\n';
+    for (const Line& line : lines)
+        text += u"  "_s + line.label.leftJustified(labelWidth) + line.value + u'\n';
+    return text;
+}
+
+bool installedIsUsed(const Diagnosis& diagnosis)
+{
+    return diagnosis.installed && diagnosis.installed->isOpen;
+}
+
+Lines serviceLines(const Diagnosis& diagnosis)
+{
+    const SocketFacts& socket = diagnosis.socket;
+    Lines lines;
+    if (socket.permissions.isEmpty()) {
+        lines << Line{u"Socket"_s, socket.path + u" (absent)"_s};
+    } else {
+        const QString access = socket.isAccessible ? u"accessible"_s : u"inaccessible à ce compte"_s;
+        lines << Line{u"Socket"_s, socket.path} << Line{u"Droits"_s, u"%1 (%2)"_s.arg(socket.permissions, access)};
+    }
+    if (!diagnosis.readers)
+        lines << Line{u"État"_s, late};
+    else
+        lines << Line{u"État"_s, *diagnosis.readers ? u"en marche"_s : describe(diagnosis.readers->error())};
+    return lines;
+}
+
+QString cardText(const ReaderState& state)
+{
+    const QString use = state.isInUse ? u" (un programme s’en sert)"_s : QString();
+    if (!state.hasCard)
+        return u"absente"_s + use;
+    return (state.isMute ? u"muette : à l’envers, encrassée ou hors d’usage"_s : u"présente"_s) + use;
+}
+
+Lines readerLines(const ReaderFacts& reader)
+{
+    const bool isAccepted = reader.name.shown == acceptedReader;
+    Lines lines{{u"Nom PC/SC"_s, QString::fromUtf8(reader.name.system)},
+                {u"Carte Vitale"_s, isAccepted ? u"lecteur accepté"_s : u"lecteur non retenu"_s}};
+    if (!reader.state)
+        return lines << Line{u"Carte"_s, describe(reader.state.error())};
+    lines << Line{u"Carte"_s, cardText(*reader.state)};
+    if (!reader.state->atr.isEmpty())
+        lines << Line{u"ATR"_s, QString::fromLatin1(reader.state->atr.toHex(' ').toUpper())};
+    return lines;
+}
+
+QString readersText(const Diagnosis& diagnosis)
+{
+    if (!diagnosis.readers || !*diagnosis.readers)
+        return {};
+    if ((*diagnosis.readers)->isEmpty())
+        return section(u"Lecteurs"_s, {{u"Aucun"_s, u"vérifiez le branchement et le pilote (pcsc_scan -r)"_s}});
+    QString text;
+    for (const ReaderFacts& reader : **diagnosis.readers)
+        text += section(u"Lecteur « %1 »"_s.arg(reader.name.shown), readerLines(reader));
+    return text;
+}
+
+QString orNone(const QString& text)
+{
+    return text.isEmpty() ? u"—"_s : text;
+}
+
+Lines installedLines(const Diagnosis& diagnosis)
+{
+    Lines lines{{u"Fichier"_s, diagnosis.installedPath}};
+    if (!diagnosis.installed)
+        return lines << Line{u"État"_s, late};
+    const InstalledFacts& installed = *diagnosis.installed;
+    if (installed.refusal)
+        return lines << Line{u"État"_s,
+                             installed.refusal->isAbsent ? u"absente"_s : u"refusée : "_s + installed.refusal->reason};
+    if (!installed.isOpen)
+        return lines << Line{u"État"_s, u"refusée : elle ne s’ouvre pas"_s};
+    return lines << Line{u"État"_s, u"acceptée, sert en mode automatique"_s}
+                 << Line{u"Version"_s, orNone(installed.versions.library)}
+                 << Line{u"Table des cartes"_s, orNone(installed.versions.cardTable)}
+                 << Line{u"Destinataires"_s, orNone(installed.versions.destinationTable)}
+                 << Line{u"Habilitations"_s, orNone(installed.versions.authorisationTable)}
+                 << Line{u"Lecteurs"_s, orNone(installed.readers.join(", "_L1))};
+}
+
+Lines embeddedLines(const Diagnosis& diagnosis)
+{
+    Lines lines{
+        {u"Version"_s, diagnosis.version},
+        {u"Emploi"_s, installedIsUsed(diagnosis) ? u"en mode embarqué seulement"_s : u"sert en mode automatique"_s}};
+    // Each on a line of its own, under one label.
+    for (qsizetype index = 0; index < diagnosis.cardMaps.size(); ++index)
+        lines << Line{index == 0 ? u"Cartes connues"_s : QString(), diagnosis.cardMaps[index]};
+    for (const QString& warning : diagnosis.warnings)
+        lines << Line{u"À corriger"_s, warning};
+    return lines;
+}
+
+Lines protectionLines(const Diagnosis& diagnosis)
+{
+    if (diagnosis.lackingProtections.isEmpty())
+        return {{u"État"_s, u"toutes en place (privilèges, réseau, écriture de fichiers)"_s}};
+    Lines lines;
+    for (const QString& sentence : diagnosis.lackingProtections)
+        lines << Line{u"À savoir"_s, sentence};
+    return lines;
+}
+
+QString conclusion(const Diagnosis& diagnosis)
+{
+    const QString model = acceptedReader.toString();
+    return diagnosis.isReady()
+               ? u"Conclusion : un lecteur « %1 » est prêt, Pelmora peut lire une carte."_s.arg(model)
+               : u"Conclusion : Pelmora ne trouve pas de lecteur « %1 », le seul qu’il accepte."_s.arg(model);
+}
+
+} // namespace
+
+bool Diagnosis::isReady() const
+{
+    if (installedIsUsed(*this))
+        return installed->readers.contains(acceptedReader);
+    return readers && *readers && std::ranges::any_of(**readers, [](const ReaderFacts& reader) {
+               return reader.name.shown == acceptedReader && reader.state.has_value();
+           });
+}
+
+QString diagnosisText(const Diagnosis& diagnosis)
+{
+    return u"Pelmora %1, service de lecture : diagnostic (aucune carte n’est lue)\n"_s.arg(diagnosis.version) +
+           section(u"Service PC/SC"_s, serviceLines(diagnosis)) + readersText(diagnosis) +
+           section(u"Bibliothèque de lecture installée"_s, installedLines(diagnosis)) +
+           section(u"Bibliothèque de lecture embarquée"_s, embeddedLines(diagnosis)) +
+           section(u"Protections"_s, protectionLines(diagnosis)) + u'\n' + conclusion(diagnosis) + u'\n';
+}

@@ -1,0 +1,88 @@
+#include "service/embedded/CardChannel.h"
+
+#include <array>
+
+namespace {
+
+constexpr quint8 moreIsReady = 0x61;
+constexpr quint8 lengthIsOther = 0x6C;
+constexpr qsizetype statusSize = 2;
+constexpr qsizetype headerSize = 4;
+// Nothing that short commands read is longer.
+constexpr qsizetype longestReply = qsizetype{64} * 1024;
+
+quint8 firstByte(quint16 status)
+{
+    return static_cast<quint8>(status >> 8U);
+}
+
+char secondByte(quint16 status)
+{
+    return static_cast<char>(status & 0xFFU);
+}
+
+/// Whether the command says at its end how much it expects.
+bool expectsData(QByteArrayView command)
+{
+    if (command.size() <= headerSize)
+        return false;
+    const auto sent = static_cast<quint8>(command[headerSize]);
+    return command.size() == headerSize + 1 || command.size() == headerSize + 1 + sent + 1;
+}
+
+} // namespace
+
+CardChannel::CardChannel(CardTransport& transport)
+    : m_transport(&transport)
+{
+}
+
+std::expected<CardReply, CardFault> CardChannel::exchange(QByteArrayView command)
+{
+    std::expected<CardReply, CardFault> reply = send(command);
+    if (reply && firstByte(reply->status) == lengthIsOther && expectsData(command)) {
+        QByteArray corrected = command.toByteArray();
+        corrected.back() = secondByte(reply->status);
+        reply = send(corrected);
+    }
+    if (reply && firstByte(reply->status) == moreIsReady)
+        return fetchRest(*std::move(reply));
+    return reply;
+}
+
+std::expected<CardReply, CardFault> CardChannel::send(QByteArrayView command)
+{
+    std::expected<QByteArray, CardFault> bytes = m_transport->transmit(command);
+    if (!bytes)
+        return std::unexpected(bytes.error());
+    if (bytes->size() < statusSize)
+        return std::unexpected(CardFault::CardNonsense);
+    m_hasAnswered = true;
+    const qsizetype size = bytes->size() - statusSize;
+    const auto status =
+        static_cast<quint16>((static_cast<quint8>(bytes->at(size)) << 8U) | static_cast<quint8>(bytes->at(size + 1)));
+    bytes->truncate(size);
+    return CardReply{.data = *std::move(bytes), .status = status};
+}
+
+std::expected<CardReply, CardFault> CardChannel::fetchRest(CardReply reply)
+{
+    while (firstByte(reply.status) == moreIsReady) {
+        std::array<char, headerSize + 1> getResponse{'\x00', '\xC0', '\x00', '\x00', secondByte(reply.status)};
+        std::expected<CardReply, CardFault> part = send(getResponse);
+        if (part && firstByte(part->status) == lengthIsOther) {
+            getResponse.back() = secondByte(part->status);
+            part = send(getResponse);
+        }
+        if (!part)
+            return part;
+        // A card that has ever more ready without giving any of it would be listened to for ever.
+        if (firstByte(part->status) == moreIsReady && part->data.isEmpty())
+            return std::unexpected(CardFault::CardNonsense);
+        reply.data += part->data;
+        reply.status = part->status;
+        if (reply.data.size() > longestReply)
+            return std::unexpected(CardFault::CardNonsense);
+    }
+    return reply;
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "service/embedded/CardMap.h"
+#include "service/embedded/CardTree.h"
+#include "service/embedded/Tlv.h"
+
+/// The data objects of a card, read once, and the elements that a map makes of them. The map and the content, whose
+/// bytes the objects are views of, outlive it.
+class CardDecoder
+{
+public:
+    /// The error is damaged content.
+    [[nodiscard]] static std::expected<CardDecoder, CardGap> parse(const CardMap& map, const CardContent& content);
+
+    /// The elements of the card's document, whether or not they suffice for anything. The error is damaged content.
+    [[nodiscard]] std::expected<CardTree, CardGap> document() const;
+
+    /// Whether a card without beneficiaries has none: the file that lists them is known, and was read.
+    [[nodiscard]] bool knowsBeneficiaries() const;
+
+private:
+    using Objects = std::vector<TlvObject>;
+    using Records = std::vector<const TlvObject*>;
+    using Result = std::expected<void, CardGap>;
+
+    explicit CardDecoder(const CardMap& map)
+        : m_map(&map)
+    {
+    }
+
+    [[nodiscard]] Result parseNamed(const QString& name, QByteArrayView bytes);
+    [[nodiscard]] Result parsePointed(const CardFileId& id, QByteArrayView bytes);
+    /// The objects of a file, those of all pointed files for no name; nothing for a file that the card refused.
+    [[nodiscard]] const Objects* objects(const QString& name) const;
+    [[nodiscard]] const TlvObject* linkedRecord(const CardRecordSource& source, const TlvObject& beneficiary) const;
+    [[nodiscard]] static Result addField(CardTree& element, const CardField& field, const Objects& objects);
+    [[nodiscard]] static Result addRecord(CardTree& element, const CardRecordSource& source, const TlvObject& record);
+
+    const CardMap* m_map;
+    std::map<QString, Objects> m_named;
+    Objects m_pointed;
+};

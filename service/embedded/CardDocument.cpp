@@ -1,0 +1,78 @@
+#include "service/embedded/CardDocument.h"
+
+#include "service/embedded/CardDecoder.h"
+#include "service/embedded/CardElements.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The one whose coverage the attestation shows, found as the application does.
+const CardTree* insuredPerson(const std::vector<const CardTree*>& beneficiaries)
+{
+    const auto found = std::ranges::find_if(beneficiaries, [](const CardTree* beneficiary) {
+        return beneficiary->textAt(CardElements::quality) == CardElements::insuredQuality;
+    });
+    return found == beneficiaries.cend() ? beneficiaries.front() : *found;
+}
+
+QStringList missingElements(const CardTree& beneficiary, bool isInsured)
+{
+    QStringList missing;
+    for (const CardElement& element : CardElements::beneficiaryElements) {
+        const bool isNeeded = element.need == CardNeed::Everyone || (isInsured && element.need == CardNeed::Insured);
+        if (isNeeded && beneficiary.textAt(element.path).isEmpty())
+            missing.append(element.path.toString());
+    }
+    if (beneficiary.textAt(CardElements::birthDate).isEmpty() &&
+        beneficiary.textAt(CardElements::shortBirthDate).isEmpty())
+        missing.append(CardElements::birthDate.toString());
+    return missing;
+}
+
+/// What lacks for an attestation; nothing when all is there.
+std::optional<CardGap> gapIn(const CardTree& document, bool knowsBeneficiaries)
+{
+    const std::vector<const CardTree*> beneficiaries = document.elements(CardElements::beneficiary);
+    if (beneficiaries.empty()) {
+        // The application has words of its own for a card without beneficiaries.
+        if (knowsBeneficiaries)
+            return std::nullopt;
+        return CardGap{
+            CardGap::Kind::Missing, u"la carte ne montre aucun bénéficiaire"_s, {CardElements::beneficiary.toString()}};
+    }
+    CardGap gap{CardGap::Kind::Missing, {}, {}};
+    QStringList sentences;
+    const CardTree* insured = insuredPerson(beneficiaries);
+    for (const CardTree* beneficiary : beneficiaries) {
+        const QStringList missing = missingElements(*beneficiary, beneficiary == insured);
+        if (missing.isEmpty())
+            continue;
+        const auto number = std::ranges::find(beneficiaries, beneficiary) - beneficiaries.begin() + 1;
+        const QString who = beneficiary == insured ? u"à l’assuré"_s : u"au bénéficiaire %1"_s.arg(number);
+        sentences.append(u"%1 : %2"_s.arg(who, missing.join(", "_L1)));
+        gap.missing += missing;
+    }
+    if (sentences.isEmpty())
+        return std::nullopt;
+    gap.missing.removeDuplicates();
+    gap.explanation = u"il manque %1"_s.arg(sentences.join(" ; "_L1));
+    return gap;
+}
+
+} // namespace
+
+std::expected<QString, CardGap> cardDocument(const CardMap& map, const CardContent& content)
+{
+    const std::expected<CardDecoder, CardGap> decoder = CardDecoder::parse(map, content);
+    if (!decoder)
+        return std::unexpected(decoder.error());
+    const std::expected<CardTree, CardGap> document = decoder->document();
+    if (!document)
+        return std::unexpected(document.error());
+    if (const std::optional<CardGap> gap = gapIn(*document, decoder->knowsBeneficiaries()))
+        return std::unexpected(*gap);
+    return document->toXml();
+}

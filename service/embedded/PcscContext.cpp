@@ -1,0 +1,110 @@
+#include "service/embedded/PcscContext.h"
+
+#include <type_traits>
+
+#include <winscard.h>
+
+static_assert(std::is_same_v<SCARDCONTEXT, long>);
+
+namespace {
+
+/// Asks for the reader's state once it differs from the one that is given, or once the time is over.
+std::expected<void, CardFault> ask(SCARDCONTEXT context, SCARD_READERSTATE& state, std::chrono::milliseconds longest)
+{
+    state.dwCurrentState = state.dwEventState & ~DWORD{SCARD_STATE_CHANGED};
+    const LONG code = ::SCardGetStatusChange(context, static_cast<DWORD>(longest.count()), &state, 1);
+    if (code != SCARD_S_SUCCESS && code != SCARD_E_TIMEOUT)
+        return std::unexpected(cardFault(code));
+    if ((state.dwEventState & (SCARD_STATE_UNKNOWN | SCARD_STATE_UNAVAILABLE)) != 0)
+        return std::unexpected(CardFault::ReaderLost);
+    return {};
+}
+
+SCARD_READERSTATE stateOf(const QByteArray& reader)
+{
+    SCARD_READERSTATE state{};
+    state.szReader = reader.constData();
+    state.dwEventState = SCARD_STATE_UNAWARE;
+    return state;
+}
+
+bool isSet(const SCARD_READERSTATE& state, DWORD flag)
+{
+    return (state.dwEventState & flag) != 0;
+}
+
+} // namespace
+
+std::expected<PcscContext, CardFault> PcscContext::establish()
+{
+    SCARDCONTEXT handle = 0;
+    const LONG code = ::SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr, &handle);
+    if (code == SCARD_S_SUCCESS)
+        return PcscContext(handle);
+    const CardFault fault = cardFault(code);
+    return std::unexpected(fault == CardFault::ServiceLost ? CardFault::ServiceDown : fault);
+}
+
+PcscContext& PcscContext::operator=(PcscContext&& other) noexcept
+{
+    std::swap(m_handle, other.m_handle);
+    return *this;
+}
+
+PcscContext::~PcscContext()
+{
+    if (m_handle != 0)
+        ::SCardReleaseContext(m_handle);
+}
+
+std::expected<QList<QByteArray>, CardFault> PcscContext::readers() const
+{
+    // Readers may come between the two calls: the names are then asked for again.
+    for (;;) {
+        DWORD size = 0;
+        LONG code = ::SCardListReaders(m_handle, nullptr, nullptr, &size);
+        QByteArray names(static_cast<qsizetype>(size), '\0');
+        if (code == SCARD_S_SUCCESS)
+            code = ::SCardListReaders(m_handle, nullptr, names.data(), &size);
+        if (code == SCARD_E_NO_READERS_AVAILABLE)
+            return QList<QByteArray>();
+        if (code == SCARD_E_INSUFFICIENT_BUFFER)
+            continue;
+        if (code != SCARD_S_SUCCESS)
+            return std::unexpected(cardFault(code));
+        names.truncate(static_cast<qsizetype>(size));
+        QList<QByteArray> readers = names.split('\0');
+        readers.removeAll(QByteArray());
+        return readers;
+    }
+}
+
+std::expected<ReaderState, CardFault> PcscContext::state(const QByteArray& reader) const
+{
+    SCARD_READERSTATE state = stateOf(reader);
+    if (const auto asked = ask(m_handle, state, {}); !asked)
+        return std::unexpected(asked.error());
+    return ReaderState{.hasCard = isSet(state, SCARD_STATE_PRESENT),
+                       .isMute = isSet(state, SCARD_STATE_MUTE),
+                       .isInUse = isSet(state, SCARD_STATE_INUSE | SCARD_STATE_EXCLUSIVE),
+                       .atr = QByteArray(reinterpret_cast<const char*>(state.rgbAtr),
+                                         static_cast<qsizetype>(std::min(state.cbAtr, DWORD{sizeof state.rgbAtr})))};
+}
+
+std::expected<bool, CardFault> PcscContext::waitForCard(const QByteArray& reader, bool present,
+                                                        std::chrono::milliseconds longest) const
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + longest;
+    SCARD_READERSTATE state = stateOf(reader);
+    // The first answer comes at once, whatever the state.
+    for (std::chrono::milliseconds left{0};;) {
+        if (const auto asked = ask(m_handle, state, left); !asked)
+            return std::unexpected(asked.error());
+        if (isSet(state, SCARD_STATE_PRESENT) == present)
+            return true;
+        left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+        if (left.count() <= 0)
+            return false;
+    }
+}

@@ -1,0 +1,49 @@
+#include "service/embedded/PcscReaders.h"
+
+#include "service/embedded/PcscCard.h"
+
+#include <thread>
+
+template <typename Work>
+auto PcscReaders::withContext(Work work) -> decltype(work(std::declval<const PcscContext&>()))
+{
+    for (;;) {
+        const bool isFresh = !m_context;
+        if (isFresh) {
+            std::expected<PcscContext, CardFault> context = PcscContext::establish();
+            if (!context)
+                return std::unexpected(context.error());
+            m_context.emplace(*std::move(context));
+        }
+        auto result = work(*m_context);
+        if (result || result.error() != CardFault::ServiceLost)
+            return result;
+        m_context.reset();
+        if (isFresh)
+            return result;
+    }
+}
+
+std::expected<QList<QByteArray>, CardFault> PcscReaders::names()
+{
+    return withContext([](const PcscContext& context) { return context.readers(); });
+}
+
+std::expected<std::unique_ptr<CardTransport>, CardFault> PcscReaders::connect(const QByteArray& reader)
+{
+    using Connected = std::expected<std::unique_ptr<CardTransport>, CardFault>;
+    return withContext([&reader](const PcscContext& context) { return Connected(PcscCard::connect(context, reader)); });
+}
+
+void PcscReaders::waitForCard(const QByteArray& reader, bool present, std::chrono::milliseconds longest)
+{
+    // What comes of it is seen by the next attempt to connect.
+    [[maybe_unused]] const auto hasCome = withContext([&reader, present, longest](const PcscContext& context) {
+        return context.waitForCard(reader, present, longest);
+    });
+}
+
+void PcscReaders::pause(std::chrono::milliseconds time)
+{
+    std::this_thread::sleep_for(time);
+}

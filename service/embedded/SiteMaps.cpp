@@ -1,0 +1,46 @@
+#include "service/embedded/SiteMaps.h"
+
+#include <QDir>
+#include <QStandardPaths>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 largestMap = qint64{1024} * 1024;
+
+std::expected<CardMap, QString> readMap(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::unexpected(u"illisible (%1)"_s.arg(file.errorString()));
+    const QByteArray json = file.read(largestMap + 1);
+    if (file.error() != QFileDevice::NoError)
+        return std::unexpected(u"illisible (%1)"_s.arg(file.errorString()));
+    if (json.size() > largestMap)
+        return std::unexpected(u"trop grand"_s);
+    return parseCardMap(json);
+}
+
+} // namespace
+
+SiteMaps loadCardMaps(const QString& resourceFolder)
+{
+    QStringList folders = QStandardPaths::locateAll(QStandardPaths::GenericConfigLocation, u"MORVEL/cartes"_s,
+                                                    QStandardPaths::LocateDirectory);
+    folders.append(resourceFolder + "/maps"_L1);
+    SiteMaps site;
+    for (const QString& folder : folders) {
+        // Files only: a pipe would keep the service waiting.
+        const QDir directory(folder, u"*.json"_s, QDir::Name, QDir::Files);
+        for (const QString& name : directory.entryList()) {
+            const QString path = directory.filePath(name);
+            std::expected<CardMap, QString> map = readMap(path);
+            if (map)
+                site.maps.push_back(*std::move(map));
+            else
+                site.warnings.append(u"plan de carte %1 : %2"_s.arg(path, map.error()));
+        }
+    }
+    return site;
+}

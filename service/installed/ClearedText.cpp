@@ -1,0 +1,22 @@
+#include "service/installed/ClearedText.h"
+
+#include <string.h>
+
+ClearedText::ClearedText(std::size_t capacity)
+    : m_bytes(capacity)
+    , m_text{.bytes = m_bytes.data(), .capacity = capacity, .length = 0}
+{
+}
+
+ClearedText::~ClearedText()
+{
+    ::explicit_bzero(m_bytes.data(), m_bytes.size());
+}
+
+std::optional<QByteArrayView> ClearedText::written() const
+{
+    // The library may have changed anything else of the structure.
+    if (m_text.length > m_bytes.size())
+        return std::nullopt;
+    return QByteArrayView(m_bytes.data(), static_cast<qsizetype>(m_text.length));
+}

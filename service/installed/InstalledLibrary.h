@@ -1,0 +1,42 @@
+#pragma once
+
+#include "service/LibraryVersions.h"
+#include "service/ReadingLibrary.h"
+#include "service/embedded/ReaderNames.h"
+#include "service/installed/InstalledFunctions.h"
+
+/// A reading library that is installed on the system: a shared object with the functions of
+/// include/pelmora/reading-library.h. Why one is refused is told in the log.
+class InstalledLibrary final : public ReadingLibrary
+{
+public:
+    /// Where it is looked for, unless told otherwise.
+    [[nodiscard]] static SystemPlace standardPlace();
+
+    explicit InstalledLibrary(SystemPlace place = standardPlace());
+    InstalledLibrary(const InstalledLibrary&) = delete;
+    InstalledLibrary& operator=(const InstalledLibrary&) = delete;
+    /// Closes the library.
+    ~InstalledLibrary() override;
+
+    /// Nothing, and the library is closed, for the embedded mode.
+    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override;
+    [[nodiscard]] QStringList readers() override;
+    [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
+    [[nodiscard]] QString informations() override;
+    [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
+
+    /// What informations() tells; all empty while the library is not in use.
+    [[nodiscard]] LibraryVersions versions() const;
+
+private:
+    [[nodiscard]] bool load();
+    [[nodiscard]] bool open();
+    void close();
+    [[nodiscard]] QList<ReaderName> namedReaders() const;
+    [[nodiscard]] QString version(pelmora_reading_component component) const;
+
+    SystemPlace m_place;
+    std::optional<InstalledFunctions> m_functions;
+    bool m_isOpen = false;
+};

@@ -1,0 +1,86 @@
+#include "card/LVitAccess.h"
+#include "tests/card/ChannelTestMain.h"
+#include "tests/card/ClientOutcome.h"
+
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <algorithm>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace ClientOutcome;
+
+namespace {
+
+/// A PC/SC service that takes every connection and never says a word.
+class MuteReaderService
+{
+public:
+    MuteReaderService()
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const QByteArray name = path().toLocal8Bit();
+        if (name.size() >= static_cast<qsizetype>(sizeof address.sun_path))
+            return;
+        std::ranges::copy(name, std::begin(address.sun_path));
+        m_isListening = ::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+                        ::listen(m_socket, 8) == 0;
+    }
+    MuteReaderService(const MuteReaderService&) = delete;
+    MuteReaderService& operator=(const MuteReaderService&) = delete;
+    ~MuteReaderService() { ::close(m_socket); }
+
+    [[nodiscard]] bool isListening() const { return m_isListening; }
+    [[nodiscard]] QString path() const { return m_folder.filePath(u"pcscd.comm"_s); }
+
+private:
+    QTemporaryDir m_folder;
+    int m_socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    bool m_isListening = false;
+};
+
+} // namespace
+
+/// The client and the card service that is shipped, when the system's readers hang.
+class TestCardServiceDeadline : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aReaderThatHangsIsAnsweredAndTheServiceReplaced()
+    {
+        const auto client = std::make_shared<LVitAccess>(ServiceCommand{QStringLiteral(PELMORA_SERVICE_PROGRAM), {}});
+        client->setAccessMode(2);
+        const MuteReaderService readers;
+        QVERIFY(readers.isListening());
+        qputenv("PCSCLITE_CSOCK_NAME", readers.path().toLocal8Bit());
+
+        // The reply comes before the service's end: it says that there is no reader, and not that the service is lost.
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(summary(awaitBind(client)), u"Pelmora -20"_s);
+        QVERIFY2(timer.elapsed() >= 10'000 && timer.elapsed() < 20'000, qPrintable(QString::number(timer.elapsed())));
+        // Whatever is asked while the service ends is answered, by its end or by the next one.
+        qputenv("PCSCLITE_CSOCK_NAME", "/nonexistent");
+        const QString late = summary(awaitReaders(client));
+        QVERIFY2(late == u"Pelmora -10" || late == u"success", qPrintable(late));
+
+        // The next bind has another service, which does not wait for what hangs.
+        timer.restart();
+        QCOMPARE(summary(awaitBind(client)), u"Pelmora -20"_s);
+        QVERIFY2(timer.elapsed() < 5'000, qPrintable(QString::number(timer.elapsed())));
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    return runChannelTest<TestCardServiceDeadline>(argc, argv);
+}
+
+#include "tst_cardservicedeadline.moc"

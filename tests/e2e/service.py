@@ -1,0 +1,120 @@
+"""The card service as its application sees it: a child process, and messages over its standard input and output."""
+
+import os
+import select
+import subprocess
+import time
+
+import cbor2
+
+from pcsc import ENDING_WITH_PARENT, MODEL
+
+PATIENCE = 40  # seconds; more than any call to a reader may take
+
+
+class _Replies:
+    """The file that messages are decoded from, which is waited for no longer than the patience lasts."""
+
+    def __init__(self, descriptor):
+        self.descriptor = descriptor
+
+    def read(self, size):
+        end = time.monotonic() + PATIENCE
+        data = b""
+        while len(data) < size:
+            if not select.select([self.descriptor], [], [], max(0, end - time.monotonic()))[0]:
+                raise AssertionError("the card service does not answer")
+            part = os.read(self.descriptor, size - len(data))
+            if not part:
+                raise EOFError
+            data += part
+        return data
+
+
+class CardService:
+    """A running card service; a context manager that ends it."""
+
+    def __init__(self, stage, *arguments, **environment):
+        self.program = os.path.join(stage, "libexec", "pelmora", "com.morvel.lvit")
+        self.arguments = arguments
+        self.environment = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", "XDG_CONFIG_HOME": "/nonexistent",
+                            "XDG_CONFIG_DIRS": "/nonexistent", **environment}
+        for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"):
+            if name in os.environ:
+                self.environment.setdefault(name, os.environ[name])
+        self.number = 0
+
+    def __enter__(self):
+        # A file, not a pipe: what is told is read when it is wanted, and never stops the service.
+        self.errors = os.memfd_create("errors")
+        self.process = subprocess.Popen([*ENDING_WITH_PARENT, self.program, *self.arguments], env=self.environment,
+                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors)
+        self.replies = _Replies(self.process.stdout.fileno())
+        return self
+
+    def __exit__(self, *_):
+        self.process.kill()
+        self.process.wait()
+        self.process.stdin.close()
+        self.process.stdout.close()
+        os.close(self.errors)
+
+    def send(self, command, **fields):
+        self.number += 1
+        cbor2.dump([self.number, {"Command": command, **fields}], self.process.stdin)
+        self.process.stdin.flush()
+
+    def receive(self):
+        number, body = cbor2.load(self.replies)
+        if number != self.number:
+            raise AssertionError(f"a reply to {number}, not to {self.number}")
+        return body
+
+    def ask(self, command, **fields):
+        self.send(command, **fields)
+        return self.receive()
+
+    def readers(self):
+        return self.ask("readers_list")["Readers"]
+
+    def bind(self, vitale=MODEL, professional=MODEL, mode="2"):
+        """Whether all of it went well."""
+        return all(reply["Status"] == "success" for reply in (
+            self.ask("init", Mode=mode),
+            self.ask("set_readers", vitale_reader_name=vitale, cps_reader_name=professional)))
+
+    def read(self):
+        """The card's document, or the number of the result."""
+        reply = self.ask("vitale_read")
+        return reply["Vitale"] if reply["Status"] == "success" else reply.get("Result")
+
+    def read_soon(self):
+        """What a read gives once the reader is not taken for empty any more: a card that comes is known a moment later."""
+        CARD_ABSENT = 11
+        return next(result for result in (self.read() for _ in range(10)) if result != CARD_ABSENT)
+
+    def finish(self):
+        """The exit code after the end of its input."""
+        self.process.stdin.close()
+        return self.process.wait(timeout=PATIENCE)
+
+    def log(self):
+        """What it has told so far."""
+        size = os.fstat(self.errors).st_size
+        return os.pread(self.errors, size, 0).decode()
+
+    def descriptors(self):
+        return len(os.listdir(f"/proc/{self.process.pid}/fd"))
+
+    def threads(self):
+        return len(os.listdir(f"/proc/{self.process.pid}/task"))
+
+    def is_sanitized(self):
+        """Whether it keeps what it gives back for a while, to find uses of it."""
+        with open(f"/proc/{self.process.pid}/maps", encoding="utf-8") as file:
+            return "libasan" in file.read()
+
+    def private_memory(self):
+        """Kilobytes that are its own, and not those of a file."""
+        with open(f"/proc/{self.process.pid}/smaps_rollup", encoding="ascii") as file:
+            return sum(int(line.split()[1]) for line in file if line.startswith(("Private_Dirty:", "Swap:")))

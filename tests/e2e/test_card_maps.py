@@ -1,0 +1,108 @@
+"""Card maps of a site's own, in the card service's reads through a real PC/SC service. Usage: test_card_maps.py STAGE, in a
+network of its own"""
+
+import json
+import os
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+from pcsc import PcscService, Reader
+from service import CardService
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
+import cardlayout  # noqa: E402
+from virtualcard import VirtualCard  # noqa: E402
+
+STAGE = sys.argv.pop(1)
+SHARE = os.path.join(STAGE, "share", "pelmora")
+UNUSABLE, READ_ERROR = 0, 17
+
+with open(os.path.join(SHARE, "specimen.xml"), encoding="utf-8") as specimen:
+    SPECIMEN_XML = specimen.read()
+
+# What a second-generation card carries of each person, in the document's order.
+PERSONAL = ("nomUsuel", "prenomUsuel", "date", "dateEnCarte", "rangDeNaissance", "nir", "qualBenef", "codeRegime", "caisse",
+            "centreCarte", "codeGestion")
+
+
+def persons(xml):
+    """The texts of those elements, person by person."""
+    return [[person.findtext(f".//{name}") for name in PERSONAL]
+            for person in ElementTree.fromstring(xml).iter("T_AsnBeneficiaire")]
+
+
+def completed_map():
+    """The shipped map of the second generation, completed as the documentation tells, with invented places."""
+    with open(os.path.join(SHARE, "maps", "vitale2.json"), encoding="utf-8") as file:
+        card_map = json.load(file)
+    card_map["name"] = "Carte d’essai complétée"
+    card_map["files"] += [{"name": "personnes", "pointer": "BENEF"}, {"name": "couverture", "pointer": "COUVERT"}]
+    people = card_map["beneficiaries"][0]
+    people["file"] = "personnes"
+    people["fields"] += [{"path": "ident/rangDeNaissance", "tag": "DF01", "form": "digits"},
+                         {"path": "amo/qualBenef", "tag": "DF02", "form": "digits"}]
+    fields = [{"path": f"amo/{name}", "tag": tag, "form": "digits"}
+              for name, tag in (("codeRegime", "DF01"), ("caisse", "DF02"), ("centreCarte", "DF03"), ("codeGestion", "DF04"))]
+    card_map["beneficiaries"].append({"file": "couverture", "record": "BF70", "fields": fields})
+    return card_map
+
+
+class SiteMaps(unittest.TestCase):
+    def setUp(self):
+        self.reader = Reader()
+        self.pcsc = self.enterContext(PcscService(self.reader))
+        self.folder = self.enterContext(tempfile.TemporaryDirectory())
+
+    def write(self, name, text):
+        place = os.path.join(self.folder, "MORVEL", "cartes")
+        os.makedirs(place, exist_ok=True)
+        with open(os.path.join(place, name), "w", encoding="utf-8") as file:
+            file.write(text)
+
+    def started(self):
+        service = self.enterContext(CardService(STAGE, **self.pcsc.environment(), XDG_CONFIG_HOME=self.folder))
+        self.assertTrue(service.bind())
+        return service
+
+    def insert(self, files):
+        card = self.enterContext(VirtualCard(files))
+        card.insert(self.reader.port)
+        return card
+
+    def test_a_completed_map_reads_what_the_shipped_one_refuses(self):
+        card = self.insert(cardlayout.completed_second_generation_files(SPECIMEN_XML))
+        self.assertEqual(self.started().read(), UNUSABLE)
+        self.write("vitale2.json", json.dumps(completed_map()))
+        service = self.started()
+        count = len(card.commands)
+        self.assertEqual(persons(service.read()), persons(SPECIMEN_XML))
+        self.assertEqual(service.log(), "")
+        # The first map is the card's: nothing else was asked for.
+        self.assertEqual(card.commands[count][5:], cardlayout.VITALE_APPLICATION)
+
+    def test_other_cards_are_still_read_by_the_shipped_maps(self):
+        self.write("vitale2.json", json.dumps(completed_map()))
+        self.insert(cardlayout.specimen_files(SPECIMEN_XML))
+        self.assertEqual(persons(self.started().read()), persons(SPECIMEN_XML))
+
+    def test_a_file_that_the_card_does_not_name_is_told(self):
+        self.write("vitale2.json", json.dumps(completed_map()))
+        self.insert(cardlayout.second_generation_files())
+        service = self.started()
+        self.assertEqual(service.read(), READ_ERROR)
+        self.assertIn("la carte ne désigne pas le fichier « personnes »", service.log())
+
+    def test_a_malformed_map_is_told_and_passed_over(self):
+        card_map = completed_map()
+        card_map["beneficiaries"][1]["fields"][2]["form"] = "chiffres"
+        self.write("vitale2.json", json.dumps(card_map))
+        self.insert(cardlayout.specimen_files(SPECIMEN_XML))
+        service = self.started()
+        self.assertIn("vitale2.json : beneficiaries[1].fields[2].form : forme inconnue « chiffres »", service.log())
+        self.assertEqual(persons(service.read()), persons(SPECIMEN_XML))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,125 @@
+"""A card that leaves, or is swapped for another, at each command of a read. Usage: test_card_removal.py STAGE, in a network
+of its own"""
+
+import contextlib
+import os
+import sys
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+
+from pcsc import PcscService, Reader
+from service import CardService
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
+from cardlayout import specimen_files  # noqa: E402
+from virtualcard import VirtualCard, remove, swap_for  # noqa: E402
+
+STAGE = sys.argv.pop(1)
+CARD_ABSENT, CARD_CHANGED = 11, 15
+# Rounds that go on side by side: most of a round is waiting for the next look into the reader.
+WORKERS = 8
+
+
+def card_xml(serial, name, number):
+    """A card's XML with one person in it; of two cards every field differs."""
+    fields = {"nomUsuel": name, "nomPatronymique": name + " NÉE", "prenomUsuel": name + " PRÉNOM",
+              "rangDeNaissance": number, "nir": f"28505751161238{number}"}
+    ident = "".join(f"<{key}>{value}</{key}>" for key, value in fields.items())
+    return (f"<T_AsnDonneesVitale><tech><numSerie>{serial}</numSerie></tech><listeBenef><T_AsnBeneficiaire><ident>{ident}"
+            f"<naissance><date>0{number}051985</date><dateEnCarte>85050{number}</dateEnCarte></naissance>"
+            f"<listePeriodesDroits><T_AsnPeriode><debut>0{number}012025</debut><fin>0{number}122025</fin></T_AsnPeriode>"
+            f"</listePeriodesDroits></ident><amo><qualBenef>0</qualBenef><codeRegime>0{number}</codeRegime>"
+            f"<caisse>75{number}</caisse><centreCarte>880{number}</centreCarte><codeGestion>1{number}</codeGestion></amo>"
+            f"</T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>")
+
+
+def first_card():
+    return VirtualCard(specimen_files(card_xml("0000000000011111", "SPECIMEN", 1)))
+
+
+def second_card():
+    return VirtualCard(specimen_files(card_xml("0000000000022222", "AUTRE", 2)))
+
+
+@contextlib.contextmanager
+def started(card, reader):
+    """A card service of its own, with the card in its reader."""
+    with PcscService(reader) as pcsc, CardService(STAGE, **pcsc.environment()) as service, card:
+        if not service.bind():
+            raise AssertionError(service.log())
+        card.insert(reader.port)
+        yield service
+
+
+def read(card, reader):
+    with started(card, reader) as service:
+        return service.read()
+
+
+class CardRemoval(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        card = first_card()
+        cls.first = read(card, Reader())
+        cls.commands = len(card.commands)
+        cls.second = read(second_card(), Reader())
+
+    def results(self, round_of):
+        """What each round gives, by the command that it is about."""
+        numbers = range(1, self.commands + 1)
+        with ThreadPoolExecutor(WORKERS) as pool:
+            return dict(zip(numbers, pool.map(round_of, numbers)))
+
+    def expected(self, at_the_first, otherwise, at_the_last):
+        return {1: at_the_first, **{number: otherwise for number in range(2, self.commands)},
+                self.commands: at_the_last}
+
+    def test_the_two_cards_are_read_and_differ(self):
+        self.assertIn("<nomUsuel>SPECIMEN</nomUsuel>", self.first)
+        self.assertIn("<nomUsuel>AUTRE</nomUsuel>", self.second)
+        self.assertGreater(self.commands, 15)
+
+    def test_a_card_that_leaves_before_its_answer_is_not_read(self):
+        def leave(number):
+            card = first_card()
+            card.before = {number: remove}
+            return read(card, Reader())
+        # Before its first answer nobody knows more than that it is not there.
+        self.assertEqual(self.results(leave), self.expected(CARD_ABSENT, CARD_CHANGED, CARD_CHANGED))
+
+    def test_a_card_that_leaves_after_its_answer_is_not_read_unless_it_was_the_last(self):
+        def leave(number):
+            card = first_card()
+            card.after = {number: remove}
+            return read(card, Reader())
+        self.assertEqual(self.results(leave), self.expected(CARD_CHANGED, CARD_CHANGED, self.first))
+
+    def swapped(self, event):
+        """A swap before or after the answer to a command, and the read that follows."""
+        def swap(number):
+            reader, card = Reader(), first_card()
+            with second_card() as other:
+                setattr(card, event, {number: swap_for(other, reader.port)})
+                with started(card, reader) as service:
+                    return service.read(), service.read_soon()
+        return self.results(swap)
+
+    def assert_read_whole(self, results):
+        self.assertEqual(set(results), {self.second})
+
+    def test_a_card_that_is_swapped_before_its_answer_is_not_read(self):
+        results = self.swapped("before")
+        # The other card, before the first has said anything, is a card like another.
+        self.assertEqual({number: result for number, (result, _) in results.items()},
+                         self.expected(self.second, CARD_CHANGED, CARD_CHANGED))
+        self.assert_read_whole(after for _, after in results.values())
+
+    def test_a_card_that_is_swapped_after_its_answer_is_not_read_unless_it_was_the_last(self):
+        results = self.swapped("after")
+        self.assertEqual({number: result for number, (result, _) in results.items()},
+                         self.expected(CARD_CHANGED, CARD_CHANGED, self.first))
+        self.assert_read_whole(after for _, after in results.values())
+
+
+if __name__ == "__main__":
+    unittest.main()

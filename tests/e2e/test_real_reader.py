@@ -1,0 +1,145 @@
+"""The application with a reader and a card, and no simulation. Usage: test_real_reader.py STAGE, in a network and a desktop
+of its own"""
+
+import os
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from desktop import Application, wait
+from pcsc import MODEL, OtherProgram, PcscService, Reader
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
+from virtualcard import VirtualCard, be_mute, remove  # noqa: E402
+
+STAGE = sys.argv.pop(1)
+PELMORA = os.path.join(STAGE, "bin", "pelmora")
+SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
+TITLE = "Pelmora par MORVEL"
+SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
+READ_ERROR = r"Erreur de lecture de la carte Vitale\..*"
+ABSENT = r"La carte vitale n'est pas dans le lecteur\."
+NO_READER = r"Aucun lecteur de carte n'a été trouvé\. Vérifiez les branchements\."
+SYSTEM_NAME = MODEL + " 00 00"
+# Seconds that a read may take, and what it takes to tell so.
+DEADLINE, MARGIN = 20, 5
+
+
+class RealReader(unittest.TestCase):
+    def setUp(self):
+        self.folder = self.enterContext(tempfile.TemporaryDirectory())
+        self.reader = Reader()
+        self.pcsc = self.enterContext(PcscService(self.reader))
+
+    def inserted(self, card=None):
+        card = self.enterContext(card or VirtualCard.specimen(SPECIMEN))
+        card.insert(self.reader.port)
+        return card
+
+    def start(self):
+        """The application with its window up."""
+        pelmora = Application(PELMORA, environment=self.pcsc.environment())
+        self.addCleanup(pelmora.__exit__)
+        pelmora.find("frame", TITLE)
+        return pelmora
+
+    def start_bound(self):
+        pelmora = self.start()
+        wait(lambda: pelmora.is_enabled("push button", "Voir"))
+        return pelmora
+
+    def read(self, pelmora):
+        pelmora.press("push button", "Lire")
+        pelmora.find("label", SUMMARY)
+
+    def assert_alert(self, pelmora, text):
+        pelmora.find("label", text)
+        pelmora.press("push button", "OK")
+        pelmora.wait_until_gone("alert", ".*")
+
+    def saved(self, name, *arguments):
+        """The texts of the attestation that a run without a window writes."""
+        folder = os.path.join(self.folder, name)
+        environment = {"HOME": self.folder, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
+                       "XDG_RUNTIME_DIR": self.folder, **self.pcsc.environment()}
+        result = subprocess.run([PELMORA, "--save", folder, *arguments], env=environment, capture_output=True, text=True,
+                                timeout=60)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        path, = result.stdout.splitlines()
+        return os.path.basename(path), subprocess.run(["pdftotext", "-layout", path, "-"], capture_output=True,
+                                                      check=True).stdout
+
+    def test_an_attestation_is_the_same_as_with_the_simulated_card(self):
+        card = self.inserted()
+        from_the_reader = self.saved("reader")
+        self.assertTrue(card.commands)
+        count = len(card.commands)
+        simulated = self.saved("simulated", "--simulate")
+        self.assertEqual(len(card.commands), count)
+        self.assertIn("SPECIMEN", simulated[1].decode())
+        self.assertEqual(from_the_reader, simulated)
+
+    def test_the_card_in_the_reader_is_read_and_looked_at(self):
+        self.inserted()
+        pelmora = self.start_bound()
+        self.read(pelmora)
+        pelmora.press("push button", "Voir")
+        pelmora.find("frame", "Hélène SPECIMEN")
+        pelmora.find("label", "Nom de l'assuré : SPECIMEN Hélène")
+
+    def test_a_card_that_is_not_there_or_leaves_is_told_and_the_next_one_is_read(self):
+        pelmora = self.start_bound()
+        pelmora.press("push button", "Lire")
+        self.assert_alert(pelmora, ABSENT)
+        card = VirtualCard.specimen(SPECIMEN)
+        card.before = {10: remove}
+        watch = self.enterContext(OtherProgram(self.pcsc, "watch", SYSTEM_NAME))
+        self.inserted(card)
+        watch.expect("present")
+        pelmora.press("push button", "Lire")
+        self.assert_alert(pelmora, READ_ERROR)
+        watch.expect("empty")
+        self.inserted()
+        self.read(pelmora)
+
+    def test_a_pcsc_service_that_is_started_late_or_anew_is_found(self):
+        self.pcsc.stop()
+        pelmora = self.start()
+        self.assert_alert(pelmora, NO_READER)
+        self.pcsc.start()
+        self.inserted()
+        self.read(pelmora)
+        self.pcsc.kill()
+        self.pcsc.start()
+        self.inserted()
+        self.read(pelmora)
+
+    def test_a_card_that_falls_silent_is_told_in_time_and_the_next_one_is_read(self):
+        card = VirtualCard.specimen(SPECIMEN)
+        card.before = {10: be_mute}
+        watch = self.enterContext(OtherProgram(self.pcsc, "watch", SYSTEM_NAME))
+        self.inserted(card)
+        watch.expect("present")
+        pelmora = self.start_bound()
+        first, = pelmora.children()
+        start = time.monotonic()
+        pelmora.press("push button", "Lire")
+        pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
+        # The window lives meanwhile.
+        pelmora.find("label", ".*tarde.*")
+        wait(lambda: pelmora.find_now("label", READ_ERROR), seconds=DEADLINE + MARGIN)
+        self.assertLess(time.monotonic() - start, DEADLINE + MARGIN)
+        self.assert_alert(pelmora, READ_ERROR)
+        # Nobody changes cards faster than the reader notices.
+        card.remove()
+        watch.expect("empty")
+        self.inserted()
+        self.read(pelmora)
+        second, = pelmora.children()
+        self.assertNotEqual(second, first)
+
+
+if __name__ == "__main__":
+    unittest.main()

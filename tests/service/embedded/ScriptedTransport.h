@@ -1,0 +1,34 @@
+#pragma once
+
+#include "service/embedded/CardTransport.h"
+
+#include <QList>
+
+/// A card that gives prepared answers, one for each command, and then none any more.
+class ScriptedTransport final : public CardTransport
+{
+public:
+    using Answer = std::expected<QByteArray, CardFault>;
+
+    /// Answers in hexadecimal digits, or faults.
+    explicit ScriptedTransport(QList<Answer> answers)
+        : m_answers(std::move(answers))
+    {
+    }
+
+    std::expected<QByteArray, CardFault> transmit(QByteArrayView command) override
+    {
+        m_commands.append(command.toByteArray().toHex().toUpper());
+        if (m_answers.isEmpty())
+            return std::unexpected(CardFault::Unexpected);
+        const Answer answer = m_answers.takeFirst();
+        return answer ? Answer(QByteArray::fromHex(*answer)) : answer;
+    }
+
+    /// What was sent, in hexadecimal digits.
+    QList<QByteArray> commands() const { return m_commands; }
+
+private:
+    QList<Answer> m_answers;
+    QList<QByteArray> m_commands;
+};

@@ -1,0 +1,210 @@
+#include "card/CardParser.h"
+#include "service/embedded/CardDocument.h"
+#include "service/embedded/CardFileList.h"
+#include "service/embedded/SiteMaps.h"
+#include "tests/card/CardXml.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The files that the virtual card's own encoder makes, of a layout that it knows by itself.
+CardContent encoded(const QString& layout, const QByteArray& xml = {})
+{
+    const QTemporaryDir folder;
+    QProcess encoder;
+    encoder.start(u"/usr/bin/python3"_s,
+                  {u"-B"_s, QStringLiteral(PELMORA_SOURCE "/tests/fakes/cardlayout.py"), layout, folder.path()});
+    encoder.write(xml);
+    encoder.closeWriteChannel();
+    CardContent content;
+    if (!encoder.waitForFinished() || encoder.exitCode() != 0) {
+        qWarning("%s", encoder.readAllStandardError().constData());
+        return content;
+    }
+    for (const QString& application : QDir(folder.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QDir files(folder.filePath(application));
+        for (const QString& file : files.entryList(QDir::Files))
+            content.emplace(CardFileId{QByteArray::fromHex(application.toLatin1()), file.toUShort(nullptr, 16)},
+                            contentOf(files.filePath(file)));
+    }
+    return content;
+}
+
+CardMap shippedMap(const QByteArray& file)
+{
+    return parseCardMap(contentOf(QStringLiteral(PELMORA_STAGE_SHARE "/maps/") + QString::fromLatin1(file))).value();
+}
+
+/// What the library reads of it: the map's files and no others.
+CardContent readAlong(const CardMap& map, const CardContent& card)
+{
+    CardContent content;
+    const auto read = [&card, &content](const std::vector<CardFileToRead>& files) {
+        for (const CardFileToRead& file : files) {
+            if (const auto found = card.find(file.id); found != card.end())
+                content.insert(*found);
+        }
+    };
+    read(firstCardFiles(map));
+    if (const auto others = otherCardFiles(map, content))
+        read(*others);
+    return content;
+}
+
+std::expected<CardRecord, Error> recordOf(const QString& xml)
+{
+    const auto document = XmlDocument::fromText(xml);
+    return parseCardDocument(document ? &*document : nullptr);
+}
+
+/// What the record of a card of the specimen layout is, that was made of this XML.
+std::expected<CardRecord, QString> recordThroughCard(const QByteArray& xml)
+{
+    const CardMap map = shippedMap("specimen.json");
+    const auto document = cardDocument(map, readAlong(map, encoded(u"specimen"_s, xml)));
+    if (!document)
+        return std::unexpected(document.error().explanation);
+    const auto record = recordOf(*document);
+    if (!record)
+        return std::unexpected(record.error().localizedDescription());
+    return *record;
+}
+
+QString scarceBeneficiary(const QString& name, const QString& quality)
+{
+    return CardXml::beneficiary(
+        u"<ident><nomUsuel>%1</nomUsuel><prenomUsuel>Anaïs</prenomUsuel><naissance><dateEnCarte>854200</dateEnCarte>"
+        "</naissance><rangDeNaissance>2</rangDeNaissance><nir>269062B12345634</nir></ident><amo><qualBenef>%2</"
+        "qualBenef>"
+        "<codeRegime>02</codeRegime><caisse>005</caisse><centreCarte>0042</centreCarte><codeGestion>A1</codeGestion>"
+        "</amo>"_s.arg(name, quality));
+}
+
+/// As many persons as a family card has, the insured one last.
+QString largeFamily()
+{
+    QString beneficiaries;
+    for (int number = 1; number < 19; ++number)
+        beneficiaries += scarceBeneficiary(QString(number, u'É'), u"6"_s);
+    return CardXml::card(beneficiaries + scarceBeneficiary(u"SPECIMEN"_s, u"0"_s));
+}
+
+} // namespace
+
+class TestSpecimenLayout : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void theSpecimensFilesGiveItsRecord()
+    {
+        const QByteArray xml = contentOf(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));
+        const auto direct = recordOf(QString::fromUtf8(xml));
+        QVERIFY(direct);
+        QCOMPARE(direct->beneficiaries().size(), 3);
+        const auto record = recordThroughCard(xml);
+        QVERIFY2(record, qPrintable(record ? QString() : record.error()));
+        QVERIFY(*record == *direct);
+    }
+
+    void othersDoToo_data()
+    {
+        QTest::addColumn<QString>("xml");
+        QTest::newRow("without serial number, periods and certified numbers")
+            << CardXml::card(scarceBeneficiary(u"SPECIMEN"_s, u"0"_s));
+        QTest::newRow("a serial number of an odd count")
+            << CardXml::card(scarceBeneficiary(u"SPECIMEN"_s, u"0"_s), u"<numSerie>00123</numSerie>"_s);
+        QTest::newRow("a large family") << largeFamily();
+    }
+    void othersDoToo()
+    {
+        QFETCH(const QString, xml);
+        const auto direct = recordOf(xml);
+        QVERIFY(direct);
+        const auto record = recordThroughCard(xml.toUtf8());
+        QVERIFY2(record, qPrintable(record ? QString() : record.error()));
+        QVERIFY(*record == *direct);
+    }
+
+    void theRightsMayBeRefused()
+    {
+        const CardMap map = shippedMap("specimen.json");
+        CardContent card = encoded(u"specimen"_s, contentOf(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml")));
+        QCOMPARE(std::erase_if(
+                     card, [](const auto& file) { return file.first.application.back() == 2 && file.first.file == 2; }),
+                 1U);
+        const auto document = cardDocument(map, readAlong(map, card));
+        QVERIFY(document);
+        const auto record = recordOf(*document);
+        QVERIFY(record);
+        QVERIFY(!record->beneficiaries().first().rights());
+    }
+
+    void everyDamagedByteOfACardIsAnErrorOrACard()
+    {
+        const CardMap map = shippedMap("specimen.json");
+        const CardContent sound =
+            readAlong(map, encoded(u"specimen"_s, contentOf(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"))));
+        int refused = 0;
+        for (const auto& [id, bytes] : sound) {
+            for (qsizetype place = 0; place < bytes.size(); ++place) {
+                CardContent damaged = sound;
+                damaged[id][place] = static_cast<char>(damaged[id][place] ^ 0x20);
+                const auto document = cardDocument(map, damaged);
+                if (!document)
+                    ++refused;
+                else
+                    QVERIFY(XmlDocument::fromText(*document));
+            }
+        }
+        QVERIFY(refused > 100);
+    }
+
+    void aSecondGenerationCardIsUnderstoodAsFarAsIsPublicAndRefused()
+    {
+        const CardMap map = shippedMap("vitale2.json");
+        const CardContent content = readAlong(map, encoded(u"second-generation"_s));
+        QCOMPARE(content.size(), 5U);
+        const auto document = cardDocument(map, content);
+        QVERIFY(!document);
+        QCOMPARE(document.error().explanation,
+                 u"il manque à l’assuré : ident/rangDeNaissance, amo/qualBenef, amo/codeRegime, amo/caisse, "
+                 "amo/centreCarte, amo/codeGestion ; au bénéficiaire 2 : ident/rangDeNaissance"_s);
+        QVERIFY(document.error().kind == CardGap::Kind::Missing);
+    }
+
+    void aDamagedRecordAmongThePointedFilesIsTold()
+    {
+        const CardMap map = shippedMap("vitale2.json");
+        CardContent content = readAlong(map, encoded(u"second-generation"_s));
+        content[{map.application, 0x2011}].chop(1);
+        const auto document = cardDocument(map, content);
+        QVERIFY(!document);
+        QVERIFY(document.error().kind == CardGap::Kind::Damaged);
+        QCOMPARE(document.error().explanation, u"fichier 2011 : valeur tronquée"_s);
+        // A file of another form is none of the map's business.
+        content[{map.application, 0x2011}] = QByteArray::fromHex("3082FFFF");
+        QVERIFY(cardDocument(map, content).error().kind == CardGap::Kind::Missing);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSpecimenLayout)
+#include "tst_specimenlayout.moc"

@@ -1,0 +1,228 @@
+#include "service/DeadlineLibrary.h"
+#include "tests/card/ChannelTestMain.h"
+
+#include <QElapsedTimer>
+
+#include <atomic>
+#include <semaphore>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString card = u"<T_AsnDonneesVitale/>"_s;
+
+/// The calls of a library, as the test's table names them.
+enum class Call
+{
+    None,
+    Initialise,
+    Readers,
+    ChooseReaders,
+    Informations,
+    ReadCard
+};
+
+/// What the test shares with a library that it gives away.
+struct Stage
+{
+    std::counting_semaphore<> release{0}; // the call that hangs goes on
+    std::counting_semaphore<> closed{0};  // the library was destroyed
+    std::atomic<std::thread::id> closedOn;
+    std::atomic<std::thread::id> calledOn;
+    std::atomic<int> calls = 0;
+};
+
+/// A library whose one call hangs until the test releases it.
+class StuckLibrary final : public ReadingLibrary
+{
+public:
+    StuckLibrary(std::shared_ptr<Stage> stage, Call stuckCall)
+        : m_stage(std::move(stage))
+        , m_stuckCall(stuckCall)
+    {
+    }
+    StuckLibrary(const StuckLibrary&) = delete;
+    StuckLibrary& operator=(const StuckLibrary&) = delete;
+    ~StuckLibrary() override
+    {
+        m_stage->closedOn = std::this_thread::get_id();
+        m_stage->closed.release();
+    }
+
+    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override
+    {
+        work(Call::Initialise);
+        return mode == AccessMode::System ? LibraryKind::System : LibraryKind::Embedded;
+    }
+    [[nodiscard]] QStringList readers() override
+    {
+        work(Call::Readers);
+        return {u"A"_s, u"B"_s};
+    }
+    [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override
+    {
+        work(Call::ChooseReaders);
+        return vitaleReader == u"A"_s && professionalReader == u"B"_s;
+    }
+    [[nodiscard]] QString informations() override
+    {
+        work(Call::Informations);
+        return u"<informations/>"_s;
+    }
+    [[nodiscard]] std::expected<QString, ReadResult> readCard() override
+    {
+        work(Call::ReadCard);
+        return card;
+    }
+
+private:
+    void work(Call call)
+    {
+        m_stage->calledOn = std::this_thread::get_id();
+        ++m_stage->calls;
+        if (call == m_stuckCall)
+            m_stage->release.acquire();
+    }
+
+    std::shared_ptr<Stage> m_stage;
+    Call m_stuckCall;
+};
+
+/// The library, and what to watch it by. A call that hangs is released, and the end of its thread awaited, at the end.
+struct Subject
+{
+    explicit Subject(Call stuckCall, DeadlineLimits limits = {})
+        : library(std::make_unique<DeadlineLibrary>(std::make_unique<StuckLibrary>(stage, stuckCall), limits))
+    {
+    }
+    Subject(const Subject&) = delete;
+    Subject& operator=(const Subject&) = delete;
+    ~Subject()
+    {
+        library.reset();
+        stage->release.release();
+        stage->closed.acquire();
+    }
+
+    std::shared_ptr<Stage> stage = std::make_shared<Stage>();
+    std::unique_ptr<DeadlineLibrary> library;
+};
+
+/// All answers of a library, as one text.
+QString answersOf(ReadingLibrary& library, Call only = Call::None)
+{
+    QStringList answers;
+    const auto wants = [only](Call call) { return only == Call::None || only == call; };
+    if (wants(Call::Initialise)) {
+        const std::optional<LibraryKind> kind = library.initialise(AccessMode::System);
+        answers << (kind ? QString::number(static_cast<int>(*kind)) : u"none"_s);
+    }
+    if (wants(Call::Readers))
+        answers << library.readers().join(u'+');
+    if (wants(Call::ChooseReaders))
+        answers << (library.chooseReaders(u"A"_s, u"B"_s) ? u"chosen"_s : u"not chosen"_s);
+    if (wants(Call::Informations))
+        answers << library.informations();
+    if (wants(Call::ReadCard)) {
+        const std::expected<QString, ReadResult> read = library.readCard();
+        answers << (read ? *read : QString::number(static_cast<int>(read.error())));
+    }
+    return answers.join(u' ');
+}
+
+} // namespace
+
+class TestDeadlineLibrary : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answersAreTheLibrarysOwn()
+    {
+        const Subject subject(Call::None);
+        QCOMPARE(answersOf(*subject.library), u"1 A+B chosen <informations/> <T_AsnDonneesVitale/>"_s);
+        QVERIFY(!subject.library->isBeyondUse());
+    }
+
+    void everyCallAndTheEndAreOnOneThreadThatIsNotTheCallers()
+    {
+        const std::shared_ptr<Stage> stage = std::make_shared<Stage>();
+        {
+            DeadlineLibrary library(std::make_unique<StuckLibrary>(stage, Call::None));
+            QCOMPARE(library.readers().size(), 2);
+            const std::thread::id worker = stage->calledOn;
+            QVERIFY(worker != std::this_thread::get_id());
+            QVERIFY(library.readCard().has_value());
+            QVERIFY(stage->calledOn.load() == worker);
+        }
+        // The end of the library was waited for.
+        QVERIFY(stage->closed.try_acquire());
+        QVERIFY(stage->closedOn.load() == stage->calledOn.load());
+    }
+
+    void aCallThatNeverReturnsIsLeftBehind_data()
+    {
+        QTest::addColumn<Call>("call");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("initialise") << Call::Initialise << u"none"_s;
+        QTest::newRow("readers") << Call::Readers << QString();
+        QTest::newRow("chooseReaders") << Call::ChooseReaders << u"not chosen"_s;
+        QTest::newRow("informations") << Call::Informations << QString();
+        QTest::newRow("readCard") << Call::ReadCard << u"25"_s;
+    }
+
+    void aCallThatNeverReturnsIsLeftBehind()
+    {
+        QFETCH(Call, call);
+        QFETCH(QString, answer);
+        const Subject subject(call, {.read = 20ms, .other = 20ms});
+        QCOMPARE(answersOf(*subject.library, call), answer);
+        QVERIFY(subject.library->isBeyondUse());
+    }
+
+    void afterThatEveryCallFailsAtOnceAndReachesTheLibraryNoMore()
+    {
+        const Subject subject(Call::ReadCard, {.read = 20ms, .other = 1h});
+        QCOMPARE(subject.library->readers().size(), 2);
+        QVERIFY(!subject.library->readCard().has_value());
+        QCOMPARE(answersOf(*subject.library), u"none  not chosen  25"_s);
+        QCOMPARE(subject.stage->calls.load(), 2);
+    }
+
+    void aReadHasALimitOfItsOwn()
+    {
+        const Subject subject(Call::ReadCard, {.read = 100ms, .other = 1h});
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!subject.library->readCard().has_value());
+        QVERIFY(timer.elapsed() >= 100);
+    }
+
+    void aCallThatReturnsTooLateHasTheLibraryClosed()
+    {
+        const std::shared_ptr<Stage> stage = std::make_shared<Stage>();
+        {
+            DeadlineLibrary library(std::make_unique<StuckLibrary>(stage, Call::ReadCard), {.read = 20ms});
+            QVERIFY(!library.readCard().has_value());
+        }
+        QVERIFY(!stage->closed.try_acquire());
+        stage->release.release();
+        stage->closed.acquire();
+        QVERIFY(stage->closedOn.load() == stage->calledOn.load());
+    }
+
+    void theLimitsAreThoseThatUsersAndTheirProgramCanBear()
+    {
+        constexpr DeadlineLimits limits;
+        QCOMPARE(limits.read, 20s);
+        QCOMPARE(limits.other, 10s);
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    return runChannelTest<TestDeadlineLibrary>(argc, argv);
+}
+#include "tst_deadlinelibrary.moc"

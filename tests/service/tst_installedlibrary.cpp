@@ -1,0 +1,342 @@
+#include "service/installed/InstalledLibrary.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTemporaryFile>
+#include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QByteArray card = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><T_AsnDonneesVitale>é</T_AsnDonneesVitale>";
+
+/// A folder with a library that does what the files beside it say.
+class Installation
+{
+public:
+    explicit Installation(const QString& library = QStringLiteral(PELMORA_SCRIPTED_LIBRARY))
+    {
+        if (QFile::copy(library, path(u"library.so"_s)))
+            ::chmod(QFile::encodeName(path(u"library.so"_s)).constData(), 0755);
+    }
+
+    void write(const QString& name, const QByteArray& content) const
+    {
+        QFile file(path(name));
+        if (file.open(QIODevice::WriteOnly))
+            file.write(content);
+    }
+
+    [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
+    [[nodiscard]] SystemPlace place() const
+    {
+        return {.root = QFile::encodeName(m_folder.path()), .relative = "library.so", .owner = ::geteuid()};
+    }
+
+    /// The calls so far, joined.
+    [[nodiscard]] QByteArray calls() const
+    {
+        QFile file(path(u"calls"_s));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().replace('\n', "; ") : QByteArray();
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// What a process writes on standard error meanwhile.
+class ErrorCapture
+{
+public:
+    ErrorCapture()
+    {
+        m_file.open();
+        ::dup2(m_file.handle(), STDERR_FILENO);
+    }
+    ErrorCapture(const ErrorCapture&) = delete;
+    ErrorCapture& operator=(const ErrorCapture&) = delete;
+    ~ErrorCapture()
+    {
+        ::dup2(m_saved, STDERR_FILENO);
+        ::close(m_saved);
+    }
+
+    QString text()
+    {
+        m_file.seek(0);
+        return QString::fromUtf8(m_file.readAll());
+    }
+
+private:
+    int m_saved = ::dup(STDERR_FILENO);
+    QTemporaryFile m_file;
+};
+
+QString cardOrResult(const std::expected<QString, ReadResult>& read)
+{
+    return read ? *read : QString::number(static_cast<int>(read.error()));
+}
+
+} // namespace
+
+class TestInstalledLibrary : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aCardIsRead()
+    {
+        const Installation installation;
+        installation.write(u"readers.text"_s, "Feitian SCR301\nAlcor AU9540\n");
+        installation.write(u"read_card.text"_s, card);
+        InstalledLibrary library(installation.place());
+        QCOMPARE(library.initialise(AccessMode::Automatic), std::optional(LibraryKind::System));
+        QCOMPARE(library.readers(), (QStringList{u"Feitian SCR301"_s, u"Alcor AU9540"_s}));
+        QVERIFY(library.chooseReaders(u"Feitian SCR301"_s, u"Alcor AU9540"_s));
+        QCOMPARE(cardOrResult(library.readCard()), QString::fromUtf8(card));
+        QCOMPARE(installation.calls(),
+                 "open; readers; readers; choose_readers <Feitian SCR301> <Alcor AU9540>; read_card");
+    }
+
+    void onlyTheModesThatWantItHaveIt_data()
+    {
+        QTest::addColumn<AccessMode>("mode");
+        QTest::addColumn<bool>("isUsed");
+        QTest::newRow("automatic") << AccessMode::Automatic << true;
+        QTest::newRow("system") << AccessMode::System << true;
+        QTest::newRow("embedded") << AccessMode::Embedded << false;
+    }
+
+    void onlyTheModesThatWantItHaveIt()
+    {
+        QFETCH(AccessMode, mode);
+        QFETCH(bool, isUsed);
+        const Installation installation;
+        InstalledLibrary library(installation.place());
+        QCOMPARE(library.initialise(mode).has_value(), isUsed);
+        QCOMPARE(installation.calls(), isUsed ? "open" : "");
+    }
+
+    void itIsClosedByEveryChangeOfModeAndAtTheEnd()
+    {
+        const Installation installation;
+        {
+            InstalledLibrary library(installation.place());
+            QVERIFY(library.initialise(AccessMode::System).has_value());
+            QVERIFY(library.initialise(AccessMode::Automatic).has_value());
+            QVERIFY(!library.initialise(AccessMode::Embedded).has_value());
+            QCOMPARE(installation.calls(), "open; close; open; close");
+            QVERIFY(library.initialise(AccessMode::Automatic).has_value());
+        }
+        QCOMPARE(installation.calls(), "open; close; open; close; open; close");
+    }
+
+    void noLibraryIsNoUseAndNoNews()
+    {
+        const Installation installation;
+        QVERIFY(QFile::remove(installation.path(u"library.so"_s)));
+        ErrorCapture errors;
+        InstalledLibrary library(installation.place());
+        QVERIFY(!library.initialise(AccessMode::System).has_value());
+        QCOMPARE(library.readers(), QStringList());
+        QVERIFY(!library.chooseReaders(u"A"_s, u"A"_s));
+        QCOMPARE(cardOrResult(library.readCard()), u"0"_s);
+        QCOMPARE(errors.text(), QString());
+    }
+
+    void aLibraryThatCannotBeUsedIsRefusedWithALine_data()
+    {
+        QTest::addColumn<QString>("library");
+        QTest::addColumn<QByteArray>("interface");
+        QTest::addColumn<mode_t>("mode");
+        QTest::addColumn<QString>("reason");
+        const QString scripted = QStringLiteral(PELMORA_SCRIPTED_LIBRARY);
+        QTest::newRow("writable") << scripted << QByteArray("1") << mode_t{0775}
+                                  << u"%1 peut être modifié par d’autres que root"_s;
+        QTest::newRow("newer interface") << scripted << QByteArray("2") << mode_t{0755}
+                                         << u"%1 est de l’interface 2, et non 1"_s;
+        QTest::newRow("no interface") << scripted << QByteArray("0") << mode_t{0755}
+                                      << u"%1 est de l’interface 0, et non 1"_s;
+        QTest::newRow("a function less") << QStringLiteral(PELMORA_INCOMPLETE_LIBRARY) << QByteArray("1")
+                                         << mode_t{0755} << u"%1 n’a pas de fonction pelmora_reading_close"_s;
+        QTest::newRow("another file") << QStringLiteral(PELMORA_SOURCE "/README.md") << QByteArray("1") << mode_t{0755}
+                                      << u"%1 ne se charge pas : %1: "_s;
+    }
+
+    void aLibraryThatCannotBeUsedIsRefusedWithALine()
+    {
+        QFETCH(QString, library);
+        QFETCH(QByteArray, interface);
+        QFETCH(mode_t, mode);
+        QFETCH(QString, reason);
+        const Installation installation(library);
+        installation.write(u"interface.result"_s, interface);
+        QCOMPARE(::chmod(installation.place().path().constData(), mode), 0);
+        ErrorCapture errors;
+        InstalledLibrary subject(installation.place());
+        QVERIFY(!subject.initialise(AccessMode::System).has_value());
+        const QString expected = u"com.morvel.lvit: bibliothèque de lecture installée refusée : "_s +
+                                 reason.arg(installation.path(u"library.so"_s));
+        QCOMPARE(errors.text().first(std::min(expected.size(), errors.text().size())), expected);
+        QCOMPARE(errors.text().count(u'\n'), 1);
+        QCOMPARE(installation.calls(), "");
+    }
+
+    void aLibraryThatDoesNotOpenIsNotUsed()
+    {
+        const Installation installation;
+        installation.write(u"open.result"_s, "1");
+        ErrorCapture errors;
+        {
+            InstalledLibrary library(installation.place());
+            QVERIFY(!library.initialise(AccessMode::Automatic).has_value());
+        }
+        QCOMPARE(installation.calls(), "open");
+        QCOMPARE(errors.text(),
+                 u"com.morvel.lvit: bibliothèque de lecture installée : pelmora_reading_open : résultat 1\n"_s);
+    }
+
+    void namesOfPcscAreShownShortAndGivenBackWhole()
+    {
+        const Installation installation;
+        installation.write(u"readers.text"_s, "Feitian SCR301 [CCID Interface] (1) 00 00\n\nFeitian SCR301 01 00\n"
+                                              "Feitian SCR301 01 00\n");
+        InstalledLibrary library(installation.place());
+        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QCOMPARE(library.readers(), (QStringList{u"Feitian SCR301"_s, u"Feitian SCR301 (2)"_s}));
+        QVERIFY(library.chooseReaders(u"Feitian SCR301 (2)"_s, u"Feitian SCR301"_s));
+        QVERIFY(installation.calls().endsWith(
+            "choose_readers <Feitian SCR301 01 00> <Feitian SCR301 [CCID Interface] (1) 00 00>"));
+        QVERIFY(!library.chooseReaders(u"Feitian SCR301"_s, u"Feitian SCR301 (3)"_s));
+    }
+
+    void aChoiceThatTheLibraryRefusesIsRefused()
+    {
+        const Installation installation;
+        installation.write(u"readers.text"_s, "A");
+        installation.write(u"choose_readers.result"_s, "13");
+        ErrorCapture errors;
+        InstalledLibrary library(installation.place());
+        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QVERIFY(!library.chooseReaders(u"A"_s, u"A"_s));
+        QVERIFY(errors.text().endsWith(u": pelmora_reading_choose_readers : résultat 13\n"_s));
+    }
+
+    void readersThatCannotBeToldAreNone_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("failure") << u"readers.result"_s << QByteArray("13");
+        QTest::newRow("no UTF-8") << u"readers.text"_s << QByteArray("Lecteur \xE9\n");
+        QTest::newRow("zero") << u"readers.text"_s << QByteArray("A\0B\n", 4);
+        QTest::newRow("too long") << u"readers.text"_s << QByteArray(65 * 1024, 'A');
+        QTest::newRow("impossible length") << u"readers.length"_s << QByteArray("1000000000");
+    }
+
+    void readersThatCannotBeToldAreNone()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, content);
+        const Installation installation;
+        installation.write(file, content);
+        ErrorCapture errors;
+        InstalledLibrary library(installation.place());
+        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QCOMPARE(library.readers(), QStringList());
+        QCOMPARE(errors.text().count(u'\n'), 1);
+    }
+
+    void itsVersionsAreShown()
+    {
+        const Installation installation;
+        installation.write(u"version0.text"_s, "4.20 <é>");
+        installation.write(u"version1.text"_s, "5");
+        installation.write(u"version2.text"_s, "a\nb");
+        installation.write(u"version3.text"_s, "\xFF");
+        ErrorCapture errors;
+        InstalledLibrary library(installation.place());
+        QVERIFY(library.initialise(AccessMode::System).has_value());
+        const QString document = library.informations();
+        QVERIFY2(document.contains(u"<version>4.20 &lt;é&gt;</version><tableLibVitale>5</tableLibVitale>"
+                                   "<tableLibOrgDest></tableLibOrgDest><tableHab></tableHab>"_s),
+                 qPrintable(document));
+        QCOMPARE(errors.text().count(u": pelmora_reading_version : texte illisible\n"_s), 2);
+    }
+
+    void resultsAreThoseOfTheLibrary_data()
+    {
+        QTest::addColumn<QByteArray>("result");
+        QTest::addColumn<QString>("expected");
+        for (const int known : {11, 13, 15, 17, 25})
+            QTest::addRow("%d", known) << QByteArray::number(known) << QString::number(known);
+        QTest::newRow("failed") << QByteArray("1") << u"0"_s;
+        QTest::newRow("too long") << QByteArray("2") << u"17"_s;
+        QTest::newRow("unknown") << QByteArray("-7") << u"0"_s;
+    }
+
+    void resultsAreThoseOfTheLibrary()
+    {
+        QFETCH(QByteArray, result);
+        QFETCH(QString, expected);
+        const Installation installation;
+        installation.write(u"read_card.text"_s, card);
+        installation.write(u"read_card.result"_s, result);
+        ErrorCapture errors;
+        InstalledLibrary library(installation.place());
+        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QCOMPARE(cardOrResult(library.readCard()), expected);
+        // An empty reader is no news.
+        QCOMPARE(errors.text().isEmpty(), result == "11");
+    }
+
+    void aCardThatIsNoneIsAReadErrorAndNothingOfItIsPrinted_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QByteArray>("length");
+        QTest::newRow("empty") << QByteArray() << QByteArray();
+        QTest::newRow("ISO Latin 1") << QByteArray("<T_AsnDonneesVitale>SP\xC9"
+                                                   "CIMEN</T_AsnDonneesVitale>")
+                                     << QByteArray();
+        QTest::newRow("cut short") << card.chopped(3) << QByteArray();
+        QTest::newRow("no XML") << QByteArray("SPECIMEN") << QByteArray();
+        QTest::newRow("document type") << QByteArray("<!DOCTYPE SPECIMEN>"
+                                                     "<a/>")
+                                       << QByteArray();
+        QTest::newRow("over 4 MiB") << QByteArray("<SPECIMEN>") + QByteArray(5 * 1024 * 1024, ' ') + "</SPECIMEN>"
+                                    << QByteArray();
+        QTest::newRow("impossible length") << card << QByteArray("4194305");
+        QTest::newRow("negative length") << card << QByteArray("-1");
+    }
+
+    void aCardThatIsNoneIsAReadErrorAndNothingOfItIsPrinted()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(QByteArray, length);
+        const Installation installation;
+        installation.write(u"read_card.text"_s, text);
+        if (!length.isEmpty())
+            installation.write(u"read_card.length"_s, length);
+        ErrorCapture errors;
+        InstalledLibrary library(installation.place());
+        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QCOMPARE(cardOrResult(library.readCard()), u"17"_s);
+        QCOMPARE(errors.text().count(u'\n'), 1);
+        QVERIFY(!errors.text().contains(u"CIMEN"_s));
+    }
+
+    void itIsLookedForInOnePlaceOfTheSystem()
+    {
+        const SystemPlace place = InstalledLibrary::standardPlace();
+        QCOMPARE(place.root, "/");
+        QCOMPARE(place.path(), "/usr/lib/pelmora/reading-library.so");
+        QCOMPARE(place.owner, 0u);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestInstalledLibrary)
+#include "tst_installedlibrary.moc"

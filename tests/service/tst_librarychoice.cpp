@@ -1,0 +1,125 @@
+#include "service/LibraryChoice.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What a library of the test is like, and what was asked of it.
+struct Script
+{
+    QString name;
+    std::optional<LibraryKind> kind; // what initialise answers, but for a refused mode
+    AccessMode refused = AccessMode::System;
+    QList<AccessMode> asked = {};
+};
+
+class ScriptedLibrary final : public ReadingLibrary
+{
+public:
+    explicit ScriptedLibrary(Script* script)
+        : m_script(script)
+    {
+    }
+
+    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override
+    {
+        m_script->asked << mode;
+        return mode == m_script->refused ? std::nullopt : m_script->kind;
+    }
+    [[nodiscard]] QStringList readers() override { return {m_script->name}; }
+    [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString&) override
+    {
+        return vitaleReader == m_script->name;
+    }
+    [[nodiscard]] QString informations() override { return m_script->name; }
+    [[nodiscard]] std::expected<QString, ReadResult> readCard() override { return m_script->name; }
+
+private:
+    Script* m_script;
+};
+
+/// Both libraries, the installed one there or not, and the choice between them.
+struct Subject
+{
+    explicit Subject(bool isInstalled)
+        : installed{.name = u"installed"_s,
+                    .kind = isInstalled ? std::optional(LibraryKind::System) : std::nullopt,
+                    .refused = AccessMode::Embedded}
+    {
+    }
+
+    Script installed;
+    Script embedded{.name = u"embedded"_s, .kind = LibraryKind::Embedded, .refused = AccessMode::System};
+    LibraryChoice choice{std::make_unique<ScriptedLibrary>(&installed), std::make_unique<ScriptedLibrary>(&embedded)};
+};
+
+} // namespace
+
+class TestLibraryChoice : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theModeSaysWhoseLibraryReads_data()
+    {
+        QTest::addColumn<AccessMode>("mode");
+        QTest::addColumn<bool>("isInstalled");
+        QTest::addColumn<std::optional<LibraryKind>>("kind");
+        const auto system = std::optional(LibraryKind::System);
+        const auto embedded = std::optional(LibraryKind::Embedded);
+        QTest::newRow("automatic, installed") << AccessMode::Automatic << true << system;
+        QTest::newRow("automatic, not installed") << AccessMode::Automatic << false << embedded;
+        QTest::newRow("system, installed") << AccessMode::System << true << system;
+        QTest::newRow("system, not installed") << AccessMode::System << false << std::optional<LibraryKind>();
+        QTest::newRow("embedded, installed") << AccessMode::Embedded << true << embedded;
+        QTest::newRow("embedded, not installed") << AccessMode::Embedded << false << embedded;
+    }
+
+    void theModeSaysWhoseLibraryReads()
+    {
+        QFETCH(AccessMode, mode);
+        QFETCH(bool, isInstalled);
+        QFETCH(std::optional<LibraryKind>, kind);
+        Subject subject(isInstalled);
+        QCOMPARE(subject.choice.initialise(mode), kind);
+        if (!kind)
+            return;
+        const QString expected = kind == LibraryKind::System ? u"installed"_s : u"embedded"_s;
+        QCOMPARE(subject.choice.readers(), QStringList{expected});
+        QVERIFY(subject.choice.chooseReaders(expected, expected));
+        QCOMPARE(subject.choice.informations(), expected);
+        QVERIFY(subject.choice.readCard() == expected);
+    }
+
+    void afterARefusedModeNoLibraryIsInUse()
+    {
+        Subject subject(false);
+        QVERIFY(!subject.choice.initialise(AccessMode::System).has_value());
+        QCOMPARE(subject.choice.readers(), QStringList());
+        QVERIFY(!subject.choice.chooseReaders(u"embedded"_s, u"embedded"_s));
+        QVERIFY(subject.choice.readCard() == std::unexpected(ReadResult::Unusable));
+        QVERIFY(subject.choice.informations().contains(u"<version>aucune</version>"_s));
+        QVERIFY(subject.embedded.asked.isEmpty());
+    }
+
+    void theInstalledLibraryIsToldThatItIsNotWanted()
+    {
+        Subject subject(true);
+        QCOMPARE(subject.choice.initialise(AccessMode::System), std::optional(LibraryKind::System));
+        QCOMPARE(subject.choice.initialise(AccessMode::Embedded), std::optional(LibraryKind::Embedded));
+        QCOMPARE(subject.installed.asked, (QList{AccessMode::System, AccessMode::Embedded}));
+        QCOMPARE(subject.choice.readers(), QStringList{u"embedded"_s});
+    }
+
+    void beforeAnyModeTheServicesOwnLibraryIsInUse()
+    {
+        Subject subject(true);
+        QCOMPARE(subject.choice.readers(), QStringList{u"embedded"_s});
+        QVERIFY(subject.installed.asked.isEmpty());
+    }
+};
+
+QTEST_APPLESS_MAIN(TestLibraryChoice)
+#include "tst_librarychoice.moc"
