@@ -1,0 +1,135 @@
+"""A home with portable copies, which offer to move to the Applications folder: what the tests of the moves share. The
+command line of such a test: STAGE MOVABLE_PROGRAM, in a mount namespace of its own."""
+
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from desktop import Application, is_running, wait
+from systemlog import SystemLog
+
+MOVABLE_PROGRAM = sys.argv.pop(2)
+STAGE = sys.argv.pop(1)
+
+HOME_TITLE = "Move to Applications folder in your Home folder?"
+BODY = "I can move myself to the Applications folder if you'd like."
+DOWNLOADS_NOTE = "This will keep your Downloads folder uncluttered."
+PASSWORD_NOTE = "Note that this will require an administrator password."
+MOVE = "Move to Applications Folder"
+STAY = "Do Not Move"
+# Of the system log: the user's programs, and each line's weight.
+INFO, WARNING, ERROR = 8 + 6, 8 + 4, 8 + 3
+BOX = "Do not show this message again"
+
+
+def make_bundle(path, program=MOVABLE_PROGRAM):
+    """A portable copy at the path: the small program among the texts, or the whole tree."""
+    os.makedirs(os.path.join(path, "bin"))
+    shutil.copy(program, os.path.join(path, "bin", "pelmora"))
+    shutil.copytree(os.path.join(STAGE, "share", "pelmora", "fr.lproj"),
+                    os.path.join(path, "share", "pelmora", "fr.lproj"))
+    return path
+
+
+def unpack(path):
+    """A portable copy of the whole tree, through the form that it is delivered in."""
+    folder, name = os.path.split(path)
+    os.makedirs(folder, exist_ok=True)
+    archive = os.path.join(folder, "portable.tar.zst")
+    subprocess.run(["tar", "--create", "--use-compress-program", "zstd -1", "--file", archive, "--directory", STAGE,
+                    "--transform", f"s,^[.],{name},S", "."], check=True)
+    subprocess.run(["tar", "--extract", "--file", archive, "--directory", folder], check=True)
+    os.remove(archive)
+    return path
+
+
+def processes_of(path):
+    """Numbers of the processes that run a program at the path."""
+    found = []
+    for name in os.listdir("/proc"):
+        try:
+            if name.isdigit() and os.readlink(f"/proc/{name}/exe") == path and is_running(int(name)):
+                found.append(int(name))
+        except OSError:
+            pass
+    return found
+
+
+class Running(Application):
+    """A process that runs already, started by another one, at the path of its program."""
+
+    class _Process:
+        def __init__(self, pid):
+            self.pid = pid
+
+        def kill(self):
+            try:
+                os.kill(self.pid, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+
+        def wait(self):
+            wait(lambda: not is_running(self.pid))
+
+    def __init__(self, program):  # pylint: disable=super-init-not-called
+        self.home = None
+        self._own_home = False
+        self.process = self._Process(wait(lambda: processes_of(program))[0])
+
+
+class PortableTest(unittest.TestCase):
+    """A test with a home of its own, and what was written to the system log."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.system_log = SystemLog()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.system_log.close()
+
+    def setUp(self):
+        self.system_log.lines()
+        self.home = tempfile.mkdtemp(prefix="Anne d'été ")
+        self.addCleanup(self.remove_home)
+        os.makedirs(os.path.join(self.home, "Applications", "Autre.app"))
+        self.downloads = os.path.join(self.home, "Downloads")
+        self.destination = os.path.join(self.home, "Applications", "Pelmora.app")
+        self.trash = os.path.join(self.home, "data", "Trash", "files")
+        self.settings = os.path.join(self.home, "config", "MORVEL", "Pelmora.conf")
+        self.environment = {"XDG_DATA_HOME": os.path.join(self.home, "data"), "LANGUAGE": "en"}
+
+    def remove_home(self):
+        for folder in ("Applications", "Downloads"):
+            for path in (os.path.join(root, "bin", "pelmora") for root, _, _ in
+                         os.walk(os.path.join(self.home, folder))):
+                for pid in processes_of(path):
+                    os.kill(pid, signal.SIGKILL)
+        shutil.rmtree(self.home)
+
+    def start(self, bundle, *arguments, **environment):
+        return Application(os.path.join(bundle, "bin", "pelmora"), *arguments, home=self.home,
+                           environment={**self.environment, **environment})
+
+    def running(self, bundle):
+        return Running(os.path.join(bundle, "bin", "pelmora"))
+
+    def logged(self):
+        """The routine's lines of the system log, each with its priority."""
+        lines = []
+        for line in self.system_log.lines():
+            found = re.match(r"(?s)<(\d+)>.{15} pelmora\[\d+\]: ((?:INFO|WARNING|ERROR) -- .*?|Trash .*?)\x00?$", line)
+            if found:
+                lines.append((int(found[1]), found[2]))
+        return lines
+
+    def stored(self):
+        if not os.path.exists(self.settings):
+            return ""
+        with open(self.settings, encoding="utf-8") as file:
+            return file.read()
