@@ -93,7 +93,7 @@ Answer DeadlineLibrary::ask(std::chrono::milliseconds limit, Answer lateAnswer,
     return isInTime ? std::move(**answer) : lateAnswer;
 }
 
-std::optional<LibraryKind> DeadlineLibrary::initialise(AccessMode mode)
+std::optional<LibraryKind> DeadlineLibrary::initialise(LibraryMode mode)
 {
     return ask<std::optional<LibraryKind>>(m_limits.other, std::nullopt,
                                            [mode](ReadingLibrary& library) { return library.initialise(mode); });

@@ -27,7 +27,7 @@ public:
     /// closes the library should the call ever return.
     ~DeadlineLibrary() override;
 
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override;
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
     [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;

@@ -11,11 +11,11 @@ LibraryChoice::LibraryChoice(std::unique_ptr<ReadingLibrary> installed, std::uni
 {
 }
 
-std::optional<LibraryKind> LibraryChoice::initialise(AccessMode mode)
+std::optional<LibraryKind> LibraryChoice::initialise(LibraryMode mode)
 {
     m_inUse = m_installed.get();
     std::optional<LibraryKind> kind = m_installed->initialise(mode);
-    if (!kind && mode != AccessMode::System) {
+    if (!kind && mode != LibraryMode::System) {
         m_inUse = m_embedded.get();
         kind = m_embedded->initialise(mode);
     }

@@ -12,7 +12,7 @@ public:
     /// The installed library is told of every change of mode, so that it lets its readers go when it is not wanted.
     LibraryChoice(std::unique_ptr<ReadingLibrary> installed, std::unique_ptr<ReadingLibrary> embedded);
 
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override;
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
     [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;

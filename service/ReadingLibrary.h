@@ -7,7 +7,7 @@
 #include <optional>
 
 /// Which reading library the application wants, as the digit of its "init" request.
-enum class AccessMode
+enum class LibraryMode
 {
     Automatic = 0,
     System = 1,
@@ -44,7 +44,7 @@ public:
 
     /// Starts afresh in the given mode: chosen readers are let go. The value tells whose library reads from now on;
     /// nothing when the wanted kind is not there.
-    [[nodiscard]] virtual std::optional<LibraryKind> initialise(AccessMode mode) = 0;
+    [[nodiscard]] virtual std::optional<LibraryKind> initialise(LibraryMode mode) = 0;
 
     /// Names of the readers that are connected now, each once, in the library's order; empty when there is none. Any
     /// state, no error.

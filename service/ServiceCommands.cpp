@@ -27,10 +27,10 @@ QCborMap failure(ReadResult result)
     return {{ServiceWord::status, ServiceWord::error}, {ServiceWord::result, static_cast<qint64>(result)}};
 }
 
-std::optional<AccessMode> accessMode(const QCborValue& mode)
+std::optional<LibraryMode> libraryMode(const QCborValue& mode)
 {
-    constexpr std::array modes{AccessMode::Automatic, AccessMode::System, AccessMode::Embedded};
-    const auto* found = std::ranges::find_if(modes, [&mode](AccessMode candidate) {
+    constexpr std::array modes{LibraryMode::Automatic, LibraryMode::System, LibraryMode::Embedded};
+    const auto* found = std::ranges::find_if(modes, [&mode](LibraryMode candidate) {
         return mode.isString() && mode.toString() == QString::number(static_cast<int>(candidate));
     });
     return found == modes.end() ? std::nullopt : std::optional(*found);
@@ -76,7 +76,7 @@ std::optional<QCborMap> ServiceCommands::answer(const QCborMap& request)
 
 QCborMap ServiceCommands::initialise(const QCborMap& request)
 {
-    const std::optional<AccessMode> mode = accessMode(request.value(ServiceWord::mode));
+    const std::optional<LibraryMode> mode = libraryMode(request.value(ServiceWord::mode));
     if (!mode)
         return failure();
     const std::optional<LibraryKind> kind = m_library->initialise(*mode);

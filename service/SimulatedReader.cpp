@@ -57,9 +57,9 @@ SimulatedReader::SimulatedReader(QByteArray cardPath)
 {
 }
 
-std::optional<LibraryKind> SimulatedReader::initialise(AccessMode mode)
+std::optional<LibraryKind> SimulatedReader::initialise(LibraryMode mode)
 {
-    return mode == AccessMode::System ? LibraryKind::System : LibraryKind::Embedded;
+    return mode == LibraryMode::System ? LibraryKind::System : LibraryKind::Embedded;
 }
 
 QStringList SimulatedReader::readers()

@@ -15,7 +15,7 @@ public:
     /// The path is in the file system's own bytes.
     explicit SimulatedReader(QByteArray cardPath);
 
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override;
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
     [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "service/LibraryVersions.h"
+#include "service/ReaderNames.h"
 #include "service/embedded/CardFault.h"
 #include "service/embedded/PcscContext.h"
-#include "service/embedded/ReaderNames.h"
 #include "service/installed/SystemFile.h"
 
 #include <QStringList>

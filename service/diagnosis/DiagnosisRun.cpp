@@ -76,7 +76,7 @@ InstalledFacts installedFacts(const SystemPlace& place)
     if (const auto functions = loadInstalledFunctions(place); !functions)
         return {.refusal = functions.error(), .isOpen = false, .versions = {}, .readers = {}};
     InstalledLibrary library(place);
-    const bool isOpen = library.initialise(AccessMode::System).has_value();
+    const bool isOpen = library.initialise(LibraryMode::System).has_value();
     return {.refusal = std::nullopt, .isOpen = isOpen, .versions = library.versions(), .readers = library.readers()};
 }
 

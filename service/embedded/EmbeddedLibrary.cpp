@@ -44,10 +44,10 @@ EmbeddedLibrary::EmbeddedLibrary(std::unique_ptr<CardReaders> readers, std::vect
 {
 }
 
-std::optional<LibraryKind> EmbeddedLibrary::initialise(AccessMode mode)
+std::optional<LibraryKind> EmbeddedLibrary::initialise(LibraryMode mode)
 {
     m_vitaleReader.reset();
-    return mode == AccessMode::System ? std::nullopt : std::optional(LibraryKind::Embedded);
+    return mode == LibraryMode::System ? std::nullopt : std::optional(LibraryKind::Embedded);
 }
 
 QStringList EmbeddedLibrary::readers()

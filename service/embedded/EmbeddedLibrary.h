@@ -1,9 +1,9 @@
 #pragma once
 
+#include "service/ReaderNames.h"
 #include "service/ReadingLibrary.h"
 #include "service/embedded/CardReaders.h"
 #include "service/embedded/CardReading.h"
-#include "service/embedded/ReaderNames.h"
 
 #include <array>
 
@@ -15,7 +15,7 @@ public:
     EmbeddedLibrary(std::unique_ptr<CardReaders> readers, std::vector<CardMap> maps);
 
     /// Embedded, but in the mode that wants the system's library only.
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override;
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
     [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;

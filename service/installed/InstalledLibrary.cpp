@@ -62,10 +62,10 @@ InstalledLibrary::~InstalledLibrary()
     close();
 }
 
-std::optional<LibraryKind> InstalledLibrary::initialise(AccessMode mode)
+std::optional<LibraryKind> InstalledLibrary::initialise(LibraryMode mode)
 {
     close();
-    if (mode == AccessMode::Embedded || !load() || !open())
+    if (mode == LibraryMode::Embedded || !load() || !open())
         return std::nullopt;
     return LibraryKind::System;
 }

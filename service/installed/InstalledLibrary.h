@@ -1,8 +1,8 @@
 #pragma once
 
 #include "service/LibraryVersions.h"
+#include "service/ReaderNames.h"
 #include "service/ReadingLibrary.h"
-#include "service/embedded/ReaderNames.h"
 #include "service/installed/InstalledFunctions.h"
 
 /// A reading library that is installed on the system: a shared object with the functions of
@@ -20,7 +20,7 @@ public:
     ~InstalledLibrary() override;
 
     /// Nothing, and the library is closed, for the embedded mode.
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override;
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
     [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;

@@ -51,10 +51,10 @@ public:
         m_stage->closed.release();
     }
 
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override
     {
         work(Call::Initialise);
-        return mode == AccessMode::System ? LibraryKind::System : LibraryKind::Embedded;
+        return mode == LibraryMode::System ? LibraryKind::System : LibraryKind::Embedded;
     }
     [[nodiscard]] QStringList readers() override
     {
@@ -116,7 +116,7 @@ QString answersOf(ReadingLibrary& library, Call only = Call::None)
     QStringList answers;
     const auto wants = [only](Call call) { return only == Call::None || only == call; };
     if (wants(Call::Initialise)) {
-        const std::optional<LibraryKind> kind = library.initialise(AccessMode::System);
+        const std::optional<LibraryKind> kind = library.initialise(LibraryMode::System);
         answers << (kind ? QString::number(static_cast<int>(*kind)) : u"none"_s);
     }
     if (wants(Call::Readers))

@@ -95,7 +95,7 @@ private Q_SLOTS:
         installation.write(u"readers.text"_s, "Feitian SCR301\nAlcor AU9540\n");
         installation.write(u"read_card.text"_s, card);
         InstalledLibrary library(installation.place());
-        QCOMPARE(library.initialise(AccessMode::Automatic), std::optional(LibraryKind::System));
+        QCOMPARE(library.initialise(LibraryMode::Automatic), std::optional(LibraryKind::System));
         QCOMPARE(library.readers(), (QStringList{u"Feitian SCR301"_s, u"Alcor AU9540"_s}));
         QVERIFY(library.chooseReaders(u"Feitian SCR301"_s, u"Alcor AU9540"_s));
         QCOMPARE(cardOrResult(library.readCard()), QString::fromUtf8(card));
@@ -105,16 +105,16 @@ private Q_SLOTS:
 
     void onlyTheModesThatWantItHaveIt_data()
     {
-        QTest::addColumn<AccessMode>("mode");
+        QTest::addColumn<LibraryMode>("mode");
         QTest::addColumn<bool>("isUsed");
-        QTest::newRow("automatic") << AccessMode::Automatic << true;
-        QTest::newRow("system") << AccessMode::System << true;
-        QTest::newRow("embedded") << AccessMode::Embedded << false;
+        QTest::newRow("automatic") << LibraryMode::Automatic << true;
+        QTest::newRow("system") << LibraryMode::System << true;
+        QTest::newRow("embedded") << LibraryMode::Embedded << false;
     }
 
     void onlyTheModesThatWantItHaveIt()
     {
-        QFETCH(AccessMode, mode);
+        QFETCH(LibraryMode, mode);
         QFETCH(bool, isUsed);
         const Installation installation;
         InstalledLibrary library(installation.place());
@@ -127,11 +127,11 @@ private Q_SLOTS:
         const Installation installation;
         {
             InstalledLibrary library(installation.place());
-            QVERIFY(library.initialise(AccessMode::System).has_value());
-            QVERIFY(library.initialise(AccessMode::Automatic).has_value());
-            QVERIFY(!library.initialise(AccessMode::Embedded).has_value());
+            QVERIFY(library.initialise(LibraryMode::System).has_value());
+            QVERIFY(library.initialise(LibraryMode::Automatic).has_value());
+            QVERIFY(!library.initialise(LibraryMode::Embedded).has_value());
             QCOMPARE(installation.calls(), "open; close; open; close");
-            QVERIFY(library.initialise(AccessMode::Automatic).has_value());
+            QVERIFY(library.initialise(LibraryMode::Automatic).has_value());
         }
         QCOMPARE(installation.calls(), "open; close; open; close; open; close");
     }
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(installation.path(u"library.so"_s)));
         ErrorCapture errors;
         InstalledLibrary library(installation.place());
-        QVERIFY(!library.initialise(AccessMode::System).has_value());
+        QVERIFY(!library.initialise(LibraryMode::System).has_value());
         QCOMPARE(library.readers(), QStringList());
         QVERIFY(!library.chooseReaders(u"A"_s, u"A"_s));
         QCOMPARE(cardOrResult(library.readCard()), u"0"_s);
@@ -179,7 +179,7 @@ private Q_SLOTS:
         QCOMPARE(::chmod(installation.place().path().constData(), mode), 0);
         ErrorCapture errors;
         InstalledLibrary subject(installation.place());
-        QVERIFY(!subject.initialise(AccessMode::System).has_value());
+        QVERIFY(!subject.initialise(LibraryMode::System).has_value());
         const QString expected = u"com.morvel.lvit: bibliothèque de lecture installée refusée : "_s +
                                  reason.arg(installation.path(u"library.so"_s));
         QCOMPARE(errors.text().first(std::min(expected.size(), errors.text().size())), expected);
@@ -194,7 +194,7 @@ private Q_SLOTS:
         ErrorCapture errors;
         {
             InstalledLibrary library(installation.place());
-            QVERIFY(!library.initialise(AccessMode::Automatic).has_value());
+            QVERIFY(!library.initialise(LibraryMode::Automatic).has_value());
         }
         QCOMPARE(installation.calls(), "open");
         QCOMPARE(errors.text(),
@@ -207,7 +207,7 @@ private Q_SLOTS:
         installation.write(u"readers.text"_s, "Feitian SCR301 [CCID Interface] (1) 00 00\n\nFeitian SCR301 01 00\n"
                                               "Feitian SCR301 01 00\n");
         InstalledLibrary library(installation.place());
-        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QVERIFY(library.initialise(LibraryMode::System).has_value());
         QCOMPARE(library.readers(), (QStringList{u"Feitian SCR301"_s, u"Feitian SCR301 (2)"_s}));
         QVERIFY(library.chooseReaders(u"Feitian SCR301 (2)"_s, u"Feitian SCR301"_s));
         QVERIFY(installation.calls().endsWith(
@@ -222,7 +222,7 @@ private Q_SLOTS:
         installation.write(u"choose_readers.result"_s, "13");
         ErrorCapture errors;
         InstalledLibrary library(installation.place());
-        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QVERIFY(library.initialise(LibraryMode::System).has_value());
         QVERIFY(!library.chooseReaders(u"A"_s, u"A"_s));
         QVERIFY(errors.text().endsWith(u": pelmora_reading_choose_readers : résultat 13\n"_s));
     }
@@ -246,7 +246,7 @@ private Q_SLOTS:
         installation.write(file, content);
         ErrorCapture errors;
         InstalledLibrary library(installation.place());
-        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QVERIFY(library.initialise(LibraryMode::System).has_value());
         QCOMPARE(library.readers(), QStringList());
         QCOMPARE(errors.text().count(u'\n'), 1);
     }
@@ -260,7 +260,7 @@ private Q_SLOTS:
         installation.write(u"version3.text"_s, "\xFF");
         ErrorCapture errors;
         InstalledLibrary library(installation.place());
-        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QVERIFY(library.initialise(LibraryMode::System).has_value());
         const QString document = library.informations();
         QVERIFY2(document.contains(u"<version>4.20 &lt;é&gt;</version><tableLibVitale>5</tableLibVitale>"
                                    "<tableLibOrgDest></tableLibOrgDest><tableHab></tableHab>"_s),
@@ -288,7 +288,7 @@ private Q_SLOTS:
         installation.write(u"read_card.result"_s, result);
         ErrorCapture errors;
         InstalledLibrary library(installation.place());
-        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QVERIFY(library.initialise(LibraryMode::System).has_value());
         QCOMPARE(cardOrResult(library.readCard()), expected);
         // An empty reader is no news.
         QCOMPARE(errors.text().isEmpty(), result == "11");
@@ -323,7 +323,7 @@ private Q_SLOTS:
             installation.write(u"read_card.length"_s, length);
         ErrorCapture errors;
         InstalledLibrary library(installation.place());
-        QVERIFY(library.initialise(AccessMode::System).has_value());
+        QVERIFY(library.initialise(LibraryMode::System).has_value());
         QCOMPARE(cardOrResult(library.readCard()), u"17"_s);
         QCOMPARE(errors.text().count(u'\n'), 1);
         QVERIFY(!errors.text().contains(u"CIMEN"_s));

@@ -11,8 +11,8 @@ struct Script
 {
     QString name;
     std::optional<LibraryKind> kind; // what initialise answers, but for a refused mode
-    AccessMode refused = AccessMode::System;
-    QList<AccessMode> asked = {};
+    LibraryMode refused = LibraryMode::System;
+    QList<LibraryMode> asked = {};
 };
 
 class ScriptedLibrary final : public ReadingLibrary
@@ -23,7 +23,7 @@ public:
     {
     }
 
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override
     {
         m_script->asked << mode;
         return mode == m_script->refused ? std::nullopt : m_script->kind;
@@ -46,12 +46,12 @@ struct Subject
     explicit Subject(bool isInstalled)
         : installed{.name = u"installed"_s,
                     .kind = isInstalled ? std::optional(LibraryKind::System) : std::nullopt,
-                    .refused = AccessMode::Embedded}
+                    .refused = LibraryMode::Embedded}
     {
     }
 
     Script installed;
-    Script embedded{.name = u"embedded"_s, .kind = LibraryKind::Embedded, .refused = AccessMode::System};
+    Script embedded{.name = u"embedded"_s, .kind = LibraryKind::Embedded, .refused = LibraryMode::System};
     LibraryChoice choice{std::make_unique<ScriptedLibrary>(&installed), std::make_unique<ScriptedLibrary>(&embedded)};
 };
 
@@ -64,22 +64,22 @@ class TestLibraryChoice : public QObject
 private Q_SLOTS:
     void theModeSaysWhoseLibraryReads_data()
     {
-        QTest::addColumn<AccessMode>("mode");
+        QTest::addColumn<LibraryMode>("mode");
         QTest::addColumn<bool>("isInstalled");
         QTest::addColumn<std::optional<LibraryKind>>("kind");
         const auto system = std::optional(LibraryKind::System);
         const auto embedded = std::optional(LibraryKind::Embedded);
-        QTest::newRow("automatic, installed") << AccessMode::Automatic << true << system;
-        QTest::newRow("automatic, not installed") << AccessMode::Automatic << false << embedded;
-        QTest::newRow("system, installed") << AccessMode::System << true << system;
-        QTest::newRow("system, not installed") << AccessMode::System << false << std::optional<LibraryKind>();
-        QTest::newRow("embedded, installed") << AccessMode::Embedded << true << embedded;
-        QTest::newRow("embedded, not installed") << AccessMode::Embedded << false << embedded;
+        QTest::newRow("automatic, installed") << LibraryMode::Automatic << true << system;
+        QTest::newRow("automatic, not installed") << LibraryMode::Automatic << false << embedded;
+        QTest::newRow("system, installed") << LibraryMode::System << true << system;
+        QTest::newRow("system, not installed") << LibraryMode::System << false << std::optional<LibraryKind>();
+        QTest::newRow("embedded, installed") << LibraryMode::Embedded << true << embedded;
+        QTest::newRow("embedded, not installed") << LibraryMode::Embedded << false << embedded;
     }
 
     void theModeSaysWhoseLibraryReads()
     {
-        QFETCH(AccessMode, mode);
+        QFETCH(LibraryMode, mode);
         QFETCH(bool, isInstalled);
         QFETCH(std::optional<LibraryKind>, kind);
         Subject subject(isInstalled);
@@ -96,7 +96,7 @@ private Q_SLOTS:
     void afterARefusedModeNoLibraryIsInUse()
     {
         Subject subject(false);
-        QVERIFY(!subject.choice.initialise(AccessMode::System).has_value());
+        QVERIFY(!subject.choice.initialise(LibraryMode::System).has_value());
         QCOMPARE(subject.choice.readers(), QStringList());
         QVERIFY(!subject.choice.chooseReaders(u"embedded"_s, u"embedded"_s));
         QVERIFY(subject.choice.readCard() == std::unexpected(ReadResult::Unusable));
@@ -107,9 +107,9 @@ private Q_SLOTS:
     void theInstalledLibraryIsToldThatItIsNotWanted()
     {
         Subject subject(true);
-        QCOMPARE(subject.choice.initialise(AccessMode::System), std::optional(LibraryKind::System));
-        QCOMPARE(subject.choice.initialise(AccessMode::Embedded), std::optional(LibraryKind::Embedded));
-        QCOMPARE(subject.installed.asked, (QList{AccessMode::System, AccessMode::Embedded}));
+        QCOMPARE(subject.choice.initialise(LibraryMode::System), std::optional(LibraryKind::System));
+        QCOMPARE(subject.choice.initialise(LibraryMode::Embedded), std::optional(LibraryKind::Embedded));
+        QCOMPARE(subject.installed.asked, (QList{LibraryMode::System, LibraryMode::Embedded}));
         QCOMPARE(subject.choice.readers(), QStringList{u"embedded"_s});
     }
 

@@ -27,9 +27,9 @@ public:
     {
     }
 
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode mode) override
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override
     {
-        return mode == AccessMode::System ? LibraryKind::System : LibraryKind::Embedded;
+        return mode == LibraryMode::System ? LibraryKind::System : LibraryKind::Embedded;
     }
     [[nodiscard]] QStringList readers() override { return m_readers; }
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override

@@ -44,7 +44,7 @@ struct Outcome
 class EmptyLibrary final : public ReadingLibrary
 {
 public:
-    [[nodiscard]] std::optional<LibraryKind> initialise(AccessMode) override { return LibraryKind::Embedded; }
+    [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode) override { return LibraryKind::Embedded; }
     [[nodiscard]] QStringList readers() override { return {}; }
     [[nodiscard]] bool chooseReaders(const QString&, const QString&) override { return true; }
     [[nodiscard]] QString informations() override { return u"<informations/>"_s; }

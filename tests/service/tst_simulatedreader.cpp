@@ -36,9 +36,9 @@ private Q_SLOTS:
     void itIsEmbeddedUnlessTheSystemsLibraryIsAskedFor()
     {
         SimulatedReader reader("x");
-        QCOMPARE(reader.initialise(AccessMode::Automatic), LibraryKind::Embedded);
-        QCOMPARE(reader.initialise(AccessMode::System), LibraryKind::System);
-        QCOMPARE(reader.initialise(AccessMode::Embedded), LibraryKind::Embedded);
+        QCOMPARE(reader.initialise(LibraryMode::Automatic), LibraryKind::Embedded);
+        QCOMPARE(reader.initialise(LibraryMode::System), LibraryKind::System);
+        QCOMPARE(reader.initialise(LibraryMode::Embedded), LibraryKind::Embedded);
     }
 
     void onlyItsOwnReaderCanBeChosen()

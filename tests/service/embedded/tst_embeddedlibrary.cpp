@@ -119,9 +119,9 @@ private Q_SLOTS:
     {
         Script script;
         EmbeddedLibrary library = libraryOf(script);
-        QVERIFY(library.initialise(AccessMode::Automatic) == LibraryKind::Embedded);
-        QVERIFY(library.initialise(AccessMode::Embedded) == LibraryKind::Embedded);
-        QVERIFY(!library.initialise(AccessMode::System));
+        QVERIFY(library.initialise(LibraryMode::Automatic) == LibraryKind::Embedded);
+        QVERIFY(library.initialise(LibraryMode::Embedded) == LibraryKind::Embedded);
+        QVERIFY(!library.initialise(LibraryMode::System));
     }
 
     void readersAreNamedByTheirModels()
@@ -164,7 +164,7 @@ private Q_SLOTS:
         EmbeddedLibrary library = libraryOf(script);
         QVERIFY(library.readCard() == std::unexpected(ReadResult::ReaderFault));
         QVERIFY(library.chooseReaders(feitian, feitian));
-        QVERIFY(library.initialise(AccessMode::Embedded));
+        QVERIFY(library.initialise(LibraryMode::Embedded));
         QVERIFY(library.readCard() == std::unexpected(ReadResult::ReaderFault));
         QCOMPARE(script.calls, QList<QByteArray>());
     }

@@ -1,4 +1,4 @@
-#include "service/embedded/ReaderNames.h"
+#include "service/ReaderNames.h"
 
 #include <QTest>
 
