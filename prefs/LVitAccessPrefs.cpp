@@ -36,7 +36,7 @@ constexpr std::array<Mode, AccessMode::names.size()> modes{{
 /// A field of the view, and the key of what it shows.
 struct VersionField
 {
-    QLabel* Ui::LVitAccessView::* field;
+    QLabel* Ui::LVitAccessView::* field = nullptr;
     QStringView key;
 };
 
