@@ -72,6 +72,19 @@ private Q_SLOTS:
         QTEST(m_pane->lastCheckTextField()->text(), "text");
     }
 
+    void aDateThatIsMissingLeavesNoGap()
+    {
+        makeUpdater();
+        m_pane->setUpdater(m_updater.get());
+        m_pane->initialization();
+        QVERIFY(show(*m_pane));
+        const auto* button = control<QPushButton>(*m_pane, "checkNowButton");
+        const auto* hint = control<QLabel>(*m_pane, "privacyHint");
+        const int gap = hint->mapTo(hint->window(), QPoint()).y() -
+                        button->mapTo(button->window(), QPoint(0, button->height())).y();
+        QCOMPARE_LT(gap, hint->fontMetrics().height());
+    }
+
     void theDateIsTheOneOfTheStart()
     {
         makeUpdater();
