@@ -3,15 +3,33 @@
 // part of the executable, and of no library. A sanitizer, which has its own, goes without.
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
+#include <dlfcn.h>
 #include <malloc.h>
 #include <string.h>
 
-// The system's functions under the names that it keeps for those who replace them.
-extern "C" void __libc_free(void* block) noexcept;
+namespace {
+
+/// Gives a block back to where malloc had it from: the system's C library, or the allocator that a machine preloads in
+/// its place.
+void giveBack(void* block) noexcept
+{
+    using Free = void (*)(void* block);
+    // Not by a guarded initialisation, which could not bear that looking for it frees something.
+    static constinit std::atomic<Free> next = nullptr;
+    Free found = next.load(std::memory_order_relaxed);
+    if (found == nullptr) {
+        found = reinterpret_cast<Free>(::dlsym(RTLD_NEXT, "free"));
+        next.store(found, std::memory_order_relaxed);
+    }
+    found(block);
+}
+
+} // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-no-malloc): what this is about.
 extern "C" void free(void* block) noexcept
@@ -19,7 +37,7 @@ extern "C" void free(void* block) noexcept
     if (block == nullptr)
         return;
     ::explicit_bzero(block, ::malloc_usable_size(block));
-    __libc_free(block);
+    giveBack(block);
 }
 
 // The system's own would leave the old block as it was.

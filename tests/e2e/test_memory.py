@@ -1,5 +1,5 @@
-"""Nothing of a card stays in the card service's memory. Usage: test_memory.py STAGE UNCLEARED-SERVICE, in a network of
-its own"""
+"""Nothing of a card stays in the card service's memory. Usage: test_memory.py STAGE UNCLEARED-SERVICE ALLOCATOR, in a
+network of its own"""
 
 import os
 import sys
@@ -15,6 +15,7 @@ from virtualcard import VirtualCard  # noqa: E402
 
 STAGE = sys.argv.pop(1)
 UNCLEARED = sys.argv.pop(1)
+ALLOCATOR = sys.argv.pop(1)
 
 # Words that no program has a reason to know.
 TEXTS = ("ZYGOTSPECIMEN", "QUIRINALE", "2870675998877", "12, IMPASSE DES XYLOPHONES")
@@ -45,8 +46,8 @@ class SimulatedCardTest(unittest.TestCase):
         service.readers()
         return traces(service.process.pid, TEXTS)
 
-    def service(self, program=None):
-        service = CardService(STAGE, "--simulate", self.card)
+    def service(self, program=None, **environment):
+        service = CardService(STAGE, "--simulate", self.card, **environment)
         service.program = program or service.program
         return service
 
@@ -56,6 +57,10 @@ class SimulatedCardTest(unittest.TestCase):
                 self.assertEqual(self.read_and_look(service, size), [])
                 # Nor after more of them.
                 self.assertEqual(self.read_and_look(service, size // 3), [])
+
+    def test_nor_where_the_machine_has_another_allocator(self):
+        with self.service(LD_PRELOAD=ALLOCATOR) as service:
+            self.assertEqual(self.read_and_look(service), [])
 
     def test_without_the_clearing_the_card_would_be_found(self):
         with self.service(UNCLEARED) as service:
