@@ -61,9 +61,10 @@ std::expected<CardDecoder, CardGap> CardDecoder::parse(const CardMap& map, const
     }
     if (!map.wantsAllPointed())
         return decoder;
+    std::set<CardFileId> known; // two names may point to one file
     for (const PointedFile& file : *pointed) {
         const auto found = content.find(file.id);
-        if (found == content.end())
+        if (found == content.end() || !known.insert(file.id).second)
             continue;
         if (Result parsed = decoder.parsePointed(file.id, found->second); !parsed)
             return std::unexpected(std::move(parsed.error()));

@@ -2,7 +2,9 @@
 #include "service/embedded/CardDocument.h"
 #include "service/embedded/CardFileList.h"
 #include "service/embedded/SiteMaps.h"
+#include "service/embedded/Tlv.h"
 #include "tests/card/CardXml.h"
+#include "tests/service/embedded/CardBytes.h"
 
 #include <QDir>
 #include <QFile>
@@ -189,6 +191,22 @@ private Q_SLOTS:
                  u"il manque à l’assuré : ident/rangDeNaissance, amo/qualBenef, amo/codeRegime, amo/caisse, "
                  "amo/centreCarte, amo/codeGestion ; au bénéficiaire 2 : ident/rangDeNaissance"_s);
         QVERIFY(document.error().kind == CardGap::Kind::Missing);
+    }
+
+    void aFileThatIsPointedToTwiceHoldsItsPersonsOnce()
+    {
+        const CardMap map = shippedMap("vitale2.json");
+        CardContent content = readAlong(map, encoded(u"second-generation"_s));
+        const QString once = cardDocument(map, content).error().explanation;
+        const QByteArray pointers = content[*map.pointers];
+        const auto directory = parseTlv(pointers);
+        QByteArray all;
+        for (const TlvObject& object : directory->front().children) {
+            const QByteArray bytes = object.value.toByteArray();
+            all += object.tag == 0x80 ? tlv("80", bytes) + tlv("80", "AUTRE   " + bytes.sliced(8)) : tlv("A0", bytes);
+        }
+        content[*map.pointers] = tlv("E0", all);
+        QCOMPARE(cardDocument(map, content).error().explanation, once);
     }
 
     void aDamagedRecordAmongThePointedFilesIsTold()
