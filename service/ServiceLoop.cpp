@@ -44,10 +44,12 @@ std::optional<ServiceLoop::End> ServiceLoop::answerRequests()
             return End::Malformed;
         const ServiceMessage reply{.number = request.number,
                                    .body = request.body ? m_commands.answer(*request.body) : std::nullopt};
-        if (const std::optional<End> end = write(encodeServiceMessage(reply)))
-            return end;
+        const std::optional<End> end = write(encodeServiceMessage(reply));
+        // Whether or not anybody was left to hear the reply: the call still hangs.
         if (m_commands.isBeyondUse())
             return End::BeyondUse;
+        if (end)
+            return end;
         clearUnusedStack();
     }
 }

@@ -12,14 +12,15 @@
  * times. Open and close may alternate for as long as the process lives; the library is never unloaded.
  *
  * Time: a read that lasts longer than 20 seconds, or another call that lasts longer than 10, is answered by the service
- * as a failure, and its process ends, without pelmora_reading_close.
+ * as a failure, and its process ends, without pelmora_reading_close. When the process is to leave,
+ * pelmora_reading_close is called, but what has not come to its end within a second is killed.
  *
  * Texts: UTF-8, not ended by a zero byte. The memory is the caller's; see struct pelmora_reading_text.
  *
- * The process: no connection to a network, and no file written to but devices and what lies in the user's folders
- * ~/Library/Logs/santesocial and ~/Library/Preferences/santesocial/sedica. Standard output and standard error go to
- * Pelmora's log, where nothing of a card may appear. Signal handlers, the locale and the working folder are to be left
- * alone.
+ * The process: no sockets but local ones (AF_UNIX), and no file written to but devices and what lies in the user's
+ * folders ~/Library/Logs/santesocial and ~/Library/Preferences/santesocial/sedica. Programs that the library starts are
+ * bound in the same way; 32-bit ones are killed. Standard output and standard error go to Pelmora's log, where nothing
+ * of a card may appear. Signal handlers, the locale and the working folder are to be left alone.
  */
 #ifndef PELMORA_READING_LIBRARY_H
 #define PELMORA_READING_LIBRARY_H

@@ -40,10 +40,15 @@ struct Outcome
     QByteArray replies;
 };
 
-/// A library without readers, which is beyond use once it has been asked for a card.
+/// A library without readers, which is beyond use from the start or once it has been asked for a card.
 class EmptyLibrary final : public ReadingLibrary
 {
 public:
+    explicit EmptyLibrary(bool isBeyondUse)
+        : m_isBeyondUse(isBeyondUse)
+    {
+    }
+
     [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode) override { return LibraryKind::Embedded; }
     [[nodiscard]] QStringList readers() override { return {}; }
     [[nodiscard]] bool chooseReaders(const QString&, const QString&) override { return true; }
@@ -56,12 +61,12 @@ public:
     [[nodiscard]] bool isBeyondUse() const override { return m_isBeyondUse; }
 
 private:
-    bool m_isBeyondUse = false;
+    bool m_isBeyondUse;
 };
 
-ServiceCommands commands()
+ServiceCommands commands(bool areBeyondUse = false)
 {
-    return ServiceCommands(std::make_unique<EmptyLibrary>(), {});
+    return ServiceCommands(std::make_unique<EmptyLibrary>(areBeyondUse), {});
 }
 
 /// What a loop makes of these bytes, which must fit a pipe, and their end.
@@ -175,8 +180,18 @@ private Q_SLOTS:
         QCOMPARE(outcome.replies, request(1, initialised) + request(2, success) + request(3, mute));
     }
 
-    void aLostReaderOfItsRepliesEndsItAsTheEndOfRequestsDoes()
+    void aLostReaderOfItsRepliesEndsIt_data()
     {
+        QTest::addColumn<bool>("isBeyondUse");
+        QTest::addColumn<ServiceLoop::End>("end");
+        QTest::newRow("at rest") << false << ServiceLoop::End::Closed;
+        QTest::newRow("with a call that hangs") << true << ServiceLoop::End::BeyondUse;
+    }
+
+    void aLostReaderOfItsRepliesEndsIt()
+    {
+        QFETCH(bool, isBeyondUse);
+        QFETCH(ServiceLoop::End, end);
         Pipe requests = makePipe();
         Pipe replies = makePipe();
         {
@@ -185,8 +200,8 @@ private Q_SLOTS:
         const QByteArray bytes = request(1, command(ServiceWord::readersList));
         QCOMPARE(::write(requests.write.get(), bytes.constData(), static_cast<std::size_t>(bytes.size())),
                  bytes.size());
-        ServiceLoop loop(commands(), std::move(requests.read), std::move(replies.write));
-        QCOMPARE(loop.run(), ServiceLoop::End::Closed);
+        ServiceLoop loop(commands(isBeyondUse), std::move(requests.read), std::move(replies.write));
+        QCOMPARE(loop.run(), end);
     }
 
     void aDescriptorThatCannotBeReadIsAFailure()
