@@ -123,9 +123,20 @@ private Q_SLOTS:
     void everyPictureIsThere()
     {
         const QStringList pictures = matchesOf(u"src(?:set)?=\"([^\"]+)\""_s, m_page);
-        QCOMPARE(pictures.size(), 4);
+        QCOMPARE(pictures.size(), 6);
         for (const QString& picture : pictures)
             QVERIFY2(QFile::exists(QStringLiteral(PELMORA_STAGE_SHARE "/") + picture), qPrintable(picture));
+    }
+
+    void noLineBreaksBetweenAWordAndItsMark()
+    {
+        QString text = m_page;
+        text.remove(QRegularExpression(u"<style>.*</style>|<[^>]*>"_s, QRegularExpression::DotMatchesEverythingOption));
+        QCOMPARE(matchesOf(u"([^\\n]{0,20}\\s[;:?!»])"_s, text), QStringList());
+        QCOMPARE(matchesOf(u"(«\\s[^\\n]{0,20})"_s, text), QStringList());
+        // Narrow ones inside quotation marks and before these; a colon takes a wide one.
+        QCOMPARE(matchesOf(u"([^\\n]{0,20}&nbsp;[;?!»])"_s, text), QStringList());
+        QCOMPARE(matchesOf(u"(«&nbsp;[^\\n]{0,20})"_s, text), QStringList());
     }
 
     void nothingIsFetchedFromElsewhere()
