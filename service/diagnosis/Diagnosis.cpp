@@ -108,9 +108,9 @@ Lines installedLines(const Diagnosis& diagnosis)
 
 Lines embeddedLines(const Diagnosis& diagnosis)
 {
-    Lines lines{
-        {u"Version"_s, diagnosis.version},
-        {u"Emploi"_s, installedIsUsed(diagnosis) ? u"en mode embarqué seulement"_s : u"sert en mode automatique"_s}};
+    const bool isFirst = diagnosis.installed && !diagnosis.installed->isOpen;
+    Lines lines{{u"Version"_s, diagnosis.version},
+                {u"Emploi"_s, isFirst ? u"sert en mode automatique"_s : u"en mode embarqué seulement"_s}};
     // Each on a line of its own, under one label.
     for (qsizetype index = 0; index < diagnosis.cardMaps.size(); ++index)
         lines << Line{index == 0 ? u"Cartes connues"_s : QString(), diagnosis.cardMaps[index]};
@@ -129,23 +129,38 @@ Lines protectionLines(const Diagnosis& diagnosis)
     return lines;
 }
 
+/// Whether the library that reads in the automatic mode sees the reader.
+bool hasAcceptedReader(const Diagnosis& diagnosis)
+{
+    if (installedIsUsed(diagnosis))
+        return diagnosis.installed->readers.contains(acceptedReader);
+    return diagnosis.readers && *diagnosis.readers &&
+           std::ranges::any_of(**diagnosis.readers, [](const ReaderFacts& reader) {
+               return reader.name.shown == acceptedReader && reader.state.has_value();
+           });
+}
+
 QString conclusion(const Diagnosis& diagnosis)
 {
     const QString model = acceptedReader.toString();
-    return diagnosis.isReady()
-               ? u"Conclusion : un lecteur « %1 » est prêt, Pelmora peut lire une carte."_s.arg(model)
-               : u"Conclusion : Pelmora ne trouve pas de lecteur « %1 », le seul qu’il accepte."_s.arg(model);
+    // In the automatic mode the service asks it first, and comes no further.
+    if (!diagnosis.installed)
+        return u"Conclusion : la bibliothèque de lecture installée bloque la lecture, retirez-la ou choisissez le mode "
+               u"embarqué."_s;
+    if (!hasAcceptedReader(diagnosis))
+        return u"Conclusion : Pelmora ne trouve pas de lecteur « %1 », le seul qu’il accepte."_s.arg(model);
+    const QString ready = u"Conclusion : un lecteur « %1 » est prêt, "_s.arg(model);
+    if (installedIsUsed(diagnosis))
+        return ready + u"Pelmora peut lire une carte."_s;
+    return ready + (diagnosis.cardMaps.isEmpty() ? u"mais Pelmora ne connaît aucune carte."_s
+                                                 : u"Pelmora peut lire les cartes connues."_s);
 }
 
 } // namespace
 
 bool Diagnosis::isReady() const
 {
-    if (installedIsUsed(*this))
-        return installed->readers.contains(acceptedReader);
-    return readers && *readers && std::ranges::any_of(**readers, [](const ReaderFacts& reader) {
-               return reader.name.shown == acceptedReader && reader.state.has_value();
-           });
+    return installed && hasAcceptedReader(*this) && (installed->isOpen || !cardMaps.isEmpty());
 }
 
 QString diagnosisText(const Diagnosis& diagnosis)

@@ -49,7 +49,7 @@ struct Diagnosis
     QStringList warnings; // what is wrong with its files
     QStringList lackingProtections;
 
-    /// Whether the automatic mode finds the accepted reader.
+    /// Whether the automatic mode finds the accepted reader, and a library for its cards.
     [[nodiscard]] bool isReady() const;
 };
 

@@ -83,7 +83,7 @@ Bibliothèque de lecture embarquée
 Protections
   État                toutes en place (privilèges, réseau, écriture de fichiers)
 
-Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire une carte.
+Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les cartes connues.
 )"_s;
         QCOMPARE(diagnosisText(soundDiagnosis()).split(u'\n'), expected.split(u'\n'));
         QVERIFY(soundDiagnosis().isReady());
@@ -128,8 +128,17 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire une ca
             [](Diagnosis& d) { d.installed->refusal = SystemFileFault{.isAbsent = false, .reason = u"raison"_s}; });
         row("library that does not open", true, u"  État                refusée : elle ne s’ouvre pas"_s,
             [](Diagnosis& d) { d.installed->refusal.reset(); });
-        row("library that hangs", true, u"  État                pas de réponse : un appel reste bloqué"_s,
+        row("library that hangs", false, u"  État                pas de réponse : un appel reste bloqué"_s,
             [](Diagnosis& d) { d.installed.reset(); });
+        row("what the library that hangs does to the other one", false,
+            u"  Emploi              en mode embarqué seulement"_s, [](Diagnosis& d) { d.installed.reset(); });
+        row("conclusion with a library that hangs", false,
+            u"Conclusion : la bibliothèque de lecture installée bloque la lecture, retirez-la ou choisissez le mode "
+            u"embarqué."_s,
+            [](Diagnosis& d) { d.installed.reset(); });
+        row("no card is known", false,
+            u"Conclusion : un lecteur « Feitian SCR301 » est prêt, mais Pelmora ne connaît aucune carte."_s,
+            [](Diagnosis& d) { d.cardMaps.clear(); });
         row("faulty map", true, u"  À corriger          carte.json : ligne 3"_s,
             [](Diagnosis& d) { d.warnings = {u"carte.json : ligne 3"_s}; });
         row("lacking protection", true, u"  À savoir            protection indisponible : x"_s,
@@ -152,7 +161,8 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire une ca
         for (const QString& line :
              {u"  État                acceptée, sert en mode automatique"_s, u"  Version             4.20"_s,
               u"  Table des cartes    7"_s, u"  Destinataires       —"_s,
-              u"  Lecteurs            Feitian SCR301, Autre"_s, u"  Emploi              en mode embarqué seulement"_s})
+              u"  Lecteurs            Feitian SCR301, Autre"_s, u"  Emploi              en mode embarqué seulement"_s,
+              u"Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire une carte."_s})
             QCOMPARE(withLine(diagnosis, line), line);
         QVERIFY(diagnosis.isReady());
         // Its own readers count, and not those of PC/SC.
