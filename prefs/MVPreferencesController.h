@@ -23,6 +23,8 @@ public:
     using Panes = std::vector<std::shared_ptr<MVPreference>>;
 
     MVPreferencesController();
+    MVPreferencesController(const MVPreferencesController&) = delete;
+    MVPreferencesController& operator=(const MVPreferencesController&) = delete;
     ~MVPreferencesController() override;
 
     /// The pane whose view is in the window; null until the window first shows one.
