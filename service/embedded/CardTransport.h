@@ -15,7 +15,7 @@ public:
     CardTransport& operator=(const CardTransport&) = delete;
     virtual ~CardTransport() = default;
 
-    /// Sends a command APDU and blocks until the card has answered, which a mute card never does. An answer holds at
-    /// least the two bytes of its status.
+    /// Sends a command APDU and blocks until the card has answered, which a mute card never does. The answer is as the
+    /// card gave it, but never empty: it may lack its status.
     [[nodiscard]] virtual std::expected<QByteArray, CardFault> transmit(QByteArrayView command) = 0;
 };
