@@ -90,9 +90,10 @@ class Preferences(unittest.TestCase):
         return [name for name, control in PANES.items() if pelmora.find_now(*control)]
 
     def choose_mode(self, pelmora, name):
-        """Chooses an entry of the mode menu by the keyboard; its label's letter leads to it."""
+        """Chooses an entry of the mode menu by the keyboard; its label's letter leads to it. The menu is opened: each
+        step in a closed one is a choice, whose bind ends the one before."""
         wait(lambda: is_in_front(WINDOW))
-        key("alt+l", "Home", *["Down"] * list(MODES).index(name))
+        key("alt+l", "alt+Down", "Home", *["Down"] * list(MODES).index(name), "Return")
         wait(lambda: pelmora.find_now("label", MODES[name].replace(".", "\\.")))
 
     def versions(self, pelmora):
@@ -218,8 +219,8 @@ class Panes(Preferences):
             with self.subTest(name):
                 self.choose_mode(pelmora, name)
                 wait(lambda value=str(number): self.setting("MVLVitMode") == value)
-                if number != 1:
-                    pelmora.find("panel", EMBEDDED)
+                # Until it is bound: another choice would end the bind, which is told as a failure.
+                pelmora.find("panel", INSTALLED if number == 1 else EMBEDDED)
         self.choose_mode(pelmora, "Embarquée avec Pelmora")
         wait(lambda: self.setting("MVLVitMode") == "2")
 
