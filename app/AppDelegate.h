@@ -41,6 +41,8 @@ public:
     };
 
     AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitAccess> client);
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
     ~AppDelegate() override;
 
     /// The window is there: its first looks, and its buttons and menus find their operations.

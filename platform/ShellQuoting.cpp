@@ -5,5 +5,5 @@ using namespace Qt::StringLiterals;
 QString quotedForShell(QString text)
 {
     // Between quotes everything stands for itself but a quote: it is written outside of them.
-    return u'\'' + text.replace(u'\'', "'\\''"_L1) + u'\'';
+    return u'\'' + text.replace(u'\'', R"('\'')"_L1) + u'\'';
 }
