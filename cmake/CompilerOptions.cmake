@@ -18,7 +18,9 @@ target_compile_definitions(pelmora_options INTERFACE
 
 if(PELMORA_SANITIZERS)
   target_compile_options(pelmora_options INTERFACE
-    -fsanitize=${PELMORA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=${PELMORA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    # Of sources that are compiled together, all but the first look like headers.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
   target_link_options(pelmora_options INTERFACE -fsanitize=${PELMORA_SANITIZERS})
 else()
   # _FORTIFY_SOURCE needs optimisation, and the sanitizers replace what it checks.
@@ -27,7 +29,7 @@ else()
 endif()
 
 # What is delivered does not tell where it was built: the same sources make the same bytes in every folder.
-target_compile_options(pelmora_options INTERFACE "$<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>")
+target_compile_options(pelmora_options INTERFACE "$<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>")
 
 target_link_options(pelmora_options INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed)
 
