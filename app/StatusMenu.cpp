@@ -4,11 +4,11 @@ std::vector<MenuEntry> StatusMenu::entries()
 {
     std::vector<MenuEntry> entries;
     int tag = ReadTag;
-    for (const QStringView title : titles) {
-        if (title.startsWith(separatorMark))
+    for (const QStringView text : titles) {
+        if (text.startsWith(separatorMark))
             entries.push_back(MenuEntry::separator());
         else
-            entries.push_back({.title = title.toString(), .tag = tag++});
+            entries.push_back({.title = text.toString(), .tag = tag++});
     }
     return entries;
 }

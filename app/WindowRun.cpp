@@ -27,8 +27,8 @@ constexpr int failure = 1;
 bool hasVisibleWindows()
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
-    return std::any_of(windows.begin(), windows.end(),
-                       [](const QWidget* window) { return window->isVisible() && !window->isMinimized(); });
+    return std::ranges::any_of(windows,
+                               [](const QWidget* window) { return window->isVisible() && !window->isMinimized(); });
 }
 
 void describeApplication()
