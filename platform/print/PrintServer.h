@@ -39,8 +39,8 @@ struct PrintJob
     QList<PrintOption> options;
 };
 
-/// The CUPS server of this session. Every operation waits for the server, but never long: on the interface thread they
-/// have no place while there are windows. Any thread; one operation at a time.
+/// The CUPS server that the user prints to. Every operation waits for the server, but never long: on the interface
+/// thread they have no place while there are windows. Any thread; one operation at a time.
 class PrintServer
 {
 public:
