@@ -3,7 +3,7 @@
 #include "card/CardParser.h"
 #include "card/MessageDescription.h"
 #include "card/PelmoraError.h"
-#include "card/ReaderModel.h"
+#include "card/ReaderChoice.h"
 #include "card/ServiceReply.h"
 #include "card/ServiceVocabulary.h"
 #include "support/MXLog.h"
@@ -285,26 +285,18 @@ void LVitAccess::getReaders(ReadersHandler handler)
         });
 }
 
-/// Last step of a bind: the accepted reader for the health card, whatever its place in the list, and another one, if
-/// there is one, for the professional card.
 void LVitAccess::chooseReaders(const QVariantMap& readers, BindHandler handler)
 {
-    QStringList names = readers.value(ReaderKey::readers.toString()).toStringList();
-    if (names.isEmpty()) {
-        complete(handler, false, PelmoraError::noReader());
+    const QStringList names = readers.value(ReaderKey::readers.toString()).toStringList();
+    if (!names.isEmpty())
+        MXLog::logDebug("Readers: {}", printableTexts(names));
+    const std::expected<QVariantMap, Error> choice = readerChoice(names);
+    if (!choice) {
+        complete(handler, false, choice.error());
         return;
     }
-    MXLog::logDebug("Readers: {}", printableTexts(names));
-    const qsizetype accepted = names.indexOf(acceptedReader);
-    if (accepted < 0) {
-        complete(handler, false, PelmoraError::badReader());
-        return;
-    }
-    names.swapItemsAt(0, accepted);
-    const QVariantMap choice{{ReaderKey::vitale.toString(), names[0]},
-                             {ReaderKey::cps.toString(), names.size() > 1 ? names[1] : names[0]}};
-    setReaders(choice, [self = shared_from_this(),
-                        handler = std::move(handler)](bool isSet, const std::optional<Error>& error) mutable {
+    setReaders(*choice, [self = shared_from_this(),
+                         handler = std::move(handler)](bool isSet, const std::optional<Error>& error) mutable {
         // A bind that came as far as this counts as done, whatever the service made of the choice.
         self->setState(&State::initialized, true);
         complete(handler, isSet, error);

@@ -1,0 +1,17 @@
+#include "card/ReaderChoice.h"
+
+#include "card/CardServiceKeys.h"
+#include "card/PelmoraError.h"
+#include "card/ReaderModel.h"
+
+std::expected<QVariantMap, Error> readerChoice(QStringList names)
+{
+    if (names.isEmpty())
+        return std::unexpected(PelmoraError::noReader());
+    const qsizetype accepted = names.indexOf(acceptedReader);
+    if (accepted < 0)
+        return std::unexpected(PelmoraError::badReader());
+    names.swapItemsAt(0, accepted);
+    return QVariantMap{{ReaderKey::vitale.toString(), names[0]},
+                       {ReaderKey::cps.toString(), names.size() > 1 ? names[1] : names[0]}};
+}
