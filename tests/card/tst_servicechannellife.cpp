@@ -1,0 +1,199 @@
+#include "tests/card/ChannelTest.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace ChannelTest;
+
+class TestServiceChannelLife : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        m_log.clear();
+    }
+
+    void closingAnswersWhatWaitsAndTellsNoEvent();
+    void requestsWithoutAConnectionAreAnsweredAtOnce();
+    void numbersStartAgainOnANewConnection();
+    void destructionAnswersWhatWaitsAndEndsTheHelper();
+    void destructionOutlastsAHelperThatIgnoresTheEndOfItsInput();
+    void destructionFromAHandlerIsPossible();
+    void tasksRunInOrderOnOneThreadOfTheirOwn();
+    void tasksPostedBeforeTheEndAreRunAndCannotConnect();
+    void tasksPostedAfterTheEndAreDropped();
+
+private:
+    LogCapture m_log;
+};
+
+void TestServiceChannelLife::closingAnswersWhatWaitsAndTellsNoEvent()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"silent"_s}));
+    const auto story = std::make_shared<Story>();
+    QCOMPARE(converse(channel, story, {u"a"_s, u"b"_s}), true);
+    QCOMPARE(onChannel(channel,
+                       [&] {
+                           channel.close();
+                           channel.close();
+                           return true;
+                       }),
+             true);
+    channel.stop();
+    QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
+}
+
+void TestServiceChannelLife::requestsWithoutAConnectionAreAnsweredAtOnce()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command());
+    const auto answer = onChannel(channel, [&] {
+        QString text;
+        channel.send(request(), [&](const std::optional<QCborMap>& reply) { text = textOf(reply); });
+        return text;
+    });
+    QCOMPARE(answer, u"none"_s);
+    QVERIFY(fake.notes().isEmpty());
+}
+
+void TestServiceChannelLife::numbersStartAgainOnANewConnection()
+{
+    // The second service drops replies to the numbers of the first: each connection counts from 1.
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"b"_s, u"twice"_s}));
+    const auto first = std::make_shared<Story>();
+    QCOMPARE(converse(channel, first, {u"a"_s}), true);
+    QVERIFY(waitForEnd(*first));
+    QCOMPARE(onChannel(channel,
+                       [&] {
+                           channel.close();
+                           return channel.isOpen();
+                       }),
+             false);
+    const auto second = std::make_shared<Story>();
+    QCOMPARE(converse(channel, second, {u"b"_s, u"c"_s}), true);
+    QVERIFY(waitForEnd(*second));
+    channel.stop();
+    QCOMPARE(second->events.size(), 2);
+    QCOMPARE(m_log.lines(MXLog::Warning), QStringList{u"Card service: reply to request 1, which does not wait"_s});
+    QCOMPARE(fake.processes().size(), 2);
+}
+
+void TestServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheHelper()
+{
+    const FakeService fake;
+    const auto story = std::make_shared<Story>();
+    {
+        ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"silent"_s}));
+        QCOMPARE(converse(channel, story, {u"a"_s, u"b"_s}), true);
+        QTRY_COMPARE_WITH_TIMEOUT(fake.requests().size(), 2, 30'000);
+    }
+    QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
+    QCOMPARE(fake.notes().last(), u"end of input"_s);
+    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+}
+
+void TestServiceChannelLife::destructionOutlastsAHelperThatIgnoresTheEndOfItsInput()
+{
+    const FakeService fake;
+    const auto story = std::make_shared<Story>();
+    QElapsedTimer timer;
+    {
+        ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 300ms});
+        QCOMPARE(converse(channel, story, {u"init"_s}), true);
+        QVERIFY(waitForEnd(*story));
+        timer.start();
+    }
+    QVERIFY(timer.elapsed() >= 300);
+    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+}
+
+void TestServiceChannelLife::destructionFromAHandlerIsPossible()
+{
+    const FakeService fake;
+    auto channel = std::make_unique<ServiceChannel>(fake.command());
+    std::promise<QStringList> done;
+    auto future = done.get_future();
+    ServiceChannel& reference = *channel;
+    reference.post([channel = std::move(channel), &done]() mutable {
+        ServiceChannel& self = *channel;
+        const auto told = std::make_shared<QStringList>();
+        if (!self.open([](const ChannelEvent&) {}))
+            return;
+        self.send(request(), [told, &done](const std::optional<QCborMap>& reply) {
+            told->append(textOf(reply));
+            if (told->size() == 2)
+                done.set_value(*told);
+        });
+        self.send(request(u"b"_s), [told, &done, channel = std::move(channel)](const std::optional<QCborMap>&) mutable {
+            told->append(u"destroyed"_s);
+            channel.reset();
+            if (told->size() == 2)
+                done.set_value(*told);
+        });
+    });
+    QVERIFY(future.wait_for(patience) == std::future_status::ready);
+    QCOMPARE(future.get(), (QStringList{u"success"_s, u"destroyed"_s}));
+    // Nobody waits for the thread, which sees its helper off nevertheless.
+    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
+    QCOMPARE(fake.notes().last(), u"end of input"_s);
+}
+
+void TestServiceChannelLife::tasksRunInOrderOnOneThreadOfTheirOwn()
+{
+    ServiceChannel channel({u"/nonexistent"_s, {}});
+    std::vector<std::pair<int, std::thread::id>> runs;
+    for (int number = 0; number < 100; ++number)
+        channel.post([&runs, number] { runs.emplace_back(number, std::this_thread::get_id()); });
+    channel.stop();
+    QCOMPARE(runs.size(), std::size_t{100});
+    for (int number = 0; number < 100; ++number) {
+        const auto& [ranNumber, thread] = runs[static_cast<std::size_t>(number)];
+        QCOMPARE(ranNumber, number);
+        QVERIFY(thread == runs.front().second);
+        QVERIFY(thread != std::this_thread::get_id());
+    }
+}
+
+void TestServiceChannelLife::tasksPostedBeforeTheEndAreRunAndCannotConnect()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command());
+    std::promise<void> gate;
+    std::shared_future<void> opened = gate.get_future().share();
+    std::optional<std::error_code> refusal;
+    bool ranLater = false;
+    channel.post([opened] { opened.wait(); });
+    channel.post([&] {
+        const auto result = channel.open([](const ChannelEvent&) {});
+        if (!result)
+            refusal = result.error();
+        channel.post([&] { ranLater = true; });
+    });
+    const auto stopping = std::async(std::launch::async, [&] { channel.stop(); });
+    // Time for the stop to be asked for; what is checked below holds without it as well.
+    stopping.wait_for(100ms);
+    gate.set_value();
+    stopping.wait();
+    QCOMPARE(ranLater, true);
+    QVERIFY(fake.processes().isEmpty() == refusal.has_value());
+}
+
+void TestServiceChannelLife::tasksPostedAfterTheEndAreDropped()
+{
+    ServiceChannel channel({u"/nonexistent"_s, {}});
+    channel.stop();
+    const auto held = std::make_shared<int>(1);
+    channel.post([held] { qFatal("a task ran after the end"); });
+    QCOMPARE(held.use_count(), 1);
+}
+
+int main(int argc, char** argv)
+{
+    return runChannelTest<TestServiceChannelLife>(argc, argv);
+}
+
+#include "tst_servicechannellife.moc"
