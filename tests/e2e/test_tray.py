@@ -25,9 +25,9 @@ class StatusBar:
     """A host of StatusNotifierItems; a context manager."""
 
     def __enter__(self):
-        stub = os.path.join(os.path.dirname(os.path.abspath(__file__)), "traystub.py")
-        self.process = subprocess.Popen(["/usr/bin/python3", stub], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        text=True)
+        program = os.path.join(os.path.dirname(os.path.abspath(__file__)), "statusbar.py")
+        self.process = subprocess.Popen(["/usr/bin/python3", program], stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, text=True)
         self.process.stdout.readline()
         return self
 

@@ -1,4 +1,4 @@
-"""Stands in for a desktop's status bar: the watcher of StatusNotifierItems, with a host. Usage: traystub.py
+"""A desktop's status bar that shows nothing: the watcher of StatusNotifierItems, with a host. Usage: statusbar.py
 
 It ends with the process that started it, or when its standard input does. A line of input, "host" or "no host", changes
 whether there is a host."""
