@@ -1,5 +1,6 @@
 """Printing from windows, to a print server of the test's own. Usage: test_print_dialog.py STAGE"""
 
+import contextlib
 import os
 import stat
 import subprocess
@@ -48,6 +49,17 @@ class Desk(Application):
 
     def press_in_dialog(self, name):
         self.in_dialog("push button", name).get_action_iface().do_action(0)
+
+
+@contextlib.contextmanager
+def troubled_desk():
+    """A print server with one queue, which the test is about to trouble, and the application before its viewer."""
+    with PrintServer() as server:
+        server.add_queue("queue")
+        server.set_default("queue")
+        with Desk(server.environment()) as desk:
+            desk.open_viewer()
+            yield server, desk
 
 
 def is_focused(node):
@@ -231,15 +243,12 @@ class PrintDialog(unittest.TestCase):
         self.assert_placed(self.next_job("A4").path, Placed(595, 842))
 
     def test_the_application_ends_while_the_print_server_stalls(self):
-        with PrintServer() as silent:
-            silent.add_queue("queue")
-            with Desk(silent.environment()) as desk:
-                desk.open_viewer()
-                silent.stall()
-                key_in(VIEWER, "ctrl+p")
-                start = time.monotonic()
-                self.assertEqual(desk.terminate(), 0)
-                self.assertLess(time.monotonic() - start, 3)
+        with troubled_desk() as (silent, desk):
+            silent.stall()
+            key_in(VIEWER, "ctrl+p")
+            start = time.monotonic()
+            self.assertEqual(desk.terminate(), 0)
+            self.assertLess(time.monotonic() - start, 3)
 
     def test_a_printer_that_goes_under_the_open_dialog_is_told(self):
         self.server.add_queue("gone", "A4")
@@ -255,16 +264,12 @@ class PrintDialog(unittest.TestCase):
             desk.wait_until_gone("dialog", DIALOG)
 
     def test_a_print_server_that_goes_under_the_open_dialog_is_told(self):
-        with PrintServer() as brief:
-            brief.add_queue("queue")
-            brief.set_default("queue")
-            with Desk(brief.environment()) as desk:
-                desk.open_viewer()
-                key_in(VIEWER, "ctrl+p")
-                desk.in_dialog("combo box", "queue")
-                brief.stop()
-                desk.press_in_dialog("Imprimer")
-                desk.find("label", "Le serveur d’impression n’est pas joignable.")
+        with troubled_desk() as (brief, desk):
+            key_in(VIEWER, "ctrl+p")
+            desk.in_dialog("combo box", "queue")
+            brief.stop()
+            desk.press_in_dialog("Imprimer")
+            desk.find("label", "Le serveur d’impression n’est pas joignable.")
 
     def test_a_printer_that_refuses_is_told(self):
         self.server.run("cupsreject", "A4")
@@ -277,59 +282,48 @@ class PrintDialog(unittest.TestCase):
             desk.press("push button", "OK")
 
     def test_a_print_server_that_stalls_holds_up_no_window(self):
-        with PrintServer() as silent:
-            silent.add_queue("queue")
-            with Desk(silent.environment()) as desk:
-                desk.open_viewer()
-                silent.stall()
-                key_in(VIEWER, "ctrl+p")
-                # The window answers while the print server does not.
-                resize(VIEWER, 400, 400)
-                start = time.monotonic()
-                desk.find("frame", VIEWER)
-                self.assertLess(time.monotonic() - start, 2)
-                self.assertIsNone(desk.find_now("alert", ".*"))
-                desk.find("label", "Le serveur d’impression ne répond pas. .*")
-                desk.press("push button", "OK")
-                desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
-                desk.wait_until_gone("push button", "OK")
-                key_in(DIALOG, "Escape")
-                desk.wait_until_gone("dialog", DIALOG)
+        with troubled_desk() as (silent, desk):
+            silent.stall()
+            key_in(VIEWER, "ctrl+p")
+            # The window answers while the print server does not.
+            resize(VIEWER, 400, 400)
+            start = time.monotonic()
+            desk.find("frame", VIEWER)
+            self.assertLess(time.monotonic() - start, 2)
+            self.assertIsNone(desk.find_now("alert", ".*"))
+            desk.find("label", "Le serveur d’impression ne répond pas. .*")
+            desk.press("push button", "OK")
+            desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
+            desk.wait_until_gone("push button", "OK")
+            key_in(DIALOG, "Escape")
+            desk.wait_until_gone("dialog", DIALOG)
 
     def test_a_print_server_that_stalls_under_the_open_dialog_is_told(self):
-        with PrintServer() as silent:
-            silent.add_queue("queue")
-            silent.set_default("queue")
-            with Desk(silent.environment()) as desk:
-                desk.open_viewer()
-                key_in(VIEWER, "ctrl+p")
-                Atspi.Component.grab_focus(desk.in_dialog("combo box", "queue"))
-                wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
-                silent.stall()
-                desk.press_in_dialog("Imprimer")
-                desk.find("label", "Le serveur d’impression ne répond pas.")
-                desk.press("push button", "OK")
-                # The keyboard goes on where it was.
-                wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
+        with troubled_desk() as (silent, desk):
+            key_in(VIEWER, "ctrl+p")
+            Atspi.Component.grab_focus(desk.in_dialog("combo box", "queue"))
+            wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
+            silent.stall()
+            desk.press_in_dialog("Imprimer")
+            desk.find("label", "Le serveur d’impression ne répond pas.")
+            desk.press("push button", "OK")
+            # The keyboard goes on where it was.
+            wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
 
     def test_a_dialog_that_is_closed_while_the_print_server_stalls_prints_nothing(self):
-        with PrintServer() as slow:
-            slow.add_queue("queue")
-            slow.set_default("queue")
-            with Desk(slow.environment()) as desk:
-                desk.open_viewer()
-                key_in(VIEWER, "ctrl+p")
-                desk.in_dialog("combo box", "queue")
-                slow.stall()
-                desk.press_in_dialog("Imprimer")
-                close(DIALOG)
-                desk.wait_until_gone("dialog", DIALOG)
-                slow.resume()
-                key_in(VIEWER, "ctrl+p")
-                desk.press_in_dialog("Imprimer")
-                slow.wait_for_jobs("queue")
-                desk.wait_until_gone("dialog", DIALOG)
-                self.assertEqual(len(slow.jobs("queue")), 1)
+        with troubled_desk() as (slow, desk):
+            key_in(VIEWER, "ctrl+p")
+            desk.in_dialog("combo box", "queue")
+            slow.stall()
+            desk.press_in_dialog("Imprimer")
+            close(DIALOG)
+            desk.wait_until_gone("dialog", DIALOG)
+            slow.resume()
+            key_in(VIEWER, "ctrl+p")
+            desk.press_in_dialog("Imprimer")
+            slow.wait_for_jobs("queue")
+            desk.wait_until_gone("dialog", DIALOG)
+            self.assertEqual(len(slow.jobs("queue")), 1)
 
 
 if __name__ == "__main__":
