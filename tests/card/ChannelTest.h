@@ -44,9 +44,9 @@ inline QCborMap request(const QString& command = u"init"_s)
     return {{u"Command"_s, command}};
 }
 
-/// Runs something on the channel's thread and gives its result; nullopt when that takes too long.
+/// Runs something on the channel's thread and gives its result. When that takes too long the test program ends.
 template <typename Function>
-auto onChannel(ServiceChannel& channel, Function function) -> std::optional<decltype(function())>
+auto onChannel(ServiceChannel& channel, Function function) -> decltype(function())
 {
     std::promise<decltype(function())> promise;
     auto future = promise.get_future();
@@ -68,8 +68,17 @@ inline QString textOf(const std::optional<QCborMap>& reply)
     return reply ? reply->value("Status"_L1).toString() : u"none"_s;
 }
 
+/// Closes the connection; whether it is still open then.
+inline bool isOpenAfterClosing(ServiceChannel& channel)
+{
+    return onChannel(channel, [&channel] {
+        channel.close();
+        return channel.isOpen();
+    });
+}
+
 /// Opens the connection and sends requests; each reply is told as "number: status", the last one ends the story.
-inline std::optional<bool> converse(ServiceChannel& channel, const StoryPointer& story, const QStringList& commands)
+inline bool converse(ServiceChannel& channel, const StoryPointer& story, const QStringList& commands)
 {
     return onChannel(channel, [&channel, story, commands] {
         if (!channel.open(tellEvents(story)))

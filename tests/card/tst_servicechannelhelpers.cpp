@@ -41,7 +41,7 @@ void TestServiceChannelHelpers::aHelperLeavesWhenItsInputEnds()
     const FakeService fake;
     ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
-    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
     channel.stop();
     QCOMPARE(fake.notes().last(), u"end of input"_s);
@@ -54,18 +54,13 @@ void TestServiceChannelHelpers::closingDoesNotWaitForAHelperThatStaysAndThatIsKi
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 1s});
     const auto first = std::make_shared<Story>();
-    QCOMPARE(converse(channel, first, {u"init"_s}), true);
+    QVERIFY(converse(channel, first, {u"init"_s}));
     QVERIFY(waitForEnd(*first));
     QElapsedTimer timer;
     timer.start();
-    QCOMPARE(onChannel(channel,
-                       [&] {
-                           channel.close();
-                           return channel.isOpen();
-                       }),
-             false);
+    QVERIFY(!isOpenAfterClosing(channel));
     const auto second = std::make_shared<Story>();
-    QCOMPARE(converse(channel, second, {u"init"_s}), true);
+    QVERIFY(converse(channel, second, {u"init"_s}));
     QVERIFY(waitForEnd(*second));
     const pid_t leaving = fake.processes().value(0);
     const bool stayedMeanwhile = !FakeService::isDead(leaving);
@@ -82,16 +77,11 @@ void TestServiceChannelHelpers::theEndHurriesHelpersThatIgnoreTheEndOfTheirInput
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 10min, .stopGrace = 300ms});
     const auto first = std::make_shared<Story>();
-    QCOMPARE(converse(channel, first, {u"init"_s}), true);
+    QVERIFY(converse(channel, first, {u"init"_s}));
     QVERIFY(waitForEnd(*first));
-    QCOMPARE(onChannel(channel,
-                       [&] {
-                           channel.close();
-                           return channel.isOpen();
-                       }),
-             false);
+    QVERIFY(!isOpenAfterClosing(channel));
     const auto second = std::make_shared<Story>();
-    QCOMPARE(converse(channel, second, {u"init"_s}), true);
+    QVERIFY(converse(channel, second, {u"init"_s}));
     QVERIFY(waitForEnd(*second));
     QElapsedTimer timer;
     timer.start();
@@ -146,7 +136,7 @@ void TestServiceChannelHelpers::theHelperStartsWithCleanSignalsAndThreeDescripto
     const auto previous = std::signal(SIGPIPE, SIG_IGN);
     ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
-    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
     const QString folder = u"/proc/%1"_s.arg(fake.processes().value(0));
     QFile status(folder + u"/status"_s);
@@ -185,7 +175,7 @@ void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsLoggedInBounde
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"chatter-on-errors"_s}));
     const auto story = std::make_shared<Story>();
-    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
     channel.stop();
     QCOMPARE(story->events, QStringList{u"1: success"_s});
@@ -207,7 +197,7 @@ void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsLogged()
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, behaviour}));
     const auto story = std::make_shared<Story>();
-    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
     channel.stop();
     QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
@@ -221,7 +211,7 @@ void TestServiceChannelHelpers::aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper()
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"die-and-leave-a-noisy-child"_s}), {.exitGrace = 10min});
     const auto story = std::make_shared<Story>();
-    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(converse(channel, story, {u"init"_s}));
     // Less than the child's life.
     QTRY_VERIFY_WITH_TIMEOUT(!fake.processes().isEmpty() && FakeService::isReaped(fake.processes()[0]), 10'000);
 }
@@ -231,7 +221,7 @@ void TestServiceChannelHelpers::aFloodOnStandardErrorHoldsNothingUp()
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"flood-on-errors"_s}), {.exitGrace = 200ms});
     const auto story = std::make_shared<Story>();
-    QCOMPARE(converse(channel, story, {u"init"_s}), true);
+    QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
     QCOMPARE(onChannel(channel, [] { return 1; }), 1);
     channel.stop();
