@@ -304,6 +304,8 @@ class WithoutTheService(ReaderTest):
         service = self.started()
         self.inserted(card)
         self.assertEqual(service.read(), READER_FAULT)
+        # Its thread may still be at the kill.
+        card.remove()
         self.pcsc.start()
         card.before = {}
         card.insert(self.readers[0].port)
