@@ -41,6 +41,15 @@ def wait(condition, seconds=15):
     raise AssertionError("waited in vain")
 
 
+def act(found):
+    """Does what the control that is found is for. One that is disabled has no actions, and is waited for."""
+    def actions():
+        control = found()
+        action = control and control.get_action_iface()
+        return action if action and action.get_n_actions() else None
+    wait(actions).do_action(0)
+
+
 class Application:
     """A running program with a home of its own; a context manager that leaves nothing behind.
 
@@ -106,7 +115,8 @@ class Application:
 
     def press(self, role, name, showing=True):
         """Does what the control is for: presses the button, chooses the menu's entry."""
-        self.find(role, name, showing).get_action_iface().do_action(0)
+        self.find(role, name, showing)
+        act(lambda: self.find_now(role, name, showing))
 
     def choose(self, name):
         """Chooses an entry of the menu bar, which need not be open."""

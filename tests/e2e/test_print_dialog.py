@@ -9,7 +9,7 @@ import tempfile
 import time
 import unittest
 
-from desktop import Application, Atspi, wait, walk
+from desktop import Application, Atspi, act, wait, walk
 from documents import Placed, sheet_of, words_of
 from printserver import PrintServer
 from windows import close, is_in_front
@@ -48,7 +48,7 @@ class Desk(Application):
         return wait(found)
 
     def press_in_dialog(self, name):
-        self.in_dialog("push button", name).get_action_iface().do_action(0)
+        act(lambda: self.in_dialog("push button", name))
 
 
 @contextlib.contextmanager

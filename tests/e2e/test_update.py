@@ -21,12 +21,10 @@ AVAILABLE = "La version 2\\.0 de Pelmora est disponible\\."
 def tree_with(folder, information):
     """A copy of the installed tree whose information dictionary says more."""
     tree = os.path.join(tempfile.mkdtemp(dir=folder), "tree")
-    shutil.copytree(STAGE, tree, copy_function=os.link)
+    shutil.copytree(STAGE, tree)
     path = os.path.join(tree, "share", "pelmora", "Info.plist")
     with open(path, "rb") as file:
         values = plistlib.load(file)
-    # The stage has the same file.
-    os.remove(path)
     with open(path, "wb") as file:
         plistlib.dump({**values, **information}, file)
     return tree
@@ -34,8 +32,7 @@ def tree_with(folder, information):
 
 class Update(unittest.TestCase):
     def setUp(self):
-        # Beside the stage, so that the copies are links.
-        self._folder = tempfile.TemporaryDirectory(dir=os.path.dirname(STAGE.rstrip("/")))
+        self._folder = tempfile.TemporaryDirectory()
         self.addCleanup(self._folder.cleanup)
         self.folder = self._folder.name
         self.home = os.path.join(self.folder, "home")
