@@ -165,9 +165,10 @@ void tst_MoveCommands::aProcessThatNobodyAsksForHasEndedAllTheSame()
     const QTemporaryDir folder;
     const QString path = folder.path() + "/Pelmora.app"_L1;
     QVERIFY(makeBundle(path));
-    // A shell that becomes a program which never asks for the shell's child.
+    // A shell that becomes a program which never asks for the shell's child. The child ends after that: a shell might
+    // ask.
     QProcess parent;
-    parent.start(u"/bin/sh"_s, {u"-c"_s, u"true & echo $!; exec sleep 60"_s});
+    parent.start(u"/bin/sh"_s, {u"-c"_s, u"until grep -q sleep /proc/$$/comm; do :; done & echo $!; exec sleep 60"_s});
     QVERIFY(parent.waitForReadyRead());
     const qint64 child = parent.readLine().trimmed().toLongLong();
     QTRY_VERIFY(contentOf(u"/proc/%1/status"_s.arg(child)).contains("State:\tZ"_L1));
