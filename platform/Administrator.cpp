@@ -4,6 +4,13 @@
 
 #include <QStandardPaths>
 
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -22,10 +29,7 @@ QString programThatAsks()
 
 Administrator::~Administrator()
 {
-    // The end of what it reads ends the shell.
-    m_shell.closeWriteChannel();
-    if (m_shell.state() != QProcess::NotRunning)
-        m_shell.waitForFinished(forEver);
+    endShell();
 }
 
 bool Administrator::canBeAsked()
@@ -35,12 +39,9 @@ bool Administrator::canBeAsked()
 
 Administrator::Answer Administrator::request()
 {
-    m_shell.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_shell.start(programThatAsks(), {u"/bin/sh"_s, u"-s"_s});
-    if (answerTo("echo ready") == "ready")
+    if (startShell() && answerTo("echo ready") == "ready")
         return Answer::Granted;
-    m_shell.closeWriteChannel();
-    m_shell.waitForFinished(forEver);
+    endShell();
     const bool isCancelled = m_shell.exitStatus() == QProcess::NormalExit && m_shell.exitCode() == dismissed;
     return isCancelled ? Answer::Cancelled : Answer::Refused;
 }
@@ -59,14 +60,50 @@ std::optional<int> Administrator::run(const QStringList& command)
     return status;
 }
 
+bool Administrator::startShell()
+{
+    std::array<int, 2> ends{-1, -1};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+        return false;
+    m_channel = ends[0];
+    m_shell.setProcessChannelMode(QProcess::ForwardedChannels);
+    m_shell.setInputChannelMode(QProcess::ForwardedInputChannel);
+    m_shell.setChildProcessModifier([shellsEnd = ends[1]] {
+        ::dup2(shellsEnd, STDIN_FILENO);
+        ::dup2(shellsEnd, STDOUT_FILENO);
+    });
+    m_shell.start(programThatAsks(), {u"/bin/sh"_s, u"-s"_s});
+    const bool isStarted = m_shell.waitForStarted(forEver);
+    ::close(ends[1]);
+    return isStarted;
+}
+
+void Administrator::endShell()
+{
+    // The end of what it reads ends the shell.
+    if (m_channel >= 0)
+        ::close(std::exchange(m_channel, -1));
+    if (m_shell.state() != QProcess::NotRunning)
+        m_shell.waitForFinished(forEver);
+}
+
 std::optional<QByteArray> Administrator::answerTo(const QByteArray& line)
 {
-    if (!m_shell.waitForStarted(forEver))
+    const QByteArray command = line + '\n';
+    if (::send(m_channel, command.constData(), static_cast<std::size_t>(command.size()), MSG_NOSIGNAL) !=
+        command.size())
         return std::nullopt;
-    m_shell.write(line + '\n');
-    while (!m_shell.canReadLine()) {
-        if (!m_shell.waitForReadyRead(forEver))
+    while (!m_unread.contains('\n')) {
+        std::array<char, 256> slice{};
+        const ssize_t count = ::recv(m_channel, slice.data(), slice.size(), 0);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
             return std::nullopt;
+        m_unread.append(slice.data(), count);
     }
-    return m_shell.readLine().trimmed();
+    const qsizetype end = m_unread.indexOf('\n');
+    QByteArray answer = m_unread.first(end).trimmed();
+    m_unread.remove(0, end + 1);
+    return answer;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QProcess>
 #include <QStringList>
 
@@ -34,8 +35,13 @@ public:
     [[nodiscard]] std::optional<int> run(const QStringList& command);
 
 private:
+    [[nodiscard]] bool startShell();
+    void endShell();
     [[nodiscard]] std::optional<QByteArray> answerTo(const QByteArray& line);
 
-    // A shell with those rights, which reads commands from this process alone.
+    // A shell with those rights. It reads commands from a socket: a pipe could be opened by other processes of the
+    // user through this process's descriptors in /proc, a socket cannot.
     QProcess m_shell;
+    int m_channel = -1;  // this end of the socket
+    QByteArray m_unread; // of the answers
 };

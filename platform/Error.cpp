@@ -18,6 +18,18 @@ QString Error::localizedDescription() const
     return u"L’opération n’a pas pu s’achever. (erreur %1 %2.)"_s.arg(m_domain, QString::number(m_code));
 }
 
+QString Error::localizedDescriptionWithDetail() const
+{
+    return m_detail.isEmpty() ? localizedDescription() : localizedDescription() + u'\n' + m_detail;
+}
+
+Error Error::withDetail(const QString& detail) const
+{
+    Error error = *this;
+    error.m_detail = detail;
+    return error;
+}
+
 std::optional<Error> errorInValue(const QVariant& value)
 {
     if (value.metaType() != QMetaType::fromType<Error>())

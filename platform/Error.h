@@ -19,8 +19,15 @@ public:
     /// The text given with the error; absent for errors that carry no user information.
     [[nodiscard]] const std::optional<QString>& description() const { return m_description; }
 
+    /// The same error with more for people to know beside its text: what they can do.
+    [[nodiscard]] Error withDetail(const QString& detail) const;
+    /// Empty when there is nothing more to know.
+    [[nodiscard]] const QString& detail() const { return m_detail; }
+
     /// What an alert shows: the description or, where there is none, a sentence that names the domain and the code.
     [[nodiscard]] QString localizedDescription() const;
+    /// The same where there is one text only, as on a terminal: with the detail on a line of its own.
+    [[nodiscard]] QString localizedDescriptionWithDetail() const;
 
     friend bool operator==(const Error& left, const Error& right)
     {
@@ -31,6 +38,7 @@ private:
     QString m_domain;
     int m_code;
     std::optional<QString> m_description;
+    QString m_detail;
 };
 
 Q_DECLARE_METATYPE(Error)

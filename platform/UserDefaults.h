@@ -1,16 +1,25 @@
 #pragma once
 
-#include <QSettings>
 #include <QString>
 #include <QVariant>
 
-/// The per-user store of settings: an INI file, over registered defaults that live in memory and are never written.
+#include <memory>
+
+class QSettings;
+
+/// The per-user store of settings: an INI file, over registered defaults that live in memory and are never written. The
+/// file names patients (recent attestations): it is its owner's alone (0600), and so is a folder that is made for it.
 /// Main thread only.
 class UserDefaults
 {
 public:
-    /// A store in the given file, which need not exist.
+    /// A store in the given file, which need not exist; rights of others to an existing one are taken away. In the
+    /// place of anything but a plain file, a pipe for one, the settings live in memory until the store's end.
     explicit UserDefaults(const QString& filePath);
+    UserDefaults(const UserDefaults&) = delete;
+    UserDefaults& operator=(const UserDefaults&) = delete;
+    /// Writes what was set.
+    ~UserDefaults();
 
     /// The file of the current user: MORVEL/Pelmora.conf in the XDG configuration folder.
     [[nodiscard]] static QString standardFilePath();
@@ -27,8 +36,10 @@ public:
     void synchronize();
 
 private:
+    class Store;
+
     [[nodiscard]] QVariantList arrayObject(const QString& key) const;
 
-    QSettings m_settings;
+    const std::unique_ptr<Store> m_settings;
     QVariantMap m_registered;
 };

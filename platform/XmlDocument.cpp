@@ -78,18 +78,24 @@ struct ParserDeleter
     void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
 };
 
-// Goes on no further than the first fault: what follows is not a document, and was not looked over as one.
-void stopAtFatalError(void* context, const xmlError* error)
+// Goes on no further than the first fault: what follows is not a document, and was not looked over as one. An entity
+// that nothing declares is a fault in any case. libxml2 leaves it out of the text when the document type names a file
+// that might declare it, and no such file is ever read.
+void stopAtFault(void* context, const xmlError* error)
 {
-    if (error->level == XML_ERR_FATAL)
-        xmlStopParser(static_cast<xmlParserCtxt*>(context));
+    const bool isUnknownEntity = error->code == XML_WAR_UNDECLARED_ENTITY;
+    if (error->level != XML_ERR_FATAL && !isUnknownEntity)
+        return;
+    auto* parser = static_cast<xmlParserCtxt*>(context);
+    parser->wellFormed = 0;
+    xmlStopParser(parser);
 }
 
 QString reasonOf(MarkupFault fault)
 {
     switch (fault) {
-    case MarkupFault::DocumentType:
-        return u"Le document XML contient une déclaration de type (DOCTYPE), qui est refusée."_s;
+    case MarkupFault::Declarations:
+        return u"Le document XML contient des déclarations (DOCTYPE), qui sont refusées."_s;
     case MarkupFault::TooManyTags:
         return u"Le document XML a trop d’éléments."_s;
     case MarkupFault::TooManyAttributes:
@@ -186,7 +192,7 @@ std::expected<XmlDocument, Error> XmlDocument::parse(const QByteArray& utf8)
     if (!parser)
         return std::unexpected(notWellFormed(nullptr));
     // Generic, as versions of libxml2 differ in whether the error is constant.
-    parser->sax->serror = [](void* context, auto* error) { stopAtFatalError(context, error); };
+    parser->sax->serror = [](void* context, auto* error) { stopAtFault(context, error); };
     // CDATA sections as texts: libxml2 joins neighbouring texts in linear time, but sections in quadratic time.
     constexpr int options =
         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA | XML_PARSE_IGNORE_ENC;

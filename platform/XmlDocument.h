@@ -43,8 +43,9 @@ private:
     const _xmlNode* m_node;
 };
 
-/// A well-formed XML document, parsed strictly: no document type declaration, no entity of its own, nothing fetched,
-/// nesting and text sizes bounded. Usable on any one thread at a time.
+/// A well-formed XML document, parsed strictly: a document type without declarations is ignored, one with declarations
+/// is refused; no entity of its own, nothing fetched, nesting and text sizes bounded. Usable on any one thread at a
+/// time.
 class XmlDocument
 {
 public:

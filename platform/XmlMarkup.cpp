@@ -24,6 +24,31 @@ std::string_view after(std::string_view text, std::string_view end)
     return found == std::string_view::npos ? std::string_view() : text.substr(found + end.size());
 }
 
+/// A document type: whether a subset of declarations begins in it, and what stands after it.
+struct DocumentType
+{
+    bool hasSubset = false;
+    std::string_view rest;
+};
+
+DocumentType readDocumentType(std::string_view text)
+{
+    std::size_t position = documentType.size();
+    while ((position = text.find_first_of("[>'\"", position)) != std::string_view::npos) {
+        const char character = text[position];
+        if (character == '[')
+            return {.hasSubset = true, .rest = {}};
+        if (character == '>')
+            return {.hasSubset = false, .rest = text.substr(position + 1)};
+        // An identifier in quotes may hold any of the other characters.
+        position = text.find(character, position + 1);
+        if (position == std::string_view::npos)
+            break;
+        ++position;
+    }
+    return {};
+}
+
 /// What a tag's attributes come to, and what stands after the tag.
 struct Tag
 {
@@ -75,8 +100,13 @@ std::optional<MarkupFault> findMarkupFault(std::string_view text)
         if (tags == maximumTags)
             return MarkupFault::TooManyTags;
         text.remove_prefix(markup);
-        if (text.starts_with(documentType))
-            return MarkupFault::DocumentType;
+        if (text.starts_with(documentType)) {
+            const DocumentType type = readDocumentType(text);
+            if (type.hasSubset)
+                return MarkupFault::Declarations;
+            text = type.rest;
+            continue;
+        }
 
         const auto* section = std::ranges::find_if(
             sections, [text](const Section& candidate) { return text.starts_with(candidate.begin); });

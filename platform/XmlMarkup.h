@@ -4,11 +4,11 @@
 #include <string_view>
 
 /// Markup that is refused before an XML parser sees it, because no document of ours has it and it can cost a parser
-/// more than its size is worth: document types can define entities, each tag becomes objects, and attributes and
-/// namespaces of one element are compared pairwise.
+/// more than its size is worth: declarations in a document type can define entities, each tag becomes objects, and
+/// attributes and namespaces of one element are compared pairwise.
 enum class MarkupFault
 {
-    DocumentType,
+    Declarations, ///< a document type with an internal subset, even an empty one; one without is allowed
     TooManyTags,
     TooManyAttributes,
     TooManyNamespaces

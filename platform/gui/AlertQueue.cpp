@@ -1,6 +1,7 @@
 #include "platform/gui/AlertQueue.h"
 
 #include <QEvent>
+#include <QLabel>
 #include <QPushButton>
 #include <QWidget>
 #include <QWindow>
@@ -22,18 +23,34 @@ AlertQueue::~AlertQueue()
 
 void AlertQueue::presentError(const Error& error)
 {
-    present({QMessageBox::Warning, u"Pelmora"_s, error.localizedDescription()});
+    const Alert alert{QMessageBox::Warning, u"Pelmora"_s, error.localizedDescription(), error.detail()};
+    if (std::ranges::find(m_alerts, alert) == m_alerts.end())
+        append({alert});
 }
 
 void AlertQueue::presentMessage(const QString& title, const QString& text)
 {
-    present({QMessageBox::Information, title, text});
+    const std::vector<Alert> alerts{{QMessageBox::Information, title, text, {}}};
+    if (!endsWith(alerts))
+        append(alerts);
 }
 
-void AlertQueue::present(Alert alert)
+void AlertQueue::presentMessageThenWarning(const AlertText& message, const AlertText& warning)
 {
-    if (std::ranges::find(m_alerts, alert) == m_alerts.end())
-        m_alerts.push_back(std::move(alert));
+    const std::vector<Alert> alerts{{QMessageBox::Information, message.title, message.text, {}},
+                                    {QMessageBox::Warning, warning.title, warning.text, {}}};
+    if (!endsWith(alerts))
+        append(alerts);
+}
+
+bool AlertQueue::endsWith(const std::vector<Alert>& alerts) const
+{
+    return m_alerts.size() >= alerts.size() && std::equal(alerts.rbegin(), alerts.rend(), m_alerts.rbegin());
+}
+
+void AlertQueue::append(const std::vector<Alert>& alerts)
+{
+    m_alerts.insert(m_alerts.end(), alerts.begin(), alerts.end());
     if (!m_box)
         showFirstOnceWindowIsPlaced();
 }
@@ -68,6 +85,12 @@ void AlertQueue::showFirst()
     // Texts may hold what others wrote: nothing in them is markup.
     m_box->setTextFormat(Qt::PlainText);
     m_box->setText(alert.text);
+    if (!alert.detail.isEmpty()) {
+        m_box->setInformativeText(alert.detail);
+        // The box has given its format to the other text alone.
+        if (auto* label = m_box->findChild<QLabel*>(u"qt_msgbox_informativelabel"_s))
+            label->setTextFormat(Qt::PlainText);
+    }
     m_box->setDefaultButton(m_box->addButton(u"OK"_s, QMessageBox::AcceptRole));
     connect(m_box, &QMessageBox::finished, this, &AlertQueue::removeFirst);
     m_box->open();

@@ -1,6 +1,7 @@
 #include "platform/update/SUUpdater.h"
 
 #include "platform/UserDefaults.h"
+#include "platform/gui/WindowActivation.h"
 #include "platform/gui/Workspace.h"
 #include "platform/update/UpdateSession.h"
 #include "platform/update/UpdateWindow.h"
@@ -51,9 +52,7 @@ void SUUpdater::checkForUpdates([[maybe_unused]] const QObject* sender)
         makeWindow();
     if (isIdle)
         startSession();
-    m_window->show();
-    m_window->raise();
-    m_window->activateWindow();
+    bringToFront(*m_window);
 }
 
 void SUUpdater::planNextCheck()

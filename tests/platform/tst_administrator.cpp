@@ -1,6 +1,8 @@
 #include "platform/Administrator.h"
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -61,6 +63,7 @@ private Q_SLOTS:
     void anythingElseRefuses_data();
     void anythingElseRefuses();
     void rightsThatEndMidwayAreAFailure();
+    void othersCannotWriteToTheShell();
 };
 
 void tst_Administrator::withoutTheProgramNothingCanBeAsked()
@@ -165,6 +168,21 @@ void tst_Administrator::rightsThatEndMidwayAreAFailure()
     Administrator administrator;
     QCOMPARE(administrator.request(), Administrator::Answer::Granted);
     QCOMPARE(administrator.run({u"true"_s}), std::optional<int>());
+}
+
+void tst_Administrator::othersCannotWriteToTheShell()
+{
+    const FakeAsking asking(granted);
+    const QTemporaryDir folder;
+    Administrator administrator;
+    QCOMPARE(administrator.request(), Administrator::Answer::Granted);
+    // What another process of the same user does: it writes commands to all that this one has open. It may not be able to
+    // open some of it, which is no fault.
+    const QString intrusion = u"for d in /proc/%1/fd/*; do (echo touch %2/intrusion >$d) 2>/dev/null; done; exit 0"_s.arg(
+        QString::number(QCoreApplication::applicationPid()), folder.path());
+    QCOMPARE(QProcess::execute(u"/bin/sh"_s, {u"-c"_s, intrusion}), 0);
+    QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
+    QVERIFY(!QFile::exists(folder.path() + "/intrusion"_L1));
 }
 
 QTEST_GUILESS_MAIN(tst_Administrator)

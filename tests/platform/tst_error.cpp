@@ -27,6 +27,18 @@ private Q_SLOTS:
         QCOMPARE(Error(u"%2"_s, 7).localizedDescription(), u"L’opération n’a pas pu s’achever. (erreur %2 7.)"_s);
     }
 
+    void aDetailStandsBesideTheText()
+    {
+        const Error plain(u"Pelmora"_s, -22, u"Erreur lecteur."_s);
+        QCOMPARE(plain.detail(), QString());
+        QCOMPARE(plain.localizedDescriptionWithDetail(), u"Erreur lecteur."_s);
+        const Error error = plain.withDetail(u"Fermez l’autre programme."_s);
+        QCOMPARE(error.detail(), u"Fermez l’autre programme."_s);
+        QCOMPARE(error.localizedDescription(), u"Erreur lecteur."_s);
+        QCOMPARE(error.localizedDescriptionWithDetail(), u"Erreur lecteur.\nFermez l’autre programme."_s);
+        QVERIFY(error == plain);
+    }
+
     void errorsAreEqualWhenDomainAndCodeAre()
     {
         QVERIFY(Error(u"A"_s, 1, u"x"_s) == Error(u"A"_s, 1));

@@ -1,3 +1,5 @@
+#include "platform/FailedWrites.h"
+#include "platform/NativePath.h"
 #include "platform/PrivateFile.h"
 #include "tests/platform/FileSizeLimit.h"
 
@@ -7,7 +9,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -23,6 +27,19 @@ unsigned modeOf(const QString& path)
 {
     struct stat status = {};
     return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
+}
+
+bool makeFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write("x") == 1;
+}
+
+QStringList entries(const QString& folder)
+{
+    QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    names.sort();
+    return names;
 }
 
 } // namespace
@@ -64,13 +81,14 @@ private Q_SLOTS:
         const QString path = folder.filePath(u"kept"_s);
         QVERIFY(writePrivateFile(path, "old").has_value());
         {
+            ignoreSignalsOfFailedWrites(); // as all our programs do
             const FileSizeLimit limit(1000);
             const auto written = writePrivateFile(path, QByteArray(100'000, 'x'));
             QVERIFY(!written.has_value());
-            QVERIFY(!written.error().isEmpty());
+            QVERIFY(!written.error().reason.isEmpty());
         }
         QCOMPARE(contentOf(path), QByteArray("old"));
-        QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), {u"kept"_s});
+        QCOMPARE(entries(folder.path()), QStringList{u"kept"_s});
     }
 
     void theLongestNameCanBeWrittenAgain()
@@ -93,19 +111,88 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo(path).isSymLink());
     }
 
+    void whatAKilledWriterHasLeftIsSwept()
+    {
+        const QTemporaryDir folder;
+        for (const char* name : {".pelmora-AbCdEf", ".pelmora-000000", ".pelmora-zzzzzz"})
+            QVERIFY(makeFile(folder.filePath(QString::fromLatin1(name))));
+        QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
+        QCOMPARE(entries(folder.path()), QStringList{u"new"_s});
+    }
+
+    void whatHasAWriterStaysUntilTheWriterIsGone()
+    {
+        const QTemporaryDir folder;
+        const QString leftover = folder.filePath(u".pelmora-AbCdEf"_s);
+        QVERIFY(makeFile(leftover));
+        QFile writer(leftover);
+        QVERIFY(writer.open(QIODevice::ReadWrite));
+        QCOMPARE(flock(writer.handle(), LOCK_EX | LOCK_NB), 0);
+        QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
+        QCOMPARE(entries(folder.path()), (QStringList{u".pelmora-AbCdEf"_s, u"new"_s}));
+        writer.close();
+        QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
+        QCOMPARE(entries(folder.path()), QStringList{u"new"_s});
+    }
+
+    void whatOnlyLooksLikeALeftoverStays()
+    {
+        const QTemporaryDir folder;
+        const QTemporaryDir elsewhere;
+        QStringList names{u".pelmora-abcde"_s, u".pelmora-abcdefg"_s,     u".pelmora-abc_ef"_s, u".pelmora-abcdé"_s,
+                          u"pelmora-abcdef"_s, u".pelmora-copy-abcdef"_s, u".PELMORA-abcdef"_s};
+        for (const QString& name : names)
+            QVERIFY(makeFile(folder.filePath(name)));
+        const QString kept = elsewhere.filePath(u"kept"_s);
+        QVERIFY(makeFile(kept));
+        QVERIFY(QFile::link(kept, folder.filePath(u".pelmora-linked"_s)));
+        names.append(u".pelmora-linked"_s);
+        QVERIFY(QDir(folder.path()).mkdir(u".pelmora-folder"_s));
+        QCOMPARE(mkfifo(QFile::encodeName(folder.filePath(u".pelmora-pipe00"_s)).constData(), 0600), 0);
+        names.append({u".pelmora-folder"_s, u".pelmora-pipe00"_s, u"new"_s});
+        QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
+        names.sort();
+        QCOMPARE(entries(folder.path()), names);
+        QCOMPARE(contentOf(kept), QByteArray("x"));
+    }
+
+    void anothersLeftoverStays()
+    {
+        if (geteuid() != 0)
+            QSKIP("Only the administrator can make another's file.");
+        const QTemporaryDir folder;
+        const QString leftover = folder.filePath(u".pelmora-AbCdEf"_s);
+        QVERIFY(makeFile(leftover));
+        QCOMPARE(chown(QFile::encodeName(leftover).constData(), 65534, 65534), 0);
+        QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
+        QCOMPARE(entries(folder.path()), (QStringList{u".pelmora-AbCdEf"_s, u"new"_s}));
+    }
+
+    void aNameThatIsNotUtf8IsWrittenAsItIs()
+    {
+        const QByteArray name = QFile::encodeName(m_folder.path()) + "/Zo\xE9";
+        QVERIFY(writePrivateFile(pathFromBytes(name), "content").has_value());
+        QCOMPARE(::unlink(name.constData()), 0);
+    }
+
+    void aPathThatEndsWithASlashIsAFolder()
+    {
+        QCOMPARE(writePrivateFile(m_folder.path() + u'/', "x").error().reason, u"un dossier porte déjà ce nom"_s);
+    }
+
     void aFolderInTheWayIsTold()
     {
         QVERIFY(QDir(m_folder.path()).mkdir(u"folder"_s));
         const auto written = writePrivateFile(m_folder.filePath(u"folder"_s), "x");
         QVERIFY(!written.has_value());
-        QCOMPARE(written.error(), u"un dossier porte déjà ce nom"_s);
+        QCOMPARE(written.error().reason, u"un dossier porte déjà ce nom"_s);
     }
 
     void aMissingFolderIsTold()
     {
         const auto written = writePrivateFile(m_folder.filePath(u"absent/file"_s), "x");
         QVERIFY(!written.has_value());
-        QCOMPARE(written.error(), u"le dossier n’existe pas"_s);
+        QCOMPARE(written.error().reason, u"le dossier n’existe pas"_s);
     }
 };
 

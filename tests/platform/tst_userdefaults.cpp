@@ -1,11 +1,30 @@
 #include "platform/UserDefaults.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+unsigned modeOf(const QString& path)
+{
+    struct stat status = {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
 
 class tst_UserDefaults : public QObject
 {
@@ -136,6 +155,131 @@ private Q_SLOTS:
         const QVariant read = UserDefaults(path).object(u"Key"_s);
         QCOMPARE(read.typeId(), int{QMetaType::QVariantList});
         QTEST(read.toList(), "array");
+    }
+
+    void aNewFileAndItsFolderAreTheirOwnersAlone_data()
+    {
+        QTest::addColumn<int>("mask");
+        QTest::newRow("no umask") << 0;
+        QTest::newRow("usual umask") << 0022;
+        QTest::newRow("umask against the owner") << 0277;
+    }
+
+    void aNewFileAndItsFolderAreTheirOwnersAlone()
+    {
+        QFETCH(const int, mask);
+        const QString above = m_folder.filePath(u"above-%1"_s.arg(m_count++));
+        QVERIFY(QDir().mkpath(above));
+        const QString file = above + "/folder/settings.conf"_L1;
+        const mode_t before = umask(mode_t(mask));
+        {
+            UserDefaults defaults(file);
+            defaults.setObject(u"Key"_s, 1);
+            defaults.synchronize();
+            QCOMPARE(modeOf(file), 0600U);
+            // Somebody tidies up meanwhile.
+            QVERIFY(QFile::remove(file));
+            defaults.setObject(u"Key"_s, 2);
+        }
+        umask(before);
+        QCOMPARE(modeOf(file), 0600U);
+        QCOMPARE(modeOf(above + "/folder"_L1), 0700U);
+        QCOMPARE(UserDefaults(file).object(u"Key"_s).toInt(), 2);
+    }
+
+    void whatTheEventLoopWritesIsItsOwnersAlone()
+    {
+        const mode_t before = umask(0);
+        const QString file = newFile();
+        UserDefaults defaults(file);
+        for (int value = 0; value < 3; ++value) {
+            defaults.setObject(u"Key"_s, value);
+            QVERIFY(!contentOf(file).contains(QByteArray::number(value)));
+            QTRY_VERIFY(contentOf(file).contains(QByteArray::number(value)));
+            QCOMPARE(modeOf(file), 0600U);
+        }
+        umask(before);
+    }
+
+    void theFoldersAboveHaveTheUsualRights()
+    {
+        const QString above = m_folder.filePath(u"above-%1"_s.arg(m_count++));
+        const mode_t before = umask(0022);
+        {
+            UserDefaults defaults(above + "/folder/settings.conf"_L1);
+            defaults.setObject(u"Key"_s, 1);
+        }
+        umask(before);
+        QCOMPARE(modeOf(above), 0755U);
+    }
+
+    void aWiderFileIsNarrowedWhenItIsOpenedAndStaysSo()
+    {
+        const QString file = newFile();
+        UserDefaults(file).setObject(u"Key"_s, 1);
+        QCOMPARE(chmod(QFile::encodeName(file).constData(), 0664), 0);
+        UserDefaults defaults(file);
+        QCOMPARE(modeOf(file), 0600U);
+        defaults.setObject(u"Key"_s, 2);
+        defaults.synchronize();
+        QCOMPARE(modeOf(file), 0600U);
+        QCOMPARE(UserDefaults(file).object(u"Key"_s).toInt(), 2);
+    }
+
+    void theUsersOwnFolderIsNarrowedAndNoOther()
+    {
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_folder.path()));
+        for (const QString& name : {u"MORVEL"_s, u"another"_s}) {
+            const QString folder = m_folder.filePath(name);
+            QVERIFY(QDir().mkpath(folder));
+            QCOMPARE(chmod(QFile::encodeName(folder).constData(), 0755), 0);
+            UserDefaults(folder + "/Pelmora.conf"_L1).setObject(u"Key"_s, 1);
+            QCOMPARE(modeOf(folder), name == u"MORVEL" ? 0700U : 0755U);
+            QCOMPARE(modeOf(folder + "/Pelmora.conf"_L1), 0600U);
+        }
+    }
+
+    void readingMakesNoFile()
+    {
+        const QString file = m_folder.filePath(u"absent/settings.conf"_s);
+        QVERIFY(!UserDefaults(file).object(u"Key"_s).isValid());
+        UserDefaults(file).synchronize();
+        QVERIFY(!QFile::exists(m_folder.filePath(u"absent"_s)));
+    }
+
+    // What waits for a pipe's other end waits for ever.
+    void inThePlaceOfAPipeSettingsLiveInMemory_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("pipe") << u"pipe"_s;
+        QTest::newRow("link to a pipe") << u"link"_s;
+        QTest::newRow("folder") << u"folder"_s;
+    }
+
+    void inThePlaceOfAPipeSettingsLiveInMemory()
+    {
+        QFETCH(const QString, kind);
+        const QString path = newFile();
+        const QString pipe = kind == u"link" ? path + "-pipe"_L1 : path;
+        if (kind == u"folder")
+            QVERIFY(QDir().mkpath(path));
+        else
+            QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0644), 0);
+        if (kind == u"link")
+            QVERIFY(QFile::link(pipe, path));
+        QTest::ignoreMessage(QtWarningMsg,
+                             "The settings file is not a plain file: it is not read, and nothing is written to it");
+        UserDefaults defaults(path);
+        QVERIFY(!defaults.object(u"Key"_s).isValid());
+        defaults.setObject(u"Key"_s, 1);
+        defaults.setObject(u"Array"_s, QVariantList{1, 2});
+        defaults.synchronize();
+        QCOMPARE(defaults.object(u"Key"_s).toInt(), 1);
+        QCOMPARE(defaults.object(u"Array"_s).toList().size(), 2);
+        defaults.remove(u"Key"_s);
+        QVERIFY(!defaults.object(u"Key"_s).isValid());
+        QVERIFY(!QFileInfo(path).isFile());
+        QVERIFY(kind != u"folder" || QDir(path).isEmpty());
     }
 
     void theStandardFileLiesInTheConfigurationFolder()

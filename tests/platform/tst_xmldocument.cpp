@@ -92,7 +92,14 @@ private Q_SLOTS:
         QVERIFY(!description.contains(u"SPECIMEN"_s));
     }
 
-    void aDocumentTypeDeclarationIsRefused()
+    void aDocumentTypeWithoutDeclarationsIsIgnored()
+    {
+        const XmlDocument document = parsed(u"<!DOCTYPE a SYSTEM 'a.dtd'><a><b>1</b></a>"_s);
+        QCOMPARE(document.documentNode().nodes("a/b").size(), std::size_t{1});
+        QCOMPARE(firstText(document.documentNode(), "a/b"), u"1"_s);
+    }
+
+    void aDocumentTypeWithDeclarationsIsRefused()
     {
         const auto document = XmlDocument::fromText(u"<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>"_s);
         QVERIFY(!document.has_value());

@@ -76,6 +76,25 @@ private Q_SLOTS:
         QCOMPARE(box->buttons().constFirst()->text(), u"OK"_s);
     }
 
+    void anErrorsDetailIsShownBelowItsTextAsItStands()
+    {
+        m_alerts->presentError(noReader.withDetail(u"Le service <i>ne répond pas</i>."_s));
+        const QMessageBox* box = boxes().constFirst();
+        QCOMPARE(box->text(), noReader.localizedDescription());
+        QCOMPARE(box->informativeText(), u"Le service <i>ne répond pas</i>."_s);
+        const auto* label = box->findChild<QLabel*>(u"qt_msgbox_informativelabel"_s);
+        QVERIFY(label);
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+        // Another detail is another alert.
+        m_alerts->presentError(noReader);
+        m_alerts->presentError(noReader);
+        pressOk();
+        QTRY_COMPARE(boxes().size(), 1);
+        QCOMPARE(boxes().constFirst()->informativeText(), QString());
+        pressOk();
+        QTRY_COMPARE(boxes().size(), 0);
+    }
+
     void anErrorWithoutATextIsShownByItsDomainAndCode()
     {
         m_alerts->presentError(noText);
@@ -112,6 +131,32 @@ private Q_SLOTS:
         }
         pressOk();
         QCOMPARE(shown(), QStringList{u"Texte."_s});
+        pressOk();
+        QVERIFY(shown().isEmpty());
+    }
+
+    void aWarningFollowsTheMessageThatItPutsRight()
+    {
+        const AlertText message{u"Titre"_s, u"Fait."_s};
+        const AlertText warning{u"Non"_s, u"Rien n’est fait."_s};
+        for (int count = 0; count < 3; ++count)
+            m_alerts->presentMessageThenWarning(message, warning);
+        QCOMPARE(shown(), QStringList{u"Fait."_s});
+        pressOk();
+        QCOMPARE(shown(), QStringList{u"Rien n’est fait."_s});
+        QCOMPARE(boxes().constFirst()->icon(), QMessageBox::Warning);
+        QCOMPARE(boxes().constFirst()->windowTitle(), u"Non"_s);
+
+        // Anew while the warning is still there: the message comes again, and the warning after it again.
+        m_alerts->presentMessageThenWarning(message, warning);
+        pressOk();
+        QCOMPARE(shown(), QStringList{u"Fait."_s});
+        pressOk();
+        QCOMPARE(shown(), QStringList{u"Rien n’est fait."_s});
+        // A message that holds at last is the last one.
+        m_alerts->presentMessage(message.title, message.text);
+        pressOk();
+        QCOMPARE(shown(), QStringList{u"Fait."_s});
         pressOk();
         QVERIFY(shown().isEmpty());
     }

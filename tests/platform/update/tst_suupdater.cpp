@@ -11,6 +11,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace Qt::StringLiterals;
@@ -97,6 +98,23 @@ private:
     }
 
     [[nodiscard]] qsizetype requests() const { return m_fixture->server().requests().size(); }
+
+    // Where one is told to look that is to keep quiet, and what the server is asked there until another, which may look
+    // and has come later, has looked three times.
+    [[nodiscard]] QUrl quietAddress() const { return m_fixture->server().address(u"/quiet"_s); }
+    [[nodiscard]] std::optional<qsizetype> requestsMeanwhile(const QByteArray& path) const
+    {
+        m_fixture->setFeed("Bonjour");
+        const SUUpdater other(automatic(1ms), std::make_unique<UserDefaults>(m_fixture->folder() + u".conf"_s));
+        const auto requestsFor = [this](const QByteArray& wanted) {
+            return std::ranges::count_if(m_fixture->server().requests(), [&wanted](const QByteArray& head) {
+                return head.startsWith("GET " + wanted + ' ');
+            });
+        };
+        if (!QTest::qWaitFor([&] { return requestsFor("/feed") >= 3; }))
+            return std::nullopt;
+        return requestsFor(path);
+    }
 
 private Q_SLOTS:
     void init() { m_fixture = std::make_unique<UpdateFixture>(); }
@@ -243,9 +261,9 @@ private Q_SLOTS:
     {
         UpdateConfiguration configuration = automatic(0ms);
         configuration.automaticChecks = false;
+        configuration.feed = quietAddress();
         const auto updater = this->updater(configuration);
-        QTest::qWait(100);
-        QCOMPARE(requests(), 0);
+        QCOMPARE(requestsMeanwhile("/quiet"), 0);
         QVERIFY(!updater->lastUpdateCheckDate());
     }
 
@@ -253,9 +271,9 @@ private Q_SLOTS:
     {
         UpdateConfiguration configuration = automatic(0ms);
         configuration.isPackaged = true;
+        configuration.feed = quietAddress();
         const auto updater = this->updater(configuration);
-        QTest::qWait(100);
-        QCOMPARE(requests(), 0);
+        QCOMPARE(requestsMeanwhile("/quiet"), 0);
         QCOMPARE(shownWindow(), nullptr);
     }
 
@@ -287,9 +305,10 @@ private Q_SLOTS:
     void itLooksOnceADayAtMost()
     {
         settings()->setObject(u"SULastCheckTime"_s, QDateTime::currentDateTime().addSecs(-23 * 3600));
-        const auto updater = this->updater(automatic(24h));
-        QTest::qWait(100);
-        QCOMPARE(requests(), 0);
+        UpdateConfiguration configuration = automatic(24h);
+        configuration.feed = quietAddress();
+        const auto updater = this->updater(configuration);
+        QCOMPARE(requestsMeanwhile("/quiet"), 0);
     }
 
     void itLooksAgainAfterADayOrWhenTheClockWasWrong_data()

@@ -1,3 +1,4 @@
+#include "platform/FailedWrites.h"
 #include "platform/update/UpdatePackage.h"
 #include "tests/platform/FileSizeLimit.h"
 
@@ -96,6 +97,7 @@ private Q_SLOTS:
     {
         const auto package = UpdatePackage::create(m_folder, u"a.deb"_s);
         QVERIFY(package.has_value());
+        ignoreSignalsOfFailedWrites(); // as all our programs do
         const FileSizeLimit limit(1000);
         QVERIFY(!(*package)->write(QByteArray(600, 'x')));
         QCOMPARE((*package)->write(QByteArray(600, 'x')), UpdateFailure::DiskFull);
