@@ -83,10 +83,12 @@ BundleMover::End BundleMover::useAuthorization()
 {
     if (!m_operations.createAuthorization())
         return End::Failed;
+    // Before the user is asked, which takes as long as the user thinks.
+    const std::optional<QString> source = m_operations.holdForAuthorized(m_surroundings.bundlePath);
     End end = End::Failed;
     switch (m_operations.requestRight(administratorsRight.toString())) {
     case MoveOperations::Right::Granted:
-        end = runPrivilegedCommands() ? End::Moved : End::Failed;
+        end = source && runPrivilegedCommands(*source) ? End::Moved : End::Failed;
         break;
     case MoveOperations::Right::Cancelled:
         m_operations.log(LogLevel::Info, MoveLog::cancelled.toString());
@@ -99,7 +101,7 @@ BundleMover::End BundleMover::useAuthorization()
     return end;
 }
 
-bool BundleMover::runPrivilegedCommands()
+bool BundleMover::runPrivilegedCommands(const QString& source)
 {
     if (!m_operations.canRunAuthorized())
         return false;
@@ -107,7 +109,7 @@ bool BundleMover::runPrivilegedCommands()
     // Whatever the status of the first: what could not be deleted makes the copy fail.
     if (!m_operations.runAuthorized(m_commands.privilegedDelete(destination)))
         return false;
-    return m_operations.runAuthorized(m_commands.privilegedCopy(m_surroundings.bundlePath, destination)) == 0;
+    return m_operations.runAuthorized(m_commands.privilegedCopy(source, destination)) == 0;
 }
 
 bool BundleMover::isDestinationRunning()

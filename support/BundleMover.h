@@ -27,7 +27,7 @@ private:
     [[nodiscard]] End install();
     [[nodiscard]] End installWithAuthorization();
     [[nodiscard]] End useAuthorization();
-    [[nodiscard]] bool runPrivilegedCommands();
+    [[nodiscard]] bool runPrivilegedCommands(const QString& source);
     [[nodiscard]] bool isDestinationRunning();
     [[nodiscard]] bool arePathsFitForAuthorization() const;
     void removeSource();

@@ -12,7 +12,12 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <syslog.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -45,6 +50,21 @@ bool hasTrash()
     return QFileInfo(folder + "/Trash"_L1).isDir();
 }
 
+// Whether the program of this process is the one that lies in that open folder, which was found by its path.
+bool holdsThisProgram(int folder, const QString& path)
+{
+    constexpr auto thisProgram = "/proc/self/exe";
+    const QString program = QFile::symLinkTarget(QLatin1StringView(thisProgram));
+    if (!program.startsWith(path + u'/'))
+        return false;
+    const QByteArray inside = QFile::encodeName(program.sliced(path.size() + 1));
+    struct stat running = {};
+    struct stat found = {};
+    return ::stat(thisProgram, &running) == 0 &&
+           ::fstatat(folder, inside.constData(), &found, AT_SYMLINK_NOFOLLOW) == 0 && found.st_dev == running.st_dev &&
+           found.st_ino == running.st_ino;
+}
+
 } // namespace
 
 LinuxMoveOperations::LinuxMoveOperations(UserDefaults& defaults)
@@ -53,7 +73,10 @@ LinuxMoveOperations::LinuxMoveOperations(UserDefaults& defaults)
 {
 }
 
-LinuxMoveOperations::~LinuxMoveOperations() = default;
+LinuxMoveOperations::~LinuxMoveOperations()
+{
+    freeAuthorization();
+}
 
 bool LinuxMoveOperations::isQuestionSuppressed()
 {
@@ -194,6 +217,14 @@ MoveOperations::Right LinuxMoveOperations::requestRight(const QString& /*name*/)
     return Right::Refused;
 }
 
+std::optional<QString> LinuxMoveOperations::holdForAuthorized(const QString& bundle)
+{
+    m_heldBundle = ::open(QFile::encodeName(bundle).constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (m_heldBundle < 0 || !holdsThisProgram(m_heldBundle, bundle))
+        return std::nullopt;
+    return u"/proc/%1/fd/%2"_s.arg(::getpid()).arg(m_heldBundle);
+}
+
 bool LinuxMoveOperations::canRunAuthorized()
 {
     // Where the right was granted, there is.
@@ -208,6 +239,8 @@ std::optional<int> LinuxMoveOperations::runAuthorized(const MoveCommand& command
 void LinuxMoveOperations::freeAuthorization()
 {
     m_administrator.reset();
+    if (m_heldBundle >= 0)
+        ::close(std::exchange(m_heldBundle, -1));
 }
 
 void LinuxMoveOperations::log(LogLevel level, const QString& line)

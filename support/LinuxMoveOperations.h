@@ -13,6 +13,8 @@ class LinuxMoveOperations final : public MoveOperations
 public:
     /// The settings are the user's own; they must outlive the object.
     explicit LinuxMoveOperations(UserDefaults& defaults);
+    LinuxMoveOperations(const LinuxMoveOperations&) = delete;
+    LinuxMoveOperations& operator=(const LinuxMoveOperations&) = delete;
     ~LinuxMoveOperations() override;
 
     [[nodiscard]] bool isQuestionSuppressed() override;
@@ -36,6 +38,7 @@ public:
     void showAlert(const QString& title) override;
     [[nodiscard]] bool createAuthorization() override;
     [[nodiscard]] Right requestRight(const QString& name) override;
+    [[nodiscard]] std::optional<QString> holdForAuthorized(const QString& bundle) override;
     [[nodiscard]] bool canRunAuthorized() override;
     [[nodiscard]] std::optional<int> runAuthorized(const MoveCommand& command) override;
     void freeAuthorization() override;
@@ -47,4 +50,5 @@ private:
     MountedImages m_images;
     bool m_comesToTheFront = false;
     std::unique_ptr<Administrator> m_administrator;
+    int m_heldBundle = -1; // a descriptor of the folder
 };

@@ -1,23 +1,22 @@
 #include "support/MXUtils.h"
 
+#include "platform/NativePath.h"
+#include "platform/PrivateFolder.h"
 #include "support/MXLog.h"
-
-#include <QFileInfo>
 
 #include <filesystem>
 #include <system_error>
 
 bool MXUtils::checkFolderAtPath(const QString& path, bool createIfNotExists)
 {
-    const QFileInfo info(path);
-    if (info.exists())
-        return info.isDir();
+    const std::filesystem::path native = bytesOfPath(path).toStdString();
+    std::error_code error;
+    if (std::filesystem::exists(native, error))
+        return std::filesystem::is_directory(native, error);
     if (!createIfNotExists)
         return false;
 
-    // QDir tells that it failed, not why.
-    std::error_code error;
-    std::filesystem::create_directories(path.toStdString(), error);
+    error = makePrivateFolder(native);
     if (error)
         MXLog::logError("Error on folder create '{}' : {}", path, error.message());
     return !error;

@@ -23,7 +23,9 @@ constexpr MoveCommandTable macintoshCommands{{
 // Mounted images and running programs are read from /proc, and files carry no quarantine. A process that has ended and
 // waits for its parent to ask for it has ended all the same. What an administrator installs belongs to the
 // administrator, serves every user however private its source was, and appears whole: only a name changes last. What is
-// replaced loses its name first, so that it is never there in part.
+// replaced loses its name first, so that it is never there in part. All that is made on the way lies in a folder of an
+// own name which is closed to others, so that they cannot put anything in its place, nor start a program that is still
+// somebody else's. Links are not followed: tar, unlike cp, opens each folder from the one above it.
 constexpr MoveCommandTable linuxCommands{{
     {MovePurpose::OpenRunningCopy, {u"/bin/sh", u"-c", u"%@/bin/pelmora%@ >/dev/null 2>&1 </dev/null &"}},
     {MovePurpose::Relaunch,
@@ -36,11 +38,18 @@ constexpr MoveCommandTable linuxCommands{{
      {u"/bin/sh", u"-c",
       u"(d=%@; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b \"$d\") >/dev/null 2>&1 &"}},
     {MovePurpose::PrivilegedDelete,
-     {u"/bin/sh", u"-c", u"rm -rf -- \"$0.old\"; mv -T -- \"$0\" \"$0.old\" 2>/dev/null; rm -rf -- \"$0.old\"", u"%@"}},
+     {u"/bin/sh", u"-c",
+      u"d=$(mktemp -d -- \"${0%/*}/.pelmora-administrator-XXXXXX\") && mv -T -- \"$0\" \"$d/old\" 2>/dev/null; "
+      "rm -rf -- \"${0%/*}\"/.pelmora-administrator-*",
+      u"%@"}},
     {MovePurpose::PrivilegedCopy,
      {u"/bin/sh", u"-c",
-      u"rm -rf -- \"$1.part\" && cp -R --preserve=mode,timestamps -- \"$0\" \"$1.part\" && "
-      "chmod -R a-s,u+rwX,go+rX,go-w -- \"$1.part\" && sync -f -- \"$1.part\" && mv -T -- \"$1.part\" \"$1\"",
+      u"rm -rf -- \"${1%/*}\"/.pelmora-administrator-*; umask 022; "
+      "d=$(mktemp -d -- \"${1%/*}/.pelmora-administrator-XXXXXX\") && mkdir -- \"$d/new\" && "
+      "tar --create --format=posix --one-file-system --directory=\"$0\" --file=\"$d/tar\" . && "
+      "tar --extract --no-same-owner --directory=\"$d/new\" --file=\"$d/tar\" && "
+      "chmod -R a-s,u+rwX,go+rX,go-w -- \"$d/new\" && sync -f -- \"$d/new\" && mv -T -- \"$d/new\" \"$1\"; "
+      "s=$?; rm -rf -- \"$d\"; exit $s",
       u"%@", u"%@"}},
 }};
 

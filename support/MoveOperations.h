@@ -125,6 +125,9 @@ public:
     // An administrator's rights.
     [[nodiscard]] virtual bool createAuthorization() = 0;
     [[nodiscard]] virtual Right requestRight(const QString& name) = 0;
+    /// A path by which commands with those rights find the running copy in that folder, whatever is put in the folder's
+    /// place after this call, until the authorization is freed. Nothing when the running copy is not there (any more).
+    [[nodiscard]] virtual std::optional<QString> holdForAuthorized(const QString& bundle) = 0;
     /// Whether there is a way to run commands with those rights.
     [[nodiscard]] virtual bool canRunAuthorized() = 0;
     /// The command's exit status; absent when it could not be run or did not end by itself.

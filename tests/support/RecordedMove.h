@@ -53,6 +53,7 @@ public:
     void showAlert(const QString& title) override;
     bool createAuthorization() override;
     Right requestRight(const QString& name) override;
+    std::optional<QString> holdForAuthorized(const QString& bundle) override { return bundle; }
     bool canRunAuthorized() override;
     std::optional<int> runAuthorized(const MoveCommand& command) override;
     void freeAuthorization() override;

@@ -64,6 +64,9 @@ private Q_SLOTS:
     void theAdministratorsCopyServesEveryUser();
     void whatAnAdministratorDeletesIsGone_data();
     void whatAnAdministratorDeletesIsGone();
+    void whatSomebodyKeepsBesideTheCopyStays();
+    void linksInACopyAreNotFollowed();
+    void whatIsBeingCopiedIsClosedToOthers();
 
 private:
     static void strangePaths();
@@ -123,12 +126,16 @@ void tst_MoveCommands::theLinuxCommandsAreThese()
              u"/bin/sh | -c | (d='/dev/loop0'; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b "
              "\"$d\") >/dev/null 2>&1 &"_s);
     QCOMPARE(textOf(commands.privilegedDelete(bundle)),
-             u"/bin/sh | -c | rm -rf -- \"$0.old\"; mv -T -- \"$0\" \"$0.old\" 2>/dev/null; rm -rf -- \"$0.old\" | "_s +
+             u"/bin/sh | -c | d=$(mktemp -d -- \"${0%/*}/.pelmora-administrator-XXXXXX\") && "
+             "mv -T -- \"$0\" \"$d/old\" 2>/dev/null; rm -rf -- \"${0%/*}\"/.pelmora-administrator-* | "_s +
                  bundle);
     QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)),
-             u"/bin/sh | -c | rm -rf -- \"$1.part\" && cp -R --preserve=mode,timestamps -- \"$0\" \"$1.part\" && "
-             "chmod -R a-s,u+rwX,go+rX,go-w -- \"$1.part\" && sync -f -- \"$1.part\" && "
-             "mv -T -- \"$1.part\" \"$1\" | /a b | "_s +
+             u"/bin/sh | -c | rm -rf -- \"${1%/*}\"/.pelmora-administrator-*; umask 022; "
+             "d=$(mktemp -d -- \"${1%/*}/.pelmora-administrator-XXXXXX\") && mkdir -- \"$d/new\" && "
+             "tar --create --format=posix --one-file-system --directory=\"$0\" --file=\"$d/tar\" . && "
+             "tar --extract --no-same-owner --directory=\"$d/new\" --file=\"$d/tar\" && "
+             "chmod -R a-s,u+rwX,go+rX,go-w -- \"$d/new\" && sync -f -- \"$d/new\" && mv -T -- \"$d/new\" \"$1\"; "
+             "s=$?; rm -rf -- \"$d\"; exit $s | /a b | "_s +
                  bundle);
 }
 
@@ -187,7 +194,7 @@ void tst_MoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
     QVERIFY(makeBundle(source));
     QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
     // What an interrupted copy has left.
-    QVERIFY(makeBundle(destination + ".part/rest"_L1));
+    QVERIFY(makeBundle(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
     const MoveCommands commands(linuxCommands, later);
     const MoveCommand copy = commands.privilegedCopy(source, destination);
     QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
@@ -241,10 +248,71 @@ void tst_MoveCommands::whatAnAdministratorDeletesIsGone()
     const QTemporaryDir folder;
     const QString path = folder.path() + u"/-l'été b.app"_s;
     QVERIFY(!isThere || makeBundle(path));
-    QVERIFY(!wasInterrupted || makeBundle(path + ".old"_L1));
+    QVERIFY(!wasInterrupted || makeBundle(folder.path() + "/.pelmora-administrator-abcdef/old"_L1));
     const MoveCommand deletion = MoveCommands(linuxCommands, later).privilegedDelete(path);
     QCOMPARE(QProcess::execute(deletion.program, deletion.arguments), 0);
-    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
+}
+
+void tst_MoveCommands::whatSomebodyKeepsBesideTheCopyStays()
+{
+    const QTemporaryDir folder;
+    const QString source = folder.path() + "/Pelmora.app"_L1;
+    const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+    QVERIFY(makeBundle(source));
+    QVERIFY(makeBundle(destination));
+    QVERIFY(makeBundle(destination + ".old"_L1));
+    QVERIFY(makeBundle(destination + ".part"_L1));
+    const MoveCommands commands(linuxCommands, later);
+    for (const MoveCommand& command :
+         {commands.privilegedDelete(destination), commands.privilegedCopy(source, destination)})
+        QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
+    QVERIFY(QFile::exists(destination + ".old/bin/pelmora"_L1));
+    QVERIFY(QFile::exists(destination + ".part/bin/pelmora"_L1));
+}
+
+void tst_MoveCommands::linksInACopyAreNotFollowed()
+{
+    const QTemporaryDir folder;
+    const QString source = folder.path() + "/Pelmora.app"_L1;
+    const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+    const QString secret = folder.path() + "/privé"_L1;
+    QVERIFY(makeBundle(source));
+    QVERIFY(makeBundle(secret));
+    QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+    QCOMPARE(chmod(QFile::encodeName(secret).constData(), 0700), 0);
+    QVERIFY(QFile::link(secret, source + "/lien"_L1));
+    const MoveCommand copy = MoveCommands(linuxCommands, later).privilegedCopy(source, destination);
+    QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
+    QCOMPARE(QFile::symLinkTarget(destination + "/lien"_L1), secret);
+    QCOMPARE(modeOf(secret), 0700U);
+}
+
+void tst_MoveCommands::whatIsBeingCopiedIsClosedToOthers()
+{
+    const QTemporaryDir folder;
+    const QString source = folder.path() + "/Pelmora.app"_L1;
+    const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+    QVERIFY(makeBundle(source));
+    QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+    QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06755), 0);
+    // In the place of the program that gives the copy its permissions: tells who may enter the folder above it.
+    QFile watcher(folder.path() + "/programmes/chmod"_L1);
+    QVERIFY(QDir().mkpath(folder.path() + "/programmes"_L1) && watcher.open(QIODevice::WriteOnly));
+    watcher.write("#!/bin/sh\nfor copy; do :; done\nstat -c %a -- \"${copy%/*}\" >\"${0%/*}/mode\"\n"
+                  "exec /bin/chmod \"$@\"\n");
+    watcher.close();
+    QVERIFY(watcher.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"PATH"_s, folder.path() + "/programmes:"_L1 + environment.value(u"PATH"_s));
+    process.setProcessEnvironment(environment);
+    const MoveCommand copy = MoveCommands(linuxCommands, later).privilegedCopy(source, destination);
+    process.start(copy.program, copy.arguments);
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(contentOf(folder.path() + "/programmes/mode"_L1), u"700\n"_s);
+    QCOMPARE(modeOf(destination + "/bin/pelmora"_L1), 0755U);
 }
 
 QTEST_GUILESS_MAIN(tst_MoveCommands)

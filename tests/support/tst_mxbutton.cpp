@@ -1,5 +1,6 @@
 #include "support/MXButton.h"
 #include "support/ReadableInk.h"
+#include "tests/support/PaintRecord.h"
 
 #include <QPainter>
 #include <QSignalSpy>
@@ -90,6 +91,24 @@ private Q_SLOTS:
         QVERIFY(std::abs((image.top() - bounds.top()) - (bounds.bottom() - title.bottom())) <= 1);
     }
 
+    void theImageGrowsWithTheTileUpToTwiceItsSize_data()
+    {
+        QTest::addColumn<int>("height");
+        QTest::addColumn<int>("side");
+        QTest::newRow("small") << 90 << 40;
+        QTest::newRow("larger") << 120 << 48;
+        QTest::newRow("as large as it gets") << 200 << 80;
+        QTest::newRow("larger than that") << 400 << 80;
+    }
+
+    void theImageGrowsWithTheTileUpToTwiceItsSize()
+    {
+        QFETCH(const int, height);
+        QFETCH(const int, side);
+        const auto button = tile(green);
+        QCOMPARE(button->cell().imageRectForBounds({0, 0, 400, height}, *button).size(), QSize(side, side));
+    }
+
     void theTileIsFilledToItsCorners()
     {
         const auto button = tile(green);
@@ -142,10 +161,13 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(&window));
         first->setFocus();
         const QImage unfocused = drawn(*second, Qt::magenta);
+        // Until then nothing tells that the first one has it.
+        QCOMPARE(drawn(*first, Qt::magenta), unfocused);
         QTest::keyClick(first, Qt::Key_Tab);
         QVERIFY(second->hasFocus());
         const QImage focused = drawn(*second, Qt::magenta);
         QVERIFY(differingPixels(unfocused, focused) > 400);
+        QCOMPARE(drawn(*first, Qt::magenta), unfocused);
         // Inside the tile, in the ink's colour.
         QVERIFY(edgesAre(focused, green));
         QCOMPARE(focused.pixelColor(80, 4), second->cell().inkColor(*second));
@@ -156,7 +178,9 @@ private Q_SLOTS:
         const auto button = tile(green);
         button->show();
         QVERIFY(QTest::qWaitForWindowExposed(button.get()));
+        const PaintRecord record(*button);
         button->setBackgroundColor(QColor(Qt::blue));
+        QTRY_COMPARE(record.painted(), QList<QRect>{button->rect()});
         QCOMPARE(button->grab().toImage().pixelColor(1, 1), QColor(Qt::blue));
     }
 

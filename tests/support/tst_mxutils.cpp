@@ -1,3 +1,4 @@
+#include "platform/NativePath.h"
 #include "support/MXLog.h"
 #include "support/MXUtils.h"
 
@@ -9,7 +10,20 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+unsigned modeOf(const QString& path)
+{
+    struct stat status = {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
+}
+
+} // namespace
 
 class tst_MXUtils : public QObject
 {
@@ -52,6 +66,42 @@ private Q_SLOTS:
         QVERIFY(!QDir(path).exists());
         QVERIFY(MXUtils::checkFolderAtPath(path, true));
         QVERIFY(QDir(path).exists());
+    }
+
+    void aNewFolderIsItsOwnersAloneAndThoseAboveAreAsUsual_data()
+    {
+        QTest::addColumn<QString>("end");
+        QTest::newRow("plain") << u""_s;
+        QTest::newRow("slash") << u"/"_s;
+        QTest::newRow("slashes and dots") << u"//.//"_s;
+    }
+
+    void aNewFolderIsItsOwnersAloneAndThoseAboveAreAsUsual()
+    {
+        QFETCH(const QString, end);
+        const QTemporaryDir folder;
+        const mode_t before = umask(0);
+        const bool made = MXUtils::checkFolderAtPath(folder.filePath(u"a/b"_s) + end, true);
+        umask(before);
+        QVERIFY(made);
+        QCOMPARE(modeOf(folder.filePath(u"a"_s)), 0777U);
+        QCOMPARE(modeOf(folder.filePath(u"a/b"_s)), 0700U);
+    }
+
+    void aFolderThatIsThereKeepsItsRights()
+    {
+        const QTemporaryDir folder;
+        QCOMPARE(chmod(QFile::encodeName(folder.path()).constData(), 0755), 0);
+        QVERIFY(MXUtils::checkFolderAtPath(folder.path(), true));
+        QCOMPARE(modeOf(folder.path()), 0755U);
+    }
+
+    void aNameThatIsNotUtf8IsUsedAsItIs()
+    {
+        const QByteArray name = QFile::encodeName(m_folder.path()) + "/Zo\xE9";
+        QVERIFY(MXUtils::checkFolderAtPath(pathFromBytes(name), true));
+        QVERIFY(MXUtils::checkFolderAtPath(pathFromBytes(name), false));
+        QCOMPARE(::rmdir(name.constData()), 0);
     }
 
     void aFolderThatCannotBeMadeIsLogged()
