@@ -4,11 +4,23 @@
 #include "card/PelmoraError.h"
 #include "platform/NotificationCenter.h"
 
+using namespace Qt::StringLiterals;
+
 BindOutcome bindOutcome(bool bound, const std::optional<Error>& error)
 {
     if (bound)
         return std::nullopt;
     return error.value_or(PelmoraError::generalError());
+}
+
+Error replacedBindError()
+{
+    return {u"Pelmora.Bind"_s, 1};
+}
+
+bool isReplaced(const BindOutcome& outcome)
+{
+    return outcome == replacedBindError();
 }
 
 std::optional<Error> bindError(const QVariantMap& userInfo)
@@ -18,6 +30,8 @@ std::optional<Error> bindError(const QVariantMap& userInfo)
 
 void postBindNotification(const BindOutcome& outcome)
 {
+    if (isReplaced(outcome))
+        return;
     const QStringView status = outcome ? BindNotification::failure : BindNotification::success;
     QVariantMap userInfo{{BindNotification::status.toString(), status.toString()}};
     if (outcome)

@@ -2,6 +2,7 @@
 
 #include "card/CardKeys.h"
 #include "card/PelmoraError.h"
+#include "support/MXLog.h"
 
 #include <algorithm>
 
@@ -41,16 +42,24 @@ std::expected<CardRecord, Error> parseCardDocument(const XmlDocument* document)
     if (document == nullptr)
         return std::unexpected(PelmoraError::internalError());
 
+    // Counted before anything is made of them.
+    const std::vector<XmlNode> elements = document->documentNode().nodes(beneficiariesPath);
+    if (elements.empty())
+        return std::unexpected(PelmoraError::vitaleNoBen());
+    if (elements.size() > maximumBeneficiaries) {
+        MXLog::logError("A card with {} beneficiaries was refused; {} are allowed", elements.size(),
+                        maximumBeneficiaries);
+        return std::unexpected(PelmoraError::generalError());
+    }
+
     CardRecord record;
     const std::optional<XmlNode> serial = document->rootElement().firstNode(serialPath);
     if (serial && serial->hasChildren())
         record.setText(CardKey::vitaleSerial, serial->stringValue());
 
     QList<BeneficiaryRecord> beneficiaries;
-    for (const XmlNode& element : document->documentNode().nodes(beneficiariesPath))
+    for (const XmlNode& element : elements)
         beneficiaries.append(parseBeneficiary(element));
-    if (beneficiaries.isEmpty())
-        return std::unexpected(PelmoraError::vitaleNoBen());
 
     const BeneficiaryRecord& insured = mainBeneficiary(beneficiaries);
     for (const QStringView key : mainBeneficiaryKeys) {

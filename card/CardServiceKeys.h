@@ -48,6 +48,7 @@ inline constexpr std::array informationFields{
 /// Keys of the dictionaries that LVitAccess takes and gives.
 namespace ReaderKey {
 inline constexpr QStringView readers{u"Readers"}; // the names of the readers, in the service's order
+inline constexpr QStringView detail{u"Detail"};   // why there are none, in words, where the service tells
 inline constexpr QStringView vitale{u"Vitale"};   // the name of the reader for the health card
 inline constexpr QStringView cps{u"CPS"};         // the name of the reader for the professional card
 } // namespace ReaderKey

@@ -26,20 +26,14 @@ void blockSignals()
     pthread_sigmask(SIG_SETMASK, &signals, nullptr);
 }
 
-FileDescriptor makeEventCounter()
-{
-    FileDescriptor counter(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (!counter.isValid())
-        throw std::system_error(errno, std::system_category(), "eventfd");
-    return counter;
-}
+// What poll refused once it may refuse again at once: the thread must not turn without a rest.
+constexpr auto restAfterFailedPoll = std::chrono::milliseconds(100);
 
 } // namespace
 
 ChannelLoop::ChannelLoop(const ServiceCommand& command, ChannelLimits limits)
     : m_command(systemArguments(command))
     , m_limits(limits)
-    , m_wakeUp(makeEventCounter())
 {
 }
 
@@ -59,37 +53,56 @@ void ChannelLoop::run()
 void ChannelLoop::post(Task task)
 {
     bool isFirst = false;
+    int counter = -1;
     {
         const std::scoped_lock lock(m_mutex);
         if (m_ended)
             return; // the task goes with the call, outside of the lock
         isFirst = m_tasks.empty();
+        counter = m_wakeUp.get();
         m_tasks.push_back(std::move(task));
     }
     if (isFirst)
-        wakeUp();
+        wakeUp(counter);
 }
 
 void ChannelLoop::requestStop()
 {
+    int counter = -1;
     {
         const std::scoped_lock lock(m_mutex);
         m_stopRequested = true;
+        counter = m_wakeUp.get();
     }
-    wakeUp();
+    wakeUp(counter);
 }
 
-void ChannelLoop::wakeUp() const
+/// Without a counter, the thread waits for the condition; one that is made meanwhile counts what is in the mailbox.
+void ChannelLoop::wakeUp(int counter)
 {
+    if (counter < 0) {
+        m_mailboxChanged.notify_one();
+        return;
+    }
     // It fails only when the counter is at its maximum, which wakes as well.
     const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = write(m_wakeUp.get(), &one, sizeof one);
+    [[maybe_unused]] const ssize_t written = write(counter, &one, sizeof one);
 }
 
 void ChannelLoop::silenceWakeUp() const
 {
     std::uint64_t count = 0;
     [[maybe_unused]] const ssize_t taken = read(m_wakeUp.get(), &count, sizeof count);
+}
+
+std::expected<void, std::error_code> ChannelLoop::makeWakeUp()
+{
+    const std::scoped_lock lock(m_mutex);
+    if (!m_wakeUp.isValid())
+        m_wakeUp = FileDescriptor(eventfd(m_tasks.empty() && !m_stopRequested ? 0 : 1, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!m_wakeUp.isValid())
+        return std::unexpected(std::error_code(errno, std::system_category()));
+    return {};
 }
 
 /// Runs what is in the mailbox now; what those tasks post comes after a look at the connection.
@@ -127,6 +140,8 @@ std::expected<void, std::error_code> ChannelLoop::open(ChannelEventHandler event
         return {};
     if (m_isStopping)
         return std::unexpected(std::make_error_code(std::errc::operation_canceled));
+    if (const auto made = makeWakeUp(); !made)
+        return made;
     auto helper = HelperProcess::start(m_command);
     if (!helper)
         return std::unexpected(helper.error());
@@ -136,7 +151,7 @@ std::expected<void, std::error_code> ChannelLoop::open(ChannelEventHandler event
 
 void ChannelLoop::close()
 {
-    if (const ConnectionPointer connection = takeConnection())
+    if (const ConnectionPointer connection = takeConnection(true))
         failRequests(*connection);
 }
 
@@ -151,21 +166,23 @@ void ChannelLoop::send(const QCborMap& body, ServiceReplyHandler handler)
 /// The connection is broken: it is closed, its event handler is told, and then those that wait.
 void ChannelLoop::interrupt()
 {
-    if (const ConnectionPointer connection = takeConnection()) {
+    if (const ConnectionPointer connection = takeConnection(false)) {
         connection->eventHandler()({.kind = ChannelEvent::Kind::Interrupted, .message = {}});
         failRequests(*connection);
     }
 }
 
 /// Ends the connection, so that handlers that are called from now on find none, and lets its helper go.
-ChannelLoop::ConnectionPointer ChannelLoop::takeConnection()
+ChannelLoop::ConnectionPointer ChannelLoop::takeConnection(bool isAsked)
 {
+    m_strayReplies.tellLeftOut();
     ConnectionPointer connection = std::exchange(m_connection, nullptr);
     if (connection) {
         auto [process, errorLog] = connection->leave();
         m_leaving.push_back({.process = std::move(process),
                              .errorLog = std::move(errorLog),
-                             .deadline = ChannelClock::now() + grace()});
+                             .deadline = ChannelClock::now() + grace(),
+                             .wasAsked = isAsked});
     }
     return connection;
 }
@@ -203,10 +220,12 @@ void ChannelLoop::killLateHelpers()
     for (LeavingHelper& helper : m_leaving) {
         if (helper.deadline > now)
             continue;
-        // A process that outlives SIGKILL is held by the kernel, in a device; it ends when the device lets it.
-        helper.isGone = helper.isKilled;
-        if (helper.isGone)
-            helper.errorLog.readLastWords(helper.process.standardError(), maximumLastSlices);
+        seeOff(helper);
+        if (!helper.isGone && helper.isKilled) {
+            // A process that outlives SIGKILL is held by the kernel, in a device; it ends when the device lets it.
+            MXLog::logWarning("The card service could not be ended: the system holds it in a call");
+            helper.isGone = true;
+        }
         helper.process.kill();
         helper.isKilled = true;
         helper.deadline = now + grace();
@@ -228,8 +247,29 @@ int ChannelLoop::patience() const
     return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, 3'600'000));
 }
 
+void ChannelLoop::waitForMailbox()
+{
+    std::unique_lock lock(m_mutex);
+    m_mailboxChanged.wait(lock, [this] { return !m_tasks.empty() || m_stopRequested; });
+}
+
+/// What is waited for cannot be: more descriptors than the process may have now, or no memory. Without a connection and
+/// helpers there is less to wait for.
+void ChannelLoop::giveUpPolling(std::error_code reason)
+{
+    if (m_connection)
+        MXLog::logWarning("Card service: poll: {}", reason.message());
+    interrupt();
+    std::this_thread::sleep_for(restAfterFailedPoll);
+}
+
 void ChannelLoop::waitForEvents()
 {
+    // Whatever else is waited for was opened with it.
+    if (!m_wakeUp.isValid()) {
+        waitForMailbox();
+        return;
+    }
     constexpr std::size_t perLeaving = 2;
     std::vector<pollfd> set{{.fd = m_wakeUp.get(), .events = POLLIN, .revents = 0}};
     for (const LeavingHelper& helper : m_leaving) {
@@ -239,7 +279,10 @@ void ChannelLoop::waitForEvents()
     if (m_connection)
         std::ranges::copy(m_connection->pollSet(), std::back_inserter(set));
 
-    if (poll(set.data(), set.size(), patience()) <= 0)
+    const int count = poll(set.data(), set.size(), patience());
+    if (count < 0 && errno != EINTR)
+        giveUpPolling({errno, std::system_category()});
+    if (count <= 0)
         return;
 
     const std::span<const pollfd> ready(set);
@@ -257,12 +300,32 @@ void ChannelLoop::waitForEvents()
     }
 }
 
+void ChannelLoop::tellEnd(const LeavingHelper& helper)
+{
+    const std::optional<HelperEnd>& end = helper.process.howItEnded();
+    if (!end)
+        MXLog::logNotice("The card service ended: how, the system does not tell");
+    else if (helper.isKilled)
+        MXLog::logWarning("The card service ended: {}, as it had not left by itself", end->description());
+    else if (!helper.wasAsked || end->signal || end->exitStatus != 0)
+        MXLog::logWarning("The card service ended: {}", end->description());
+}
+
+/// Logs the last words and the end of a helper that has ended; nothing while it runs.
+void ChannelLoop::seeOff(LeavingHelper& helper)
+{
+    helper.isGone = helper.process.reap();
+    if (!helper.isGone)
+        return;
+    // Whatever it said is in the pipe by now. The pipe's end is not waited for: a child may hold it open.
+    helper.errorLog.readLastWords(helper.process.standardError(), maximumLastSlices);
+    tellEnd(helper);
+}
+
 void ChannelLoop::serveLeaving(LeavingHelper& helper, std::span<const pollfd> ready)
 {
     if (ready[1].revents != 0) {
-        // Whatever it said is in the pipe by now. The pipe's end is not waited for: a child may hold it open.
-        helper.errorLog.readLastWords(helper.process.standardError(), maximumLastSlices);
-        helper.isGone = helper.process.reap();
+        seeOff(helper);
     } else if (ready[0].revents != 0 &&
                helper.errorLog.read(helper.process.standardError()) == HelperErrorLog::Reading::Ended) {
         helper.process.closeStandardError();
@@ -318,6 +381,6 @@ void ChannelLoop::deliverMessage(const ConnectionPointer& connection, ServiceMes
     std::optional<ServiceReplyHandler> handler = connection->takeRequest(message.number);
     if (handler)
         (*handler)(std::move(message.body));
-    else
+    else if (m_strayReplies.admits())
         MXLog::logWarning("Card service: reply to request {}, which does not wait", message.number);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "card/LogLimit.h"
 #include "card/ServiceConnection.h"
 
+#include <condition_variable>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -36,6 +38,9 @@ public:
     void send(const QCborMap& body, ServiceReplyHandler handler);
 
 private:
+    // Lines about replies to numbers that do not wait, in each of LogLimit's periods.
+    static constexpr int maximumStrayReplies = 10;
+
     // A connection is kept alive by whoever works on it: a handler may close it meanwhile.
     using ConnectionPointer = std::shared_ptr<ServiceConnection>;
 
@@ -45,12 +50,14 @@ private:
         HelperProcess process;
         HelperErrorLog errorLog;
         ChannelClock::time_point deadline; // to be killed then or, once it was, to be given up
+        bool wasAsked = false;             // to leave, by the client: it ends as it should with the exit status 0
         bool isKilled = false;
         bool isGone = false;
     };
 
-    void wakeUp() const;
+    void wakeUp(int counter);
     void silenceWakeUp() const;
+    [[nodiscard]] std::expected<void, std::error_code> makeWakeUp();
     void runTasks();
     [[nodiscard]] bool hasEnded();
 
@@ -59,22 +66,29 @@ private:
     void expireRequests();
     void killLateHelpers();
     [[nodiscard]] int patience() const;
+    void waitForMailbox();
     void waitForEvents();
+    void giveUpPolling(std::error_code reason);
+    static void tellEnd(const LeavingHelper& helper);
+    static void seeOff(LeavingHelper& helper);
     static void serveLeaving(LeavingHelper& helper, std::span<const pollfd> ready);
     void serve(const ConnectionPointer& connection, const ServiceConnection::PollSet& ready);
     [[nodiscard]] bool deliver(const ConnectionPointer& connection);
     void deliverMessage(const ConnectionPointer& connection, ServiceMessage message);
 
     void interrupt();
-    ConnectionPointer takeConnection();
+    ConnectionPointer takeConnection(bool isAsked);
     static void failRequests(ServiceConnection& connection);
 
     // Plain texts: nothing is shared with the command that was given, which belongs to another thread.
     const std::vector<std::string> m_command;
     const ChannelLimits m_limits;
-    const FileDescriptor m_wakeUp; // an event counter: readable when the mailbox has something new
 
     std::mutex m_mutex;
+    // What wakes the thread when the mailbox has something new: the condition as long as there was nothing else to wait
+    // for, then the event counter, which poll can wait for. It is made with the first connection, and can fail with it.
+    std::condition_variable m_mailboxChanged;
+    FileDescriptor m_wakeUp;
     std::vector<Task> m_tasks;
     bool m_stopRequested = false;
     bool m_ended = false;
@@ -82,4 +96,5 @@ private:
     bool m_isStopping = false;
     ConnectionPointer m_connection;
     std::vector<LeavingHelper> m_leaving;
+    LogLimit m_strayReplies{MXLog::Warning, maximumStrayReplies};
 };

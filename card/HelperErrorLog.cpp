@@ -18,7 +18,7 @@ HelperErrorLog::Reading HelperErrorLog::read(int descriptor)
     }
     if (count < 0 && (errno == EAGAIN || errno == EINTR))
         return Reading::Nothing;
-    writeLine();
+    finish();
     return Reading::Ended;
 }
 
@@ -26,11 +26,13 @@ void HelperErrorLog::readLastWords(int descriptor, int maximumSlices)
 {
     while (maximumSlices > 0 && read(descriptor) == Reading::Some)
         --maximumSlices;
-    writeLine();
+    finish();
 }
 
 void HelperErrorLog::append(QByteArrayView bytes)
 {
+    if (MXLog::defaultLogger().logLevel() < MXLog::Debug)
+        return;
     for (const char byte : bytes) {
         if (byte == '\n') {
             writeLine();
@@ -44,8 +46,14 @@ void HelperErrorLog::append(QByteArrayView bytes)
 
 void HelperErrorLog::writeLine()
 {
-    if (!m_line.isEmpty())
-        MXLog::logNotice("Card service: {}{}", printableText(QString::fromUtf8(m_line)), m_isCut ? "..." : "");
+    if (!m_line.isEmpty() && m_limit.admits())
+        MXLog::logDebug("Card service: {}{}", printableText(QString::fromUtf8(m_line)), m_isCut ? "..." : "");
     m_line.clear();
     m_isCut = false;
+}
+
+void HelperErrorLog::finish()
+{
+    writeLine();
+    m_limit.tellLeftOut();
 }

@@ -1,14 +1,18 @@
 #pragma once
 
+#include "card/LogLimit.h"
+
 #include <QByteArray>
 
-/// Writes what a helper says on its standard error to the log, line by line, at notice level. Lines are bounded: what
-/// is longer is cut.
+/// Writes what a helper says on its standard error to the log, line by line, at debug level: it may be about a patient.
+/// Lines are bounded in length and in number.
 class HelperErrorLog final
 {
 public:
     /// Bytes of a line that reach the log.
     static constexpr qsizetype maximumLine = 1024;
+    /// Lines that reach it in each of LogLimit's periods.
+    static constexpr int maximumLines = 200;
 
     /// What a read came to.
     enum class Reading
@@ -26,7 +30,9 @@ public:
 private:
     void append(QByteArrayView bytes);
     void writeLine();
+    void finish();
 
+    LogLimit m_limit{MXLog::Debug, maximumLines};
     QByteArray m_line;
     bool m_isCut = false;
 };

@@ -1,11 +1,13 @@
 #include "card/HelperProcess.h"
 
-#include <QFile>
+#include "card/ServiceEnvironment.h"
+#include "platform/NativePath.h"
 
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstring>
 #include <vector>
 
 #include <fcntl.h>
@@ -64,11 +66,23 @@ bool setNonBlocking(const FileDescriptor& descriptor)
     return fcntl(descriptor.get(), F_SETFL, O_NONBLOCK) == 0;
 }
 
+/// As exec takes a list of texts, which must outlive it.
+std::vector<char*> endedList(std::vector<std::string>& texts)
+{
+    std::vector<char*> list;
+    list.reserve(texts.size() + 1);
+    for (std::string& text : texts)
+        list.push_back(text.data());
+    list.push_back(nullptr);
+    return list;
+}
+
 /// All that the child needs, made before it exists.
 struct ChildSetup
 {
     const char* program = nullptr;
     char* const* arguments = nullptr;
+    char* const* environment = nullptr;
     int input = -1;
     int output = -1;
     int errors = -1;
@@ -92,7 +106,7 @@ struct ChildSetup
         // What the application has open is none of the child's business; an old kernel leaves this to each owner.
         close_range(firstFreeDescriptor, UINT_MAX, CLOSE_RANGE_CLOEXEC);
         pthread_sigmask(SIG_SETMASK, &setup.noSignals, nullptr);
-        execv(setup.program, setup.arguments);
+        execve(setup.program, setup.arguments, setup.environment);
     }
     [[maybe_unused]] const ssize_t written = write(setup.report, &errno, sizeof errno);
     _exit(exitCodeCannotExecute);
@@ -140,10 +154,18 @@ std::vector<std::string> systemArguments(const ServiceCommand& command)
 {
     std::vector<std::string> arguments;
     arguments.reserve(1 + static_cast<std::size_t>(command.arguments.size()));
-    arguments.push_back(QFile::encodeName(command.program).toStdString());
+    arguments.push_back(bytesOfPath(command.program).toStdString());
     for (const QString& argument : command.arguments)
-        arguments.push_back(QFile::encodeName(argument).toStdString());
+        arguments.push_back(bytesOfPath(argument).toStdString());
     return arguments;
+}
+
+std::string HelperEnd::description() const
+{
+    if (!signal)
+        return "exit status " + std::to_string(exitStatus);
+    const char* name = sigabbrev_np(*signal);
+    return "signal " + std::to_string(*signal) + (name == nullptr ? std::string() : std::string(" (SIG") + name + ')');
 }
 
 std::expected<HelperProcess, std::error_code> HelperProcess::start(std::vector<std::string> command)
@@ -159,14 +181,13 @@ std::expected<HelperProcess, std::error_code> HelperProcess::start(std::vector<s
     if (!setNonBlocking(input->writeEnd) || !setNonBlocking(output->readEnd) || !setNonBlocking(errors->readEnd))
         return std::unexpected(lastError());
 
-    std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
-    for (std::string& text : command)
-        arguments.push_back(text.data());
-    arguments.push_back(nullptr);
+    std::vector<std::string> variables = serviceEnvironment();
+    const std::vector<char*> arguments = endedList(command);
+    const std::vector<char*> environment = endedList(variables);
 
     ChildSetup setup{.program = arguments.front(),
                      .arguments = arguments.data(),
+                     .environment = environment.data(),
                      .input = input->readEnd.get(),
                      .output = output->writeEnd.get(),
                      .errors = errors->writeEnd.get(),
@@ -206,6 +227,7 @@ HelperProcess& HelperProcess::operator=(HelperProcess&& other) noexcept
         m_output = std::move(other.m_output);
         m_errors = std::move(other.m_errors);
         m_process = std::move(other.m_process);
+        m_end = other.m_end;
     }
     return *this;
 }
@@ -228,6 +250,10 @@ bool HelperProcess::reap()
     siginfo_t information{};
     const int result =
         waitid(static_cast<idtype_t>(P_PIDFD), static_cast<id_t>(m_process.get()), &information, WEXITED | WNOHANG);
+    if (result == 0 && information.si_pid != 0)
+        m_end = information.si_code == CLD_EXITED
+                    ? HelperEnd{.signal = std::nullopt, .exitStatus = information.si_status}
+                    : HelperEnd{.signal = information.si_status};
     // ECHILD: the application ignores its children's ends, and the kernel has reaped this one.
     if ((result == 0 && information.si_pid != 0) || (result != 0 && errno == ECHILD))
         m_process.reset();

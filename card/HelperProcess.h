@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <expected>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -22,13 +23,23 @@ struct ServiceCommand
 /// The command as the system takes it: the program and its arguments in the file system's encoding.
 [[nodiscard]] std::vector<std::string> systemArguments(const ServiceCommand& command);
 
+/// How a child ended: by a signal, or with an exit status.
+struct HelperEnd
+{
+    std::optional<int> signal;
+    int exitStatus = 0;
+
+    /// "signal 11 (SIGSEGV)", "exit status 3".
+    [[nodiscard]] std::string description() const;
+};
+
 /// A child process with its standard input, output and error on pipes. The child is killed when the thread that started
 /// it ends, however it ends: no orphan is left. Owned by that thread.
 class HelperProcess final
 {
 public:
-    /// Starts the program that the first text names; the failure says why it could not be executed (absent, not
-    /// executable...).
+    /// Starts the program that the first text names, with what a service is given of the environment; the failure says
+    /// why it could not be executed (absent, not executable...).
     [[nodiscard]] static std::expected<HelperProcess, std::error_code> start(std::vector<std::string> command);
 
     HelperProcess(const HelperProcess&) = delete;
@@ -52,8 +63,10 @@ public:
     /// SIGKILL; nothing when the child has ended.
     void kill() const;
 
-    /// Takes leave of an ended child; false while it runs.
+    /// Takes an ended child off the system's list; false while it runs.
     [[nodiscard]] bool reap();
+    /// How the child ended, once it was reaped. Absent where the application ignores its children's ends.
+    [[nodiscard]] const std::optional<HelperEnd>& howItEnded() const { return m_end; }
 
 private:
     HelperProcess() = default;
@@ -63,4 +76,5 @@ private:
     FileDescriptor m_output;
     FileDescriptor m_errors;
     FileDescriptor m_process; // a process descriptor; none once the child was reaped
+    std::optional<HelperEnd> m_end;
 };

@@ -1,5 +1,6 @@
 #include "card/LVitAccess.h"
 
+#include "card/BindOutcome.h"
 #include "card/CardParser.h"
 #include "card/MessageDescription.h"
 #include "card/PelmoraError.h"
@@ -96,12 +97,27 @@ LVitAccess::LVitAccess(const ServiceCommand& command, ChannelLimits limits)
 
 void LVitAccess::bindWithCompletionHandler(BindHandler handler)
 {
-    m_channel.post([self = shared_from_this(), handler = std::move(handler)]() mutable {
-        self->_shutdownConnection();
-        if (self->_initConnection())
-            self->_initializationWithCompletionHandler(std::move(handler));
-        else
-            complete(handler, false, std::nullopt);
+    m_channel.post(
+        [self = shared_from_this(), handler = std::move(handler)]() mutable { self->bind(std::move(handler)); });
+}
+
+void LVitAccess::bind(BindHandler handler)
+{
+    const quint64 number = ++m_lastBind;
+    // The end of the connection ends the bind that is under way, whose number is not the last one any more.
+    _shutdownConnection();
+    if (!_initConnection()) {
+        complete(handler, false, std::nullopt);
+        return;
+    }
+    _initializationWithCompletionHandler([self = shared_from_this(), number, handler = std::move(handler)](
+                                             bool bound, const std::optional<Error>& error) mutable {
+        if (number != self->m_lastBind) {
+            complete(handler, false, replacedBindError());
+            return;
+        }
+        self->setState(&State::bound, bound);
+        complete(handler, bound, error);
     });
 }
 
@@ -131,6 +147,17 @@ void LVitAccess::readeVitaleWithCompletionHandler(ReadHandler handler)
         [self = shared_from_this(), handler = std::move(handler)]() mutable { self->readVitale(std::move(handler)); });
 }
 
+void LVitAccess::cancelReads()
+{
+    // At once, so that a read that is asked for next binds first.
+    forgetBind();
+    m_channel.post([self = shared_from_this()] {
+        // A connection on which no read waits is another matter's by now: a bind has ended the reads already.
+        if (self->m_waitingReads > 0)
+            self->_shutdownConnection();
+    });
+}
+
 std::expected<CardRecord, Error> LVitAccess::parseVitaleXML(const XmlDocument* document)
 {
     return parseCardDocument(document);
@@ -144,6 +171,11 @@ bool LVitAccess::initialized() const
 bool LVitAccess::embedded() const
 {
     return state(&State::embedded);
+}
+
+bool LVitAccess::bound() const
+{
+    return state(&State::bound);
 }
 
 unsigned LVitAccess::accessMode() const
@@ -188,7 +220,8 @@ void LVitAccess::handleEvent(const ChannelEvent& event)
         _shutdownConnection();
         break;
     case ChannelEvent::Kind::UnsolicitedMessage:
-        logReceived("_initConnection", event.message);
+        if (logsDebug() && m_unsolicitedMessages.admits())
+            logReceived("_initConnection", event.message);
         break;
     }
 }
@@ -196,7 +229,14 @@ void LVitAccess::handleEvent(const ChannelEvent& event)
 void LVitAccess::_shutdownConnection()
 {
     m_channel.close();
+    forgetBind();
+    m_unsolicitedMessages.tellLeftOut();
+}
+
+void LVitAccess::forgetBind()
+{
     setState(&State::initialized, false);
+    setState(&State::bound, false);
 }
 
 void LVitAccess::_sendSimpleMessageWithCompletionHandler(const RequestFields& fields, ReplyHandler handler)
@@ -292,13 +332,15 @@ void LVitAccess::chooseReaders(const QVariantMap& readers, BindHandler handler)
         MXLog::logDebug("Readers: {}", printableTexts(names));
     const std::expected<QVariantMap, Error> choice = readerChoice(names);
     if (!choice) {
-        complete(handler, false, choice.error());
+        complete(handler, false, choice.error().withDetail(textValue(readers, ReaderKey::detail).value_or(QString())));
         return;
     }
     setReaders(*choice, [self = shared_from_this(),
                          handler = std::move(handler)](bool isSet, const std::optional<Error>& error) mutable {
-        // A bind that came as far as this counts as done, whatever the service made of the choice.
-        self->setState(&State::initialized, true);
+        // A bind that came as far as this counts as done, whatever the service made of the choice. The end of the
+        // connection is another matter: it is told here too, after it has undone what a bind does.
+        if (self->m_channel.isOpen())
+            self->setState(&State::initialized, true);
         complete(handler, isSet, error);
     });
 }
@@ -357,7 +399,6 @@ void LVitAccess::completeInformations(const QCborMap& reply, InformationsHandler
         found = informationsOf(*document);
     } catch (const std::exception& exception) {
         MXLog::logError("Information document: {}", exception.what());
-        found = {};
         error = PelmoraError::generalError();
     }
     setState(&State::informations, std::optional(found));
@@ -366,17 +407,20 @@ void LVitAccess::completeInformations(const QCborMap& reply, InformationsHandler
 
 void LVitAccess::readVitale(ReadHandler handler)
 {
+    ++m_waitingReads;
     _sendSimpleMessageWithCompletionHandler(
         {{ServiceWord::command, ServiceWord::vitaleRead}},
-        [handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
-                                       const std::optional<QCborMap>& reply) mutable {
+        [self = shared_from_this(), handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
+                                                                  const std::optional<QCborMap>& reply) mutable {
+            --self->m_waitingReads;
             if (!isSent || !reply) {
                 complete(handler, false, error, std::nullopt);
                 return;
             }
             if (!isSuccess(*reply)) {
                 const qint64 result = reply->value(ServiceWord::result).toInteger();
-                complete(handler, false, PelmoraError::errorForCode(result), std::nullopt);
+                complete(handler, false, PelmoraError::errorForCode(result).withDetail(replyDetail(*reply)),
+                         std::nullopt);
                 return;
             }
             std::expected<CardRecord, Error> record = std::unexpected(PelmoraError::generalError());

@@ -2,6 +2,7 @@
 
 #include "card/CardRecord.h"
 #include "card/CardServiceKeys.h"
+#include "card/LogLimit.h"
 #include "card/ServiceChannel.h"
 #include "card/ServiceReply.h"
 #include "platform/Error.h"
@@ -38,7 +39,8 @@ public:
 
     explicit LVitAccess(const ServiceCommand& command, ChannelLimits limits = {});
 
-    /// Fresh connection, access mode, reader list, reader choice. (false, nullopt) when no connection can be made.
+    /// Fresh connection, access mode, reader list, reader choice. (false, nullopt) when no connection can be made. A
+    /// bind that is under way is given up: it ends with (false, replacedBindError()).
     void bindWithCompletionHandler(BindHandler handler);
 
     /// The reading library's versions: texts under the keys of InformationKey. On a failure of the service, the last
@@ -54,11 +56,17 @@ public:
     /// Reads the card in the reader.
     void readeVitaleWithCompletionHandler(ReadHandler handler);
 
+    /// Gives up the reads that wait for their reply: the connection is shut down, which ends the service, and they end
+    /// with the general error. Not initialized from this call on, even when no read waits any more.
+    void cancelReads();
+
     /// The record of a card's document, without "FundCodeLibelle" and "XMLString". Any thread.
     [[nodiscard]] static std::expected<CardRecord, Error> parseVitaleXML(const XmlDocument* document);
 
     /// Whether a bind has come as far as the choice of readers since the connection was last shut down.
     [[nodiscard]] bool initialized() const;
+    /// Whether the last bind went well and its connection still stands: a card can be read without another bind.
+    [[nodiscard]] bool bound() const;
     /// Whether the service said at the last "init" that it uses its own reading library.
     [[nodiscard]] bool embedded() const;
     /// Which reading library the next "init" asks for: an index of AccessMode::names.
@@ -72,6 +80,9 @@ public:
     [[nodiscard]] static unsigned _modeToInteger(QStringView name);
 
 private:
+    // Unsolicited messages that reach the log in each of LogLimit's periods.
+    static constexpr int maximumUnsolicitedMessages = 200;
+
     using RequestFields = QMap<QString, std::optional<QString>>;
     /// Receives the transport's outcome; the reply is there when it went well.
     using ReplyHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QCborMap>)>;
@@ -82,6 +93,7 @@ private:
     struct State
     {
         bool initialized = false;
+        bool bound = false;
         bool embedded = false;
         unsigned accessMode = 0;
         std::optional<InformationTexts> informations = InformationTexts();
@@ -90,7 +102,9 @@ private:
     // All of these run on the channel's thread.
     [[nodiscard]] bool _initConnection();
     void _shutdownConnection();
+    void forgetBind(); // any thread
     void _initializationWithCompletionHandler(BindHandler handler);
+    void bind(BindHandler handler);
     void _setModeWithCompletionHandler(BindHandler handler);
     void _sendSimpleMessageWithCompletionHandler(const RequestFields& fields, ReplyHandler handler);
 
@@ -118,6 +132,11 @@ private:
 
     mutable std::mutex m_stateMutex;
     State m_state;
+
+    // On the channel's thread alone.
+    int m_waitingReads = 0;
+    quint64 m_lastBind = 0;
+    LogLimit m_unsolicitedMessages{MXLog::Debug, maximumUnsolicitedMessages};
 
     // Last, so that it ends before what its handlers use.
     ServiceChannel m_channel;

@@ -22,7 +22,9 @@ ServiceChannel::~ServiceChannel()
 
 void ServiceChannel::post(Task task)
 {
-    m_loop->post(std::move(task));
+    // The task may destroy this channel before the call is over, and its thread the loop.
+    const std::shared_ptr<ChannelLoop> loop = m_loop;
+    loop->post(std::move(task));
 }
 
 void ServiceChannel::stop()

@@ -3,6 +3,7 @@
 #include "card/HelperErrorLog.h"
 #include "card/HelperProcess.h"
 #include "card/ServiceMessage.h"
+#include "card/ServiceVocabulary.h"
 
 #include <array>
 #include <chrono>
@@ -104,7 +105,7 @@ private:
 
     HelperProcess m_helper;
     HelperErrorLog m_errorLog;
-    ServiceMessageReader m_reader;
+    ServiceMessageReader m_reader{ServiceWord::replyKeys};
     QByteArray m_unsent;
     qsizetype m_unsentStart = 0;
     qint64 m_lastNumber = 0;

@@ -6,37 +6,16 @@
 
 namespace {
 
-// Bytes that were handed out are dropped from the front of the buffer once they are this many (or all that it holds),
-// so that a burst of small messages does not move the rest of the buffer for each of them.
-constexpr qsizetype compactionThreshold = qsizetype{64} * 1024;
-
-/// Whether an item can be a message, by its first byte: an array of two, its length in any of the forms that CBOR has.
-bool canBeginMessage(QByteArrayView bytes)
-{
-    constexpr unsigned arrayOfTwo = 0x82;
-    constexpr unsigned arrayWithFollowingLength = 0x98;
-    constexpr unsigned indefiniteArray = 0x9F;
-    const auto first = static_cast<unsigned char>(bytes.front());
-    return first == arrayOfTwo || (first >= arrayWithFollowingLength && first <= indefiniteArray);
-}
-
-/// A whole item as a message; nullopt when it is anything else.
+/// A whole item of a message's shape, decoded; nullopt when a text in it is not UTF-8, or a simple value is none.
 std::optional<ServiceMessage> decodeItem(QByteArrayView item)
 {
     QCborStreamReader reader(item.data(), item.size());
-    const QCborValue value = QCborValue::fromCbor(reader);
-    if (reader.lastError() != QCborError::NoError || reader.currentOffset() != item.size() || !value.isArray())
-        return std::nullopt;
-
-    const QCborArray pair = value.toArray();
-    if (pair.size() != 2 || !pair[0].isInteger() || pair[0].toInteger() < 0)
+    const QCborArray pair = QCborValue::fromCbor(reader).toArray();
+    if (reader.lastError() != QCborError::NoError)
         return std::nullopt;
     const QCborValue body = pair[1];
-    if (body.isNull())
-        return ServiceMessage{.number = pair[0].toInteger(), .body = std::nullopt};
-    if (!body.isMap())
-        return std::nullopt;
-    return ServiceMessage{.number = pair[0].toInteger(), .body = body.toMap()};
+    return ServiceMessage{.number = pair[0].toInteger(),
+                          .body = body.isMap() ? std::optional(body.toMap()) : std::nullopt};
 }
 
 } // namespace
@@ -51,10 +30,8 @@ void ServiceMessageReader::append(QByteArrayView bytes)
 {
     if (m_failure)
         return;
-    if (m_start == m_buffer.size() || m_start >= compactionThreshold) {
-        m_buffer.remove(0, m_start);
-        m_start = 0;
-    }
+    m_buffer.remove(0, m_start);
+    m_start = 0;
     m_buffer.append(bytes);
 }
 
@@ -65,24 +42,21 @@ std::expected<std::optional<ServiceMessage>, FramingError> ServiceMessageReader:
     const QByteArrayView bytes = unread();
     if (bytes.isEmpty())
         return std::nullopt;
-    if (!canBeginMessage(bytes))
-        return fail(FramingError::Malformed);
-
     switch (m_scanner.scan(bytes)) {
-    case CborItemScanner::Verdict::NeedsMore:
+    case ServiceMessageScanner::Verdict::NeedsMore:
         return std::nullopt;
-    case CborItemScanner::Verdict::Malformed:
+    case ServiceMessageScanner::Verdict::Malformed:
         return fail(FramingError::Malformed);
-    case CborItemScanner::Verdict::TooLarge:
+    case ServiceMessageScanner::Verdict::TooLarge:
         return fail(FramingError::TooLarge);
-    case CborItemScanner::Verdict::Complete:
+    case ServiceMessageScanner::Verdict::Complete:
         break;
     }
     std::optional<ServiceMessage> message = decodeItem(bytes.first(m_scanner.size()));
     if (!message)
         return fail(FramingError::Malformed);
     m_start += m_scanner.size();
-    m_scanner = CborItemScanner(maximumItemSize);
+    m_scanner = ServiceMessageScanner(maximumItemSize, m_keys);
     return message;
 }
 

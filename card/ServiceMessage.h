@@ -1,13 +1,15 @@
 #pragma once
 
-#include "card/CborItemScanner.h"
+#include "card/ServiceMessageScanner.h"
 
 #include <QByteArray>
 #include <QCborMap>
+#include <QLatin1StringView>
 
 #include <cstddef>
 #include <expected>
 #include <optional>
+#include <span>
 
 /// One item of the channel between the application and the card service: a number and a body. Requests count from 1, a
 /// reply bears its request's number, 0 marks an unsolicited message. An absent body stands for null.
@@ -34,6 +36,12 @@ public:
     /// Bytes that one item may take; a larger one is refused as soon as that can be told.
     static constexpr qsizetype maximumItemSize = qsizetype{4} * 1024 * 1024;
 
+    /// Accepts messages with these keys alone, or with any if there are none. They must outlive the reader.
+    explicit ServiceMessageReader(std::span<const QLatin1StringView> keys = {})
+        : m_keys(keys)
+    {
+    }
+
     void append(QByteArrayView bytes);
 
     /// The next whole message; nullopt when more bytes are needed.
@@ -45,6 +53,7 @@ private:
 
     QByteArray m_buffer;
     qsizetype m_start = 0; // of the first item that was not handed out
-    CborItemScanner m_scanner{maximumItemSize};
+    std::span<const QLatin1StringView> m_keys;
+    ServiceMessageScanner m_scanner{maximumItemSize, m_keys};
     std::optional<FramingError> m_failure;
 };

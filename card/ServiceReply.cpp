@@ -2,6 +2,7 @@
 
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
+#include "card/MessageDescription.h"
 #include "card/PelmoraError.h"
 #include "card/ServiceVocabulary.h"
 #include "card/TextDecoding.h"
@@ -49,6 +50,12 @@ bool isSuccess(const QCborMap& reply)
     return replyText(reply, ServiceWord::status) == ServiceWord::success;
 }
 
+QString replyDetail(const QCborMap& reply)
+{
+    constexpr qsizetype longest = 300;
+    return printableText(replyText(reply, ServiceWord::detail).value_or(QString()).left(longest));
+}
+
 std::optional<QVariantMap> readersOf(const QCborMap& reply)
 {
     const QCborValue field = reply.value(ServiceWord::readers);
@@ -59,7 +66,10 @@ std::optional<QVariantMap> readersOf(const QCborMap& reply)
         if (name.isString())
             names.append(name.toString());
     }
-    return QVariantMap{{ReaderKey::readers.toString(), names}};
+    QVariantMap readers{{ReaderKey::readers.toString(), names}};
+    if (const QString detail = replyDetail(reply); !detail.isEmpty())
+        readers.insert(ReaderKey::detail.toString(), detail);
+    return readers;
 }
 
 InformationTexts informationsOf(const XmlDocument& document)

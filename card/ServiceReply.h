@@ -27,8 +27,12 @@
 /// Whether the service did what it was asked.
 [[nodiscard]] bool isSuccess(const QCborMap& reply);
 
-/// The names of a "Readers" field, those of its elements that are texts, under ReaderKey::readers; nullopt when there
-/// is no such field.
+/// What a reply has to say to people of a failure: one line, without control characters, of a length that an alert can
+/// show. Empty when it says nothing.
+[[nodiscard]] QString replyDetail(const QCborMap& reply);
+
+/// The names of a "Readers" field, those of its elements that are texts, under ReaderKey::readers, and the reply's
+/// detail, if any, under ReaderKey::detail; nullopt when there is no such field.
 [[nodiscard]] std::optional<QVariantMap> readersOf(const QCborMap& reply);
 
 /// The values of an information document, in the order of informationFields; what is missing or empty is absent.

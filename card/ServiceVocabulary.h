@@ -2,6 +2,8 @@
 
 #include <QLatin1StringView>
 
+#include <array>
+
 /// The words of the messages between the application and the card service: the one spelling of each.
 namespace ServiceWord {
 
@@ -26,6 +28,15 @@ inline constexpr QLatin1StringView informations{"Informations"}; // the command'
 inline constexpr QLatin1StringView vitale{"Vitale"};
 inline constexpr QLatin1StringView fundCodeLibelle{"FundCodeLibelle"};
 inline constexpr QLatin1StringView result{"Result"};
+inline constexpr QLatin1StringView detail{"Detail"}; // of a failure: what people can do, in French, beside its error
+
+// Unsolicited messages. Texts.
+inline constexpr QLatin1StringView event{"Event"};
+inline constexpr QLatin1StringView state{"State"};
+
+// All keys that the service's messages may have.
+inline constexpr std::array replyKeys{status,          embedded, readers, informations, vitale,
+                                      fundCodeLibelle, result,   detail,  event,        state};
 
 // Values of "Status": anything but "success" is a failure.
 inline constexpr QLatin1StringView success{"success"};

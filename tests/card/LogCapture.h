@@ -5,33 +5,35 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <mutex>
 
-/// Keeps what the process-wide logger writes, at every level. Made before other threads log, once per program.
+/// Keeps what the process-wide logger writes, at every level. Made before other threads log, once per program. Threads
+/// that still log after its end do no harm.
 class LogCapture
 {
 public:
     LogCapture()
     {
         MXLog::defaultLogger().setLogLevel(MXLog::Debug);
-        MXLog::defaultLogger().setLineWriter([this](MXLog::Level level, std::string_view line) {
-            const std::scoped_lock lock(m_mutex);
-            m_lines.append({level, QString::fromUtf8(line.data(), static_cast<qsizetype>(line.size()))});
+        MXLog::defaultLogger().setLineWriter([kept = m_kept](MXLog::Level level, std::string_view line) {
+            const std::scoped_lock lock(kept->mutex);
+            kept->lines.append({level, QString::fromUtf8(line.data(), static_cast<qsizetype>(line.size()))});
         });
     }
 
     void clear()
     {
-        const std::scoped_lock lock(m_mutex);
-        m_lines.clear();
+        const std::scoped_lock lock(m_kept->mutex);
+        m_kept->lines.clear();
     }
 
     /// The lines of one level, or of all of them.
     [[nodiscard]] QStringList lines(std::optional<MXLog::Level> level = std::nullopt) const
     {
-        const std::scoped_lock lock(m_mutex);
+        const std::scoped_lock lock(m_kept->mutex);
         QStringList found;
-        for (const Line& line : m_lines) {
+        for (const Line& line : m_kept->lines) {
             if (!level || line.level == *level)
                 found.append(line.text);
         }
@@ -45,6 +47,12 @@ private:
         QString text;
     };
 
-    mutable std::mutex m_mutex;
-    QList<Line> m_lines;
+    // Shared with the logger, which outlives the capture.
+    struct Kept
+    {
+        std::mutex mutex;
+        QList<Line> lines;
+    };
+
+    std::shared_ptr<Kept> m_kept = std::make_shared<Kept>();
 };

@@ -39,6 +39,21 @@ private Q_SLOTS:
         QCOMPARE(heard[1].value(u"Status"_s), QVariant(u"failure"_s));
         QVERIFY(errorInValue(heard[1].value(u"Error"_s)) == PelmoraError::noReader());
     }
+
+    void aBindThatANewerOneReplacedIsNotNotified()
+    {
+        const BindOutcome replaced = bindOutcome(false, replacedBindError());
+        QVERIFY(isReplaced(replaced));
+        QVERIFY(!isReplaced(bindOutcome(true, std::nullopt)));
+        QVERIFY(!isReplaced(bindOutcome(false, std::nullopt)));
+
+        int heard = 0;
+        NotificationCenter::defaultCenter().addObserver(this, u"MVBindNotification"_s,
+                                                        [&heard](const Notification&) { ++heard; });
+        postBindNotification(replaced);
+        NotificationCenter::defaultCenter().removeObserver(this);
+        QCOMPARE(heard, 0);
+    }
 };
 
 QTEST_APPLESS_MAIN(tst_BindOutcome)

@@ -263,6 +263,19 @@ private Q_SLOTS:
         QVERIFY(!card.contains(CardKey::xmlString));
     }
 
+    void fiveHundredBeneficiariesAreReadAndOneMoreIsTheGeneralError()
+    {
+        const auto family = [](int count) {
+            QString persons;
+            for (int index = 0; index < count; ++index)
+                persons += CardXml::person(QString::number(index), u"6"_s);
+            return parse(CardXml::card(persons, u"<numSerie>1</numSerie>"_s));
+        };
+        QCOMPARE(family(500).value().beneficiaries().size(), 500);
+        QVERIFY(!family(501).has_value());
+        QCOMPARE(family(501).error(), PelmoraError::generalError());
+    }
+
     void theSameDocumentGivesTheSameRecordEachTime()
     {
         const std::expected<XmlDocument, Error> document =

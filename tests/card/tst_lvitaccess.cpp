@@ -3,6 +3,7 @@
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
 using namespace ClientTest;
+using namespace std::chrono_literals;
 
 class TestLVitAccess : public QObject
 {
@@ -23,10 +24,12 @@ private Q_SLOTS:
     void bindWithoutTheAcceptedReaderFails();
     void bindFailsWithoutReaders_data();
     void bindFailsWithoutReaders();
+    void whyThereAreNoReadersComesWithTheError();
     void bindStopsAtTheCommandThatFails_data();
     void bindStopsAtTheCommandThatFails();
-    void bindIsInitializedEvenWhenTheChoiceOfReadersFails_data();
-    void bindIsInitializedEvenWhenTheChoiceOfReadersFails();
+    void aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data();
+    void aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected();
+    void theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds();
     void bindStartsFromAFreshConnection();
     void bindAnswersWhatWaitedOnTheOldConnection();
     void onlyTheWordTrueMeansEmbedded_data();
@@ -171,6 +174,16 @@ void TestLVitAccess::bindFailsWithoutReaders()
     QCOMPARE(client->initialized(), false);
 }
 
+void TestLVitAccess::whyThereAreNoReadersComesWithTheError()
+{
+    const FakeService fake;
+    const QStringList script{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s,
+                             u"--set"_s,  u"readers_list"_s, u"Detail"_s,  u"Le service PC/SC ne répond pas."_s};
+    const auto bound = awaitBind(makeClient(fake.command(script)));
+    QCOMPARE(summary(bound), noReader);
+    QCOMPARE(bound->error->detail(), u"Le service PC/SC ne répond pas."_s);
+}
+
 void TestLVitAccess::bindStopsAtTheCommandThatFails_data()
 {
     QTest::addColumn<QStringList>("script");
@@ -202,22 +215,46 @@ void TestLVitAccess::bindStopsAtTheCommandThatFails()
     QCOMPARE(client->initialized(), false);
 }
 
-void TestLVitAccess::bindIsInitializedEvenWhenTheChoiceOfReadersFails_data()
+void TestLVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data()
 {
     QTest::addColumn<QStringList>("script");
-    QTest::newRow("error") << QStringList{u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s};
-    QTest::newRow("no status") << QStringList{u"--unset"_s, u"set_readers"_s, u"Status"_s};
-    QTest::newRow("null") << QStringList{u"--do"_s, u"set_readers"_s, u"null"_s};
-    QTest::newRow("crash") << QStringList{u"--do"_s, u"set_readers"_s, u"crash"_s};
+    QTest::addColumn<bool>("isConnected");
+    QTest::newRow("error") << QStringList{u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s} << true;
+    QTest::newRow("no status") << QStringList{u"--unset"_s, u"set_readers"_s, u"Status"_s} << true;
+    QTest::newRow("null") << QStringList{u"--do"_s, u"set_readers"_s, u"null"_s} << true;
+    for (const auto* const behaviour : {"crash", "exit", "garbage", "silent"})
+        QTest::newRow(behaviour) << QStringList{u"--do"_s, u"set_readers"_s, QString::fromLatin1(behaviour)} << false;
 }
 
-void TestLVitAccess::bindIsInitializedEvenWhenTheChoiceOfReadersFails()
+void TestLVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected()
 {
     QFETCH(const QStringList, script);
+    QFETCH(const bool, isConnected);
     const FakeService fake;
-    const ClientPointer client = makeClient(fake.command(script));
+    const ClientPointer client = makeClient(fake.command(script + QStringList{u"--starts"_s, u"1"_s}),
+                                            {.requestTimeout = 1s, .exitGrace = 100ms});
     QCOMPARE(summary(awaitBind(client)), general);
+    QCOMPARE(client->initialized(), isConnected);
+    QCOMPARE(client->bound(), false);
+    // The service works when it is started again.
+    QCOMPARE(summary(awaitBind(client)), success);
     QCOMPARE(client->initialized(), true);
+    QCOMPARE(client->bound(), true);
+}
+
+void TestLVitAccess::theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command());
+    QCOMPARE(client->bound(), false);
+    QCOMPARE(summary(awaitSetReaders(client, readerChoice(u"V"_s, {}))), success);
+    QCOMPARE(client->bound(), false);
+    QCOMPARE(summary(awaitBind(client)), success);
+    QCOMPARE(client->bound(), true);
+    QCOMPARE(::kill(fake.processes().value(1), SIGKILL), 0);
+    QTRY_COMPARE_WITH_TIMEOUT(client->bound(), false, 30'000);
+    QCOMPARE(summary(awaitRead(client)), success);
+    QCOMPARE(client->bound(), false);
 }
 
 void TestLVitAccess::bindStartsFromAFreshConnection()

@@ -1,3 +1,4 @@
+#include "card/BindOutcome.h"
 #include "tests/card/ClientTest.h"
 
 using namespace Qt::StringLiterals;
@@ -16,7 +17,12 @@ private Q_SLOTS:
     void aBrokenReplyIsTheGeneralError_data();
     void aBrokenReplyIsTheGeneralError();
     void aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection();
+    void aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection_data();
+    void aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection();
     void anInterruptionLeavesTheClientUnboundAndTheNextReadConnectsAgain();
+    void aBindThatANewerOneReplacesEndsAsReplaced_data();
+    void aBindThatANewerOneReplacesEndsAsReplaced();
+    void ofManyBindsTheNewestEndsWell();
     void overlappingRequestsEachGetTheirOwnReply();
     void handlersRunOnOneThreadThatIsNotTheCallers();
     void aCommandIssuedFromAHandlerWorks();
@@ -106,6 +112,28 @@ void TestLVitAccessFailures::aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTh
     QCOMPARE(fake.processes().size(), 1);
 }
 
+void TestLVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection_data()
+{
+    QTest::addColumn<QStringList>("script");
+    QTest::newRow("unknown key") << QStringList{u"--set"_s, u"vitale_read"_s, u"Card"_s, u"<r/>"_s};
+    QTest::newRow("a key in another case") << QStringList{u"--set"_s, u"vitale_read"_s, u"vitale"_s, u"<r/>"_s};
+    QTest::newRow("too many readers") << QStringList{u"--list"_s, u"vitale_read"_s, u"Readers"_s,
+                                                     u"X|"_s.repeated(5000)};
+}
+
+void TestLVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection()
+{
+    QFETCH(const QStringList, script);
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command(script));
+    QCOMPARE(summary(awaitBind(client)), success);
+    QCOMPARE(summary(awaitRead(client)), general);
+    QCOMPARE(client->initialized(), false);
+    QCOMPARE(client->bound(), false);
+    QCOMPARE(summary(awaitInformations(client)), success);
+    QCOMPARE(fake.processes().size(), 2);
+}
+
 void TestLVitAccessFailures::anInterruptionLeavesTheClientUnboundAndTheNextReadConnectsAgain()
 {
     const FakeService fake;
@@ -118,6 +146,46 @@ void TestLVitAccessFailures::anInterruptionLeavesTheClientUnboundAndTheNextReadC
     QCOMPARE(client->initialized(), false);
     QCOMPARE(fake.processes().size(), 2);
     QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s, u"set_readers"_s, u"vitale_read"_s}));
+}
+
+void TestLVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced_data()
+{
+    QTest::addColumn<QString>("command");
+    for (const auto* const command : {"init", "readers_list", "set_readers"})
+        QTest::newRow(command) << QString::fromLatin1(command);
+}
+
+void TestLVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced()
+{
+    QFETCH(const QString, command);
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command({u"--do"_s, command, u"silent"_s, u"--starts"_s, u"1"_s}));
+    auto replaced = beginBind(client);
+    QTRY_VERIFY_WITH_TIMEOUT(commands(fake).contains(command), 30'000);
+    QCOMPARE(summary(awaitBind(client)), success);
+    QVERIFY(replaced.isThere());
+    const auto outcome = replaced.wait();
+    QVERIFY(!outcome->success);
+    QVERIFY(isReplaced(bindOutcome(outcome->success, outcome->error)));
+    QCOMPARE(client->initialized(), true);
+    QCOMPARE(client->bound(), true);
+}
+
+void TestLVitAccessFailures::ofManyBindsTheNewestEndsWell()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command());
+    std::vector<Expected<NoResult>> binds;
+    for (int index = 0; index < 20; ++index)
+        binds.push_back(beginBind(client));
+    QCOMPARE(summary(binds.back().wait()), success);
+    binds.pop_back();
+    for (auto& bind : binds) {
+        QVERIFY(bind.isThere());
+        const auto outcome = bind.wait();
+        QVERIFY(outcome->success || isReplaced(bindOutcome(false, outcome->error)));
+    }
+    QCOMPARE(client->bound(), true);
 }
 
 void TestLVitAccessFailures::overlappingRequestsEachGetTheirOwnReply()
@@ -180,7 +248,7 @@ void TestLVitAccessFailures::operationsWithoutAHandlerDoNoHarm()
     client->readeVitaleWithCompletionHandler({});
     QCOMPARE(summary(awaitRead(client)), success);
 
-    const ClientPointer unconnected = makeClient({u"/nonexistent"_s, {}});
+    const ClientPointer unconnected = makeClient({fake.filePath(u"absent"_s), {}});
     unconnected->bindWithCompletionHandler({});
     unconnected->readeVitaleWithCompletionHandler({});
     QCOMPARE(summary(awaitRead(unconnected)), general);

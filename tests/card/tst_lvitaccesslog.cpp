@@ -24,6 +24,7 @@ private Q_SLOTS:
     void anAbsentReaderNameIsLoggedAsAnError();
     void anInterruptionIsLogged();
     void anUnsolicitedMessageIsLogged();
+    void manyUnsolicitedMessagesFillNoLog();
     void aReplyThatIsNoDictionaryIsLogged();
     void aConnectionThatCannotBeMadeIsNotLogged();
     void nothingOfACardIsLogged();
@@ -108,6 +109,16 @@ void TestLVitAccessLog::anUnsolicitedMessageIsLogged()
              u"Received response in _initConnection event handler: ADDRESS\n{\"Event\": \"something\"}"_s);
 }
 
+void TestLVitAccessLog::manyUnsolicitedMessagesFillNoLog()
+{
+    const FakeService fake;
+    const auto client = std::make_shared<LVitAccess>(fake.command({u"--do"_s, u"vitale_read"_s, u"burst"_s}));
+    QCOMPARE(summary(awaitRead(client)), u"success"_s);
+    QCOMPARE(summary(awaitBind(client)), u"success"_s);
+    QCOMPARE(lines().filter(u"_initConnection"_s).size(), 200);
+    QVERIFY(lines().contains(u"Card service: 99800 more lines left out"_s));
+}
+
 void TestLVitAccessLog::aReplyThatIsNoDictionaryIsLogged()
 {
     const FakeService fake;
@@ -119,7 +130,8 @@ void TestLVitAccessLog::aReplyThatIsNoDictionaryIsLogged()
 
 void TestLVitAccessLog::aConnectionThatCannotBeMadeIsNotLogged()
 {
-    const auto client = std::make_shared<LVitAccess>(ServiceCommand{u"/nonexistent"_s, {}});
+    const FakeService fake;
+    const auto client = std::make_shared<LVitAccess>(ServiceCommand{fake.filePath(u"absent"_s), {}});
     QCOMPARE(summary(awaitBind(client)), u"failure"_s);
     QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
     QCOMPARE(m_log.lines(), QStringList());

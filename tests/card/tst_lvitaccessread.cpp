@@ -3,6 +3,7 @@
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
 using namespace ClientTest;
+using namespace std::chrono_literals;
 
 class TestLVitAccessRead : public QObject
 {
@@ -20,10 +21,14 @@ private Q_SLOTS:
     void aReadWithoutALabelGivesARecordWithoutIt();
     void aFailedReadGivesTheErrorOfItsResult_data();
     void aFailedReadGivesTheErrorOfItsResult();
+    void whatTheServiceHasToSayOfAFailureComesWithItsError();
     void aReadWhoseDocumentIsBadFails_data();
     void aReadWhoseDocumentIsBadFails();
     void aDocumentInBytesIsDecoded_data();
     void aDocumentInBytesIsDecoded();
+    void aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother();
+    void aCancellationWithoutAReadLeavesTheConnection();
+    void aCancellationLeavesABindThatHasEndedTheReadAlready();
 };
 
 void TestLVitAccessRead::informationsAreReadByTheirPaths_data()
@@ -82,10 +87,6 @@ void TestLVitAccessRead::failedInformationsGiveTheLastOnes_data()
     QTest::newRow("error") << QStringList{u"--set"_s, u"informations"_s, u"Status"_s, u"error"_s} << general;
     QTest::newRow("no status") << QStringList{u"--unset"_s, u"informations"_s, u"Status"_s} << general;
     QTest::newRow("no document") << QStringList{u"--unset"_s, u"informations"_s, u"Informations"_s} << general;
-    QTest::newRow("a document under the command's name")
-        << QStringList{u"--unset"_s,      u"informations"_s, u"Informations"_s, u"--set"_s,
-                       u"informations"_s, u"informations"_s, u"<r/>"_s}
-        << general;
     QTest::newRow("a document that is not UTF-8")
         << QStringList{u"--bytes"_s, u"informations"_s, u"Informations"_s, u"3c723ee93c2f723e"_s} << general;
     QTest::newRow("not XML") << QStringList{u"--set"_s, u"informations"_s, u"Informations"_s, u"versions"_s}
@@ -163,6 +164,19 @@ void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult()
     }
 }
 
+void TestLVitAccessRead::whatTheServiceHasToSayOfAFailureComesWithItsError()
+{
+    const QStringList failure{u"--set"_s,    u"vitale_read"_s, u"Status"_s, u"error"_s,
+                              u"--number"_s, u"vitale_read"_s, u"Result"_s, u"13"_s};
+    const QStringList detail{u"--set"_s, u"vitale_read"_s, u"Detail"_s, u"Fermez l’autre programme."_s};
+    const FakeService telling;
+    const auto told = awaitRead(makeClient(telling.command(failure + detail)));
+    QCOMPARE(summary(told), u"Pelmora -22"_s);
+    QCOMPARE(told->error->detail(), u"Fermez l’autre programme."_s);
+    const FakeService silent;
+    QCOMPARE(awaitRead(makeClient(silent.command(failure)))->error->detail(), QString());
+}
+
 void TestLVitAccessRead::aReadWhoseDocumentIsBadFails_data()
 {
     QTest::addColumn<QStringList>("script");
@@ -219,6 +233,51 @@ void TestLVitAccessRead::aDocumentInBytesIsDecoded()
     QCOMPARE(summary(outcome), success);
     QCOMPARE(lastName(outcome), read);
     QVERIFY(outcome->result->text(CardKey::xmlString).value_or(QString()).contains(read));
+}
+
+void TestLVitAccessRead::aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother()
+{
+    // Busy with the reader, the service does not even see that its input ends.
+    const FakeService fake;
+    const ClientPointer client =
+        makeClient(fake.command({u"--do"_s, u"vitale_read"_s, u"stop-reading"_s}), {.exitGrace = 100ms});
+    QCOMPARE(summary(awaitBind(client)), success);
+    auto read = beginRead(client);
+    QTRY_VERIFY(commands(fake).contains(u"vitale_read"_s));
+    QVERIFY(!read.isThere());
+    client->cancelReads();
+    QVERIFY(!client->initialized());
+    QCOMPARE(summary(read.wait()), general);
+    QTRY_VERIFY(FakeService::isReaped(fake.processes().constFirst()));
+
+    QCOMPARE(summary(awaitBind(client)), success);
+    QVERIFY(client->initialized());
+    QCOMPARE(fake.processes().size(), 2);
+}
+
+void TestLVitAccessRead::aCancellationWithoutAReadLeavesTheConnection()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command());
+    QCOMPARE(summary(awaitBind(client)), success);
+    QCOMPARE(summary(awaitRead(client)), success);
+    client->cancelReads();
+    QVERIFY(!client->initialized());
+    QCOMPARE(summary(awaitReaders(client)), success);
+    QCOMPARE(fake.processes().size(), 1);
+}
+
+void TestLVitAccessRead::aCancellationLeavesABindThatHasEndedTheReadAlready()
+{
+    const FakeService fake;
+    const ClientPointer client = makeClient(fake.command({u"--do"_s, u"vitale_read"_s, u"silent"_s}));
+    QCOMPARE(summary(awaitBind(client)), success);
+    auto read = beginRead(client);
+    auto bind = beginBind(client);
+    client->cancelReads();
+    QCOMPARE(summary(read.wait()), general);
+    QCOMPARE(summary(bind.wait()), success);
+    QCOMPARE(fake.processes().size(), 2);
 }
 
 int main(int argc, char** argv)

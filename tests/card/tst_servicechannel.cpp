@@ -35,6 +35,7 @@ private Q_SLOTS:
     void whatAHelperAnsweredBeforeItDiedStillCounts();
     void aHelperThatEndsWhileNothingWaitsInterrupts();
     void duplicateAndUnknownRepliesAreDroppedWithAWarning();
+    void repliesToNobodyFillNoLog();
     void unsolicitedMessagesReachTheEventHandler();
     void tasksAndTimeoutsAreServedDuringAFlood();
     void aRequestLargerThanThePipeArrivesWhole();
@@ -242,6 +243,19 @@ void TestServiceChannel::duplicateAndUnknownRepliesAreDroppedWithAWarning()
     QCOMPARE(story->events.size(), 3);
     QCOMPARE(m_log.lines(MXLog::Warning), (QStringList{u"Card service: reply to request 1, which does not wait"_s,
                                                        u"Card service: reply to request 4711, which does not wait"_s}));
+}
+
+void TestServiceChannel::repliesToNobodyFillNoLog()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"to-nobody-often"_s}));
+    const auto story = std::make_shared<Story>();
+    QVERIFY(converse(channel, story, {u"init"_s}));
+    QVERIFY(waitForEnd(*story));
+    channel.stop();
+    QStringList expected(10, u"Card service: reply to request 4711, which does not wait"_s);
+    expected.append(u"Card service: 99990 more lines left out"_s);
+    QCOMPARE(m_log.lines(MXLog::Warning), expected);
 }
 
 void TestServiceChannel::unsolicitedMessagesReachTheEventHandler()

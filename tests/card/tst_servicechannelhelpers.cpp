@@ -26,13 +26,21 @@ private Q_SLOTS:
     void aProgramThatCannotBeExecutedIsReportedAtOnce();
     void theHelperStartsWithCleanSignalsAndThreeDescriptors();
     void theHelperCanBeStartedWithoutStandardDescriptors();
-    void whatTheHelperSaysOnStandardErrorIsLoggedInBoundedLines();
-    void allThatAHelperSaysBeforeItEndsIsLogged_data();
-    void allThatAHelperSaysBeforeItEndsIsLogged();
+    void whatTheHelperSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines();
+    void whatTheHelperSaysOnStandardErrorIsNotLoggedByDefault();
+    void allThatAHelperSaysBeforeItEndsIsReadAndABoundedPartLogged_data();
+    void allThatAHelperSaysBeforeItEndsIsReadAndABoundedPartLogged();
     void aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper();
-    void aFloodOnStandardErrorHoldsNothingUp();
+    void aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog();
+    void howAHelperEndedIsLoggedByDefault_data();
+    void howAHelperEndedIsLoggedByDefault();
+    void aHelperThatLeavesWhenItIsAskedToIsNotLogged();
+    void aHelperThatHadToBeKilledIsLoggedAsThat();
 
 private:
+    /// What was logged of what helpers said.
+    [[nodiscard]] QStringList said() const { return m_log.lines(MXLog::Debug).filter(u"Card service: "_s); }
+
     LogCapture m_log;
 };
 
@@ -115,7 +123,8 @@ void TestServiceChannelHelpers::aProgramThatCannotBeExecutedIsReportedAtOnce()
     if (kind == u"plain" || kind == u"text" || kind == u"script") {
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(kind == u"script" ? "#!/nonexistent/interpreter\n" : "just text\n");
+        const QByteArray interpreter = QFile::encodeName(fake.filePath(u"interpreter"_s));
+        file.write(kind == u"script" ? "#!" + interpreter + '\n' : QByteArray("just text\n"));
         file.close();
         const auto executable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
         QVERIFY(file.setPermissions(kind == u"plain" ? QFile::ReadOwner | QFile::WriteOwner : executable));
@@ -170,7 +179,7 @@ void TestServiceChannelHelpers::theHelperCanBeStartedWithoutStandardDescriptors(
     QCOMPARE(story->events, QStringList{u"1: success"_s});
 }
 
-void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsLoggedInBoundedLines()
+void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"chatter-on-errors"_s}));
@@ -179,19 +188,34 @@ void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsLoggedInBounde
     QVERIFY(waitForEnd(*story));
     channel.stop();
     QCOMPARE(story->events, QStringList{u"1: success"_s});
-    QCOMPARE(m_log.lines(MXLog::Notice),
+    QCOMPARE(m_log.lines(),
              (QStringList{u"Card service: Lecteur branché"_s, u"Card service: ligne?[31m rouge"_s,
                           u"Card service: "_s + QString(1024, u'x') + u"..."_s, u"Card service: sans fin de ligne"_s}));
+    QCOMPARE(said(), m_log.lines());
 }
 
-void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsLogged_data()
+void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsNotLoggedByDefault()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"chatter-on-errors"_s}));
+    const auto story = std::make_shared<Story>();
+    MXLog::defaultLogger().setLogLevel(MXLog::Notice);
+    QVERIFY(converse(channel, story, {u"init"_s}));
+    const bool hasEnded = waitForEnd(*story);
+    channel.stop();
+    MXLog::defaultLogger().setLogLevel(MXLog::Debug);
+    QVERIFY(hasEnded);
+    QCOMPARE(m_log.lines(), QStringList());
+}
+
+void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsReadAndABoundedPartLogged_data()
 {
     QTest::addColumn<QString>("behaviour");
     for (const auto* const behaviour : {"last-words", "last-words-and-leave-a-child"})
         QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
 }
 
-void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsLogged()
+void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsReadAndABoundedPartLogged()
 {
     QFETCH(const QString, behaviour);
     const FakeService fake;
@@ -201,9 +225,9 @@ void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsLogged()
     QVERIFY(waitForEnd(*story));
     channel.stop();
     QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
-    QStringList expected(1000, u"Card service: une ligne de quarante-neuf lettres, ou presque..."_s);
-    expected.append(u"Card service: derniers mots"_s);
-    QCOMPARE(m_log.lines(MXLog::Notice), expected);
+    QStringList expected(200, u"Card service: une ligne de quarante-neuf lettres, ou presque..."_s);
+    expected.append(u"Card service: 801 more lines left out"_s);
+    QCOMPARE(said(), expected);
 }
 
 void TestServiceChannelHelpers::aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper()
@@ -216,17 +240,73 @@ void TestServiceChannelHelpers::aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper()
     QTRY_VERIFY_WITH_TIMEOUT(!fake.processes().isEmpty() && FakeService::isReaped(fake.processes()[0]), 10'000);
 }
 
-void TestServiceChannelHelpers::aFloodOnStandardErrorHoldsNothingUp()
+void TestServiceChannelHelpers::aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"flood-on-errors"_s}), {.exitGrace = 200ms});
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
+    QTRY_VERIFY_WITH_TIMEOUT(said().size() == 200, 30'000);
     QCOMPARE(onChannel(channel, [] { return 1; }), 1);
     channel.stop();
     QCOMPARE(story->events, QStringList{u"1: success"_s});
     QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+    // Of more than one period, where the machine is slow.
+    QVERIFY2(said().size() < 1000, qPrintable(QString::number(said().size())));
+    const QRegularExpression leftOut(u"^Card service: (\\d+) more lines left out$"_s);
+    QVERIFY(leftOut.match(said().constLast()).captured(1).toLongLong() > 1000);
+}
+
+void TestServiceChannelHelpers::howAHelperEndedIsLoggedByDefault_data()
+{
+    QTest::addColumn<QStringList>("behaviour");
+    QTest::addColumn<QString>("logged");
+    const auto doing = [](const char* behaviour) {
+        return QStringList{u"--do"_s, u"any"_s, QString::fromLatin1(behaviour)};
+    };
+    QTest::newRow("fault in memory") << doing("segfault") << u"The card service ended: signal 11 (SIGSEGV)"_s;
+    QTest::newRow("kill") << doing("crash") << u"The card service ended: signal 9 (SIGKILL)"_s;
+    QTest::newRow("exit") << doing("exit") << u"The card service ended: exit status 0"_s;
+    QTest::newRow("exit with 3") << doing("exit-with-3") << u"The card service ended: exit status 3"_s;
+    QTest::newRow("bad arguments") << QStringList{u"--absent"_s} << u"The card service ended: exit status 2"_s;
+}
+
+void TestServiceChannelHelpers::howAHelperEndedIsLoggedByDefault()
+{
+    QFETCH(const QStringList, behaviour);
+    QFETCH(const QString, logged);
+    const FakeService fake;
+    ServiceChannel channel(fake.command(behaviour));
+    const auto story = std::make_shared<Story>();
+    QVERIFY(converse(channel, story, {u"init"_s}));
+    QVERIFY(waitForEnd(*story));
+    channel.stop();
+    QCOMPARE(m_log.lines(MXLog::Warning), QStringList{logged});
+}
+
+void TestServiceChannelHelpers::aHelperThatLeavesWhenItIsAskedToIsNotLogged()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command());
+    const auto story = std::make_shared<Story>();
+    QVERIFY(converse(channel, story, {u"init"_s}));
+    QVERIFY(waitForEnd(*story));
+    QVERIFY(!isOpenAfterClosing(channel));
+    channel.stop();
+    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+    QCOMPARE(m_log.lines(), QStringList());
+}
+
+void TestServiceChannelHelpers::aHelperThatHadToBeKilledIsLoggedAsThat()
+{
+    const FakeService fake;
+    ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 100ms});
+    const auto story = std::make_shared<Story>();
+    QVERIFY(converse(channel, story, {u"init"_s}));
+    QVERIFY(waitForEnd(*story));
+    channel.stop();
+    QCOMPARE(m_log.lines(), QStringList{u"The card service ended: signal 9 (SIGKILL), as it had not left by itself"_s});
 }
 
 int main(int argc, char** argv)

@@ -139,7 +139,8 @@ void TestServiceChannelLife::destructionFromAHandlerIsPossible()
 
 void TestServiceChannelLife::tasksRunInOrderOnOneThreadOfTheirOwn()
 {
-    ServiceChannel channel({u"/nonexistent"_s, {}});
+    const FakeService fake;
+    ServiceChannel channel({fake.filePath(u"absent"_s), {}});
     std::vector<std::pair<int, std::thread::id>> runs;
     for (int number = 0; number < 100; ++number)
         channel.post([&runs, number] { runs.emplace_back(number, std::this_thread::get_id()); });
@@ -179,7 +180,8 @@ void TestServiceChannelLife::tasksPostedBeforeTheEndAreRunAndCannotConnect()
 
 void TestServiceChannelLife::tasksPostedAfterTheEndAreDropped()
 {
-    ServiceChannel channel({u"/nonexistent"_s, {}});
+    const FakeService fake;
+    ServiceChannel channel({fake.filePath(u"absent"_s), {}});
     channel.stop();
     const auto held = std::make_shared<int>(1);
     channel.post([held] { qFatal("a task ran after the end"); });

@@ -203,8 +203,6 @@ void TestServiceMessage::whatIsNoMessageFailsForGood_data()
     QTest::newRow("indefinite tag") << QByteArray::fromHex("8201a1616bdf");
     QTest::newRow("bytes within a text in parts") << QByteArray::fromHex("8201a1616b7f4161ff");
     QTest::newRow("text that is not UTF-8") << QByteArray::fromHex("8201a1616b62e920");
-    QTest::newRow("20 levels") << QByteArray::fromHex("8201a1616b") + QByteArray(20, '\x81') +
-                                      QByteArray::fromHex("00");
     QTest::newRow("100,000 levels") << QByteArray::fromHex("8201a1616b") + QByteArray(100'000, '\x81');
     QTest::newRow("100,000 tags") << QByteArray::fromHex("8201a1616b") + QByteArray(100'000, '\xc1');
 }
@@ -302,24 +300,27 @@ void TestServiceMessage::manySmallMessagesInOneBufferAreReadInLinearTime()
     const QByteArray stream = encodeServiceMessage({.number = 0, .body = QCborMap{}}).repeated(1'000'000);
     QElapsedTimer timer;
     timer.start();
-    const Outcome outcome = readAll(stream);
-    QVERIFY(!outcome.failure);
-    QCOMPARE(outcome.messages.size(), 1'000'000);
+    // At once, and as it comes out of a pipe: each slice ends within a message.
+    for (const qsizetype slice : {stream.size(), qsizetype{65536}}) {
+        const Outcome outcome = readAll(stream, slice);
+        QVERIFY(!outcome.failure);
+        QCOMPARE(outcome.messages.size(), 1'000'000);
+    }
     QVERIFY(timer.elapsed() < 20'000);
 }
 
 void TestServiceMessage::aLargeItemOfManyPartsThatDribblesInIsReadInLinearTime()
 {
-    QCborArray readers;
-    for (int index = 0; index < 300'000; ++index)
-        readers.append(u"reader"_s);
-    const QByteArray item = encodeServiceMessage({.number = 1, .body = QCborMap{{u"Readers"_s, readers}}});
+    constexpr int parts = 4000;
+    constexpr int partSize = 1024;
+    const QByteArray part = QByteArray::fromHex("790400") + QByteArray(partSize, 'x');
+    const QByteArray item = QByteArray::fromHex("8201a1616b7f") + part.repeated(parts) + '\xff';
     QElapsedTimer timer;
     timer.start();
     const Outcome outcome = readAll(item, 16);
     QVERIFY(!outcome.failure);
     QCOMPARE(outcome.messages.size(), 1);
-    QCOMPARE(outcome.messages[0].body->value("Readers"_L1).toArray().size(), 300'000);
+    QCOMPARE(outcome.messages[0].body->value("k"_L1).toString().size(), parts * partSize);
     QVERIFY(timer.elapsed() < 20'000);
 }
 

@@ -15,6 +15,7 @@ private Q_SLOTS:
     void bytesInNoEncodingAreNoText();
     void aReplysTextIsATextOrBytesOfUtf8_data();
     void aReplysTextIsATextOrBytesOfUtf8();
+    void aDetailIsALineThatAnAlertCanShow();
     void onlyTheExactWordIsASuccess_data();
     void onlyTheExactWordIsASuccess();
 };
@@ -78,6 +79,15 @@ void TestServiceReply::aReplysTextIsATextOrBytesOfUtf8()
     if (!value.isUndefined())
         reply.insert(u"Key"_s, value);
     QCOMPARE(replyText(reply, "Key"_L1), isText ? std::optional(u"é"_s) : std::nullopt);
+}
+
+void TestServiceReply::aDetailIsALineThatAnAlertCanShow()
+{
+    QCOMPARE(replyDetail({}), QString());
+    QCOMPARE(replyDetail({{u"Detail"_s, 7}}), QString());
+    QCOMPARE(replyDetail({{u"Detail"_s, u"Un autre programme."_s}}), u"Un autre programme."_s);
+    QCOMPARE(replyDetail({{u"Detail"_s, u"a\n\x1B[31mb"_s}}), u"a??[31mb"_s);
+    QCOMPARE(replyDetail({{u"Detail"_s, QString(1000, u'x')}}), QString(300, u'x'));
 }
 
 void TestServiceReply::onlyTheExactWordIsASuccess_data()

@@ -1,5 +1,7 @@
-// The channel's bytes to messages: whatever comes in, however it is cut, gives the same messages and the same end.
+// The channel's bytes to messages, with any keys and with those of replies: whatever comes in, however it is cut, gives
+// the same messages and the same end.
 #include "card/ServiceMessage.h"
+#include "card/ServiceVocabulary.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -16,10 +18,12 @@ struct Outcome
     friend bool operator==(const Outcome&, const Outcome&) = default;
 };
 
-Outcome readInSlices(QByteArrayView bytes, qsizetype slice)
+using Keys = std::span<const QLatin1StringView>;
+
+Outcome readInSlices(QByteArrayView bytes, qsizetype slice, Keys keys)
 {
     Outcome outcome;
-    ServiceMessageReader reader;
+    ServiceMessageReader reader(keys);
     for (qsizetype start = 0; start < bytes.size(); start += slice) {
         reader.append(bytes.sliced(start, std::min(slice, bytes.size() - start)));
         for (;;) {
@@ -41,8 +45,10 @@ Outcome readInSlices(QByteArrayView bytes, qsizetype slice)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArrayView bytes(data, static_cast<qsizetype>(size));
-    const Outcome whole = readInSlices(bytes, std::max(bytes.size(), qsizetype(1)));
-    if (readInSlices(bytes, 1) != whole || readInSlices(bytes, 7) != whole)
-        std::abort();
+    for (const Keys keys : {Keys(), Keys(ServiceWord::replyKeys)}) {
+        const Outcome whole = readInSlices(bytes, std::max(bytes.size(), qsizetype(1)), keys);
+        if (readInSlices(bytes, 1, keys) != whole || readInSlices(bytes, 7, keys) != whole)
+            std::abort();
+    }
     return 0;
 }

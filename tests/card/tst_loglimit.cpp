@@ -1,0 +1,63 @@
+#include "card/LogLimit.h"
+#include "tests/card/LogCapture.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class TestLogLimit : public QObject
+{
+    Q_OBJECT
+
+private:
+    LogCapture m_log;
+
+private Q_SLOTS:
+    void init() { m_log.clear(); }
+
+    void theFirstLinesOfAPeriodAreAdmittedAndTheOthersCounted()
+    {
+        LogLimit limit(MXLog::Warning, 3, 1h);
+        for (int line = 0; line < 3; ++line)
+            QVERIFY(limit.admits());
+        for (int line = 0; line < 1000; ++line)
+            QVERIFY(!limit.admits());
+        QCOMPARE(m_log.lines(), QStringList());
+        limit.tellLeftOut();
+        limit.tellLeftOut();
+        QCOMPARE(m_log.lines(MXLog::Warning), QStringList{u"Card service: 1000 more lines left out"_s});
+        QCOMPARE(m_log.lines().size(), 1);
+    }
+
+    void whatWasLeftOutIsToldBeforeTheFirstLineOfALaterPeriod()
+    {
+        LogLimit limit(MXLog::Debug, 1, 50ms);
+        QVERIFY(limit.admits());
+        int leftOut = 0;
+        const auto isAdmitted = [&] {
+            const bool admitted = limit.admits();
+            leftOut += admitted ? 0 : 1;
+            return admitted;
+        };
+        QVERIFY(QTest::qWaitFor(isAdmitted));
+        const QStringList told =
+            leftOut > 0 ? QStringList{u"Card service: %1 more lines left out"_s.arg(leftOut)} : QStringList();
+        QCOMPARE(m_log.lines(MXLog::Debug), told);
+        // The later period has lines of its own, and nothing is told twice.
+        limit.tellLeftOut();
+        QCOMPARE(m_log.lines(), told);
+    }
+
+    void aPeriodThatKeepsWithinTheLimitLeavesNothingOut()
+    {
+        LogLimit limit(MXLog::Warning, 2, 1h);
+        QVERIFY(limit.admits());
+        QVERIFY(limit.admits());
+        limit.tellLeftOut();
+        QCOMPARE(m_log.lines(), QStringList());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLogLimit)
+#include "tst_loglimit.moc"

@@ -1,0 +1,112 @@
+#include "tests/card/ClientTest.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+using namespace Qt::StringLiterals;
+using namespace ClientOutcome;
+using namespace ClientTest;
+
+namespace {
+
+// What is asked for beyond this is refused. Qt's and libxml2's own texts and nodes come from elsewhere.
+std::atomic<std::size_t> largestAllocation = std::numeric_limits<std::size_t>::max();
+
+/// Until its end, the program's allocations of more than so many bytes throw.
+class AllocationLimit
+{
+public:
+    explicit AllocationLimit(std::size_t bytes) { largestAllocation = bytes; }
+    ~AllocationLimit() { largestAllocation = std::numeric_limits<std::size_t>::max(); }
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
+};
+
+QStringList informations(const QString& version)
+{
+    return {u"--set"_s, u"informations"_s, u"Informations"_s,
+            u"<r><apiLecVitale><version>7.10</version><tableHab>%1</tableHab></apiLecVitale></r>"_s.arg(version)};
+}
+
+} // namespace
+
+// The program's own, so that a test can refuse what the shipped code asks for.
+void* operator new(std::size_t size)
+{
+    void* const memory = size > largestAllocation ? nullptr : std::malloc(size);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+/// The client when reading a document throws: it has no memory for it.
+class TestLVitAccessExceptions : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void informationsThatThrowAreTheGeneralErrorAndLeaveNone()
+    {
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command(informations(QString(20'000, u'7'))));
+        QCOMPARE(summary(awaitInformations(client)), success);
+        QCOMPARE(client->informations()->size(), 2);
+        QCOMPARE(client->informations()->value(u"MVTableHabVersion"_s).toString().size(), 20'000);
+
+        std::optional<Outcome<QVariantMap>> outcome;
+        {
+            const AllocationLimit limit(16'384);
+            outcome = awaitInformations(client);
+        }
+        // Not even the version that was read before.
+        QCOMPARE(summary(outcome), general);
+        QCOMPARE(outcome->result, QVariantMap());
+        QCOMPARE(client->informations(), QVariantMap());
+
+        QCOMPARE(summary(awaitInformations(client)), success);
+        QCOMPARE(fake.processes().size(), 1);
+    }
+
+    void aReadThatThrowsIsTheGeneralErrorWithoutARecord()
+    {
+        // A list of so many persons is one allocation of more than the limit below.
+        constexpr int persons = 400;
+        const QString card = u"<T_AsnDonneesVitale><listeBenef>%1</listeBenef></T_AsnDonneesVitale>"_s.arg(
+            u"<T_AsnBeneficiaire><ident><nomUsuel>SPECIMEN</nomUsuel></ident></T_AsnBeneficiaire>"_s.repeated(persons));
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command({u"--set"_s, u"vitale_read"_s, u"Vitale"_s, card}));
+        const auto good = awaitRead(client);
+        QCOMPARE(summary(good), success);
+        QCOMPARE(good->result->beneficiaries().size(), persons);
+
+        std::optional<Outcome<CardRecord>> outcome;
+        {
+            const AllocationLimit limit(2000);
+            outcome = awaitRead(client);
+        }
+        QCOMPARE(summary(outcome), general);
+        QVERIFY(!outcome->result);
+
+        QCOMPARE(summary(awaitRead(client)), success);
+        QCOMPARE(fake.processes().size(), 1);
+    }
+};
+
+int main(int argc, char** argv)
+{
+    return runChannelTest<TestLVitAccessExceptions>(argc, argv);
+}
+
+#include "tst_lvitaccessexceptions.moc"

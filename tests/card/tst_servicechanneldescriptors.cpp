@@ -1,0 +1,167 @@
+#include "card/LVitAccess.h"
+#include "tests/card/ChannelTest.h"
+#include "tests/card/ClientOutcome.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace ChannelTest;
+
+namespace {
+
+/// Until its end, the process opens no descriptor of that number or above. What it has open stays open.
+class DescriptorLimit
+{
+public:
+    explicit DescriptorLimit(int firstRefused)
+    {
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit limit{static_cast<rlim_t>(firstRefused), m_before.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &m_before); }
+    DescriptorLimit(const DescriptorLimit&) = delete;
+    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+private:
+    rlimit m_before{};
+};
+
+/// The number that the next descriptor would get.
+int nextDescriptor()
+{
+    return FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)).get();
+}
+
+int openDescriptors()
+{
+    return static_cast<int>(QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size());
+}
+
+/// How long a thread of this process has run or waited for a processor: all the time for one that spins, however busy
+/// the machine is.
+std::chrono::nanoseconds runnableTime(pid_t thread)
+{
+    QFile file(u"/proc/self/task/%1/schedstat"_s.arg(thread));
+    const QByteArrayList fields = file.open(QIODevice::ReadOnly) ? file.readAll().split(' ') : QByteArrayList();
+    return std::chrono::nanoseconds(fields.value(0).toLongLong() + fields.value(1).toLongLong());
+}
+
+int openError(ServiceChannel& channel)
+{
+    return onChannel(channel, [&channel] {
+        const auto opened = channel.open([](const ChannelEvent&) {});
+        return opened ? 0 : opened.error().value();
+    });
+}
+
+} // namespace
+
+/// The channel where the process may have no more descriptors.
+class TestServiceChannelDescriptors : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void whicheverDescriptorIsRefusedNothingIsLeftBehind()
+    {
+        const FakeService fake;
+        int error = EMFILE;
+        int refusals = 0;
+        // Some numbers may be taken already.
+        for (int allowed = 0; allowed < 64 && error != 0; ++allowed) {
+            const int before = openDescriptors();
+            {
+                ServiceChannel channel(fake.command());
+                const int next = nextDescriptor();
+                {
+                    const DescriptorLimit limit(next + allowed);
+                    error = openError(channel);
+                }
+                QVERIFY(error == EMFILE || error == 0);
+                QCOMPARE(onChannel(channel, [&channel] { return channel.isOpen(); }), error == 0);
+                refusals += error == 0 ? 0 : 1;
+                // Once there are descriptors again, the same channel works.
+                const auto story = std::make_shared<Story>();
+                QVERIFY(converse(channel, story, {u"init"_s}));
+                QVERIFY(waitForEnd(*story));
+                QCOMPARE(story->events, QStringList{u"1: success"_s});
+            }
+            QCOMPARE(openDescriptors(), before);
+        }
+        QCOMPARE(error, 0);
+        // Four pipes and the channel's own counter were refused, each at least once.
+        QVERIFY2(refusals >= 9, qPrintable(QString::number(refusals)));
+        QVERIFY(std::ranges::all_of(fake.processes(), FakeService::isReaped));
+    }
+
+    void aClientThatIsMadeWithoutDescriptorsFailsItsBindsAndWorksLater()
+    {
+        const FakeService fake;
+        std::shared_ptr<LVitAccess> client;
+        QString bound;
+        QString wasRead;
+        {
+            const DescriptorLimit limit(nextDescriptor());
+            client = std::make_shared<LVitAccess>(fake.command());
+            bound = ClientOutcome::summary(ClientOutcome::awaitBind(client));
+            wasRead = ClientOutcome::summary(ClientOutcome::awaitRead(client));
+        }
+        QCOMPARE(bound, u"failure"_s);
+        QCOMPARE(wasRead, u"Pelmora -10"_s);
+        QCOMPARE(ClientOutcome::summary(ClientOutcome::awaitBind(client)), u"success"_s);
+    }
+
+    void aConnectionThatCannotBeWatchedAnyMoreIsBrokenAndNothingSpins()
+    {
+        const FakeService fake;
+        ServiceChannel channel(fake.command({u"--do"_s, u"vitale_read"_s, u"silent"_s}),
+                               {.requestTimeout = 10min, .exitGrace = 1500ms});
+        const auto first = std::make_shared<Story>();
+        QVERIFY(converse(channel, first, {u"init"_s}));
+        QVERIFY(waitForEnd(*first));
+        const pid_t process = fake.processes().value(0);
+        const auto story = std::make_shared<Story>();
+        bool hasEnded = false;
+        bool isReaped = false;
+        const pid_t thread = onChannel(channel, [] { return ::gettid(); });
+        const auto before = runnableTime(thread);
+        QVERIFY(before > 0ns);
+        {
+            // Fewer than are waited for: poll refuses them.
+            const DescriptorLimit limit(2);
+            channel.post([&channel, story] {
+                channel.send(request(u"vitale_read"_s), [story](const std::optional<QCborMap>& reply) {
+                    story->tell(textOf(reply));
+                    story->finish();
+                });
+            });
+            hasEnded = waitForEnd(*story);
+            isReaped = QTest::qWaitFor([process] { return FakeService::isReaped(process); }, 30'000);
+        }
+        QVERIFY(hasEnded);
+        QCOMPARE(story->events, QStringList{u"none"_s});
+        QVERIFY(isReaped);
+        const auto busy = runnableTime(thread) - before;
+        QVERIFY2(busy < 1s, qPrintable(QString::number(busy.count())));
+        // The channel goes on.
+        const auto last = std::make_shared<Story>();
+        QVERIFY(converse(channel, last, {u"init"_s}));
+        QVERIFY(waitForEnd(*last));
+        QCOMPARE(last->events, QStringList{u"1: success"_s});
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    return runChannelTest<TestServiceChannelDescriptors>(argc, argv);
+}
+
+#include "tst_servicechanneldescriptors.moc"
