@@ -96,15 +96,38 @@ private:
     bool m_hasMain = false;
 };
 
+/// Whether a document type opens a subset of declarations: a bracket outside its quoted identifiers.
+bool hasDeclarations(QStringView documentType)
+{
+    QChar quote;
+    for (const QChar character : documentType) {
+        if (!quote.isNull())
+            quote = character == quote ? QChar() : quote;
+        else if (character == u'"' || character == u'\'')
+            quote = character;
+        else if (character == u'[')
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 std::optional<CardCoverage> cardCoverage(QStringView text)
 {
     QXmlStreamReader reader{text.toString()};
     CoverageFinder finder;
+    bool hasDocumentType = false;
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::DTD:
+            // The reader lets a second one pass.
+            if (hasDocumentType || hasDeclarations(reader.text()))
+                return std::nullopt;
+            hasDocumentType = true;
+            break;
+        // An entity that only a file elsewhere could declare; no such file is ever read.
+        case QXmlStreamReader::EntityReference:
             return std::nullopt;
         case QXmlStreamReader::StartElement:
             if (!finder.startElement(reader))

@@ -1,9 +1,12 @@
 #include "service/DeadlineLibrary.h"
 
 #include "service/MemoryClearing.h"
+#include "service/ServiceLog.h"
 
 #include <condition_variable>
 #include <mutex>
+
+using namespace Qt::StringLiterals;
 
 /// What the worker thread runs. The task, and how far it is, are shared between the two threads under the mutex; the
 /// library is the worker thread's alone.
@@ -46,6 +49,9 @@ public:
         return m_changed.wait_for(lock, limit, [this] { return !m_task; });
     }
 
+    /// What a task that has not been done waits for.
+    [[nodiscard]] QString waitsFor() const { return m_library->waitsFor(); }
+
     void requestStop()
     {
         const std::lock_guard lock(m_mutex);
@@ -59,7 +65,7 @@ private:
     std::optional<Task> m_task; // set until it is done
     bool m_isStopping = false;
 
-    std::unique_ptr<ReadingLibrary> m_library;
+    std::unique_ptr<ReadingLibrary> m_library; // there until the stop
 };
 
 DeadlineLibrary::DeadlineLibrary(std::unique_ptr<ReadingLibrary> library, DeadlineLimits limits)
@@ -85,12 +91,21 @@ Answer DeadlineLibrary::ask(std::chrono::milliseconds limit, Answer lateAnswer,
     if (m_isBeyondUse)
         return lateAnswer;
     // A call that is left behind has a place for its answer as long as it needs one.
-    const auto answer = std::make_shared<std::optional<Answer>>();
+    struct Place
+    {
+        std::optional<Answer> answer;
+        QString hint;
+    };
+    const auto place = std::make_shared<Place>();
     const bool isInTime = m_worker->perform(
-        [answer, asked = std::move(question)](ReadingLibrary& library) mutable { answer->emplace(asked(library)); },
+        [place, asked = std::move(question)](ReadingLibrary& library) mutable {
+            place->answer.emplace(asked(library));
+            place->hint = library.hint();
+        },
         limit);
     m_isBeyondUse = !isInTime;
-    return isInTime ? std::move(**answer) : lateAnswer;
+    m_hint = isInTime ? place->hint : QString();
+    return isInTime ? std::move(*place->answer) : lateAnswer;
 }
 
 std::optional<LibraryKind> DeadlineLibrary::initialise(LibraryMode mode)
@@ -118,6 +133,14 @@ QString DeadlineLibrary::informations()
 
 std::expected<QString, ReadResult> DeadlineLibrary::readCard()
 {
-    return ask<std::expected<QString, ReadResult>>(m_limits.read, std::unexpected(ReadResult::CardMute),
-                                                   [](ReadingLibrary& library) { return library.readCard(); });
+    const bool wasBeyondUse = m_isBeyondUse;
+    const auto card =
+        ask<std::expected<QString, ReadResult>>(m_limits.read, std::unexpected(ReadResult::CardMute),
+                                                [](ReadingLibrary& library) { return library.readCard(); });
+    if (wasBeyondUse || !m_isBeyondUse)
+        return card;
+    m_hint = m_worker->waitsFor();
+    const QString reason = m_hint.isEmpty() ? u"la carte ne répond pas"_s : m_hint;
+    logLine(u"lecture abandonnée après %1 s : %2"_s.arg(m_limits.read / std::chrono::seconds(1)).arg(reason));
+    return m_hint.isEmpty() ? card : std::unexpected(ReadResult::ReaderFault);
 }

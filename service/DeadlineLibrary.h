@@ -15,8 +15,9 @@ struct DeadlineLimits
 };
 
 /// A reading library whose calls end, whatever the reader does: each is made on one worker thread, and left behind once
-/// its time is over. The call in question is then answered as a failure (a read as a mute card), and so is, at once,
-/// every later one. The library that it holds is used, closed and destroyed on the worker thread.
+/// its time is over. The call in question is then answered as a failure (a read as a mute card, or as a reader fault
+/// when it waits for something else), and so is, at once, every later one. The library that it holds is used, closed
+/// and destroyed on the worker thread.
 class DeadlineLibrary final : public ReadingLibrary
 {
 public:
@@ -32,6 +33,7 @@ public:
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
+    [[nodiscard]] QString hint() const override { return m_hint; }
     [[nodiscard]] bool isBeyondUse() const override { return m_isBeyondUse; }
 
 private:
@@ -44,5 +46,6 @@ private:
     DeadlineLimits m_limits;
     std::shared_ptr<Worker> m_worker; // also its thread's, which may outlive this
     std::thread m_thread;
+    QString m_hint; // the library's, after its last call
     bool m_isBeyondUse = false;
 };

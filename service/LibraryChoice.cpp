@@ -48,3 +48,13 @@ std::expected<QString, ReadResult> LibraryChoice::readCard()
         return std::unexpected(ReadResult::Unusable);
     return m_inUse->readCard();
 }
+
+QString LibraryChoice::hint() const
+{
+    return m_inUse != nullptr ? m_inUse->hint() : QString();
+}
+
+QString LibraryChoice::waitsFor() const
+{
+    return m_inUse != nullptr ? m_inUse->waitsFor() : QString();
+}

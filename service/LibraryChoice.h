@@ -17,6 +17,8 @@ public:
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
+    [[nodiscard]] QString hint() const override;
+    [[nodiscard]] QString waitsFor() const override;
 
 private:
     std::unique_ptr<ReadingLibrary> m_installed;

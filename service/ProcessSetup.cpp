@@ -42,7 +42,7 @@ bool protectProcess()
     // it cannot be raised, and there is another way.
     constexpr rlimit noCore{.rlim_cur = 1, .rlim_max = 1};
     const bool coresAreOff = ::setrlimit(RLIMIT_CORE, &noCore) == 0 || ::prctl(PR_SET_DUMPABLE, 0) == 0;
-    return coresAreOff && std::signal(SIGPIPE, SIG_IGN) != SIG_ERR;
+    return coresAreOff && std::signal(SIGPIPE, SIG_IGN) != SIG_ERR && std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR;
 }
 
 QString resourceFolder()

@@ -17,8 +17,8 @@ struct ChannelDescriptors
 /// that a library that reads or prints cannot corrupt the channel. Nothing when the system refuses (errno tells).
 [[nodiscard]] std::optional<ChannelDescriptors> takeStandardChannel();
 
-/// Turns core dumps off, which would hold cards, and SIGPIPE too: a lost reader is seen when writing. False when the
-/// system refuses (errno tells).
+/// Turns core dumps off, which would hold cards, and SIGPIPE and SIGXFSZ too: a lost reader and a file at its limit are
+/// seen when writing. False when the system refuses (errno tells).
 [[nodiscard]] bool protectProcess();
 
 /// The folder that holds the programs' resources, found from the running executable's own place.

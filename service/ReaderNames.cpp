@@ -1,6 +1,9 @@
 #include "service/ReaderNames.h"
 
+#include "card/ReaderModel.h"
+
 #include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -30,11 +33,26 @@ QStringView withoutPart(QStringView name, QChar opening, QChar closing)
     return start > 0 ? name.first(start).trimmed() : name;
 }
 
-QString model(QStringView systemName)
+/// Whether it is a spelling of the accepted model.
+bool isAccepted(QStringView model)
+{
+    static constexpr std::array spellings{acceptedReader, QStringView{u"Feitian Technologies SCR301"}};
+    const QString simple = model.toString().simplified();
+    return std::ranges::any_of(
+        spellings, [&simple](QStringView known) { return known.compare(simple, Qt::CaseInsensitive) == 0; });
+}
+
+QString withoutCompletions(QStringView systemName)
 {
     const QStringView numberless = withoutNumbers(systemName).trimmed();
     const QStringView name = withoutPart(withoutPart(numberless, u'(', u')'), u'[', u']');
     return (name.isEmpty() ? systemName : name).toString();
+}
+
+QString model(const QString& systemName)
+{
+    return isAccepted(withoutCompletions(systemName.simplified())) ? acceptedReader.toString()
+                                                                   : withoutCompletions(systemName);
 }
 
 } // namespace
@@ -50,7 +68,7 @@ QList<ReaderName> readerNames(const QList<QByteArray>& systemNames)
         QString shown = name;
         for (int number = 2; isTaken(shown); ++number)
             shown = u"%1 (%2)"_s.arg(name).arg(number);
-        names.append({.shown = shown, .system = systemName});
+        names.append({.shown = shown, .system = systemName, .model = name});
     }
     return names;
 }

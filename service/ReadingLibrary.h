@@ -62,6 +62,14 @@ public:
     /// code.
     [[nodiscard]] virtual std::expected<QString, ReadResult> readCard() = 0;
 
+    /// What people are to know of the failure of the last readers() or readCard(), in French, where its result alone
+    /// would mislead them; empty otherwise. Any state, no error.
+    [[nodiscard]] virtual QString hint() const { return {}; }
+
+    /// What a readCard() that has not come back waits for, if not for the card, as such a hint. Called on another
+    /// thread while it runs.
+    [[nodiscard]] virtual QString waitsFor() const { return {}; }
+
     /// Whether a call has been left behind unanswered: this library, and its process, answer no more calls.
     [[nodiscard]] virtual bool isBeyondUse() const { return false; }
 };

@@ -1,5 +1,6 @@
 #include "service/ServiceCommands.h"
 
+#include "card/ReaderModel.h"
 #include "card/ServiceMessage.h"
 #include "card/ServiceVocabulary.h"
 
@@ -20,11 +21,6 @@ QCborMap success()
 QCborMap failure()
 {
     return {{ServiceWord::status, ServiceWord::error}};
-}
-
-QCborMap failure(ReadResult result)
-{
-    return {{ServiceWord::status, ServiceWord::error}, {ServiceWord::result, static_cast<qint64>(result)}};
 }
 
 std::optional<LibraryMode> libraryMode(const QCborValue& mode)
@@ -91,8 +87,11 @@ QCborMap ServiceCommands::initialise(const QCborMap& request)
 
 QCborMap ServiceCommands::listReaders(const QCborMap&)
 {
+    const QStringList readers = m_library->readers();
     QCborMap reply = success();
-    reply.insert(ServiceWord::readers, QCborArray::fromStringList(m_library->readers()));
+    reply.insert(ServiceWord::readers, QCborArray::fromStringList(readers));
+    if (const QString hint = m_library->hint(); readers.isEmpty() && !hint.isEmpty())
+        reply.insert(ServiceWord::detail, hint);
     return reply;
 }
 
@@ -120,17 +119,41 @@ QCborMap ServiceCommands::describeLibrary(const QCborMap&)
 
 QCborMap ServiceCommands::readCard(const QCborMap&)
 {
-    if (!m_initialised || !m_readersChosen)
+    if (!m_initialised)
         return failure();
+    // A reader that was not there when it was to be chosen may have come since.
+    if (!m_readersChosen && !chooseAcceptedReader())
+        return readFailure(ReadResult::ReaderFault, u"Aucun lecteur « %1 » n’est branché."_s.arg(acceptedReader));
     const std::expected<QString, ReadResult> card = m_library->readCard();
     if (!card)
-        return failure(card.error());
+        return readFailure(card.error());
     if (!fitsMessage(*card))
-        return failure(ReadResult::ReadError);
+        return readFailure(ReadResult::ReadError);
     QCborMap reply = success();
     reply.insert(ServiceWord::vitale, *card);
     const std::optional<CardCoverage> coverage = cardCoverage(*card);
     if (const std::optional<QString> label = coverage ? m_funds.label(*coverage) : std::nullopt)
         reply.insert(ServiceWord::fundCodeLibelle, *label);
+    return reply;
+}
+
+bool ServiceCommands::chooseAcceptedReader()
+{
+    const QStringList readers = m_library->readers();
+    const auto isAccepted = [](const QString& name) { return name == acceptedReader; };
+    const auto vitale = std::ranges::find_if(readers, isAccepted);
+    if (vitale == readers.end())
+        return false;
+    const auto other = std::ranges::find_if_not(readers, isAccepted);
+    m_readersChosen = m_library->chooseReaders(*vitale, other == readers.end() ? *vitale : *other);
+    return m_readersChosen;
+}
+
+QCborMap ServiceCommands::readFailure(ReadResult result, const QString& otherwise) const
+{
+    QCborMap reply{{ServiceWord::status, ServiceWord::error}, {ServiceWord::result, static_cast<qint64>(result)}};
+    const QString hint = m_library->hint();
+    if (const QString& detail = hint.isEmpty() ? otherwise : hint; !detail.isEmpty())
+        reply.insert(ServiceWord::detail, detail);
     return reply;
 }

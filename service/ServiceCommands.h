@@ -28,6 +28,11 @@ private:
     QCborMap describeLibrary(const QCborMap& request);
     QCborMap readCard(const QCborMap& request);
 
+    /// Chooses the accepted reader, and another one, if there is one, for the professional's card. Whether it is there.
+    [[nodiscard]] bool chooseAcceptedReader();
+    /// The failure of a read, with what the library has to say of it, or else that.
+    [[nodiscard]] QCborMap readFailure(ReadResult result, const QString& otherwise = {}) const;
+
     std::unique_ptr<ReadingLibrary> m_library;
     FundTable m_funds;
     bool m_initialised = false;

@@ -1,11 +1,21 @@
 #include "service/ServiceLog.h"
 
+#include <syslog.h>
 #include <unistd.h>
+
+void openSystemLog()
+{
+    // Under the application's name, whose log it is.
+    openlog("pelmora", LOG_PID | LOG_NDELAY, LOG_USER);
+}
 
 void logLine(const QString& sentence)
 {
-    // All at once. What cannot be written has nobody to be told to.
-    const QByteArray line = "com.morvel.lvit: " + sentence.toUtf8() + '\n';
+    const QByteArray text = sentence.toUtf8();
+    syslog(LOG_USER | LOG_NOTICE, "com.morvel.lvit: %s", text.constData());
+
+    // All at once. A failed write is ignored.
+    const QByteArray line = "com.morvel.lvit: " + text + '\n';
     [[maybe_unused]] const ssize_t written =
         ::write(STDERR_FILENO, line.constData(), static_cast<std::size_t>(line.size()));
 }

@@ -57,11 +57,11 @@ std::unique_ptr<ReadingLibrary> readingLibrary(const ServiceCommandLine& line)
         std::make_unique<LibraryChoice>(std::make_unique<InstalledLibrary>(), std::move(embedded)));
 }
 
-[[noreturn]] void tellDiagnosis(const ChannelDescriptors& output, const QStringList& lackingProtections)
+[[noreturn]] void tellDiagnosis(const ChannelDescriptors& output, const QList<Protection>& protections)
 {
     Diagnosis diagnosis =
         diagnose({.resourceFolder = resourceFolder(), .installedLibrary = InstalledLibrary::standardPlace()});
-    diagnosis.lackingProtections = lackingProtections;
+    diagnosis.protections = protections;
     const QByteArray text = diagnosisText(diagnosis).toUtf8();
     const bool isTold = writeAll(output.replies, text);
     // Not to wait for a call that hangs.
@@ -107,10 +107,11 @@ int main(int argc, char* argv[])
     std::optional<ChannelDescriptors> channel = takeStandardChannel();
     if (!channel)
         return failWithErrno();
-    const QStringList lackingProtections = enterSandbox(libraryFolders());
+    openSystemLog();
+    const Sandbox sandbox({.writableFolders = libraryFolders(), .pcscSocket = pcscSocketPath()});
     if (line->action == ServiceCommandLine::Action::Diagnose)
-        tellDiagnosis(*channel, lackingProtections);
-    for (const QString& sentence : lackingProtections)
-        logLine(sentence);
+        tellDiagnosis(*channel, sandbox.protections());
+    if (const std::optional<QString> obstacles = sandbox.obstacles())
+        logLine(*obstacles);
     return serve(*line, std::move(*channel));
 }

@@ -51,7 +51,9 @@ Lines serviceLines(const Diagnosis& diagnosis)
 
 QString cardText(const ReaderState& state)
 {
-    const QString use = state.isInUse ? u" (un programme s’en sert)"_s : QString();
+    const QString use = state.isKept    ? u" (un programme la garde pour lui seul : fermez-le)"_s
+                        : state.isInUse ? u" (un programme s’en sert)"_s
+                                        : QString();
     if (!state.hasCard)
         return u"absente"_s + use;
     return (state.isMute ? u"muette : à l’envers, encrassée ou hors d’usage"_s : u"présente"_s) + use;
@@ -59,7 +61,7 @@ QString cardText(const ReaderState& state)
 
 Lines readerLines(const ReaderFacts& reader)
 {
-    const bool isAccepted = reader.name.shown == acceptedReader;
+    const bool isAccepted = reader.name.model == acceptedReader;
     Lines lines{{u"Nom PC/SC"_s, QString::fromUtf8(reader.name.system)},
                 {u"Carte Vitale"_s, isAccepted ? u"lecteur accepté"_s : u"lecteur non retenu"_s}};
     if (!reader.state)
@@ -121,11 +123,10 @@ Lines embeddedLines(const Diagnosis& diagnosis)
 
 Lines protectionLines(const Diagnosis& diagnosis)
 {
-    if (diagnosis.lackingProtections.isEmpty())
-        return {{u"État"_s, u"toutes en place (privilèges, réseau, écriture de fichiers)"_s}};
     Lines lines;
-    for (const QString& sentence : diagnosis.lackingProtections)
-        lines << Line{u"À savoir"_s, sentence};
+    for (const Protection& protection : diagnosis.protections)
+        lines << Line{protection.name,
+                      protection.holds() ? protection.meaning : u"indisponible (%1)"_s.arg(protection.obstacle)};
     return lines;
 }
 
@@ -136,7 +137,7 @@ bool hasAcceptedReader(const Diagnosis& diagnosis)
         return diagnosis.installed->readers.contains(acceptedReader);
     return diagnosis.readers && *diagnosis.readers &&
            std::ranges::any_of(**diagnosis.readers, [](const ReaderFacts& reader) {
-               return reader.name.shown == acceptedReader && reader.state.has_value();
+               return reader.name.model == acceptedReader && reader.state.has_value();
            });
 }
 

@@ -2,6 +2,7 @@
 
 #include "service/LibraryVersions.h"
 #include "service/ReaderNames.h"
+#include "service/Sandbox.h"
 #include "service/embedded/CardFault.h"
 #include "service/embedded/PcscContext.h"
 #include "service/installed/SystemFile.h"
@@ -47,7 +48,7 @@ struct Diagnosis
     std::optional<InstalledFacts> installed;
     QStringList cardMaps; // of the embedded library: name and version
     QStringList warnings; // what is wrong with its files
-    QStringList lackingProtections;
+    QList<Protection> protections;
 
     /// Whether the automatic mode finds the accepted reader, and a library for its cards.
     [[nodiscard]] bool isReady() const;

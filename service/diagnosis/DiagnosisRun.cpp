@@ -1,5 +1,6 @@
 #include "service/diagnosis/DiagnosisRun.h"
 
+#include "service/PcscBroker.h"
 #include "service/embedded/SiteMaps.h"
 #include "service/installed/InstalledFunctions.h"
 #include "service/installed/InstalledLibrary.h"
@@ -48,9 +49,7 @@ QString permissionsText(const QFileInfo& file)
 
 SocketFacts socketFacts()
 {
-    // Where pcsc-lite looks.
-    const QByteArray path = qEnvironmentVariableIsSet("PCSCLITE_CSOCK_NAME") ? qgetenv("PCSCLITE_CSOCK_NAME")
-                                                                             : QByteArray("/run/pcscd/pcscd.comm");
+    const QByteArray path = pcscSocketPath();
     const QFileInfo file(QFile::decodeName(path));
     return {.path = file.filePath(),
             .permissions = file.exists() ? permissionsText(file) : QString(),

@@ -8,8 +8,6 @@ constexpr quint8 moreIsReady = 0x61;
 constexpr quint8 lengthIsOther = 0x6C;
 constexpr qsizetype statusSize = 2;
 constexpr qsizetype headerSize = 4;
-// Nothing that short commands read is longer.
-constexpr qsizetype longestReply = qsizetype{64} * 1024;
 
 quint8 firstByte(quint16 status)
 {
@@ -52,9 +50,15 @@ std::expected<CardReply, CardFault> CardChannel::exchange(QByteArrayView command
 
 std::expected<CardReply, CardFault> CardChannel::send(QByteArrayView command)
 {
+    if (m_commands == mostCommands)
+        return std::unexpected(CardFault::CardEndless);
+    ++m_commands;
     std::expected<QByteArray, CardFault> bytes = m_transport->transmit(command);
     if (!bytes)
         return std::unexpected(bytes.error());
+    m_bytes += bytes->size();
+    if (m_bytes > mostBytes)
+        return std::unexpected(CardFault::CardEndless);
     if (bytes->size() < statusSize)
         return std::unexpected(CardFault::CardNonsense);
     m_hasAnswered = true;
@@ -81,8 +85,6 @@ std::expected<CardReply, CardFault> CardChannel::fetchRest(CardReply reply)
             return std::unexpected(CardFault::CardNonsense);
         reply.data += part->data;
         reply.status = part->status;
-        if (reply.data.size() > longestReply)
-            return std::unexpected(CardFault::CardNonsense);
     }
     return reply;
 }

@@ -3,6 +3,7 @@
 #include "service/embedded/CardElements.h"
 #include "service/embedded/CardFileList.h"
 #include "service/embedded/CardForms.h"
+#include "service/embedded/ExpectedObjects.h"
 
 #include <algorithm>
 #include <set>
@@ -27,19 +28,50 @@ std::set<QString> decodedFiles(const CardMap& map)
     return names;
 }
 
-const TlvObject* firstObject(const std::vector<TlvObject>& objects, const TagPath& path)
+const CardElement* elementAt(const QString& path)
 {
-    const std::vector<const TlvObject*> found = findTlv(objects, path);
-    return found.empty() ? nullptr : found.front();
+    const auto* element = std::ranges::find(CardElements::beneficiaryElements, path, &CardElement::path);
+    return element == CardElements::beneficiaryElements.end() ? nullptr : element;
 }
 
 /// Whether the value is what the place holds before anybody writes to it.
-bool isUnwritten(const QString& path, const QString& text)
+bool isUnwritten(const CardElement& element, const QString& text)
 {
-    const auto isZero = [](QChar c) { return c == u'0'; };
-    const auto* element = std::ranges::find(CardElements::beneficiaryElements, path, &CardElement::path);
-    return element != CardElements::beneficiaryElements.end() && element->zerosAreNothing &&
-           std::ranges::all_of(text, isZero);
+    return element.zerosAreNothing && std::ranges::all_of(text, [](QChar c) { return c == u'0'; });
+}
+
+bool hasShape(const CardShape& shape, const QString& text)
+{
+    return text.size() >= shape.shortest && text.size() <= shape.longest &&
+           (shape.characters.isEmpty() ||
+            std::ranges::all_of(text, [&shape](QChar c) { return shape.characters.contains(c); }));
+}
+
+/// What a date of birth is good for.
+enum class BirthDate
+{
+    Whole,
+    Incomplete, // the card leaves the day, the month or the year open
+    Impossible
+};
+
+BirthDate judgeBirthDate(const QString& path, const QString& text)
+{
+    constexpr qsizetype shortDigits = 6;
+    constexpr int century = 2000;
+    const bool isShort = path == CardElements::shortBirthDate;
+    // Blanks at its end were no part of it.
+    if (isShort && text.size() < shortDigits)
+        return BirthDate::Incomplete;
+    const int first = text.first(2).toInt();
+    const int month = text.sliced(2, 2).toInt();
+    const int last = text.sliced(4).toInt();
+    // Two digits stand for a year of either century; the days of February are the same but for 1900.
+    const int year = isShort ? century + first : last;
+    const int day = isShort ? last : first;
+    if (!isPossibleDate(year, month, day))
+        return BirthDate::Impossible;
+    return year == 0 || month == 0 || day == 0 ? BirthDate::Incomplete : BirthDate::Whole;
 }
 
 } // namespace
@@ -56,7 +88,7 @@ std::expected<CardDecoder, CardGap> CardDecoder::parse(const CardMap& map, const
         const auto found = id ? content.find(*id) : content.end();
         if (found == content.end() || !names.contains(file.name))
             continue;
-        if (Result parsed = decoder.parseNamed(file.name, found->second); !parsed)
+        if (Result parsed = decoder.parseNamed(file, found->second); !parsed)
             return std::unexpected(std::move(parsed.error()));
     }
     if (!map.wantsAllPointed())
@@ -82,18 +114,50 @@ std::expected<CardTree, CardGap> CardDecoder::document() const
     }
     const CardRecordSource& first = m_map->beneficiaries.front();
     const Objects* list = objects(first.file);
-    const Records beneficiaries = list == nullptr ? Records() : findTlv(*list, first.record);
+    const CardRecords beneficiaries = list == nullptr ? CardRecords() : findTlv(*list, first.record);
     if (beneficiaries.size() > CardElements::mostBeneficiaries)
         return damage(u"plus de %1 bénéficiaires"_s.arg(CardElements::mostBeneficiaries));
-    for (const TlvObject* beneficiary : beneficiaries) {
+    if (Result added = addBeneficiaries(document, beneficiaries); !added)
+        return std::unexpected(std::move(added.error()));
+    return document;
+}
+
+CardDecoder::Result CardDecoder::addBeneficiaries(CardTree& document, const CardRecords& beneficiaries) const
+{
+    std::vector<CardRecords> records;
+    for (const CardRecordSource& source : m_map->beneficiaries) {
+        std::expected<CardRecords, CardGap> found = recordsOf(source, beneficiaries);
+        if (!found)
+            return std::unexpected(std::move(found.error()));
+        records.push_back(*std::move(found));
+    }
+    for (std::size_t number = 0; number < beneficiaries.size(); ++number) {
         CardTree& element = document.append(CardElements::beneficiary);
-        for (const CardRecordSource& source : m_map->beneficiaries) {
-            const TlvObject* record = &source == &first ? beneficiary : linkedRecord(source, *beneficiary);
-            if (Result added = record == nullptr ? Result() : addRecord(element, source, *record); !added)
-                return std::unexpected(std::move(added.error()));
+        for (std::size_t source = 0; source < records.size(); ++source) {
+            const TlvObject* record = records[source][number];
+            if (record == nullptr)
+                continue;
+            if (Result added = addRecord(element, m_map->beneficiaries[source], *record); !added)
+                return damage(u"bénéficiaire %1 : %2"_s.arg(number + 1).arg(added.error().explanation));
         }
     }
-    return document;
+    return {};
+}
+
+std::expected<CardRecords, CardGap> CardDecoder::recordsOf(const CardRecordSource& source,
+                                                           const CardRecords& beneficiaries) const
+{
+    if (&source == &m_map->beneficiaries.front())
+        return beneficiaries;
+    const Objects* file = objects(source.file);
+    const CardRecords records = file == nullptr ? CardRecords() : findTlv(*file, source.record);
+    if (!source.link)
+        return CardRecords(beneficiaries.size(), records.empty() ? nullptr : records.front());
+    std::expected<CardRecords, QString> linked = linkedRecords(source, records, beneficiaries);
+    if (linked)
+        return *std::move(linked);
+    const QString place = source.file.isEmpty() ? u"fichiers désignés"_s : u"fichier « %1 »"_s.arg(source.file);
+    return damage(u"%1, %2"_s.arg(place, linked.error()));
 }
 
 bool CardDecoder::knowsBeneficiaries() const
@@ -102,12 +166,19 @@ bool CardDecoder::knowsBeneficiaries() const
     return !file.isEmpty() && objects(file) != nullptr;
 }
 
-CardDecoder::Result CardDecoder::parseNamed(const QString& name, QByteArrayView bytes)
+CardDecoder::Result CardDecoder::parseNamed(const CardFile& file, QByteArrayView bytes)
 {
     auto objects = parseTlv(bytes);
     if (!objects)
-        return damage(u"fichier « %1 » : %2"_s.arg(name, describeTlvFault(objects.error())));
-    m_named.emplace(name, *std::move(objects));
+        return damage(u"fichier « %1 » : %2"_s.arg(file.name, describeTlvFault(objects.error())));
+    const bool isOfRecords =
+        std::ranges::find(m_map->beneficiaries, file.name, &CardRecordSource::file) != m_map->beneficiaries.end();
+    // A file without records has the bytes of erased memory. Of one without bytes nothing was read.
+    if (isOfRecords && file.required && bytes.isEmpty())
+        return damage(u"fichier « %1 » : vide"_s.arg(file.name));
+    if (const std::optional<QString> tags = isOfRecords ? unexpectedObject(*m_map, file, *objects) : std::nullopt)
+        return damage(u"fichier « %1 » : objet inattendu %2"_s.arg(file.name, *tags));
+    m_named.emplace(file.name, *std::move(objects));
     return {};
 }
 
@@ -125,8 +196,7 @@ CardDecoder::Result CardDecoder::parsePointed(const CardFileId& id, QByteArrayVi
     };
     if (std::ranges::none_of(m_map->beneficiaries, beginsSo))
         return {};
-    return damage(u"fichier %1 : %2"_s.arg(u"%1"_s.arg(id.file, 4, 16, QLatin1Char('0')).toUpper(),
-                                           describeTlvFault(objects.error())));
+    return damage(u"fichier %1 : %2"_s.arg(cardFileNumber(id), describeTlvFault(objects.error())));
 }
 
 const CardDecoder::Objects* CardDecoder::objects(const QString& name) const
@@ -137,36 +207,36 @@ const CardDecoder::Objects* CardDecoder::objects(const QString& name) const
     return found == m_named.end() ? nullptr : &found->second;
 }
 
-const TlvObject* CardDecoder::linkedRecord(const CardRecordSource& source, const TlvObject& beneficiary) const
-{
-    const Objects* file = objects(source.file);
-    if (file == nullptr)
-        return nullptr;
-    if (!source.link)
-        return firstObject(*file, source.record);
-    const TlvObject* wanted = firstObject(beneficiary.children, source.link->beneficiary);
-    if (wanted == nullptr)
-        return nullptr;
-    const auto isLinked = [&source, wanted](const TlvObject* record) {
-        const TlvObject* own = firstObject(record->children, source.link->own);
-        return own != nullptr && own->value == wanted->value;
-    };
-    const Records records = findTlv(*file, source.record);
-    const auto found = std::ranges::find_if(records, isLinked);
-    return found == records.end() ? nullptr : *found;
-}
-
 CardDecoder::Result CardDecoder::addField(CardTree& element, const CardField& field, const Objects& objects)
 {
-    const TlvObject* object = firstObject(objects, field.tags);
+    const CardRecords found = findTlv(objects, field.tags);
+    if (found.size() > 1)
+        return damage(u"le champ « %1 » est là plusieurs fois"_s.arg(field.path));
     // Of several places for one element, the first that holds something counts.
-    if (object == nullptr || !element.textAt(field.path).isEmpty())
+    if (found.empty() || !element.textAt(field.path).isEmpty())
         return {};
-    const std::optional<QString> text = cardText(field.form, object->value);
-    if (!text)
+    const auto refusal = [&field] {
         return damage(u"le champ « %1 » n’est pas de la forme attendue"_s.arg(field.path));
-    if (!text->isEmpty() && !isUnwritten(field.path, *text))
-        element.at(field.path).setText(*text);
+    };
+    const std::optional<QString> text = cardText(field.form, found.front()->value);
+    if (!text)
+        return refusal();
+    const CardElement* known = elementAt(field.path);
+    if (text->isEmpty() || (known != nullptr && isUnwritten(*known, *text)))
+        return {};
+    if (known != nullptr && !hasShape(known->shape, *text))
+        return refusal();
+    if (field.path == CardElements::birthDate || field.path == CardElements::shortBirthDate) {
+        const BirthDate date = judgeBirthDate(field.path, *text);
+        if (date == BirthDate::Impossible)
+            return refusal();
+        // There is one, which no date can show.
+        if (date == BirthDate::Incomplete) {
+            static_cast<void>(element.at(CardElements::birth));
+            return {};
+        }
+    }
+    element.at(field.path).setText(*text);
     return {};
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "service/embedded/CardLinks.h"
 #include "service/embedded/CardMap.h"
 #include "service/embedded/CardTree.h"
 #include "service/embedded/Tlv.h"
@@ -20,7 +21,6 @@ public:
 
 private:
     using Objects = std::vector<TlvObject>;
-    using Records = std::vector<const TlvObject*>;
     using Result = std::expected<void, CardGap>;
 
     explicit CardDecoder(const CardMap& map)
@@ -28,11 +28,14 @@ private:
     {
     }
 
-    [[nodiscard]] Result parseNamed(const QString& name, QByteArrayView bytes);
+    [[nodiscard]] Result parseNamed(const CardFile& file, QByteArrayView bytes);
     [[nodiscard]] Result parsePointed(const CardFileId& id, QByteArrayView bytes);
     /// The objects of a file, those of all pointed files for no name; nothing for a file that the card refused.
     [[nodiscard]] const Objects* objects(const QString& name) const;
-    [[nodiscard]] const TlvObject* linkedRecord(const CardRecordSource& source, const TlvObject& beneficiary) const;
+    /// The record of each beneficiary in a source; null where there is none.
+    [[nodiscard]] std::expected<CardRecords, CardGap> recordsOf(const CardRecordSource& source,
+                                                                const CardRecords& beneficiaries) const;
+    [[nodiscard]] Result addBeneficiaries(CardTree& document, const CardRecords& beneficiaries) const;
     [[nodiscard]] static Result addField(CardTree& element, const CardField& field, const Objects& objects);
     [[nodiscard]] static Result addRecord(CardTree& element, const CardRecordSource& source, const TlvObject& record);
 

@@ -26,10 +26,30 @@ QStringList missingElements(const CardTree& beneficiary, bool isInsured)
         if (isNeeded && beneficiary.textAt(element.path).isEmpty())
             missing.append(element.path.toString());
     }
-    if (beneficiary.textAt(CardElements::birthDate).isEmpty() &&
-        beneficiary.textAt(CardElements::shortBirthDate).isEmpty())
+    // Many a child's card has none; the page shows it as unknown. An incomplete one is there without a text.
+    if (isInsured && beneficiary.elements(CardElements::birth).empty())
         missing.append(CardElements::birthDate.toString());
     return missing;
+}
+
+/// Why it is doubtful who is insured; nothing when one beneficiary is, or when the card says nothing of any.
+std::optional<CardGap> doubtIn(const CardTree& document)
+{
+    qsizetype known = 0;
+    QStringList insured; // their numbers
+    const std::vector<const CardTree*> beneficiaries = document.elements(CardElements::beneficiary);
+    for (std::size_t index = 0; index < beneficiaries.size(); ++index) {
+        const QString quality = beneficiaries[index]->textAt(CardElements::quality);
+        known += quality.isEmpty() ? 0 : 1;
+        if (quality == CardElements::insuredQuality)
+            insured.append(QString::number(index + 1));
+    }
+    if (known == 0 || insured.size() == 1)
+        return std::nullopt;
+    return CardGap{CardGap::Kind::Damaged,
+                   insured.isEmpty() ? u"aucun bénéficiaire n’est l’assuré"_s
+                                     : u"plusieurs assurés : bénéficiaires %1"_s.arg(insured.join(u", "_s)),
+                   {}};
 }
 
 /// What lacks for an attestation; nothing when all is there.
@@ -72,6 +92,8 @@ std::expected<QString, CardGap> cardDocument(const CardMap& map, const CardConte
     const std::expected<CardTree, CardGap> document = decoder->document();
     if (!document)
         return std::unexpected(document.error());
+    if (const std::optional<CardGap> doubt = doubtIn(*document))
+        return std::unexpected(*doubt);
     if (const std::optional<CardGap> gap = gapIn(*document, decoder->knowsBeneficiaries()))
         return std::unexpected(*gap);
     return document->toXml();

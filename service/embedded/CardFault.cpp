@@ -48,23 +48,31 @@ struct FaultRow
     CardFault fault = CardFault::Unexpected;
     ReadResult result = ReadResult::ReaderFault;
     QStringView text;
+    QStringView hint = u"";
 };
 
 constexpr std::array faults{
     FaultRow{CardFault::ServiceDown, ReadResult::ReaderFault,
              u"le service PC/SC ne répond pas : vérifiez que le paquet « pcscd » est installé et que le service tourne "
-             u"(systemctl status pcscd.socket)"},
+             u"(systemctl status pcscd.socket)",
+             u"Le service des lecteurs de cartes (PC/SC) ne répond pas, même si le lecteur est bien branché. Faites "
+             u"vérifier que « pcscd » est installé et démarré."},
     FaultRow{CardFault::ServiceForbidden, ReadResult::ReaderFault,
-             u"le service PC/SC refuse ce compte : vérifiez les règles polkit « org.debian.pcsc-lite »"},
-    FaultRow{CardFault::ServiceLost, ReadResult::ReaderFault,
-             u"le service PC/SC s’est arrêté pendant l’échange : vérifiez qu’il ne redémarre pas sans cesse "
-             u"(journalctl -u pcscd)"},
+             u"le service PC/SC refuse ce compte : vérifiez les règles polkit « org.debian.pcsc-lite »",
+             u"Le service des lecteurs de cartes (PC/SC) refuse l’accès à ce compte. Faites vérifier ses droits."},
+    FaultRow{
+        CardFault::ServiceLost, ReadResult::ReaderFault,
+        u"le service PC/SC s’est arrêté pendant l’échange : vérifiez qu’il ne redémarre pas sans cesse "
+        u"(journalctl -u pcscd)",
+        u"Le service des lecteurs de cartes (PC/SC) s’est arrêté pendant la lecture. Recommencez dans un instant."},
     FaultRow{CardFault::ReaderUnknown, ReadResult::ReaderFault,
              u"le lecteur n’est plus branché, ou son pilote ne le reconnaît pas (pcsc_scan -r)"},
     FaultRow{CardFault::ReaderLost, ReadResult::ReaderFault,
              u"le lecteur ne répond plus : débranchez-le, puis rebranchez-le"},
     FaultRow{CardFault::ReaderBusy, ReadResult::ReaderFault,
-             u"un autre programme garde le lecteur pour lui seul : fermez-le"},
+             u"un autre programme garde le lecteur pour lui seul : fermez-le",
+             u"Un autre programme se sert de la carte ou garde le lecteur pour lui seul. Fermez ce programme, ou "
+             u"retirez la carte et remettez-la, puis recommencez."},
     FaultRow{CardFault::CardAbsent, ReadResult::CardAbsent, u"aucune carte dans le lecteur"},
     FaultRow{CardFault::CardSilent, ReadResult::CardAbsent,
              u"ce qui est dans le lecteur n’est pas une carte à laquelle il sait parler"},
@@ -78,7 +86,11 @@ constexpr std::array faults{
     FaultRow{CardFault::CardOfOtherKind, ReadResult::ReadError,
              u"la carte n’est d’aucune sorte connue : ce n’est pas une carte Vitale de deuxième génération"},
     FaultRow{CardFault::CardRefusal, ReadResult::ReadError, u"la carte refuse un fichier nécessaire"},
+    FaultRow{CardFault::CardFileCut, ReadResult::ReadError,
+             u"un fichier de la carte n’a pas la longueur qu’elle annonce"},
     FaultRow{CardFault::CardNonsense, ReadResult::ReadError, u"la carte répond contre toutes les règles"},
+    FaultRow{CardFault::CardEndless, ReadResult::ReadError,
+             u"la carte demande plus de travail qu’aucune carte Vitale : lecture abandonnée"},
     FaultRow{CardFault::Unexpected, ReadResult::ReaderFault, u"le service PC/SC signale une erreur imprévue"},
 };
 
@@ -104,4 +116,9 @@ ReadResult readResult(CardFault fault)
 QString describe(CardFault fault)
 {
     return rowOf(fault).text.toString();
+}
+
+QString hint(CardFault fault)
+{
+    return rowOf(fault).hint.toString();
 }

@@ -22,7 +22,9 @@ enum class CardFault
     CardReset,        // another program has reset the card in the middle
     CardOfOtherKind,  // the card answers, and is of no kind that is known
     CardRefusal,      // the card answers, and refuses
+    CardFileCut,      // a file is shorter or longer than the card says
     CardNonsense,     // what the card answers is against all rules
+    CardEndless,      // the card asks for more commands, or gives more bytes, than any card has use for
     Unexpected        // anything else that PC/SC may say
 };
 
@@ -31,6 +33,9 @@ enum class CardFault
 
 /// The result of a read that ends with that fault.
 [[nodiscard]] ReadResult readResult(CardFault fault);
+
+/// What people are to know beside the text of the result, in French; empty where that text says it all.
+[[nodiscard]] QString hint(CardFault fault);
 
 /// The fault, and what to do about it, in a French sentence for the log. It tells nothing of a card's content.
 [[nodiscard]] QString describe(CardFault fault);

@@ -91,3 +91,8 @@ std::expected<std::vector<CardFileToRead>, CardGap> otherCardFiles(const CardMap
     });
     return files;
 }
+
+QString cardFileNumber(const CardFileId& id)
+{
+    return u"%1"_s.arg(id.file, 4, 16, QLatin1Char('0')).toUpper();
+}

@@ -27,3 +27,6 @@ struct CardFileToRead
 
 /// Where a file of the map is on this card; nothing when the pointers file does not name it.
 [[nodiscard]] std::optional<CardFileId> cardFileId(const CardFile& file, const std::vector<PointedFile>& pointed);
+
+/// A file's identifier as the log shows it: four hexadecimal digits.
+[[nodiscard]] QString cardFileNumber(const CardFileId& id);

@@ -1,5 +1,9 @@
 #include "service/embedded/CardFiles.h"
 
+#include "service/embedded/CardMap.h"
+#include "service/embedded/Tlv.h"
+
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -35,6 +39,40 @@ bool isSelected(quint16 status)
     return status == allIsWell || status >> 8U == 0x62;
 }
 
+/// The number of a file's bytes, where the reply to its selection has one: the object 80 of a template 62 or 6F.
+std::optional<qsizetype> fileSize(QByteArrayView selectionReply)
+{
+    constexpr quint32 sizeTag = 0x80;
+    constexpr quint32 controlParameters = 0x62;
+    constexpr quint32 controlInformation = 0x6F;
+    const auto objects = parseTlv(selectionReply);
+    if (!objects)
+        return std::nullopt;
+    for (const TagPath& path : {TagPath{controlParameters, sizeTag}, TagPath{controlInformation, sizeTag},
+                                TagPath{controlInformation, controlParameters, sizeTag}}) {
+        for (const TlvObject* object : findTlv(*objects, path)) {
+            if (object->value.isEmpty() || object->value.size() > qsizetype{sizeof(quint32)})
+                continue;
+            qsizetype size = 0;
+            for (const char byte : object->value)
+                size = size << 8U | static_cast<quint8>(byte);
+            return size;
+        }
+    }
+    return std::nullopt;
+}
+
+/// Whether a status says that nothing stands at the offset. Cards say it in many ways; all but one of these are a
+/// refusal, too, and are the end only when as much was read as the card has promised.
+bool isBeyondTheEnd(quint16 status, qsizetype offset, std::optional<qsizetype> size)
+{
+    constexpr std::array otherWays{quint16{0x6A82}, quint16{0x6A86}, quint16{0x6A87}, quint16{0x6700}};
+    const bool isWhole = size == offset;
+    if (status == beyondTheEnd)
+        return offset > 0 || isWhole;
+    return isWhole && std::ranges::find(otherWays, status) != otherWays.end();
+}
+
 } // namespace
 
 CardFiles::CardFiles(CardChannel& channel)
@@ -67,24 +105,32 @@ std::expected<QByteArray, CardFault> CardFiles::readFile(quint16 identifier)
         return std::unexpected(reply.error());
     if (!isSelected(reply->status))
         return std::unexpected(CardFault::CardRefusal);
-    return readSelected();
+    return readSelected(fileSize(reply->data));
 }
 
-std::expected<QByteArray, CardFault> CardFiles::readSelected()
+std::expected<QByteArray, CardFault> CardFiles::readSelected(std::optional<qsizetype> size)
 {
     QByteArray content;
-    while (content.size() < longestFile) {
+    bool isAtEnd = false;
+    while (!isAtEnd && content.size() < longestFile) {
         const std::expected<CardReply, CardFault> reply = m_channel->exchange(readCommand(content.size()));
         if (!reply)
             return std::unexpected(reply.error());
-        // A file whose last block is a whole one ends before the next.
-        if (reply->status == beyondTheEnd && !content.isEmpty())
-            return content;
-        if (reply->status != allIsWell && reply->status != endReachedEarly)
+        if (reply->data.size() > blockSize)
+            return std::unexpected(CardFault::CardNonsense);
+        if (reply->status == allIsWell || reply->status == endReachedEarly) {
+            // Less than was asked for is no end: cards and readers have limits of their own.
+            content += reply->data;
+            isAtEnd = reply->data.isEmpty() || reply->status == endReachedEarly;
+        } else if (isBeyondTheEnd(reply->status, content.size(), size)) {
+            isAtEnd = true;
+        } else {
             return std::unexpected(CardFault::CardRefusal);
-        content += reply->data;
-        if (reply->data.size() < blockSize || reply->status == endReachedEarly)
-            return content;
+        }
     }
-    return std::unexpected(CardFault::CardNonsense);
+    if (!isAtEnd && size != content.size())
+        return std::unexpected(CardFault::CardNonsense);
+    if (size && *size != content.size())
+        return std::unexpected(CardFault::CardFileCut);
+    return content;
 }

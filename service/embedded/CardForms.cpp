@@ -1,5 +1,6 @@
 #include "service/embedded/CardForms.h"
 
+#include <QDate>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -96,8 +97,8 @@ std::optional<QString> fromNumber(QByteArrayView bytes)
     return number.size() == numberDigits && !isZeros ? number + numberKey(number) : number;
 }
 
-/// Year, month and day, zeros where one is unknown; empty for no date at all. The calendar is not asked: civil status
-/// is incomplete for many people.
+/// Year, month and day, zeros where one is unknown, which is so for people whose civil status is incomplete; empty for
+/// no date at all. A day that no month has, and a month that no year has, are no date.
 std::optional<QString> dateDigitsOf(QByteArrayView bytes)
 {
     if (withoutFiller(bytes).isEmpty())
@@ -106,8 +107,12 @@ std::optional<QString> dateDigitsOf(QByteArrayView bytes)
         return std::nullopt;
     QString digits = QString::fromLatin1(bytes);
     digits.replace(u' ', u'0');
-    const auto isDigitOnly = [](QChar c) { return c >= u'0' && c <= u'9'; };
-    return std::ranges::all_of(digits, isDigitOnly) ? std::optional(std::move(digits)) : std::nullopt;
+    if (!std::ranges::all_of(digits, [](QChar c) { return c >= u'0' && c <= u'9'; }))
+        return std::nullopt;
+    const int year = digits.first(yearDigits).toInt();
+    const int month = digits.sliced(yearDigits, 2).toInt();
+    const int day = digits.last(2).toInt();
+    return isPossibleDate(year, month, day) ? std::optional(std::move(digits)) : std::nullopt;
 }
 
 std::optional<QString> fromDate(QByteArrayView bytes)
@@ -120,8 +125,11 @@ std::optional<QString> fromDate(QByteArrayView bytes)
 
 std::optional<QString> fromDateToShort(QByteArrayView bytes)
 {
-    const std::optional<QString> digits = dateDigitsOf(bytes);
-    return digits ? std::optional(digits->sliced(std::min(digits->size(), qsizetype{2}))) : std::nullopt;
+    std::optional<QString> digits = dateDigitsOf(bytes);
+    if (!digits || digits->isEmpty())
+        return digits;
+    // Two zeros for an unknown year would be those of a known one.
+    return digits->first(yearDigits).toInt() == 0 ? QString() : digits->sliced(2);
 }
 
 std::optional<QString> fromAnything(QByteArrayView bytes)
@@ -130,6 +138,17 @@ std::optional<QString> fromAnything(QByteArrayView bytes)
 }
 
 } // namespace
+
+bool isPossibleDate(int year, int month, int day)
+{
+    // A leap year has all the days that a year can have.
+    constexpr int leapYear = 2000;
+    constexpr int months = 12;
+    constexpr int days = 31;
+    if (month > months)
+        return false;
+    return day <= (month == 0 ? days : QDate(year == 0 ? leapYear : year, month, 1).daysInMonth());
+}
 
 std::optional<QString> cardText(CardForm form, QByteArrayView bytes)
 {

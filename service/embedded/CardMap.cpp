@@ -27,8 +27,8 @@ const CardFile* knownFile(const CardMap& map, const QString& name, const MapRead
 CardFile readFile(const MapReader::Element& element, QString& fault)
 {
     const MapReader reader(element.value, element.place,
-                           {"name"_L1, "application"_L1, "file"_L1, "pointer"_L1, "required"_L1}, fault);
-    CardFile file{reader.text("name"_L1), {}, {}, reader.flag("required"_L1, true)};
+                           {"name"_L1, "application"_L1, "file"_L1, "pointer"_L1, "required"_L1, "ignored"_L1}, fault);
+    CardFile file{reader.text("name"_L1), {}, {}, reader.flag("required"_L1, true), reader.tagPaths("ignored"_L1)};
     if (!reader.has("pointer"_L1)) {
         file.id = CardFileId{reader.application("application"_L1), reader.fileNumber("file"_L1)};
         return file;

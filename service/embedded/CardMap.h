@@ -71,8 +71,9 @@ struct CardFile
 {
     QString name; // by which the rest of the map speaks of it
     std::optional<CardFileId> id;
-    QByteArray pointer;   // empty for a file with an identifier
-    bool required = true; // the card is of no use when it refuses this file
+    QByteArray pointer;           // empty for a file with an identifier
+    bool required = true;         // the card is of no use when it refuses this file
+    std::vector<TagPath> ignored; // objects in it that no field is made of; others that are not known are damage
 
     friend bool operator==(const CardFile&, const CardFile&) = default;
 };

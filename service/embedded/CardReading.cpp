@@ -8,16 +8,41 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Whether it comes from what a card holds, which another card in its place would explain, too.
+/// Whether it is about what the card holds or refuses, which another card in its place would explain, too.
+bool isAboutContent(CardFault fault)
+{
+    return fault == CardFault::CardRefusal || fault == CardFault::CardFileCut || fault == CardFault::CardNonsense;
+}
+
 bool isAboutContent(const CardFailure& failure)
 {
     const auto* fault = std::get_if<CardFault>(&failure);
-    return fault == nullptr || *fault == CardFault::CardNonsense;
+    return fault == nullptr || isAboutContent(*fault);
 }
 
-CardGap refusalOf(const QString& what)
+std::unexpected<CardFailure> damage(const QString& explanation)
 {
-    return {CardGap::Kind::Damaged, u"la carte refuse %1"_s.arg(what), {}};
+    return std::unexpected(CardFailure(CardGap{CardGap::Kind::Damaged, explanation, {}}));
+}
+
+/// The file as the log names it: by the map's name, or by the number of one that only the pointers file names.
+QString nameOf(const CardFileToRead& file)
+{
+    return file.name.isEmpty() ? cardFileNumber(file.id) : u"« %1 »"_s.arg(file.name);
+}
+
+/// What a fault means when it came of reading that file.
+CardFailure failureOf(const CardFileToRead& file, CardFault fault)
+{
+    switch (fault) {
+    case CardFault::CardRefusal:
+        return CardGap{CardGap::Kind::Damaged, u"la carte refuse le fichier %1"_s.arg(nameOf(file)), {}};
+    case CardFault::CardFileCut:
+    case CardFault::CardNonsense:
+        return CardGap{CardGap::Kind::Damaged, u"fichier %1 : %2"_s.arg(nameOf(file), describe(fault)), {}};
+    default:
+        return fault;
+    }
 }
 
 } // namespace
@@ -46,16 +71,17 @@ std::expected<QString, CardFailure> CardReading::readDocument()
 std::expected<QString, CardFailure> CardReading::readAlong(const CardMap& map)
 {
     CardContent content;
-    const std::expected<void, CardFailure> read = readFiles(map, content);
+    Result read = readFiles(map, content);
+    if (read)
+        read = readAgain(map, content);
     if (!read && !isAboutContent(read.error()))
-        return std::unexpected(read.error());
-    const std::expected<bool, CardFault> isSame = isSameCard(map, content);
-    if (!isSame)
-        return std::unexpected(isSame.error());
-    if (!*isSame)
-        return std::unexpected(CardFault::CardSwapped);
+        return std::unexpected(std::move(read.error()));
+    Result isSame = confirmIdentity(map, content);
+    // What was wrong first is told first, unless another card explains it.
+    if (!isSame && (read || !isAboutContent(isSame.error())))
+        return std::unexpected(std::move(isSame.error()));
     if (!read)
-        return std::unexpected(read.error());
+        return std::unexpected(std::move(read.error()));
     std::expected<QString, CardGap> document = cardDocument(map, content);
     if (!document)
         return std::unexpected(std::move(document.error()));
@@ -74,54 +100,103 @@ std::expected<const CardMap*, CardFault> CardReading::findMap()
     return std::unexpected(CardFault::CardOfOtherKind);
 }
 
-std::expected<void, CardFailure> CardReading::readFiles(const CardMap& map, CardContent& content)
+CardReading::Result CardReading::readFiles(const CardMap& map, CardContent& content)
 {
-    if (const auto read = readListed(firstCardFiles(map), content); !read)
-        return std::unexpected(read.error());
+    if (Result read = readListed(firstCardFiles(map), content); !read)
+        return read;
     if (std::ranges::none_of(map.identity, [&content](const CardFileId& id) { return content.contains(id); }))
-        return std::unexpected(refusalOf(u"tous les fichiers qui l’identifient"_s));
+        return damage(u"la carte refuse tous les fichiers qui l’identifient"_s);
     const std::expected<std::vector<CardFileToRead>, CardGap> others = otherCardFiles(map, content);
     if (!others)
         return std::unexpected(others.error());
-    if (const auto read = readListed(*others, content); !read)
-        return std::unexpected(read.error());
-    return {};
+    return readListed(*others, content);
 }
 
-std::expected<void, CardFailure> CardReading::readListed(const std::vector<CardFileToRead>& files, CardContent& content)
+CardReading::Result CardReading::readListed(const std::vector<CardFileToRead>& files, CardContent& content)
 {
     for (const CardFileToRead& file : files) {
-        std::expected<QByteArray, CardFault> bytes = readFile(file.id);
+        Bytes bytes = readFile(file.id);
         if (bytes)
             content.emplace(file.id, *std::move(bytes));
-        else if (bytes.error() != CardFault::CardRefusal)
-            return std::unexpected(bytes.error());
-        else if (file.required)
-            return std::unexpected(refusalOf(u"le fichier « %1 »"_s.arg(file.name)));
+        else if (bytes.error() != CardFault::CardRefusal || file.required)
+            return std::unexpected(failureOf(file, bytes.error()));
     }
     return {};
 }
 
-std::expected<bool, CardFault> CardReading::isSameCard(const CardMap& map, const CardContent& content)
+CardReading::Result CardReading::readAgain(const CardMap& map, const CardContent& content)
+{
+    // A selection that the card only said to have made must not be relied on twice.
+    m_files.startOver();
+    std::expected<std::vector<CardFileToRead>, CardGap> files = otherCardFiles(map, content);
+    if (!files)
+        return std::unexpected(files.error());
+    std::ranges::move(firstCardFiles(map), std::back_inserter(*files));
+    for (const CardFileToRead& file : *files) {
+        // Those of the identity come last of all.
+        if (std::ranges::find(map.identity, file.id) != map.identity.end())
+            continue;
+        if (Result same = compare(file, content); !same)
+            return same;
+    }
+    return {};
+}
+
+CardReading::Result CardReading::compare(const CardFileToRead& file, const CardContent& content)
+{
+    const Bytes now = readFile(file.id);
+    if (!now && now.error() != CardFault::CardRefusal)
+        return std::unexpected(failureOf(file, now.error()));
+    const auto before = content.find(file.id);
+    const bool wasRefused = before == content.end();
+    if (!now)
+        return wasRefused ? Result() : std::unexpected(failureOf(file, now.error()));
+    if (wasRefused)
+        return damage(u"la carte refuse le fichier %1, puis le donne"_s.arg(nameOf(file)));
+    if (*now != before->second)
+        return damage(u"deux lectures du fichier %1 diffèrent"_s.arg(nameOf(file)));
+    return {};
+}
+
+CardReading::Result CardReading::confirmIdentity(const CardMap& map, const CardContent& content)
+{
+    const std::expected<Identity, CardFault> identity = identityNow(map, content);
+    if (!identity)
+        return std::unexpected(identity.error());
+    if (*identity == Identity::Same)
+        return {};
+    // One answer that went wrong is not another card, which stays another one.
+    const std::expected<Identity, CardFault> again = identityNow(map, content);
+    if (!again)
+        return std::unexpected(again.error());
+    if (*again == Identity::Other)
+        return std::unexpected(CardFault::CardSwapped);
+    return damage(u"deux lectures de ce qui identifie la carte diffèrent"_s);
+}
+
+std::expected<CardReading::Identity, CardFault> CardReading::identityNow(const CardMap& map, const CardContent& content)
 {
     // Whatever is selected on the first card is not on another: all is selected anew, lest a refusal hides that.
     m_files.startOver();
     const std::expected<bool, CardFault> isOfSameKind = m_files.selectApplication(map.application);
-    if (!isOfSameKind || !*isOfSameKind)
-        return isOfSameKind;
+    if (!isOfSameKind)
+        return std::unexpected(isOfSameKind.error());
+    if (!*isOfSameKind)
+        return Identity::Other;
+    bool isClear = true;
     for (const CardFileId& id : map.identity) {
-        const std::expected<QByteArray, CardFault> now = readFile(id);
-        if (!now && now.error() != CardFault::CardRefusal)
+        const Bytes now = readFile(id);
+        if (!now && !isAboutContent(now.error()))
             return std::unexpected(now.error());
         const auto before = content.find(id);
-        const bool isSame = before == content.end() ? !now : now && *now == before->second;
-        if (!isSame)
-            return false;
+        if (now && before != content.end() && *now != before->second)
+            return Identity::Other;
+        isClear = isClear && now.has_value() == (before != content.end());
     }
-    return true;
+    return isClear ? Identity::Same : Identity::Unclear;
 }
 
-std::expected<QByteArray, CardFault> CardReading::readFile(const CardFileId& id)
+CardReading::Bytes CardReading::readFile(const CardFileId& id)
 {
     const std::expected<bool, CardFault> isSelected = m_files.selectApplication(id.application);
     if (!isSelected)

@@ -8,7 +8,8 @@
 /// Why a card was not read: the way to it, or its content.
 using CardFailure = std::variant<CardFault, CardGap>;
 
-/// One read of the card at the end of a channel, by the first of the maps that is the card's.
+/// One read of the card at the end of a channel, by the first of the maps that is the card's. All files are read twice:
+/// what two readings do not agree on is not used.
 class CardReading
 {
 public:
@@ -19,13 +20,26 @@ public:
     [[nodiscard]] std::expected<QString, CardFailure> readDocument();
 
 private:
+    using Result = std::expected<void, CardFailure>;
+    using Bytes = std::expected<QByteArray, CardFault>;
+
+    /// Whether the card at the end is the one that was read.
+    enum class Identity
+    {
+        Same,
+        Other,
+        Unclear // it gives a file now that it refused before, or the reverse
+    };
+
     [[nodiscard]] std::expected<const CardMap*, CardFault> findMap();
     [[nodiscard]] std::expected<QString, CardFailure> readAlong(const CardMap& map);
-    [[nodiscard]] std::expected<void, CardFailure> readFiles(const CardMap& map, CardContent& content);
-    [[nodiscard]] std::expected<void, CardFailure> readListed(const std::vector<CardFileToRead>& files,
-                                                              CardContent& content);
-    [[nodiscard]] std::expected<bool, CardFault> isSameCard(const CardMap& map, const CardContent& content);
-    [[nodiscard]] std::expected<QByteArray, CardFault> readFile(const CardFileId& id);
+    [[nodiscard]] Result readFiles(const CardMap& map, CardContent& content);
+    [[nodiscard]] Result readListed(const std::vector<CardFileToRead>& files, CardContent& content);
+    [[nodiscard]] Result readAgain(const CardMap& map, const CardContent& content);
+    [[nodiscard]] Result compare(const CardFileToRead& file, const CardContent& content);
+    [[nodiscard]] Result confirmIdentity(const CardMap& map, const CardContent& content);
+    [[nodiscard]] std::expected<Identity, CardFault> identityNow(const CardMap& map, const CardContent& content);
+    [[nodiscard]] Bytes readFile(const CardFileId& id);
 
     CardChannel* m_channel;
     CardFiles m_files;

@@ -12,7 +12,8 @@ namespace {
 
 // PC/SC looks into its readers every 400 ms: a card that was put in, or taken out, just before is not known yet.
 constexpr std::chrono::milliseconds presenceDelay = 500ms;
-// Another program that reads the card for itself is soon done; one that keeps it is not waited for.
+// Another program that reads the card for itself is soon done; one that keeps it is not waited for. So is a PC/SC
+// service that is started anew.
 constexpr std::chrono::milliseconds turnDelay = 100ms;
 constexpr int turnAttempts = 20;
 
@@ -27,6 +28,14 @@ QString explanationOf(const CardFailure& failure)
     return gap != nullptr ? gap->explanation : describe(std::get<CardFault>(failure));
 }
 
+/// Whether a read that ended so has found a health card: the reader of a professional's card may be of the same model.
+bool isOfHealthCard(const std::expected<QString, CardFailure>& document)
+{
+    const auto* fault = document ? nullptr : std::get_if<CardFault>(&document.error());
+    return fault == nullptr || *fault == CardFault::CardMute || *fault == CardFault::CardGone ||
+           *fault == CardFault::CardSwapped || *fault == CardFault::CardEndless;
+}
+
 } // namespace
 
 const std::array<EmbeddedLibrary::Remedy, 6> EmbeddedLibrary::remedies{{
@@ -35,7 +44,7 @@ const std::array<EmbeddedLibrary::Remedy, 6> EmbeddedLibrary::remedies{{
     {.fault = CardFault::ReaderBusy, .attempts = turnAttempts, .prepare = &EmbeddedLibrary::waitForTurn},
     {.fault = CardFault::ReaderUnknown, .attempts = 1, .prepare = &EmbeddedLibrary::findReaderAnew},
     {.fault = CardFault::CardReset, .attempts = 1, .prepare = nullptr},
-    {.fault = CardFault::ServiceLost, .attempts = 1, .prepare = nullptr},
+    {.fault = CardFault::ServiceLost, .attempts = turnAttempts, .prepare = &EmbeddedLibrary::waitForService},
 }};
 
 EmbeddedLibrary::EmbeddedLibrary(std::unique_ptr<CardReaders> readers, std::vector<CardMap> maps)
@@ -81,21 +90,27 @@ QString EmbeddedLibrary::informations()
 
 std::expected<QString, ReadResult> EmbeddedLibrary::readCard()
 {
+    m_hint.clear();
     if (!m_vitaleReader)
         return std::unexpected(ReadResult::ReaderFault);
     std::expected<QString, CardFailure> document = readPatiently();
     if (document)
         return *std::move(document);
     logLine(u"lecteur « %1 » : %2"_s.arg(m_vitaleReader->shown, explanationOf(document.error())));
-    const auto* gap = std::get_if<CardGap>(&document.error());
-    return std::unexpected(gap != nullptr ? resultOf(*gap) : readResult(std::get<CardFault>(document.error())));
+    if (const auto* gap = std::get_if<CardGap>(&document.error()))
+        return std::unexpected(resultOf(*gap));
+    const CardFault fault = std::get<CardFault>(document.error());
+    m_hint = ::hint(fault);
+    return std::unexpected(readResult(fault));
 }
 
 QList<ReaderName> EmbeddedLibrary::namedReaders()
 {
+    m_hint.clear();
     const std::expected<QList<QByteArray>, CardFault> names = m_readers->names();
     if (names)
         return readerNames(*names);
+    m_hint = ::hint(names.error());
     logLine(u"liste des lecteurs : %1"_s.arg(describe(names.error())));
     return {};
 }
@@ -103,12 +118,18 @@ QList<ReaderName> EmbeddedLibrary::namedReaders()
 std::expected<QString, CardFailure> EmbeddedLibrary::readPatiently()
 {
     std::array<int, remedies.size()> attempts{};
+    bool serviceWasLost = false;
     for (;;) {
         std::expected<QString, CardFailure> document = readOnce();
         const CardFault* fault = document ? nullptr : std::get_if<CardFault>(&document.error());
         if (fault == nullptr)
             return document;
-        const auto* remedy = std::ranges::find(remedies, *fault, &Remedy::fault);
+        // A service that is started anew is away for a moment, and finds its readers a moment later.
+        serviceWasLost = serviceWasLost || *fault == CardFault::ServiceLost || *fault == CardFault::ServiceDown;
+        const bool isServiceAway =
+            *fault == CardFault::ServiceDown || (serviceWasLost && *fault == CardFault::ReaderUnknown);
+        const CardFault cause = isServiceAway ? CardFault::ServiceLost : *fault;
+        const auto* remedy = std::ranges::find(remedies, cause, &Remedy::fault);
         if (remedy == remedies.end())
             return document;
         int& made = attempts.at(static_cast<std::size_t>(remedy - remedies.begin()));
@@ -122,7 +143,25 @@ std::expected<QString, CardFailure> EmbeddedLibrary::readPatiently()
 
 std::expected<QString, CardFailure> EmbeddedLibrary::readOnce()
 {
-    const std::expected<std::unique_ptr<CardTransport>, CardFault> card = m_readers->connect(m_vitaleReader->system);
+    std::expected<QString, CardFailure> document = readIn(m_vitaleReader->system);
+    if (document || document.error() != CardFailure(CardFault::CardAbsent))
+        return document;
+    const auto names = m_readers->names();
+    for (const ReaderName& other : names ? readerNames(*names) : QList<ReaderName>()) {
+        if (other.model != m_vitaleReader->model || other.system == m_vitaleReader->system)
+            continue;
+        std::expected<QString, CardFailure> found = readIn(other.system);
+        if (isOfHealthCard(found))
+            return found;
+    }
+    return document;
+}
+
+std::expected<QString, CardFailure> EmbeddedLibrary::readIn(const QByteArray& reader)
+{
+    m_isConnecting = true;
+    const std::expected<std::unique_ptr<CardTransport>, CardFault> card = m_readers->connect(reader);
+    m_isConnecting = false;
     if (!card)
         return std::unexpected(card.error());
     CardChannel channel(**card);
@@ -144,11 +183,28 @@ void EmbeddedLibrary::waitForTurn()
     m_readers->pause(turnDelay);
 }
 
+void EmbeddedLibrary::waitForService()
+{
+    m_readers->pause(turnDelay);
+    findReaderAnew();
+}
+
 void EmbeddedLibrary::findReaderAnew()
 {
-    // A reader that was unplugged and is back may bear another number.
-    for (const ReaderName& reader : namedReaders()) {
-        if (reader.shown == m_vitaleReader->shown)
-            m_vitaleReader = reader;
-    }
+    const auto names = m_readers->names();
+    if (!names)
+        return;
+    // A reader that was unplugged and is back may have another number, here and in the system.
+    const QList<ReaderName> known = readerNames(*names);
+    auto found = std::ranges::find(known, m_vitaleReader->shown, &ReaderName::shown);
+    if (found == known.end())
+        found = std::ranges::find(known, m_vitaleReader->model, &ReaderName::model);
+    if (found != known.end())
+        m_vitaleReader = *found;
+}
+
+QString EmbeddedLibrary::waitsFor() const
+{
+    // Another program's transaction is the one thing that keeps a connection waiting.
+    return m_isConnecting ? ::hint(CardFault::ReaderBusy) : QString();
 }

@@ -6,9 +6,10 @@
 #include "service/embedded/CardReading.h"
 
 #include <array>
+#include <atomic>
 
-/// The service's own reading library: health cards in the system's readers, understood by card maps. Each failure is
-/// told in the log.
+/// The service's own reading library: health cards in the system's readers, understood by card maps. Of several readers
+/// of the chosen one's model, the one that holds a card is read. Each failure is told in the log.
 class EmbeddedLibrary final : public ReadingLibrary
 {
 public:
@@ -20,6 +21,8 @@ public:
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
+    [[nodiscard]] QString hint() const override { return m_hint; }
+    [[nodiscard]] QString waitsFor() const override;
 
 private:
     /// What is worth another attempt: how often, and what to do before, if anything.
@@ -34,12 +37,17 @@ private:
     [[nodiscard]] QList<ReaderName> namedReaders();
     [[nodiscard]] std::expected<QString, CardFailure> readPatiently();
     [[nodiscard]] std::expected<QString, CardFailure> readOnce();
+    [[nodiscard]] std::expected<QString, CardFailure> readIn(const QByteArray& reader);
     void waitForCard();
     void waitForRemoval();
     void waitForTurn();
+    void waitForService();
     void findReaderAnew();
 
     std::unique_ptr<CardReaders> m_readers;
     std::vector<CardMap> m_maps;
     std::optional<ReaderName> m_vitaleReader;
+    QString m_hint;
+    // Set by the thread that reads, and looked at by another when the time is over.
+    std::atomic<bool> m_isConnecting = false;
 };

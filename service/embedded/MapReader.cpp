@@ -72,8 +72,21 @@ quint16 MapReader::fileNumber(QLatin1StringView key) const
 
 TagPath MapReader::tags(QLatin1StringView key) const
 {
+    return tagsOf(text(key), key);
+}
+
+std::vector<TagPath> MapReader::tagPaths(QLatin1StringView key) const
+{
+    std::vector<TagPath> paths;
+    for (const Element& element : elements(key))
+        paths.push_back(tagsOf(element.value.toString(), key));
+    return paths;
+}
+
+TagPath MapReader::tagsOf(const QString& text, QLatin1StringView key) const
+{
     TagPath tags;
-    for (const QString& part : text(key).split(u'/')) {
+    for (const QString& part : text.split(u'/')) {
         const std::optional<QByteArray> tagBytes = fromDigits(part);
         const std::optional<quint32> tag = tagBytes ? tlvTag(*tagBytes) : std::nullopt;
         if (!tag) {

@@ -25,6 +25,8 @@ public:
     /// Tags with slashes between them; all but the last are made of objects, and so is the last of a record.
     [[nodiscard]] TagPath tags(QLatin1StringView key) const;
     [[nodiscard]] TagPath recordTags(QLatin1StringView key) const;
+    /// An array of such texts; empty when there is no such key.
+    [[nodiscard]] std::vector<TagPath> tagPaths(QLatin1StringView key) const;
     [[nodiscard]] CardForm form(QLatin1StringView key) const;
 
     /// The elements of an array, each with its place; empty when there is no such key.
@@ -40,6 +42,7 @@ public:
     void refuse(QLatin1StringView key, const QString& reason) const;
 
 private:
+    [[nodiscard]] TagPath tagsOf(const QString& text, QLatin1StringView key) const;
     [[nodiscard]] QByteArray bytes(QLatin1StringView key, qsizetype least, qsizetype most) const;
     [[nodiscard]] QString placeOf(QLatin1StringView key) const;
 

@@ -87,6 +87,7 @@ std::expected<ReaderState, CardFault> PcscContext::state(const QByteArray& reade
     return ReaderState{.hasCard = isSet(state, SCARD_STATE_PRESENT),
                        .isMute = isSet(state, SCARD_STATE_MUTE),
                        .isInUse = isSet(state, SCARD_STATE_INUSE | SCARD_STATE_EXCLUSIVE),
+                       .isKept = isSet(state, SCARD_STATE_EXCLUSIVE),
                        .atr = QByteArray(reinterpret_cast<const char*>(state.rgbAtr),
                                          static_cast<qsizetype>(std::min(state.cbAtr, DWORD{sizeof state.rgbAtr})))};
 }

@@ -15,6 +15,7 @@ struct ReaderState
     bool hasCard = false;
     bool isMute = false;  // there is a card, and it does not answer when it is powered
     bool isInUse = false; // by whatever program
+    bool isKept = false;  // by a program that shares it with no other
     QByteArray atr;       // what the card says of itself when it is powered
 };
 

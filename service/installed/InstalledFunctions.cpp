@@ -1,10 +1,14 @@
 #include "service/installed/InstalledFunctions.h"
 
+#include "service/installed/LibraryProbe.h"
+
 #include <QFile>
 
+#include <array>
 #include <optional>
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -42,26 +46,74 @@ SystemFileFault refused(const QString& reason)
     return {.isAbsent = false, .reason = reason};
 }
 
+/// Loads the library, and asks it for its interface; otherwise the reason.
+std::expected<InstalledFunctions, QString> load(const QByteArray& path)
+{
+    const QString name = QFile::decodeName(path);
+    // By its path, and not by a descriptor: only so does it find what lies beside it. It is never unloaded:
+    // threads that it made may still run its code.
+    void* const library = ::dlopen(path.constData(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        const char* const reason = ::dlerror(); // NOLINT(concurrency-mt-unsafe): each thread has its own
+        return std::unexpected(u"%1 ne se charge pas : %2"_s.arg(name, QString::fromLocal8Bit(reason)));
+    }
+    std::expected<InstalledFunctions, QString> functions = findAll(library);
+    if (!functions)
+        return std::unexpected(u"%1 n’a pas de fonction %2"_s.arg(name, functions.error()));
+    if (const int interface = functions->interface(); interface != PELMORA_READING_INTERFACE) {
+        return std::unexpected(u"%1 est de l’interface %2, et non %3"_s.arg(name).arg(interface).arg(
+            static_cast<int>(PELMORA_READING_INTERFACE)));
+    }
+    return functions;
+}
+
+/// What changes with a file that is replaced or written to.
+struct FileIdentity
+{
+    dev_t device = 0;
+    ino_t number = 0;
+    off_t size = 0;
+    std::array<time_t, 2> changed{}; // seconds and nanoseconds
+
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+FileIdentity identityOf(const QByteArray& path)
+{
+    struct stat status = {};
+    if (::stat(path.constData(), &status) != 0)
+        return {};
+    return {.device = status.st_dev,
+            .number = status.st_ino,
+            .size = status.st_size,
+            .changed = {status.st_ctim.tv_sec, status.st_ctim.tv_nsec}};
+}
+
 } // namespace
 
-std::expected<InstalledFunctions, SystemFileFault> loadInstalledFunctions(const SystemPlace& place)
+std::expected<InstalledFunctions, SystemFileFault> loadInstalledFunctions(const SystemPlace& place,
+                                                                          std::chrono::milliseconds patience)
 {
     if (const auto checked = checkSystemFile(place); !checked)
         return std::unexpected(checked.error());
-    const QString path = QFile::decodeName(place.path());
-    // By its path, and not by the descriptor that was looked at: only so does it find what lies beside it. It is never
-    // unloaded: threads that it made could not bear that.
-    void* const library = ::dlopen(place.path().constData(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) {
-        const char* const reason = ::dlerror(); // NOLINT(concurrency-mt-unsafe): each thread has its own
-        return std::unexpected(refused(u"%1 ne se charge pas : %2"_s.arg(path, QString::fromLocal8Bit(reason))));
+    const QByteArray path = place.path();
+    const QString name = QFile::decodeName(path);
+    // A file that was cut, or a library that crashes or hangs, ends the process that loads it. Each reason of load's
+    // has the name in it; the others are the process's.
+    const FileIdentity tried = identityOf(path);
+    const auto trial = [&path] {
+        const std::expected<InstalledFunctions, QString> loaded = load(path);
+        return loaded ? QString() : loaded.error();
+    };
+    if (const std::expected<void, QString> trialEnd = tryInChild(trial, patience); !trialEnd) {
+        const QString& reason = trialEnd.error();
+        return std::unexpected(
+            refused(reason.startsWith(name) ? reason : u"%1 ne se charge pas : %2"_s.arg(name, reason)));
     }
-    const std::expected<InstalledFunctions, QString> functions = findAll(library);
+    if (identityOf(path) != tried)
+        return std::unexpected(refused(u"%1 a changé pendant son essai"_s.arg(name)));
+    const std::expected<InstalledFunctions, QString> functions = load(path);
     if (!functions)
-        return std::unexpected(refused(u"%1 n’a pas de fonction %2"_s.arg(path, functions.error())));
-    if (const int interface = functions->interface(); interface != PELMORA_READING_INTERFACE) {
-        return std::unexpected(refused(u"%1 est de l’interface %2, et non %3"_s.arg(path).arg(interface).arg(
-            static_cast<int>(PELMORA_READING_INTERFACE))));
-    }
+        return std::unexpected(refused(functions.error()));
     return *functions;
 }

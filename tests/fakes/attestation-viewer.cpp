@@ -3,6 +3,7 @@
 #include "app/CardFile.h"
 #include "attestation/MVAttestationWindowController.h"
 #include "attestation/PageFonts.h"
+#include "attestation/PrintDesk.h"
 #include "attestation/SchemeLogos.h"
 #include "platform/Bundle.h"
 #include "prefs/MVSettings.h"
@@ -39,7 +40,8 @@ int main(int argc, char* argv[])
     if (!fonts)
         qFatal("%s", qPrintable(fonts.error().localizedDescription()));
     SchemeLogos logos(bundle);
-    MVAttestationWindowController viewer(logos, *fonts);
+    PrintDesk printDesk(logos, *fonts);
+    MVAttestationWindowController viewer(logos, *fonts, printDesk);
     show(viewer, QApplication::arguments().value(1));
 
     const QSocketNotifier standardInput(STDIN_FILENO, QSocketNotifier::Read);

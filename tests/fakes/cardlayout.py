@@ -114,7 +114,7 @@ def specimen_files(xml):
     return files
 
 
-def _pointers(applications, named):
+def pointers(applications, named):
     """The pointers file: applications by entry, then the name, entry and identifier of each file."""
     return tlv('E0',
                tlv('A0', *[tlv('82', entry, b'\x00\x00', name) for entry, name in applications.items()]),
@@ -125,7 +125,7 @@ def second_generation_files():
     """A second-generation card: a pointers file, two persons in two files, a file that is no TLV, and one that is
     named but refused (its content is the status word 6982, as a number)."""
     administration = bytes.fromhex('D250000004') + b'Ad\xe8le\x01\x01'
-    pointers = _pointers({b'\x10\x01': VITALE_APPLICATION, b'\x10\x02': administration},
+    directory = pointers({b'\x10\x01': VITALE_APPLICATION, b'\x10\x02': administration},
                          [(b'PERSONNE', b'\x10\x01', b'\x20\x10'), (b'PERSONN2', b'\x10\x01', b'\x20\x11'),
                           (b'VIDE', b'\x10\x01', b'\x20\x12'), (b'PHOTO', b'\x10\x02', b'\x20\x20')])
     insured = tlv('65', tlv('80', b'SPECIMEN  '), tlv('81', b'HELENE\x00\x00'), tlv('82', b'19850514'),
@@ -133,7 +133,7 @@ def second_generation_files():
     child = tlv('65', tlv('80', b'SPECIMEN'), tlv('81', b'ZO\xc9'), tlv('82', b'20160321'))
     return {
         VITALE_ROOT_APPLICATION: {b'\x2f\x00': b'\x00' * 16, b'\x2f\x02': tlv('5A', packed('0000000000054321'))},
-        VITALE_APPLICATION: {b'\x20\x01': pointers, b'\x20\x10': _padded(insured, b'\x00'), b'\x20\x11': child,
+        VITALE_APPLICATION: {b'\x20\x01': directory, b'\x20\x10': _padded(insured, b'\x00'), b'\x20\x11': child,
                              b'\x20\x12': b'\x04\x00' + b'\x00' * 30},
         administration: {b'\x20\x20': 0x6982},
     }
@@ -155,11 +155,11 @@ def completed_second_generation_files(xml):
                      for path, tag in (('amo/codeRegime', 'DF01'), ('amo/caisse', 'DF02'),
                                        ('amo/centreCarte', 'DF03'), ('amo/codeGestion', 'DF04'))])
     entry = b'\x10\x01'
-    pointers = _pointers({entry: VITALE_APPLICATION},
+    directory = pointers({entry: VITALE_APPLICATION},
                          [(b'BENEF', entry, b'\x20\x10'), (b'COUVERT', entry, b'\x20\x11')])
     return {
         VITALE_ROOT_APPLICATION: {b'\x2f\x02': tlv('5A', packed('0000000000054321'))},
-        VITALE_APPLICATION: {b'\x20\x01': pointers, b'\x20\x10': b''.join(persons), b'\x20\x11': coverage},
+        VITALE_APPLICATION: {b'\x20\x01': directory, b'\x20\x10': b''.join(persons), b'\x20\x11': coverage},
     }
 
 

@@ -7,6 +7,7 @@
 //   --odd-list COMMAND KEY   an array of a number, a text, null and another text
 //   --reverse N              replies wait until there are N, and then go out last first
 //   --ignore-end             stays when its input ends
+//   --starts N,N             behaves so at these starts with that record, counted from 1, and well at the others
 #include "card/ServiceMessage.h"
 #include "card/ServiceVocabulary.h"
 
@@ -25,6 +26,7 @@
 #include <functional>
 #include <thread>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -114,10 +116,21 @@ const QHash<QString, Behaviour>& behaviours()
         {u"twice"_s, [](const QByteArray& reply) { say(reply + reply); }},
         {u"to-nobody"_s,
          [](const QByteArray& reply) { say(encodeServiceMessage({.number = 4711, .body = QCborMap{}}) + reply); }},
+        {u"to-nobody-often"_s,
+         [](const QByteArray& reply) {
+             say(encodeServiceMessage({.number = 4711, .body = QCborMap{}}).repeated(100'000) + reply);
+         }},
         {u"garbage"_s, [](const QByteArray&) { say("Segmentation fault\n"); }},
         {u"half"_s, [](const QByteArray& reply) { say(reply.first(reply.size() / 2)); }},
         {u"huge"_s, [](const QByteArray&) { say(hugeItem()); }},
         {u"crash"_s, [](const QByteArray&) { std::raise(SIGKILL); }},
+        {u"segfault"_s,
+         [](const QByteArray&) {
+             const rlimit noCore{};
+             setrlimit(RLIMIT_CORE, &noCore);
+             std::signal(SIGSEGV, SIG_DFL);
+             std::raise(SIGSEGV);
+         }},
         {u"crash-midway"_s,
          [](const QByteArray& reply) {
              say(reply.first(reply.size() / 2));
@@ -129,6 +142,7 @@ const QHash<QString, Behaviour>& behaviours()
              std::raise(SIGKILL);
          }},
         {u"exit"_s, [](const QByteArray&) { _exit(0); }},
+        {u"exit-with-3"_s, [](const QByteArray&) { _exit(3); }},
         {u"chatter"_s, [](const QByteArray& reply) { say("Lecteur branché\n" + reply); }},
         {u"chatter-on-errors"_s,
          [](const QByteArray& reply) {
@@ -194,7 +208,15 @@ struct Script
     QHash<QString, QCborMap> replies;   // by command
     QString atStart;
     int reverse = 0;
+    QStringList starts; // none stands for all
     bool ignoresEnd = false;
+
+    /// How often a service was started with that record before.
+    int earlierStarts() const
+    {
+        QFile notes(record.fileName());
+        return notes.open(QIODevice::ReadOnly) ? static_cast<int>(notes.readAll().count("pid ")) : 0;
+    }
 
     void note(const QByteArray& line)
     {
@@ -242,6 +264,10 @@ bool takeOption(QStringList& arguments, Script& script)
     if (option == u"--reverse") {
         script.reverse = first.toInt();
         return script.reverse > 0;
+    }
+    if (option == u"--starts") {
+        script.starts = first.split(u',', Qt::SkipEmptyParts);
+        return !script.starts.isEmpty();
     }
     const QString second = arguments.isEmpty() ? QString() : arguments.takeFirst();
     if (option == u"--do") {
@@ -325,6 +351,10 @@ int main(int argc, char* argv[])
             sayToErrors("fake-card-service: bad argument\n");
             return 2;
         }
+    }
+    if (!script.starts.isEmpty() && !script.starts.contains(QString::number(script.earlierStarts() + 1))) {
+        script.behaviours.clear();
+        setStandardReplies(script);
     }
     script.note("pid " + QByteArray::number(getpid()));
     if (!script.atStart.isEmpty())

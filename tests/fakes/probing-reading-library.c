@@ -1,22 +1,36 @@
 /*
  * A reading library that tries, when it is opened, what a card service must not be able to do, and some that it must,
- * and tells as its version how each of them ended: "name=OK" or "name=ERRNO".
+ * and tells as its version how each of them ended: "name=OK" or "name=ERRNO". Of the environment it takes
+ *   PROBE_SOCKET    a socket of somebody's, with a path
+ *   PROBE_ABSTRACT  another, without
+ *   PROBE_DISPLAY   the X server's socket, which has both
+ *   PROBE_SHARED    a file in shared memory that is there
+ *   PROBE_SIBLING   the number of a process that it tries to end
  */
 #define _GNU_SOURCE
 #include "include/pelmora/reading-library.h"
 
 #include <errno.h>
 #include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/fs.h>
+#include <linux/seccomp.h>
+#include <signal.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/un.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
-static char report[1024];
+static char report[2048];
 
 static void tell(const char* name, int is_done)
 {
@@ -53,6 +67,101 @@ static void try_folder(const char* name, const char* folder, const char* file)
         rmdir(path);
 }
 
+/* With '@' in front a name without a path. */
+static struct sockaddr_un address_of(const char* name, socklen_t* size)
+{
+    struct sockaddr_un address = {.sun_family = AF_UNIX};
+    snprintf(address.sun_path, sizeof address.sun_path, "%s", name);
+    *size = (socklen_t)(offsetof(struct sockaddr_un, sun_path) + strlen(name));
+    if (name[0] == '@')
+        address.sun_path[0] = '\0';
+    else
+        *size = sizeof address;
+    return address;
+}
+
+static void try_connection(const char* name, const char* there)
+{
+    socklen_t size = 0;
+    const struct sockaddr_un address = address_of(there, &size);
+    const int made = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    tell(name, connect(made, (const struct sockaddr*)&address, size) == 0);
+    close(made);
+}
+
+/* By the calls that name a receiver themselves. */
+static void try_to_send(const char* there)
+{
+    socklen_t size = 0;
+    struct sockaddr_un address = address_of(there, &size);
+    const int made = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    tell("sendto", sendto(made, "x", 1, MSG_NOSIGNAL, (const struct sockaddr*)&address, size) == 1);
+    const struct msghdr message = {.msg_name = &address, .msg_namelen = size};
+    tell("sendmsg", sendmsg(made, &message, MSG_NOSIGNAL) >= 0);
+    close(made);
+}
+
+static void try_to_be_found(void)
+{
+    socklen_t size = 0;
+    const struct sockaddr_un address = address_of("@pelmora-probe", &size);
+    const int made = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    tell("bind", bind(made, (const struct sockaddr*)&address, size) == 0 && listen(made, 1) == 0);
+    close(made);
+}
+
+/* A filter that would let every connection pass, answered by the library itself. */
+static void try_own_listener(void)
+{
+    struct sock_filter pass = BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
+    const struct sock_fprog program = {.len = 1, .filter = &pass};
+    const long listener = syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program);
+    tell("listener", listener >= 0);
+}
+
+/* With a program of its own, as somebody would who has no library for that. */
+static void try_to_start_outside(void)
+{
+    const int status = system("exec dbus-send --session --dest=org.freedesktop.DBus /org/freedesktop/DBus "
+                              "org.freedesktop.DBus.StartServiceByName string:com.example.Probe uint32:0 >&2");
+    errno = ECHILD;
+    tell("start", status == 0);
+}
+
+static void try_changes(const char* home)
+{
+    char path[4096];
+    snprintf(path, sizeof path, "%s/old", home);
+    const int opened = open(path, O_RDONLY | O_CLOEXEC);
+    int flags = FS_NOATIME_FL;
+    tell("chmod", chmod(path, 0644) == 0);
+    tell("fchmod", fchmod(opened, 0644) == 0);
+    tell("fchmodat2", syscall(452, AT_FDCWD, path, 0644, 0) == 0);
+    tell("chown", chown(path, (uid_t)-1, (gid_t)-1) == 0);
+    tell("fchown", fchown(opened, (uid_t)-1, (gid_t)-1) == 0);
+    tell("setxattr", setxattr(path, "user.probe", "1", 1, 0) == 0);
+    tell("removexattr", removexattr(path, "user.old") == 0);
+    tell("utimensat", utimensat(AT_FDCWD, path, NULL, 0) == 0);
+    tell("futimens", futimens(opened, NULL) == 0);
+    tell("flags", ioctl(opened, FS_IOC_SETFLAGS, &flags) == 0);
+    close(opened);
+    tell("truncate2", truncate(path, 1) == 0);
+    try_file("truncate3", home, "/old", O_ACCMODE | O_TRUNC);
+}
+
+static void try_signals(void)
+{
+    const char* sibling = getenv("PROBE_SIBLING");
+    const pid_t process = sibling != NULL ? (pid_t)atoi(sibling) : getppid();
+    const struct rlimit limit = {.rlim_cur = 1000, .rlim_max = 1000};
+    tell("self", kill(getpid(), 0) == 0);
+    tell("prlimit", prlimit(process, RLIMIT_CPU, &limit, NULL) == 0);
+    tell("kill", kill(process, sibling != NULL ? SIGTERM : 0) == 0);
+    tell("tgkill", syscall(SYS_tgkill, process, process, 0) == 0);
+    const union sigval value = {.sival_int = 0};
+    tell("sigqueue", sigqueue(process, 0, value) == 0);
+}
+
 int pelmora_reading_interface(void)
 {
     return PELMORA_READING_INTERFACE;
@@ -70,6 +179,16 @@ int pelmora_reading_open(void)
     try_socket("packet", AF_PACKET, SOCK_RAW);
     try_socket("vsock", AF_VSOCK, SOCK_STREAM);
     try_socket("unix", AF_UNIX, SOCK_STREAM);
+    try_socket("datagram", AF_UNIX, SOCK_DGRAM);
+    try_connection("pcsc", getenv("PCSCLITE_CSOCK_NAME"));
+    try_connection("socket", getenv("PROBE_SOCKET"));
+    try_connection("abstract", getenv("PROBE_ABSTRACT"));
+    try_connection("display", getenv("PROBE_DISPLAY") + 1);
+    try_connection("display2", getenv("PROBE_DISPLAY"));
+    try_to_send(getenv("PROBE_SOCKET"));
+    try_to_be_found();
+    try_own_listener();
+    try_to_start_outside();
     tell("uring", syscall(SYS_io_uring_setup, 1, ring) >= 0);
     try_file("create", home, "/new", O_WRONLY | O_CREAT);
     try_file("write", home, "/old", O_WRONLY);
@@ -77,8 +196,12 @@ int pelmora_reading_open(void)
     try_file("read", home, "/old", O_RDONLY);
     try_file("temporary", "/tmp", "/pelmora-probe", O_WRONLY | O_CREAT);
     try_file("shared", "/dev/shm", "/pelmora-probe", O_WRONLY | O_CREAT);
+    try_file("shared2", getenv("PROBE_SHARED"), "", O_RDWR);
     try_folder("folder", home, "/folder");
     try_file("null", "/dev", "/null", O_RDWR);
+    try_file("terminal", "/dev", "/ptmx", O_RDWR | O_NOCTTY);
+    try_changes(home);
+    try_signals();
     try_file("log", home, "/Library/Logs/santesocial/log", O_WRONLY | O_CREAT);
     try_folder("settings", home, "/Library/Preferences/santesocial/sedica/folder");
     return PELMORA_READING_OK;

@@ -4,6 +4,7 @@
  *   read_card.result  the number that is returned; PELMORA_READING_OK without the file
  *   read_card.length  the length that is claimed; that of the text without the file
  *   read_card.hang    if there: the function never returns
+ *   interface.touch   if there, of that function alone: the library changes its own file
  * Each call becomes a line of the file "calls", where that may be written.
  */
 #define _GNU_SOURCE
@@ -13,6 +14,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 static FILE* beside(const char* function, const char* what, const char* mode)
@@ -66,8 +68,24 @@ static int act(const char* function, const char* details, struct pelmora_reading
     return (int)number(function, ".result", PELMORA_READING_OK);
 }
 
+static void change_own_file(void)
+{
+    static const char here;
+    Dl_info self;
+    if (dladdr(&here, &self) != 0 && chmod(self.dli_fname, 0700) == 0)
+        chmod(self.dli_fname, 0755);
+}
+
 int pelmora_reading_interface(void)
 {
+    FILE* hang = beside("interface", ".hang", "r");
+    while (hang != NULL)
+        pause();
+    FILE* touch = beside("interface", ".touch", "r");
+    if (touch != NULL) {
+        fclose(touch);
+        change_own_file();
+    }
     return (int)number("interface", ".result", PELMORA_READING_INTERFACE);
 }
 

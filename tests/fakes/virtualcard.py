@@ -91,12 +91,16 @@ class VirtualCard:
     anything, is the answer. `after` may hold what is called once the answer is on its way.
     """
 
-    def __init__(self, files, atr=PATIENT_CARD, delay=0.0, corrects_lengths=False, end_status=None):
+    def __init__(self, files, atr=PATIENT_CARD, delay=0.0, corrects_lengths=False, end_status=None,
+                 most=LONGEST_BLOCK, beyond=OK, tells_size=True):
         self.files = files
         self.atr = atr
         self.delay = delay                        # seconds that each command takes
         self.corrects_lengths = corrects_lengths  # a read beyond the end is told how much there is (6Cxx)
         self.end_status = end_status              # of a read that meets the end: 6282, for those that say it
+        self.most = most                          # bytes that a read gives at a time
+        self.beyond = beyond                      # what a read says that begins at the end
+        self.tells_size = tells_size              # whether a file's selection tells how long it is
         self.before = {}
         self.after = {}
         self.commands = []
@@ -177,6 +181,8 @@ class VirtualCard:
             return NOT_FOUND
         self.file = self.files[self.application][identifier]
         size = 0 if isinstance(self.file, int) else len(self.file)
+        if not self.tells_size:
+            return self.keep_ready(b"\x6F\x00")
         return self.keep_ready(b"\x6F\x04\x80\x02" + struct.pack(">H", size))
 
     def keep_ready(self, answer):
@@ -193,6 +199,10 @@ class VirtualCard:
         there = self.file[offset:offset + size]
         if offset > len(self.file) or (not there and self.corrects_lengths):
             return BEYOND_THE_END
+        if not there:
+            return self.beyond
+        if len(there) > self.most:
+            return there[:self.most] + OK
         if len(there) < size and self.corrects_lengths:
             return bytes([0x6C, len(there)])
         return there + (self.end_status if self.end_status and len(there) < size else OK)

@@ -106,7 +106,12 @@ private Q_SLOTS:
         QTest::newRow("two roots") << u"<a/><a/>"_s;
         QTest::newRow("duplicate attributes") << u"<a b='1' b='2'/>"_s;
         QTest::newRow("undefined entity") << u"<a>&x;</a>"_s;
-        QTest::newRow("document type") << u"<!DOCTYPE a><a/>"_s;
+        QTest::newRow("empty declarations") << u"<!DOCTYPE a []><a/>"_s;
+        QTest::newRow("declared element") << u"<!DOCTYPE a [<!ELEMENT a ANY>]><a/>"_s;
+        QTest::newRow("declared attribute") << u"<!DOCTYPE a SYSTEM 'x' [<!ATTLIST a b CDATA 'c'>]><a/>"_s;
+        QTest::newRow("instruction in a document type") << u"<!DOCTYPE a [<?p x?>]><a/>"_s;
+        QTest::newRow("entity of a document type elsewhere") << u"<!DOCTYPE a SYSTEM 'x.dtd'><a>&x;</a>"_s;
+        QTest::newRow("two document types") << u"<!DOCTYPE a><!DOCTYPE a><a/>"_s;
         QTest::newRow("entity") << u"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>"_s;
         QTest::newRow("NUL") << u"<a>%1</a>"_s.arg(QChar(0));
         QTest::newRow("control character") << u"<a>%1</a>"_s.arg(QChar(1));
@@ -118,6 +123,23 @@ private Q_SLOTS:
     {
         QFETCH(QString, text);
         QCOMPARE(coverageOf(text), u"refused"_s);
+    }
+
+    void aDocumentTypeWithoutDeclarationsIsIgnored_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::newRow("name") << u"<!DOCTYPE T_AsnDonneesVitale>"_s;
+        QTest::newRow("file") << u"<!DOCTYPE x SYSTEM 'file:///dev/zero'>"_s;
+        QTest::newRow("public") << u"<!DOCTYPE x PUBLIC '-//X//Y//FR' \"http://127.0.0.1:9/x.dtd\">"_s;
+        QTest::newRow("brackets in quotes") << u"<!DOCTYPE x SYSTEM 'a[\"b]'>"_s;
+    }
+
+    void aDocumentTypeWithoutDeclarationsIsIgnored()
+    {
+        QFETCH(const QString, type);
+        const QString sound = card(covered(u"0"_s, u"01"_s, u"751"_s));
+        QCOMPARE(coverageOf(type + sound), coverageOf(sound));
+        QVERIFY(coverageOf(sound) != u"refused"_s);
     }
 
     void nestingUpTo256LevelsIsRead()

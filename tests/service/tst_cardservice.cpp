@@ -43,11 +43,12 @@ bool coresAreForbidden()
 
 QProcessEnvironment withoutASite()
 {
+    static const QTemporaryDir folder;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"XDG_CONFIG_HOME"_s, u"/nonexistent"_s);
-    environment.insert(u"XDG_CONFIG_DIRS"_s, u"/nonexistent"_s);
+    environment.insert(u"XDG_CONFIG_HOME"_s, folder.path());
+    environment.insert(u"XDG_CONFIG_DIRS"_s, folder.path());
     // Nor the machine's own readers.
-    environment.insert(u"PCSCLITE_CSOCK_NAME"_s, u"/nonexistent"_s);
+    environment.insert(u"PCSCLITE_CSOCK_NAME"_s, folder.filePath(u"absent"_s));
     return environment;
 }
 
@@ -152,8 +153,9 @@ private Q_SLOTS:
     {
         Service service({});
         QVERIFY(service.ask("init"_L1, {{u"Mode"_s, u"0"_s}}).has_value());
-        const QCborMap expected{{u"Status"_s, u"success"_s}, {u"Readers"_s, QCborArray()}};
-        QCOMPARE(service.ask("readers_list"_L1), std::optional(expected));
+        const QCborMap reply = service.ask("readers_list"_L1).value_or(QCborMap());
+        QCOMPARE(reply.value(ServiceWord::status).toString(), u"success"_s);
+        QCOMPARE(reply.value(ServiceWord::readers), QCborValue(QCborArray()));
         QCOMPARE(service.finish(), 0);
     }
 

@@ -32,6 +32,7 @@ struct Stage
     std::atomic<std::thread::id> closedOn;
     std::atomic<std::thread::id> calledOn;
     std::atomic<int> calls = 0;
+    QString waitsFor; // set before the call that hangs
 };
 
 /// A library whose one call hangs until the test releases it.
@@ -76,6 +77,8 @@ public:
         work(Call::ReadCard);
         return card;
     }
+    [[nodiscard]] QString hint() const override { return u"after %1 calls"_s.arg(m_stage->calls); }
+    [[nodiscard]] QString waitsFor() const override { return m_stage->waitsFor; }
 
 private:
     void work(Call call)
@@ -198,6 +201,27 @@ private Q_SLOTS:
         timer.start();
         QVERIFY(!subject.library->readCard().has_value());
         QVERIFY(timer.elapsed() >= 100);
+    }
+
+    void aLateReadThatWaitsForAnotherProgramIsAReaderFaultInItsWords()
+    {
+        const Subject subject(Call::ReadCard, {.read = 20ms, .other = 1h});
+        subject.stage->waitsFor = u"un autre programme"_s;
+        QVERIFY(subject.library->readCard() == std::unexpected(ReadResult::ReaderFault));
+        QCOMPARE(subject.library->hint(), u"un autre programme"_s);
+        QVERIFY(subject.library->isBeyondUse());
+        // The next one has no time at all.
+        QVERIFY(subject.library->readCard() == std::unexpected(ReadResult::CardMute));
+    }
+
+    void whatTheLibraryHasToSayIsHandedOn()
+    {
+        const Subject subject(Call::None);
+        QCOMPARE(subject.library->hint(), QString());
+        QCOMPARE(subject.library->readers().size(), 2);
+        QCOMPARE(subject.library->hint(), u"after 1 calls"_s);
+        QVERIFY(subject.library->readCard().has_value());
+        QCOMPARE(subject.library->hint(), u"after 2 calls"_s);
     }
 
     void aCallThatReturnsTooLateHasTheLibraryClosed()

@@ -8,7 +8,7 @@ namespace {
 
 ReaderFacts reader(const QString& shown, std::expected<ReaderState, CardFault> state = ReaderState{})
 {
-    return {.name = {.shown = shown, .system = shown.toUtf8() + " 00 00"}, .state = std::move(state)};
+    return {.name = {.shown = shown, .system = shown.toUtf8() + " 00 00", .model = shown}, .state = std::move(state)};
 }
 
 /// A machine on which all is well.
@@ -25,6 +25,8 @@ Diagnosis soundDiagnosis()
     diagnosis.installed = InstalledFacts{
         .refusal = SystemFileFault{.isAbsent = true, .reason = {}}, .isOpen = false, .versions = {}, .readers = {}};
     diagnosis.cardMaps = {u"Une carte, version 1"_s, u"Une autre, version 2"_s};
+    diagnosis.protections = {{u"Réseau"_s, u"aucun"_s, {}},
+                             {u"Sockets locales"_s, u"celles de PC/SC et du journal seulement"_s, {}}};
     return diagnosis;
 }
 
@@ -81,7 +83,8 @@ Bibliothèque de lecture embarquée
                       Une autre, version 2
 
 Protections
-  État                toutes en place (privilèges, réseau, écriture de fichiers)
+  Réseau              aucun
+  Sockets locales     celles de PC/SC et du journal seulement
 
 Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les cartes connues.
 )"_s;
@@ -124,6 +127,12 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les ca
             d.readers = QList{reader(u"Feitian SCR301"_s,
                                      ReaderState{.hasCard = false, .isMute = false, .isInUse = true, .atr = {}})};
         });
+        row("reader kept by a program", true,
+            u"  Carte               présente (un programme la garde pour lui seul : fermez-le)"_s, [](Diagnosis& d) {
+                d.readers = QList{
+                    reader(u"Feitian SCR301"_s,
+                           ReaderState{.hasCard = true, .isMute = false, .isInUse = true, .isKept = true, .atr = {}})};
+            });
         row("refused library", true, u"  État                refusée : raison"_s,
             [](Diagnosis& d) { d.installed->refusal = SystemFileFault{.isAbsent = false, .reason = u"raison"_s}; });
         row("library that does not open", true, u"  État                refusée : elle ne s’ouvre pas"_s,
@@ -141,8 +150,8 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les ca
             [](Diagnosis& d) { d.cardMaps.clear(); });
         row("faulty map", true, u"  À corriger          carte.json : ligne 3"_s,
             [](Diagnosis& d) { d.warnings = {u"carte.json : ligne 3"_s}; });
-        row("lacking protection", true, u"  À savoir            protection indisponible : x"_s,
-            [](Diagnosis& d) { d.lackingProtections = {u"protection indisponible : x"_s}; });
+        row("lacking protection", true, u"  Réseau              indisponible (Function not implemented)"_s,
+            [](Diagnosis& d) { d.protections[0].obstacle = u"Function not implemented"_s; });
     }
 
     void whatIsWrongIsTold()

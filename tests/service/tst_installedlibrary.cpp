@@ -1,15 +1,20 @@
 #include "service/installed/InstalledLibrary.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QTest>
 
+#include <cerrno>
+
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -187,6 +192,71 @@ private Q_SLOTS:
         QCOMPARE(installation.calls(), "");
     }
 
+    void aCutLibraryIsRefusedWithALineAndHarmsNothing_data()
+    {
+        QTest::addColumn<int>("percent");
+        for (const int percent : {0, 1, 5, 10, 20}) // the rest is for debuggers
+            QTest::addRow("%d %% are there", percent) << percent;
+    }
+
+    void aCutLibraryIsRefusedWithALineAndHarmsNothing()
+    {
+        QFETCH(int, percent);
+        const Installation installation;
+        QFile file(installation.path(u"library.so"_s));
+        QVERIFY(file.resize(file.size() * percent / 100));
+        ErrorCapture errors;
+        InstalledLibrary library(installation.place());
+        QVERIFY(!library.initialise(LibraryMode::Automatic).has_value());
+        const QString told = errors.text();
+        QVERIFY2(told.startsWith(
+                     u"com.morvel.lvit: bibliothèque de lecture installée refusée : %1 ne se charge pas : "_s.arg(
+                         file.fileName())),
+                 qPrintable(told));
+        QCOMPARE(told.count(u'\n'), 1);
+        QCOMPARE(::waitpid(-1, nullptr, WNOHANG), -1); // no child, ended or not
+        QCOMPARE(errno, ECHILD);
+        // What is put there whole is used at the next change of mode.
+        QVERIFY(file.remove());
+        QVERIFY(QFile::copy(QStringLiteral(PELMORA_SCRIPTED_LIBRARY), file.fileName()));
+        QCOMPARE(::chmod(installation.place().path().constData(), 0755), 0);
+        QCOMPARE(library.initialise(LibraryMode::Automatic), std::optional(LibraryKind::System));
+    }
+
+    void aLibraryThatEndsItsProcessIsRefusedWithALine()
+    {
+        const Installation installation;
+        installation.write(u"interface.result"_s, "no number"); // on which it aborts
+        ErrorCapture errors;
+        InstalledLibrary library(installation.place());
+        QVERIFY(!library.initialise(LibraryMode::System).has_value());
+        QVERIFY2(errors.text().endsWith(u"ne se charge pas : l’essai est interrompu par le signal 6 (Aborted)\n"_s),
+                 qPrintable(errors.text()));
+    }
+
+    void aLibraryThatHangsWhenItIsLoadedIsRefusedInTime()
+    {
+        const Installation installation;
+        installation.write(u"interface.hang"_s, "");
+        QElapsedTimer timer;
+        timer.start();
+        const auto functions = loadInstalledFunctions(installation.place(), 200ms);
+        QVERIFY(!functions.has_value());
+        QCOMPARE(functions.error().reason, installation.path(u"library.so"_s) + u" ne se charge pas : rien en 0.2 s"_s);
+        QVERIFY(timer.elapsed() < 5000);
+        QCOMPARE(::waitpid(-1, nullptr, WNOHANG), -1);
+        QCOMPARE(errno, ECHILD);
+    }
+
+    void aLibraryThatChangesWhileItIsTriedIsNotLoaded()
+    {
+        const Installation installation;
+        installation.write(u"interface.touch"_s, "");
+        const auto functions = loadInstalledFunctions(installation.place());
+        QVERIFY(!functions.has_value());
+        QCOMPARE(functions.error().reason, installation.path(u"library.so"_s) + u" a changé pendant son essai"_s);
+    }
+
     void aLibraryThatDoesNotOpenIsNotUsed()
     {
         const Installation installation;
@@ -304,9 +374,9 @@ private Q_SLOTS:
                                      << QByteArray();
         QTest::newRow("cut short") << card.chopped(3) << QByteArray();
         QTest::newRow("no XML") << QByteArray("SPECIMEN") << QByteArray();
-        QTest::newRow("document type") << QByteArray("<!DOCTYPE SPECIMEN>"
-                                                     "<a/>")
-                                       << QByteArray();
+        QTest::newRow("declarations") << QByteArray("<!DOCTYPE SPECIMEN [<!ELEMENT a ANY>]>"
+                                                    "<a/>")
+                                      << QByteArray();
         QTest::newRow("over 4 MiB") << QByteArray("<SPECIMEN>") + QByteArray(5 * 1024 * 1024, ' ') + "</SPECIMEN>"
                                     << QByteArray();
         QTest::newRow("impossible length") << card << QByteArray("4194305");

@@ -3,7 +3,10 @@
 #include <QTest>
 
 #include <array>
+#include <cerrno>
 
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -39,6 +42,14 @@ bool say(int descriptor, QByteArrayView text)
     ::_exit(isDone ? 0 : 1);
 }
 
+/// Whether a write to a file that may not grow fails as one.
+bool writesBeyondTheLimit()
+{
+    const int file = ::memfd_create("file", MFD_CLOEXEC);
+    const rlimit nothing{0, RLIM_INFINITY};
+    return file >= 0 && ::setrlimit(RLIMIT_FSIZE, &nothing) == 0 && ::write(file, "x", 1) < 0 && errno == EFBIG;
+}
+
 } // namespace
 
 class TestProcessSetup : public QObject
@@ -67,6 +78,17 @@ private Q_SLOTS:
         QCOMPARE(status, 0);
         ::close(output[0]);
         ::close(errors[0]);
+    }
+
+    void aFileAtItsLimitIsAnErrorAndNotTheEnd()
+    {
+        const pid_t child = ::fork();
+        QVERIFY(child >= 0);
+        if (child == 0)
+            ::_exit(protectProcess() && writesBeyondTheLimit() ? 0 : 1);
+        int status = -1;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        QCOMPARE(status, 0);
     }
 };
 

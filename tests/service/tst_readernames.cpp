@@ -31,6 +31,12 @@ private Q_SLOTS:
         QTest::newRow("interface") << QByteArray("Feitian SCR301 [CCID Interface] 00 00") << feitian;
         QTest::newRow("serial number") << QByteArray("Feitian SCR301 (123) 00 00") << feitian;
         QTest::newRow("both") << QByteArray("Feitian SCR301 [CCID Interface] (123) 00 00") << feitian;
+        QTest::newRow("other case") << QByteArray("FEITIAN scr301 00 00") << feitian;
+        QTest::newRow("doubled blanks") << QByteArray(" Feitian   SCR301  [CCID Interface]  00 00") << feitian;
+        QTest::newRow("the maker's long form") << QByteArray("Feitian Technologies SCR301 00 00") << feitian;
+        QTest::newRow("all of these") << QByteArray("feitian  TECHNOLOGIES SCR301 (123) 00 00") << feitian;
+        QTest::newRow("another model of the maker") << QByteArray("Feitian SCR310 00 00") << u"Feitian SCR310"_s;
+        QTest::newRow("a longer model") << QByteArray("Feitian SCR301 Pro 00 00") << u"Feitian SCR301 Pro"_s;
         QTest::newRow("nothing more") << QByteArray("Feitian SCR301") << feitian;
         QTest::newRow("interface without numbers") << QByteArray("Feitian SCR301 [CCID Interface]") << feitian;
         QTest::newRow("a model that ends in digits") << QByteArray("Reader 38 00 00") << u"Reader 38"_s;
@@ -57,6 +63,14 @@ private Q_SLOTS:
             shownNames({"Feitian SCR301 00 00", "Alcor AU9540 00 00", "Feitian SCR301 [CCID] (2) 01 00",
                         "Feitian SCR301 (3) 02 00"}),
             (QStringList{u"Feitian SCR301"_s, u"Alcor AU9540"_s, u"Feitian SCR301 (2)"_s, u"Feitian SCR301 (3)"_s}));
+    }
+
+    void spellingsOfOneModelAreToldApartAsOne()
+    {
+        QCOMPARE(shownNames({"Feitian Technologies SCR301 00 00", "FEITIAN SCR301 01 00"}),
+                 (QStringList{u"Feitian SCR301"_s, u"Feitian SCR301 (2)"_s}));
+        for (const ReaderName& name : readerNames({"Feitian Technologies SCR301 00 00", "FEITIAN SCR301 01 00"}))
+            QCOMPARE(name.model, u"Feitian SCR301"_s);
     }
 
     void theSystemsOwnNamesAreKept()

@@ -38,8 +38,13 @@ public:
     }
     [[nodiscard]] QString informations() override { return u"<informations/>"_s; }
     [[nodiscard]] Card readCard() override { return m_card; }
+    [[nodiscard]] QString hint() const override { return m_hint; }
+
+    void setHint(const QString& hint) { m_hint = hint; }
+    void setReaders(const QStringList& readers) { m_readers = readers; }
 
 private:
+    QString m_hint;
     QStringList m_readers;
     Card m_card;
 };
@@ -148,20 +153,51 @@ private Q_SLOTS:
         QCOMPARE(subject.answer(request(ServiceWord::informationsCommand)), std::optional(expected));
     }
 
-    void aCardIsReadOnlyAfterInitAndAChoiceOfReaders()
+    void aCardIsReadOnlyAfterInit()
     {
         ServiceCommands subject = commands();
         const QCborMap failed{{u"Status"_s, u"error"_s}};
-        const std::optional expected(failed);
-        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), expected);
+        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), std::optional(failed));
         QCOMPARE(statusOf(subject.answer(chooseRequest(feitian, feitian))), u"success"_s);
-        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), expected);
-        QCOMPARE(statusOf(subject.answer(initRequest(u"0"_s))), u"success"_s);
-        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), expected);
-        QCOMPARE(statusOf(subject.answer(chooseRequest(feitian, feitian))), u"success"_s);
+        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), std::optional(failed));
+    }
+
+    void aReadWithoutAChosenReaderLooksForTheAcceptedOne()
+    {
+        auto owned = std::make_unique<FakeLibrary>(QStringList{u"CPS"_s}, insuredCard);
+        FakeLibrary& library = *owned;
+        ServiceCommands subject(std::move(owned), FundTable());
+        QCOMPARE(statusOf(subject.answer(initRequest(u"2"_s))), u"success"_s);
+        const QCborMap absent{{u"Status"_s, u"error"_s},
+                              {u"Result"_s, 13},
+                              {u"Detail"_s, u"Aucun lecteur « Feitian SCR301 » n’est branché."_s}};
+        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), std::optional(absent));
+        // A choice that is refused is none.
+        QCOMPARE(statusOf(subject.answer(chooseRequest(feitian, u"CPS"_s))), u"error"_s);
+        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), std::optional(absent));
+        library.setReaders({u"CPS"_s, feitian});
         QCOMPARE(statusOf(subject.answer(request(ServiceWord::vitaleRead))), u"success"_s);
-        QCOMPARE(statusOf(subject.answer(initRequest(u"1"_s))), u"success"_s);
-        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), expected);
+        library.setReaders({feitian});
+        QCOMPARE(statusOf(subject.answer(initRequest(u"2"_s))), u"success"_s);
+        QCOMPARE(statusOf(subject.answer(request(ServiceWord::vitaleRead))), u"success"_s);
+    }
+
+    void whatTheLibraryHasToSayOfAFailureComesWithIt()
+    {
+        auto owned = std::make_unique<FakeLibrary>(QStringList(), std::unexpected(ReadResult::ReaderFault));
+        FakeLibrary& library = *owned;
+        ServiceCommands subject(std::move(owned), FundTable());
+        const QString hint = u"Le service PC/SC ne répond pas."_s;
+        library.setHint(hint);
+        const QCborMap none{{u"Status"_s, u"success"_s}, {u"Readers"_s, QCborArray()}, {u"Detail"_s, hint}};
+        QCOMPARE(subject.answer(request(ServiceWord::readersList)), std::optional(none));
+        QCOMPARE(statusOf(subject.answer(initRequest(u"2"_s))), u"success"_s);
+        const QCborMap failed{{u"Status"_s, u"error"_s}, {u"Result"_s, 13}, {u"Detail"_s, hint}};
+        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), std::optional(failed));
+        library.setReaders({feitian});
+        QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), std::optional(failed));
+        const QCborMap one{{u"Status"_s, u"success"_s}, {u"Readers"_s, QCborArray{feitian}}};
+        QCOMPARE(subject.answer(request(ServiceWord::readersList)), std::optional(one));
     }
 
     void aCardComesWithTheLabelOfItsFund()

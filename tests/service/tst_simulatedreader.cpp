@@ -84,7 +84,7 @@ private Q_SLOTS:
         QTest::newRow("truncated") << QByteArray("<a><b>");
         QTest::newRow("not UTF-8") << QByteArray("<a>\xE9</a>");
         QTest::newRow("unknown encoding") << QByteArray("<?xml version='1.0' encoding='EBCDIC-FR'?><a/>");
-        QTest::newRow("document type") << QByteArray("<!DOCTYPE a SYSTEM 'file:///dev/zero'><a/>");
+        QTest::newRow("declarations") << QByteArray("<!DOCTYPE a SYSTEM 'file:///dev/zero' [<!ELEMENT a ANY>]><a/>");
         QTest::newRow("100,000 levels") << QByteArray("<a>").repeated(100'000) + QByteArray("</a>").repeated(100'000);
         QTest::newRow("over 16 MiB") << "<a>" + QByteArray(16 * 1024 * 1024, 'x') + "</a>";
     }

@@ -98,12 +98,23 @@ private Q_SLOTS:
                  Exchange{std::unexpected(CardFault::CardNonsense), {"00B0000000", "00C0000010"}}));
     }
 
-    void aCardThatNeverEndsIsNonsense()
+    void moreBytesThanACardHasUseForAreNotTaken()
     {
         const QByteArray part = QByteArray(256, 'x').toHex() + "6100";
         const Exchange exchange = exchangeWith(Answers(1000, part));
-        QVERIFY(exchange.reply == std::unexpected(CardFault::CardNonsense));
-        QCOMPARE(exchange.commands.size(), 257);
+        QVERIFY(exchange.reply == std::unexpected(CardFault::CardEndless));
+        QCOMPARE(exchange.commands.size(), CardChannel::mostBytes / 258 + 1);
+    }
+
+    void moreCommandsThanACardHasUseForAreNotSent()
+    {
+        ScriptedTransport transport(Answers(3000, "6A82"));
+        CardChannel channel(transport);
+        for (int number = 0; number < CardChannel::mostCommands; ++number)
+            QVERIFY(channel.exchange(readBlock));
+        for (int number = 0; number < 3; ++number)
+            QVERIFY(channel.exchange(readBlock) == std::unexpected(CardFault::CardEndless));
+        QCOMPARE(transport.commands().size(), CardChannel::mostCommands);
     }
 
     void aFaultOnTheWayIsHandedOn()

@@ -13,12 +13,12 @@ const CardFileId pointersId{firstApplication, 0x2001};
 
 CardFile listed(const QString& name, const QByteArray& application, quint16 file, bool required = true)
 {
-    return {name, CardFileId{application, file}, {}, required};
+    return {name, CardFileId{application, file}, {}, required, {}};
 }
 
 CardFile named(const QString& name, const QByteArray& pointer, bool required = true)
 {
-    return {name, {}, pointer, required};
+    return {name, {}, pointer, required, {}};
 }
 
 CardMap mapOf(const std::vector<CardFile>& files)

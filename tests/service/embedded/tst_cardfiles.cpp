@@ -83,13 +83,34 @@ private Q_SLOTS:
 
     void aFileIsReadFromItsFirstByteToItsEnd()
     {
-        QVERIFY((readFileOf({"9000", "0102039000"}) == Read{QByteArray("\1\2\3"), {"00A40200022F02", "00B0000000"}}));
+        QVERIFY((readFileOf({"9000", "0102039000", "9000"}) ==
+                 Read{QByteArray("\1\2\3"), {"00A40200022F02", "00B0000000", "00B0000300"}}));
     }
 
     void aLongFileIsReadInBlocks()
     {
-        QVERIFY((readFileOf({"9000", answer(block('a')), answer(block('b')), answer("c")}) ==
-                 Read{block('a') + block('b') + "c", {"00A40200022F02", "00B0000000", "00B0010000", "00B0020000"}}));
+        QVERIFY((readFileOf({"9000", answer(block('a')), answer(block('b')), answer("c"), "6B00"}) ==
+                 Read{block('a') + block('b') + "c",
+                      {"00A40200022F02", "00B0000000", "00B0010000", "00B0020000", "00B0020100"}}));
+    }
+
+    void lessThanWasAskedForIsNotTheEnd_data()
+    {
+        QTest::addColumn<qsizetype>("most");
+        for (const qsizetype most : {1, 64, 100, 128, 192, 240, 255, 256})
+            QTest::addRow("%lld bytes at a time", static_cast<long long>(most)) << most;
+    }
+    void lessThanWasAskedForIsNotTheEnd()
+    {
+        QFETCH(const qsizetype, most);
+        QByteArray content;
+        for (int number = 0; number < 700; ++number)
+            content += static_cast<char>(number % 251);
+        Answers answers{"9000"};
+        for (qsizetype offset = 0; offset < content.size(); offset += most)
+            answers << answer(content.mid(offset, most));
+        for (const char* end : {"9000", "6B00"})
+            QVERIFY(readFileOf(answers + Answers{end}).content == content);
     }
 
     void aFileMayEndWithAWholeBlock()
@@ -99,9 +120,60 @@ private Q_SLOTS:
         QVERIFY(readFileOf({"9000", answer(block('a'), "6282")}).content == block('a'));
     }
 
-    void aFileMayBeEmpty() { QVERIFY(readFileOf({"9000", "9000"}).content == QByteArray()); }
+    void aFileMayBeEmpty()
+    {
+        QVERIFY(readFileOf({"9000", "9000"}).content == QByteArray());
+        QVERIFY(readFileOf({"6F04800200009000", "6B00"}).content == QByteArray());
+    }
 
     void dataBeforeTheEndAreGood() { QVERIFY(readFileOf({"9000", "01026282"}).content == QByteArray("\1\2")); }
+
+    void aFileIsOfTheSizeThatItsSelectionTells_data()
+    {
+        QTest::addColumn<QByteArray>("selection");
+        QTest::addColumn<bool>("isWhole");
+        QTest::newRow("control information") << QByteArray("6F0480020003") << true;
+        QTest::newRow("control parameters") << QByteArray("620780020003C50107") << true;
+        QTest::newRow("parameters within information") << QByteArray("6F06620480020003") << true;
+        QTest::newRow("one byte") << QByteArray("6203800103") << true;
+        QTest::newRow("four bytes") << QByteArray("6206800400000003") << true;
+        QTest::newRow("among others") << QByteArray("620A82010183022F02800103") << true;
+        QTest::newRow("less") << QByteArray("6F0480020002") << false;
+        QTest::newRow("more") << QByteArray("6F0480020004") << false;
+        QTest::newRow("far more") << QByteArray("62068004FFFFFFFF") << false;
+        QTest::newRow("none at all") << QByteArray("6F00") << true;
+        QTest::newRow("without a number") << QByteArray("6F028000") << true;
+        QTest::newRow("no objects") << QByteArray("6F04") << true;
+    }
+    void aFileIsOfTheSizeThatItsSelectionTells()
+    {
+        QFETCH(const QByteArray, selection);
+        QFETCH(const bool, isWhole);
+        const Bytes expected = isWhole ? Bytes(QByteArray("\1\2\3")) : std::unexpected(CardFault::CardFileCut);
+        for (const char* end : {"9000", "6B00"})
+            QVERIFY(readFileOf({selection + "9000", "0102039000", end}).content == expected);
+        QVERIFY(readFileOf({selection + "9000", "0102036282"}).content == expected);
+    }
+
+    void otherStatusesAreTheEndOfAFileThatIsWhole_data()
+    {
+        QTest::addColumn<QByteArray>("status");
+        for (const char* status : {"6A82", "6A86", "6A87", "6700"})
+            QTest::newRow(status) << QByteArray(status);
+    }
+    void otherStatusesAreTheEndOfAFileThatIsWhole()
+    {
+        QFETCH(const QByteArray, status);
+        const Bytes refused = std::unexpected(CardFault::CardRefusal);
+        QVERIFY(readFileOf({"6F04800200039000", "0102039000", status}).content == QByteArray("\1\2\3"));
+        QVERIFY(readFileOf({"6F04800200049000", "0102039000", status}).content == refused);
+        QVERIFY(readFileOf({"9000", "0102039000", status}).content == refused);
+    }
+
+    void moreThanWasAskedForIsNonsense()
+    {
+        QVERIFY(readFileOf({"9000", answer(block('a', 257))}).content == std::unexpected(CardFault::CardNonsense));
+    }
 
     void aRefusalIsARefusal_data()
     {
@@ -110,6 +182,7 @@ private Q_SLOTS:
         QTest::newRow("protected") << QList<QByteArray>{"9000", "6982"};
         QTest::newRow("protected further on") << QList<QByteArray>{"9000", answer(block('a')), "6982"};
         QTest::newRow("beyond the end at once") << QList<QByteArray>{"9000", "6B00"};
+        QTest::newRow("beyond the end at once, against its word") << QList<QByteArray>{"6F04800200039000", "6B00"};
     }
 
     void aRefusalIsARefusal()
@@ -124,6 +197,12 @@ private Q_SLOTS:
         QVERIFY(read.content == std::unexpected(CardFault::CardNonsense));
         QCOMPARE(read.commands.size(), 1 + 128);
         QCOMPARE(read.commands.last(), "00B07F0000");
+    }
+
+    void aFileMayBeAsLongAsAnOffsetCanSay()
+    {
+        const Answers answers = Answers{"6F04800280009000"} + Answers(128, answer(block('a')));
+        QVERIFY(readFileOf(answers).content == QByteArray(0x8000, 'a'));
     }
 
     void aCardThatLeavesIsNoRefusal()

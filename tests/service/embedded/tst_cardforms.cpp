@@ -129,13 +129,24 @@ private Q_SLOTS:
         QCOMPARE(textOf(CardForm::ShortDate, "19850514"), u"850514"_s);
     }
 
-    void datesOutsideTheCalendarStayWhatTheyAre()
+    void whatIsNotKnownOfADateIsZeros()
     {
         QCOMPARE(textOf(CardForm::Date, "19850000"), u"00001985"_s);
-        QCOMPARE(textOf(CardForm::Date, "19854231"), u"31421985"_s);
-        QCOMPARE(textOf(CardForm::ShortDate, "19854200"), u"854200"_s);
         QCOMPARE(textOf(CardForm::Date, "1985    "), u"00001985"_s);
         QCOMPARE(textOf(CardForm::ShortDate, "198505  "), u"850500"_s);
+        // Two zeros would be the year 2000.
+        QCOMPARE(textOf(CardForm::ShortDate, "    0514"), QString());
+        QCOMPARE(textOf(CardForm::ShortDate, "20000514"), u"000514"_s);
+    }
+
+    void daysThatNoCalendarHasAreNoDate()
+    {
+        for (const CardForm form : {CardForm::Date, CardForm::ShortDate}) {
+            for (const char* bytes : {"19851314", "19854200", "19850532", "19850230", "19850229", "    0230"})
+                QCOMPARE(textOf(form, bytes), damaged());
+            for (const char* bytes : {"19840229", "    0229", "1985  31", "20000229"})
+                QVERIFY(textOf(form, bytes) != damaged());
+        }
     }
 
     void whatIsNoDateIsRefused()

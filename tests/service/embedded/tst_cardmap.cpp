@@ -83,6 +83,8 @@ QList<Refusal> refusalsOfFiles()
         {"files/1/file", u"0001"_s, u"files : fichier « personnes » en double"_s},
         {"files/1/name", u"série"_s, u"files : fichier « série » en double"_s},
         {"files/1/required", u"non"_s, u"files[1].required : true ou false est attendu"_s},
+        {"files/1/ignored", u"80"_s, u"files[1].ignored : "_s + array},
+        {"files/1/ignored", QJsonArray{u"65/9"_s}, u"files[1].ignored : « 9 » n’est pas une étiquette"_s},
         {"files/1/pointer", u"BENEF"_s, u"files[1].pointer : « application » et « file » sont de trop"_s},
         {"files/2", QJsonObject{{u"name"_s, u"a"_s}, {u"pointer"_s, u"NEUFLETTR"_s}},
          u"files[2].pointer : 1 à 8 caractères ASCII sont attendus"_s},
@@ -152,8 +154,8 @@ private Q_SLOTS:
         QCOMPARE(map->version, u"7"_s);
         QCOMPARE(map->application, application);
         QVERIFY(map->identity == std::vector({CardFileId{application, 1}}));
-        QVERIFY(map->files == std::vector({CardFile{u"série"_s, CardFileId{application, 1}, {}, true},
-                                           CardFile{u"personnes"_s, CardFileId{application, 2}, {}, true}}));
+        QVERIFY(map->files == std::vector({CardFile{u"série"_s, CardFileId{application, 1}, {}, true, {}},
+                                           CardFile{u"personnes"_s, CardFileId{application, 2}, {}, true, {}}}));
         QVERIFY(!map->pointers);
         QVERIFY(!map->wantsAllPointed());
         QCOMPARE(map->values.front().field.path, u"tech/numSerie"_s);
@@ -176,7 +178,7 @@ private Q_SLOTS:
                        QJsonObject{{u"name"_s, u"personnes"_s}, {u"pointer"_s, u"BENEF"_s}, {u"required"_s, false}}});
         const std::expected<CardMap, QString> parsed = parseCardMap(QJsonDocument(map).toJson());
         QVERIFY2(parsed, qPrintable(parsed ? QString() : parsed.error()));
-        QVERIFY(parsed->files[1] == (CardFile{u"personnes"_s, {}, "BENEF", false}));
+        QVERIFY(parsed->files[1] == (CardFile{u"personnes"_s, {}, "BENEF", false, {}}));
         QVERIFY(parsed->pointers == parsed->identity.front());
     }
 

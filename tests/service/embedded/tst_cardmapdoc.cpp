@@ -49,7 +49,8 @@ QString renderedNeeds()
             table += u"| `%1` | %2 |\n"_s.arg(
                 element.path, element.need == CardNeed::Everyone ? u"everyone"_s : u"the insured person"_s);
     }
-    return table + u"| `%1` or `%2` | everyone |"_s.arg(CardElements::birthDate, CardElements::shortBirthDate);
+    return table +
+           u"| `%1` or `%2` | the insured person |"_s.arg(CardElements::birthDate, CardElements::shortBirthDate);
 }
 
 std::expected<CardMap, QString> exampleMap()

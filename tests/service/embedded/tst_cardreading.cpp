@@ -11,8 +11,12 @@ namespace {
 
 using Document = std::expected<QString, CardFailure>;
 
-// Selection, then each file's selection and content, then the selection and the first file once more.
-constexpr int commandsOfARead = 1 + 2 + 2 + 1 + 2;
+// A file is its selection, its content and its end. The application and both files; then the application and the second
+// file once more, and last the application and the file that tells which card it is.
+constexpr int commandsOfAFile = 3;
+constexpr int commandsOfARead = (1 + 2 * commandsOfAFile) + (1 + commandsOfAFile) + (1 + commandsOfAFile);
+// From here on it is known which card it is.
+constexpr int firstAfterIdentity = 1 + commandsOfAFile + 1;
 
 const std::vector<CardMap>& maps()
 {
@@ -59,6 +63,58 @@ CardContent without(CardContent files, quint16 file)
 CardContent bankCard()
 {
     return {{{QByteArray::fromHex("A0000000421010"), 1}, "bank"}};
+}
+
+/// A card one of whose answers, counted from 1, is another one on its way.
+class FalsifiedCard final : public CardTransport
+{
+public:
+    using Change = std::function<QByteArray(const QByteArray& answer)>;
+
+    FalsifiedCard(CardContent files, int number, Change change)
+        : m_card(std::move(files))
+        , m_number(number)
+        , m_change(std::move(change))
+    {
+    }
+
+    std::expected<QByteArray, CardFault> transmit(QByteArrayView command) override
+    {
+        std::expected<QByteArray, CardFault> answer = m_card.transmit(command);
+        return answer && m_card.commands() == m_number ? m_change(*answer) : answer;
+    }
+
+private:
+    FileCard m_card;
+    int m_number;
+    Change m_change;
+};
+
+/// What a read with one other answer gives: "true" for the whole record, "refused" for a failure, else the document.
+QString outcomeOf(int number, const FalsifiedCard::Change& change)
+{
+    FalsifiedCard card(smallCard('A'), number, change);
+    const Document document = documentOf(card);
+    if (!document)
+        return u"refused"_s;
+    return *document == expectedDocument('A') ? u"true"_s : *document;
+}
+
+/// The outcomes of a read with that change to each command's answer, without repetitions.
+QStringList outcomesOf(const FalsifiedCard::Change& change)
+{
+    QStringList outcomes;
+    for (int number = 1; number <= commandsOfARead; ++number)
+        outcomes.append(outcomeOf(number, change));
+    outcomes.removeDuplicates();
+    outcomes.sort();
+    return outcomes;
+}
+
+bool onlyTrueOrRefused(const QStringList& outcomes)
+{
+    return std::ranges::all_of(outcomes,
+                               [](const QString& outcome) { return outcome == u"true" || outcome == u"refused"; });
 }
 
 /// Something that happens before one of the commands.
@@ -134,7 +190,9 @@ private Q_SLOTS:
     void anotherCardThatTookItsPlaceUnnoticedIsNoticed()
     {
         QVERIFY(documentOf(smallCard('A'), swappedAt(1, smallCard('B'))) == Document(expectedDocument('B')));
-        for (int number = 2; number <= commandsOfARead; ++number)
+        for (int number = 2; number < firstAfterIdentity; ++number)
+            QVERIFY(!damageIn(documentOf(smallCard('A'), swappedAt(number, smallCard('B')))).isEmpty());
+        for (int number = firstAfterIdentity; number <= commandsOfARead; ++number)
             QCOMPARE(faultIn(documentOf(smallCard('A'), swappedAt(number, smallCard('B')))), CardFault::CardSwapped);
     }
 
@@ -153,12 +211,85 @@ private Q_SLOTS:
                                                                               maps().front().files[file - 1U].name));
     }
 
+    void aRefusalOfOneCommandIsNotAnotherCard()
+    {
+        for (int number = 2; number <= commandsOfARead; ++number) {
+            const auto refuse = [](const QByteArray&) { return QByteArray::fromHex("6982"); };
+            FalsifiedCard card(smallCard('A'), number, refuse);
+            const Document document = documentOf(card);
+            QVERIFY(!document);
+            QVERIFY2(!damageIn(document).isEmpty(), qPrintable(QString::number(number)));
+        }
+    }
+
+    void aFaultOfOneAnswerChangesNothingOrIsRefused()
+    {
+        qsizetype longest = 2;
+        for (const auto& [id, content] : smallCard('A'))
+            longest = std::max(longest, content.size() + 2);
+        for (qsizetype place = 0; place < longest; ++place) {
+            for (const char bits : {'\x01', '\xFF'}) {
+                const QStringList outcomes = outcomesOf([place, bits](QByteArray answer) {
+                    if (place < answer.size())
+                        answer[place] = static_cast<char>(answer[place] ^ bits);
+                    return answer;
+                });
+                // At each place there is an answer of a file for which this is refused.
+                QVERIFY(outcomes.contains(u"refused"_s));
+                QVERIFY2(onlyTrueOrRefused(outcomes), qPrintable(outcomes.join(u'\n')));
+            }
+        }
+    }
+
+    void anAnswerThatIsCutShortChangesNothingOrIsRefused()
+    {
+        for (qsizetype size = 0; size < 100; ++size) {
+            const auto shorter = [size](const QByteArray& answer) {
+                return answer.first(std::min(size, answer.size() - 2)) + answer.last(2);
+            };
+            // What is left is read with the next command.
+            QCOMPARE(outcomesOf(shorter), size == 0 ? QStringList({u"refused"_s, u"true"_s}) : QStringList(u"true"_s));
+            const auto cut = [size](const QByteArray& answer) { return answer.first(std::min(size, answer.size())); };
+            const QStringList outcomes = outcomesOf(cut);
+            QVERIFY2(onlyTrueOrRefused(outcomes), qPrintable(outcomes.join(u'\n')));
+        }
+    }
+
+    void anotherAnswerInItsPlaceChangesNothingOrIsRefused()
+    {
+        const QByteArray persons = smallCard('B')[smallCardFile(2)];
+        for (const QByteArray& answer : {persons + QByteArray::fromHex("9000"), QByteArray::fromHex("9000"),
+                                         QByteArray::fromHex("6282"), QByteArray::fromHex("6B00")}) {
+            const QStringList outcomes = outcomesOf([answer](const QByteArray&) { return answer; });
+            QVERIFY(outcomes.contains(u"refused"_s));
+            QVERIFY2(onlyTrueOrRefused(outcomes), qPrintable(outcomes.join(u'\n')));
+        }
+    }
+
+    void aCardWithoutEndIsLeft()
+    {
+        CardContent files = smallCard('A');
+        std::vector<CardMap> known{smallCardMap()};
+        for (quint16 number = 3; number < 1000; ++number) {
+            known.front().files.push_back({.name = QString::number(number),
+                                           .id = smallCardFile(number),
+                                           .pointer = {},
+                                           .required = false,
+                                           .ignored = {}});
+            files[smallCardFile(number)] = tlv("04", "x");
+        }
+        FileCard card(files);
+        QCOMPARE(faultIn(documentOf(card, known)), CardFault::CardEndless);
+        QCOMPARE(card.commands(), CardChannel::mostCommands);
+    }
+
     void aCardThatHidesWhichOneItIsIsRefused()
     {
         std::vector<CardMap> known{smallCardMap()};
         known.front().files[0].required = false;
         known.front().identity = {smallCardFile(1), smallCardFile(4)};
-        known.front().files.push_back({.name = u"numéro"_s, .id = smallCardFile(4), .pointer = {}, .required = false});
+        known.front().files.push_back(
+            {.name = u"numéro"_s, .id = smallCardFile(4), .pointer = {}, .required = false, .ignored = {}});
         FileCard card(without(smallCard('A'), 1));
         QVERIFY(
             damageIn(documentOf(card, known)).endsWith(u" : la carte refuse tous les fichiers qui l’identifient"_s));
@@ -167,7 +298,8 @@ private Q_SLOTS:
     void aFileThatMayLackIsNotMissed()
     {
         std::vector<CardMap> known{smallCardMap()};
-        const CardFile more{.name = u"photo"_s, .id = smallCardFile(3), .pointer = {}, .required = false};
+        const CardFile more{
+            .name = u"photo"_s, .id = smallCardFile(3), .pointer = {}, .required = false, .ignored = {}};
         known.front().files.push_back(more);
         FileCard card(smallCard('A'));
         QVERIFY(documentOf(card, known) == Document(expectedDocument('A')));

@@ -5,6 +5,8 @@
 
 #include <QTest>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -37,6 +39,8 @@ struct Script
     std::expected<QList<QByteArray>, CardFault> names{QList<QByteArray>{otherInSystem, feitianInSystem}};
     QList<Attempt> attempts; // and faults that nobody expects afterwards
     QList<QByteArray> calls;
+    std::function<void()> whileConnecting{};
+    const EmbeddedLibrary* library = nullptr; // for events that ask it
 };
 
 class ScriptedReaders final : public CardReaders
@@ -52,6 +56,8 @@ public:
     std::expected<std::unique_ptr<CardTransport>, CardFault> connect(const QByteArray& reader) override
     {
         m_script->calls.append("connect " + reader);
+        if (m_script->whileConnecting)
+            m_script->whileConnecting();
         if (m_script->attempts.isEmpty())
             return std::unexpected(CardFault::Unexpected);
         const Attempt attempt = m_script->attempts.takeFirst();
@@ -216,9 +222,101 @@ private Q_SLOTS:
     void aServiceThatWasStartedAnewDuringAReadIsUsed()
     {
         const Attempt lost = loses(CardFault::ServiceLost);
-        QVERIFY((readWith({lost, reached}) == Read{wholeCard(), {connecting, connecting}}));
-        QVERIFY((readWith({lost, lost, reached}) ==
-                 Read{std::unexpected(ReadResult::ReaderFault), {connecting, connecting}}));
+        QVERIFY((readWith({lost, reached}) == Read{wholeCard(), {connecting, "pause 100", connecting}}));
+    }
+
+    void aServiceThatIsStartedAnewIsWaitedForTwoSeconds()
+    {
+        // It is lost, is away, and is back before it has found its readers.
+        const Read read = readWith({failsWith(CardFault::ServiceLost), failsWith(CardFault::ServiceDown),
+                                    failsWith(CardFault::ReaderUnknown), reached});
+        QVERIFY(read.card == wholeCard());
+        QCOMPARE(read.calls.count("pause 100"), 3);
+        for (const CardFault fault : {CardFault::ServiceLost, CardFault::ServiceDown}) {
+            const Read away = readWith(QList<Attempt>(100, failsWith(fault)));
+            QVERIFY(away.card == std::unexpected(ReadResult::ReaderFault));
+            QCOMPARE(away.calls.count("pause 100"), 20);
+        }
+    }
+
+    void ofTwoAcceptedReadersTheOneWithACardIsRead()
+    {
+        const QByteArray second = "FEITIAN SCR301 02 00";
+        Script script{.attempts = {failsWith(CardFault::CardAbsent), reached, reached}, .calls = {}};
+        script.names = QList<QByteArray>{otherInSystem, feitianInSystem, second};
+        EmbeddedLibrary library = libraryOf(script);
+        QVERIFY(library.chooseReaders(feitian, u"Alcor AU9540"_s));
+        QVERIFY(library.readCard() == wholeCard());
+        // The chosen one comes first.
+        QVERIFY(library.readCard() == wholeCard());
+        QCOMPARE(script.calls, (QList<QByteArray>{connecting, "connect " + second, connecting}));
+    }
+
+    void whatIsInTheOtherReaderCountsOnlyIfItIsAHealthCard()
+    {
+        const QByteArray second = "Feitian SCR301 02 00";
+        const Attempt professionalCard = FileCard::Event([](FileCard& card, int number) {
+            if (number == 1)
+                card.swapFor({{{QByteArray::fromHex("A000000000"), 1}, "x"}});
+            return std::optional<CardFault>();
+        });
+        const Attempt absent = failsWith(CardFault::CardAbsent);
+        for (const Attempt& other : {professionalCard, absent, failsWith(CardFault::ReaderBusy)}) {
+            Script script{.attempts = {absent, other, absent, other}, .calls = {}};
+            script.names = QList<QByteArray>{feitianInSystem, second};
+            EmbeddedLibrary library = libraryOf(script);
+            QVERIFY(library.chooseReaders(feitian, feitian));
+            QVERIFY(library.readCard() == std::unexpected(ReadResult::CardAbsent));
+        }
+    }
+
+    void aReaderOfTheModelIsFoundWhenTheChosenOneIsGone()
+    {
+        const QByteArray second = "Feitian Technologies SCR301 02 00";
+        Script script{.attempts = {failsWith(CardFault::ReaderUnknown), reached}, .calls = {}};
+        script.names = QList<QByteArray>{feitianInSystem, second};
+        EmbeddedLibrary library = libraryOf(script);
+        QVERIFY(library.chooseReaders(u"Feitian SCR301 (2)"_s, feitian));
+        script.names = QList<QByteArray>{feitianInSystem};
+        QVERIFY(library.readCard() == wholeCard());
+        QCOMPARE(script.calls, (QList<QByteArray>{"connect " + second, connecting}));
+    }
+
+    void whatTheResultAloneWouldHideIsTold()
+    {
+        Script script{.attempts = QList<Attempt>(21, failsWith(CardFault::ReaderBusy)), .calls = {}};
+        EmbeddedLibrary library = libraryOf(script);
+        QVERIFY(library.chooseReaders(feitian, feitian));
+        QCOMPARE(library.hint(), QString());
+        QVERIFY(!library.readCard());
+        QVERIFY(library.hint().startsWith(u"Un autre programme se sert de la carte"_s));
+        script.attempts = {failsWith(CardFault::CardMute), reached};
+        QVERIFY(!library.readCard());
+        QCOMPARE(library.hint(), QString());
+        script.names = std::unexpected(CardFault::ServiceDown);
+        QCOMPARE(library.readers(), QStringList());
+        QVERIFY(library.hint().startsWith(u"Le service des lecteurs de cartes (PC/SC) ne répond pas"_s));
+        script.names = QList<QByteArray>();
+        QCOMPARE(library.readers(), QStringList());
+        QCOMPARE(library.hint(), QString());
+    }
+
+    void aReadThatWaitsForItsTurnSaysSo()
+    {
+        QString whileConnecting;
+        QString whileReading;
+        Script script{.attempts = {FileCard::Event([&whileReading, &script](FileCard&, int) {
+                          whileReading = script.library->waitsFor();
+                          return std::optional<CardFault>();
+                      })},
+                      .calls = {}};
+        EmbeddedLibrary library = libraryOf(script);
+        script.library = &library;
+        script.whileConnecting = [&whileConnecting, &library] { whileConnecting = library.waitsFor(); };
+        QVERIFY(library.chooseReaders(feitian, feitian));
+        QVERIFY(library.readCard() == wholeCard());
+        QCOMPARE(whileConnecting, hint(CardFault::ReaderBusy));
+        QCOMPARE(whileReading, QString());
     }
 
     void aReaderThatIsBackUnderAnotherNumberIsFound()
@@ -247,8 +345,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<CardFault>("fault");
         for (const CardFault fault :
-             {CardFault::ServiceDown, CardFault::ServiceForbidden, CardFault::ReaderLost, CardFault::CardSilent,
-              CardFault::CardMute, CardFault::CardGone, CardFault::CardNonsense, CardFault::Unexpected})
+             {CardFault::ServiceForbidden, CardFault::ReaderLost, CardFault::CardSilent, CardFault::CardMute,
+              CardFault::CardGone, CardFault::CardNonsense, CardFault::Unexpected})
             QTest::addRow("%d", static_cast<int>(fault)) << fault;
     }
 

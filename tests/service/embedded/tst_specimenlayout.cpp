@@ -91,7 +91,7 @@ std::expected<CardRecord, QString> recordThroughCard(const QByteArray& xml)
 QString scarceBeneficiary(const QString& name, const QString& quality)
 {
     return CardXml::beneficiary(
-        u"<ident><nomUsuel>%1</nomUsuel><prenomUsuel>Anaïs</prenomUsuel><naissance><dateEnCarte>854200</dateEnCarte>"
+        u"<ident><nomUsuel>%1</nomUsuel><prenomUsuel>Anaïs</prenomUsuel><naissance><dateEnCarte>851231</dateEnCarte>"
         "</naissance><rangDeNaissance>2</rangDeNaissance><nir>269062B12345634</nir></ident><amo><qualBenef>%2</"
         "qualBenef>"
         "<codeRegime>02</codeRegime><caisse>005</caisse><centreCarte>0042</centreCarte><codeGestion>A1</codeGestion>"
