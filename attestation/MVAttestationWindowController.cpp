@@ -1,8 +1,8 @@
 #include "attestation/MVAttestationWindowController.h"
 
-#include "attestation/AttestationPrinting.h"
 #include "attestation/MVNewAttestationView.h"
 #include "attestation/MVScrollView.h"
+#include "attestation/PrintDesk.h"
 #include "card/CardKeys.h"
 #include "platform/ObjectText.h"
 #include "platform/gui/WindowActivation.h"
@@ -36,10 +36,10 @@ void centerOnScreen(QMainWindow& window)
 } // namespace
 
 MVAttestationWindowController::MVAttestationWindowController(SchemeLogos& logos, const PageFonts& fonts,
-                                                             QObject* parent)
+                                                             PrintDesk& printDesk, QObject* parent)
     : QObject(parent)
-    , m_logos(logos)
     , m_fonts(fonts)
+    , m_printDesk(printDesk)
     , m_attestation(logos)
     , m_window(std::make_unique<QMainWindow>())
     , m_alerts(m_window.get())
@@ -80,7 +80,8 @@ void MVAttestationWindowController::setVitale(const CardRecord& vitale)
 
 void MVAttestationWindowController::printAttestation(const QObject* /*sender*/)
 {
-    ::printAttestation(vitale(), m_logos, m_fonts, m_alerts, m_window.get());
+    if (m_printDesk.mayPrint())
+        m_printDesk.print(vitale(), m_alerts, *m_window);
 }
 
 void MVAttestationWindowController::showWindow(const QObject* /*sender*/)

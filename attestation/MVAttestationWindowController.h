@@ -12,6 +12,7 @@
 class MVScrollView;
 class QAction;
 class PageFonts;
+class PrintDesk;
 class SchemeLogos;
 
 /// The viewer: a window on one attestation page, reused for every card. Closing the window hides it. Main thread only.
@@ -20,15 +21,17 @@ class MVAttestationWindowController final : public QObject
     Q_OBJECT
 
 public:
-    /// Loads the window, which stays hidden. The logos and the fonts must outlive the controller.
-    MVAttestationWindowController(SchemeLogos& logos, const PageFonts& fonts, QObject* parent = nullptr);
+    /// Loads the window, which stays hidden. The logos, the fonts and the print desk must outlive the controller.
+    MVAttestationWindowController(SchemeLogos& logos, const PageFonts& fonts, PrintDesk& printDesk,
+                                  QObject* parent = nullptr);
     ~MVAttestationWindowController() override;
 
     /// The card being shown; a new one takes its place on the page and in the window's title.
     [[nodiscard]] const CardRecord& vitale() const { return m_attestation.vitale(); }
     void setVitale(const CardRecord& vitale);
 
-    /// Prints a page of its own made from the card: what the window shows, and at which scale, plays no part.
+    /// Prints a page of its own made from the card, if the print desk permits it: at which scale the window shows the
+    /// card plays no part.
     void printAttestation(const QObject* sender);
 
     /// Brings the window to the front, from wherever it is.
@@ -43,8 +46,8 @@ private:
     void internalInit();
     void connectActions(QAction& print, QAction& close);
 
-    SchemeLogos& m_logos;
     const PageFonts& m_fonts;
+    PrintDesk& m_printDesk;
     MVNewAttestation m_attestation;
     std::unique_ptr<QMainWindow> m_window;
     AlertQueue m_alerts;

@@ -31,6 +31,26 @@ void MVNewAttestationView::internalInit()
 {
     m_page = AttestationPage();
     AccessiblePage::install();
+    connect(this, &DocumentView::documentSizeChanged, this, [this] { m_ink.reset(); });
+}
+
+void MVNewAttestationView::setPage(const AttestationPage& page)
+{
+    m_page = page;
+    m_ink.reset();
+}
+
+void MVNewAttestationView::setFonts(const PageFonts& fonts)
+{
+    m_fonts = &fonts;
+    m_ink.reset();
+}
+
+const PageInk& MVNewAttestationView::ink() const
+{
+    if (!m_ink)
+        m_ink = AttestationLayout::drawRect(m_page, documentSize(), *m_fonts);
+    return *m_ink;
 }
 
 void MVNewAttestationView::redisplay(const AttestationPage& page)
@@ -48,5 +68,5 @@ void MVNewAttestationView::drawRect(QPainter& painter) const
         return;
     }
     painter.scale(1.0 / pageUnitsPerPoint, 1.0 / pageUnitsPerPoint);
-    PagePainter::paint(painter, AttestationLayout::drawRect(m_page, documentSize(), *m_fonts), PageMedium::Screen);
+    PagePainter::paint(painter, ink(), PageMedium::Screen);
 }

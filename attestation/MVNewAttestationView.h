@@ -2,14 +2,17 @@
 
 #include "attestation/AttestationPage.h"
 #include "attestation/DocumentView.h"
+#include "attestation/PageInk.h"
 
 #include <memory>
+#include <optional>
 
 class MVNewAttestation;
 class PageFonts;
 
 /// The attestation's page on the screen: always white with black ink, whatever the desktop's colours, and drawn by the
-/// same routine as on paper and in a file, with a grey border that those do not get. Main thread only.
+/// same routine as on paper and in a file, with a grey border that those do not get. A page is laid out when it is
+/// first drawn, and not again until its values, its fonts or its frame change. Main thread only.
 class MVNewAttestationView final : public DocumentView
 {
     Q_OBJECT
@@ -29,9 +32,9 @@ public:
 
     /// What is shown. A view without fonts is a blank page.
     [[nodiscard]] const AttestationPage& page() const { return m_page; }
-    void setPage(const AttestationPage& page) { m_page = page; }
+    void setPage(const AttestationPage& page);
     [[nodiscard]] const PageFonts* fonts() const { return m_fonts; }
-    void setFonts(const PageFonts& fonts) { m_fonts = &fonts; }
+    void setFonts(const PageFonts& fonts);
 
 Q_SIGNALS:
     /// Another page is shown.
@@ -43,7 +46,9 @@ protected:
 private:
     void internalInit();
     void redisplay(const AttestationPage& page);
+    [[nodiscard]] const PageInk& ink() const;
 
     AttestationPage m_page;
     const PageFonts* m_fonts = nullptr;
+    mutable std::optional<PageInk> m_ink; // absent until the page is drawn as it now is
 };

@@ -2,8 +2,13 @@
 
 #include "attestation/AttestationPdf.h"
 #include "attestation/PrintDialog.h"
+#include "attestation/PrinterSearch.h"
+#include "platform/FileWorker.h"
 #include "platform/MainQueue.h"
+#include "platform/ObjectText.h"
 #include "platform/PrivateFile.h"
+#include "platform/gui/SavingSheet.h"
+#include "platform/gui/WindowActivation.h"
 #include "support/MXLog.h"
 
 #include <QComboBox>
@@ -41,34 +46,59 @@ PrintOperation::PrintOperation(AttestationPage page, const PageFonts& fonts, Ale
 
 PrintOperation::~PrintOperation()
 {
+    delete m_search;
+    delete m_savingSheet;
     // It refers to the printer.
     delete m_dialog;
 }
 
-void PrintOperation::raiseDialog()
+void PrintOperation::bringToFront()
 {
-    if (m_dialog) {
-        m_dialog->raise();
-        m_dialog->activateWindow();
-    }
+    // What belongs to an iconified window is iconified with it.
+    if (m_window->isMinimized())
+        ::bringToFront(*m_window);
+    if (m_dialog)
+        ::bringToFront(*m_dialog);
+    else if (m_search)
+        ::bringToFront(*m_search);
 }
 
 void PrintOperation::run()
 {
+    m_search = new PrinterSearch(m_window);
+    connect(m_search, &QDialog::rejected, this, &PrintOperation::cancel);
+    m_search->showIfItTakesLong();
     doAside([this](const std::stop_token& stop) -> std::function<void()> {
         return [this, queues = PrintServer(stop).queues()] { queuesAreKnown(queues); };
     });
 }
 
-// The work runs on the operation's thread, and what it gives back on the main one, if the operation is still there.
+// The work runs on the operation's thread, and what it gives back on the main one, if the operation is still there and
+// goes on.
 void PrintOperation::doAside(const Work& work)
 {
+    m_isWorking = true;
     m_worker = std::jthread([work, self = QPointer(this)](const std::stop_token& stop) {
         postToMainQueue([self, afterwards = work(stop)] {
-            if (self)
+            if (!self)
+                return;
+            self->m_isWorking = false;
+            if (self->m_isCancelled)
+                self->deleteLater();
+            else
                 afterwards();
         });
     });
+}
+
+// Nothing is printed. The thread is asked to stop, and not waited for: the operation ends with it.
+void PrintOperation::cancel()
+{
+    m_asking = false;
+    m_isCancelled = true;
+    m_worker.request_stop();
+    if (!m_isWorking)
+        deleteLater();
 }
 
 void PrintOperation::queuesAreKnown(const std::expected<QList<PrintQueue>, Error>& queues)
@@ -78,6 +108,8 @@ void PrintOperation::queuesAreKnown(const std::expected<QList<PrintQueue>, Error
     if (m_queues.isEmpty())
         m_isolation = std::make_unique<WithoutPrintServer>();
     openDialog();
+    // Once the dialog blocks the windows in its place.
+    delete m_search;
     if (queues)
         return;
     const Error& error = queues.error();
@@ -93,7 +125,8 @@ void PrintOperation::openDialog()
     m_printer->setDocName(attestationJobName.toString());
     m_dialog = new PrintDialog(m_printer.get(), m_window);
     m_dialog->setAttribute(Qt::WA_DeleteOnClose);
-    m_dialog->setWindowTitle(u"Imprimer l’attestation"_s);
+    // People's eyes only: the job's name, which others see, is impersonal.
+    m_dialog->setWindowTitle(u"Imprimer l’attestation – %1"_s.arg(objectText(m_page.insuredName)));
     // The page is one.
     m_dialog->setOptions(QAbstractPrintDialog::PrintToFile | QAbstractPrintDialog::PrintShowPageSize |
                          QAbstractPrintDialog::PrintCollateCopies);
@@ -104,8 +137,10 @@ void PrintOperation::openDialog()
     offerFile();
     connect(m_dialog, &PrintDialog::acceptanceWanted, this, &PrintOperation::accept);
     connect(m_dialog, &QDialog::accepted, this, &PrintOperation::print);
-    connect(m_dialog, &QDialog::rejected, this, &QObject::deleteLater);
-    m_dialog->open();
+    connect(m_dialog, &QDialog::rejected, this, &PrintOperation::cancel);
+    // QDialog::open() would make it block its own window alone, and another card could take this one's place.
+    m_dialog->setWindowModality(Qt::ApplicationModal);
+    m_dialog->show();
 }
 
 // A file's name where the dialog would offer a folder alone, which nothing can be written to.
@@ -202,9 +237,6 @@ void PrintOperation::acceptPrinter()
     m_dialog->setEnabled(false);
     doAside([this](const std::stop_token& stop) -> std::function<void()> {
         return [this, queues = PrintServer(stop).queues()] {
-            // Closed meanwhile, it was not to be accepted.
-            if (!m_dialog || !m_dialog->isVisible())
-                return;
             m_dialog->setEnabled(true);
             if (queues)
                 m_dialog->acceptNow();
@@ -217,6 +249,8 @@ void PrintOperation::acceptPrinter()
 void PrintOperation::print()
 {
     m_asking = false;
+    // It is for the dialog, and the next print's may open before this page is where it goes.
+    m_isolation.reset();
     if (m_printer->outputFormat() == QPrinter::PdfFormat) {
         writeFile();
         return;
@@ -236,13 +270,25 @@ void PrintOperation::writeFile()
 {
     const QString path = m_printer->outputFileName();
     const QByteArray pdf = renderAttestationPdf(m_page, m_fonts, chosenInfo().sheet);
-    if (pdf.isEmpty())
+    if (pdf.isEmpty()) {
         finish(std::unexpected(PrintInfo::documentError()));
-    else if (const std::expected<void, QString> written = writePrivateFile(path, pdf); !written)
-        finish(std::unexpected(
-            Error(PrintServer::errorDomain, 0, u"« %1 » n’a pas été enregistré : %2."_s.arg(path, written.error()))));
-    else
+        return;
+    }
+    m_savingSheet = new SavingSheet(m_window);
+    m_savingSheet->begin();
+    FileWorker::shared().start(this, [this, path, pdf]() -> std::function<void()> {
+        return [this, path, written = writePrivateFile(path, pdf)] { fileIsWritten(path, written); };
+    });
+}
+
+void PrintOperation::fileIsWritten(const QString& path, const std::expected<void, WriteFailure>& written)
+{
+    m_savingSheet->end();
+    if (written)
         finish({});
+    else
+        finish(std::unexpected(Error(PrintServer::errorDomain, 0,
+                                     u"« %1 » n’a pas été enregistré : %2."_s.arg(path, written.error().reason))));
 }
 
 void PrintOperation::finish(const std::expected<void, Error>& outcome)

@@ -2,6 +2,7 @@
 
 #include "attestation/AttestationPage.h"
 #include "attestation/PrintInfo.h"
+#include "platform/WriteFailure.h"
 
 #include <QObject>
 #include <QPointer>
@@ -15,7 +16,9 @@
 class AlertQueue;
 class PageFonts;
 class PrintDialog;
+class PrinterSearch;
 class QWidget;
+class SavingSheet;
 
 /// One print from a window: asks which queues there are, opens the print dialog on the window, and hands the page to
 /// the queue that is chosen, or writes it to the file. The print server is only ever waited for on a thread of the
@@ -32,11 +35,11 @@ public:
     ~PrintOperation() override;
     Q_DISABLE_COPY_MOVE(PrintOperation)
 
-    /// Whether the window's question, how to print, is still to be answered.
+    /// Whether the question to the user, how to print, is still to be answered: from the beginning to the dialog's end.
     [[nodiscard]] bool isAsking() const { return m_asking; }
 
-    /// Brings the dialog to the front, once there is one.
-    void raiseDialog();
+    /// Brings to the front what asks: the dialog, or the window that says that the printers are searched.
+    void bringToFront();
 
     void run();
 
@@ -44,6 +47,7 @@ private:
     using Work = std::function<std::function<void()>(std::stop_token)>;
 
     void doAside(const Work& work);
+    void cancel();
     void queuesAreKnown(const std::expected<QList<PrintQueue>, Error>& queues);
     void openDialog();
     void offerFile();
@@ -54,6 +58,7 @@ private:
     void acceptPrinter();
     void print();
     void writeFile();
+    void fileIsWritten(const QString& path, const std::expected<void, WriteFailure>& written);
     [[nodiscard]] PrintInfo chosenInfo() const;
     [[nodiscard]] PrintInfo defaultsOfChosenQueue() const;
     void finish(const std::expected<void, Error>& outcome);
@@ -63,9 +68,13 @@ private:
     AlertQueue& m_alerts;
     QWidget* m_window;
     bool m_asking = true;
+    bool m_isWorking = false; // the thread of its own has something to do
+    bool m_isCancelled = false;
     QList<PrintQueue> m_queues;
     std::unique_ptr<WithoutPrintServer> m_isolation;
     std::unique_ptr<QPrinter> m_printer;
+    QPointer<PrinterSearch> m_search;
     QPointer<PrintDialog> m_dialog;
+    QPointer<SavingSheet> m_savingSheet;
     std::jthread m_worker;
 };

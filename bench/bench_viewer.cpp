@@ -7,6 +7,7 @@
 #include "attestation/MVNewAttestationView.h"
 #include "attestation/MVScrollView.h"
 #include "attestation/PageFonts.h"
+#include "attestation/PrintDesk.h"
 #include "attestation/SchemeLogos.h"
 #include "card/CardKeys.h"
 #include "platform/UserDefaults.h"
@@ -171,7 +172,8 @@ int main(int argc, char* argv[])
     if (!fonts)
         qFatal("%s", qPrintable(fonts.error().localizedDescription()));
     SchemeLogos logos(bundle);
-    MVAttestationWindowController viewer(logos, *fonts);
+    PrintDesk printDesk(logos, *fonts);
+    MVAttestationWindowController viewer(logos, *fonts, printDesk);
     viewer.setVitale(specimenCard());
     QWidget& page = *viewer.scrollView()->findChild<MVNewAttestationView*>();
     QSvgRenderer logo(*bundle.pathForResource(u"01"_s, u"svg"_s));

@@ -65,17 +65,21 @@ private Q_SLOTS:
 
     void headersAfterTheEdgeHaveNeitherTitleNorRule()
     {
-        const PageInk ink = tableHeader({tableColumn(u"a"_s, 40), tableColumn(u"b"_s, 60), tableColumn(u"c"_s, -50)});
+        const PageInk ink = tableHeader({tableColumn(u"a"_s, 40), tableColumn(u"b"_s, 60), tableColumn(u"c"_s, 50)});
         QCOMPARE(textsOf(ink).size(), 2);
+        QCOMPARE(placeOf(ink, u"c"_s), nowhere);
         QCOMPARE(placeOf(ink, u"b"_s), QPointF(55, 23));
         QCOMPARE(rulesOf(ink), QStringList(u"50 20 50 70"_s));
     }
 
     void cellsAfterTheEdgeAreNotDrawn()
     {
-        const PageInk ink = tableData({tableColumn(u""_s, 150), tableColumn(u""_s, 50), tableColumn(u""_s, -150)},
-                                      {{tableCell(u"a"_s), tableCell(u"b"_s), tableCell(u"c"_s)}});
-        QCOMPARE(textsOf(ink).size(), 2);
+        const PageInk ink = tableData({tableColumn(u""_s, 150), tableColumn(u""_s, 50), tableColumn(u""_s, 60)},
+                                      {{tableCell(u"a"_s), tableCell(u"b"_s), tableCell(u"c"_s)},
+                                       {tableCell(u"d"_s), tableCell(u"e"_s), tableCell(u"f"_s)}});
+        QCOMPARE(textsOf(ink).size(), 4);
+        QCOMPARE(placeOf(ink, u"c"_s), nowhere);
+        QCOMPARE(placeOf(ink, u"e"_s), QPointF(165, 43));
     }
 
     void aColumnHasARuleUnlessItSaysOtherwise()

@@ -3,6 +3,7 @@
 #include "attestation/MVClipView.h"
 #include "attestation/MVNewAttestationView.h"
 #include "attestation/MVScrollView.h"
+#include "attestation/PrintDesk.h"
 #include "attestation/PrintOperation.h"
 #include "attestation/SchemeLogos.h"
 #include "card/CardKeys.h"
@@ -11,8 +12,10 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPrintDialog>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <functional>
@@ -39,9 +42,11 @@ class tst_MVAttestationWindowController : public QObject
     Q_OBJECT
 
 private:
+    QTemporaryDir m_folder;
     TemporarySettings m_settings;
     SchemeLogos m_logos{stagedBundle()};
     PageFonts m_fonts = pageFonts();
+    std::unique_ptr<PrintDesk> m_printDesk;
     std::unique_ptr<MVAttestationWindowController> m_viewer;
 
     [[nodiscard]] QMainWindow* window() const { return m_viewer->window(); }
@@ -63,12 +68,14 @@ private:
 
 private Q_SLOTS:
     // No print server is asked.
-    void initTestCase() { qputenv("CUPS_SERVER", "/nonexistent/cups.sock"); }
+    void initTestCase() { qputenv("CUPS_SERVER", QFile::encodeName(m_folder.filePath(u"cups.sock"_s))); }
 
     void init()
     {
         QTest::failOnWarning(QRegularExpression(u"^(?!.*does not support (propagateSizeHints|raise))"_s));
-        m_viewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts);
+        m_viewer.reset();
+        m_printDesk = std::make_unique<PrintDesk>(m_logos, m_fonts);
+        m_viewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts, *m_printDesk);
     }
 
     void theWindowIsLoadedAndHidden()
@@ -175,6 +182,28 @@ private Q_SLOTS:
         QCOMPARE(window()->findChildren<PrintOperation*>().size(), 0);
         way(*m_viewer);
         QCOMPARE(window()->findChildren<PrintOperation*>().size(), 1);
+    }
+
+    void withoutThePermissionOfThePrintDeskNothingIsPrinted()
+    {
+        m_printDesk->setPermission([] { return false; });
+        m_viewer->setVitale(specimenCard(2));
+        m_viewer->printAttestation(nullptr);
+        QCOMPARE(window()->findChildren<PrintOperation*>().size(), 0);
+        QVERIFY(!m_printDesk->isAsking());
+    }
+
+    void theCardThatIsSetWhileThePrintDeskIsAskedIsTheOneThatIsPrinted()
+    {
+        m_viewer->setVitale(cardOf(u"Marie"_s, u"Martin"_s));
+        m_printDesk->setPermission([this] {
+            m_viewer->setVitale(cardOf(u"Jean"_s, u"Durand"_s));
+            return true;
+        });
+        m_viewer->printAttestation(nullptr);
+        const auto dialog = [this] { return window()->findChild<QPrintDialog*>(); };
+        QTRY_VERIFY(dialog() != nullptr);
+        QVERIFY(dialog()->windowTitle().endsWith(u"Durand Jean"_s));
     }
 
     void keysCloseTheWindowWhichComesBack_data()

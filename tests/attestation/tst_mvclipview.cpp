@@ -1,9 +1,11 @@
 #include "attestation/DocumentView.h"
 #include "attestation/MVClipView.h"
+#include "attestation/ScrollView.h"
 
 #include <QApplication>
 #include <QPainter>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -120,6 +122,15 @@ private Q_SLOTS:
         QCOMPARE(clip.document.geometry(), QRect(50, 50, 300, 400));
     }
 
+    void aScaleThatLeavesTheOriginWhereItIsShowsTheDocumentSmaller()
+    {
+        Clip clip;
+        clip.view.setFrame({0, 0, 300, 400});
+        clip.view.setScale({0.5, 0.5});
+        QCOMPARE(clip.view.bounds(), QRectF(0, 0, 600, 800));
+        QCOMPARE(clip.document.geometry(), QRect(0, 0, 300, 400));
+    }
+
     // Not a product of those before.
     void anotherScaleTakesThePlaceOfTheLast()
     {
@@ -205,6 +216,28 @@ private Q_SLOTS:
         QCOMPARE(clip.view.bounds().topLeft(), QPointF(-50, -50));
         clip.view.viewFrameChanged();
         QCOMPARE(clip.view.bounds().topLeft(), QPointF(-50, -50));
+    }
+
+    // The base would move the bounds before it tells the scroll view of the document.
+    void theScrollViewLearnsOfTheDocumentsSizeBeforeTheBoundsMove()
+    {
+        ScrollView scroll;
+        auto* view = new MVClipView;
+        scroll.setContentView(view);
+        auto* document = new Sheet({600, 800});
+        scroll.setDocumentView(document);
+        view->setFrame({0, 0, 300, 400});
+        view->scrollToPoint({300, 400});
+        QCOMPARE(scroll.horizontalScrollBar()->value(), 300);
+        QCOMPARE(scroll.horizontalScrollBar()->pageStep(), 300);
+
+        QList<QPointF> origins;
+        connect(scroll.horizontalScrollBar(), &QScrollBar::rangeChanged, this,
+                [&] { origins.append(view->bounds().topLeft()); });
+        document->setDocumentSize({500, 800});
+        QCOMPARE(origins, QList<QPointF>({{300, 400}}));
+        QCOMPARE(view->bounds(), QRectF(200, 400, 300, 400));
+        QCOMPARE(scroll.horizontalScrollBar()->value(), 200);
     }
 
     void withoutADocumentTheViewIsCentredOnNothing()

@@ -9,6 +9,7 @@
 #include <QImage>
 #include <QPainter>
 #include <QRegularExpression>
+#include <QSvgRenderer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -34,6 +35,15 @@ double darkness(const QImage& image, QRect part)
             sum += 255 - image.pixelColor(x, y).lightness();
     }
     return double(sum) / (part.width() * part.height());
+}
+
+// A picture that is black all over.
+QByteArray blackPicture(int width, int height)
+{
+    return u"<svg xmlns='http://www.w3.org/2000/svg' width='%1' height='%2'><rect width='%1' height='%2'/></svg>"_s
+        .arg(width)
+        .arg(height)
+        .toUtf8();
 }
 
 QPalette darkPalette()
@@ -134,6 +144,48 @@ private Q_SLOTS:
         MVNewAttestation attestation(m_logos);
         attestation.setVitale(specimenCard(3));
         QCOMPARE(MVNewAttestationView::viewOf(attestation, m_fonts)->page().lines.size(), 3);
+    }
+
+    // A logo whose proportions change behind the view's back: only a new layout would see it.
+    void aPageIsLaidOutOnceHoweverOftenItIsPainted()
+    {
+        const auto logo = std::make_shared<QSvgRenderer>(blackPicture(400, 200));
+        const MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        AttestationPage page;
+        page.logo = logo;
+        view->setPage(page);
+        const QColor black(Qt::black);
+        QCOMPARE(shown(*view).pixelColor(120, 50), black);
+        QVERIFY(logo->load(blackPicture(100, 200)));
+        QCOMPARE(shown(*view).pixelColor(120, 50), black);
+        view->setPlacement(QTransform::fromScale(0.5, 0.5));
+        QCOMPARE(shown(*view).pixelColor(60, 25), black);
+
+        // The page is laid out anew for what it depends on.
+        view->setPlacement({});
+        view->setPage(page);
+        QCOMPARE(shown(*view).pixelColor(120, 50), QColor(Qt::white));
+        QCOMPARE(shown(*view).pixelColor(30, 50), black);
+        QVERIFY(logo->load(blackPicture(400, 200)));
+        view->setFonts(m_fonts);
+        QCOMPARE(shown(*view).pixelColor(120, 50), black);
+        QVERIFY(logo->load(blackPicture(100, 200)));
+        view->setDocumentSize({595, 800});
+        QCOMPARE(shown(*view).pixelColor(120, 50), QColor(Qt::white));
+    }
+
+    void eachOfManyRecordsIsShownInItsTurn()
+    {
+        MVNewAttestation attestation(m_logos);
+        const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
+        for (const int persons : {3, 1, 500, 2}) {
+            attestation.setVitale(specimenCard(persons));
+            static_cast<void>(shown(*view));
+            MVNewAttestation same(m_logos);
+            same.setVitale(specimenCard(persons));
+            QCOMPARE(shown(*view), shown(*MVNewAttestationView::viewOf(same, m_fonts)));
+        }
     }
 
     void thePageIsPaintedAgainWhenARecordIsSet()

@@ -1,8 +1,9 @@
 #include "Fixtures.h"
 #include "Tools.h"
-#include "attestation/AttestationPrinting.h"
+#include "attestation/PrintDesk.h"
 #include "attestation/PrintDialog.h"
 #include "attestation/PrintOperation.h"
+#include "attestation/PrinterSearch.h"
 #include "attestation/SchemeLogos.h"
 #include "platform/gui/AlertQueue.h"
 
@@ -10,7 +11,9 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
+#include <QLocalServer>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPrinter>
@@ -22,13 +25,41 @@
 
 using namespace Qt::StringLiterals;
 
-// No print server is there: the dialog offers a file alone.
-class tst_AttestationPrinting : public QObject
+namespace {
+
+/// Leads programs to a print server that takes connections and never answers, as long as it lives.
+class StalledServer
+{
+public:
+    StalledServer()
+    {
+        m_isListening = m_server.listen(m_folder.filePath(u"cups.sock"_s));
+        qputenv("CUPS_SERVER", QFile::encodeName(m_server.fullServerName()));
+    }
+    ~StalledServer() { qputenv("CUPS_SERVER", m_serverBefore); }
+    StalledServer(const StalledServer&) = delete;
+    StalledServer& operator=(const StalledServer&) = delete;
+
+    [[nodiscard]] bool isListening() const { return m_isListening; }
+    /// Whether it was asked for something.
+    [[nodiscard]] bool isAsked() const { return m_server.hasPendingConnections(); }
+
+private:
+    QTemporaryDir m_folder;
+    QLocalServer m_server;
+    bool m_isListening = false;
+    QByteArray m_serverBefore = qgetenv("CUPS_SERVER");
+};
+
+} // namespace
+
+// No print server is there, but for some tests: the dialog offers a file alone.
+class tst_PrintDesk : public QObject
 {
     Q_OBJECT
 
 private:
-    void print() { printAttestation(specimenCard(2), *m_logos, *m_fonts, *m_alerts, m_window.get()); }
+    void print() { m_desk->print(specimenCard(2), *m_alerts, *m_window); }
 
     [[nodiscard]] QList<PrintOperation*> operations() const { return m_window->findChildren<PrintOperation*>(); }
     [[nodiscard]] QMessageBox* alert() const { return m_window->findChild<QMessageBox*>(); }
@@ -39,6 +70,8 @@ private:
         const auto dialog = [this] { return m_window->findChild<PrintDialog*>(); };
         return QTest::qWaitFor([&dialog] { return dialog() != nullptr && dialog()->isVisible(); }) ? dialog() : nullptr;
     }
+
+    [[nodiscard]] PrinterSearch* search() const { return m_window->findChild<PrinterSearch*>(); }
 
     static QString existingFile(const QTemporaryDir& folder)
     {
@@ -75,6 +108,7 @@ private:
     TemporarySettings m_settings;
     std::optional<PageFonts> m_fonts;
     std::unique_ptr<SchemeLogos> m_logos;
+    std::unique_ptr<PrintDesk> m_desk;
     std::unique_ptr<QWidget> m_window;
     std::unique_ptr<AlertQueue> m_alerts;
 
@@ -87,6 +121,7 @@ private Q_SLOTS:
 
     void init()
     {
+        m_desk = std::make_unique<PrintDesk>(*m_logos, *m_fonts);
         m_window = std::make_unique<QWidget>();
         m_alerts = std::make_unique<AlertQueue>(m_window.get());
         m_window->show();
@@ -104,10 +139,18 @@ private Q_SLOTS:
         const QPointer<PrintDialog> dialog = openDialog();
         QVERIFY(dialog);
         QCOMPARE(dialog->parentWidget(), m_window.get());
-        QCOMPARE(dialog->windowModality(), Qt::WindowModal);
         dialog->reject();
         QTRY_VERIFY(!dialog);
         QTRY_VERIFY(operations().isEmpty());
+    }
+
+    void theDialogBlocksAllWindowsAndNamesThePatient()
+    {
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
+        QCOMPARE(dialog->windowTitle(), u"Imprimer l’attestation – SPECIMEN Marie"_s);
+        QCOMPARE(dialog->printer()->docName(), u"Attestation de droits"_s);
     }
 
     void theDialogStartsWithTheWholeSheet()
@@ -120,24 +163,156 @@ private Q_SLOTS:
         QCOMPARE(dialog->printer()->docName(), u"Attestation de droits"_s);
     }
 
-    void oneWindowHasOneDialog()
+    void allWindowsTogetherHaveOneDialog()
     {
         print();
+        QWidget other;
+        AlertQueue alerts(&other);
+        m_desk->print(specimenCard(1), alerts, other);
         print();
         QTRY_COMPARE(m_window->findChildren<PrintDialog*>().size(), 1);
-        print();
+        m_desk->print(specimenCard(1), alerts, other);
+        QCOMPARE(other.findChildren<PrintOperation*>().size(), 0);
         QCOMPARE(operations().size(), 1);
         QCOMPARE(m_window->findChildren<PrintDialog*>().size(), 1);
     }
 
-    void twoWindowsHaveADialogEach()
+    void aPrintAsksFromItsRequestToTheEndOfItsDialog_data()
     {
-        QVERIFY(openDialog());
+        QTest::addColumn<bool>("isAccepted");
+        QTest::newRow("accepted") << true;
+        QTest::newRow("rejected") << false;
+    }
+
+    void aPrintAsksFromItsRequestToTheEndOfItsDialog()
+    {
+        QFETCH(const bool, isAccepted);
+        const QTemporaryDir folder;
+        QVERIFY(!m_desk->isAsking());
+        print();
+        QVERIFY(m_desk->isAsking());
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        QVERIFY(m_desk->isAsking());
+        chooseFile(*dialog, folder.filePath(u"page.pdf"_s));
+        if (isAccepted)
+            pressPrint(*dialog);
+        else
+            dialog->reject();
+        QVERIFY(!m_desk->isAsking());
+        QTRY_VERIFY(operations().isEmpty());
+    }
+
+    void aNewPrintMayAskWhileTheLastPageIsWritten()
+    {
+        const QTemporaryDir folder;
+        QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        chooseFile(*dialog, folder.filePath(u"first.pdf"_s));
+        pressPrint(*dialog);
+        QTRY_VERIFY(!dialog);
+        m_desk->print(specimenCard(1), *m_alerts, *m_window);
+        QVERIFY(m_desk->isAsking());
+        QTRY_VERIFY(QFile::exists(folder.filePath(u"first.pdf"_s)));
+        QTRY_COMPARE(m_window->findChildren<PrintDialog*>().size(), 1);
+    }
+
+    void aWindowMayPrintAsTheDesksOwnerPermits()
+    {
+        QVERIFY(m_desk->mayPrint());
+        bool isPermitted = false;
+        m_desk->setPermission([&isPermitted] { return isPermitted; });
+        QVERIFY(!m_desk->mayPrint());
+        isPermitted = true;
+        QVERIFY(m_desk->mayPrint());
+    }
+
+    void aDialogBehindIsBroughtToTheFrontWithItsWindow()
+    {
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        m_window->showMinimized();
+        m_desk->bringToFront();
+        QVERIFY(!m_window->isMinimized());
+        QTRY_COMPARE(QApplication::activeWindow(), dialog.get());
+    }
+
+    void anAlertOfAnotherWindowCanBeAnsweredUnderTheDialog()
+    {
         QWidget other;
         AlertQueue alerts(&other);
-        printAttestation(specimenCard(1), *m_logos, *m_fonts, alerts, &other);
-        QTRY_COMPARE(other.findChildren<PrintDialog*>().size(), 1);
-        QCOMPARE(m_window->findChildren<PrintDialog*>().size(), 1);
+        other.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&other));
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        alerts.presentMessage(u"titre"_s, u"texte"_s);
+        const QPointer<QMessageBox> box = other.findChild<QMessageBox*>();
+        QVERIFY(box);
+        QVERIFY(QTest::qWaitForWindowExposed(box));
+        QTest::mouseClick(box->defaultButton(), Qt::LeftButton);
+        QTRY_VERIFY(!box);
+        QVERIFY(dialog && dialog->isVisible());
+        QTest::keyClick(dialog->windowHandle(), Qt::Key_Escape);
+        QTRY_VERIFY(!dialog);
+    }
+
+    void aSearchThatTakesLongIsSaidAndCanBeStopped()
+    {
+        const StalledServer server;
+        QVERIFY(server.isListening());
+        print();
+        const QPointer<PrinterSearch> window = search();
+        QVERIFY(window && !window->isVisible());
+        QTRY_VERIFY(window->isVisible());
+        QCOMPARE(window->windowModality(), Qt::ApplicationModal);
+        QCOMPARE(window->findChild<QLabel*>()->text(), u"Recherche des imprimantes…"_s);
+        QVERIFY(server.isAsked());
+
+        auto* cancel = window->findChild<QAbstractButton*>();
+        QCOMPARE(cancel->text(), u"Annuler"_s);
+        QTest::mouseClick(cancel, Qt::LeftButton);
+        QVERIFY(!window->isVisible());
+        QVERIFY(!m_desk->isAsking());
+        QTRY_VERIFY(operations().isEmpty());
+        QVERIFY(m_window->findChild<PrintDialog*>() == nullptr);
+        QVERIFY(alert() == nullptr);
+    }
+
+    void aSecondRequestShowsTheSearchAtOnce()
+    {
+        const StalledServer server;
+        QVERIFY(server.isListening());
+        print();
+        QVERIFY(!search()->isVisible());
+        print();
+        QVERIFY(search()->isVisible());
+        QCOMPARE(operations().size(), 1);
+    }
+
+    void theDialogTakesTheSearchsPlace()
+    {
+        print();
+        m_desk->bringToFront();
+        const QPointer<PrinterSearch> window = search();
+        QVERIFY(window && window->isVisible());
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        QVERIFY(!window);
+        QCOMPARE(QApplication::activeModalWidget(), dialog.get());
+    }
+
+    void afterASearchThatWasStoppedTheNextOneAsksAgain()
+    {
+        {
+            const StalledServer server;
+            QVERIFY(server.isListening());
+            print();
+            search()->reject();
+            QVERIFY(!m_desk->isAsking());
+        }
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        QVERIFY(m_desk->isAsking());
     }
 
     void theFileIsPrivateAndWhole()
@@ -222,7 +397,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         QTest::newRow("nothing") << u""_s;
         QTest::newRow("folder") << u"/tmp"_s;
-        QTest::newRow("folder with its slash") << u"/nonexistent/"_s;
+        QTest::newRow("folder with its slash") << QTemporaryDir().filePath(u"gone/"_s);
     }
 
     void aFolderIsNoFile()
@@ -269,9 +444,10 @@ private Q_SLOTS:
 
 int main(int argc, char** argv)
 {
-    qputenv("CUPS_SERVER", "/nonexistent/cups.sock");
+    const QTemporaryDir withoutServer;
+    qputenv("CUPS_SERVER", QFile::encodeName(withoutServer.filePath(u"cups.sock"_s)));
     const QApplication application(argc, argv);
-    tst_AttestationPrinting test;
+    tst_PrintDesk test;
     return QTest::qExec(&test, argc, argv);
 }
-#include "tst_attestationprinting.moc"
+#include "tst_printdesk.moc"

@@ -1,0 +1,50 @@
+#include "attestation/PrintDesk.h"
+
+#include "attestation/MVNewAttestation.h"
+#include "attestation/PrintOperation.h"
+
+#include <QWidget>
+
+#include <utility>
+
+PrintDesk::PrintDesk(SchemeLogos& logos, const PageFonts& fonts)
+    : m_logos(logos)
+    , m_fonts(fonts)
+{
+}
+
+PrintDesk::~PrintDesk() = default;
+
+void PrintDesk::setPermission(std::function<bool()> permission)
+{
+    m_permission = std::move(permission);
+}
+
+bool PrintDesk::mayPrint() const
+{
+    return !m_permission || m_permission();
+}
+
+void PrintDesk::print(const CardRecord& record, AlertQueue& alerts, QWidget& window)
+{
+    if (isAsking()) {
+        bringToFront();
+        return;
+    }
+    MVNewAttestation attestation(m_logos);
+    attestation.setVitale(record);
+    // It deletes itself when it is done, and goes with the window otherwise.
+    m_operation = new PrintOperation(attestation.page(), m_fonts, alerts, &window);
+    m_operation->run();
+}
+
+bool PrintDesk::isAsking() const
+{
+    return m_operation && m_operation->isAsking();
+}
+
+void PrintDesk::bringToFront() const
+{
+    if (isAsking())
+        m_operation->bringToFront();
+}

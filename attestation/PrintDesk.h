@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QPointer>
+
+#include <functional>
+
+class AlertQueue;
+class CardRecord;
+class PageFonts;
+class PrintOperation;
+class QWidget;
+class SchemeLogos;
+
+/// Where the application prints attestations: one at a time asks the user, from the request to the end of its dialog.
+/// As long as it asks, no other card may take the place of the one whose page it prints. Main thread only; the logos
+/// and the fonts must outlive it.
+class PrintDesk final
+{
+public:
+    PrintDesk(SchemeLogos& logos, const PageFonts& fonts);
+    PrintDesk(const PrintDesk&) = delete;
+    PrintDesk& operator=(const PrintDesk&) = delete;
+    ~PrintDesk();
+
+    /// Asked before a window prints its own card. Whoever refuses tells the user why.
+    void setPermission(std::function<bool()> permission);
+    /// Whether a window may print its own card now. What the window shows may change meanwhile: ask first, then take
+    /// its card.
+    [[nodiscard]] bool mayPrint() const;
+
+    /// Prints the record's attestation: a fresh page, whatever is on the screen, on one sheet. The print dialog opens
+    /// on the window that asks, and blocks all windows. What fails is told by the window's alerts. While another print
+    /// asks nothing is printed, and that one comes to the front. Returns at once; the alerts and the window must
+    /// outlive the print.
+    void print(const CardRecord& record, AlertQueue& alerts, QWidget& window);
+
+    /// Whether a print still has its question to the user, how to print, on the screen or on the way there.
+    [[nodiscard]] bool isAsking() const;
+    /// Brings that question to the front; nothing when there is none.
+    void bringToFront() const;
+
+private:
+    SchemeLogos& m_logos;
+    const PageFonts& m_fonts;
+    std::function<bool()> m_permission;
+    QPointer<PrintOperation> m_operation; // the last one; it deletes itself
+};
