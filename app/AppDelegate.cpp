@@ -7,8 +7,10 @@
 #include "card/BindOutcome.h"
 #include "card/CardServiceKeys.h"
 #include "card/LVitAccess.h"
+#include "platform/FileWorker.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
+#include "platform/gui/SavingSheet.h"
 #include "platform/gui/WindowActivation.h"
 #include "platform/update/SUUpdater.h"
 #include "prefs/LVitAccessPrefs.h"
@@ -20,7 +22,6 @@
 #include "support/MXLog.h"
 #include "support/MoveAtLaunch.h"
 
-#include <QCoreApplication>
 #include <QFileDialog>
 #include <QGuiApplication>
 
@@ -42,12 +43,16 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     , m_alerts(&surroundings.window)
     , m_lvit(std::move(client))
     , m_reading(m_lvit, *this)
+    , m_printDesk(m_logos, m_fonts)
 {
+    m_printDesk.setPermission([this] { return permitPrint(); });
+    connect(&FileWorker::shared(), &FileWorker::ended, this, &AppDelegate::writingHasEnded);
 }
 
 AppDelegate::~AppDelegate()
 {
     applicationWillTerminate();
+    delete m_savingSheet;
 }
 
 void AppDelegate::awakeFromNib()
@@ -69,7 +74,7 @@ void AppDelegate::applicationDidFinishLaunching()
     // Before all that takes time, and not left in a buffer meanwhile: people see the window at once.
     m_window.show();
     QGuiApplication::sync();
-    m_attestationViewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts);
+    m_attestationViewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts, m_printDesk);
     setObservers();
     checkLogDir();
     checkSedicaDir();
@@ -97,12 +102,7 @@ bool AppDelegate::applicationShouldHandleReopen(const QObject* sender, bool hasV
 void AppDelegate::showMainWindow(const QObject* /*sender*/)
 {
     bringToFront(m_window);
-}
-
-void AppDelegate::terminate()
-{
-    // No window is asked: those that only iconify when they are closed would refuse.
-    QCoreApplication::exit(0);
+    m_printDesk.bringToFront();
 }
 
 void AppDelegate::setObservers()
@@ -137,6 +137,7 @@ void AppDelegate::initPrefs()
 void AppDelegate::connectWindow()
 {
     connect(&m_window, &MainWindow::readRequested, this, [this] { readVitale(&m_window); });
+    connect(&m_window, &MainWindow::readCancelRequested, this, [this] { m_reading.cancelRead(); });
     connect(&m_window, &MainWindow::viewRequested, this, [this] { viewAttestation(&m_window); });
     connect(&m_window, &MainWindow::printRequested, this, [this] { printAttestation(&m_window); });
     connect(&m_window, &MainWindow::saveRequested, this, [this] { saveAttestation(&m_window); });
@@ -147,7 +148,8 @@ void AppDelegate::connectWindow()
     connect(&m_window, &MainWindow::updateRequested, this, [this] { m_updater->checkForUpdates(&m_window); });
     connect(&m_window, &MainWindow::cardFileRequested, this, [this] { loadXMLFile(); });
     connect(&m_window, &MainWindow::cardFileDropped, this, [this](const QString& path) { loadXMLFile(path); });
-    connect(&m_window, &MainWindow::quitRequested, this, &AppDelegate::terminate);
+    connect(&m_window, &MainWindow::cardFileDroppedInVain, this, &AppDelegate::refuseDrop);
+    connect(&m_window, &MainWindow::quitRequested, this, &AppDelegate::quit);
     m_window.setClosePolicy([this] {
         return m_statusItem && m_statusItem->hostAvailable() ? MainWindow::ClosePolicy::Hide
                                                              : MainWindow::ClosePolicy::Iconify;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "app/PanelLine.h"
 #include "app/ReadWorkflow.h"
+#include "app/SaveFailure.h"
+#include "attestation/PrintDesk.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
 #include "platform/gui/AlertQueue.h"
@@ -10,6 +13,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <expected>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -20,6 +25,7 @@ class PageFonts;
 class QAction;
 class QFileDialog;
 class QMenu;
+class SavingSheet;
 class SchemeLogos;
 class StatusItem;
 class SUUpdater;
@@ -58,10 +64,14 @@ public:
     /// do anything else about it: never.
     bool applicationShouldHandleReopen(const QObject* sender, bool hasVisibleWindows);
 
-    /// Makes the main window the active one, in front of the others.
+    /// Makes the main window the active one, in front of the others, but for a print that asks.
     void showMainWindow(const QObject* sender);
-    /// Ends the application, whatever is on the screen.
-    static void terminate();
+    /// The user leaves: ends the application once the files that are being written are whole. A save that fails
+    /// meanwhile keeps it, to tell so.
+    void quit();
+    /// Ends the application, whatever is on the screen, once the files that are being written are whole. A disk that
+    /// does not answer holds neither this nor quit() up for more than ten seconds.
+    void terminate();
 
     [[nodiscard]] bool isEnabled() const { return m_enabled; }
     [[nodiscard]] bool isReading() const { return m_reading.isReading(); }
@@ -84,13 +94,22 @@ public:
 
     /// Lets the user choose a card XML file, and loads it.
     void loadXMLFile();
-    /// Shows the card of a file as if it had been read; the failure is presented.
+    /// Shows the card of a file as if it had been read; the failure is presented. Refused while a card is read, a
+    /// print asks, or a file is written.
     void loadXMLFile(const QString& path);
 
     void showStatusItem() override;
     void hideStatusItem() override;
 
 private:
+    /// Whether the application ends once nothing is being written any more.
+    enum class Leaving
+    {
+        No,
+        UnlessSaveFails,
+        InAnyCase
+    };
+
     // The steps of the start-up.
     void setObservers();
     void initPrefs();
@@ -102,9 +121,20 @@ private:
     void updateUI();
     void connectWindow();
     void setEnabled(bool enabled);
+    void showCard(PanelLine::CardOrigin origin);
+    void updateViewer();
+
+    // One card at a time: these refuse the user's request, and say whether they did.
+    bool refuseWhileReading();
+    bool refuseWhilePrintAsks();
+    bool refuseWhileWriting();
+    void refuseDrop();
+    bool permitPrint();
 
     /// The main window, seen: what belongs to it would be lost on a hidden one.
     [[nodiscard]] MainWindow& visibleWindow();
+    /// Beeps, and sees to it that the main window is seen, which says why.
+    void alertUser();
 
     // The files.
     void addToRecents(const QString& path);
@@ -113,15 +143,24 @@ private:
     void view(const CardRecord& record);
     void print(const CardRecord& record);
     void save(const CardRecord& record);
+    void finishSave(const std::expected<QString, SaveFailure>& saved);
+
+    // What is written meanwhile.
+    void writeAside(const std::function<std::function<void()>()>& work);
+    void writingHasEnded();
+    void endOnceWritten();
+    [[nodiscard]] static QString attestationsFolder();
 
     // What the reading of a card needs.
     void beginSheet(const QString& message) override;
     void endSheed() override;
     void showBinding(bool isBinding) override;
-    void beep() override;
+    void refuse(const QString& reason) override;
     void presentError(const Error& error) override;
     [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return m_currentVitale; }
     void cardWasRead(const CardRecord& record) override;
+    void readFailed() override;
+    void readCancelled() override;
     void saveXMLIfNeeded() override;
 
     const Bundle& m_bundle;
@@ -131,11 +170,15 @@ private:
     AlertQueue m_alerts;
     std::shared_ptr<LVitAccess> m_lvit;
     ReadWorkflow m_reading;
+    PrintDesk m_printDesk;
     std::optional<CardRecord> m_currentVitale;
     std::unique_ptr<MVAttestationWindowController> m_attestationViewer;
     std::unique_ptr<StatusItem> m_statusItem;
     QPointer<QMenu> m_recentsMenu; // the window's own
     std::unique_ptr<SUUpdater> m_updater;
     QPointer<QFileDialog> m_filePanel;
+    QPointer<SavingSheet> m_savingSheet; // belongs to the window
+    Leaving m_leaving = Leaving::No;
     bool m_enabled = false;
+    bool m_isViewerDue = false; // it does not show the current card yet
 };

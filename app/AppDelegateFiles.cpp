@@ -1,42 +1,31 @@
 // The controller and the files: the page on screen, on paper and on disk, recent files, cards from files.
 #include "app/AppDelegate.h"
-#include "app/AttestationFiles.h"
 #include "app/CardFile.h"
 #include "app/CardFilePanel.h"
 #include "app/MainWindow.h"
 #include "app/RecentAttestations.h"
 #include "app/StatusItem.h"
-#include "attestation/AttestationPrinting.h"
 #include "attestation/MVAttestationWindowController.h"
-#include "card/PelmoraError.h"
 #include "platform/gui/Workspace.h"
 #include "platform/update/SUUpdater.h"
-#include "prefs/MVSettings.h"
-#include "support/MXLog.h"
 #include "support/MXUtils.h"
 
 #include <QAction>
-#include <QDateTime>
 #include <QFileDialog>
 #include <QMenu>
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QString attestationsFolder()
-{
-    return MVSettings::stringPreferencesForKey(SettingsKey::attestationsFolder).value_or(QString());
-}
-
-} // namespace
-
 // Nothing happens when no card is there and none can be read: the read has told why.
 void AppDelegate::whenCardIsThere(void (AppDelegate::*action)(const CardRecord&))
 {
+    if (refuseWhilePrintAsks())
+        return;
     m_reading.readVitaleIfNeedWithCompletionHandler([this, action](bool success, const std::optional<Error>&) {
-        if (success && m_currentVitale)
-            (this->*action)(*m_currentVitale);
+        if (!success || !m_currentVitale)
+            return;
+        m_window.setNotice(QString());
+        (this->*action)(*m_currentVitale);
     });
 }
 
@@ -47,49 +36,34 @@ void AppDelegate::viewAttestation(const QObject* /*sender*/)
 
 void AppDelegate::printAttestation(const QObject* /*sender*/)
 {
-    whenCardIsThere(&AppDelegate::print);
+    if (!refuseWhileWriting())
+        whenCardIsThere(&AppDelegate::print);
 }
 
 void AppDelegate::saveAttestation(const QObject* /*sender*/)
 {
-    whenCardIsThere(&AppDelegate::save);
+    if (!refuseWhileWriting())
+        whenCardIsThere(&AppDelegate::save);
 }
 
 void AppDelegate::view(const CardRecord& record)
 {
+    m_isViewerDue = false;
     m_attestationViewer->setVitale(record);
     m_attestationViewer->showWindow(this);
 }
 
 void AppDelegate::print(const CardRecord& record)
 {
-    ::printAttestation(record, m_logos, m_fonts, m_alerts, &visibleWindow());
-}
-
-void AppDelegate::save(const CardRecord& record)
-{
-    const std::expected<QString, SaveFailure> saved =
-        AttestationFiles(attestationsFolder(), m_logos, m_fonts).save(record);
-    if (!saved && saved.error().kind == SaveFailure::Kind::FolderUnusable) {
-        beep();
+    // A read that waits for the card service would bring another card under the dialog.
+    if (refuseWhileReading())
         return;
-    }
-    if (!saved && saved.error().kind == SaveFailure::Kind::NoDocument) {
-        presentError(PelmoraError::writeError());
-        return;
-    }
-    // The path names the patient, so it stays out of the log.
-    if (!saved)
-        MXLog::logError("The attestation was not written: {}", saved.error().reason);
-
-    // Said even of a file that could not be written: so it was decided for this window.
-    addToRecents(saved ? *saved : saved.error().path);
-    static_cast<void>(visibleWindow());
-    m_alerts.presentMessage(u"Enregistrement de l'attestation"_s, u"L'attestation a bien été enregistrée."_s);
+    m_printDesk.print(record, m_alerts, visibleWindow());
 }
 
 void AppDelegate::openAttestationsFolder(const QObject* /*sender*/)
 {
+    m_window.setNotice(QString());
     const QString folder = attestationsFolder();
     if (MXUtils::checkFolderAtPath(folder, true))
         Workspace::openFile(folder);
@@ -137,12 +111,16 @@ void AppDelegate::openRecentAttestation(const QObject* sender)
     const auto* menuItem = qobject_cast<const QAction*>(sender);
     if (!menuItem)
         return;
+    m_window.setNotice(QString());
     if (const std::optional<QString> path = RecentAttestations::pathAt(menuItem->data().toInt()))
         Workspace::openFile(*path);
 }
 
 void AppDelegate::loadXMLFile()
 {
+    if (refuseWhileReading() || refuseWhilePrintAsks() || refuseWhileWriting())
+        return;
+    m_window.setNotice(QString());
     MainWindow& window = visibleWindow();
     if (m_filePanel) {
         m_filePanel->raise();
@@ -158,12 +136,14 @@ void AppDelegate::loadXMLFile()
 
 void AppDelegate::loadXMLFile(const QString& path)
 {
+    if (refuseWhileReading() || refuseWhilePrintAsks() || refuseWhileWriting())
+        return;
+    m_window.setNotice(QString());
     const std::expected<CardRecord, Error> record = loadCardFile(path);
     if (!record) {
         presentError(record.error());
         return;
     }
     m_currentVitale = *record;
-    updateUI();
-    m_window.setCardTime(MainWindow::CardOrigin::File, QDateTime::currentDateTime());
+    showCard(PanelLine::CardOrigin::File);
 }

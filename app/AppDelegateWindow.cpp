@@ -1,10 +1,10 @@
 // The controller and the main window: its states, the reading of a card, the status item, help and mail.
 #include "app/AppDelegate.h"
 #include "app/CardSummary.h"
-#include "app/DebugCopy.h"
 #include "app/MainWindow.h"
 #include "app/StatusItem.h"
 #include "app/StatusMenu.h"
+#include "attestation/MVAttestationWindowController.h"
 #include "platform/gui/Beep.h"
 #include "platform/gui/Workspace.h"
 #include "platform/update/SUUpdater.h"
@@ -13,13 +13,18 @@
 #include "support/MXButton.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDateTime>
 #include <QFileDialog>
-#include <QGuiApplication>
 #include <QLabel>
+#include <QTimer>
 #include <QUrl>
 
+#include <chrono>
+#include <utility>
+
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -27,6 +32,9 @@ constexpr QStringView contactMailKey{u"MVContactMail"};
 
 // Held down together while the card is asked for: a file instead of the reader.
 constexpr Qt::KeyboardModifiers fileKeys = Qt::ControlModifier | Qt::AltModifier;
+
+// The summary is painted by then: Qt collects what is to be painted for a few milliseconds.
+constexpr auto untilPainted = 50ms;
 
 } // namespace
 
@@ -51,6 +59,7 @@ void AppDelegate::enableUI()
           m_window.quitButton(), m_window.mailButton(), m_window.settingsButton()})
         button->setEnabled(true);
     setEnabled(true);
+    m_window.setNotice(QString());
 }
 
 void AppDelegate::setEnabled(bool enabled)
@@ -69,6 +78,58 @@ void AppDelegate::updateUI()
     m_window.vitaleInfoTextField()->setText(cardSummary(m_currentVitale));
 }
 
+void AppDelegate::showCard(PanelLine::CardOrigin origin)
+{
+    updateUI();
+    m_window.setCardTime(origin, QDateTime::currentDateTime());
+    m_isViewerDue = m_attestationViewer != nullptr;
+    // A hidden viewer follows once the summary is painted: that is what people wait for.
+    if (m_isViewerDue && m_attestationViewer->window()->isVisible())
+        updateViewer();
+    else
+        QTimer::singleShot(untilPainted, this, &AppDelegate::updateViewer);
+}
+
+void AppDelegate::updateViewer()
+{
+    if (std::exchange(m_isViewerDue, false) && m_currentVitale)
+        m_attestationViewer->setVitale(*m_currentVitale);
+}
+
+// At the end of a read its card would take the place of the one that was shown.
+bool AppDelegate::refuseWhileReading()
+{
+    if (m_reading.isUnderWay())
+        refuse(u"Demande refusée pendant la lecture d’une carte."_s);
+    return m_reading.isUnderWay();
+}
+
+// What is printed is the card that the windows show: it stays until the print has its answer.
+bool AppDelegate::refuseWhilePrintAsks()
+{
+    if (!m_printDesk.isAsking())
+        return false;
+    refuse(u"Demande refusée pendant l’impression\u00A0: confirmez ou annulez d’abord celle-ci."_s);
+    m_printDesk.bringToFront();
+    return true;
+}
+
+void AppDelegate::refuseDrop()
+{
+    if (!refuseWhileReading() && !refuseWhilePrintAsks() && !refuseWhileWriting())
+        refuse(u"Fichier refusé\u00A0: fermez d’abord la fenêtre ouverte devant celle-ci."_s);
+}
+
+// The viewer prints what it shows, which must be the current card, and stay so.
+bool AppDelegate::permitPrint()
+{
+    if (refuseWhileReading() || refuseWhilePrintAsks() || refuseWhileWriting())
+        return false;
+    m_window.setNotice(QString());
+    updateViewer();
+    return true;
+}
+
 MainWindow& AppDelegate::visibleWindow()
 {
     if (!m_window.isVisible() || m_window.isMinimized())
@@ -78,6 +139,8 @@ MainWindow& AppDelegate::visibleWindow()
 
 void AppDelegate::readVitale(const QObject* sender)
 {
+    if (refuseWhilePrintAsks() || refuseWhileWriting())
+        return;
     // Without a sender there may be no event either that would tell of keys: status items speak over the session bus.
     const Qt::KeyboardModifiers keys =
         sender ? QGuiApplication::keyboardModifiers() : QGuiApplication::queryKeyboardModifiers();
@@ -89,12 +152,15 @@ void AppDelegate::readVitale(const QObject* sender)
 
 void AppDelegate::beginSheet(const QString& message)
 {
+    m_window.setNotice(QString());
     visibleWindow().beginSheet(message);
 }
 
 void AppDelegate::endSheed()
 {
     m_window.endSheed();
+    // It was about this read.
+    m_window.setNotice(QString());
 }
 
 void AppDelegate::showBinding(bool isBinding)
@@ -102,9 +168,19 @@ void AppDelegate::showBinding(bool isBinding)
     m_window.setConnecting(isBinding);
 }
 
-void AppDelegate::beep()
+void AppDelegate::refuse(const QString& reason)
 {
-    ::beep();
+    alertUser();
+    m_window.setNotice(reason);
+}
+
+void AppDelegate::alertUser()
+{
+    beep();
+    // What the window says about it is to be seen: it may be the status bar that has asked, over other programs.
+    if (QApplication::activeWindow() == nullptr)
+        showMainWindow(nullptr);
+    static_cast<void>(visibleWindow());
 }
 
 void AppDelegate::presentError(const Error& error)
@@ -116,14 +192,19 @@ void AppDelegate::presentError(const Error& error)
 void AppDelegate::cardWasRead(const CardRecord& record)
 {
     m_currentVitale = record;
-    updateUI();
-    m_window.setCardTime(MainWindow::CardOrigin::Reader, QDateTime::currentDateTime());
+    showCard(PanelLine::CardOrigin::Reader);
 }
 
-void AppDelegate::saveXMLIfNeeded()
+void AppDelegate::readFailed()
 {
-    ::saveXMLIfNeeded(m_currentVitale,
-                      MVSettings::stringPreferencesForKey(SettingsKey::attestationsFolder).value_or(QString()));
+    m_window.setNotice(QString());
+    m_window.setReadFailed(QDateTime::currentDateTime());
+}
+
+void AppDelegate::readCancelled()
+{
+    m_window.setNotice(QString());
+    m_window.setReadCancelled(QDateTime::currentDateTime());
 }
 
 void AppDelegate::showStatusItem()
@@ -155,7 +236,7 @@ void AppDelegate::executeAction(const QObject* sender)
         return;
     const int tag = menuItem->data().toInt();
     if (tag == StatusMenu::QuitTag) {
-        terminate();
+        quit();
         return;
     }
     if (tag == StatusMenu::OpenFolderTag) {
@@ -163,7 +244,7 @@ void AppDelegate::executeAction(const QObject* sender)
         return;
     }
     if (!m_enabled) {
-        beep();
+        refuse(u"Le lecteur de cartes n’est pas prêt. Appuyez sur Lire."_s);
         return;
     }
     switch (tag) {
@@ -188,20 +269,23 @@ void AppDelegate::sendComment(const QObject* /*sender*/)
 {
     const QVariant contact = m_bundle.objectForInfoDictionaryKey(contactMailKey);
     if (contact.typeId() != QMetaType::QString) {
-        beep();
+        refuse(u"Aucune adresse n’est connue pour les suggestions."_s);
         return;
     }
+    m_window.setNotice(QString());
     Workspace::openUrl(
         QUrl(u"mailto:"_s + contact.toString() + u"?subject=Suggestion%20pour%20le%20logiciel%20PELMORA"_s));
 }
 
 void AppDelegate::showHelp(const QObject* /*sender*/)
 {
+    m_window.setNotice(QString());
     if (const std::optional<QString> page = m_bundle.pathForResource(u"Help"_s, u"html"_s))
         Workspace::openFile(*page);
 }
 
 void AppDelegate::preferences(const QObject* /*sender*/)
 {
+    m_window.setNotice(QString());
     MVPreferences::show();
 }

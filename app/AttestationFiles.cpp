@@ -3,7 +3,6 @@
 #include "attestation/AttestationPdf.h"
 #include "attestation/MVNewAttestation.h"
 #include "card/CardKeys.h"
-#include "card/PelmoraError.h"
 #include "platform/FileName.h"
 #include "platform/ObjectText.h"
 #include "platform/PrivateFile.h"
@@ -13,19 +12,6 @@
 
 using namespace Qt::StringLiterals;
 
-QString SaveFailure::description() const
-{
-    switch (kind) {
-    case Kind::FolderUnusable:
-        return u"le dossier « %1 » ne peut pas être utilisé."_s.arg(path);
-    case Kind::NoDocument:
-        return PelmoraError::writeError().localizedDescription();
-    case Kind::WriteFailed:
-        break;
-    }
-    return u"« %1 » n’a pas été enregistré : %2."_s.arg(path, reason);
-}
-
 AttestationFiles::AttestationFiles(QString folder, SchemeLogos& logos, const PageFonts& fonts)
     : m_folder(std::move(folder))
     , m_logos(logos)
@@ -33,21 +19,28 @@ AttestationFiles::AttestationFiles(QString folder, SchemeLogos& logos, const Pag
 {
 }
 
-std::expected<QString, SaveFailure> AttestationFiles::save(const CardRecord& record) const
+AttestationDocument AttestationFiles::document(const CardRecord& record) const
 {
-    if (!MXUtils::checkFolderAtPath(m_folder, true))
-        return std::unexpected(SaveFailure{SaveFailure::Kind::FolderUnusable, m_folder, {}});
-
     MVNewAttestation attestation(m_logos);
     attestation.setVitale(record);
-    const QByteArray document = renderAttestationPdf(attestation.page(), m_fonts);
-    if (document.isEmpty())
-        return std::unexpected(SaveFailure{SaveFailure::Kind::NoDocument, m_folder, {}});
+    return {m_folder, fileName(record), renderAttestationPdf(attestation.page(), m_fonts)};
+}
 
-    QString path = m_folder + u'/' + fileName(record);
-    if (const std::expected<void, QString> written = writePrivateFile(path, document); !written)
+std::expected<QString, SaveFailure> AttestationFiles::write(const AttestationDocument& document)
+{
+    if (!MXUtils::checkFolderAtPath(document.folder, true))
+        return std::unexpected(SaveFailure{SaveFailure::Kind::FolderUnusable, document.folder, {}});
+    QString path = document.folder + u'/' + document.fileName;
+    if (document.pdf.isEmpty())
+        return std::unexpected(SaveFailure{SaveFailure::Kind::NoDocument, path, {}});
+    if (const std::expected<void, WriteFailure> written = writePrivateFile(path, document.pdf); !written)
         return std::unexpected(SaveFailure{SaveFailure::Kind::WriteFailed, path, written.error()});
     return path;
+}
+
+std::expected<QString, SaveFailure> AttestationFiles::save(const CardRecord& record) const
+{
+    return write(document(record));
 }
 
 QString AttestationFiles::fileName(const CardRecord& record)

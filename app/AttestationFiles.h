@@ -1,7 +1,9 @@
 #pragma once
 
+#include "app/SaveFailure.h"
 #include "card/CardRecord.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <expected>
@@ -9,24 +11,13 @@
 class PageFonts;
 class SchemeLogos;
 
-/// Why an attestation was not saved.
-struct SaveFailure
+/// An attestation that is ready to be written.
+struct AttestationDocument
 {
-    enum class Kind
-    {
-        FolderUnusable,
-        NoDocument,
-        WriteFailed
-    };
-
-    Kind kind;
-    /// The folder or, when writing failed, the file.
-    QString path;
-    /// Why writing failed, for people; it says nothing about the patient.
-    QString reason;
-
-    /// The failure as a sentence for people.
-    [[nodiscard]] QString description() const;
+    QString folder;
+    QString fileName;
+    /// Empty when none could be made.
+    QByteArray pdf;
 };
 
 /// The attestations of one folder: each record becomes one PDF file there, named after its insured person. Main thread.
@@ -36,8 +27,12 @@ public:
     /// The logos and the fonts must outlive it.
     AttestationFiles(QString folder, SchemeLogos& logos, const PageFonts& fonts);
 
-    /// Saves the record's attestation, over an older one of the same name, and gives its path. The folder is made when
-    /// it is missing.
+    /// The record's attestation, not yet written.
+    [[nodiscard]] AttestationDocument document(const CardRecord& record) const;
+    /// Writes it, over an older one of the same name, and gives its path. The folder is made when it is missing.
+    /// Callable from any thread; a slow disk makes it last.
+    [[nodiscard]] static std::expected<QString, SaveFailure> write(const AttestationDocument& document);
+    /// Both in one.
     [[nodiscard]] std::expected<QString, SaveFailure> save(const CardRecord& record) const;
 
     /// "LastName FirstName.pdf", made a valid file name.

@@ -4,10 +4,10 @@
 #include "card/CardParser.h"
 #include "card/TextDecoding.h"
 #include "card/XmlBytes.h"
+#include "platform/NativePath.h"
 #include "platform/XmlDocument.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
@@ -17,12 +17,12 @@ constexpr QLatin1StringView errorDomain{"Fichier"};
 
 std::expected<QByteArray, Error> readFile(const QString& path)
 {
-    const QFileInfo info(path);
-    if (!info.exists())
-        return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier n’existe pas."_s));
-    QFile file(path);
+    QFile file;
     // Nothing that has to be waited for, such as a pipe, and nothing without an end.
-    if (!info.isFile() || !file.open(QIODevice::ReadOnly))
+    const std::error_code error = openPlainFile(file, path);
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
+        return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier n’existe pas."_s));
+    if (error)
         return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier ne peut pas être lu."_s));
     // One byte more than a document may have, so that a larger one is told from one of just that size.
     QByteArray bytes = file.read(qint64{XmlDocument::maximumSize} + 1);

@@ -19,7 +19,7 @@ void CardsCommand::takeCardFiles(const QStringList& paths)
 void CardsCommand::takeCard(const std::expected<CardRecord, Error>& record)
 {
     if (!record)
-        fail(record.error().localizedDescription());
+        fail(record.error().localizedDescriptionWithDetail());
     else if (const std::expected<void, QString> handled = handle(*record); !handled)
         fail(handled.error());
 }

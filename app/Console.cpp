@@ -1,6 +1,6 @@
 #include "app/Console.h"
 
-#include <QFile>
+#include "platform/NativePath.h"
 
 #include <cstdio>
 
@@ -8,10 +8,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// In UTF-8, as file names are, whatever the locale.
+// In UTF-8 whatever the locale, and file names as they are, whatever their bytes.
 bool write(std::FILE* stream, const QString& text)
 {
-    const QByteArray bytes = QFile::encodeName(text);
+    const QByteArray bytes = bytesOfPath(text);
     const bool written = std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream) ==
                          static_cast<std::size_t>(bytes.size());
     return std::fflush(stream) == 0 && written;

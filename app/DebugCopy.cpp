@@ -40,12 +40,12 @@ QVariantMap propertyListOf(const CardRecord& record)
     return entries;
 }
 
-using Written = std::expected<void, QString>;
+using Written = std::expected<void, WriteFailure>;
 
 Written writeIfEncoded(const QString& path, const std::optional<QByteArray>& content)
 {
     if (!content)
-        return std::unexpected(u"le texte ne peut pas être codé"_s);
+        return std::unexpected(WriteFailure{WriteObstacle::Other, u"le texte ne peut pas être codé"_s});
     return writePrivateFile(path, *content);
 }
 
@@ -58,22 +58,26 @@ Written writeXml(const QString& path, const QString& xml)
 void logFailure(std::string_view what, const Written& written)
 {
     if (!written)
-        MXLog::logError("The debug copy's {} was not written: {}", what, written.error());
+        MXLog::logError("The debug copy's {} was not written: {}", what, written.error().reason);
 }
 
 } // namespace
 
-void saveXMLIfNeeded(const std::optional<CardRecord>& record, const QString& folder)
+bool isDebugCopyWanted(const std::optional<CardRecord>& record)
 {
-    if (!MVSettings::booleanPreferencesForKey(SettingsKey::debugMode) || !record)
-        return;
-    const std::optional<QString> xml = record->text(CardKey::xmlString);
+    return MVSettings::booleanPreferencesForKey(SettingsKey::debugMode) && record &&
+           record->text(CardKey::xmlString).has_value();
+}
+
+void writeDebugCopy(const CardRecord& record, const QString& folder)
+{
+    const std::optional<QString> xml = record.text(CardKey::xmlString);
     if (!xml || !MXUtils::checkFolderAtPath(folder, true))
         return;
 
     const QString name =
-        objectText(record->text(CardKey::lastName)) + u'_' + objectText(record->text(CardKey::firstName));
+        objectText(record.text(CardKey::lastName)) + u'_' + objectText(record.text(CardKey::firstName));
     logFailure("XML", writeXml(folder + u'/' + fileNameFromText(name, u"xml"_s), *xml));
     logFailure("property list", writeIfEncoded(folder + u'/' + fileNameFromText(name, u"plist"_s),
-                                               writePropertyList(propertyListOf(*record))));
+                                               writePropertyList(propertyListOf(record))));
 }

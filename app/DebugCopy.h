@@ -6,6 +6,9 @@
 
 #include <optional>
 
-/// In the debug mode, and then only, writes the XML of the card that was read, and its whole record as a property list
-/// beside it, into the folder. What goes wrong is logged, without a word of the card. Main thread.
-void saveXMLIfNeeded(const std::optional<CardRecord>& record, const QString& folder);
+/// Whether the card that was read is to be copied for support: in the debug mode, and then only. Main thread.
+[[nodiscard]] bool isDebugCopyWanted(const std::optional<CardRecord>& record);
+
+/// Writes the record's XML, and the whole record as a property list beside it, into the folder. What goes wrong is
+/// logged, without a word of the card. Callable from any thread; a slow disk makes it last.
+void writeDebugCopy(const CardRecord& record, const QString& folder);

@@ -1,23 +1,32 @@
 #include "app/DroppedCardFile.h"
 
-#include <QFileInfo>
+#include "platform/NativePath.h"
+
+#include <QFile>
 #include <QMimeData>
 #include <QMimeDatabase>
 #include <QUrl>
+
+#include <filesystem>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
 std::optional<QString> droppedCardFile(const QMimeData& data)
 {
     const QList<QUrl> urls = data.urls();
-    if (urls.size() != 1 || !urls.first().isLocalFile())
+    if (urls.size() != 1)
         return std::nullopt;
-    const QFileInfo file(urls.first().toLocalFile());
+    std::optional<QString> path = pathOfUrl(urls.first());
+    std::error_code error;
     // Folders, and files that would keep their reader waiting.
-    if (!file.isFile())
+    if (!path || !std::filesystem::is_regular_file(bytesOfPath(*path).toStdString(), error))
         return std::nullopt;
-    if (file.suffix().compare(u"xml", Qt::CaseInsensitive) == 0)
-        return file.absoluteFilePath();
-    const QMimeType type = QMimeDatabase().mimeTypeForFile(file);
-    return type.inherits(u"application/xml"_s) ? std::optional(file.absoluteFilePath()) : std::nullopt;
+    if (path->endsWith(".xml"_L1, Qt::CaseInsensitive))
+        return path;
+    QFile file;
+    if (openPlainFile(file, *path))
+        return std::nullopt;
+    const QMimeType type = QMimeDatabase().mimeTypeForFileNameAndData(*path, &file);
+    return type.inherits(u"application/xml"_s) ? path : std::nullopt;
 }

@@ -1,9 +1,13 @@
 #include "app/InstanceMessage.h"
 
+#include "platform/NativePath.h"
+
 #include <QCborMap>
 #include <QCborParserError>
 #include <QCborValue>
-#include <QDir>
+
+#include <filesystem>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
@@ -14,9 +18,21 @@ constexpr QLatin1StringView openRequest{"Open"};
 constexpr QLatin1StringView reopenRequest{"Reopen"};
 constexpr QLatin1StringView pathKey{"Path"};
 
-bool isAbsolutePath(const QCborValue& value)
+bool isAbsolutePath(const QString& path)
 {
-    return value.isString() && value.toString().startsWith(u'/') && !value.toString().contains(QChar::Null);
+    return path.startsWith(u'/') && !path.contains(QChar::Null);
+}
+
+/// A path that is UTF-8 travels as a text, any other as its bytes.
+QCborValue valueOf(const QString& path)
+{
+    const QByteArray bytes = bytesOfPath(path);
+    return bytes.isValidUtf8() ? QCborValue(path) : QCborValue(bytes);
+}
+
+QString pathOf(const QCborValue& value)
+{
+    return value.isByteArray() ? pathFromBytes(value.toByteArray()) : value.toString();
 }
 
 } // namespace
@@ -26,7 +42,8 @@ InstanceMessage InstanceMessage::forCard(const std::optional<QString>& card)
     if (!card || card->startsWith(u'/'))
         return {card};
     // The path is not tidied: "folder/.." is not the same place when the folder is a link.
-    return {QDir::currentPath() + u'/' + *card};
+    std::error_code error;
+    return {pathFromBytes(std::filesystem::current_path(error).native()) + u'/' + *card};
 }
 
 QByteArray InstanceMessage::encoded() const
@@ -34,7 +51,7 @@ QByteArray InstanceMessage::encoded() const
     QCborMap map;
     map[requestKey] = QString(cardPath ? openRequest : reopenRequest);
     if (cardPath)
-        map[pathKey] = *cardPath;
+        map[pathKey] = valueOf(*cardPath);
     QByteArray bytes = map.toCborValue().toCbor();
     if (bytes.size() > maximumSize)
         bytes.clear();
@@ -55,7 +72,8 @@ std::optional<InstanceMessage> InstanceMessage::decoded(QByteArrayView bytes)
     const QString request = map.value(requestKey).toString();
     if (request == reopenRequest && map.size() == 1)
         return InstanceMessage();
-    if (request == openRequest && map.size() == 2 && isAbsolutePath(map.value(pathKey)))
-        return InstanceMessage{map.value(pathKey).toString()};
+    const QString path = pathOf(map.value(pathKey));
+    if (request == openRequest && map.size() == 2 && isAbsolutePath(path))
+        return InstanceMessage{path};
     return std::nullopt;
 }

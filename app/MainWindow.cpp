@@ -5,6 +5,7 @@
 #include "app/DroppedCardFile.h"
 #include "app/ProgressSheet.h"
 #include "app/ScreenRoom.h"
+#include "app/SpokenNotice.h"
 #include "app/TextSize.h"
 #include "platform/Bundle.h"
 #include "support/GlyphIcon.h"
@@ -50,6 +51,8 @@ struct Tile
 };
 
 constexpr Colour panelColour{0, 162, 1};
+// Behind a card that is not from the last read. The panel's ink stands out from it, too.
+constexpr Colour plateColour{122, 170, 122};
 
 // Sizes of texts beside the desktop's own.
 constexpr double titleSize = 1.2;
@@ -112,6 +115,7 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     // The menu bar is in the window on every desktop; to look for another place costs a question on the session bus.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     m_ui->setupUi(this);
+    m_spokenNotice = new SpokenNotice(m_ui->vitaleInfoView);
     // Whatever other windows are open: closing this one ends nothing.
     setAttribute(Qt::WA_QuitOnClose, false);
     m_connectingTimer.setSingleShot(true);
@@ -137,8 +141,8 @@ void MainWindow::initUI()
     inks.setColor(QPalette::WindowText, readableInk(background));
     m_ui->vitaleInfoView->setPalette(inks);
     m_ui->vitaleInfoTextField->setText(summaryBeforeAnyCard.toString());
-    m_cardTime = u"Insérez une carte, puis appuyez sur Lire."_s;
-    showCardTime();
+    m_panelLine = PanelLine();
+    showPanelLine();
 }
 
 void MainWindow::setUpTexts()
@@ -173,7 +177,10 @@ void MainWindow::connectRequests()
     for (const MenuItem& item : menuItems)
         connect(*m_ui.*item.action, &QAction::triggered, this, item.request);
     connect(m_ui->aboutAction, &QAction::triggered, this, [this] { showAboutBox(this); });
-    connect(&m_connectingTimer, &QTimer::timeout, this, &MainWindow::showCardTime);
+    connect(&m_connectingTimer, &QTimer::timeout, this, [this] {
+        m_panelLine.setConnecting(true);
+        showPanelLine();
+    });
     connect(m_ui->closeAction, &QAction::triggered, this, &QWidget::close);
 }
 
@@ -192,28 +199,66 @@ bool MainWindow::isCardAction(const QAction& menuItem) const
     });
 }
 
-void MainWindow::setCardTime(CardOrigin origin, const QDateTime& time)
+void MainWindow::setCardTime(PanelLine::CardOrigin origin, const QDateTime& time)
 {
-    const QString format = origin == CardOrigin::Reader ? u"'Lue le' dd/MM/yyyy 'à' HH:mm"_s
-                                                        : u"'Fichier ouvert le' dd/MM/yyyy 'à' HH:mm"_s;
-    m_cardTime = time.toString(format);
-    showCardTime();
+    m_panelLine.setCard(origin, time);
+    showPanelLine();
+}
+
+void MainWindow::setReadFailed(const QDateTime& time)
+{
+    m_panelLine.setReadFailed(time);
+    showPanelLine();
+}
+
+void MainWindow::setReadCancelled(const QDateTime& time)
+{
+    m_panelLine.setReadCancelled(time);
+    showPanelLine();
+}
+
+void MainWindow::setSaveFailure(const QString& text)
+{
+    m_panelLine.setSaveFailure(text);
+    announce(text);
+    showPanelLine();
+}
+
+void MainWindow::setNotice(const QString& text)
+{
+    m_panelLine.setNotice(text);
+    announce(text);
+    showPanelLine();
+}
+
+// Screen readers say what is new. What was said before stays as long as the panel tells it.
+void MainWindow::announce(const QString& text)
+{
+    if (!text.isEmpty() || m_spokenNotice->accessibleName() != m_panelLine.told())
+        m_spokenNotice->say(text);
 }
 
 void MainWindow::setConnecting(bool isConnecting)
 {
-    m_isConnecting = isConnecting;
-    if (isConnecting)
+    if (isConnecting) {
         m_connectingTimer.start();
-    else
-        m_connectingTimer.stop();
-    showCardTime();
+        return;
+    }
+    m_connectingTimer.stop();
+    m_panelLine.setConnecting(false);
+    showPanelLine();
 }
 
-void MainWindow::showCardTime()
+void MainWindow::showPanelLine()
 {
-    const bool takesLong = m_isConnecting && !m_connectingTimer.isActive();
-    m_ui->cardTimeLabel->setText(takesLong ? u"Connexion au lecteur de cartes…"_s : m_cardTime);
+    m_ui->cardTimeLabel->setText(m_panelLine.text());
+    // Not by colours alone: the letters are others, and screen readers are told.
+    const bool isEarlier = m_panelLine.isCardEarlier();
+    m_ui->vitaleInfoTextField->setPlate(isEarlier ? std::optional(plateColour.color()) : std::nullopt);
+    const QString description =
+        isEarlier ? u"Carte précédente\u00A0: la dernière lecture n’a pas abouti."_s : QString();
+    if (m_ui->vitaleInfoTextField->accessibleDescription() != description)
+        m_ui->vitaleInfoTextField->setAccessibleDescription(description);
 }
 
 void MainWindow::beginSheet(const QString& message)
@@ -222,6 +267,7 @@ void MainWindow::beginSheet(const QString& message)
         m_sheet = std::make_unique<ProgressSheet>(this);
         // Leaving stays possible while a reader keeps silent.
         m_sheet->addAction(m_ui->quitAction);
+        connect(m_sheet.get(), &ProgressSheet::cancelRequested, this, &MainWindow::readCancelRequested);
     }
     m_sheet->begin(message);
 }
@@ -262,8 +308,13 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event)
 void MainWindow::dropEvent(QDropEvent* event)
 {
     const std::optional<QString> path = droppedCardFile(*event->mimeData());
-    if (isBlocked() || !path)
+    if (!path)
         return;
+    // Since the file came over the window: a drag that begins later is refused as such.
+    if (isBlocked()) {
+        Q_EMIT cardFileDroppedInVain();
+        return;
+    }
     event->acceptProposedAction();
     Q_EMIT cardFileDropped(*path);
 }
@@ -334,6 +385,11 @@ QLabel* MainWindow::vitaleInfoTextField() const
 QAction* MainWindow::recentsMenuItem() const
 {
     return m_ui->recentsMenuItem;
+}
+
+QAction* MainWindow::quitAction() const
+{
+    return m_ui->quitAction;
 }
 
 QAction* MainWindow::updateMenuItem() const

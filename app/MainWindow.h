@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/PanelLine.h"
+
 #include <QMainWindow>
 #include <QTimer>
 
@@ -11,8 +13,8 @@ class MVSimpleOpaqueView;
 class MXButton;
 class ProgressSheet;
 class QAction;
-class QDateTime;
 class QLabel;
+class SpokenNotice;
 
 namespace Ui {
 class MainWindow;
@@ -31,11 +33,6 @@ public:
     {
         Hide,    ///< a status item brings it back
         Iconify, ///< nothing else would: the desktop's list of windows keeps it
-    };
-    enum class CardOrigin
-    {
-        Reader,
-        File,
     };
 
     /// Icons come from the bundle; one that is missing is not shown.
@@ -59,6 +56,8 @@ public:
     /// Has no submenu until one is attached with setMenu().
     [[nodiscard]] QAction* recentsMenuItem() const;
     [[nodiscard]] QAction* updateMenuItem() const;
+    /// Its shortcut is to work in the sheets, too.
+    [[nodiscard]] QAction* quitAction() const;
     [[nodiscard]] ProgressSheet* sheet() const { return m_sheet.get(); }
 
     /// Asks for each entry of the menu bar whether it can be chosen from now on.
@@ -66,7 +65,15 @@ public:
     /// Whether the entry is one of the card actions: read, view, print, save.
     [[nodiscard]] bool isCardAction(const QAction& menuItem) const;
     /// Says beside the summary when the card was read, or its file opened: rights are those of that time.
-    void setCardTime(CardOrigin origin, const QDateTime& time);
+    void setCardTime(PanelLine::CardOrigin origin, const QDateTime& time);
+    /// Says that a read failed then, so that the card that is shown, if any, is an earlier one; until the next card.
+    void setReadFailed(const QDateTime& time);
+    /// The same of a read that was cancelled.
+    void setReadCancelled(const QDateTime& time);
+    /// Says why the last save wrote nothing; an empty text once one has succeeded.
+    void setSaveFailure(const QString& text);
+    /// Says why a request was refused, to the eye and to screen readers; an empty text takes it away.
+    void setNotice(const QString& text);
     /// Says, in the place of that time, that the card service is being connected to, once this takes longer than usual.
     void setConnecting(bool isConnecting);
 
@@ -81,6 +88,8 @@ public:
 
 Q_SIGNALS:
     void readRequested();
+    /// The read that the progress sheet is shown for is to end.
+    void readCancelRequested();
     void viewRequested();
     void printRequested();
     void saveRequested();
@@ -94,6 +103,8 @@ Q_SIGNALS:
     void updateRequested();
     /// One local file that looks like XML was dropped on the window.
     void cardFileDropped(const QString& path);
+    /// The same, but another window has come to block this one meanwhile: the file is not to be loaded.
+    void cardFileDroppedInVain();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -106,14 +117,15 @@ private:
     void setUpTexts();
     void setUpIcons(const Bundle& bundle);
     void showWindowIcon();
-    void showCardTime();
+    void showPanelLine();
+    void announce(const QString& text);
     [[nodiscard]] bool isBlocked() const;
 
     std::unique_ptr<Ui::MainWindow> m_ui;
     std::unique_ptr<ProgressSheet> m_sheet;
     std::function<ClosePolicy()> m_closePolicy;
-    QString m_cardTime;
-    QTimer m_connectingTimer; // single shot: runs while the connecting takes no longer than usual
-    bool m_isConnecting = false;
-    QString m_windowIconPath; // emptied once the icon is shown
+    PanelLine m_panelLine;
+    SpokenNotice* m_spokenNotice = nullptr; // belongs to the panel
+    QTimer m_connectingTimer;               // single shot: runs while the connecting takes no longer than usual
+    QString m_windowIconPath;               // emptied once the icon is shown
 };

@@ -3,6 +3,7 @@
 #include "app/TextSize.h"
 #include "ui_ProgressSheet.h"
 
+#include <QPushButton>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -24,7 +25,8 @@ ProgressSheet::ProgressSheet(QWidget* window, std::chrono::milliseconds patience
     m_ui->patienceLabel->setFixedWidth(textWidth * fontMetrics().averageCharWidth());
     // As wide as it will be: a sheet that grew sideways would no longer lie in the middle of its window.
     m_ui->informationsTextField->setMinimumWidth(m_ui->patienceLabel->width());
-    m_ui->patienceLabel->hide();
+    hidePatience();
+    connect(m_ui->cancelButton, &QPushButton::clicked, this, &ProgressSheet::cancelRequested);
 
     m_timer->setSingleShot(true);
     m_timer->setInterval(patience);
@@ -38,7 +40,7 @@ void ProgressSheet::begin(const QString& message)
     m_ui->informationsTextField->setText(message);
     if (isVisible())
         return;
-    m_ui->patienceLabel->hide();
+    hidePatience();
     m_ui->progressIndicator->startAnimation();
     m_timer->start();
     open();
@@ -54,6 +56,8 @@ void ProgressSheet::end()
 
 void ProgressSheet::reject()
 {
+    if (m_ui->cancelButton->isVisible())
+        Q_EMIT cancelRequested();
 }
 
 void ProgressSheet::askForPatience()
@@ -61,6 +65,16 @@ void ProgressSheet::askForPatience()
     m_ui->patienceLabel->setText(u"Le lecteur tarde à répondre… Vérifiez que la carte est bien insérée\u00A0: "
                                  "la lecture se poursuit."_s);
     m_ui->patienceLabel->show();
+    // Screen readers tell of the button, which gets the keyboard, and with it of the reason.
+    m_ui->cancelButton->setAccessibleDescription(m_ui->patienceLabel->text());
+    m_ui->cancelButton->show();
+    m_ui->cancelButton->setFocus();
+}
+
+void ProgressSheet::hidePatience()
+{
+    m_ui->patienceLabel->hide();
+    m_ui->cancelButton->hide();
 }
 
 QLabel* ProgressSheet::informationsTextField() const
@@ -76,4 +90,9 @@ QLabel* ProgressSheet::patienceLabel() const
 ProgressIndicator* ProgressSheet::progressIndicator() const
 {
     return m_ui->progressIndicator;
+}
+
+QPushButton* ProgressSheet::cancelButton() const
+{
+    return m_ui->cancelButton;
 }

@@ -7,14 +7,15 @@
 
 class ProgressIndicator;
 class QLabel;
+class QPushButton;
 class QTimer;
 
 namespace Ui {
 class ProgressSheet;
 }
 
-/// The sheet that is shown over its window while a card is read. Only who put it up takes it down: neither Escape nor
-/// its close button end a read. When the read takes long it says so. Main thread only.
+/// The sheet that is shown over its window while a card is read. Only who put it up takes it down. When the read takes
+/// long it says so, and offers to cancel it; until then neither Escape nor closing do anything. Main thread only.
 class ProgressSheet final : public QDialog
 {
     Q_OBJECT
@@ -35,12 +36,18 @@ public:
     [[nodiscard]] QLabel* informationsTextField() const;
     [[nodiscard]] QLabel* patienceLabel() const;
     [[nodiscard]] ProgressIndicator* progressIndicator() const;
+    [[nodiscard]] QPushButton* cancelButton() const;
 
-    /// Nothing: a read goes on until it ends.
+    /// Asks for the end of the read, as the button does, once that is offered.
     void reject() override;
+
+Q_SIGNALS:
+    /// The user wants the read to end; the sheet stays until it is taken down.
+    void cancelRequested();
 
 private:
     void askForPatience();
+    void hidePatience();
 
     std::unique_ptr<Ui::ProgressSheet> m_ui;
     std::unique_ptr<QTimer> m_timer;

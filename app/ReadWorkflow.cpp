@@ -1,8 +1,10 @@
 #include "app/ReadWorkflow.h"
 
 #include "app/CardReading.h"
+#include "card/CardServiceKeys.h"
 #include "card/LVitAccess.h"
 #include "platform/MainQueue.h"
+#include "platform/NotificationCenter.h"
 #include "support/MXLog.h"
 
 #include <QPointer>
@@ -15,9 +17,19 @@ ReadWorkflow::ReadWorkflow(std::shared_ptr<LVitAccess> client, ReadWorkflowDeleg
     : m_client(std::move(client))
     , m_delegate(delegate)
 {
+    NotificationCenter::defaultCenter().addObserver(
+        this, BindNotification::name.toString(), [this](const Notification& notification) {
+            if (m_waitsForOtherBind)
+                finishOtherBind(
+                    notification.userInfo.value_or(QVariantMap()).value(BindNotification::status.toString()) ==
+                    BindNotification::success.toString());
+        });
 }
 
-ReadWorkflow::~ReadWorkflow() = default;
+ReadWorkflow::~ReadWorkflow()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
 
 void ReadWorkflow::lVitInit()
 {
@@ -41,17 +53,44 @@ void ReadWorkflow::bind()
 void ReadWorkflow::finishBind(const BindOutcome& outcome)
 {
     m_isBinding = false;
+    if (isReplaced(outcome) && m_dueStep) {
+        m_waitsForOtherBind = true;
+        return;
+    }
     m_delegate.showBinding(false);
     const Step step = std::exchange(m_dueStep, nullptr);
     postBindNotification(outcome);
-    if (!outcome && step)
+    if (!step)
+        return;
+    if (!outcome)
         step();
+    else
+        m_delegate.readFailed();
+}
+
+void ReadWorkflow::finishOtherBind(bool isBound)
+{
+    m_waitsForOtherBind = false;
+    m_delegate.showBinding(false);
+    // Once all who observe the bind know how it went.
+    QMetaObject::invokeMethod(this, [this, isBound] { finishWait(isBound); }, Qt::QueuedConnection);
+}
+
+void ReadWorkflow::finishWait(bool isBound)
+{
+    const Step step = std::exchange(m_dueStep, nullptr);
+    if (!step)
+        return;
+    if (isBound)
+        runWhenBound(step);
+    else
+        m_delegate.readFailed();
 }
 
 void ReadWorkflow::readVitale()
 {
     if (isReading() || m_dueStep)
-        m_delegate.beep();
+        m_delegate.refuse(u"Une lecture est déjà en cours."_s);
     else
         runWhenBound([this] { readNow(); });
 }
@@ -68,7 +107,8 @@ void ReadWorkflow::readVitaleIfNeedWithCompletionHandler(CompletionHandler handl
 
 void ReadWorkflow::runWhenBound(Step step)
 {
-    if (m_client->initialized()) {
+    // Not when it is initialized alone: that it is after a choice of readers that the service has refused, too.
+    if (m_client->bound()) {
         step();
         return;
     }
@@ -76,17 +116,28 @@ void ReadWorkflow::runWhenBound(Step step)
     bind();
 }
 
+ReadWorkflow::ReadNumber ReadWorkflow::beginRead(const QString& message, CompletionHandler handler)
+{
+    m_delegate.beginSheet(message);
+    m_dueReads.emplace(++m_lastRead, std::move(handler));
+    m_askedRead->store(m_lastRead);
+    return m_lastRead;
+}
+
 void ReadWorkflow::readNow()
 {
-    m_delegate.beginSheet(u"Lecture de la carte Vitale..."_s);
-    m_isReading->store(true);
-    m_client->readeVitaleWithCompletionHandler([self = QPointer(this)](bool success, const std::optional<Error>& error,
-                                                                       const std::optional<CardRecord>& record) {
-        postToMainQueue([self, success, error, record] {
-            if (self)
+    const ReadNumber number = beginRead(u"Lecture de la carte Vitale..."_s, nullptr);
+    m_client->readeVitaleWithCompletionHandler(
+        [self = QPointer(this), number](bool success, const std::optional<Error>& error,
+                                        const std::optional<CardRecord>& record) {
+            postToMainQueue([self, number, success, error, record] {
+                if (!self || !self->m_dueReads.contains(number))
+                    return;
+                self->m_dueReads.erase(number);
                 self->finishReadNow(success, error, record);
+                endRead(*self->m_askedRead, number);
+            });
         });
-    });
 }
 
 void ReadWorkflow::finishReadNow(bool success, const std::optional<Error>& error,
@@ -96,25 +147,24 @@ void ReadWorkflow::finishReadNow(bool success, const std::optional<Error>& error
     if (success && record) {
         m_delegate.cardWasRead(*record);
         m_delegate.saveXMLIfNeeded();
-    } else if (error) {
-        m_delegate.presentError(*error);
+    } else {
+        tellFailure(error);
     }
-    m_isReading->store(false);
 }
 
-void ReadWorkflow::readIfNeed(const CompletionHandler& handler)
+void ReadWorkflow::readIfNeed(CompletionHandler handler)
 {
-    m_delegate.beginSheet(u"Lecture de la carte vitale en cours…"_s);
-    m_isReading->store(true);
+    const ReadNumber number = beginRead(u"Lecture de la carte vitale en cours…"_s, std::move(handler));
     m_client->readeVitaleWithCompletionHandler(
-        [self = QPointer(this), isReading = m_isReading, handler](bool success, const std::optional<Error>& error,
-                                                                  const std::optional<CardRecord>& record) {
-            isReading->store(false);
-            postToMainQueue([self, handler, success, error, record] {
-                if (!self)
+        [self = QPointer(this), number, askedRead = m_askedRead](bool success, const std::optional<Error>& error,
+                                                                 const std::optional<CardRecord>& record) {
+            endRead(*askedRead, number);
+            postToMainQueue([self, number, success, error, record] {
+                const auto read = self ? self->m_dueReads.extract(number) : DueReads::node_type();
+                if (read.empty())
                     return;
                 self->finishReadIfNeed(success, error, record);
-                handler(success, error);
+                read.mapped()(success, error);
             });
         });
 }
@@ -125,6 +175,33 @@ void ReadWorkflow::finishReadIfNeed(bool success, const std::optional<Error>& er
     m_delegate.endSheed();
     if (success && record)
         m_delegate.cardWasRead(*record);
-    else if (error)
+    else
+        tellFailure(error);
+}
+
+void ReadWorkflow::endRead(std::atomic<ReadNumber>& askedRead, ReadNumber number)
+{
+    askedRead.compare_exchange_strong(number, noRead);
+}
+
+void ReadWorkflow::cancelRead()
+{
+    const DueReads reads = std::exchange(m_dueReads, {});
+    if (reads.empty())
+        return;
+    m_client->cancelReads();
+    m_askedRead->store(noRead);
+    m_delegate.endSheed();
+    m_delegate.readCancelled();
+    for (const auto& [number, handler] : reads) {
+        if (handler)
+            handler(false, std::nullopt);
+    }
+}
+
+void ReadWorkflow::tellFailure(const std::optional<Error>& error)
+{
+    m_delegate.readFailed();
+    if (error)
         m_delegate.presentError(*error);
 }

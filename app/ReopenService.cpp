@@ -1,5 +1,7 @@
 #include "app/ReopenService.h"
 
+#include "platform/NativePath.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
@@ -57,9 +59,8 @@ ReopenInterface::ReopenInterface(ReopenService* service)
 QString ReopenInterface::firstLocalFile(const QStringList& uris)
 {
     for (const QString& uri : uris) {
-        const QUrl url(uri, QUrl::StrictMode);
-        if (url.isLocalFile() && url.host().isEmpty() && url.toLocalFile().startsWith(u'/'))
-            return url.toLocalFile();
+        if (const std::optional<QString> path = pathOfUrl(QUrl(uri, QUrl::StrictMode)))
+            return *path;
     }
     return {};
 }

@@ -2,12 +2,14 @@
 
 #include "app/CommandLine.h"
 #include "app/RuntimeFolder.h"
+#include "platform/NativePath.h"
 #include "support/MXLog.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QFile>
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <algorithm>
 #include <array>
@@ -33,6 +35,8 @@ constexpr std::size_t maximumGuests = 8;
 constexpr char answer = 'k';
 // Between two looks at an instance that is only just starting, or ending.
 constexpr int retryPause = 10; // milliseconds
+// Between two tries to let a later start in; a fraction of its patience.
+constexpr std::chrono::milliseconds welcomePause{250};
 
 struct SocketAddress
 {
@@ -124,7 +128,7 @@ QString SingleInstance::keyFor(const CommandLine& command)
     // Whoever tries the simulated reader does not want to be shown the window of the real one.
     const QStringList parts{desktopName(), command.simulate ? u"simulate"_s : QString(),
                             command.simulatedCard.value_or(QString()), command.cardService.value_or(QString())};
-    const QByteArray text = parts.join(QChar::Null).toUtf8();
+    const QByteArray text = bytesOfPath(parts.join(QChar::Null));
     const QByteArray digest = QCryptographicHash::hash(text, QCryptographicHash::Sha256);
     return QString::fromLatin1(digest.first(8).toHex());
 }
@@ -237,8 +241,12 @@ void SingleInstance::release()
 void SingleInstance::welcomeGuests()
 {
     FileDescriptor socket(accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-    if (!socket.isValid())
+    if (!socket.isValid()) {
+        // One that has left again is no reason to wait; anything else is, such as no descriptor being free.
+        if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED)
+            pauseWelcome();
         return;
+    }
     if (!isOwnUser(socket)) {
         MXLog::logWarning("Single instance: another user's call was refused");
         return;
@@ -251,6 +259,13 @@ void SingleInstance::welcomeGuests()
     auto* const notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this, descriptor] { hear(descriptor); });
     m_guests.push_back({.socket = std::move(socket), .notifier = notifier});
+}
+
+/// A guest that cannot be let in stays at the door, where it would be announced over and over.
+void SingleInstance::pauseWelcome()
+{
+    m_socketNotifier->setEnabled(false);
+    QTimer::singleShot(welcomePause, m_socketNotifier.get(), [this] { m_socketNotifier->setEnabled(true); });
 }
 
 void SingleInstance::hear(int socket)

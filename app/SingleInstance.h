@@ -79,6 +79,7 @@ private:
     [[nodiscard]] bool takeLock();
     void openSocket();
     void welcomeGuests();
+    void pauseWelcome();
     void hear(int socket);
     void dismiss(int socket);
 

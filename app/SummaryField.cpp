@@ -13,6 +13,7 @@ namespace {
 
 constexpr qsizetype lineCount = 3;
 constexpr int narrowest = 20; // average characters
+constexpr int plateMargin = 8;
 
 // More than any field shows. Measuring the megabytes of a mistaken card file would take seconds.
 constexpr qsizetype longestMeasured = 300;
@@ -25,10 +26,22 @@ SummaryField::SummaryField(QWidget* parent)
     setTextFormat(Qt::PlainText);
 }
 
+void SummaryField::setPlate(const std::optional<QColor>& colour)
+{
+    m_plate = colour;
+    update();
+}
+
+int SummaryField::indent() const
+{
+    return m_plate ? plateMargin : 0;
+}
+
 QFont SummaryField::fontOfLine(qsizetype line) const
 {
     QFont result = font();
-    result.setBold(line == 0);
+    result.setBold(line == 0 && !m_plate);
+    result.setItalic(m_plate.has_value());
     return result;
 }
 
@@ -50,7 +63,7 @@ QStringList SummaryField::shownLines() const
     QStringList lines = text().split(u'\n').first(std::min(lineCount, text().count(u'\n') + 1));
     for (qsizetype index = 0; index < lines.size(); ++index) {
         const QFontMetrics metrics(fontOfLine(index));
-        lines[index] = metrics.elidedText(lines[index].left(longestMeasured), Qt::ElideRight, width());
+        lines[index] = metrics.elidedText(lines[index].left(longestMeasured), Qt::ElideRight, width() - 2 * indent());
     }
     return lines;
 }
@@ -69,14 +82,16 @@ bool SummaryField::event(QEvent* event)
 void SummaryField::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
+    if (m_plate)
+        painter.fillRect(rect(), *m_plate);
     painter.setPen(palette().color(foregroundRole()));
     int top = 0;
     const QStringList lines = shownLines();
     for (qsizetype index = 0; index < lines.size(); ++index) {
         painter.setFont(fontOfLine(index));
         const int height = painter.fontMetrics().lineSpacing();
-        painter.drawText(QRect(0, top, width(), height), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                         lines.at(index));
+        painter.drawText(QRect(indent(), top, width() - 2 * indent(), height),
+                         Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, lines.at(index));
         top += height;
     }
 }

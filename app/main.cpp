@@ -3,11 +3,9 @@
 #include "app/Runs.h"
 #include "app/WindowLoader.h"
 #include "platform/CoreDumps.h"
+#include "platform/FailedWrites.h"
+#include "platform/NativePath.h"
 #include "support/QtMessages.h"
-
-#include <QFile>
-
-#include <csignal>
 
 using namespace Qt::StringLiterals;
 
@@ -19,7 +17,7 @@ QStringList decoded(int argc, char** argv)
 {
     QStringList arguments;
     for (int index = 0; index < argc; ++index)
-        arguments.append(QFile::decodeName(argv[index]));
+        arguments.append(pathFromBytes(argv[index]));
     return arguments;
 }
 
@@ -34,8 +32,8 @@ int main(int argc, char* argv[])
 {
     disableCoreDumps();
     sendQtMessagesToLog();
-    // Whoever reads what is printed may leave: the work goes on, and the exit code tells.
-    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    // Whoever reads what is printed may leave, and files may be limited: the work goes on, and the exit code tells.
+    ignoreSignalsOfFailedWrites();
 
     const std::expected<CommandLine, QString> command = CommandLine::parse(decoded(argc, argv));
     if (!command) {

@@ -3,6 +3,7 @@
 #include "card/BindOutcome.h"
 #include "platform/MainQueue.h"
 #include "prefs/MVSettings.h"
+#include "prefs/ModeMenu.h"
 #include "prefs/ui_LVitAccessView.h"
 #include "support/MXLog.h"
 
@@ -62,7 +63,12 @@ LVitAccessPrefs::LVitAccessPrefs(std::shared_ptr<LVitAccess> client, Bundle bund
 {
 }
 
-LVitAccessPrefs::~LVitAccessPrefs() = default;
+LVitAccessPrefs::~LVitAccessPrefs()
+{
+    // The menu goes with the view, after this: it must not find the pane when it loses the keyboard.
+    if (m_ui)
+        m_ui->selectModePopUpButton->disconnect(this);
+}
 
 QString LVitAccessPrefs::paneIdentifier() const
 {
@@ -160,7 +166,7 @@ void LVitAccessPrefs::setModeInformations(const QString& text)
     Q_EMIT modeInformationsChanged(text);
 }
 
-QComboBox* LVitAccessPrefs::selectModePopUpButton() const
+ModeMenu* LVitAccessPrefs::selectModePopUpButton() const
 {
     return m_ui ? m_ui->selectModePopUpButton : nullptr;
 }
@@ -214,8 +220,8 @@ void LVitAccessPrefs::loadView(QScrollArea& view)
     for (const Mode& mode : modes)
         m_ui->selectModePopUpButton->addItem(mode.title.toString(), tag++);
     connect(this, &LVitAccessPrefs::modeInformationsChanged, m_ui->infosTestField, &QLabel::setText);
-    connect(m_ui->selectModePopUpButton, &QComboBox::activated, this,
-            [this] { changeMode(m_ui->selectModePopUpButton); });
+    connect(m_ui->selectModePopUpButton, &ModeMenu::browsed, this, &LVitAccessPrefs::updateModeInformations);
+    connect(m_ui->selectModePopUpButton, &ModeMenu::chosen, this, [this] { changeMode(m_ui->selectModePopUpButton); });
 }
 
 void LVitAccessPrefs::viewDidLoad()

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-class QComboBox;
+class ModeMenu;
 class QGroupBox;
 class QLabel;
 
@@ -22,6 +22,8 @@ class LVitAccessPrefs final : public PaneViewController
 public:
     explicit LVitAccessPrefs(std::shared_ptr<LVitAccess> client = LVitAccess::defaultInstance(),
                              Bundle bundle = Bundle::mainBundle());
+    LVitAccessPrefs(const LVitAccessPrefs&) = delete;
+    LVitAccessPrefs& operator=(const LVitAccessPrefs&) = delete;
     ~LVitAccessPrefs() override;
 
     [[nodiscard]] QString paneIdentifier() const override;
@@ -44,7 +46,7 @@ public:
     void setModeInformations(const QString& text);
 
     // Controls of the view, null before it is loaded. The menu's entries have their tags as data.
-    [[nodiscard]] QComboBox* selectModePopUpButton() const;
+    [[nodiscard]] ModeMenu* selectModePopUpButton() const;
     [[nodiscard]] QLabel* infosTestField() const;
     [[nodiscard]] QLabel* apiVersionTextField() const;
     [[nodiscard]] QLabel* tablebinVersionTextField() const;

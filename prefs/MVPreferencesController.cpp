@@ -107,7 +107,9 @@ void MVPreferencesController::fadeTo(MVPreference& pane)
     paneWillDisappear(oldPane);
     paneWillAppear(&pane);
     m_contentView->fadeToTop([this, oldView, oldPane, newPane = &pane] {
-        m_contentView->removeSubview(oldView);
+        // A pane that was chosen again during its own fade-out is the current one now, and its view stays on top.
+        if (!m_currentPane || m_currentPane->paneView() != oldView)
+            m_contentView->removeSubview(oldView);
         paneDidDisappear(oldPane);
         paneDidAppear(newPane);
     });

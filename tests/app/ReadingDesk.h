@@ -32,7 +32,7 @@ public:
     void beginSheet(const QString& message) override { note(QStringLiteral("sheet ") + message); }
     void endSheed() override { note(QStringLiteral("end of sheet")); }
     void showBinding(bool isBinding) override { showsBinding = isBinding; }
-    void beep() override { note(QStringLiteral("beep")); }
+    void refuse(const QString& reason) override { note(QStringLiteral("refused ") + reason); }
     void presentError(const Error& error) override { note(QStringLiteral("error %1").arg(error.code())); }
     [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return card; }
     void cardWasRead(const CardRecord& record) override
@@ -40,6 +40,8 @@ public:
         card = record;
         note(QStringLiteral("card ") + record.text(CardKey::lastName).value_or(QStringLiteral("?")));
     }
+    void readFailed() override { note(QStringLiteral("read failed")); }
+    void readCancelled() override { note(QStringLiteral("read cancelled")); }
     void saveXMLIfNeeded() override { note(QStringLiteral("copy")); }
 
     /// Asks for a card, and notes what the handler receives.

@@ -1,18 +1,26 @@
+#include "app/ProgressSheet.h"
 #include "app/RecentAttestations.h"
 #include "app/StatusMenu.h"
 #include "card/CardKeys.h"
 #include "card/CardServiceKeys.h"
+#include "platform/FileWorker.h"
 #include "platform/NotificationCenter.h"
 #include "support/MVSimpleOpaqueView.h"
 #include "support/MXButton.h"
 #include "support/MXLog.h"
 #include "tests/app/Office.h"
 #include "tests/card/FakeService.h"
+#include "tests/card/LogCapture.h"
 
 #include <QAction>
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTest>
+
+#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -56,6 +64,26 @@ QString summary(const Office& office)
     return office.window->vitaleInfoTextField()->text();
 }
 
+// What the window says under the summary.
+QString panelLine(const Office& office)
+{
+    return office.window->findChild<QLabel*>(u"cardTimeLabel"_s)->text();
+}
+
+void pressOk()
+{
+    if (QMessageBox* box = Office::alert())
+        QTest::mouseClick(box->buttons().constFirst(), Qt::LeftButton);
+}
+
+// Asks for the attestation to be saved, and waits until the user has been told.
+bool isSaved(const Office& office)
+{
+    const QSignalSpy ended(&FileWorker::shared(), &FileWorker::ended);
+    office.delegate->saveAttestation(nullptr);
+    return QTest::qWaitFor([&ended] { return ended.count() == 1; });
+}
+
 QStringList recents(const Office& office)
 {
     QStringList titles;
@@ -63,6 +91,9 @@ QStringList recents(const Office& office)
         titles.append(action->isSeparator() ? u"-"_s : action->text());
     return titles;
 }
+
+// Something that the user asks for.
+using Request = void (*)(AppDelegate&);
 
 // An office whose card service is bound.
 std::unique_ptr<Office> boundOffice(const ServiceCommand& service)
@@ -81,6 +112,7 @@ class tst_AppDelegate : public QObject
 
 private:
     FakeService m_fake;
+    LogCapture m_log;
 
 private Q_SLOTS:
     void cleanup()
@@ -165,7 +197,8 @@ private Q_SLOTS:
 
     void aCardServiceThatIsNotThereIsTheGeneralError()
     {
-        const Office office({u"/nonexistent/card-service"_s, {}});
+        const QTemporaryDir folder;
+        const Office office({folder.filePath(u"card-service"_s), {}});
         office.start();
         QTRY_COMPARE(Office::alertText(), std::optional(u"L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s));
         QCOMPARE(tilesEnabled(office), unbound);
@@ -245,6 +278,25 @@ private Q_SLOTS:
         QCOMPARE(summary(*office), before);
     }
 
+    void aCancelledReadIsToldInTheWindowAloneAndKeepsTheCardThatWasThere()
+    {
+        const auto office = boundOffice(m_fake.command({u"--do"_s, u"vitale_read"_s, u"silent"_s}));
+        QVERIFY(office);
+        office->delegate->loadXMLFile(specimen());
+        const QString before = summary(*office);
+        office->delegate->readVitale(nullptr);
+        QVERIFY(office->window->sheet()->isVisible());
+        Q_EMIT office->window->sheet()->cancelRequested();
+        QVERIFY(!office->window->sheet()->isVisible());
+        QVERIFY(!office->delegate->isReading());
+        QVERIFY(panelLine(*office).contains(
+            QRegularExpression(u"^Lecture annulée à \\d\\d:\\d\\d – carte précédente, fichier ouvert (à|le) "_s)));
+        QCOMPARE(summary(*office), before);
+        // What was read before can be worked on at once.
+        office->delegate->viewAttestation(nullptr);
+        QCOMPARE(Office::alertText(), std::nullopt);
+    }
+
     void aFileIsACardWithoutANamedFund()
     {
         const auto office = boundOffice(m_fake.command());
@@ -275,8 +327,8 @@ private Q_SLOTS:
         QVERIFY(!office->window->recentsMenuItem()->menu()->actions().first()->isEnabled());
 
         office->delegate->loadXMLFile(specimen());
-        office->delegate->saveAttestation(nullptr);
-        office->delegate->saveAttestation(nullptr);
+        QVERIFY(isSaved(*office));
+        QVERIFY(isSaved(*office));
         const QStringList one{u"SPECIMEN Hélène.pdf"_s, u"-"_s, u"Effacer le menu"_s};
         QCOMPARE(recents(*office), one);
         QCOMPARE(QDir(office->attestations()).entryList(QDir::Files | QDir::Hidden),
@@ -288,22 +340,31 @@ private Q_SLOTS:
         const auto office = boundOffice(m_fake.command());
         QVERIFY(office);
         office->delegate->loadXMLFile(specimen());
-        office->delegate->saveAttestation(nullptr);
+        QVERIFY(isSaved(*office));
         office->window->recentsMenuItem()->menu()->actions().last()->trigger();
         QCOMPARE(recents(*office), QStringList{u"Effacer le menu"_s});
         QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
     }
 
-    void anUnusableFolderSavesNothingAndSaysNothing()
+    void anUnusableFolderSavesNothingAndThePanelSaysSo()
     {
         const auto office = boundOffice(m_fake.command());
         QVERIFY(office);
         QVERIFY(write(office->path(u"plein"_s), "x"));
         MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, office->path(u"plein"_s));
         office->delegate->loadXMLFile(specimen());
-        office->delegate->saveAttestation(nullptr);
+        QVERIFY(isSaved(*office));
         QVERIFY(!Office::alert());
         QCOMPARE(recents(*office), QStringList{u"Effacer le menu"_s});
+        const QString told = u"Non enregistrée\u00A0: le dossier est inutilisable. Changez-le dans les préférences."_s;
+        QVERIFY(panelLine(*office).endsWith(u'\n' + told));
+
+        // Until the next save, whatever happens meanwhile.
+        office->delegate->loadXMLFile(specimen());
+        QVERIFY(panelLine(*office).endsWith(u'\n' + told));
+        MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, office->path(u"vide"_s));
+        QVERIFY(isSaved(*office));
+        QVERIFY(!panelLine(*office).contains(u'\n'));
     }
 
     void aWriteThatFailedIsLoggedWithoutTheNameAndAnnouncedAllTheSame()
@@ -314,17 +375,132 @@ private Q_SLOTS:
         // A folder where the file should go cannot be replaced.
         QVERIFY(QDir().mkpath(office->attestations() + u"/SPECIMEN Hélène.pdf/x"_s));
 
-        std::vector<std::string> lines;
-        MXLog::defaultLogger().setLineWriter(
-            [&lines](MXLog::Level, std::string_view line) { lines.emplace_back(line); });
-        office->delegate->saveAttestation(nullptr);
-        MXLog::defaultLogger().setLineWriter(nullptr);
-
-        QCOMPARE(lines.size(), 1U);
-        QVERIFY(lines.front().find("The attestation was not written") != std::string::npos);
-        QVERIFY(lines.front().find("SPECIMEN") == std::string::npos);
+        m_log.clear();
+        QVERIFY(isSaved(*office));
+        QCOMPARE(m_log.lines(), QStringList{u"The attestation was not written: un dossier porte déjà ce nom"_s});
         QCOMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
         QCOMPARE(recents(*office).first(), u"SPECIMEN Hélène.pdf"_s);
+    }
+
+    void theTruthAboutAWriteThatFailedFollowsTheAnnouncement()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        office->delegate->loadXMLFile(specimen());
+        const QString inTheWay = office->attestations() + u"/SPECIMEN Hélène.pdf"_s;
+        QVERIFY(QDir().mkpath(inTheWay + u"/x"_s));
+        QVERIFY(isSaved(*office));
+        pressOk();
+        QTRY_COMPARE(
+            Office::alertText(),
+            std::optional(u"Malgré le message précédent, rien n’a été écrit\u00A0: «\u202FSPECIMEN Hélène.pdf\u202F» "
+                          "n’est pas enregistré, car un dossier porte déjà ce nom.\n\nRenommez ou déplacez le "
+                          "dossier qui porte ce nom, puis enregistrez de nouveau."_s));
+        pressOk();
+        QTRY_VERIFY(!Office::alert());
+        QVERIFY(panelLine(*office).endsWith(
+            u"\nNon enregistrée\u00A0: un dossier porte déjà ce nom («\u202FSPECIMEN Hélène.pdf\u202F»)."_s));
+
+        QVERIFY(QDir(inTheWay).removeRecursively());
+        QVERIFY(isSaved(*office));
+        QVERIFY(!panelLine(*office).contains(u'\n'));
+        pressOk();
+        QTRY_VERIFY(!Office::alert());
+    }
+
+    void aFailedReadIsInThePanelUntilACardIsThere()
+    {
+        const QTemporaryDir folder;
+        const auto office = boundOffice(simulation(folder.filePath(u"absent.xml"_s)));
+        QVERIFY(office);
+        office->delegate->readVitale(nullptr);
+        QTRY_VERIFY(Office::alert());
+        QVERIFY(panelLine(*office).startsWith(u"Lecture échouée à "_s));
+        QCOMPARE(summary(*office), u"Aucune"_s);
+        office->delegate->loadXMLFile(specimen());
+        QVERIFY(panelLine(*office).startsWith(u"Fichier ouvert le "_s));
+        pressOk();
+        office->delegate->readVitale(nullptr);
+        QTRY_VERIFY(panelLine(*office).contains(u" – carte précédente, fichier ouvert à "_s));
+        QVERIFY(summary(*office).startsWith(u"SPECIMEN Hélène\n"_s));
+    }
+
+    void aReadWhoseBindFailsHasFailed()
+    {
+        const Office office(m_fake.command(withoutReader));
+        office.start();
+        QTRY_VERIFY(Office::alert());
+        QCOMPARE(panelLine(office), u"Insérez une carte, puis appuyez sur Lire."_s);
+        pressOk();
+        office.delegate->loadXMLFile(specimen());
+        office.delegate->readVitale(nullptr);
+        QTRY_VERIFY(panelLine(office).startsWith(u"Lecture échouée à "_s));
+    }
+
+    void whileAFileIsWrittenNothingElseBegins_data()
+    {
+        QTest::addColumn<Request>("request");
+        QTest::newRow("read") << Request([](AppDelegate& delegate) { delegate.readVitale(nullptr); });
+        QTest::newRow("print") << Request([](AppDelegate& delegate) { delegate.printAttestation(nullptr); });
+        QTest::newRow("save") << Request([](AppDelegate& delegate) { delegate.saveAttestation(nullptr); });
+        QTest::newRow("choose a file") << Request([](AppDelegate& delegate) { delegate.loadXMLFile(); });
+        QTest::newRow("open a file") << Request([](AppDelegate& delegate) { delegate.loadXMLFile(specimen()); });
+    }
+
+    void whileAFileIsWrittenNothingElseBegins()
+    {
+        QFETCH(const Request, request);
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        const QString before = panelLine(*office);
+        const qsizetype reads = m_fake.requested(u"Command"_s).count(u"vitale_read"_s);
+        std::promise<void> disk;
+        FileWorker::shared().start(office->window.get(), [answer = disk.get_future().share()] {
+            answer.wait();
+            return [] {};
+        });
+        request(*office->delegate);
+        const QString line = panelLine(*office);
+        const QWidget* panel = QApplication::activeModalWidget();
+        disk.set_value();
+        QCOMPARE(line, before + u"\nUn enregistrement est en cours."_s);
+        QVERIFY(!panel);
+        QTRY_COMPARE(panelLine(*office), before);
+        QCOMPARE(m_fake.requested(u"Command"_s).count(u"vitale_read"_s), reads);
+        QCOMPARE(summary(*office), u"Aucune"_s);
+        QVERIFY(!QFileInfo::exists(office->attestations()));
+    }
+
+    void theNextRequestThatIsGrantedTakesANoticeAway()
+    {
+        const auto office = boundOffice(m_fake.command());
+        QVERIFY(office);
+        const QTemporaryDir withoutContact;
+        const Office other(m_fake.command(), withoutContact.path());
+        other.start();
+        other.delegate->loadXMLFile(specimen());
+        const QString before = panelLine(other);
+        const auto requests = {+[](AppDelegate& delegate) { delegate.viewAttestation(nullptr); },
+                               +[](AppDelegate& delegate) { delegate.loadXMLFile(specimen()); },
+                               +[](AppDelegate& delegate) { delegate.showHelp(nullptr); }};
+        for (const auto& request : requests) {
+            other.delegate->sendComment(nullptr);
+            QCOMPARE(panelLine(other), before + u"\nAucune adresse n’est connue pour les suggestions."_s);
+            request(*other.delegate);
+            QVERIFY(!panelLine(other).contains(u'\n'));
+        }
+    }
+
+    void aRefusalBringsAHiddenWindowBack()
+    {
+        const Office office(m_fake.command(silent));
+        office.start();
+        office.window->hide();
+        QAction read;
+        read.setData(StatusMenu::ReadTag);
+        office.delegate->executeAction(&read);
+        QVERIFY(office.window->isVisible());
+        QVERIFY(panelLine(office).endsWith(u"\nLe lecteur de cartes n’est pas prêt. Appuyez sur Lire."_s));
     }
 
     void withDebugModeOffAReadWritesNoFile()

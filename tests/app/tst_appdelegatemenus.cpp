@@ -224,6 +224,7 @@ private Q_SLOTS:
         const std::vector<MenuEntry> before = RecentAttestations::menu();
         office->delegate->loadXMLFile(specimen());
         office->delegate->saveAttestation(nullptr);
+        QTRY_COMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
         QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
         QCOMPARE(RecentAttestations::menu(), before);
     }

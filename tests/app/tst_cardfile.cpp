@@ -1,11 +1,14 @@
 #include "app/CardFile.h"
 #include "card/CardKeys.h"
 #include "card/PelmoraError.h"
+#include "platform/NativePath.h"
 
 #include <QFile>
 #include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <cstdio>
 
 #include <sys/stat.h>
 
@@ -85,6 +88,15 @@ private Q_SLOTS:
         const auto record = loaded("<T_AsnDonneesVitale/>");
         QVERIFY(!record.has_value());
         QVERIFY(record.error() == PelmoraError::vitaleNoBen());
+    }
+
+    void aNameThatIsNotUtf8IsAsGoodAsAnyOther()
+    {
+        const QByteArray name = QFile::encodeName(m_folder.path()) + "/Zo\xE9.xml";
+        QVERIFY(loaded(card(u"UTF-8"_s).toUtf8()).has_value());
+        QCOMPARE(std::rename(QFile::encodeName(m_folder.filePath(u"card.xml"_s)).constData(), name.constData()), 0);
+        QVERIFY(loadCardFile(pathFromBytes(name)).has_value());
+        QCOMPARE(std::remove(name.constData()), 0);
     }
 
     void aMissingFileIsTold()

@@ -36,6 +36,13 @@ CardRecord card()
     return record;
 }
 
+// As the application does after a read.
+void saveXMLIfNeeded(const std::optional<CardRecord>& record, const QString& folder)
+{
+    if (isDebugCopyWanted(record))
+        writeDebugCopy(*record, folder);
+}
+
 QByteArray contentOf(const QString& path)
 {
     QFile file(path);

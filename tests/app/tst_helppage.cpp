@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 #include "attestation/MVAttestationWindowController.h"
 #include "attestation/PageFonts.h"
+#include "attestation/PrintDesk.h"
 #include "attestation/SchemeLogos.h"
 #include "card/PelmoraError.h"
 #include "platform/Bundle.h"
@@ -99,7 +100,8 @@ private Q_SLOTS:
         QVERIFY(fonts.has_value());
         SchemeLogos logos(stagedBundle());
         const MainWindow window(stagedBundle());
-        const MVAttestationWindowController viewer(logos, *fonts);
+        PrintDesk printDesk(logos, *fonts);
+        const MVAttestationWindowController viewer(logos, *fonts, printDesk);
         const QSet<QKeySequence> real = shortcutsOf(window) + shortcutsOf(*viewer.window());
 
         QSet<QKeySequence> told;

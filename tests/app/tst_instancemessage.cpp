@@ -1,8 +1,14 @@
 #include "app/InstanceMessage.h"
+#include "platform/NativePath.h"
 
 #include <QCborMap>
 #include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -18,6 +24,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         QTest::newRow("plain") << u"/home/cabinet/carte.xml"_s;
         QTest::newRow("blanks, accents and lines") << u"/tmp/été à la\nmer/carte n° 1.xml"_s;
+        QTest::newRow("not UTF-8") << pathFromBytes("/tmp/Zo\xE9/\xFF\xC3.xml");
         QTest::newRow("as long as paths get") << u'/' + QString(4095, u'é');
     }
     void aCardArrivesAsItWasSent()
@@ -41,6 +48,19 @@ private Q_SLOTS:
                  QDir::currentPath() + u"/lien/../carte.xml"_s);
         QCOMPARE(InstanceMessage::forCard(u"/ici/carte.xml"_s).cardPath, u"/ici/carte.xml"_s);
         QVERIFY(!InstanceMessage::forCard(std::nullopt).cardPath);
+    }
+
+    void aRelativePathCountsFromAFolderWhateverItsName()
+    {
+        const QTemporaryDir folder;
+        const QByteArray name = QFile::encodeName(folder.path()) + "/Zo\xE9";
+        QCOMPARE(mkdir(name.constData(), 0700), 0);
+        const QString before = QDir::currentPath();
+        QCOMPARE(chdir(name.constData()), 0);
+        const InstanceMessage message = InstanceMessage::forCard(u"carte.xml"_s);
+        QVERIFY(QDir::setCurrent(before));
+        QCOMPARE(rmdir(name.constData()), 0);
+        QCOMPARE(bytesOfPath(message.cardPath.value_or(QString())), name + "/carte.xml");
     }
 
     void whatIsTooLongIsNotSent()
@@ -70,6 +90,8 @@ private Q_SLOTS:
         row("relative path", {{u"Request"_s, u"Open"_s}, {u"Path"_s, u"carte.xml"_s}});
         row("empty path", {{u"Request"_s, u"Open"_s}, {u"Path"_s, QString()}});
         row("path with a NUL", {{u"Request"_s, u"Open"_s}, {u"Path"_s, u"/carte"_s + QChar::Null}});
+        row("relative path in bytes", {{u"Request"_s, u"Open"_s}, {u"Path"_s, QByteArray("carte\xE9")}});
+        row("NUL in bytes", {{u"Request"_s, u"Open"_s}, {u"Path"_s, QByteArray("/c\0\xE9", 4)}});
         row("path that is a number", {{u"Request"_s, u"Open"_s}, {u"Path"_s, 7}});
     }
     void whatIsMalformedIsNoMessage()

@@ -1,4 +1,5 @@
 #include "MainWindowTest.h"
+#include "platform/NativePath.h"
 
 #include <QDragEnterEvent>
 #include <QFile>
@@ -8,6 +9,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QUrl>
+
+#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -47,6 +50,34 @@ private Q_SLOTS:
         drop(*m_window, data);
         QCOMPARE(dropped.count(), 1);
         QCOMPARE(dropped.first().first().toString(), path);
+    }
+
+    void aFileWhoseNameIsNotUtf8MayBeDropped_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QByteArray>("address");
+        QTest::newRow("by its ending") << QByteArray("/Zo\xE9.xml") << QByteArray("/Zo%E9.xml");
+        QTest::newRow("by its content") << QByteArray("/Zo\xE9") << QByteArray("/Zo%E9");
+    }
+
+    void aFileWhoseNameIsNotUtf8MayBeDropped()
+    {
+        QFETCH(const QByteArray, name);
+        QFETCH(const QByteArray, address);
+        const QTemporaryDir folder;
+        const QByteArray path = QFile::encodeName(folder.path()) + name;
+        QFile file(folder.filePath(u"card.xml"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("<?xml version='1.0'?><a/>") > 0);
+        file.close();
+        QCOMPARE(std::rename(QFile::encodeName(file.fileName()).constData(), path.constData()), 0);
+        QMimeData data;
+        data.setUrls({QUrl::fromEncoded("file://" + QFile::encodeName(folder.path()) + address)});
+        const QSignalSpy dropped(m_window.get(), &MainWindow::cardFileDropped);
+        QVERIFY(acceptsDrag(*m_window, data));
+        drop(*m_window, data);
+        QCOMPARE(std::remove(path.constData()), 0);
+        QCOMPARE(dropped.count(), 1);
+        QCOMPARE(bytesOfPath(dropped.first().first().toString()), path);
     }
 
     void allElseThatIsDraggedIsRefused()
@@ -94,6 +125,22 @@ private Q_SLOTS:
         QVERIFY(acceptsDrag(*m_window, data));
     }
 
+    void aDropUnderASheetThatHasComeMeanwhileIsInVain()
+    {
+        QTemporaryDir folder;
+        QFile file(folder.filePath(u"card.xml"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file.fileName())});
+        const QSignalSpy dropped(m_window.get(), &MainWindow::cardFileDropped);
+        const QSignalSpy inVain(m_window.get(), &MainWindow::cardFileDroppedInVain);
+        QVERIFY(acceptsDrag(*m_window, data));
+        m_window->beginSheet(u"Lecture de la carte Vitale..."_s);
+        drop(*m_window, data);
+        QCOMPARE(dropped.count(), 0);
+        QCOMPARE(inVain.count(), 1);
+    }
+
     void theSheetShowsTheMessageUntilItEnds()
     {
         m_window->endSheed();
@@ -107,6 +154,15 @@ private Q_SLOTS:
         QVERIFY(!m_window->sheet()->isVisible());
         m_window->beginSheet(u"Lecture de la carte vitale en cours…"_s);
         QCOMPARE(m_window->sheet()->informationsTextField()->text(), u"Lecture de la carte vitale en cours…"_s);
+        QVERIFY(m_window->sheet()->isVisible());
+    }
+
+    void theSheetsOfferToCancelIsTheWindows()
+    {
+        m_window->beginSheet(u"Lecture de la carte Vitale..."_s);
+        const QSignalSpy cancelled(m_window.get(), &MainWindow::readCancelRequested);
+        m_window->sheet()->cancelButton()->click();
+        QCOMPARE(cancelled.count(), 1);
         QVERIFY(m_window->sheet()->isVisible());
     }
 

@@ -1,5 +1,6 @@
 #include "MainWindowTest.h"
 
+#include <QAccessible>
 #include <QDateTime>
 #include <QHelpEvent>
 #include <QTemporaryDir>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr QSize smallScreen(1366, 768);
 constexpr QSize windowFrame(16, 48);
+const QDateTime afternoon(QDate(2026, 11, 21), QTime(14, 2));
 
 // The web's accessibility guidelines, worked out here by themselves.
 double luminance(QRgb colour)
@@ -62,6 +64,9 @@ class tst_MainWindowLooks final : public MainWindowTest
 {
     Q_OBJECT
 
+private:
+    QLabel* lineField() const { return m_window->findChild<QLabel*>(u"cardTimeLabel"_s); }
+
 private Q_SLOTS:
     void everyTextStandsOut_data()
     {
@@ -96,9 +101,9 @@ private Q_SLOTS:
     {
         const auto* label = m_window->findChild<QLabel*>(u"cardTimeLabel"_s);
         const QDateTime time(QDate(2026, 11, 21), QTime(14, 2));
-        m_window->setCardTime(MainWindow::CardOrigin::Reader, time);
+        m_window->setCardTime(PanelLine::CardOrigin::Reader, time);
         QCOMPARE(label->text(), u"Lue le 21/11/2026 à 14:02"_s);
-        m_window->setCardTime(MainWindow::CardOrigin::File, time);
+        m_window->setCardTime(PanelLine::CardOrigin::File, time);
         QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
         QCOMPARE(m_window->vitaleInfoTextField()->text(), u"Aucune"_s);
     }
@@ -116,12 +121,144 @@ private Q_SLOTS:
         // The window does not grow for it.
         QCOMPARE(m_window->minimumSizeHint().expandedTo(smallest), smallest);
 
-        m_window->setCardTime(MainWindow::CardOrigin::File, QDateTime(QDate(2026, 11, 21), QTime(14, 2)));
+        m_window->setCardTime(PanelLine::CardOrigin::File, QDateTime(QDate(2026, 11, 21), QTime(14, 2)));
         QCOMPARE(label->text(), connecting);
         m_window->setConnecting(false);
         QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
         m_window->setConnecting(true);
         QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
+    }
+
+    void aCardThatIsNotFromTheLastReadIsSeenAndToldAsSuch_data() { everyTextStandsOut_data(); }
+
+    void aCardThatIsNotFromTheLastReadIsSeenAndToldAsSuch()
+    {
+        QFETCH(const QPalette, desktop);
+        QApplication::setPalette(desktop);
+        QVERIFY(QTest::qWaitForWindowExposed(&shown()));
+        QLabel* summary = m_window->vitaleInfoTextField();
+        summary->setText(u"SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"_s);
+        m_window->setCardTime(PanelLine::CardOrigin::Reader, afternoon);
+        const QImage fresh = shot(*m_window, summary);
+        QCOMPARE(fresh.pixelColor(0, 0), QColor(0, 162, 1));
+
+        m_window->setReadFailed(afternoon.addSecs(60));
+        const QImage earlier = shot(*m_window, summary);
+        QVERIFY(earlier.pixelColor(0, 0) != QColor(0, 162, 1));
+        QVERIFY(drawnContrast(earlier) >= 4.5);
+        QVERIFY(drawnContrast(shot(*m_window, lineField())) >= 4.5);
+        QCOMPARE(summary->accessibleDescription(), u"Carte précédente\u00A0: la dernière lecture n’a pas abouti."_s);
+
+        for (const auto origin : {PanelLine::CardOrigin::Reader, PanelLine::CardOrigin::File}) {
+            m_window->setReadFailed(afternoon.addSecs(60));
+            m_window->setCardTime(origin, afternoon.addSecs(120));
+            QCOMPARE(shot(*m_window, summary), fresh);
+            QVERIFY(summary->accessibleDescription().isEmpty());
+        }
+    }
+
+    void aFailedReadBeforeAnyCardLeavesTheSummaryAsItWas()
+    {
+        QLabel* summary = m_window->vitaleInfoTextField();
+        const QImage before = shot(*m_window, summary);
+        m_window->setReadFailed(afternoon);
+        QCOMPARE(summary->text(), u"Aucune"_s);
+        QCOMPARE(shot(*m_window, summary), before);
+        QVERIFY(summary->accessibleDescription().isEmpty());
+        QCOMPARE(lineField()->text(), u"Lecture échouée à 14:02"_s);
+    }
+
+    void noTextOfThePanelMakesTheWindowGrow_data()
+    {
+        QTest::addColumn<double>("textSize");
+        QTest::addColumn<QString>("notice");
+        const QString usual = u"Non enregistrée : il n’y a plus de place sur le disque (« SPECIMEN Hélène.pdf »)."_s;
+        QTest::newRow("usual") << 1.0 << usual;
+        QTest::newRow("usual, 200 %") << 2.0 << usual;
+        QTest::newRow("endless") << 1.0 << QString(2'000'000, u'W');
+        QTest::newRow("many lines") << 1.0 << QString(5000, u'\n');
+    }
+
+    void noTextOfThePanelMakesTheWindowGrow()
+    {
+        QFETCH(const double, textSize);
+        QFETCH(const QString, notice);
+        QFont font = m_font;
+        font.setPointSizeF(font.pointSizeF() * textSize);
+        QApplication::setFont(font);
+        QVERIFY(QTest::qWaitForWindowExposed(&shown()));
+        m_window->resize(m_window->minimumSizeHint());
+        const QSize size = m_window->size();
+        const QRect summary = m_window->vitaleInfoTextField()->geometry();
+        m_window->setCardTime(PanelLine::CardOrigin::File, afternoon.addDays(-1));
+        m_window->setReadFailed(afternoon);
+        m_window->setNotice(notice);
+        QVERIFY(!m_window->grab().isNull());
+        QCOMPARE(m_window->size(), size);
+        QCOMPARE(m_window->minimumSizeHint(), size);
+        QCOMPARE(m_window->vitaleInfoTextField()->geometry(), summary);
+        QVERIFY(lineField()->height() >= 2 * lineField()->fontMetrics().lineSpacing());
+    }
+
+    void theCardsLineAndTheNoticeAreBothShownWhereThereIsLittleRoom()
+    {
+        m_window->resize(m_window->minimumSizeHint());
+        m_window->setReadFailed(afternoon);
+        const QImage one = shot(*m_window, lineField());
+        const int half = one.height() / 2;
+        QVERIFY(hasInk(one, QRect(0, 0, one.width(), half)));
+        QVERIFY(!hasInk(one, QRect(0, half, one.width(), one.height() - half)));
+        m_window->setNotice(u"Une lecture est déjà en cours."_s);
+        const QImage both = shot(*m_window, lineField());
+        QVERIFY(hasInk(both, QRect(0, 0, both.width(), half)));
+        QVERIFY(hasInk(both, QRect(0, half, both.width(), both.height() - half)));
+        QCOMPARE(lineField()->text(), u"Lecture échouée à 14:02\nUne lecture est déjà en cours."_s);
+    }
+
+    void aLineThatDoesNotFitIsWholeInItsToolTip()
+    {
+        const auto toolTip = [this](const QString& notice) {
+            m_window->setNotice(notice);
+            QHelpEvent help(QEvent::ToolTip, QPoint(5, 5), lineField()->mapToGlobal(QPoint(5, 5)));
+            QCoreApplication::sendEvent(lineField(), &help);
+            return QToolTip::text();
+        };
+        QCOMPARE(toolTip(u"Une lecture est déjà en cours."_s), QString());
+        // Wrapped, but whole.
+        QCOMPARE(toolTip(u"Non enregistrée : il n’y a plus de place sur le disque (« A B.pdf »)."_s), QString());
+        const QString name = QString(300, u'W');
+        QVERIFY(toolTip(name + u" <b>x</b>"_s).contains(name + u" &lt;b&gt;x&lt;/b&gt;"_s));
+    }
+
+    void whatTheUserIsToldIsANotificationForScreenReaders()
+    {
+        const auto notification = [this]() -> QAccessibleInterface* {
+            QAccessibleInterface* panel = QAccessible::queryAccessibleInterface(m_window->vitaleInfoView());
+            for (int index = 0; index < panel->childCount(); ++index) {
+                QAccessibleInterface* child = panel->child(index);
+                if (child->role() == QAccessible::Notification && !child->state().invisible)
+                    return child;
+            }
+            return nullptr;
+        };
+        QVERIFY(!notification());
+        m_window->setNotice(u"Une lecture est déjà en cours."_s);
+        QVERIFY(notification());
+        QCOMPARE(notification()->text(QAccessible::Name), u"Une lecture est déjà en cours."_s);
+        m_window->setNotice(QString());
+        QVERIFY(!notification());
+        m_window->setSaveFailure(u"Non enregistrée"_s);
+        QVERIFY(notification());
+        QCOMPARE(notification()->text(QAccessible::Name), u"Non enregistrée"_s);
+        // It stays as long as the panel tells it.
+        m_window->setNotice(QString());
+        QVERIFY(notification());
+        QCOMPARE(notification()->text(QAccessible::Name), u"Non enregistrée"_s);
+        m_window->setNotice(u"Une lecture est déjà en cours."_s);
+        QCOMPARE(notification()->text(QAccessible::Name), u"Une lecture est déjà en cours."_s);
+        m_window->setNotice(QString());
+        m_window->setSaveFailure(QString());
+        QVERIFY(!notification());
     }
 
     void noNameMakesTheWindowGrow_data()

@@ -3,6 +3,7 @@
 
 #include <QAccessible>
 #include <QLabel>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -34,18 +35,81 @@ private Q_SLOTS:
         QVERIFY(!(sheet.windowFlags() & Qt::WindowCloseButtonHint));
     }
 
-    void neitherEscapeNorClosingEndIt()
+    void untilItOffersToCancelNeitherEscapeNorClosingDoAnything()
     {
         QWidget window;
         window.show();
         ProgressSheet sheet(&window);
         const QSignalSpy finished(&sheet, &QDialog::finished);
+        const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
         sheet.begin(u"Lecture"_s);
+        QVERIFY(!sheet.cancelButton()->isVisible());
         QTest::keyClick(&sheet, Qt::Key_Escape);
         QVERIFY(sheet.isVisible());
         sheet.close();
         QVERIFY(sheet.isVisible());
         QCOMPARE(finished.count(), 0);
+        QCOMPARE(cancelled.count(), 0);
+    }
+
+    void afterAWhileItOffersToCancelAndStaysUntilItIsTakenDown()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window, lateEnough);
+        const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
+        sheet.begin(u"Lecture"_s);
+        QVERIFY(QTest::qWaitForWindowActive(&sheet));
+        QTRY_VERIFY(sheet.cancelButton()->isVisible());
+        QCOMPARE(sheet.cancelButton()->text(), u"Annuler"_s);
+        QTRY_VERIFY(sheet.contentsRect().contains(sheet.cancelButton()->geometry()));
+
+        QTest::mouseClick(sheet.cancelButton(), Qt::LeftButton);
+        QCOMPARE(cancelled.count(), 1);
+        QTest::keyClick(&sheet, Qt::Key_Escape);
+        QCOMPARE(cancelled.count(), 2);
+        sheet.close();
+        QCOMPARE(cancelled.count(), 3);
+        QVERIFY(sheet.isVisible());
+
+        sheet.end();
+        QVERIFY(!sheet.isVisible());
+        QTest::keyClick(&sheet, Qt::Key_Escape);
+        QCOMPARE(cancelled.count(), 3);
+    }
+
+    void theOfferToCancelHasTheKeyboardAndTellsWhyItIsThere()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window, lateEnough);
+        const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
+        sheet.begin(u"Lecture"_s);
+        QVERIFY(QTest::qWaitForWindowActive(&sheet));
+        QTRY_VERIFY(sheet.cancelButton()->hasFocus());
+        const QAccessibleInterface* button = QAccessible::queryAccessibleInterface(sheet.cancelButton());
+        QCOMPARE(button->text(QAccessible::Name), u"Annuler"_s);
+        QCOMPARE(button->text(QAccessible::Description), sheet.patienceLabel()->text());
+        // It comes under the hands of people who wait: Enter, which they may be striking, does not end the read.
+        QTest::keyClick(sheet.cancelButton(), Qt::Key_Return);
+        QCOMPARE(cancelled.count(), 0);
+        QTest::keyClick(sheet.cancelButton(), Qt::Key_Space);
+        QCOMPARE(cancelled.count(), 1);
+    }
+
+    void eachReadBeginsWithoutTheOffer()
+    {
+        QWidget window;
+        window.show();
+        ProgressSheet sheet(&window, lateEnough);
+        sheet.begin(u"Lecture"_s);
+        QTRY_VERIFY(sheet.cancelButton()->isVisible());
+        sheet.end();
+        const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
+        sheet.begin(u"Lecture"_s);
+        QVERIFY(!sheet.cancelButton()->isVisible());
+        QTest::keyClick(&sheet, Qt::Key_Escape);
+        QCOMPARE(cancelled.count(), 0);
     }
 
     void itEndsWithTheCodeOneAndCanBeginAgain()

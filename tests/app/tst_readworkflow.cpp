@@ -4,12 +4,14 @@
 #include "tests/app/ReadingDesk.h"
 #include "tests/card/LogCapture.h"
 
+#include <QDeadlineTimer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString busy = u"refused Une lecture est déjà en cours."_s;
 const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
 const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
 const QStringList slowInit{u"--do"_s, u"init"_s, u"slow"_s};
@@ -50,6 +52,65 @@ private Q_SLOTS:
     }
 
     void cleanup() { MVSettings::setStore(nullptr); }
+
+    void aReadIsUnderWayFromItsRequestUntilItsOutcomeHasCome_data()
+    {
+        QTest::addColumn<bool>("isOnDemand");
+        QTest::newRow("asked for") << false;
+        QTest::newRow("needed") << true;
+    }
+
+    void aReadIsUnderWayFromItsRequestUntilItsOutcomeHasCome()
+    {
+        QFETCH(const bool, isOnDemand);
+        ReadingDesk desk(slowRead);
+        QVERIFY(!desk.workflow->isUnderWay());
+        if (isOnDemand)
+            desk.readIfNeed();
+        else
+            desk.workflow->readVitale();
+        // It waits for the bind.
+        QVERIFY(desk.workflow->isUnderWay());
+        QVERIFY(!desk.workflow->isReading());
+        QTRY_VERIFY(desk.workflow->isReading());
+        QVERIFY(desk.workflow->isUnderWay());
+        QTRY_VERIFY(desk.card);
+        QVERIFY(!desk.workflow->isUnderWay());
+    }
+
+    void anOutcomeThatIsOnItsWayToTheMainThreadCounts()
+    {
+        const auto desk = boundDesk();
+        QVERIFY(desk);
+        desk->readIfNeed();
+        // No event is processed here meanwhile.
+        const QDeadlineTimer deadline(10000);
+        while (desk->workflow->isReading() && !deadline.hasExpired())
+            QThread::yieldCurrentThread();
+        QVERIFY(!desk->workflow->isReading());
+        QVERIFY(!desk->card);
+        QVERIFY(desk->workflow->isUnderWay());
+        QTRY_VERIFY(desk->card);
+        QVERIFY(!desk->workflow->isUnderWay());
+    }
+
+    void aBindAloneIsNoRead()
+    {
+        ReadingDesk desk;
+        desk.workflow->bind();
+        QVERIFY(!desk.workflow->isUnderWay());
+        QTRY_VERIFY(desk.client->initialized());
+        QVERIFY(!desk.workflow->isUnderWay());
+    }
+
+    void aReadWhoseBindFailsIsNotUnderWayAnyMore()
+    {
+        ReadingDesk desk(wrongReader);
+        desk.workflow->readVitale();
+        QVERIFY(desk.workflow->isUnderWay());
+        QTRY_VERIFY(!desk.notes.isEmpty());
+        QVERIFY(!desk.workflow->isUnderWay());
+    }
 
     void aBindIsNotifiedOnTheMainThread()
     {
@@ -152,9 +213,10 @@ private Q_SLOTS:
     {
         ReadingDesk desk(wrongReader);
         desk.workflow->readVitale();
-        QTRY_COMPARE(desk.notes, QStringList{u"bind failure -21"_s});
+        const QStringList once{u"bind failure -21"_s, u"read failed"_s};
+        QTRY_COMPARE(desk.notes, once);
         desk.workflow->readVitale();
-        QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"bind failure -21"_s}));
+        QTRY_COMPARE(desk.notes, once + once);
         QVERIFY(!desk.workflow->isReading());
         QCOMPARE(desk.binds(), 2);
         QCOMPARE(desk.reads(), 0);
@@ -168,7 +230,7 @@ private Q_SLOTS:
         before.setText(CardKey::lastName, u"BEFORE"_s);
         desk->card = before;
         desk->workflow->readVitale();
-        QTRY_COMPARE(desk->notes, (QStringList{nowSheet, u"end of sheet"_s, u"error -30"_s}));
+        QTRY_COMPARE(desk->notes, (QStringList{nowSheet, u"end of sheet"_s, u"read failed"_s, u"error -30"_s}));
         QVERIFY(!desk->workflow->isReading());
         QCOMPARE(desk->card, std::optional(before));
     }
@@ -190,7 +252,7 @@ private Q_SLOTS:
         desk->workflow->readVitale();
         desk->workflow->readVitale();
         QTRY_VERIFY(desk->notes.contains(u"copy"_s));
-        QCOMPARE(desk->notes, (QStringList{nowSheet, u"beep"_s, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QCOMPARE(desk->notes, (QStringList{nowSheet, busy, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
         QCOMPARE(desk->reads(), 1);
     }
 
@@ -200,8 +262,8 @@ private Q_SLOTS:
         desk.workflow->readVitale();
         desk.workflow->readVitale();
         QTRY_VERIFY(desk.notes.contains(u"copy"_s));
-        QCOMPARE(desk.notes, (QStringList{u"beep"_s, u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s,
-                                          u"copy"_s}));
+        QCOMPARE(desk.notes,
+                 (QStringList{busy, u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
         QCOMPARE(desk.binds(), 1);
         QCOMPARE(desk.reads(), 1);
     }
@@ -270,7 +332,8 @@ private Q_SLOTS:
         const auto desk = boundDesk(noCard);
         QVERIFY(desk);
         desk->readIfNeed();
-        QTRY_COMPARE(desk->notes, (QStringList{neededSheet, u"end of sheet"_s, u"error -30"_s, u"handler 0 -30"_s}));
+        QTRY_COMPARE(desk->notes, (QStringList{neededSheet, u"end of sheet"_s, u"read failed"_s, u"error -30"_s,
+                                               u"handler 0 -30"_s}));
         QVERIFY(!desk->workflow->isReading());
         QVERIFY(!desk->card);
     }
@@ -279,10 +342,10 @@ private Q_SLOTS:
     {
         ReadingDesk desk(wrongReader);
         desk.readIfNeed();
-        QTRY_COMPARE(desk.notes, QStringList{u"bind failure -21"_s});
+        QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"read failed"_s}));
         // A later bind is no second chance for what was given up.
         desk.workflow->bind();
-        QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"bind failure -21"_s}));
+        QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"read failed"_s, u"bind failure -21"_s}));
     }
 
     void aNeedIsDroppedWithoutASoundDuringARead()
@@ -314,7 +377,7 @@ private Q_SLOTS:
         desk->readIfNeed();
         QVERIFY(desk->workflow->isReading());
         desk->workflow->readVitale();
-        QCOMPARE(desk->notes, (QStringList{neededSheet, u"beep"_s}));
+        QCOMPARE(desk->notes, (QStringList{neededSheet, busy}));
         QTRY_COMPARE(desk->reads(), 1);
         QCOMPARE(::kill(desk->service.processes().constFirst(), SIGKILL), 0);
         QTRY_VERIFY(desk->notes.contains(u"handler 0 -10"_s));
@@ -329,7 +392,7 @@ private Q_SLOTS:
         desk->workflow->readVitaleIfNeedWithCompletionHandler(
             [&desk](bool, const std::optional<Error>&) { desk->workflow->readVitale(); });
         QTRY_VERIFY(desk->notes.contains(u"copy"_s));
-        QVERIFY(!desk->notes.contains(u"beep"_s));
+        QVERIFY(!desk->notes.contains(busy));
         QCOMPARE(desk->reads(), 2);
     }
 };

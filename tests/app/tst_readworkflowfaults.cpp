@@ -1,3 +1,4 @@
+#include "app/CardReading.h"
 #include "tests/app/ReadingDesk.h"
 #include "tests/card/ClientOutcome.h"
 
@@ -8,6 +9,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
+const QString busy = u"refused Une lecture est déjà en cours."_s;
 const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
 const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
 
@@ -17,6 +19,12 @@ constexpr ChannelLimits impatient{.requestTimeout = 1s, .exitGrace = 100ms, .sto
 QStringList doing(const QString& command, const QString& behaviour)
 {
     return {u"--do"_s, command, behaviour};
+}
+
+/// A bind as the preferences make it.
+void bindFromElsewhere(const ReadingDesk& desk)
+{
+    bindCardService(*desk.client, postBindNotification);
 }
 
 } // namespace
@@ -40,15 +48,16 @@ private Q_SLOTS:
         QFETCH(const QString, behaviour);
         ReadingDesk desk(doing(u"vitale_read"_s, behaviour), impatient);
         desk.workflow->readVitale();
-        QTRY_COMPARE(desk.notes, (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"error -10"_s}));
+        QTRY_COMPARE(desk.notes,
+                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"read failed"_s, u"error -10"_s}));
         QVERIFY(!desk.workflow->isReading());
 
         // The service is gone: the next one who needs a card binds again.
         desk.notes.clear();
         QTRY_VERIFY(!desk.client->initialized());
         desk.readIfNeed();
-        QTRY_COMPARE(desk.notes, (QStringList{u"bind success"_s, neededSheet, u"end of sheet"_s, u"error -10"_s,
-                                              u"handler 0 -10"_s}));
+        QTRY_COMPARE(desk.notes, (QStringList{u"bind success"_s, neededSheet, u"end of sheet"_s, u"read failed"_s,
+                                              u"error -10"_s, u"handler 0 -10"_s}));
         QCOMPARE(desk.binds(), 2);
     }
 
@@ -70,9 +79,100 @@ private Q_SLOTS:
         ReadingDesk desk(doing(command, behaviour), impatient);
         desk.workflow->readVitale();
         desk.workflow->readVitale();
-        QTRY_COMPARE(desk.notes, (QStringList{u"beep"_s, u"bind failure -10"_s}));
+        QTRY_COMPARE(desk.notes, (QStringList{busy, u"bind failure -10"_s, u"read failed"_s}));
         QVERIFY(!desk.workflow->isReading());
         QCOMPARE(desk.reads(), 0);
+    }
+
+    void afterAFailedBindTheNextReadBindsAgain_data()
+    {
+        QTest::addColumn<QStringList>("behaviour");
+        QTest::newRow("refused mode") << QStringList{u"--set"_s, u"init"_s, u"Status"_s, u"error"_s};
+        QTest::newRow("no reader") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s};
+        QTest::newRow("refused readers") << QStringList{u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s};
+        for (const auto* const behaviour : {"null", "crash", "silent"})
+            QTest::addRow("set_readers %s", behaviour) << doing(u"set_readers"_s, QString::fromLatin1(behaviour));
+    }
+
+    void afterAFailedBindTheNextReadBindsAgain()
+    {
+        QFETCH(const QStringList, behaviour);
+        ReadingDesk desk(behaviour + QStringList{u"--starts"_s, u"1"_s}, impatient);
+        desk.workflow->lVitInit();
+        QTRY_COMPARE(desk.notes.size(), 1);
+        QVERIFY(desk.notes.constFirst().startsWith(u"bind failure"_s));
+        desk.notes.clear();
+        desk.workflow->readVitale();
+        QTRY_COMPARE(desk.notes,
+                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QCOMPARE(desk.binds(), 2);
+        QCOMPARE(desk.reads(), 1);
+    }
+
+    void aBindFromElsewhereThatFailedIsMadeUpForByTheNextRead()
+    {
+        ReadingDesk desk(QStringList{u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s, u"--starts"_s, u"1"_s});
+        QCOMPARE(ClientOutcome::summary(ClientOutcome::awaitBind(desk.client)), u"Pelmora -10"_s);
+        QVERIFY(desk.client->initialized());
+        desk.workflow->readVitale();
+        QTRY_VERIFY(desk.notes.contains(u"copy"_s));
+        QCOMPARE(desk.binds(), 2);
+    }
+
+    void aReadDuringABindFromElsewhereReplacesItQuietly()
+    {
+        ReadingDesk desk(doing(u"init"_s, u"silent"_s) + QStringList{u"--starts"_s, u"1"_s});
+        bindFromElsewhere(desk);
+        QTRY_COMPARE(desk.binds(), 1);
+        desk.workflow->readVitale();
+        QTRY_COMPARE(desk.notes,
+                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QCOMPARE(desk.binds(), 2);
+    }
+
+    void aReadWhoseBindIsReplacedFromElsewhereWaitsForThatOne()
+    {
+        ReadingDesk desk(doing(u"init"_s, u"silent"_s) + QStringList{u"--starts"_s, u"1"_s});
+        desk.workflow->readVitale();
+        QTRY_COMPARE(desk.binds(), 1);
+        bindFromElsewhere(desk);
+        QVERIFY(desk.showsBinding);
+        QTRY_COMPARE(desk.notes,
+                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QVERIFY(!desk.showsBinding);
+        QCOMPARE(desk.binds(), 2);
+    }
+
+    void aReadWhoseBindIsReplacedByOneThatFailsIsGivenUp()
+    {
+        ReadingDesk desk(doing(u"init"_s, u"silent"_s));
+        desk.workflow->readVitale();
+        QTRY_COMPARE(desk.binds(), 1);
+        bindFromElsewhere(desk);
+        QTRY_COMPARE(desk.binds(), 2);
+        // Still waiting, for the other one.
+        desk.workflow->readVitale();
+        QCOMPARE(desk.notes, QStringList{busy});
+        QCOMPARE(::kill(desk.service.processes().constLast(), SIGKILL), 0);
+        QTRY_COMPARE(desk.notes, (QStringList{busy, u"bind failure -10"_s, u"read failed"_s}));
+        QVERIFY(!desk.showsBinding);
+        // What was given up does not come back with a later bind.
+        desk.notes.clear();
+        bindFromElsewhere(desk);
+        QTRY_COMPARE(desk.binds(), 3);
+        QCOMPARE(::kill(desk.service.processes().constLast(), SIGKILL), 0);
+        QTRY_COMPARE(desk.notes, QStringList{u"bind failure -10"_s});
+        QCOMPARE(desk.reads(), 0);
+    }
+
+    void aBindThatIsReplacedWhileNothingWaitsEndsQuietly()
+    {
+        ReadingDesk desk(doing(u"init"_s, u"silent"_s) + QStringList{u"--starts"_s, u"1"_s});
+        desk.workflow->lVitInit();
+        QTRY_COMPARE(desk.binds(), 1);
+        bindFromElsewhere(desk);
+        QTRY_COMPARE(desk.notes, QStringList{u"bind success"_s});
+        QVERIFY(!desk.showsBinding);
     }
 
     void aServiceThatIsKilledFromOutsideEndsTheRead()
@@ -81,7 +181,8 @@ private Q_SLOTS:
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.reads(), 1);
         QCOMPARE(::kill(desk.service.processes().constFirst(), SIGKILL), 0);
-        QTRY_COMPARE(desk.notes, (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"error -10"_s}));
+        QTRY_COMPARE(desk.notes,
+                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"read failed"_s, u"error -10"_s}));
     }
 
     void anotherBindEndsTheReadThatItCuts()
@@ -90,8 +191,8 @@ private Q_SLOTS:
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.reads(), 1);
         desk.workflow->bind();
-        QTRY_COMPARE(desk.notes,
-                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"error -10"_s, u"bind success"_s}));
+        QTRY_COMPARE(desk.notes, (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"read failed"_s,
+                                              u"error -10"_s, u"bind success"_s}));
         QVERIFY(!desk.workflow->isReading());
     }
 

@@ -157,7 +157,7 @@ private Q_SLOTS:
         QTest::newRow("strange items")
             << QByteArray(
                    "[MVRecentsAttestation]\n1\\value=@Size(1 2)\n2\\value=/b.pdf\n3\\value=\n4\\value=@Invalid()\n"
-                   "size=4\n")
+                   "5\\value=@ByteArray(/c.pdf)\nsize=5\n")
             << QStringList{u"/b.pdf"_s};
         QTest::newRow("a wild size") << QByteArray("[MVRecentsAttestation]\n1\\value=/a.pdf\nsize=2147483647\n")
                                      << QStringList{u"/a.pdf"_s};

@@ -1,4 +1,5 @@
 #include "app/ReopenService.h"
+#include "platform/NativePath.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -36,6 +37,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("uris");
         QTest::addColumn<QString>("path");
         QTest::newRow("one") << QStringList{u"file:///a/carte.xml"_s} << u"/a/carte.xml"_s;
+        QTest::newRow("not UTF-8") << QStringList{u"file:///Zo%E9.xml"_s} << pathFromBytes("/Zo\xE9.xml");
         QTest::newRow("encoded") << QStringList{u"file:///%C3%A9t%C3%A9/carte%201.xml"_s} << u"/été/carte 1.xml"_s;
         QTest::newRow("several") << QStringList{u"http://a/b.xml"_s, u"file:///1.xml"_s, u"file:///2.xml"_s}
                                  << u"/1.xml"_s;

@@ -7,10 +7,12 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <future>
 #include <vector>
 
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -75,6 +77,23 @@ bool isDismissed(const FileDescriptor& guest)
     char received = 0;
     return recv(guest.get(), &received, 1, MSG_DONTWAIT) == 0;
 }
+
+/// How often a descriptor was said to be ready.
+class AnnouncementCount final : public QObject
+{
+public:
+    [[nodiscard]] int value() const { return m_value; }
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        m_value += event->type() == QEvent::SockAct ? 1 : 0;
+        return false;
+    }
+
+private:
+    int m_value = 0;
+};
 
 QString keyOf(const QStringList& arguments)
 {
@@ -290,6 +309,36 @@ private Q_SLOTS:
         QCOMPARE(later.get(), Claim::AlreadyRunning);
         QVERIFY(isDismissed(silent.front()));
         QVERIFY(!isDismissed(silent.back()));
+    }
+
+    void withoutAFreeDescriptorALaterStartWaitsAndTheFirstDoesNotSpin()
+    {
+#ifdef __SANITIZE_ADDRESS__
+        QSKIP("the sanitizer needs descriptors of its own");
+#endif
+        const Folder folder;
+        SingleInstance first(folder.open(), u"a"_s);
+        QCOMPARE(first.claim({}), Claim::First);
+        first.startListening();
+        const QSignalSpy opened(&first, &SingleInstance::openRequested);
+        const FileDescriptor guest = folder.guest(InstanceMessage{u"/carte.xml"_s}.encoded());
+        QVERIFY(guest.isValid());
+
+        rlimit before{};
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);
+        const FileDescriptor nextFree(dup(guest.get()));
+        const rlimit none{static_cast<rlim_t>(nextFree.get()), before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
+        AnnouncementCount announcements;
+        qApp->installEventFilter(&announcements);
+        bool isOver = false;
+        QTimer::singleShot(600, this, [&isOver] { isOver = true; });
+        QTRY_VERIFY(isOver);
+        const int announced = announcements.value();
+        setrlimit(RLIMIT_NOFILE, &before);
+        QVERIFY2(announced >= 1 && announced <= 4, qPrintable(QString::number(announced)));
+        QVERIFY(opened.isEmpty());
+        QTRY_COMPARE(opened.count(), 1);
     }
 
     void theClaimIsGivenUpWhenTheEventLoopEnds()

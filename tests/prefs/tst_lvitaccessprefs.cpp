@@ -2,12 +2,14 @@
 #include "card/CardServiceKeys.h"
 #include "platform/NotificationCenter.h"
 #include "prefs/LVitAccessPrefs.h"
+#include "prefs/ModeMenu.h"
 #include "tests/card/FakeService.h"
 
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QSignalSpy>
+#include <QWheelEvent>
 
 #include <array>
 
@@ -310,14 +312,74 @@ private Q_SLOTS:
         QCOMPARE(fields(), unknown());
     }
 
-    void aChoiceByTheKeyboardIsAChoice()
+    void aWalkThroughTheModesByTheKeyboardBindsOnce()
     {
         prepare();
         QVERIFY(show(*m_pane));
-        QTest::keyClick(m_pane->selectModePopUpButton(), Qt::Key_Down);
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 1);
+        QComboBox* menu = m_pane->selectModePopUpButton();
+        menu->setFocus();
+        for (const std::size_t index : {1U, 2U}) {
+            QTest::keyClick(menu, Qt::Key_Down);
+            QCOMPARE(m_pane->infosTestField()->text(), expectedExplanations.at(index).toString());
+            QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
+            QCOMPARE(m_client->accessMode(), 0U);
+        }
         QTRY_COMPARE(m_binds, QStringList{u"success"_s});
+        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 2);
         QTRY_COMPARE(fields(), versions());
+        QCOMPARE(m_service->requested(u"Mode"_s), QStringList{u"2"_s});
+        QCOMPARE(m_binds.size(), 1);
+    }
+
+    void aChoiceByTheKeyboardCountsAtOnceWhenTheKeyboardLeaves()
+    {
+        prepare();
+        QVERIFY(show(*m_pane));
+        QComboBox* menu = m_pane->selectModePopUpButton();
+        menu->setFocus();
+        QTest::keyClick(menu, Qt::Key_Down);
+        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
+        menu->clearFocus();
+        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 1);
+        QCOMPARE(m_client->accessMode(), 1U);
+        QTRY_COMPARE(m_binds, QStringList{u"success"_s});
+    }
+
+    void theWheelOverTheMenuChangesNothing()
+    {
+        prepare();
+        QVERIFY(show(*m_pane));
+        QComboBox* menu = m_pane->selectModePopUpButton();
+        menu->setFocus();
+        QWheelEvent event(QPointF(5, 5), menu->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(menu, &event);
+        QCOMPARE(menu->currentIndex(), 0);
+        QCOMPARE(m_pane->infosTestField()->text(), expectedExplanations.at(0).toString());
+    }
+
+    void aPaneThatGoesWithKeysThatHaveNotRestedBindsNothing()
+    {
+        prepare();
+        QVERIFY(show(*m_pane));
+        m_pane->selectModePopUpButton()->setFocus();
+        QTest::keyClick(m_pane->selectModePopUpButton(), Qt::Key_Down);
+        m_pane.reset();
+        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
+        QVERIFY(m_service->notes().isEmpty());
+    }
+
+    void ofTwoChoicesInARowTheSecondAloneIsTold()
+    {
+        prepare({u"--do"_s, u"init"_s, u"silent"_s, u"--starts"_s, u"1"_s});
+        QVERIFY(show(*m_pane));
+        QTest::keyClick(m_pane->selectModePopUpButton(), Qt::Key_Down);
+        QTRY_COMPARE(m_service->requested(u"Mode"_s), QStringList{u"1"_s});
+        QTest::keyClick(m_pane->selectModePopUpButton(), Qt::Key_Down);
+        QTRY_COMPARE(m_service->requested(u"Mode"_s), (QStringList{u"1"_s, u"2"_s}));
+        QTRY_COMPARE(m_binds, QStringList{u"success"_s});
+        QTRY_COMPARE(m_pane->apiVersionTextField()->text(), u"1.2.3"_s);
+        QCOMPARE(m_binds, QStringList{u"success"_s});
     }
 
     void aPaneThatIsGoneIsNotTold()

@@ -9,6 +9,16 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
 class tst_MVSettings : public QObject
 {
     Q_OBJECT
@@ -74,8 +84,10 @@ private Q_SLOTS:
     void removingNothingForcesTheStoreToTheDisk()
     {
         MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, u"/x"_s);
+        // The bytes of the file: a second store would have the first one written.
+        QVERIFY(!contentOf(file()).contains("/x"));
         MVSettings::removePreferences({});
-        QCOMPARE(UserDefaults(file()).object(SettingsKey::attestationsFolder.toString()), QVariant(u"/x"_s));
+        QVERIFY(contentOf(file()).contains("/x"));
         QCOMPARE(MVSettings::stringPreferencesForKey(SettingsKey::attestationsFolder), u"/x"_s);
     }
 
@@ -118,6 +130,8 @@ private Q_SLOTS:
         QTest::newRow("1") << QByteArray("1") << true << qint64{1};
         QTest::newRow("0") << QByteArray("0") << false << qint64{0};
         QTest::newRow("2") << QByteArray("2") << true << qint64{2};
+        QTest::newRow("yes after a blank") << QByteArray("\" yes\"") << true << qint64{0};
+        QTest::newRow("2 after a blank") << QByteArray("\" 2\"") << true << qint64{2};
         QTest::newRow("list") << QByteArray("1, 2") << false << qint64{0};
         QTest::newRow("empty") << QByteArray("") << false << qint64{0};
     }
@@ -133,6 +147,14 @@ private Q_SLOTS:
         restart();
         QTEST(MVSettings::booleanPreferencesForKey(u"Key"), "boolean");
         QTEST(MVSettings::integerPreferencesForKey(u"Key"), "integer");
+    }
+
+    void aBooleanThatWasJustSetIsANumberToo()
+    {
+        MVSettings::setPreferencesWithBooleanValue(u"Key", true);
+        QCOMPARE(MVSettings::integerPreferencesForKey(u"Key"), 1);
+        MVSettings::setPreferencesWithBooleanValue(u"Key", false);
+        QCOMPARE(MVSettings::integerPreferencesForKey(u"Key"), 0);
     }
 
     void valuesOfAnotherTypeAreHandedOutByTheObjectGetters()

@@ -123,7 +123,7 @@ private Q_SLOTS:
         QCOMPARE(seen(), QColor(Qt::red));
     }
 
-    void thereAndBackWithinOneFadeLeavesThePaneBetween()
+    void thereAndBackWithinOneFadeEndsWithThePaneWhoseButtonIsDown()
     {
         open();
         click(u"b"_s);
@@ -131,11 +131,52 @@ private Q_SLOTS:
         QCOMPARE(m_controller->currentPane(), m_a);
         QCOMPARE(subviews(), views({m_b, m_a}));
         QTRY_COMPARE(m_notes.size(), 8);
-        // Both fades began with that view as the first one, and take it away.
-        QCOMPARE(subviews(), views({m_b}));
-        QVERIFY(m_b->paneView()->isVisible());
+        // Both fades began with that view as the lowest one.
+        QCOMPARE(notes(),
+                 (QStringList{u"a will disappear"_s, u"b will appear"_s, u"a will disappear"_s, u"a will appear"_s,
+                              u"a did disappear"_s, u"b did appear"_s, u"a did disappear"_s, u"a did appear"_s}));
         QCOMPARE(m_controller->currentPane(), m_a);
         QCOMPARE(m_controller->toolbar().selectedItemIdentifier(), u"a"_s);
+        QVERIFY(button(u"a"_s)->isChecked());
+        QCOMPARE(subviews(), views({m_b, m_a}));
+        QVERIFY(m_a->paneView()->isVisible());
+        QVERIFY(!m_b->paneView()->isVisible());
+        QCOMPARE(seen(), QColor(Qt::red));
+
+        // The next change takes the pane between away.
+        click(u"c"_s);
+        QTRY_VERIFY(!isFading());
+        QCOMPARE(subviews(), views({m_a, m_c}));
+        QCOMPARE(seen(), QColor(Qt::green));
+    }
+
+    void theShownPaneIsTheCurrentOneAfterAnyQuickClicks_data()
+    {
+        QTest::addColumn<QStringList>("clicks");
+        for (const auto* const clicks : {"b a", "b a b", "b a c", "b a b a", "b c a", "b c b", "b c b a", "b c a c b"})
+            QTest::newRow(clicks) << QString::fromLatin1(clicks).split(u' ');
+    }
+    void theShownPaneIsTheCurrentOneAfterAnyQuickClicks()
+    {
+        QFETCH(const QStringList, clicks);
+        open();
+        for (const QString& identifier : clicks)
+            click(identifier);
+        QTRY_VERIFY(!isFading());
+        QCOMPARE(m_controller->currentPane()->paneIdentifier(), clicks.constLast());
+        QCOMPARE(subviews().constLast(), m_controller->currentPane()->paneView());
+        QVERIFY(m_controller->currentPane()->paneView()->isVisible());
+    }
+
+    void aPaneThatIsShownAgainInAnEmptiedWindowStays()
+    {
+        open();
+        click(u"b"_s);
+        m_controller->showPane(nullptr);
+        m_controller->showPane(m_a);
+        QTRY_VERIFY(!isFading());
+        QCOMPARE(subviews(), views({m_a}));
+        QVERIFY(m_a->paneView()->isVisible());
     }
 
     void noPaneEmptiesTheWindowAndLeavesTheSelection()

@@ -1,0 +1,98 @@
+#include "app/PanelLineField.h"
+
+#include <QFontMetrics>
+#include <QHelpEvent>
+#include <QPainter>
+#include <QTextLayout>
+#include <QToolTip>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype reservedLines = 2;
+constexpr int narrowest = 20; // average characters
+
+// More than any field shows.
+constexpr qsizetype longestMeasured = 1000;
+
+// Lines are broken at blanks, which they lose then.
+QString withoutBlanks(QString text)
+{
+    return text.removeIf([](QChar character) { return character.isSpace(); });
+}
+
+} // namespace
+
+PanelLineField::PanelLineField(QWidget* parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+}
+
+QSize PanelLineField::sizeHint() const
+{
+    return minimumSizeHint();
+}
+
+QSize PanelLineField::minimumSizeHint() const
+{
+    return {narrowest * fontMetrics().averageCharWidth(),
+            static_cast<int>(reservedLines) * fontMetrics().lineSpacing()};
+}
+
+QStringList PanelLineField::wrapped(const QString& paragraph, qsizetype lines) const
+{
+    const QString text = paragraph.left(longestMeasured);
+    QTextLayout layout(text, font());
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    QStringList result;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid() && result.size() < lines; line = layout.createLine()) {
+        line.setLineWidth(width());
+        const bool isLast = result.size() + 1 == lines;
+        const QString shown = isLast ? text.mid(line.textStart()) : text.mid(line.textStart(), line.textLength());
+        result.append(fontMetrics().elidedText(shown.trimmed(), Qt::ElideRight, width()));
+    }
+    layout.endLayout();
+    return result;
+}
+
+QStringList PanelLineField::shownLines() const
+{
+    const qsizetype room = std::max<qsizetype>(reservedLines, height() / fontMetrics().lineSpacing());
+    const QString card = text().section(u'\n', 0, 0);
+    const QString told = text().section(u'\n', 1);
+    if (told.isEmpty())
+        return wrapped(card, room);
+    const QStringList below = wrapped(told, room - 1);
+    return wrapped(card, room - below.size()) + below;
+}
+
+bool PanelLineField::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QLabel::event(event);
+    const bool isWhole = withoutBlanks(shownLines().join(QString())) == withoutBlanks(text());
+    // Tool tips guess whether they hold rich text, and wrap nothing else.
+    const QString tip =
+        u"<p>"_s + text().left(longestMeasured).toHtmlEscaped().replace(u'\n', u"</p><p>"_s) + u"</p>"_s;
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), isWhole ? QString() : tip, this);
+    return true;
+}
+
+void PanelLineField::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.setPen(palette().color(foregroundRole()));
+    const int height = fontMetrics().lineSpacing();
+    int top = 0;
+    for (const QString& line : shownLines()) {
+        painter.drawText(QRect(0, top, width(), height), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, line);
+        top += height;
+    }
+}

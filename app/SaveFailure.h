@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/WriteFailure.h"
+
+#include <QString>
+
+/// Why an attestation was not saved, and how it is told.
+struct SaveFailure
+{
+    enum class Kind
+    {
+        FolderUnusable,
+        NoDocument,
+        WriteFailed
+    };
+
+    Kind kind;
+    /// The folder that is unusable, or the file that was not written.
+    QString path;
+    /// Why writing failed; of that kind only.
+    WriteFailure write;
+
+    /// The failure as a sentence, with the whole path.
+    [[nodiscard]] QString description() const;
+    /// The failure in few words, with the file's name, for the main window.
+    [[nodiscard]] QString panelText() const;
+    /// Of a write that failed: that nothing was written although it has been said, why, and what to do.
+    [[nodiscard]] QString alertText() const;
+};

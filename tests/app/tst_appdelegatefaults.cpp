@@ -1,0 +1,164 @@
+#include "card/PelmoraError.h"
+#include "tests/app/Office.h"
+#include "tests/card/FakeService.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QDir>
+#include <QMenu>
+#include <QPdfWriter>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList silent{u"--do"_s, u"any"_s, u"silent"_s};
+
+// What the linker puts in the place of two functions of the program: see CMakeLists.txt.
+int beeps = 0;
+bool documentsCanBeMade = true;
+
+// Resources with that information dictionary and nothing else.
+bool writeInformation(const QTemporaryDir& resources, const QByteArray& entries)
+{
+    QFile file(resources.filePath(u"Info.plist"_s));
+    const QByteArray content =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" + entries + "</dict></plist>";
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+} // namespace
+
+extern "C" {
+bool __real__ZN8QPainter5beginEP12QPaintDevice(QPainter* painter, QPaintDevice* device);
+bool __wrap__ZN8QPainter5beginEP12QPaintDevice(QPainter* painter, QPaintDevice* device)
+{
+    if (!documentsCanBeMade && dynamic_cast<QPdfWriter*>(device) != nullptr)
+        return false;
+    return __real__ZN8QPainter5beginEP12QPaintDevice(painter, device);
+}
+void __wrap__Z4beepv()
+{
+    ++beeps;
+}
+}
+
+/// Stands in for the desktop's way to open files and to write mails.
+class Desktop final : public QObject
+{
+    Q_OBJECT
+
+public:
+    Desktop()
+    {
+        for (const QString& scheme : schemes)
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+    }
+    ~Desktop() override
+    {
+        for (const QString& scheme : schemes)
+            QDesktopServices::unsetUrlHandler(scheme);
+    }
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+
+    [[nodiscard]] const QList<QUrl>& opened() const { return m_opened; }
+
+public Q_SLOTS:
+    void open(const QUrl& address) { m_opened.append(address); }
+
+private:
+    const QStringList schemes{u"file"_s, u"mailto"_s};
+    QList<QUrl> m_opened;
+};
+
+class tst_AppDelegateFaults : public QObject
+{
+    Q_OBJECT
+
+    FakeService m_fake;
+
+private Q_SLOTS:
+    void init()
+    {
+        beeps = 0;
+        documentsCanBeMade = true;
+    }
+    void cleanup() { MVSettings::setStore(nullptr); }
+
+    void aMailGoesToTheMakersAddress()
+    {
+        const QTemporaryDir resources;
+        QVERIFY(writeInformation(resources, "<key>MVContactMail</key><string>avis@example.org</string>"));
+        const Desktop desktop;
+        const Office office(m_fake.command(silent), resources.path());
+        office.delegate->sendComment(nullptr);
+        QCOMPARE(desktop.opened(),
+                 QList<QUrl>{QUrl(u"mailto:avis@example.org?subject=Suggestion%20pour%20le%20logiciel%20PELMORA"_s)});
+        QCOMPARE(beeps, 0);
+    }
+
+    void withoutTheMakersAddressAMailBeeps_data()
+    {
+        QTest::addColumn<QByteArray>("entries");
+        QTest::newRow("missing") << QByteArray();
+        QTest::newRow("not a text") << QByteArray("<key>MVContactMail</key><integer>1</integer>");
+    }
+
+    void withoutTheMakersAddressAMailBeeps()
+    {
+        QFETCH(const QByteArray, entries);
+        const QTemporaryDir resources;
+        QVERIFY(writeInformation(resources, entries));
+        const Desktop desktop;
+        const Office office(m_fake.command(silent), resources.path());
+        office.delegate->sendComment(nullptr);
+        QCOMPARE(beeps, 1);
+        QCOMPARE(desktop.opened(), QList<QUrl>());
+    }
+
+    void theHelpPageIsOpenedByTheDesktop()
+    {
+        const QTemporaryDir resources;
+        QFile page(resources.filePath(u"Help.html"_s));
+        QVERIFY(page.open(QIODevice::WriteOnly));
+        const Desktop desktop;
+        const Office office(m_fake.command(silent), resources.path());
+        office.delegate->showHelp(nullptr);
+        QCOMPARE(desktop.opened(), QList<QUrl>{QUrl::fromLocalFile(page.fileName())});
+    }
+
+    void withoutAHelpPageNothingHappens()
+    {
+        const QTemporaryDir resources;
+        const Desktop desktop;
+        const Office office(m_fake.command(silent), resources.path());
+        office.delegate->showHelp(nullptr);
+        QCOMPARE(desktop.opened(), QList<QUrl>());
+        QCOMPARE(beeps, 0);
+        QVERIFY(!Office::alert());
+    }
+
+    void withoutADocumentTheWriteErrorIsShownAndNothingIsKept()
+    {
+        const Office office(m_fake.command());
+        office.start();
+        QTRY_VERIFY(office.delegate->isEnabled());
+        office.delegate->loadXMLFile(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));
+        documentsCanBeMade = false;
+        office.delegate->saveAttestation(nullptr);
+        QTRY_VERIFY(Office::alert());
+        QCOMPARE(Office::alertText(), std::optional(PelmoraError::writeError().localizedDescription()));
+        QVERIFY(QDir(office.attestations()).isEmpty());
+        QCOMPARE(office.window->recentsMenuItem()->menu()->actions().size(), 1);
+        Office::alert()->close();
+
+        documentsCanBeMade = true;
+        office.delegate->saveAttestation(nullptr);
+        QTRY_VERIFY(QFile::exists(office.attestations() + u"/SPECIMEN Hélène.pdf"_s));
+    }
+};
+
+QTEST_MAIN(tst_AppDelegateFaults)
+#include "tst_appdelegatefaults.moc"

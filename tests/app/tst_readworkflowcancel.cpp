@@ -1,0 +1,171 @@
+#include "tests/app/ReadingDesk.h"
+#include "tests/card/ClientOutcome.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
+const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
+const QStringList silentRead{u"--do"_s, u"vitale_read"_s, u"silent"_s};
+
+// A desk whose card service is bound, and that has noted nothing yet.
+std::unique_ptr<ReadingDesk> boundDesk(const QStringList& behaviour = {})
+{
+    auto desk = std::make_unique<ReadingDesk>(behaviour);
+    desk->workflow->bind();
+    const bool isBound = QTest::qWaitFor([&desk] { return !desk->notes.isEmpty(); });
+    desk->notes.clear();
+    return isBound && desk->client->initialized() ? std::move(desk) : nullptr;
+}
+
+void begin(ReadingDesk& desk, bool ifNeeded)
+{
+    if (ifNeeded)
+        desk.readIfNeed();
+    else
+        desk.workflow->readVitale();
+}
+
+// Lets the outcomes of all that was asked before come to the main thread, and no further.
+bool awaitOutcomes(const ReadingDesk& desk)
+{
+    return ClientOutcome::awaitReaders(desk.client).has_value();
+}
+
+} // namespace
+
+/// Reads that the user gives up.
+class tst_ReadWorkflowCancel : public QObject
+{
+    Q_OBJECT
+
+private:
+    static void addKinds()
+    {
+        QTest::addColumn<bool>("ifNeeded");
+        QTest::newRow("read now") << false;
+        QTest::newRow("read if needed") << true;
+    }
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void aCancelledReadEndsAtOnceWithoutAnError_data() { addKinds(); }
+    void aCancelledReadEndsAtOnceWithoutAnError()
+    {
+        QFETCH(const bool, ifNeeded);
+        const auto desk = boundDesk(silentRead);
+        QVERIFY(desk);
+        begin(*desk, ifNeeded);
+        QTRY_COMPARE(desk->reads(), 1);
+        desk->workflow->cancelRead();
+        QStringList expected{ifNeeded ? neededSheet : nowSheet, u"end of sheet"_s, u"read cancelled"_s};
+        if (ifNeeded)
+            expected.append(u"handler 0 0"_s);
+        QCOMPARE(desk->notes, expected);
+        QVERIFY(!desk->workflow->isReading());
+        QVERIFY(!desk->card);
+
+        // The client ends the request with an error, which is dropped: the read was cancelled.
+        QVERIFY(awaitOutcomes(*desk));
+        QCoreApplication::processEvents();
+        QCOMPARE(desk->notes, expected);
+        QVERIFY(!desk->workflow->isReading());
+    }
+
+    void anOutcomeThatIsOnItsWayIsDropped_data() { addKinds(); }
+    void anOutcomeThatIsOnItsWayIsDropped()
+    {
+        QFETCH(const bool, ifNeeded);
+        const auto desk = boundDesk();
+        QVERIFY(desk);
+        CardRecord before;
+        before.setText(CardKey::lastName, u"BEFORE"_s);
+        if (!ifNeeded)
+            desk->card = before;
+        begin(*desk, ifNeeded);
+        QVERIFY(awaitOutcomes(*desk));
+        desk->workflow->cancelRead();
+        const QStringList notes = desk->notes;
+        QVERIFY(notes.contains(u"read cancelled"_s));
+        QCoreApplication::processEvents();
+        QCOMPARE(desk->notes, notes);
+        QCOMPARE(desk->card, ifNeeded ? std::nullopt : std::optional(before));
+    }
+
+    void theNextReadHasANewService_data() { addKinds(); }
+    void theNextReadHasANewService()
+    {
+        QFETCH(const bool, ifNeeded);
+        // The first service hangs in the reader, and sees nothing of what is asked of it; the next one reads.
+        ReadingDesk desk;
+        const QString script =
+            u"b=normal; mkdir '%1' 2>/dev/null && b=stop-reading; exec \"$0\" \"$@\" --do vitale_read $b"_s;
+        ServiceCommand command = desk.service.command();
+        command.arguments =
+            QStringList{u"-c"_s, script.arg(desk.service.filePath(u"first"_s)), command.program} + command.arguments;
+        command.program = u"/bin/sh"_s;
+        desk.client = std::make_shared<LVitAccess>(command, ChannelLimits{.exitGrace = 100ms});
+        desk.workflow = std::make_unique<ReadWorkflow>(desk.client, desk);
+
+        desk.workflow->readVitale();
+        QTRY_COMPARE(desk.reads(), 1);
+        desk.workflow->cancelRead();
+        desk.notes.clear();
+        begin(desk, ifNeeded);
+        const QString sheet = ifNeeded ? neededSheet : nowSheet;
+        const QString end = ifNeeded ? u"handler 1 0"_s : u"copy"_s;
+        QTRY_COMPARE(desk.notes, (QStringList{u"bind success"_s, sheet, u"end of sheet"_s, u"card SPECIMEN"_s, end}));
+        QCOMPARE(desk.service.processes().size(), 2);
+        QTRY_VERIFY(FakeService::isReaped(desk.service.processes().constFirst()));
+        QVERIFY(!FakeService::isDead(desk.service.processes().constLast()));
+    }
+
+    void withoutAReadNothingIsCancelled()
+    {
+        const auto desk = boundDesk();
+        QVERIFY(desk);
+        desk->workflow->cancelRead();
+        QVERIFY(desk->client->initialized());
+        desk->workflow->readVitale();
+        QTRY_VERIFY(desk->notes.contains(u"copy"_s));
+        desk->workflow->cancelRead();
+        QVERIFY(desk->client->initialized());
+        QVERIFY(!desk->notes.contains(u"read cancelled"_s));
+        QCOMPARE(desk->service.processes().size(), 1);
+    }
+
+    void aReadThatWaitsForItsBindGoesOn()
+    {
+        ReadingDesk desk({u"--do"_s, u"init"_s, u"slow"_s});
+        desk.workflow->readVitale();
+        desk.workflow->cancelRead();
+        QTRY_COMPARE(desk.notes,
+                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+    }
+
+    void theHandlerOfACancelledReadMayAskForTheNextOne()
+    {
+        const auto desk = boundDesk(silentRead);
+        QVERIFY(desk);
+        int calls = 0;
+        desk->workflow->readVitaleIfNeedWithCompletionHandler([&](bool success, const std::optional<Error>& error) {
+            ++calls;
+            if (!success && !error)
+                desk->workflow->readVitale();
+        });
+        QTRY_COMPARE(desk->reads(), 1);
+        desk->workflow->cancelRead();
+        QTRY_COMPARE(desk->reads(), 2);
+        QVERIFY(desk->workflow->isReading());
+        QCOMPARE(calls, 1);
+        QCOMPARE(desk->service.processes().size(), 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_ReadWorkflowCancel)
+#include "tst_readworkflowcancel.moc"

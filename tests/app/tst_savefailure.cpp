@@ -1,0 +1,73 @@
+#include "app/SaveFailure.h"
+#include "card/PelmoraError.h"
+
+#include <QSet>
+#include <QTest>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::array obstacles{WriteObstacle::NameTaken,    WriteObstacle::NoFolder,   WriteObstacle::DiskFull,
+                               WriteObstacle::QuotaReached, WriteObstacle::NotAllowed, WriteObstacle::ReadOnly,
+                               WriteObstacle::NameRefused,  WriteObstacle::Other};
+
+SaveFailure writeFailure(WriteObstacle obstacle)
+{
+    return {SaveFailure::Kind::WriteFailed, u"/dossier/SPECIMEN Zoé.pdf"_s, {obstacle, u"raison"_s}};
+}
+
+} // namespace
+
+class tst_SaveFailure : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aSentenceTellsTheWholePath()
+    {
+        QCOMPARE((SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}}.description()),
+                 u"le dossier « /x » ne peut pas être utilisé."_s);
+        QCOMPARE((SaveFailure{SaveFailure::Kind::NoDocument, u"/x"_s, {}}.description()),
+                 PelmoraError::writeError().localizedDescription());
+        QCOMPARE(writeFailure(WriteObstacle::Other).description(),
+                 u"« /dossier/SPECIMEN Zoé.pdf » n’a pas été enregistré : raison."_s);
+    }
+
+    void thePanelTellsWhoseAttestationIsNotSavedAndWhy()
+    {
+        QCOMPARE((SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}}.panelText()),
+                 u"Non enregistrée\u00A0: le dossier est inutilisable. Changez-le dans les préférences."_s);
+        QCOMPARE((SaveFailure{SaveFailure::Kind::NoDocument, u"/x"_s, {}}.panelText()),
+                 u"Non enregistrée\u00A0: le document n’a pas pu être fait."_s);
+        QCOMPARE(writeFailure(WriteObstacle::DiskFull).panelText(),
+                 u"Non enregistrée\u00A0: raison («\u202FSPECIMEN Zoé.pdf\u202F»)."_s);
+    }
+
+    void theAlertTellsThatNothingWasWrittenWhyAndWhatToDo()
+    {
+        QSet<QString> texts;
+        for (const WriteObstacle obstacle : obstacles) {
+            const QString text = writeFailure(obstacle).alertText();
+            QVERIFY(text.startsWith(u"Malgré le message précédent, rien n’a été écrit\u00A0: «\u202FSPECIMEN "
+                                    "Zoé.pdf\u202F» n’est pas enregistré, car raison.\n\n"_s));
+            QVERIFY(text.endsWith(u", puis enregistrez de nouveau."_s));
+            texts.insert(text);
+        }
+        // Another disk is the remedy for two of them.
+        QCOMPARE(texts.size(), static_cast<qsizetype>(obstacles.size()) - 1);
+    }
+
+    void aNameOfTheCardDoesNotStandInForTheReason()
+    {
+        SaveFailure failure = writeFailure(WriteObstacle::DiskFull);
+        failure.path = u"/dossier/%2 %3.pdf"_s;
+        QVERIFY(failure.alertText().contains(u"«\u202F%2 %3.pdf\u202F»"_s));
+        QVERIFY(failure.panelText().contains(u"«\u202F%2 %3.pdf\u202F»"_s));
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_SaveFailure)
+#include "tst_savefailure.moc"

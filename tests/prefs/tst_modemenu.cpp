@@ -1,0 +1,208 @@
+#include "prefs/ModeMenu.h"
+
+#include <QAbstractItemView>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+/// A window with the menu, and another control that can take the keyboard.
+class tst_ModeMenu final : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QWidget> m_window;
+    ModeMenu* m_menu = nullptr;
+    QLineEdit* m_other = nullptr;
+    std::unique_ptr<QSignalSpy> m_browsed;
+    std::unique_ptr<QSignalSpy> m_chosen;
+
+    void press(std::initializer_list<Qt::Key> keys) const
+    {
+        for (const Qt::Key key : keys)
+            QTest::keyClick(m_menu, key);
+    }
+
+    /// Until a timer that began after the menu's has run as long as that one would.
+    void letTheRestPass() const
+    {
+        QTimer timer;
+        timer.setSingleShot(true);
+        const QSignalSpy passed(&timer, &QTimer::timeout);
+        timer.start(ModeMenu::keyRest + ModeMenu::keyRest / 10);
+        QTRY_COMPARE(passed.count(), 1);
+    }
+
+    bool openList() const
+    {
+        QTest::keyClick(m_menu, Qt::Key_Space);
+        return QTest::qWaitForWindowExposed(m_menu->view()->window());
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QTest::failOnWarning(QRegularExpression(u"^(?!.*(propagateSizeHints|does not support))"_s)); }
+
+    void init()
+    {
+        m_window = std::make_unique<QWidget>();
+        auto* layout = new QVBoxLayout(m_window.get());
+        m_menu = new ModeMenu;
+        m_other = new QLineEdit;
+        layout->addWidget(m_menu);
+        layout->addWidget(m_other);
+        m_menu->addItems({u"Automatique"_s, u"Installée"_s, u"Embarquée"_s});
+        m_browsed = std::make_unique<QSignalSpy>(m_menu, &ModeMenu::browsed);
+        m_chosen = std::make_unique<QSignalSpy>(m_menu, &ModeMenu::chosen);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        m_menu->setFocus();
+    }
+
+    void keysCountOnceTheyHaveRested()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        press({Qt::Key_Down, Qt::Key_Down});
+        QCOMPARE(m_menu->currentIndex(), 2);
+        QCOMPARE(m_browsed->count(), 2);
+        QCOMPARE(m_chosen->count(), 0);
+        QTRY_COMPARE(m_chosen->count(), 1);
+        QVERIFY2(clock.elapsed() >= ModeMenu::keyRest.count() * 9 / 10, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    void eachKeyBeginsTheRestAnew()
+    {
+        press({Qt::Key_Down});
+        QElapsedTimer clock;
+        QTimer::singleShot(ModeMenu::keyRest / 2, m_menu, [&] {
+            clock.start();
+            press({Qt::Key_Down});
+        });
+        QTRY_COMPARE(m_chosen->count(), 1);
+        QVERIFY(clock.isValid());
+        QVERIFY2(clock.elapsed() >= ModeMenu::keyRest.count() * 9 / 10, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(m_menu->currentIndex(), 2);
+    }
+
+    void aLetterIsAKeyToo()
+    {
+        QTest::keyClick(m_menu, Qt::Key_E, Qt::NoModifier);
+        QCOMPARE(m_menu->currentIndex(), 2);
+        QCOMPARE(m_browsed->count(), 1);
+        QCOMPARE(m_chosen->count(), 0);
+        QTRY_COMPARE(m_chosen->count(), 1);
+    }
+
+    void enterAndTheLossOfTheKeyboardCountAtOnce_data()
+    {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::newRow("Enter") << Qt::Key_Return;
+        QTest::newRow("Enter of the digits") << Qt::Key_Enter;
+        QTest::newRow("Tab") << Qt::Key_Tab;
+    }
+    void enterAndTheLossOfTheKeyboardCountAtOnce()
+    {
+        QFETCH(const Qt::Key, key);
+        press({Qt::Key_Down, Qt::Key_Down});
+        press({key});
+        QCOMPARE(m_chosen->count(), 1);
+        QCOMPARE(m_menu->currentIndex(), 2);
+        // Not a second time when the keyboard goes, or when the keys have rested.
+        m_other->setFocus();
+        letTheRestPass();
+        QCOMPARE(m_chosen->count(), 1);
+    }
+
+    void aHiddenMenuCountsAtOnce()
+    {
+        press({Qt::Key_Down});
+        m_menu->hide();
+        QCOMPARE(m_chosen->count(), 1);
+    }
+
+    void enterAloneChoosesNothing()
+    {
+        press({Qt::Key_Return});
+        m_other->setFocus();
+        QCOMPARE(m_chosen->count(), 0);
+        QCOMPARE(m_browsed->count(), 0);
+    }
+
+    void keysThatLeadBackChooseNothing()
+    {
+        press({Qt::Key_Down, Qt::Key_Up});
+        QCOMPARE(m_browsed->count(), 2);
+        press({Qt::Key_Return});
+        QCOMPARE(m_chosen->count(), 0);
+        QCOMPARE(m_menu->currentIndex(), 0);
+    }
+
+    void theWheelDoesNothingInTheClosedMenuAndIsLeftToThePane()
+    {
+        m_menu->setCurrentIndex(1);
+        for (const int turn : {120, -120}) {
+            QWheelEvent event(QPointF(5, 5), m_menu->mapToGlobal(QPointF(5, 5)), {}, {0, turn}, Qt::NoButton,
+                              Qt::NoModifier, Qt::NoScrollPhase, false);
+            event.accept();
+            QCoreApplication::sendEvent(m_menu, &event);
+            QVERIFY(!event.isAccepted());
+        }
+        QCOMPARE(m_menu->currentIndex(), 1);
+        QCOMPARE(m_browsed->count(), 0);
+        QCOMPARE(m_chosen->count(), 0);
+    }
+
+    void aPickInTheListCountsAtOnceAndAlone()
+    {
+        press({Qt::Key_Down});
+        QVERIFY(openList());
+        QAbstractItemView* list = m_menu->view();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(list->model()->index(2, 0)).center());
+        QTRY_COMPARE(m_chosen->count(), 1);
+        QCOMPARE(m_menu->currentIndex(), 2);
+        m_other->setFocus();
+        QCOMPARE(m_chosen->count(), 1);
+    }
+
+    void theSameEntryPickedAgainCounts()
+    {
+        QVERIFY(openList());
+        QTest::keyClick(m_menu->view(), Qt::Key_Return);
+        QTRY_COMPARE(m_chosen->count(), 1);
+        QCOMPARE(m_menu->currentIndex(), 0);
+    }
+
+    void whileTheListIsOpenNothingCountsAndKeysFromBeforeDoAfterIt()
+    {
+        press({Qt::Key_Down});
+        QVERIFY(openList());
+        letTheRestPass();
+        QCOMPARE(m_chosen->count(), 0);
+        QTest::keyClick(m_menu->view(), Qt::Key_Escape);
+        QTRY_COMPARE(m_chosen->count(), 1);
+        QCOMPARE(m_menu->currentIndex(), 1);
+    }
+
+    void whatTheProgramSetsIsNoChoice()
+    {
+        m_menu->setCurrentIndex(2);
+        m_other->setFocus();
+        QCOMPARE(m_chosen->count(), 0);
+        // And it is where the next keys begin.
+        m_menu->setFocus();
+        press({Qt::Key_Up, Qt::Key_Down, Qt::Key_Return});
+        QCOMPARE(m_chosen->count(), 0);
+    }
+};
+
+QTEST_MAIN(tst_ModeMenu)
+#include "tst_modemenu.moc"
