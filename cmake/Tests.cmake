@@ -1,3 +1,6 @@
+# A folder that is never made, for what a test must not find.
+set(PELMORA_ABSENT ${CMAKE_BINARY_DIR}/absent)
+
 # pelmora_test(<name> SOURCES <file>... LIBRARIES <target>... [LABELS <label>...] [DEPENDS <target>...] [ENVIRONMENT ...])
 # One QtTest program: a test of the same name, without a display unless its label says otherwise, and without the card
 # readers of the machine.
@@ -15,5 +18,5 @@ function(pelmora_test name)
   set_tests_properties(${name} PROPERTIES
     TIMEOUT 120
     LABELS "${arg_LABELS}"
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;PCSCLITE_CSOCK_NAME=/nonexistent;${arg_ENVIRONMENT}")
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;PCSCLITE_CSOCK_NAME=${PELMORA_ABSENT}/pcscd.comm;${arg_ENVIRONMENT}")
 endfunction()

@@ -19,6 +19,8 @@ test_packages=(
     libpdfbox2-java libfontbox2-java libcommons-logging-java libjaxb-api-java libactivation-java
     # Windows: a display, a window manager, and the accessibility bus that the tests drive them by.
     xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils wmctrl trayer
+    # Windows once more where there is no X server: a compositor, and Qt's part for it.
+    sway qt6-wayland
     # What the tests' own session manager is made of.
     libsm-dev
     # What the man page is checked with.

@@ -14,6 +14,7 @@ class Bell:
         self._x11 = ctypes.CDLL("libX11.so.6")
         self._x11.XOpenDisplay.restype = ctypes.c_void_p
         self._display = ctypes.c_void_p(self._x11.XOpenDisplay(None))
+        assert self._display, "only an X display has a bell"
         number = ctypes.c_int()
         versions = [ctypes.byref(ctypes.c_int(1)), ctypes.byref(ctypes.c_int(0))]
         self._x11.XkbQueryExtension(self._display, None, ctypes.byref(number), None, *versions)

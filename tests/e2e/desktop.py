@@ -10,6 +10,8 @@ import time
 
 import gi
 
+import wayland
+
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
@@ -58,8 +60,9 @@ class Application:
     def __init__(self, *command, home=None, environment=None, stdin=None):
         self.home = home or tempfile.mkdtemp()
         self._own_home = home is None
-        changes = {"HOME": self.home, "XDG_CONFIG_HOME": os.path.join(self.home, "config"), "QT_QPA_PLATFORM": "xcb",
-                   "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "LC_ALL": "C.UTF-8", **(environment or {})}
+        changes = {"HOME": self.home, "XDG_CONFIG_HOME": os.path.join(self.home, "config"),
+                   "QT_QPA_PLATFORM": "wayland" if wayland.HERE else "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+                   "LC_ALL": "C.UTF-8", **(environment or {})}
         values = {**os.environ, **changes}
         self.process = subprocess.Popen(command, stdin=stdin,
                                         env={key: value for key, value in values.items() if value is not None})
@@ -76,9 +79,14 @@ class Application:
     def node(self):
         def running():
             desktop = Atspi.get_desktop(0)
-            return next(node for node in (desktop.get_child_at_index(index)
-                                          for index in range(desktop.get_child_count()))
-                        if node is not None and node.get_process_id() == self.process.pid)
+            for index in range(desktop.get_child_count()):
+                try:
+                    node = desktop.get_child_at_index(index)
+                    if node is not None and node.get_process_id() == self.process.pid:
+                        return node
+                except GLib.GError:
+                    pass  # One that has ended, and is still listed.
+            return None
         return wait(running)
 
     def find_now(self, role, name, showing=True):
@@ -135,11 +143,35 @@ class Application:
 
     def click(self, role, name, *keys):
         """A click of the mouse in the control's middle, with keys held down."""
+        if wayland.HERE:
+            wayland.hands.move(*self._middle_on_wayland(self.find(role, name)))
+            wayland.hands.click(*keys)
+            return
         box = Atspi.Component.get_extents(self.find(role, name), Atspi.CoordType.SCREEN)
         held = [part for key in keys for part in ("keydown", key)]
         left = [part for key in reversed(keys) for part in ("keyup", key)]
         subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2), *held,
                         "click", "1", *left], check=True)
+
+    def turn_wheel(self, role, name, notches):
+        """Turns the wheel over the control's middle, down where the number is positive."""
+        if wayland.HERE:
+            wayland.hands.move(*self._middle_on_wayland(self.find(role, name)))
+            wayland.hands.turn_wheel(notches)
+            return
+        box = Atspi.Component.get_extents(self.find(role, name), Atspi.CoordType.SCREEN)
+        button = "5" if notches > 0 else "4"
+        subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2),
+                        *["click", button] * abs(notches)], check=True)
+
+    def _middle_on_wayland(self, control):
+        """The control's middle on the screen: programs know places in their windows only."""
+        box = Atspi.Component.get_extents(control, Atspi.CoordType.WINDOW)
+        window = control
+        while window.get_parent().get_role_name() != "application":
+            window = window.get_parent()
+        place = wait(lambda: wayland.windows(window.get_name()))[0]["rect"]
+        return place["x"] + box.x + box.width // 2, place["y"] + box.y + box.height // 2
 
     def children(self):
         """Process numbers of the programs that it has started."""
@@ -173,9 +205,28 @@ class Opener:
             return []
 
 
+def _some_window_is_active():
+    """Whether a program knows that it has the keyboard, which on Wayland it learns after the window is there."""
+    desktop = Atspi.get_desktop(0)
+    for index in range(desktop.get_child_count()):
+        try:
+            program = desktop.get_child_at_index(index)
+            windows = [program.get_child_at_index(place) for place in range(program.get_child_count())]
+            if any(window.get_state_set().contains(Atspi.StateType.ACTIVE) for window in windows if window):
+                return True
+        except (AttributeError, GLib.GError):
+            pass  # One that has ended, and is still listed.
+    return False
+
+
 def key(*names):
     """Strikes keys or combinations of keys (as "ctrl+w") in the active window."""
-    subprocess.run(["xdotool", "key", *names], check=True)
+    if wayland.HERE:
+        wait(_some_window_is_active)
+        for name in names:
+            wayland.hands.strike(name)
+    else:
+        subprocess.run(["xdotool", "key", *names], check=True)
 
 
 def is_running(pid):
@@ -183,5 +234,5 @@ def is_running(pid):
     try:
         with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
             return file.read().rpartition(")")[2].split()[0] not in "ZX"
-    except FileNotFoundError:
+    except (FileNotFoundError, ProcessLookupError):
         return False

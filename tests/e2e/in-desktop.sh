@@ -8,7 +8,7 @@ export XDG_RUNTIME_DIR
 chmod 700 "$XDG_RUNTIME_DIR"
 
 # The machine's own card readers are no part of a test.
-export PCSCLITE_CSOCK_NAME=/nonexistent
+export PCSCLITE_CSOCK_NAME="$XDG_RUNTIME_DIR/absent"
 
 numbers=$XDG_RUNTIME_DIR/display
 mkfifo "$numbers"

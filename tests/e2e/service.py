@@ -3,6 +3,7 @@
 import os
 import select
 import subprocess
+import tempfile
 import time
 
 import cbor2
@@ -37,18 +38,22 @@ class CardService:
     def __init__(self, stage, *arguments, **environment):
         self.program = os.path.join(stage, "libexec", "pelmora", "com.morvel.lvit")
         self.arguments = arguments
-        self.environment = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", "XDG_CONFIG_HOME": "/nonexistent",
-                            "XDG_CONFIG_DIRS": "/nonexistent", **environment}
+        # No site's settings: an empty folder.
+        self.site = tempfile.TemporaryDirectory()
+        self.environment = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", "XDG_CONFIG_HOME": self.site.name,
+                            "XDG_CONFIG_DIRS": self.site.name, **environment}
         for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"):
             if name in os.environ:
                 self.environment.setdefault(name, os.environ[name])
         self.number = 0
+        self.before = None  # what its process does before it becomes the service
 
     def __enter__(self):
         # A file, not a pipe: what is told is read when it is wanted, and never stops the service.
         self.errors = os.memfd_create("errors")
         self.process = subprocess.Popen([*ENDING_WITH_PARENT, self.program, *self.arguments], env=self.environment,
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors)
+                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors,
+                                        preexec_fn=self.before)
         self.replies = _Replies(self.process.stdout.fileno())
         return self
 
@@ -58,6 +63,7 @@ class CardService:
         self.process.stdin.close()
         self.process.stdout.close()
         os.close(self.errors)
+        self.site.cleanup()
 
     def send(self, command, **fields):
         self.number += 1

@@ -19,6 +19,7 @@ SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 TITLE = "Pelmora par MORVEL"
 SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
 FILE = "SPECIMEN Hélène.pdf"
+READING = r"Lecture de la carte Vitale\.\.\."
 TILES = ("Lire", "Voir", "Imprimer", "Enregistrer", "Quitter", "Suggestion", "Préférences")
 
 
@@ -112,7 +113,7 @@ class Reading(Desk):
         self.assertEqual(os.listdir(self.attestations(pelmora)), [FILE])
         wait(lambda: self.recents(pelmora) == [FILE, "", "Effacer le menu"])
 
-    def test_the_next_card_is_read_while_the_last_one_is_looked_at(self):
+    def test_the_window_with_the_attestation_follows_each_read(self):
         card = self.path("carte.xml")
         shutil.copy(SPECIMEN, card)
         pelmora = self.start_bound(f"--simulate={card}")
@@ -123,11 +124,9 @@ class Reading(Desk):
             other.write(file.read().replace("Hélène", "Zoé"))
         pelmora.press("push button", "Lire")
         pelmora.find("label", SUMMARY.replace("Hélène", "Zoé"))
-        # What is looked at stays until it is asked for again, and then comes in the same window.
-        pelmora.find("frame", "Hélène SPECIMEN")
-        pelmora.press("push button", "Voir")
         pelmora.find("frame", "Zoé SPECIMEN")
-        pelmora.wait_until_gone("frame", "Hélène SPECIMEN")
+        pelmora.find("label", "Nom de l'assuré : SPECIMEN Zoé")
+        self.assertIsNone(pelmora.find_now("frame", "Hélène SPECIMEN"))
 
     def test_viewing_without_a_card_reads_it_first(self):
         pelmora = self.start_bound("--simulate")
@@ -139,7 +138,7 @@ class Reading(Desk):
         service = self.service("--do", "vitale_read", "silent")
         pelmora = self.start_bound("--card-service", service.path)
         pelmora.click("push button", "Lire")
-        pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
+        pelmora.find("label", READING)
         pelmora.click("push button", "Lire")
         key("ctrl+l")
         pelmora.find("label", ".*tarde.*")
@@ -160,10 +159,47 @@ class Reading(Desk):
         pelmora.press("push button", "Enregistrer")
         pelmora.find("label", "Lecture de la carte vitale en cours…")
 
+    def test_a_read_that_takes_long_can_be_cancelled_and_the_next_one_has_a_new_service(self):
+        pelmora = self.start_bound("--simulate")
+        # Stopped, it is as silent as one that hangs in its reader, and answers late once it goes on.
+        service = pelmora.children()[0]
+        os.kill(service, signal.SIGSTOP)
+        pelmora.press("push button", "Lire")
+        pelmora.find("label", READING)
+        self.assertIsNone(pelmora.find_now("push button", "Annuler"))
+        pelmora.press("push button", "Annuler")
+        pelmora.wait_until_gone("label", READING)
+        os.kill(service, signal.SIGCONT)
+        pelmora.find("label", r"Lecture annulée à \d\d:\d\d")
+        wait(lambda: not is_running(service))
+        pelmora.find("label", "Aucune")
+        pelmora.find("label", r"Lecture annulée à \d\d:\d\d")
+        self.assertIsNone(pelmora.find_now("alert", ".*"))
+
+        self.read(pelmora)
+        pelmora.find("label", "Lue le .*")
+        self.assertEqual(len(pelmora.children()), 1)
+        self.assertNotIn(service, pelmora.children())
+
+    def test_escape_cancels_a_long_read_that_another_action_needs_and_a_service_that_hangs_is_killed(self):
+        pelmora = self.start_bound("--simulate")
+        service = pelmora.children()[0]
+        os.kill(service, signal.SIGSTOP)
+        pelmora.press("push button", "Enregistrer")
+        pelmora.find("push button", "Annuler")
+        key("Escape")
+        pelmora.find("label", r"Lecture annulée à \d\d:\d\d")
+        # The next action does not wait for the end of the service that hangs.
+        pelmora.press("push button", "Voir")
+        pelmora.find("frame", "Hélène SPECIMEN")
+        wait(lambda: not is_running(service))
+        self.assertIsNone(pelmora.find_now("alert", ".*"))
+        self.assertFalse(os.path.exists(os.path.join(self.attestations(pelmora), FILE)))
+
     def test_a_service_that_keeps_silent_is_told_of_and_the_application_can_be_left(self):
         pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent").path)
         pelmora.press("push button", "Lire")
-        pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
+        pelmora.find("label", READING)
         pelmora.find("label", ".*tarde.*")
         key("ctrl+q")
         self.assertEqual(pelmora.process.wait(timeout=5), 0)

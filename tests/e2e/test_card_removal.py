@@ -1,4 +1,4 @@
-"""A card that leaves, or is swapped for another, at each command of a read. Usage: test_card_removal.py STAGE, in a network
+"""A card that leaves, or is swapped for another, at the commands of a read. Usage: test_card_removal.py STAGE, in a network
 of its own"""
 
 import contextlib
@@ -64,20 +64,24 @@ class CardRemoval(unittest.TestCase):
         cls.commands = len(card.commands)
         cls.second = read(second_card(), Reader())
 
+    @classmethod
+    def numbers(cls):
+        """The commands that rounds are about: the first ones, every third, and the last."""
+        return sorted({1, 2, *range(3, cls.commands, 3), cls.commands})
+
     def results(self, round_of):
         """What each round gives, by the command that it is about."""
-        numbers = range(1, self.commands + 1)
+        numbers = self.numbers()
         with ThreadPoolExecutor(WORKERS) as pool:
             return dict(zip(numbers, pool.map(round_of, numbers)))
 
     def expected(self, at_the_first, otherwise, at_the_last):
-        return {1: at_the_first, **{number: otherwise for number in range(2, self.commands)},
-                self.commands: at_the_last}
+        return {**dict.fromkeys(self.numbers(), otherwise), 1: at_the_first, self.commands: at_the_last}
 
     def test_the_two_cards_are_read_and_differ(self):
         self.assertIn("<nomUsuel>SPECIMEN</nomUsuel>", self.first)
         self.assertIn("<nomUsuel>AUTRE</nomUsuel>", self.second)
-        self.assertGreater(self.commands, 15)
+        self.assertGreater(self.commands, 40)
 
     def test_a_card_that_leaves_before_its_answer_is_not_read(self):
         def leave(number):

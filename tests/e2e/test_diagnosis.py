@@ -24,8 +24,9 @@ class DiagnosisTest(unittest.TestCase):
 
     def diagnose(self, **environment):
         """The exit code, and the lines of each section: label and value."""
-        run = subprocess.run([PROGRAM, "--diagnose"], stdin=subprocess.DEVNULL, capture_output=True, timeout=60,
-                             env={**os.environ, "XDG_CONFIG_HOME": "/nonexistent", **environment})
+        with tempfile.TemporaryDirectory() as site:
+            run = subprocess.run([PROGRAM, "--diagnose"], stdin=subprocess.DEVNULL, capture_output=True, timeout=60,
+                                 env={**os.environ, "XDG_CONFIG_HOME": site, **environment})
         self.assertEqual(run.stderr.decode(), "")
         text = run.stdout.decode()
         sections, lines = {}, None
@@ -82,9 +83,11 @@ class DiagnosisTest(unittest.TestCase):
         self.assertIn(f"Pelmora ne trouve pas de lecteur « {MODEL} »", text)
 
     def test_without_a_pcsc_service_it_says_what_to_look_at(self):
-        code, sections, _ = self.diagnose(PCSCLITE_CSOCK_NAME="/nonexistent")
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "pcscd.comm")
+            code, sections, _ = self.diagnose(PCSCLITE_CSOCK_NAME=path)
         self.assertEqual(code, 1)
-        self.assertEqual(sections["Service PC/SC"]["Socket"], "/nonexistent (absent)")
+        self.assertEqual(sections["Service PC/SC"]["Socket"], f"{path} (absent)")
         self.assertIn("pcscd", sections["Service PC/SC"]["État"])
         self.assertIn("version", sections["Bibliothèque de lecture embarquée"]["Cartes connues"])
 

@@ -94,20 +94,25 @@ class Faults(unittest.TestCase):
         pelmora.press("push button", "Lire")
         pelmora.find("label", SUMMARY)
 
-    def save(self, pelmora):
-        """Saves the card, sees that the application says so, and goes on."""
+    def save(self, pelmora, fails=False):
+        """Saves the card, sees that the application says so, and the truth where it fails, and goes on."""
         pelmora.press("push button", "Enregistrer")
         alert = pelmora.find("alert", "Enregistrement de l'attestation")
         pelmora.find("label", SAVED)
         pelmora.press("push button", "OK")
         pelmora.wait_until_gone("alert", alert.get_name())
+        if fails:
+            pelmora.find("alert", "L’attestation n’est pas enregistrée")
+            pelmora.press("push button", "OK")
+        pelmora.wait_until_gone("alert", ".*")
 
     def assert_works_without_saving(self, pelmora):
-        """A save beeps, shows nothing, and leaves the rest as it was."""
+        """A save beeps, says why in the panel, and leaves the rest as it was."""
         bell = Bell()
         self.addCleanup(bell.close)
         pelmora.press("push button", "Enregistrer")
         wait(lambda: bell.count() == 1)
+        pelmora.find("label", ".*\nNon enregistrée\xa0: le dossier est inutilisable\\. .*")
         pelmora.press("push button", "Voir")
         pelmora.find("frame", "Hélène SPECIMEN")
         self.assertIsNone(pelmora.find_now("alert", ".*"))
@@ -164,10 +169,10 @@ class Faults(unittest.TestCase):
         self.make_read_only(folder)
         with self.start() as pelmora:
             self.read_card(pelmora)
-            self.save(pelmora)
+            self.save(pelmora, fails=True)
             self.assertEqual(self.recents(pelmora), [FILE])
             self.assertEqual(os.listdir(folder), [])
-            wait(lambda: "l’écriture n’y est pas autorisée" in self.terminal.text())
+            wait(lambda: "le disque est en lecture seule" in self.terminal.text())
             self.assertNotIn("SPECIMEN", self.terminal.text())
 
     def test_a_full_disk_leaves_the_older_file_whole(self):
@@ -186,7 +191,7 @@ class Faults(unittest.TestCase):
                         filling.write(b"x" * 4096)
             except OSError:
                 pass
-            self.save(pelmora)
+            self.save(pelmora, fails=True)
             wait(lambda: "il n’y a plus de place sur le disque" in self.terminal.text())
             self.assertEqual(sorted(os.listdir(folder)), [FILE, "filling"])
             with open(os.path.join(folder, FILE), "rb") as file:
@@ -316,6 +321,23 @@ class Faults(unittest.TestCase):
                     pelmora.press("push button", "Lire")
                 pelmora.find("label", GENERAL_ERROR)
                 self.assertFalse(pelmora.is_enabled("push button", "Voir"))
+
+    def test_a_card_service_that_fails_once_in_the_choice_of_readers_is_used_by_the_next_read(self):
+        for behaviour in (("--do", "set_readers", "crash"), ("--set", "set_readers", "Status", "error")):
+            folder = self.path(behaviour[0][2:])
+            os.mkdir(folder)
+            service = CardService(folder, FAKE_SERVICE, *behaviour, "--starts", "1")
+            with self.subTest(behaviour), self.start(arguments=("--card-service", service.path)) as pelmora:
+                pelmora.find("label", GENERAL_ERROR)
+                self.assertFalse(pelmora.is_enabled("push button", "Voir"))
+                pelmora.press("push button", "OK")
+                pelmora.wait_until_gone("alert", ".*")
+                pelmora.press("push button", "Lire")
+                pelmora.find("label", "SPECIMEN.*")
+                wait(lambda: pelmora.is_enabled("push button", "Voir"))
+                self.assertIsNone(pelmora.find_now("alert", ".*"))
+                self.assertEqual((service.requests("init"), service.requests("vitale_read")), (2, 1))
+        wait(lambda: "The card service ended: signal 9 (SIGKILL)" in self.terminal.text())
 
     def test_a_card_file_that_goes_is_a_card_that_was_taken_out(self):
         card = self.path("card.xml")

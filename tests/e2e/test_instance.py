@@ -108,6 +108,34 @@ class Instance(unittest.TestCase):
                 start_again(os.path.basename(card), folder=folder)[:2], (0, "")))
             pelmora.find("label", ".*AUTRE.*")
 
+    def test_a_card_file_whose_name_is_not_utf8_is_shown_and_handed_over(self):
+        with tempfile.TemporaryDirectory() as folder:
+            cards = []
+            for name in ("PREMIER", "SECOND"):
+                cards.append(os.path.join(os.fsencode(folder), name.encode() + b"\xe9.xml"))
+                with open(SPECIMEN, encoding="utf-8") as specimen, open(cards[-1], "w", encoding="utf-8") as copy:
+                    copy.write(specimen.read().replace(">SPECIMEN<", f">{name}<"))
+            with Application(PELMORA, "--simulate", cards[0]) as pelmora:
+                pelmora.find("label", ".*PREMIER.*")
+                self.comes_back_by(lambda: self.assertEqual(
+                    start_again(os.path.basename(cards[1]), folder=folder)[:2], (0, "")))
+                pelmora.find("label", ".*SECOND.*")
+
+    def test_a_pipe_in_the_place_of_the_settings_holds_nothing_up(self):
+        with tempfile.TemporaryDirectory() as home:
+            os.makedirs(os.path.join(home, "config", "MORVEL"))
+            os.mkfifo(os.path.join(home, "config", "MORVEL", "Pelmora.conf"))
+            with Application(PELMORA, "--simulate", home=home) as pelmora:
+                wait_until_shown(TITLE)
+                pelmora.press("push button", "Lire")
+                pelmora.find("label", ".*SPECIMEN.*")
+
+    def test_a_limit_on_the_size_of_files_does_not_end_it(self):
+        with Application("prlimit", "--fsize=1000", PELMORA, "--simulate") as pelmora:
+            pelmora.press("push button", "Enregistrer")
+            pelmora.find("label", "L'attestation a bien été enregistrée.")
+            self.assertTrue(is_running(pelmora.process.pid))
+
     def test_the_desktop_reaches_it_over_the_session_bus(self):
         with Application(PELMORA, "--simulate") as pelmora:
             wait_until_shown(TITLE)

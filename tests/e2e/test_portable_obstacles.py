@@ -91,6 +91,23 @@ class Obstacles(PortableTest):
             pelmora.press("push button", "OK")
             pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
 
+    def test_a_source_that_is_swapped_for_a_link_while_the_user_is_asked_is_not_followed(self):
+        secret = os.path.join(self.home, "privé")
+        os.makedirs(os.path.join(secret, "bin"), mode=0o700)
+        with open(os.path.join(secret, "secret"), "w", encoding="utf-8"):
+            pass
+        os.chmod(secret, 0o700)
+        bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
+        self.lock_applications(f'mv "{bundle}" "{bundle}.away" && ln -s "{secret}" "{bundle}" && '
+                               'mount -o remount,bind,rw "$folder" && exec "$@"')
+        with self.start(bundle) as pelmora:
+            pelmora.press("push button", MOVE)
+            self.assertEqual(pelmora.process.wait(timeout=20), 0)
+        with self.running(self.destination) as moved:
+            moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+        self.assertFalse(os.path.exists(os.path.join(self.destination, "secret")))
+        self.assertEqual(os.stat(secret).st_mode & 0o777, 0o700)
+
     def test_a_failure_is_shown_and_the_start_goes_on(self):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
         os.mkfifo(os.path.join(bundle, "tube"))

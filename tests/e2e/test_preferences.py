@@ -6,6 +6,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 from desktop import Application, Atspi, key, wait
@@ -90,10 +91,12 @@ class Preferences(unittest.TestCase):
         return [name for name, control in PANES.items() if pelmora.find_now(*control)]
 
     def choose_mode(self, pelmora, name):
-        """Chooses an entry of the mode menu by the keyboard; its label's letter leads to it. The menu is opened: each
-        step in a closed one is a choice, whose bind ends the one before."""
+        """Chooses an entry of the mode menu by the keyboard, in the open list; its label's letter leads to it."""
         wait(lambda: is_in_front(WINDOW))
         key("alt+l", "alt+Down", "Home", *["Down"] * list(MODES).index(name), "Return")
+        self.wait_for_mode(pelmora, name)
+
+    def wait_for_mode(self, pelmora, name):
         wait(lambda: pelmora.find_now("label", MODES[name].replace(".", "\\.")))
 
     def versions(self, pelmora):
@@ -129,6 +132,21 @@ class Window(Preferences):
         pelmora.click("check box", "Configuration")
         wait(lambda: self.present(pelmora) == ["Configuration", "Mise à jour"])
         self.assertEqual(self.shown(pelmora), ["Configuration"])
+
+    def test_there_and_back_within_a_fade_it_ends_with_the_pane_whose_button_is_down(self):
+        pelmora = self.start("--simulate")
+        wait(lambda: is_in_front(WINDOW))
+        key("Right", "Left")
+        # Nothing tells of a fade's end: it is looked at for longer than both fades take.
+        end = time.monotonic() + 1.5
+        wait(lambda: self.shown(pelmora) == ["Configuration"] and self.present(pelmora) != ["Configuration"])
+        while time.monotonic() < end:
+            self.assertEqual(self.shown(pelmora), ["Configuration"])
+        # The pane between lies beneath until the next change.
+        self.assertEqual(self.present(pelmora), ["Configuration", "Attestations"])
+        pelmora.click("check box", "Mise à jour")
+        wait(lambda: self.present(pelmora) == ["Configuration", "Mise à jour"])
+        self.assertEqual(self.shown(pelmora), ["Mise à jour"])
 
     def test_closed_and_opened_again_it_is_on_the_same_pane(self):
         pelmora = self.start("--simulate")
@@ -228,6 +246,54 @@ class Panes(Preferences):
         pelmora = self.start("--simulate")
         self.pane(pelmora, "Lecture Vitale")
         pelmora.find("label", MODES["Embarquée avec Pelmora"].replace(".", "\\."))
+
+    def test_a_walk_through_the_closed_menu_binds_once_when_the_keys_have_rested(self):
+        pelmora = self.start("--card-service", self.service())
+        self.pane(pelmora, "Lecture Vitale")
+        wait(lambda: is_in_front(WINDOW))
+        key("alt+l", "Down", "Down")
+        self.wait_for_mode(pelmora, "Embarquée avec Pelmora")
+        wait(lambda: self.requests("Mode") == ["0", "2"])
+        wait(lambda: self.setting("MVLVitMode") == "2")
+        # Tab leaves the menu, and does not wait.
+        key("Up", "Up", "Tab")
+        self.wait_for_mode(pelmora, "Automatique")
+        wait(lambda: self.setting("MVLVitMode") == "0")
+        pelmora.find("panel", EMBEDDED)
+        self.assertEqual(self.requests("Mode"), ["0", "2", "0"])
+        self.assertIsNone(pelmora.find_now("alert", ".*"))
+
+    def test_the_wheel_does_not_change_the_mode(self):
+        pelmora = self.start("--card-service", self.service())
+        self.pane(pelmora, "Lecture Vitale")
+        wait(lambda: is_in_front(WINDOW))
+        key("alt+l")
+        pelmora.turn_wheel("combo box", ".*", 2)
+        pelmora.turn_wheel("combo box", ".*", -1)
+        # The key comes after the wheel: what it leads to tells where the wheel has left the menu.
+        key("Down", "Return")
+        self.wait_for_mode(pelmora, "Installée sur le système")
+        wait(lambda: self.setting("MVLVitMode") == "1")
+        self.assertEqual(self.requests("Mode"), ["0", "1"])
+
+    def test_a_bind_that_a_newer_one_replaces_is_no_failure(self):
+        for replace in (lambda pelmora: self.choose_mode(pelmora, "Embarquée avec Pelmora"),
+                        lambda pelmora: pelmora.press("push button", "Lire")):
+            # The first start is the application's, the second one that of the first choice.
+            pelmora = self.start("--card-service", self.service("--do", "init", "silent", "--starts", "2"))
+            self.pane(pelmora, "Lecture Vitale")
+            pelmora.find("panel", EMBEDDED)
+            self.choose_mode(pelmora, "Installée sur le système")
+            wait(lambda: len(self.requests("Mode")) == 2)
+            replace(pelmora)
+            pelmora.find("panel", EMBEDDED)
+            if "vitale_read" in self.requests("Command"):
+                pelmora.find("label", "SPECIMEN.*")
+            wait(lambda shown=pelmora: shown.is_enabled("push button", "Voir"))
+            self.assertIsNone(pelmora.find_now("alert", ".*"))
+            self.assertEqual(len(self.requests("Mode")), 3)
+            pelmora.__exit__()
+            os.remove(self.path("record"))
 
     def test_a_mode_that_the_service_refuses_is_told_and_kept(self):
         pelmora = self.start("--card-service", self.service("--list", "readers_list", "Readers", ""))

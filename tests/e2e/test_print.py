@@ -123,9 +123,10 @@ class Print(unittest.TestCase):
     def test_a_bad_file_is_told_and_the_others_are_printed(self):
         self.server.add_queue("several")
         self.server.set_default("several")
-        code, output, errors = self.run_pelmora("--print", SPECIMEN, "/nonexistent.xml", SPECIMEN)
+        absent = os.path.join(self.home.name, "absent.xml")
+        code, output, errors = self.run_pelmora("--print", SPECIMEN, absent, SPECIMEN)
         self.assertEqual((code, output), (1, ""))
-        self.assertEqual(errors, "pelmora : /nonexistent.xml : Le fichier n’existe pas.\n")
+        self.assertEqual(errors, f"pelmora : {absent} : Le fichier n’existe pas.\n")
         self.assertEqual(len(self.server.wait_for_jobs("several", 2)), 2)
 
     def test_without_a_default_printer_a_line_says_so(self):
@@ -135,7 +136,7 @@ class Print(unittest.TestCase):
                              (1, "", "pelmora : aucune imprimante par défaut n’est définie.\n"))
 
     def test_without_a_print_server_a_line_says_so(self):
-        self.assertEqual(self.run_pelmora("--print", SPECIMEN, CUPS_SERVER="/nonexistent/socket"),
+        self.assertEqual(self.run_pelmora("--print", SPECIMEN, CUPS_SERVER=os.path.join(self.home.name, "absent")),
                          (1, "", "pelmora : aucune imprimante par défaut n’est définie.\n"))
 
     def test_a_printer_that_takes_nothing_is_told(self):

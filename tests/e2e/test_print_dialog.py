@@ -17,7 +17,8 @@ from windows import close, is_in_front
 STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
-DIALOG = "Imprimer l’attestation"
+DIALOG = "Imprimer l’attestation – SPECIMEN Hélène"
+SEARCH = "Recherche des imprimantes…"
 VIEWER = "Hélène SPECIMEN"
 TOLERANCE = 0.5  # points
 
@@ -188,7 +189,7 @@ class PrintDialog(unittest.TestCase):
 
     def test_without_any_printer_a_pdf_file_is_offered(self):
         with tempfile.TemporaryDirectory() as home:
-            with Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
+            with Desk({"CUPS_SERVER": os.path.join(home, "socket")}, home) as desk:
                 desk.open_viewer()
                 key_in(VIEWER, "ctrl+p")
                 desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
@@ -200,7 +201,7 @@ class PrintDialog(unittest.TestCase):
             self.assert_placed(path, Placed(595, 842))
 
     def test_a_file_that_exists_is_replaced_only_when_the_user_says_so(self):
-        with tempfile.TemporaryDirectory() as home, Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
+        with tempfile.TemporaryDirectory() as home, Desk({"CUPS_SERVER": os.path.join(home, "socket")}, home) as desk:
             path = self.existing_file(home)
             desk.open_viewer()
             key_in(VIEWER, "ctrl+p")
@@ -215,7 +216,7 @@ class PrintDialog(unittest.TestCase):
             wait(lambda: sheet_of(path) == (1, 595, 842) if os.path.getsize(path) else None)
 
     def test_the_end_of_the_application_is_no_answer(self):
-        with tempfile.TemporaryDirectory() as home, Desk({"CUPS_SERVER": "/nonexistent/socket"}, home) as desk:
+        with tempfile.TemporaryDirectory() as home, Desk({"CUPS_SERVER": os.path.join(home, "socket")}, home) as desk:
             path = self.existing_file(home)
             desk.open_viewer()
             key_in(VIEWER, "ctrl+p")
@@ -285,18 +286,32 @@ class PrintDialog(unittest.TestCase):
         with troubled_desk() as (silent, desk):
             silent.stall()
             key_in(VIEWER, "ctrl+p")
-            # The window answers while the print server does not.
-            resize(VIEWER, 400, 400)
+            # The windows answer while the print server does not.
             start = time.monotonic()
-            desk.find("frame", VIEWER)
+            desk.find("label", SEARCH)
             self.assertLess(time.monotonic() - start, 2)
             self.assertIsNone(desk.find_now("alert", ".*"))
             desk.find("label", "Le serveur d’impression ne répond pas. .*")
+            self.assertIsNone(desk.find_now("label", SEARCH))
             desk.press("push button", "OK")
             desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
             desk.wait_until_gone("push button", "OK")
             key_in(DIALOG, "Escape")
             desk.wait_until_gone("dialog", DIALOG)
+
+    def test_a_search_for_printers_can_be_stopped(self):
+        with troubled_desk() as (silent, desk):
+            silent.stall()
+            key_in(VIEWER, "ctrl+p")
+            desk.press("push button", "Annuler")
+            desk.wait_until_gone("label", SEARCH)
+            silent.resume()
+            # The next one begins anew, and is the only one.
+            key_in(VIEWER, "ctrl+p")
+            desk.press_in_dialog("Imprimer")
+            silent.wait_for_jobs("queue")
+            desk.wait_until_gone("dialog", DIALOG)
+            self.assertEqual(len(silent.jobs("queue")), 1)
 
     def test_a_print_server_that_stalls_under_the_open_dialog_is_told(self):
         with troubled_desk() as (silent, desk):

@@ -1,6 +1,6 @@
 """A reading library that is installed on the system, where this test alone sees it, and the process that it works in.
-Usage: test_reading_library.py STAGE SCRIPTED PROBING, in a mount namespace of its own. The two are reading libraries:
-one that does as it is told, one that tries what it must not."""
+Usage: test_reading_library.py STAGE SCRIPTED, in a mount namespace of its own. The latter is a reading library that does
+as it is told."""
 
 import os
 import re
@@ -10,31 +10,16 @@ import sys
 import tempfile
 import unittest
 
+from installation import FOLDER, LIBRARY, lay_over_system
 from memory import is_sanitized, traces
 from service import CardService
 
 STAGE = sys.argv.pop(1)
 SCRIPTED = sys.argv.pop(1)
-PROBING = sys.argv.pop(1)
 
 SOURCES = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../.."))
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
-FOLDER = "/usr/lib/pelmora"
-LIBRARY = os.path.join(FOLDER, "reading-library.so")
-
-
-def lay_over_system():
-    """Lets this process change /usr/lib for itself alone."""
-    layer = tempfile.mkdtemp()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "none", layer], check=True)
-    for name in ("upper", "work"):
-        os.mkdir(os.path.join(layer, name), 0o755)
-    subprocess.run(["mount", "-t", "overlay", "-o",
-                    f"lowerdir=/usr/lib,upperdir={layer}/upper,workdir={layer}/work", "overlay", "/usr/lib"], check=True)
-    shutil.rmtree(FOLDER, ignore_errors=True)
-    return layer
-
 
 def compile_example(folder):
     """The example of the documentation, built as the documentation says."""
@@ -78,7 +63,7 @@ class ReadingLibraryTest(unittest.TestCase):
             file.write(content)
 
     def service(self, *arguments):
-        return CardService(STAGE, *arguments, HOME=self.home, PCSCLITE_CSOCK_NAME="/nonexistent")
+        return CardService(STAGE, *arguments, HOME=self.home, PCSCLITE_CSOCK_NAME=os.path.join(self.home, "absent"))
 
     # The documentation's example.
 
@@ -104,7 +89,7 @@ class ReadingLibraryTest(unittest.TestCase):
         def text_of_attestation(name, *arguments):
             folder = os.path.join(self.home, name)
             environment = {"HOME": self.home, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
-                           "XDG_CONFIG_HOME": self.home, "PCSCLITE_CSOCK_NAME": "/nonexistent"}
+                           "XDG_CONFIG_HOME": self.home, "PCSCLITE_CSOCK_NAME": os.path.join(self.home, "absent")}
             run = subprocess.run([PELMORA, *arguments, "--save", folder], env=environment, capture_output=True, text=True,
                                  timeout=60)
             self.assertEqual((run.returncode, run.stderr), (0, ""))
@@ -163,6 +148,38 @@ class ReadingLibraryTest(unittest.TestCase):
 
     # What goes wrong.
 
+    def test_a_cut_library_leaves_the_embedded_one_to_read(self):
+        self.install(self.example)
+        os.truncate(LIBRARY, os.path.getsize(LIBRARY) // 2)
+        refused = f"{LIBRARY} ne se charge pas : "
+        with self.service() as service:
+            self.assertEqual(service.ask("init", Mode="0"), {"Status": "success", "Embedded": "true"})
+            self.assertEqual(service.ask("init", Mode="1"), {"Status": "error"})
+            self.assertIn(refused, service.log())
+            self.assertEqual(service.finish(), 0)
+        service = self.service()
+        run = subprocess.run([service.program, "--diagnose"], env=service.environment, capture_output=True, text=True,
+                             timeout=60)
+        self.assertEqual(run.returncode, 1)  # there is no reader
+        self.assertIn(f"  État                refusée : {refused}", run.stdout)
+        self.assertIn("  Emploi              sert en mode automatique\n", run.stdout)
+
+    def test_without_a_library_no_process_is_made_to_try_one(self):
+        def processes_made(folder):
+            service = self.service()
+            service.arguments = ("-f", "-qq", "-o", os.path.join(folder, "calls"), "-e", "trace=fork,vfork,clone,clone3",
+                                 service.program)
+            service.program = "/usr/bin/strace"
+            service.environment["ASAN_OPTIONS"] = "detect_leaks=0"  # which a traced process cannot do
+            with service:
+                self.assertEqual(service.ask("init", Mode="0")["Status"], "success")
+                self.assertEqual(service.finish(), 0)
+            with open(os.path.join(folder, "calls"), encoding="ascii") as calls:
+                return sum("CLONE_THREAD" not in call and "resumed" not in call for call in calls if "clone" in call)
+        without = processes_made(self.home)
+        self.install(self.example)
+        self.assertEqual(processes_made(self.home), without + 1)
+
     def test_a_call_that_hangs_is_answered_and_ends_the_service(self):
         self.install(SCRIPTED, readers__hang="")
         with self.service() as service:
@@ -182,44 +199,6 @@ class ReadingLibraryTest(unittest.TestCase):
             self.assertEqual(service.read(), 17)
             self.assertIn("<version></version>", service.ask("informations")["Informations"])
             self.assertNotIn("SPECIMEN", service.log())
-
-    # What it works in.
-
-    def test_the_process_is_confined(self):
-        self.install(PROBING)
-        with open(os.path.join(self.home, "old"), "w", encoding="ascii") as file:
-            file.write("old")
-        for folder in ("Library/Logs/santesocial", "Library/Preferences/santesocial/sedica"):
-            os.makedirs(os.path.join(self.home, folder))
-        with self.service() as service:
-            self.assertEqual(service.ask("init", Mode="1")["Status"], "success")
-            informations = service.ask("informations")["Informations"]
-            log = service.log()
-        report = re.search("<version>(.*)</version>", informations).group(1)
-        results = dict(entry.split("=") for entry in report.split())
-        expected = dict.fromkeys(("unix", "read", "null", "log", "settings"), "OK")
-        expected |= dict.fromkeys(("inet", "inet6", "netlink", "packet", "vsock"), "EACCES")
-        expected |= dict.fromkeys(("create", "write", "truncate", "temporary", "shared", "folder"), "EACCES")
-        expected |= {"uring": "ENOSYS", "privileges": "EPERM"}
-        if "réseau" in log or "écriture" in log:
-            self.skipTest("this system lacks: " + log)
-        self.assertEqual(results, expected)
-        self.assertFalse(os.path.exists("/tmp/pelmora-probe"))
-
-    def test_where_the_protections_are_missing_it_says_so_and_works(self):
-        for call, protection in (("prctl", "renoncer aux privilèges"), ("seccomp", "refuser le réseau"),
-                                 ("landlock_create_ruleset", "refuser l’écriture de fichiers")):
-            with self.subTest(protection), tempfile.TemporaryDirectory() as folder:
-                service = self.service("--simulate", SPECIMEN)
-                service.arguments = ("-f", "-o", os.path.join(folder, "calls"), "-e", f"inject={call}:error=ENOSYS",
-                                     service.program, *service.arguments)
-                service.program = "/usr/bin/strace"
-                service.environment["ASAN_OPTIONS"] = "detect_leaks=0"  # which a traced process cannot do
-                with service:
-                    self.assertTrue(service.bind(mode="0"))
-                    self.assertIn("SPECIMEN", service.read())
-                    self.assertEqual(service.finish(), 0)
-                    self.assertRegex(service.log(), f"^com.morvel.lvit: protection indisponible : {protection}")
 
 
 if __name__ == "__main__":

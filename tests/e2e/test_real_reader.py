@@ -21,6 +21,7 @@ TITLE = "Pelmora par MORVEL"
 SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
 READ_ERROR = r"Erreur de lecture de la carte Vitale\..*"
 ABSENT = r"La carte vitale n'est pas dans le lecteur\."
+READER_ERROR = r"Erreur lecteur\. Vérifiez les branchements du lecteur\."
 NO_READER = r"Aucun lecteur de carte n'a été trouvé\. Vérifiez les branchements\."
 SYSTEM_NAME = MODEL + " 00 00"
 # Seconds that a read may take, and what it takes to tell so.
@@ -107,6 +108,8 @@ class RealReader(unittest.TestCase):
     def test_a_pcsc_service_that_is_started_late_or_anew_is_found(self):
         self.pcsc.stop()
         pelmora = self.start()
+        # The catalogue's text, and beside it what is really the matter.
+        pelmora.find("label", r"Le service des lecteurs de cartes \(PC/SC\) ne répond pas.*")
         self.assert_alert(pelmora, NO_READER)
         self.pcsc.start()
         self.inserted()
@@ -114,6 +117,16 @@ class RealReader(unittest.TestCase):
         self.pcsc.kill()
         self.pcsc.start()
         self.inserted()
+        self.read(pelmora)
+
+    def test_a_card_that_another_program_keeps_is_told_in_words(self):
+        self.inserted()
+        pelmora = self.start_bound()
+        self.read(pelmora)
+        with OtherProgram(self.pcsc, "exclusive", SYSTEM_NAME):
+            pelmora.press("push button", "Lire")
+            pelmora.find("label", r"Un autre programme se sert de la carte.*")
+            self.assert_alert(pelmora, READER_ERROR)
         self.read(pelmora)
 
     def test_a_card_that_falls_silent_is_told_in_time_and_the_next_one_is_read(self):

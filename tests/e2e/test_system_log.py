@@ -27,8 +27,9 @@ class SystemLogTest(unittest.TestCase):
         cls.home.cleanup()
 
     def run_pelmora(self, *arguments):
-        """The program's number, its exit code and its standard error."""
-        environment = {"HOME": self.home.name, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8"}
+        """The program's number, its exit code and its standard error. It finds no PC/SC service."""
+        environment = {"HOME": self.home.name, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
+                       "PCSCLITE_CSOCK_NAME": os.path.join(self.home.name, "absent")}
         process = subprocess.Popen([PELMORA, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                    env=environment)
         _, errors = process.communicate(timeout=30)
@@ -42,6 +43,17 @@ class SystemLogTest(unittest.TestCase):
                                "No such file or directory\x00?$")
         # Standard error is no terminal here: it holds what the command says, and not the log.
         self.assertEqual(len(re.findall("Error on folder", errors)), 0)
+
+    def test_the_card_service_tells_what_is_missing_once(self):
+        self.system_log.lines()
+        _, code, errors = self.run_pelmora("--save", os.path.join(self.home.name, "attestations"))
+        self.assertEqual(code, 1)
+        told = [line for line in self.system_log.lines() if "pcscd" in line]
+        self.assertEqual(len(told), 1, told)
+        self.assertRegex(told[0], r"^<13>.{15} pelmora\[\d+\]: com\.morvel\.lvit: ")
+        # The log's line is not repeated to the user, who reads the failure in the application's own words.
+        self.assertEqual(errors.count("pcscd"), 1)
+        self.assertNotIn("com.morvel.lvit", errors)
 
     def test_a_patient_is_never_named(self):
         folder = os.path.join(self.home.name, "attestations")

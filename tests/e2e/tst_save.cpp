@@ -5,7 +5,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cstdio>
+
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -149,14 +152,16 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("error");
         QTest::newRow("no reader") << QStringList()
-                                   << u"Aucun lecteur de carte n'a été trouvé. Vérifiez les branchements."_s;
-        QTest::newRow("no card") << QStringList{u"--simulate=/nonexistent/card.xml"_s}
+                                   << u"Aucun lecteur de carte n'a été trouvé. Vérifiez les branchements. "
+                                      "Le service des lecteurs de cartes (PC/SC) ne répond pas, même si le lecteur est "
+                                      "bien branché. Faites vérifier que « pcscd » est installé et démarré."_s;
+        QTest::newRow("no card") << QStringList{u"--simulate=absent/card.xml"_s}
                                  << u"La carte vitale n'est pas dans le lecteur."_s;
         QTest::newRow("broken card") << QStringList{u"--simulate=/dev/null"_s}
                                      << u"Erreur de lecture de la carte Vitale. Vérifiez le branchement du lecteur ou "
                                         u"la présence de la carte Vitale "
                                         "dans le lecteur ou le sens d'insertion de la carte Vitale."_s;
-        QTest::newRow("absent service") << QStringList{u"--card-service"_s, u"/nonexistent/service"_s}
+        QTest::newRow("absent service") << QStringList{u"--card-service"_s, u"./absent/service"_s}
                                         << u"L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s;
         QTest::newRow("not a service") << QStringList{u"--card-service"_s, u"/bin/true"_s}
                                        << u"L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s;
@@ -168,7 +173,8 @@ private Q_SLOTS:
     {
         QFETCH(const QStringList, arguments);
         QFETCH(const QString, error);
-        const RunResult result = pelmora(arguments + QStringList{u"--save"_s, folder()});
+        const RunResult result =
+            pelmora(arguments + QStringList{u"--save"_s, folder()}, {u"env"_s, u"-C"_s, m_home->path()});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.output, QByteArray());
         QCOMPARE(result.errorLines(), QStringList{u"pelmora : "_s + error});
@@ -190,6 +196,32 @@ private Q_SLOTS:
             u"pelmora : %1 : La carte Vitale ne comporte aucun bénéficiaire."_s.arg(nobody),
         };
         QCOMPARE(result.errorLines(), expected);
+    }
+
+    // What a French file of the nineties is called, and a folder beside it.
+    void filesAndFoldersWhoseNamesAreNotUtf8AreUsedAsTheyAre()
+    {
+        const QByteArray home = QFile::encodeName(m_home->path());
+        const QByteArray card = home + "/Zo\xE9.xml";
+        QCOMPARE(
+            std::rename(QFile::encodeName(cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s))).constData(), card.constData()), 0);
+        // Arguments of such bytes do not go through QProcess.
+        const QStringList wrapper{u"sh"_s, u"-c"_s, uR"(cd "$HOME"; e=$(printf '\351')
+                                  case $1 in
+                                  file) "$0" --save "at$e" "Zo$e.xml" "absent$e.xml" ;;
+                                  simulated) "$0" "--simulate=$HOME/Zo$e.xml" --save "at$e" ;;
+                                  esac)"_s};
+        const RunResult files = runPelmora(m_home->path(), {u"file"_s}, wrapper);
+        QCOMPARE(files.output, QByteArray("at\xE9/SPECIMEN Zo\xC3\xA9.pdf\n"));
+        QCOMPARE(files.errors, QByteArray("pelmora : absent\xE9.xml : Le fichier n’existe pas.\n"));
+        QCOMPARE(::unlink((home + "/at\xE9/SPECIMEN Zo\xC3\xA9.pdf").constData()), 0);
+        const RunResult simulated = runPelmora(m_home->path(), {u"simulated"_s}, wrapper);
+        QCOMPARE(simulated.errors, QByteArray());
+        QCOMPARE(simulated.exitCode, 0);
+        QCOMPARE(::unlink((home + "/at\xE9/SPECIMEN Zo\xC3\xA9.pdf").constData()), 0);
+        // Qt would not find them.
+        QCOMPARE(::rmdir((home + "/at\xE9").constData()), 0);
+        QCOMPARE(::unlink(card.constData()), 0);
     }
 
     void anOlderAttestationOfTheSameNameIsReplaced()
@@ -268,7 +300,7 @@ private Q_SLOTS:
         const QString file = cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s));
         const RunResult result = pelmoraOnDisk(u"-o ro,mode=0755"_s, u"true"_s, file);
         QCOMPARE(result.exitCode, 1);
-        QCOMPARE(result.errorLines(), QStringList{notSaved(u"l’écriture n’y est pas autorisée"_s)});
+        QCOMPARE(result.errorLines(), QStringList{notSaved(u"le disque est en lecture seule"_s)});
         QCOMPARE(result.output, QByteArray());
     }
 
@@ -281,6 +313,46 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.errorLines(), QStringList{notSaved(u"il n’y a plus de place sur le disque"_s)});
         QCOMPARE(QString::fromUtf8(result.output), u"oldSPECIMEN Zoé.pdf\nfiller\n"_s);
+    }
+
+    void aLimitOnTheSizeOfFilesIsToldAndLeavesTheOldFile()
+    {
+        QVERIFY(QDir().mkpath(folder()));
+        QFile old(folder() + u"/SPECIMEN Zoé.pdf"_s);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write("old");
+        old.close();
+        const QString file = cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s));
+        // What this test ignores, its children would ignore, too.
+        const QString script = u"import os, resource, signal, sys; signal.signal(signal.SIGXFSZ, signal.SIG_DFL);"
+                               "resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000));"
+                               "os.execv(sys.argv[1], sys.argv[1:])"_s;
+        const RunResult result = pelmora({u"--save"_s, folder(), file}, {u"/usr/bin/python3"_s, u"-c"_s, script});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.errorLines(), QStringList{notSaved(u"l’écriture a échoué (File too large)"_s)});
+        QCOMPARE(entries(folder()), QStringList{u"SPECIMEN Zoé.pdf"_s});
+        QCOMPARE(contentOf(old.fileName()), QByteArray("old"));
+    }
+
+    void aPipeInThePlaceOfTheSettingsHoldsNothingUp()
+    {
+        QVERIFY(QDir().mkpath(path(u"config/MORVEL"_s)));
+        QCOMPARE(mkfifo(QFile::encodeName(path(u"config/MORVEL/Pelmora.conf"_s)).constData(), 0600), 0);
+        const QString file = cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s));
+        QCOMPARE(pelmora({u"--save"_s, folder(), file}, {u"timeout"_s, u"20"_s}).exitCode, 0);
+        QCOMPARE(pelmora({u"--simulate"_s, u"--save"_s, folder()}, {u"timeout"_s, u"20"_s}).exitCode, 0);
+    }
+
+    void theAttestationsFolderIsItsOwnersAloneAndThoseAboveAreAsUsual()
+    {
+        const QString file = cardFile(cardOf(u"SPECIMEN"_s, u"Zoé"_s));
+        QCOMPARE(
+            pelmora({u"--save"_s, folder() + "/a/b/"_L1, file}, {u"sh"_s, u"-c"_s, u"umask 000; exec \"$0\" \"$@\""_s})
+                .exitCode,
+            0);
+        QCOMPARE(modeOf(folder() + "/a"_L1), 0777U);
+        QCOMPARE(modeOf(folder() + "/a/b"_L1), 0700U);
+        QCOMPARE(modeOf(folder() + u"/a/b/SPECIMEN Zoé.pdf"_s), 0600U);
     }
 
     void aReaderOfTheOutputThatLeavesStopsNothing()
@@ -384,6 +456,23 @@ private Q_SLOTS:
         const RunResult result = pelmora({u"--save"_s, folder(), file.fileName()}, {u"timeout"_s, u"20"_s});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.errorLines().size(), 1);
+    }
+
+    void aFileOfAWholeTownIsRefusedInLittleMemory()
+    {
+        const QString file = cardFile(u"<T_AsnDonneesVitale><listeBenef>%1</listeBenef></T_AsnDonneesVitale>"_s.arg(
+            QString(u"<T_AsnBeneficiaire/>"_s).repeated(249'000)));
+        const QString script =
+            u"import resource, subprocess, sys; code = subprocess.call(sys.argv[1:]);"
+            "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss // 1024); sys.exit(code)"_s;
+        const RunResult result = pelmora({u"--save"_s, folder(), file}, {u"/usr/bin/python3"_s, u"-c"_s, script});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.errorLines(),
+                 QStringList{u"pelmora : %1 : L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s.arg(file)});
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+        QVERIFY2(result.output.trimmed().toInt() < 120, result.output.constData()); // MiB
+#endif
+        QVERIFY(result.output.trimmed().toInt() > 0);
     }
 
     void aNameWithAScriptThatTheFontLacksIsSavedAllTheSame()

@@ -3,6 +3,7 @@ is none. A window that is hidden and comes back may be another one to the window
 
 import subprocess
 
+import wayland
 from desktop import wait
 
 
@@ -17,6 +18,8 @@ def _in_state(title, state):
 
 
 def shown_windows(title):
+    if wayland.HERE:
+        return [window["id"] for window in wayland.windows(title) if window["visible"]]
     return _in_state(title, "Normal")
 
 
@@ -26,6 +29,8 @@ def wait_until_shown(title):
 
 def is_in_front(title):
     """Whether it is on the screen, and where the keyboard goes."""
+    if wayland.HERE:
+        return any(window["focused"] for window in wayland.windows(title))
     return _output("xdotool", "getactivewindow").strip() in shown_windows(title)
 
 
@@ -36,6 +41,8 @@ def is_iconified(title):
 
 def is_hidden(title):
     """Whether it is not even in the list of windows."""
+    if wayland.HERE:
+        return not wayland.windows(title)
     return not shown_windows(title) and not is_iconified(title)
 
 
@@ -47,5 +54,8 @@ def iconify(title):
 
 def close(title):
     """What the button in the window's title bar does."""
+    if wayland.HERE:
+        wayland.close(title)
+        return
     for window in shown_windows(title):
         subprocess.run(["wmctrl", "-i", "-c", hex(int(window))], check=True)
