@@ -78,6 +78,8 @@ class Application:
 
     def node(self):
         def running():
+            if self.process.poll() is not None:
+                raise AssertionError(f"the program has ended with {self.process.returncode}")
             desktop = Atspi.get_desktop(0)
             for index in range(desktop.get_child_count()):
                 try:
@@ -166,12 +168,21 @@ class Application:
 
     def _middle_on_wayland(self, control):
         """The control's middle on the screen: programs know places in their windows only."""
-        box = Atspi.Component.get_extents(control, Atspi.CoordType.WINDOW)
         window = control
         while window.get_parent().get_role_name() != "application":
             window = window.get_parent()
-        place = wait(lambda: wayland.windows(window.get_name()))[0]["rect"]
-        return place["x"] + box.x + box.width // 2, place["y"] + box.y + box.height // 2
+
+        def place():
+            """Where the window is, once the compositor gives it the size that the program has."""
+            size = Atspi.Component.get_extents(window, Atspi.CoordType.WINDOW)
+            for shown in wayland.windows(window.get_name()):
+                outside, inside = shown["rect"], shown["window_rect"]
+                if (inside["width"], inside["height"]) == (size.width, size.height):
+                    return outside["x"] + inside["x"], outside["y"] + inside["y"]
+            return None
+        x, y = wait(place)
+        box = Atspi.Component.get_extents(control, Atspi.CoordType.WINDOW)
+        return x + box.x + box.width // 2, y + box.y + box.height // 2
 
     def children(self):
         """Process numbers of the programs that it has started."""
