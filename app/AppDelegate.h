@@ -1,14 +1,14 @@
 #pragma once
 
-#include "app/PanelLine.h"
-#include "app/ReadWorkflow.h"
-#include "app/SaveFailure.h"
-#include "attestation/PrintDesk.h"
+#include "app/cards/SaveFailure.h"
+#include "app/models/PanelLine.h"
+#include "app/models/ReadWorkflow.h"
+#include "attestation/print/PrintDesk.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
 #include "platform/gui/AlertQueue.h"
 #include "prefs/StatusItemControl.h"
-#include "support/MoveToApplications.h"
+#include "support/move/MoveToApplications.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,14 +1,14 @@
 // The controller and the files: the page on screen, on paper and on disk, recent files, cards from files.
 #include "app/AppDelegate.h"
-#include "app/CardFile.h"
-#include "app/CardFilePanel.h"
-#include "app/MainWindow.h"
-#include "app/RecentAttestations.h"
-#include "app/StatusItem.h"
-#include "attestation/MVAttestationWindowController.h"
+#include "app/desktop/StatusItem.h"
+#include "app/models/CardFile.h"
+#include "app/models/RecentAttestations.h"
+#include "app/windows/CardFilePanel.h"
+#include "app/windows/MainWindow.h"
+#include "attestation/viewer/MVAttestationWindowController.h"
 #include "platform/gui/Workspace.h"
-#include "platform/update/SUUpdater.h"
 #include "support/MXUtils.h"
+#include "update/SUUpdater.h"
 
 #include <QAction>
 #include <QFileDialog>

@@ -1,17 +1,17 @@
 // The controller and what is written to the disk: attestations, the copy for support, and the end of the application
 // meanwhile. A slow disk holds up nothing: all of it is written aside.
 #include "app/AppDelegate.h"
-#include "app/AttestationFiles.h"
-#include "app/DebugCopy.h"
-#include "app/MainWindow.h"
-#include "app/StatusItem.h"
-#include "attestation/MVAttestationWindowController.h"
+#include "app/cards/AttestationFiles.h"
+#include "app/desktop/StatusItem.h"
+#include "app/models/DebugCopy.h"
+#include "app/windows/MainWindow.h"
+#include "attestation/viewer/MVAttestationWindowController.h"
 #include "card/PelmoraError.h"
-#include "platform/FileWorker.h"
+#include "platform/files/FileWorker.h"
 #include "platform/gui/SavingSheet.h"
-#include "platform/update/SUUpdater.h"
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 #include "support/MXLog.h"
+#include "update/SUUpdater.h"
 
 #include <QAction>
 #include <QCoreApplication>

@@ -1,16 +1,16 @@
 // The controller and the main window: its states, the reading of a card, the status item, help and mail.
 #include "app/AppDelegate.h"
-#include "app/CardSummary.h"
-#include "app/MainWindow.h"
-#include "app/StatusItem.h"
-#include "app/StatusMenu.h"
-#include "attestation/MVAttestationWindowController.h"
+#include "app/desktop/StatusItem.h"
+#include "app/models/CardSummary.h"
+#include "app/models/StatusMenu.h"
+#include "app/windows/MainWindow.h"
+#include "attestation/viewer/MVAttestationWindowController.h"
 #include "platform/gui/Beep.h"
 #include "platform/gui/Workspace.h"
-#include "platform/update/SUUpdater.h"
 #include "prefs/MVPreferences.h"
-#include "prefs/MVSettings.h"
-#include "support/MXButton.h"
+#include "prefs/settings/MVSettings.h"
+#include "support/views/MXButton.h"
+#include "update/SUUpdater.h"
 
 #include <QAction>
 #include <QApplication>

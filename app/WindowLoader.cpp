@@ -1,7 +1,7 @@
 #include "app/WindowLoader.h"
 
-#include "app/Console.h"
 #include "app/WindowModule.h"
+#include "app/cards/Console.h"
 #include "support/MXLog.h"
 
 #include <QFile>

@@ -1,10 +1,10 @@
-#include "app/CommandLine.h"
-#include "app/Console.h"
-#include "app/Runs.h"
 #include "app/WindowLoader.h"
+#include "app/cards/Console.h"
+#include "app/cards/Runs.h"
+#include "app/models/CommandLine.h"
 #include "platform/CoreDumps.h"
-#include "platform/FailedWrites.h"
 #include "platform/NativePath.h"
+#include "platform/files/FailedWrites.h"
 #include "support/QtMessages.h"
 
 using namespace Qt::StringLiterals;

@@ -1,11 +1,11 @@
 // A whole read of the card in a reader, beside a bare PC/SC client that sends the card the same commands; and the same
 // read with the way from the application and back, which bench_channel looks at. Needs a PC/SC service with a specimen
 // card in its first reader: see bench-card-read.py.
-#include "card/ServiceChannel.h"
-#include "card/ServiceVocabulary.h"
+#include "card/client/ServiceChannel.h"
+#include "card/wire/ServiceVocabulary.h"
 #include "service/embedded/EmbeddedLibrary.h"
-#include "service/embedded/PcscReaders.h"
 #include "service/embedded/SiteMaps.h"
+#include "service/pcsc/PcscReaders.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // A request and its reply of 6 KB through the card service's channel, beside the least that two processes and a thread
 // between them take: a length-prefixed message over a socket pair. And a whole start: spawn to the end of the bind.
-#include "card/LVitAccess.h"
-#include "card/ServiceMessage.h"
+#include "card/client/LVitAccess.h"
+#include "card/wire/ServiceMessage.h"
 
 #include <algorithm>
 #include <array>

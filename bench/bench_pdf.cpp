@@ -1,12 +1,12 @@
 // From a card record to the bytes of its attestation, in a program that runs already, beside the same page drawn bare.
 #include "BarePage.h"
 #include "SpecimenCard.h"
-#include "attestation/AttestationPdf.h"
-#include "attestation/MVNewAttestation.h"
-#include "attestation/PageFonts.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/AttestationPdf.h"
+#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/PageFonts.h"
+#include "attestation/page/SchemeLogos.h"
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>

@@ -3,15 +3,15 @@
 // picture. Meant for a screen of 3840 by 2160 pixels.
 #include "BarePage.h"
 #include "SpecimenCard.h"
-#include "attestation/MVAttestationWindowController.h"
-#include "attestation/MVNewAttestationView.h"
-#include "attestation/MVScrollView.h"
-#include "attestation/PageFonts.h"
-#include "attestation/PrintDesk.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/PageFonts.h"
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/print/PrintDesk.h"
+#include "attestation/viewer/MVAttestationWindowController.h"
+#include "attestation/viewer/MVNewAttestationView.h"
+#include "attestation/viewer/MVScrollView.h"
 #include "card/CardKeys.h"
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,9 +1,9 @@
 #include "prefs/LVitAccessPrefs.h"
 
-#include "card/BindOutcome.h"
+#include "card/client/BindOutcome.h"
 #include "platform/MainQueue.h"
-#include "prefs/MVSettings.h"
 #include "prefs/ModeMenu.h"
+#include "prefs/settings/MVSettings.h"
 #include "prefs/ui_LVitAccessView.h"
 #include "support/MXLog.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "card/LVitAccess.h"
+#include "card/client/LVitAccess.h"
 #include "prefs/PaneViewController.h"
 
 #include <memory>

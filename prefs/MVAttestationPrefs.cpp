@@ -1,7 +1,7 @@
 #include "prefs/MVAttestationPrefs.h"
 
-#include "prefs/MVSettings.h"
 #include "prefs/SettingTie.h"
+#include "prefs/settings/MVSettings.h"
 #include "prefs/ui_AttestationConfigView.h"
 #include "support/MXLog.h"
 

@@ -1,8 +1,8 @@
 #include "prefs/MVConfigPrefs.h"
 
-#include "prefs/MVSettings.h"
 #include "prefs/SettingTie.h"
 #include "prefs/StatusItemControl.h"
+#include "prefs/settings/MVSettings.h"
 #include "prefs/ui_ConfigView.h"
 #include "support/MXLog.h"
 

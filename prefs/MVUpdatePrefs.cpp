@@ -1,8 +1,8 @@
 #include "prefs/MVUpdatePrefs.h"
 
-#include "platform/update/SUUpdater.h"
 #include "prefs/ui_UpdatePrefsView.h"
 #include "support/MXLog.h"
+#include "update/SUUpdater.h"
 
 #include <utility>
 

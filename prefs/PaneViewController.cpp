@@ -2,7 +2,7 @@
 
 #include "prefs/PaneContentView.h"
 #include "prefs/PaneGrid.h"
-#include "support/GlyphIcon.h"
+#include "support/views/GlyphIcon.h"
 
 #include <QGridLayout>
 #include <QScrollArea>

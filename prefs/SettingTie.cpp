@@ -1,6 +1,6 @@
 #include "prefs/SettingTie.h"
 
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <QAbstractButton>
 #include <QEvent>

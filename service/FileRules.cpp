@@ -1,6 +1,6 @@
 #include "service/FileRules.h"
 
-#include "card/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 
 #include <algorithm>
 #include <array>

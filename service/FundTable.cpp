@@ -1,6 +1,6 @@
 #include "service/FundTable.h"
 
-#include "card/TextDecoding.h"
+#include "card/wire/TextDecoding.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "card/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #include "service/ReaderNames.h"
 
-#include "card/ReaderModel.h"
+#include "card/wire/ReaderModel.h"
 
 #include <algorithm>
 #include <array>

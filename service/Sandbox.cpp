@@ -1,6 +1,6 @@
 #include "service/Sandbox.h"
 
-#include "card/OutsideFolderNames.h"
+#include "card/wire/OutsideFolderNames.h"
 #include "service/CallFilter.h"
 #include "service/FileRules.h"
 

@@ -1,8 +1,8 @@
 #include "service/ServiceCommands.h"
 
-#include "card/ReaderModel.h"
-#include "card/ServiceMessage.h"
-#include "card/ServiceVocabulary.h"
+#include "card/wire/ReaderModel.h"
+#include "card/wire/ServiceMessage.h"
+#include "card/wire/ServiceVocabulary.h"
 
 #include <QCborArray>
 

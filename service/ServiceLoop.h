@@ -1,7 +1,7 @@
 #pragma once
 
-#include "card/FileDescriptor.h"
-#include "card/ServiceMessage.h"
+#include "card/wire/ServiceMessage.h"
+#include "platform/FileDescriptor.h"
 #include "service/ServiceCommands.h"
 
 /// The service at work: takes requests from one descriptor, writes each answer to the other, in order, and blocks

@@ -1,8 +1,8 @@
 #include "service/SimulatedReader.h"
 
-#include "card/FileDescriptor.h"
-#include "card/ReaderModel.h"
-#include "card/XmlBytes.h"
+#include "card/wire/ReaderModel.h"
+#include "card/wire/XmlBytes.h"
+#include "platform/FileDescriptor.h"
 #include "service/CardCoverage.h"
 #include "service/LibraryVersions.h"
 

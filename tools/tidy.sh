@@ -10,7 +10,7 @@ for preset in dev asan; do
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset" --target pelmora pelmora_window com.morvel.lvit >/dev/null
 done
-folders='(platform|support|card|service|attestation|prefs|app)'
+folders='(platform|support|update|card|service|attestation|prefs|app)'
 
 # Most checks look at everything that a source includes, Qt's headers too, and spend their time there. So they run over the
 # sources as the asan build compiles them, together. Those that judge only the source they were given run on each by itself.

@@ -1,10 +1,10 @@
-#include "platform/update/SUUpdater.h"
+#include "update/SUUpdater.h"
 
 #include "platform/UserDefaults.h"
 #include "platform/gui/WindowActivation.h"
 #include "platform/gui/Workspace.h"
-#include "platform/update/UpdateSession.h"
-#include "platform/update/UpdateWindow.h"
+#include "update/UpdateSession.h"
+#include "update/UpdateWindow.h"
 
 #include <QDebug>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/update/UpdateConfiguration.h"
+#include "update/UpdateConfiguration.h"
 
 #include <QDateTime>
 #include <QObject>

@@ -1,6 +1,6 @@
-#include "platform/update/UpdateAddress.h"
+#include "update/UpdateAddress.h"
 
-#include "platform/FileName.h"
+#include "platform/files/FileName.h"
 
 #include <QFileInfo>
 #include <QHostAddress>

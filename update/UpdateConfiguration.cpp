@@ -1,4 +1,4 @@
-#include "platform/update/UpdateConfiguration.h"
+#include "update/UpdateConfiguration.h"
 
 #include "platform/Bundle.h"
 

@@ -1,4 +1,4 @@
-#include "platform/update/UpdateFailure.h"
+#include "update/UpdateFailure.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "platform/update/UpdateFeed.h"
+#include "update/UpdateFeed.h"
 
-#include "platform/update/UpdateAddress.h"
-#include "platform/update/VersionComparison.h"
+#include "update/UpdateAddress.h"
+#include "update/VersionComparison.h"
 
 #include <QXmlStreamReader>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/update/UpdateFailure.h"
-#include "platform/update/UpdateSignature.h"
+#include "update/UpdateFailure.h"
+#include "update/UpdateSignature.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "platform/update/UpdatePackage.h"
+#include "update/UpdatePackage.h"
 
 #include <QDir>
 

@@ -1,10 +1,10 @@
-#include "platform/update/UpdateSession.h"
+#include "update/UpdateSession.h"
 
 #include "platform/MainQueue.h"
-#include "platform/update/UpdateAddress.h"
-#include "platform/update/UpdatePackage.h"
-#include "platform/update/UpdateTransfer.h"
-#include "platform/update/VersionComparison.h"
+#include "update/UpdateAddress.h"
+#include "update/UpdatePackage.h"
+#include "update/UpdateTransfer.h"
+#include "update/VersionComparison.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>

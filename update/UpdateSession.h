@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/update/UpdateConfiguration.h"
-#include "platform/update/UpdateFailure.h"
-#include "platform/update/UpdateFeed.h"
-#include "platform/update/UpdateSignature.h"
+#include "update/UpdateConfiguration.h"
+#include "update/UpdateFailure.h"
+#include "update/UpdateFeed.h"
+#include "update/UpdateSignature.h"
 
 #include <QByteArray>
 #include <QObject>

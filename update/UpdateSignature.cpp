@@ -1,4 +1,4 @@
-#include "platform/update/UpdateSignature.h"
+#include "update/UpdateSignature.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
-#include "platform/update/UpdateTransfer.h"
+#include "update/UpdateTransfer.h"
 
-#include "platform/update/UpdateAddress.h"
+#include "update/UpdateAddress.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>

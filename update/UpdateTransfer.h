@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/update/UpdateFailure.h"
+#include "update/UpdateFailure.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,8 +1,8 @@
-#include "platform/update/UpdateWindow.h"
+#include "update/UpdateWindow.h"
 
-#include "platform/update/UpdateNotes.h"
-#include "platform/update/UpdateSession.h"
 #include "ui_UpdateWindow.h"
+#include "update/UpdateNotes.h"
+#include "update/UpdateSession.h"
 
 #include <QLocale>
 #include <QPushButton>

@@ -1,4 +1,4 @@
-#include "platform/update/VersionComparison.h"
+#include "update/VersionComparison.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,11 +1,11 @@
-#include "app/AttestationFiles.h"
+#include "app/cards/AttestationFiles.h"
 
-#include "attestation/AttestationPdf.h"
-#include "attestation/MVNewAttestation.h"
+#include "attestation/page/AttestationPdf.h"
+#include "attestation/page/MVNewAttestation.h"
 #include "card/CardKeys.h"
-#include "platform/FileName.h"
 #include "platform/ObjectText.h"
-#include "platform/PrivateFile.h"
+#include "platform/files/FileName.h"
+#include "platform/files/PrivateFile.h"
 #include "support/MXUtils.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/SaveFailure.h"
+#include "app/cards/SaveFailure.h"
 #include "card/CardRecord.h"
 
 #include <QByteArray>

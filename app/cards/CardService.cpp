@@ -1,6 +1,6 @@
-#include "app/CardService.h"
+#include "app/cards/CardService.h"
 
-#include "app/CommandLine.h"
+#include "app/models/CommandLine.h"
 #include "platform/Bundle.h"
 
 #include <QCoreApplication>

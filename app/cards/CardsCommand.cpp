@@ -1,7 +1,7 @@
-#include "app/CardsCommand.h"
+#include "app/cards/CardsCommand.h"
 
-#include "app/CardFile.h"
-#include "app/Console.h"
+#include "app/cards/Console.h"
+#include "app/models/CardFile.h"
 
 using namespace Qt::StringLiterals;
 

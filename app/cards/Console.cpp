@@ -1,4 +1,4 @@
-#include "app/Console.h"
+#include "app/cards/Console.h"
 
 #include "platform/NativePath.h"
 

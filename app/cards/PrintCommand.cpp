@@ -1,7 +1,7 @@
-#include "app/PrintCommand.h"
+#include "app/cards/PrintCommand.h"
 
-#include "attestation/AttestationPdf.h"
-#include "attestation/MVNewAttestation.h"
+#include "attestation/page/AttestationPdf.h"
+#include "attestation/page/MVNewAttestation.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/CardsCommand.h"
-#include "attestation/PrintInfo.h"
+#include "app/cards/CardsCommand.h"
+#include "attestation/page/PrintInfo.h"
 
 class PageFonts;
 class SchemeLogos;

@@ -1,7 +1,7 @@
-#include "app/SaveCommand.h"
+#include "app/cards/SaveCommand.h"
 
-#include "app/AttestationFiles.h"
-#include "app/Console.h"
+#include "app/cards/AttestationFiles.h"
+#include "app/cards/Console.h"
 
 using namespace Qt::StringLiterals;
 

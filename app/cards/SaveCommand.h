@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/CardsCommand.h"
+#include "app/cards/CardsCommand.h"
 
 class AttestationFiles;
 

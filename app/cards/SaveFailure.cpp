@@ -1,4 +1,4 @@
-#include "app/SaveFailure.h"
+#include "app/cards/SaveFailure.h"
 
 #include "card/PelmoraError.h"
 

@@ -1,4 +1,4 @@
-#include "app/ReopenService.h"
+#include "app/desktop/ReopenService.h"
 
 #include "platform/NativePath.h"
 

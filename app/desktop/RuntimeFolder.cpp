@@ -1,4 +1,4 @@
-#include "app/RuntimeFolder.h"
+#include "app/desktop/RuntimeFolder.h"
 
 #include <QFile>
 

@@ -1,7 +1,7 @@
-#include "app/SingleInstance.h"
+#include "app/desktop/SingleInstance.h"
 
-#include "app/CommandLine.h"
-#include "app/RuntimeFolder.h"
+#include "app/desktop/RuntimeFolder.h"
+#include "app/models/CommandLine.h"
 #include "platform/NativePath.h"
 #include "support/MXLog.h"
 

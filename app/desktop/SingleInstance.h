@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/InstanceMessage.h"
-#include "card/FileDescriptor.h"
+#include "app/desktop/InstanceMessage.h"
+#include "platform/FileDescriptor.h"
 
 #include <QObject>
 #include <QString>

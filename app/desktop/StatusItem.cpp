@@ -1,6 +1,6 @@
-#include "app/StatusItem.h"
+#include "app/desktop/StatusItem.h"
 
-#include "app/StatusMenu.h"
+#include "app/models/StatusMenu.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/TrayHost.h"
+#include "app/desktop/TrayHost.h"
 
 #include <QIcon>
 #include <QMenu>

@@ -1,4 +1,4 @@
-#include "app/TerminationSignals.h"
+#include "app/desktop/TerminationSignals.h"
 
 #include <QCoreApplication>
 #include <QEvent>

@@ -1,4 +1,4 @@
-#include "app/TrayHost.h"
+#include "app/desktop/TrayHost.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

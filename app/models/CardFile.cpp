@@ -1,9 +1,9 @@
-#include "app/CardFile.h"
+#include "app/models/CardFile.h"
 
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
-#include "card/TextDecoding.h"
-#include "card/XmlBytes.h"
+#include "card/wire/TextDecoding.h"
+#include "card/wire/XmlBytes.h"
 #include "platform/NativePath.h"
 #include "platform/XmlDocument.h"
 

@@ -1,9 +1,9 @@
-#include "app/CardReading.h"
+#include "app/models/CardReading.h"
 
-#include "card/LVitAccess.h"
 #include "card/PelmoraError.h"
+#include "card/client/LVitAccess.h"
 #include "platform/MainQueue.h"
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <algorithm>
 #include <climits>

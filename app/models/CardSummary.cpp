@@ -1,4 +1,4 @@
-#include "app/CardSummary.h"
+#include "app/models/CardSummary.h"
 
 #include "card/CardKeys.h"
 #include "platform/ObjectText.h"

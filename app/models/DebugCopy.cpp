@@ -1,12 +1,12 @@
-#include "app/DebugCopy.h"
+#include "app/models/DebugCopy.h"
 
 #include "card/CardKeys.h"
-#include "card/TextDecoding.h"
-#include "platform/FileName.h"
+#include "card/wire/TextDecoding.h"
 #include "platform/ObjectText.h"
-#include "platform/PrivateFile.h"
 #include "platform/PropertyList.h"
-#include "prefs/MVSettings.h"
+#include "platform/files/FileName.h"
+#include "platform/files/PrivateFile.h"
+#include "prefs/settings/MVSettings.h"
 #include "support/MXLog.h"
 #include "support/MXUtils.h"
 

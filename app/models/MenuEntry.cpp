@@ -1,4 +1,4 @@
-#include "app/MenuEntry.h"
+#include "app/models/MenuEntry.h"
 
 using namespace Qt::StringLiterals;
 

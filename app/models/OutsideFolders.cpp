@@ -1,6 +1,6 @@
-#include "app/OutsideFolders.h"
+#include "app/models/OutsideFolders.h"
 
-#include "card/OutsideFolderNames.h"
+#include "card/wire/OutsideFolderNames.h"
 #include "platform/TildePath.h"
 
 #include <QDir>

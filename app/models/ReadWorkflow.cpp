@@ -1,8 +1,8 @@
-#include "app/ReadWorkflow.h"
+#include "app/models/ReadWorkflow.h"
 
-#include "app/CardReading.h"
-#include "card/CardServiceKeys.h"
-#include "card/LVitAccess.h"
+#include "app/models/CardReading.h"
+#include "card/client/CardServiceKeys.h"
+#include "card/client/LVitAccess.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "support/MXLog.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "card/BindOutcome.h"
 #include "card/CardRecord.h"
+#include "card/client/BindOutcome.h"
 #include "platform/Error.h"
 
 #include <QObject>

@@ -1,6 +1,6 @@
-#include "app/RecentAttestations.h"
+#include "app/models/RecentAttestations.h"
 
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <QFileInfo>
 

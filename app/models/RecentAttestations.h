@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/MenuEntry.h"
+#include "app/models/MenuEntry.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,6 +1,6 @@
-#include "app/CardFilePanel.h"
+#include "app/windows/CardFilePanel.h"
 
-#include "app/ScreenRoom.h"
+#include "app/windows/ScreenRoom.h"
 
 #include <QDir>
 #include <QFileDialog>

@@ -1,4 +1,4 @@
-#include "app/DroppedCardFile.h"
+#include "app/windows/DroppedCardFile.h"
 
 #include "platform/NativePath.h"
 

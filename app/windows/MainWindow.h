@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/PanelLine.h"
+#include "app/models/PanelLine.h"
 
 #include <QMainWindow>
 #include <QTimer>

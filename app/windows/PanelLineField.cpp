@@ -1,4 +1,4 @@
-#include "app/PanelLineField.h"
+#include "app/windows/PanelLineField.h"
 
 #include <QFontMetrics>
 #include <QHelpEvent>

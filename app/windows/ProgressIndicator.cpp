@@ -1,4 +1,4 @@
-#include "app/ProgressIndicator.h"
+#include "app/windows/ProgressIndicator.h"
 
 #include <QPainter>
 #include <QPen>

@@ -1,6 +1,6 @@
-#include "app/ProgressSheet.h"
+#include "app/windows/ProgressSheet.h"
 
-#include "app/TextSize.h"
+#include "app/windows/TextSize.h"
 #include "ui_ProgressSheet.h"
 
 #include <QPushButton>

@@ -1,4 +1,4 @@
-#include "app/SpokenNotice.h"
+#include "app/windows/SpokenNotice.h"
 
 #include <QAccessibleWidget>
 

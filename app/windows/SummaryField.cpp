@@ -1,4 +1,4 @@
-#include "app/SummaryField.h"
+#include "app/windows/SummaryField.h"
 
 #include <QFontMetrics>
 #include <QHelpEvent>

@@ -1,6 +1,6 @@
-#include "attestation/AttestationContent.h"
+#include "attestation/page/AttestationContent.h"
 
-#include "attestation/FormatNSS.h"
+#include "attestation/page/FormatNSS.h"
 
 #include <algorithm>
 #include <iterator>

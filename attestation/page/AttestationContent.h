@@ -1,7 +1,7 @@
 #pragma once
 
-#include "attestation/AttestationPage.h"
-#include "attestation/AttestationTables.h"
+#include "attestation/page/AttestationPage.h"
+#include "attestation/page/AttestationTables.h"
 
 #include <QList>
 #include <QPointF>

@@ -1,7 +1,7 @@
-#include "attestation/AttestationLayout.h"
+#include "attestation/page/AttestationLayout.h"
 
-#include "attestation/AttestationContent.h"
-#include "attestation/TextBreaking.h"
+#include "attestation/page/AttestationContent.h"
+#include "attestation/page/TextBreaking.h"
 
 #include <QSvgRenderer>
 

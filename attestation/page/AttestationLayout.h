@@ -1,10 +1,10 @@
 #pragma once
 
-#include "attestation/AttestationContent.h"
-#include "attestation/AttestationPage.h"
-#include "attestation/AttestationTables.h"
-#include "attestation/PageFonts.h"
-#include "attestation/PageInk.h"
+#include "attestation/page/AttestationContent.h"
+#include "attestation/page/AttestationPage.h"
+#include "attestation/page/AttestationTables.h"
+#include "attestation/page/PageFonts.h"
+#include "attestation/page/PageInk.h"
 
 #include <QSizeF>
 

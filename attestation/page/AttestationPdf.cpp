@@ -1,8 +1,8 @@
-#include "attestation/AttestationPdf.h"
+#include "attestation/page/AttestationPdf.h"
 
-#include "attestation/AttestationLayout.h"
-#include "attestation/PageOnSheet.h"
-#include "attestation/PagePainter.h"
+#include "attestation/page/AttestationLayout.h"
+#include "attestation/page/PageOnSheet.h"
+#include "attestation/page/PagePainter.h"
 
 #include <QBuffer>
 #include <QPainter>

@@ -1,6 +1,6 @@
-#include "attestation/AttestationTables.h"
+#include "attestation/page/AttestationTables.h"
 
-#include "attestation/FormatNSS.h"
+#include "attestation/page/FormatNSS.h"
 
 using namespace Qt::StringLiterals;
 

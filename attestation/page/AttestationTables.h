@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/AttestationPage.h"
+#include "attestation/page/AttestationPage.h"
 
 #include <QList>
 #include <QString>

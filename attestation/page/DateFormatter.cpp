@@ -1,4 +1,4 @@
-#include "attestation/DateFormatter.h"
+#include "attestation/page/DateFormatter.h"
 
 #include <algorithm>
 

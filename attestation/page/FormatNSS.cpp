@@ -1,4 +1,4 @@
-#include "attestation/FormatNSS.h"
+#include "attestation/page/FormatNSS.h"
 
 #include "support/MXLog.h"
 

@@ -1,10 +1,10 @@
-#include "attestation/MVNewAttestation.h"
+#include "attestation/page/MVNewAttestation.h"
 
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 #include "platform/IntegerValue.h"
 #include "platform/ObjectText.h"
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 #include "support/MXLog.h"
 
 #include <array>

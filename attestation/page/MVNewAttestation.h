@@ -1,7 +1,7 @@
 #pragma once
 
-#include "attestation/AttestationPage.h"
-#include "attestation/DateFormatter.h"
+#include "attestation/page/AttestationPage.h"
+#include "attestation/page/DateFormatter.h"
 #include "card/CardRecord.h"
 
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "attestation/PageFonts.h"
+#include "attestation/page/PageFonts.h"
 
 #include "card/PelmoraError.h"
 

@@ -1,6 +1,6 @@
-#include "attestation/PageOnSheet.h"
+#include "attestation/page/PageOnSheet.h"
 
-#include "attestation/AttestationPage.h"
+#include "attestation/page/AttestationPage.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "attestation/PagePainter.h"
+#include "attestation/page/PagePainter.h"
 
 #include <QColor>
 #include <QPainter>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/PageInk.h"
+#include "attestation/page/PageInk.h"
 
 class QPainter;
 

@@ -1,6 +1,6 @@
-#include "attestation/PrintInfo.h"
+#include "attestation/page/PrintInfo.h"
 
-#include "attestation/AttestationPdf.h"
+#include "attestation/page/AttestationPdf.h"
 
 using namespace Qt::StringLiterals;
 

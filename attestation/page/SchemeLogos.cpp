@@ -1,4 +1,4 @@
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/SchemeLogos.h"
 
 #include "support/MXLog.h"
 

@@ -1,4 +1,4 @@
-#include "attestation/TextBreaking.h"
+#include "attestation/page/TextBreaking.h"
 
 #include <QFontMetricsF>
 #include <QTextLayout>

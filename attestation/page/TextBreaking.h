@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/PageFonts.h"
+#include "attestation/page/PageFonts.h"
 
 #include <QList>
 #include <QString>

@@ -1,7 +1,7 @@
-#include "attestation/PrintDesk.h"
+#include "attestation/print/PrintDesk.h"
 
-#include "attestation/MVNewAttestation.h"
-#include "attestation/PrintOperation.h"
+#include "attestation/page/MVNewAttestation.h"
+#include "attestation/print/PrintOperation.h"
 
 #include <QWidget>
 

@@ -1,4 +1,4 @@
-#include "attestation/PrintDialog.h"
+#include "attestation/print/PrintDialog.h"
 
 #include <QDialogButtonBox>
 #include <QDir>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "attestation/AttestationPage.h"
-#include "attestation/PrintInfo.h"
-#include "platform/WriteFailure.h"
+#include "attestation/page/AttestationPage.h"
+#include "attestation/page/PrintInfo.h"
+#include "platform/files/WriteFailure.h"
 
 #include <QObject>
 #include <QPointer>

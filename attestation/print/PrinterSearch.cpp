@@ -1,4 +1,4 @@
-#include "attestation/PrinterSearch.h"
+#include "attestation/print/PrinterSearch.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

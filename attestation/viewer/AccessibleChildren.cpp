@@ -1,4 +1,4 @@
-#include "attestation/AccessibleChildren.h"
+#include "attestation/viewer/AccessibleChildren.h"
 
 #include <QAccessibleInterface>
 #include <QRect>

@@ -1,11 +1,11 @@
-#include "attestation/AccessiblePage.h"
+#include "attestation/viewer/AccessiblePage.h"
 
-#include "attestation/AttestationContent.h"
-#include "attestation/AttestationLayout.h"
-#include "attestation/MVNewAttestationView.h"
-#include "attestation/PageElement.h"
-#include "attestation/PageTableElement.h"
-#include "attestation/TextBreaking.h"
+#include "attestation/page/AttestationContent.h"
+#include "attestation/page/AttestationLayout.h"
+#include "attestation/page/TextBreaking.h"
+#include "attestation/viewer/MVNewAttestationView.h"
+#include "attestation/viewer/PageElement.h"
+#include "attestation/viewer/PageTableElement.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/ClipArithmetic.h"
+#include "attestation/viewer/ClipArithmetic.h"
 
 #include <QPointF>
 #include <QPointer>

@@ -1,4 +1,4 @@
-#include "attestation/DocumentView.h"
+#include "attestation/viewer/DocumentView.h"
 
 #include <QPainter>
 

@@ -1,8 +1,8 @@
-#include "attestation/MVAttestationWindowController.h"
+#include "attestation/viewer/MVAttestationWindowController.h"
 
-#include "attestation/MVNewAttestationView.h"
-#include "attestation/MVScrollView.h"
-#include "attestation/PrintDesk.h"
+#include "attestation/print/PrintDesk.h"
+#include "attestation/viewer/MVNewAttestationView.h"
+#include "attestation/viewer/MVScrollView.h"
 #include "card/CardKeys.h"
 #include "platform/ObjectText.h"
 #include "platform/gui/WindowActivation.h"

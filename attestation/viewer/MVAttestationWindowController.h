@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/MVNewAttestation.h"
+#include "attestation/page/MVNewAttestation.h"
 #include "card/CardRecord.h"
 #include "platform/gui/AlertQueue.h"
 

@@ -1,4 +1,4 @@
-#include "attestation/MVClipView.h"
+#include "attestation/viewer/MVClipView.h"
 
 MVClipView::MVClipView(QWidget* parent)
     : ClipView(parent)

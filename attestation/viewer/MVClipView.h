@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/ClipView.h"
+#include "attestation/viewer/ClipView.h"
 
 /// The clip view of the viewer: applies the scale that the scroll view asks for and keeps the page centred. Main thread
 /// only.

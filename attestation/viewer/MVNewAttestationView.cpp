@@ -1,9 +1,9 @@
-#include "attestation/MVNewAttestationView.h"
+#include "attestation/viewer/MVNewAttestationView.h"
 
-#include "attestation/AccessiblePage.h"
-#include "attestation/AttestationLayout.h"
-#include "attestation/MVNewAttestation.h"
-#include "attestation/PagePainter.h"
+#include "attestation/page/AttestationLayout.h"
+#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/PagePainter.h"
+#include "attestation/viewer/AccessiblePage.h"
 #include "ui_NewAttestation.h"
 
 #include <QPainter>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "attestation/AttestationPage.h"
-#include "attestation/DocumentView.h"
-#include "attestation/PageInk.h"
+#include "attestation/page/AttestationPage.h"
+#include "attestation/page/PageInk.h"
+#include "attestation/viewer/DocumentView.h"
 
 #include <memory>
 #include <optional>

@@ -1,7 +1,7 @@
-#include "attestation/MVScrollView.h"
+#include "attestation/viewer/MVScrollView.h"
 
-#include "attestation/DocumentView.h"
-#include "attestation/MVClipView.h"
+#include "attestation/viewer/DocumentView.h"
+#include "attestation/viewer/MVClipView.h"
 
 #include <QEvent>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/ScrollView.h"
+#include "attestation/viewer/ScrollView.h"
 
 #include <QSizeF>
 

@@ -1,6 +1,6 @@
-#include "attestation/PageElement.h"
+#include "attestation/viewer/PageElement.h"
 
-#include "attestation/DocumentView.h"
+#include "attestation/viewer/DocumentView.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/AccessibleChildren.h"
+#include "attestation/viewer/AccessibleChildren.h"
 
 #include <QAccessibleInterface>
 #include <QPointer>

@@ -1,6 +1,6 @@
-#include "attestation/PageTableElement.h"
+#include "attestation/viewer/PageTableElement.h"
 
-#include "attestation/AttestationContent.h"
+#include "attestation/page/AttestationContent.h"
 
 #include <utility>
 

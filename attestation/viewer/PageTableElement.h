@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/PageElement.h"
+#include "attestation/viewer/PageElement.h"
 
 #include <QAccessibleTableCellInterface>
 #include <QAccessibleTableInterface>

@@ -1,7 +1,7 @@
-#include "attestation/ScrollView.h"
+#include "attestation/viewer/ScrollView.h"
 
-#include "attestation/ClipView.h"
-#include "attestation/DocumentView.h"
+#include "attestation/viewer/ClipView.h"
+#include "attestation/viewer/DocumentView.h"
 
 #include <QEvent>
 #include <QScopedValueRollback>

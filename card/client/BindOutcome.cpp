@@ -1,7 +1,7 @@
-#include "card/BindOutcome.h"
+#include "card/client/BindOutcome.h"
 
-#include "card/CardServiceKeys.h"
 #include "card/PelmoraError.h"
+#include "card/client/CardServiceKeys.h"
 #include "platform/NotificationCenter.h"
 
 using namespace Qt::StringLiterals;

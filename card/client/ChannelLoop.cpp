@@ -1,4 +1,4 @@
-#include "card/ChannelLoop.h"
+#include "card/client/ChannelLoop.h"
 
 #include "support/MXLog.h"
 

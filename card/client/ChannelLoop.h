@@ -1,7 +1,7 @@
 #pragma once
 
-#include "card/LogLimit.h"
-#include "card/ServiceConnection.h"
+#include "card/client/LogLimit.h"
+#include "card/client/ServiceConnection.h"
 
 #include <condition_variable>
 #include <expected>

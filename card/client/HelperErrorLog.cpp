@@ -1,6 +1,6 @@
-#include "card/HelperErrorLog.h"
+#include "card/client/HelperErrorLog.h"
 
-#include "card/MessageDescription.h"
+#include "card/client/MessageDescription.h"
 #include "support/MXLog.h"
 
 #include <array>

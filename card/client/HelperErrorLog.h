@@ -1,6 +1,6 @@
 #pragma once
 
-#include "card/LogLimit.h"
+#include "card/client/LogLimit.h"
 
 #include <QByteArray>
 

@@ -1,6 +1,6 @@
-#include "card/HelperProcess.h"
+#include "card/client/HelperProcess.h"
 
-#include "card/ServiceEnvironment.h"
+#include "card/client/ServiceEnvironment.h"
 #include "platform/NativePath.h"
 
 #include <array>

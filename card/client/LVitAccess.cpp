@@ -1,12 +1,12 @@
-#include "card/LVitAccess.h"
+#include "card/client/LVitAccess.h"
 
-#include "card/BindOutcome.h"
 #include "card/CardParser.h"
-#include "card/MessageDescription.h"
 #include "card/PelmoraError.h"
-#include "card/ReaderChoice.h"
-#include "card/ServiceReply.h"
-#include "card/ServiceVocabulary.h"
+#include "card/client/BindOutcome.h"
+#include "card/client/MessageDescription.h"
+#include "card/client/ReaderChoice.h"
+#include "card/client/ServiceReply.h"
+#include "card/wire/ServiceVocabulary.h"
 #include "support/MXLog.h"
 
 #include <algorithm>

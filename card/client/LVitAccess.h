@@ -1,10 +1,10 @@
 #pragma once
 
 #include "card/CardRecord.h"
-#include "card/CardServiceKeys.h"
-#include "card/LogLimit.h"
-#include "card/ServiceChannel.h"
-#include "card/ServiceReply.h"
+#include "card/client/CardServiceKeys.h"
+#include "card/client/LogLimit.h"
+#include "card/client/ServiceChannel.h"
+#include "card/client/ServiceReply.h"
 #include "platform/Error.h"
 #include "platform/XmlDocument.h"
 

@@ -1,4 +1,4 @@
-#include "card/LogLimit.h"
+#include "card/client/LogLimit.h"
 
 #include <utility>
 

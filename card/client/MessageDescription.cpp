@@ -1,6 +1,6 @@
-#include "card/MessageDescription.h"
+#include "card/client/MessageDescription.h"
 
-#include "card/ServiceVocabulary.h"
+#include "card/wire/ServiceVocabulary.h"
 
 #include <QCborArray>
 

@@ -1,8 +1,8 @@
-#include "card/ReaderChoice.h"
+#include "card/client/ReaderChoice.h"
 
-#include "card/CardServiceKeys.h"
 #include "card/PelmoraError.h"
-#include "card/ReaderModel.h"
+#include "card/client/CardServiceKeys.h"
+#include "card/wire/ReaderModel.h"
 
 std::expected<QVariantMap, Error> readerChoice(QStringList names)
 {

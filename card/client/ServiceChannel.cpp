@@ -1,6 +1,6 @@
-#include "card/ServiceChannel.h"
+#include "card/client/ServiceChannel.h"
 
-#include "card/ChannelLoop.h"
+#include "card/client/ChannelLoop.h"
 
 #include <utility>
 

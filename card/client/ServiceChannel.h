@@ -1,7 +1,7 @@
 #pragma once
 
-#include "card/HelperProcess.h"
-#include "card/ServiceConnection.h"
+#include "card/client/HelperProcess.h"
+#include "card/client/ServiceConnection.h"
 
 #include <expected>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "card/ServiceConnection.h"
+#include "card/client/ServiceConnection.h"
 
 #include <cerrno>
 #include <utility>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "card/HelperErrorLog.h"
-#include "card/HelperProcess.h"
-#include "card/ServiceMessage.h"
-#include "card/ServiceVocabulary.h"
+#include "card/client/HelperErrorLog.h"
+#include "card/client/HelperProcess.h"
+#include "card/wire/ServiceMessage.h"
+#include "card/wire/ServiceVocabulary.h"
 
 #include <array>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "card/ServiceEnvironment.h"
+#include "card/client/ServiceEnvironment.h"
 
 #include <algorithm>
 #include <array>

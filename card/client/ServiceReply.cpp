@@ -1,11 +1,11 @@
-#include "card/ServiceReply.h"
+#include "card/client/ServiceReply.h"
 
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
-#include "card/MessageDescription.h"
 #include "card/PelmoraError.h"
-#include "card/ServiceVocabulary.h"
-#include "card/TextDecoding.h"
+#include "card/client/MessageDescription.h"
+#include "card/wire/ServiceVocabulary.h"
+#include "card/wire/TextDecoding.h"
 
 #include <QCborArray>
 #include <QCborValue>

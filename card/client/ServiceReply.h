@@ -1,7 +1,7 @@
 #pragma once
 
 #include "card/CardRecord.h"
-#include "card/CardServiceKeys.h"
+#include "card/client/CardServiceKeys.h"
 #include "platform/Error.h"
 #include "platform/XmlDocument.h"
 

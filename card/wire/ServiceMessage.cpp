@@ -1,4 +1,4 @@
-#include "card/ServiceMessage.h"
+#include "card/wire/ServiceMessage.h"
 
 #include <QCborArray>
 #include <QCborStreamReader>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "card/ServiceMessageScanner.h"
+#include "card/wire/ServiceMessageScanner.h"
 
 #include <QByteArray>
 #include <QCborMap>

@@ -1,4 +1,4 @@
-#include "card/ServiceMessageScanner.h"
+#include "card/wire/ServiceMessageScanner.h"
 
 #include <algorithm>
 #include <limits>

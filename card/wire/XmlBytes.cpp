@@ -1,6 +1,6 @@
-#include "card/XmlBytes.h"
+#include "card/wire/XmlBytes.h"
 
-#include "card/TextDecoding.h"
+#include "card/wire/TextDecoding.h"
 
 #include <QStringDecoder>
 

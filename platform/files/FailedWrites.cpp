@@ -1,4 +1,4 @@
-#include "platform/FailedWrites.h"
+#include "platform/files/FailedWrites.h"
 
 #include <csignal>
 #include <initializer_list>

@@ -1,4 +1,4 @@
-#include "platform/FileWorker.h"
+#include "platform/files/FileWorker.h"
 
 #include "platform/MainQueue.h"
 

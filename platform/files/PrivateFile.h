@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/WriteFailure.h"
+#include "platform/files/WriteFailure.h"
 
 #include <QByteArray>
 #include <QString>

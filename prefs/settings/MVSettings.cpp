@@ -1,4 +1,4 @@
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include "platform/IntegerValue.h"
 #include "platform/UserDefaults.h"

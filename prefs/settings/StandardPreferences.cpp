@@ -1,6 +1,6 @@
-#include "prefs/StandardPreferences.h"
+#include "prefs/settings/StandardPreferences.h"
 
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <QDir>
 

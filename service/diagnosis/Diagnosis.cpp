@@ -1,6 +1,6 @@
 #include "service/diagnosis/Diagnosis.h"
 
-#include "card/ReaderModel.h"
+#include "card/wire/ReaderModel.h"
 
 #include <algorithm>
 

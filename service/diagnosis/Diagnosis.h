@@ -3,9 +3,9 @@
 #include "service/LibraryVersions.h"
 #include "service/ReaderNames.h"
 #include "service/Sandbox.h"
-#include "service/embedded/CardFault.h"
-#include "service/embedded/PcscContext.h"
 #include "service/installed/SystemFile.h"
+#include "service/pcsc/CardFault.h"
+#include "service/pcsc/PcscContext.h"
 
 #include <QStringList>
 

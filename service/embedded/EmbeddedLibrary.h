@@ -2,8 +2,8 @@
 
 #include "service/ReaderNames.h"
 #include "service/ReadingLibrary.h"
-#include "service/embedded/CardReaders.h"
 #include "service/embedded/CardReading.h"
+#include "service/pcsc/CardReaders.h"
 
 #include <array>
 #include <atomic>

@@ -1,6 +1,6 @@
 #include "service/installed/LibraryProbe.h"
 
-#include "card/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 
 #include <QByteArray>
 

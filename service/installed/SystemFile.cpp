@@ -1,6 +1,6 @@
 #include "service/installed/SystemFile.h"
 
-#include "card/FileDescriptor.h"
+#include "platform/FileDescriptor.h"
 
 #include <QFile>
 

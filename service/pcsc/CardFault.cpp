@@ -1,4 +1,4 @@
-#include "service/embedded/CardFault.h"
+#include "service/pcsc/CardFault.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/embedded/CardFault.h"
+#include "service/pcsc/CardFault.h"
 
 #include <QByteArray>
 

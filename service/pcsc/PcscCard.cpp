@@ -1,4 +1,4 @@
-#include "service/embedded/PcscCard.h"
+#include "service/pcsc/PcscCard.h"
 
 #include <array>
 #include <type_traits>

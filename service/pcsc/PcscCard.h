@@ -1,7 +1,7 @@
 #pragma once
 
-#include "service/embedded/CardTransport.h"
-#include "service/embedded/PcscContext.h"
+#include "service/pcsc/CardTransport.h"
+#include "service/pcsc/PcscContext.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "service/embedded/PcscContext.h"
+#include "service/pcsc/PcscContext.h"
 
 #include <type_traits>
 

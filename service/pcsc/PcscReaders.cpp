@@ -1,6 +1,6 @@
-#include "service/embedded/PcscReaders.h"
+#include "service/pcsc/PcscReaders.h"
 
-#include "service/embedded/PcscCard.h"
+#include "service/pcsc/PcscCard.h"
 
 #include <thread>
 

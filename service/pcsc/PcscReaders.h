@@ -1,7 +1,7 @@
 #pragma once
 
-#include "service/embedded/CardReaders.h"
-#include "service/embedded/PcscContext.h"
+#include "service/pcsc/CardReaders.h"
+#include "service/pcsc/PcscContext.h"
 
 #include <optional>
 

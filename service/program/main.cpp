@@ -9,9 +9,9 @@
 #include "service/SiteFunds.h"
 #include "service/diagnosis/DiagnosisRun.h"
 #include "service/embedded/EmbeddedLibrary.h"
-#include "service/embedded/PcscReaders.h"
 #include "service/embedded/SiteMaps.h"
 #include "service/installed/InstalledLibrary.h"
+#include "service/pcsc/PcscReaders.h"
 
 #include <algorithm>
 #include <cerrno>

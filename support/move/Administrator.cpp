@@ -1,6 +1,6 @@
-#include "platform/Administrator.h"
+#include "support/move/Administrator.h"
 
-#include "platform/ShellQuoting.h"
+#include "support/move/ShellQuoting.h"
 
 #include <QStandardPaths>
 

@@ -1,8 +1,8 @@
-#include "support/BundleMover.h"
+#include "support/move/BundleMover.h"
 
-#include "support/FormatText.h"
-#include "support/MoveTexts.h"
-#include "support/MoveTrash.h"
+#include "support/move/FormatText.h"
+#include "support/move/MoveTexts.h"
+#include "support/move/MoveTrash.h"
 
 #include <QDir>
 

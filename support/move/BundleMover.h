@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/MoveDecision.h"
+#include "support/move/MoveDecision.h"
 
 /// Moves the running copy as was decided, and starts it again from its new place. Whatever operation it is interrupted
 /// at, a whole copy is left: the source is not touched before the destination is whole.

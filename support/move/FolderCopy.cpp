@@ -1,4 +1,4 @@
-#include "platform/FolderCopy.h"
+#include "support/move/FolderCopy.h"
 
 #include <QFile>
 

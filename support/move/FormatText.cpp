@@ -1,4 +1,4 @@
-#include "support/FormatText.h"
+#include "support/move/FormatText.h"
 
 QString formattedText(QStringView format, const QStringList& values)
 {

@@ -1,10 +1,10 @@
-#include "support/LinuxMoveOperations.h"
+#include "support/move/LinuxMoveOperations.h"
 
-#include "platform/FolderCopy.h"
-#include "platform/RunningPrograms.h"
 #include "platform/SystemLog.h"
 #include "platform/gui/QuestionAlert.h"
-#include "support/PortableBundle.h"
+#include "support/move/FolderCopy.h"
+#include "support/move/PortableBundle.h"
+#include "support/move/RunningPrograms.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/Administrator.h"
-#include "platform/MountedImages.h"
 #include "platform/UserDefaults.h"
-#include "support/MoveOperations.h"
+#include "support/move/Administrator.h"
+#include "support/move/MountedImages.h"
+#include "support/move/MoveOperations.h"
 
 #include <memory>
 

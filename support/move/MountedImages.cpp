@@ -1,4 +1,4 @@
-#include "platform/MountedImages.h"
+#include "support/move/MountedImages.h"
 
 #include "platform/PropertyList.h"
 

@@ -1,10 +1,10 @@
-#include "support/MoveAtLaunch.h"
+#include "support/move/MoveAtLaunch.h"
 
 #include "platform/Bundle.h"
-#include "platform/RunningPrograms.h"
-#include "platform/StringTable.h"
-#include "support/LinuxMoveOperations.h"
-#include "support/PortableBundle.h"
+#include "support/move/LinuxMoveOperations.h"
+#include "support/move/PortableBundle.h"
+#include "support/move/RunningPrograms.h"
+#include "support/move/StringTable.h"
 
 #include <QCoreApplication>
 #include <QFile>

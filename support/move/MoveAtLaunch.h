@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/MoveToApplications.h"
+#include "support/move/MoveToApplications.h"
 
 /// The launch's question: a portable copy (a folder "….app" that holds the program's tree) that does not lie in an
 /// Applications folder offers to move there, whatever other copies run. Any other copy goes on at once, and so does one

@@ -1,7 +1,7 @@
-#include "support/MoveCommands.h"
+#include "support/move/MoveCommands.h"
 
-#include "platform/ShellQuoting.h"
-#include "support/FormatText.h"
+#include "support/move/FormatText.h"
+#include "support/move/ShellQuoting.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/MoveOperations.h"
+#include "support/move/MoveOperations.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "support/MoveDecision.h"
+#include "support/move/MoveDecision.h"
 
 #include "platform/PropertyList.h"
 

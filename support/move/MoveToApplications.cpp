@@ -1,9 +1,9 @@
-#include "support/MoveToApplications.h"
+#include "support/move/MoveToApplications.h"
 
-#include "platform/StringTable.h"
-#include "support/BundleMover.h"
-#include "support/MoveDecision.h"
-#include "support/MoveTexts.h"
+#include "support/move/BundleMover.h"
+#include "support/move/MoveDecision.h"
+#include "support/move/MoveTexts.h"
+#include "support/move/StringTable.h"
 
 #include <algorithm>
 

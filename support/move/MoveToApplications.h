@@ -1,7 +1,7 @@
 #pragma once
 
-#include "support/MoveCommands.h"
-#include "support/MoveOperations.h"
+#include "support/move/MoveCommands.h"
+#include "support/move/MoveOperations.h"
 
 class StringTable;
 

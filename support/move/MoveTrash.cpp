@@ -1,8 +1,8 @@
-#include "support/MoveTrash.h"
+#include "support/move/MoveTrash.h"
 
-#include "support/FormatText.h"
-#include "support/MoveCommands.h"
-#include "support/MoveTexts.h"
+#include "support/move/FormatText.h"
+#include "support/move/MoveCommands.h"
+#include "support/move/MoveTexts.h"
 
 #include <QFileInfo>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/MoveOperations.h"
+#include "support/move/MoveOperations.h"
 
 /// Moves an item to the trash, by the first way that succeeds. False, and two lines in the log, when none does.
 [[nodiscard]] bool moveToTrash(const QString& path, int platformRelease, MoveOperations& operations);

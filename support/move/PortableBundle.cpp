@@ -1,8 +1,8 @@
-#include "support/PortableBundle.h"
+#include "support/move/PortableBundle.h"
 
-#include "platform/Administrator.h"
-#include "support/MoveCommands.h"
-#include "support/MoveDecision.h"
+#include "support/move/Administrator.h"
+#include "support/move/MoveCommands.h"
+#include "support/move/MoveDecision.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "platform/ShellQuoting.h"
+#include "support/move/ShellQuoting.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,4 +1,4 @@
-#include "platform/StringTable.h"
+#include "support/move/StringTable.h"
 
 #include "platform/Bundle.h"
 #include "platform/PropertyList.h"

@@ -1,4 +1,4 @@
-#include "support/ButtonCell.h"
+#include "support/views/ButtonCell.h"
 
 #include <QPainter>
 #include <QPen>

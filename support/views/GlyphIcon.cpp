@@ -1,4 +1,4 @@
-#include "support/GlyphIcon.h"
+#include "support/views/GlyphIcon.h"
 
 #include "support/MXLog.h"
 

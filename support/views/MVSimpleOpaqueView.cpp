@@ -1,4 +1,4 @@
-#include "support/MVSimpleOpaqueView.h"
+#include "support/views/MVSimpleOpaqueView.h"
 
 #include <QPaintEvent>
 #include <QPainter>

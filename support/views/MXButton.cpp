@@ -1,4 +1,4 @@
-#include "support/MXButton.h"
+#include "support/views/MXButton.h"
 
 #include <QPainter>
 

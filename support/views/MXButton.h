@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/MXButtonCell.h"
+#include "support/views/MXButtonCell.h"
 
 #include <QPushButton>
 

@@ -1,6 +1,6 @@
-#include "support/MXButtonCell.h"
+#include "support/views/MXButtonCell.h"
 
-#include "support/ReadableInk.h"
+#include "support/views/ReadableInk.h"
 
 #include <QPainter>
 #include <QPushButton>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/ButtonCell.h"
+#include "support/views/ButtonCell.h"
 
 #include <optional>
 

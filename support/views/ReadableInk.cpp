@@ -1,4 +1,4 @@
-#include "support/ReadableInk.h"
+#include "support/views/ReadableInk.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "app/MainWindow.h"
-#include "attestation/PageFonts.h"
-#include "attestation/SchemeLogos.h"
-#include "card/LVitAccess.h"
+#include "app/windows/MainWindow.h"
+#include "attestation/page/PageFonts.h"
+#include "attestation/page/SchemeLogos.h"
+#include "card/client/LVitAccess.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <QApplication>
 #include <QFile>

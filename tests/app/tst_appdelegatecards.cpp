@@ -1,8 +1,8 @@
-#include "app/StatusMenu.h"
-#include "attestation/PrintDialog.h"
-#include "attestation/PrintOperation.h"
+#include "app/models/StatusMenu.h"
+#include "attestation/print/PrintDialog.h"
+#include "attestation/print/PrintOperation.h"
 #include "tests/app/Office.h"
-#include "tests/card/FakeService.h"
+#include "tests/card/client/FakeService.h"
 
 #include <QAction>
 #include <QDragEnterEvent>

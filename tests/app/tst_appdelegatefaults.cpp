@@ -1,6 +1,6 @@
 #include "card/PelmoraError.h"
 #include "tests/app/Office.h"
-#include "tests/card/FakeService.h"
+#include "tests/card/client/FakeService.h"
 
 #include <QAction>
 #include <QDesktopServices>

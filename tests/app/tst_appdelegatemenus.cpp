@@ -1,8 +1,8 @@
-#include "app/RecentAttestations.h"
-#include "app/StatusMenu.h"
-#include "support/MXButton.h"
+#include "app/models/RecentAttestations.h"
+#include "app/models/StatusMenu.h"
+#include "support/views/MXButton.h"
 #include "tests/app/Office.h"
-#include "tests/card/FakeService.h"
+#include "tests/card/client/FakeService.h"
 
 #include <QAction>
 #include <QFileDialog>

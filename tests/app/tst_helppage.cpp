@@ -1,8 +1,8 @@
-#include "app/MainWindow.h"
-#include "attestation/MVAttestationWindowController.h"
-#include "attestation/PageFonts.h"
-#include "attestation/PrintDesk.h"
-#include "attestation/SchemeLogos.h"
+#include "app/windows/MainWindow.h"
+#include "attestation/page/PageFonts.h"
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/print/PrintDesk.h"
+#include "attestation/viewer/MVAttestationWindowController.h"
 #include "card/PelmoraError.h"
 #include "platform/Bundle.h"
 

@@ -1,7 +1,7 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
 #include "card/PelmoraError.h"
-#include "card/XmlBytes.h"
+#include "card/wire/XmlBytes.h"
 #include "platform/XmlMarkup.h"
 #include "tests/card/CardXml.h"
 

@@ -1,13 +1,13 @@
 // attestation-viewer CARD.xml: the viewer alone, on a card's page. Each line of its standard input is the file of
 // another card, which takes the place of the last in the same window.
-#include "app/CardFile.h"
-#include "attestation/MVAttestationWindowController.h"
-#include "attestation/PageFonts.h"
-#include "attestation/PrintDesk.h"
-#include "attestation/SchemeLogos.h"
+#include "app/models/CardFile.h"
+#include "attestation/page/PageFonts.h"
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/print/PrintDesk.h"
+#include "attestation/viewer/MVAttestationWindowController.h"
 #include "platform/Bundle.h"
-#include "prefs/MVSettings.h"
-#include "prefs/StandardPreferences.h"
+#include "prefs/settings/MVSettings.h"
+#include "prefs/settings/StandardPreferences.h"
 
 #include <QApplication>
 #include <QSocketNotifier>

@@ -1,6 +1,6 @@
 // An application that binds to the card service of its arguments, says so on its standard output, and then stays until
 // it is killed.
-#include "card/LVitAccess.h"
+#include "card/client/LVitAccess.h"
 
 #include <QStringList>
 

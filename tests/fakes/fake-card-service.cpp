@@ -8,8 +8,8 @@
 //   --reverse N              replies wait until there are N, and then go out last first
 //   --ignore-end             stays when its input ends
 //   --starts N,N             behaves so at these starts with that record, counted from 1, and well at the others
-#include "card/ServiceMessage.h"
-#include "card/ServiceVocabulary.h"
+#include "card/wire/ServiceMessage.h"
+#include "card/wire/ServiceVocabulary.h"
 
 #include <QCborArray>
 #include <QFile>

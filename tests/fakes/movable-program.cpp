@@ -1,4 +1,4 @@
-#include "support/MoveAtLaunch.h"
+#include "support/move/MoveAtLaunch.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,4 +1,4 @@
-#include "platform/PrivateFile.h"
+#include "platform/files/PrivateFile.h"
 
 #include <QFile>
 

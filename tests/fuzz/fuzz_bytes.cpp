@@ -1,5 +1,5 @@
 // A card file's bytes to its text, coverage and fund's label, as the simulated reader takes them.
-#include "card/XmlBytes.h"
+#include "card/wire/XmlBytes.h"
 #include "service/CardCoverage.h"
 #include "service/FundTable.h"
 

@@ -1,5 +1,5 @@
 // A feed's bytes to the update that is chosen from it.
-#include "platform/update/UpdateFeed.h"
+#include "update/UpdateFeed.h"
 
 #include <cstddef>
 #include <cstdint>

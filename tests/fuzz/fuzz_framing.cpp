@@ -1,7 +1,7 @@
 // The channel's bytes to messages, with any keys and with those of replies: whatever comes in, however it is cut, gives
 // the same messages and the same end.
-#include "card/ServiceMessage.h"
-#include "card/ServiceVocabulary.h"
+#include "card/wire/ServiceMessage.h"
+#include "card/wire/ServiceVocabulary.h"
 
 #include <algorithm>
 #include <cstddef>

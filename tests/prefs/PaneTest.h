@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
 #include "prefs/PaneViewController.h"
-#include "prefs/StandardPreferences.h"
-#include "tests/card/LogCapture.h"
+#include "prefs/settings/MVSettings.h"
+#include "prefs/settings/StandardPreferences.h"
+#include "tests/card/client/LogCapture.h"
 
 #include <QRegularExpression>
 #include <QScrollArea>

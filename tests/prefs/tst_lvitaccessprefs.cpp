@@ -1,9 +1,9 @@
 #include "PaneTest.h"
-#include "card/CardServiceKeys.h"
+#include "card/client/CardServiceKeys.h"
 #include "platform/NotificationCenter.h"
 #include "prefs/LVitAccessPrefs.h"
 #include "prefs/ModeMenu.h"
-#include "tests/card/FakeService.h"
+#include "tests/card/client/FakeService.h"
 
 #include <QComboBox>
 #include <QGroupBox>

@@ -1,6 +1,6 @@
 #include "PaneTest.h"
-#include "platform/update/SUUpdater.h"
 #include "prefs/MVUpdatePrefs.h"
+#include "update/SUUpdater.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,5 +1,5 @@
 #include "PaneTest.h"
-#include "card/LVitAccess.h"
+#include "card/client/LVitAccess.h"
 #include "prefs/LVitAccessPrefs.h"
 #include "prefs/MVAttestationPrefs.h"
 #include "prefs/MVConfigPrefs.h"

@@ -1,5 +1,5 @@
 #include "service/DeadlineLibrary.h"
-#include "tests/card/ChannelTestMain.h"
+#include "tests/card/client/ChannelTestMain.h"
 
 #include <QElapsedTimer>
 

@@ -1,5 +1,5 @@
-#include "card/ServiceMessage.h"
-#include "card/ServiceVocabulary.h"
+#include "card/wire/ServiceMessage.h"
+#include "card/wire/ServiceVocabulary.h"
 #include "service/ServiceCommands.h"
 
 #include <QCborArray>

@@ -1,4 +1,4 @@
-#include "card/ServiceVocabulary.h"
+#include "card/wire/ServiceVocabulary.h"
 #include "service/ServiceLoop.h"
 
 #include <QTest>

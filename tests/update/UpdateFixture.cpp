@@ -1,4 +1,4 @@
-#include "tests/platform/update/UpdateFixture.h"
+#include "tests/update/UpdateFixture.h"
 
 using namespace Qt::StringLiterals;
 

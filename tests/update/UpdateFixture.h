@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/update/UpdateConfiguration.h"
-#include "tests/platform/update/FeedXml.h"
-#include "tests/platform/update/SigningKey.h"
-#include "tests/platform/update/UpdateServer.h"
+#include "tests/update/FeedXml.h"
+#include "tests/update/SigningKey.h"
+#include "tests/update/UpdateServer.h"
+#include "update/UpdateConfiguration.h"
 
 #include <QTemporaryDir>
 

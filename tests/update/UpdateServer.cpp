@@ -1,4 +1,4 @@
-#include "tests/platform/update/UpdateServer.h"
+#include "tests/update/UpdateServer.h"
 
 #include <QFile>
 #include <QProcess>

@@ -1,7 +1,7 @@
 #include "platform/UserDefaults.h"
-#include "platform/update/SUUpdater.h"
-#include "platform/update/UpdateWindow.h"
-#include "tests/platform/update/UpdateFixture.h"
+#include "tests/update/UpdateFixture.h"
+#include "update/SUUpdater.h"
+#include "update/UpdateWindow.h"
 
 #include <QApplication>
 #include <QDesktopServices>

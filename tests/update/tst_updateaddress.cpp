@@ -1,4 +1,4 @@
-#include "platform/update/UpdateAddress.h"
+#include "update/UpdateAddress.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
 #include "platform/Bundle.h"
 #include "platform/PropertyList.h"
-#include "platform/update/UpdateConfiguration.h"
+#include "update/UpdateConfiguration.h"
 
 #include <QFile>
 #include <QTemporaryDir>

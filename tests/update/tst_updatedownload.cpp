@@ -1,6 +1,6 @@
-#include "platform/FailedWrites.h"
+#include "platform/files/FailedWrites.h"
 #include "tests/platform/FileSizeLimit.h"
-#include "tests/platform/update/UpdateSessionTest.h"
+#include "tests/update/UpdateSessionTest.h"
 
 #include <algorithm>
 #include <chrono>

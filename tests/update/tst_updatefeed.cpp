@@ -1,5 +1,5 @@
-#include "platform/update/UpdateFeed.h"
-#include "tests/platform/update/FeedXml.h"
+#include "tests/update/FeedXml.h"
+#include "update/UpdateFeed.h"
 
 #include <QTest>
 

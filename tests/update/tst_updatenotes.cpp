@@ -1,4 +1,4 @@
-#include "platform/update/UpdateNotes.h"
+#include "update/UpdateNotes.h"
 
 #include <QElapsedTimer>
 #include <QTest>

@@ -1,6 +1,6 @@
-#include "platform/FailedWrites.h"
-#include "platform/update/UpdatePackage.h"
+#include "platform/files/FailedWrites.h"
 #include "tests/platform/FileSizeLimit.h"
+#include "update/UpdatePackage.h"
 
 #include <QDir>
 #include <QTest>

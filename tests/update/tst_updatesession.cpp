@@ -1,4 +1,4 @@
-#include "tests/platform/update/UpdateSessionTest.h"
+#include "tests/update/UpdateSessionTest.h"
 
 #include <QFile>
 

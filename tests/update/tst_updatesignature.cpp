@@ -1,5 +1,5 @@
-#include "platform/update/UpdateSignature.h"
-#include "tests/platform/update/SigningKey.h"
+#include "tests/update/SigningKey.h"
+#include "update/UpdateSignature.h"
 
 #include <QFile>
 #include <QTemporaryDir>

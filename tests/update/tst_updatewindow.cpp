@@ -1,6 +1,6 @@
-#include "platform/update/UpdateSession.h"
-#include "platform/update/UpdateWindow.h"
-#include "tests/platform/update/UpdateFixture.h"
+#include "tests/update/UpdateFixture.h"
+#include "update/UpdateSession.h"
+#include "update/UpdateWindow.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>

@@ -1,4 +1,4 @@
-#include "platform/update/UpdateSession.h"
+#include "update/UpdateSession.h"
 
 #include <QSslSocket>
 #include <QTest>

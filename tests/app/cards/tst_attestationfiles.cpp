@@ -1,12 +1,12 @@
-#include "app/AttestationFiles.h"
-#include "attestation/PageFonts.h"
-#include "attestation/SchemeLogos.h"
+#include "app/cards/AttestationFiles.h"
+#include "attestation/page/PageFonts.h"
+#include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 #include "platform/Bundle.h"
-#include "platform/FailedWrites.h"
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
-#include "tests/card/LogCapture.h"
+#include "platform/files/FailedWrites.h"
+#include "prefs/settings/MVSettings.h"
+#include "tests/card/client/LogCapture.h"
 #include "tests/platform/FileSizeLimit.h"
 
 #include <QDir>

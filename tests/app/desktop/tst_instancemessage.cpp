@@ -1,4 +1,4 @@
-#include "app/InstanceMessage.h"
+#include "app/desktop/InstanceMessage.h"
 #include "platform/NativePath.h"
 
 #include <QCborMap>

@@ -1,6 +1,6 @@
-#include "app/CommandLine.h"
-#include "app/RuntimeFolder.h"
-#include "app/SingleInstance.h"
+#include "app/desktop/RuntimeFolder.h"
+#include "app/desktop/SingleInstance.h"
+#include "app/models/CommandLine.h"
 
 #include <QElapsedTimer>
 #include <QProcess>

@@ -1,5 +1,5 @@
-#include "app/StatusItem.h"
-#include "app/StatusMenu.h"
+#include "app/desktop/StatusItem.h"
+#include "app/models/StatusMenu.h"
 
 #include <QApplication>
 #include <QSignalSpy>

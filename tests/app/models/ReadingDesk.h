@@ -1,11 +1,11 @@
 #pragma once
 
-#include "app/ReadWorkflow.h"
+#include "app/models/ReadWorkflow.h"
 #include "card/CardKeys.h"
-#include "card/CardServiceKeys.h"
-#include "card/LVitAccess.h"
+#include "card/client/CardServiceKeys.h"
+#include "card/client/LVitAccess.h"
 #include "platform/NotificationCenter.h"
-#include "tests/card/FakeService.h"
+#include "tests/card/client/FakeService.h"
 
 #include <QStringList>
 #include <QThread>

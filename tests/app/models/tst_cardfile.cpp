@@ -1,4 +1,4 @@
-#include "app/CardFile.h"
+#include "app/models/CardFile.h"
 #include "card/CardKeys.h"
 #include "card/PelmoraError.h"
 #include "platform/NativePath.h"

@@ -1,4 +1,4 @@
-#include "app/CommandLine.h"
+#include "app/models/CommandLine.h"
 
 #include <QTest>
 

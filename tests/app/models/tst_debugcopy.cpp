@@ -1,11 +1,11 @@
-#include "app/DebugCopy.h"
+#include "app/models/DebugCopy.h"
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "platform/XmlDocument.h"
-#include "prefs/MVSettings.h"
-#include "tests/card/LogCapture.h"
+#include "prefs/settings/MVSettings.h"
+#include "tests/card/client/LogCapture.h"
 
 #include <QDir>
 #include <QFile>

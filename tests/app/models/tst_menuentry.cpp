@@ -1,4 +1,4 @@
-#include "app/MenuEntry.h"
+#include "app/models/MenuEntry.h"
 
 #include <QTest>
 

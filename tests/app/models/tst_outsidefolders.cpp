@@ -1,4 +1,4 @@
-#include "app/OutsideFolders.h"
+#include "app/models/OutsideFolders.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "app/PanelLine.h"
+#include "app/models/PanelLine.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
-#include "prefs/StandardPreferences.h"
-#include "tests/app/ReadingDesk.h"
-#include "tests/card/LogCapture.h"
+#include "prefs/settings/MVSettings.h"
+#include "prefs/settings/StandardPreferences.h"
+#include "tests/app/models/ReadingDesk.h"
+#include "tests/card/client/LogCapture.h"
 
 #include <QDeadlineTimer>
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "tests/app/ReadingDesk.h"
-#include "tests/card/ClientOutcome.h"
+#include "tests/app/models/ReadingDesk.h"
+#include "tests/card/client/ClientOutcome.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
-#include "app/CardReading.h"
-#include "tests/app/ReadingDesk.h"
-#include "tests/card/ClientOutcome.h"
+#include "app/models/CardReading.h"
+#include "tests/app/models/ReadingDesk.h"
+#include "tests/card/client/ClientOutcome.h"
 
 #include <QTest>
 

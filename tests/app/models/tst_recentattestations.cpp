@@ -1,6 +1,6 @@
-#include "app/RecentAttestations.h"
+#include "app/models/RecentAttestations.h"
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <QElapsedTimer>
 #include <QFile>

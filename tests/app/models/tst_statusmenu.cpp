@@ -1,4 +1,4 @@
-#include "app/StatusMenu.h"
+#include "app/models/StatusMenu.h"
 
 #include <QTest>
 

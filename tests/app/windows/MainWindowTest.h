@@ -1,10 +1,10 @@
 #pragma once
 
-#include "app/MainWindow.h"
-#include "app/ProgressSheet.h"
+#include "app/windows/MainWindow.h"
+#include "app/windows/ProgressSheet.h"
 #include "platform/Bundle.h"
-#include "support/MVSimpleOpaqueView.h"
-#include "support/MXButton.h"
+#include "support/views/MVSimpleOpaqueView.h"
+#include "support/views/MXButton.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,5 +1,5 @@
-#include "app/ProgressIndicator.h"
-#include "app/ProgressSheet.h"
+#include "app/windows/ProgressIndicator.h"
+#include "app/windows/ProgressSheet.h"
 
 #include <QAccessible>
 #include <QLabel>

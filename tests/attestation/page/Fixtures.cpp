@@ -2,7 +2,7 @@
 
 #include "card/CardKeys.h"
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
+#include "prefs/settings/MVSettings.h"
 
 #include <QSvgRenderer>
 #include <QtGlobal>

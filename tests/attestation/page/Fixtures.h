@@ -1,7 +1,7 @@
 #pragma once
 
-#include "attestation/AttestationPage.h"
-#include "attestation/PageFonts.h"
+#include "attestation/page/AttestationPage.h"
+#include "attestation/page/PageFonts.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
 

@@ -1,6 +1,6 @@
 #include "Fixtures.h"
 #include "InkItems.h"
-#include "attestation/AttestationLayout.h"
+#include "attestation/page/AttestationLayout.h"
 
 #include <QSvgRenderer>
 #include <QTest>

@@ -1,8 +1,8 @@
 #include "Fixtures.h"
 #include "Tools.h"
-#include "attestation/AttestationPdf.h"
-#include "attestation/MVNewAttestation.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/AttestationPdf.h"
+#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 
 #include <QRegularExpression>

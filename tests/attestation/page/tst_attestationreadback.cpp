@@ -1,6 +1,6 @@
 #include "Fixtures.h"
 #include "Tools.h"
-#include "attestation/AttestationPdf.h"
+#include "attestation/page/AttestationPdf.h"
 
 #include <QRawFont>
 #include <QRegularExpression>

@@ -1,7 +1,7 @@
 #include "Fixtures.h"
 #include "InkItems.h"
-#include "attestation/AttestationLayout.h"
-#include "attestation/AttestationTables.h"
+#include "attestation/page/AttestationLayout.h"
+#include "attestation/page/AttestationTables.h"
 
 #include <QRegularExpression>
 #include <QTest>

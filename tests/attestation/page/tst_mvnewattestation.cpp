@@ -1,6 +1,6 @@
 #include "Fixtures.h"
-#include "attestation/MVNewAttestation.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 #include "support/MXLog.h"
 

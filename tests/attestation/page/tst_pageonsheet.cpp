@@ -1,4 +1,4 @@
-#include "attestation/PageOnSheet.h"
+#include "attestation/page/PageOnSheet.h"
 
 #include <QTest>
 

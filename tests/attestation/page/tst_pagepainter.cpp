@@ -1,6 +1,6 @@
 #include "Fixtures.h"
-#include "attestation/AttestationLayout.h"
-#include "attestation/PagePainter.h"
+#include "attestation/page/AttestationLayout.h"
+#include "attestation/page/PagePainter.h"
 
 #include <QImage>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "attestation/PrintInfo.h"
+#include "attestation/page/PrintInfo.h"
 
 #include <QTest>
 

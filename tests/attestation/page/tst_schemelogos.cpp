@@ -1,5 +1,5 @@
 #include "Fixtures.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/SchemeLogos.h"
 #include "support/MXLog.h"
 
 #include <QFile>

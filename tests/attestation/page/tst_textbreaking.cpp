@@ -1,5 +1,5 @@
 #include "Fixtures.h"
-#include "attestation/TextBreaking.h"
+#include "attestation/page/TextBreaking.h"
 
 #include <QFontMetricsF>
 #include <QTest>

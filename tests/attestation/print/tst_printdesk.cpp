@@ -1,11 +1,11 @@
-#include "Fixtures.h"
-#include "Tools.h"
-#include "attestation/PrintDesk.h"
-#include "attestation/PrintDialog.h"
-#include "attestation/PrintOperation.h"
-#include "attestation/PrinterSearch.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/print/PrintDesk.h"
+#include "attestation/print/PrintDialog.h"
+#include "attestation/print/PrintOperation.h"
+#include "attestation/print/PrinterSearch.h"
 #include "platform/gui/AlertQueue.h"
+#include "tests/attestation/page/Fixtures.h"
+#include "tests/attestation/page/Tools.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,11 +1,11 @@
-#include "Fixtures.h"
-#include "Tools.h"
-#include "attestation/AttestationPdf.h"
-#include "attestation/MVClipView.h"
-#include "attestation/MVNewAttestation.h"
-#include "attestation/MVNewAttestationView.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/AttestationPdf.h"
+#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/viewer/MVClipView.h"
+#include "attestation/viewer/MVNewAttestationView.h"
 #include "card/CardKeys.h"
+#include "tests/attestation/page/Fixtures.h"
+#include "tests/attestation/page/Tools.h"
 
 #include <QAccessible>
 #include <QApplication>

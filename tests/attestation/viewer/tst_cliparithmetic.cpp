@@ -1,4 +1,4 @@
-#include "attestation/ClipArithmetic.h"
+#include "attestation/viewer/ClipArithmetic.h"
 
 #include <QTest>
 

@@ -1,12 +1,12 @@
-#include "Fixtures.h"
-#include "attestation/MVAttestationWindowController.h"
-#include "attestation/MVClipView.h"
-#include "attestation/MVNewAttestationView.h"
-#include "attestation/MVScrollView.h"
-#include "attestation/PrintDesk.h"
-#include "attestation/PrintOperation.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/print/PrintDesk.h"
+#include "attestation/print/PrintOperation.h"
+#include "attestation/viewer/MVAttestationWindowController.h"
+#include "attestation/viewer/MVClipView.h"
+#include "attestation/viewer/MVNewAttestationView.h"
+#include "attestation/viewer/MVScrollView.h"
 #include "card/CardKeys.h"
+#include "tests/attestation/page/Fixtures.h"
 
 #include <QAction>
 #include <QApplication>

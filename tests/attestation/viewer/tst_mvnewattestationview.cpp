@@ -1,9 +1,9 @@
-#include "Fixtures.h"
-#include "attestation/AttestationLayout.h"
-#include "attestation/MVNewAttestation.h"
-#include "attestation/MVNewAttestationView.h"
-#include "attestation/PagePainter.h"
-#include "attestation/SchemeLogos.h"
+#include "attestation/page/AttestationLayout.h"
+#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/PagePainter.h"
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/viewer/MVNewAttestationView.h"
+#include "tests/attestation/page/Fixtures.h"
 
 #include <QApplication>
 #include <QImage>

@@ -1,6 +1,6 @@
-#include "attestation/DocumentView.h"
-#include "attestation/MVClipView.h"
-#include "attestation/MVScrollView.h"
+#include "attestation/viewer/DocumentView.h"
+#include "attestation/viewer/MVClipView.h"
+#include "attestation/viewer/MVScrollView.h"
 
 #include <QApplication>
 #include <QPainter>

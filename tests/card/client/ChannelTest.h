@@ -1,9 +1,9 @@
 #pragma once
 
-#include "card/ServiceChannel.h"
-#include "tests/card/ChannelTestMain.h"
-#include "tests/card/FakeService.h"
-#include "tests/card/LogCapture.h"
+#include "card/client/ServiceChannel.h"
+#include "tests/card/client/ChannelTestMain.h"
+#include "tests/card/client/FakeService.h"
+#include "tests/card/client/LogCapture.h"
 
 #include <QCborMap>
 #include <QDeadlineTimer>

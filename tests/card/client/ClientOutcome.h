@@ -1,6 +1,6 @@
 #pragma once
 
-#include "card/LVitAccess.h"
+#include "card/client/LVitAccess.h"
 
 #include <chrono>
 #include <future>

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "card/CardKeys.h"
-#include "card/LVitAccess.h"
-#include "card/ServiceVocabulary.h"
-#include "tests/card/ChannelTestMain.h"
-#include "tests/card/ClientOutcome.h"
-#include "tests/card/FakeService.h"
+#include "card/client/LVitAccess.h"
+#include "card/wire/ServiceVocabulary.h"
+#include "tests/card/client/ChannelTestMain.h"
+#include "tests/card/client/ClientOutcome.h"
+#include "tests/card/client/FakeService.h"
 
 #include <QRegularExpression>
 #include <QtTest>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "card/HelperProcess.h"
+#include "card/client/HelperProcess.h"
 
 #include <QDir>
 #include <QFile>

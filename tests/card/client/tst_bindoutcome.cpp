@@ -1,5 +1,5 @@
-#include "card/BindOutcome.h"
 #include "card/PelmoraError.h"
+#include "card/client/BindOutcome.h"
 #include "platform/NotificationCenter.h"
 
 #include <QTest>

@@ -1,7 +1,7 @@
 #include "card/CardKeys.h"
-#include "card/LVitAccess.h"
-#include "tests/card/ChannelTestMain.h"
-#include "tests/card/ClientOutcome.h"
+#include "card/client/LVitAccess.h"
+#include "tests/card/client/ChannelTestMain.h"
+#include "tests/card/client/ClientOutcome.h"
 
 #include <QFile>
 #include <QRegularExpression>

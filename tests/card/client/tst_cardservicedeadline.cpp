@@ -1,6 +1,6 @@
-#include "card/LVitAccess.h"
-#include "tests/card/ChannelTestMain.h"
-#include "tests/card/ClientOutcome.h"
+#include "card/client/LVitAccess.h"
+#include "tests/card/client/ChannelTestMain.h"
+#include "tests/card/client/ClientOutcome.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>

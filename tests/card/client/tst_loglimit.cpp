@@ -1,5 +1,5 @@
-#include "card/LogLimit.h"
-#include "tests/card/LogCapture.h"
+#include "card/client/LogLimit.h"
+#include "tests/card/client/LogCapture.h"
 
 #include <QTest>
 

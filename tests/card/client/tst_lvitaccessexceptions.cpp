@@ -1,4 +1,4 @@
-#include "tests/card/ClientTest.h"
+#include "tests/card/client/ClientTest.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-#include "card/BindOutcome.h"
-#include "tests/card/ClientTest.h"
+#include "card/client/BindOutcome.h"
+#include "tests/card/client/ClientTest.h"
 
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;

@@ -1,8 +1,8 @@
-#include "card/LVitAccess.h"
-#include "tests/card/ChannelTestMain.h"
-#include "tests/card/ClientOutcome.h"
-#include "tests/card/FakeService.h"
-#include "tests/card/LogCapture.h"
+#include "card/client/LVitAccess.h"
+#include "tests/card/client/ChannelTestMain.h"
+#include "tests/card/client/ClientOutcome.h"
+#include "tests/card/client/FakeService.h"
+#include "tests/card/client/LogCapture.h"
 
 #include <QRegularExpression>
 #include <QtTest>

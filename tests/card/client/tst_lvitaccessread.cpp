@@ -1,4 +1,4 @@
-#include "tests/card/ClientTest.h"
+#include "tests/card/client/ClientTest.h"
 
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;

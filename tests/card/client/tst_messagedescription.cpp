@@ -1,4 +1,4 @@
-#include "card/MessageDescription.h"
+#include "card/client/MessageDescription.h"
 
 #include <QCborArray>
 #include <QtTest>

@@ -1,6 +1,6 @@
-#include "card/CardServiceKeys.h"
 #include "card/PelmoraError.h"
-#include "card/ReaderChoice.h"
+#include "card/client/CardServiceKeys.h"
+#include "card/client/ReaderChoice.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
-#include "card/LVitAccess.h"
-#include "tests/card/ChannelTest.h"
-#include "tests/card/ClientOutcome.h"
+#include "card/client/LVitAccess.h"
+#include "tests/card/client/ChannelTest.h"
+#include "tests/card/client/ClientOutcome.h"
 
 #include <cerrno>
 

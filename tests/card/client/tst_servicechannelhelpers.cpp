@@ -1,4 +1,4 @@
-#include "tests/card/ChannelTest.h"
+#include "tests/card/client/ChannelTest.h"
 
 #include <csignal>
 

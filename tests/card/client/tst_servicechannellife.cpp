@@ -1,4 +1,4 @@
-#include "tests/card/ChannelTest.h"
+#include "tests/card/client/ChannelTest.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

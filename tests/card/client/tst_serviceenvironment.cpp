@@ -1,4 +1,4 @@
-#include "card/HelperProcess.h"
+#include "card/client/HelperProcess.h"
 
 #include <QTest>
 

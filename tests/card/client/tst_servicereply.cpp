@@ -1,4 +1,4 @@
-#include "card/ServiceReply.h"
+#include "card/client/ServiceReply.h"
 
 #include <QtTest>
 

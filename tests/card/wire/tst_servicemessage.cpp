@@ -1,5 +1,5 @@
-#include "card/ServiceMessage.h"
-#include "tests/card/ChannelTestMain.h"
+#include "card/wire/ServiceMessage.h"
+#include "tests/card/client/ChannelTestMain.h"
 
 #include <QCborArray>
 #include <QElapsedTimer>

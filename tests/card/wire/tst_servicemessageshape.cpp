@@ -1,6 +1,6 @@
-#include "card/ServiceMessage.h"
-#include "card/ServiceVocabulary.h"
-#include "tests/card/ChannelTestMain.h"
+#include "card/wire/ServiceMessage.h"
+#include "card/wire/ServiceVocabulary.h"
+#include "tests/card/client/ChannelTestMain.h"
 
 #include <QCborArray>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "card/TextDecoding.h"
+#include "card/wire/TextDecoding.h"
 
 #include <QTest>
 

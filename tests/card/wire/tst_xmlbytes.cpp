@@ -1,4 +1,4 @@
-#include "card/XmlBytes.h"
+#include "card/wire/XmlBytes.h"
 
 #include <QStringEncoder>
 #include <QTest>

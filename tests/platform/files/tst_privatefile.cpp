@@ -1,6 +1,6 @@
-#include "platform/FailedWrites.h"
 #include "platform/NativePath.h"
-#include "platform/PrivateFile.h"
+#include "platform/files/FailedWrites.h"
+#include "platform/files/PrivateFile.h"
 #include "tests/platform/FileSizeLimit.h"
 
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "platform/WriteFailure.h"
+#include "platform/files/WriteFailure.h"
 
 #include <QTemporaryDir>
 #include <QTest>

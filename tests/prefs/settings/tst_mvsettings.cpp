@@ -1,6 +1,6 @@
 #include "platform/UserDefaults.h"
-#include "prefs/MVSettings.h"
-#include "prefs/StandardPreferences.h"
+#include "prefs/settings/MVSettings.h"
+#include "prefs/settings/StandardPreferences.h"
 
 #include <QDir>
 #include <QFile>

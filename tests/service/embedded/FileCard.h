@@ -1,7 +1,7 @@
 #pragma once
 
 #include "service/embedded/CardContent.h"
-#include "service/embedded/CardTransport.h"
+#include "service/pcsc/CardTransport.h"
 
 #include <functional>
 #include <optional>

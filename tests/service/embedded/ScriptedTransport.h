@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/embedded/CardTransport.h"
+#include "service/pcsc/CardTransport.h"
 
 #include <QList>
 

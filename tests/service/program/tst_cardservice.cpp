@@ -1,6 +1,6 @@
-#include "card/FileDescriptor.h"
-#include "card/ServiceMessage.h"
-#include "card/ServiceVocabulary.h"
+#include "card/wire/ServiceMessage.h"
+#include "card/wire/ServiceVocabulary.h"
+#include "platform/FileDescriptor.h"
 
 #include <QCborArray>
 #include <QDir>

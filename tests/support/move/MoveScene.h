@@ -1,8 +1,8 @@
 #pragma once
 
 #include "RecordedMove.h"
-#include "platform/StringTable.h"
-#include "support/MoveToApplications.h"
+#include "support/move/MoveToApplications.h"
+#include "support/move/StringTable.h"
 
 // The scene of the moving tests: a copy in Downloads, and a user whose own Applications folder holds another
 // application.

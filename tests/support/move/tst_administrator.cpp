@@ -1,4 +1,4 @@
-#include "platform/Administrator.h"
+#include "support/move/Administrator.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -176,10 +176,11 @@ void tst_Administrator::othersCannotWriteToTheShell()
     const QTemporaryDir folder;
     Administrator administrator;
     QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-    // What another process of the same user does: it writes commands to all that this one has open. It may not be able to
-    // open some of it, which is no fault.
-    const QString intrusion = u"for d in /proc/%1/fd/*; do (echo touch %2/intrusion >$d) 2>/dev/null; done; exit 0"_s.arg(
-        QString::number(QCoreApplication::applicationPid()), folder.path());
+    // What another process of the same user does: it writes commands to all that this one has open. It may not be able
+    // to open some of it, which is no fault.
+    const QString intrusion =
+        u"for d in /proc/%1/fd/*; do (echo touch %2/intrusion >$d) 2>/dev/null; done; exit 0"_s.arg(
+            QString::number(QCoreApplication::applicationPid()), folder.path());
     QCOMPARE(QProcess::execute(u"/bin/sh"_s, {u"-c"_s, intrusion}), 0);
     QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
     QVERIFY(!QFile::exists(folder.path() + "/intrusion"_L1));

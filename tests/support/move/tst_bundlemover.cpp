@@ -1,5 +1,5 @@
 #include "MoveScene.h"
-#include "support/BundleMover.h"
+#include "support/move/BundleMover.h"
 
 #include <QRegularExpression>
 #include <QTest>

@@ -1,7 +1,7 @@
-#include "FileSizeLimit.h"
+#include "tests/platform/FileSizeLimit.h"
 #include "FolderTree.h"
-#include "platform/FailedWrites.h"
-#include "platform/FolderCopy.h"
+#include "platform/files/FailedWrites.h"
+#include "support/move/FolderCopy.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "FolderTree.h"
 #include "KilledAtCall.h"
-#include "platform/FolderCopy.h"
+#include "support/move/FolderCopy.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "support/FormatText.h"
+#include "support/move/FormatText.h"
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include "support/LinuxMoveOperations.h"
+#include "support/move/LinuxMoveOperations.h"
 
 #include <QDir>
 #include <QFile>

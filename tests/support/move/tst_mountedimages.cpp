@@ -1,5 +1,5 @@
-#include "platform/MountedImages.h"
 #include "platform/PropertyList.h"
+#include "support/move/MountedImages.h"
 
 #include <QDir>
 #include <QFile>

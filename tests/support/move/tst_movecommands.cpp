@@ -1,4 +1,4 @@
-#include "support/MoveCommands.h"
+#include "support/move/MoveCommands.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,9 +1,9 @@
 #include "MoveScene.h"
 #include "platform/UserDefaults.h"
-#include "support/LinuxMoveOperations.h"
-#include "support/MoveToApplications.h"
-#include "tests/platform/FolderTree.h"
-#include "tests/platform/KilledAtCall.h"
+#include "support/move/LinuxMoveOperations.h"
+#include "support/move/MoveToApplications.h"
+#include "tests/support/move/FolderTree.h"
+#include "tests/support/move/KilledAtCall.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "MoveScene.h"
 #include "platform/Bundle.h"
-#include "platform/MountedImages.h"
-#include "support/MoveTexts.h"
+#include "support/move/MountedImages.h"
+#include "support/move/MoveTexts.h"
 
 #include <QRegularExpression>
 #include <QTest>

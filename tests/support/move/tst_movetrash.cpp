@@ -1,5 +1,5 @@
 #include "RecordedMove.h"
-#include "support/MoveTrash.h"
+#include "support/move/MoveTrash.h"
 
 #include <QTest>
 

@@ -1,5 +1,5 @@
-#include "support/MoveCommands.h"
-#include "support/PortableBundle.h"
+#include "support/move/MoveCommands.h"
+#include "support/move/PortableBundle.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "platform/RunningPrograms.h"
+#include "support/move/RunningPrograms.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "platform/ShellQuoting.h"
+#include "support/move/ShellQuoting.h"
 
 #include <QProcess>
 #include <QTest>

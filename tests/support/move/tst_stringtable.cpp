@@ -1,5 +1,5 @@
 #include "platform/Bundle.h"
-#include "platform/StringTable.h"
+#include "support/move/StringTable.h"
 
 #include <QDir>
 #include <QFile>

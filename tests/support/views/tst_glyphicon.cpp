@@ -1,5 +1,5 @@
-#include "support/GlyphIcon.h"
 #include "support/MXLog.h"
+#include "support/views/GlyphIcon.h"
 
 #include <QFile>
 #include <QPainter>

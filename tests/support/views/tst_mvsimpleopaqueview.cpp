@@ -1,5 +1,5 @@
-#include "support/MVSimpleOpaqueView.h"
-#include "tests/support/PaintRecord.h"
+#include "support/views/MVSimpleOpaqueView.h"
+#include "tests/support/views/PaintRecord.h"
 
 #include <QPainter>
 #include <QTest>

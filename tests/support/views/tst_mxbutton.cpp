@@ -1,6 +1,6 @@
-#include "support/MXButton.h"
-#include "support/ReadableInk.h"
-#include "tests/support/PaintRecord.h"
+#include "support/views/MXButton.h"
+#include "support/views/ReadableInk.h"
+#include "tests/support/views/PaintRecord.h"
 
 #include <QPainter>
 #include <QSignalSpy>
