@@ -111,7 +111,7 @@ void LVitAccessPrefs::changeMode(const QObject* /*sender*/)
             if (!pane)
                 return;
             pane->fetchLibraryInformations();
-            if (!outcome)
+            if (outcome)
                 pane->updateModeInformations();
         });
     });

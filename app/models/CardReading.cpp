@@ -29,8 +29,8 @@ void readCard(const std::shared_ptr<LVitAccess>& client,
               const std::function<void(std::expected<CardRecord, Error>)>& completion)
 {
     bindCardService(*client, [client, completion](const BindOutcome& outcome) {
-        if (outcome) {
-            completion(std::unexpected(*outcome));
+        if (!outcome) {
+            completion(std::unexpected(outcome.error()));
             return;
         }
         client->readeVitaleWithCompletionHandler(

@@ -62,7 +62,7 @@ void ReadWorkflow::finishBind(const BindOutcome& outcome)
     postBindNotification(outcome);
     if (!step)
         return;
-    if (!outcome)
+    if (outcome)
         step();
     else
         m_delegate.readFailed();

@@ -8,9 +8,9 @@ using namespace Qt::StringLiterals;
 
 BindOutcome bindOutcome(bool bound, const std::optional<Error>& error)
 {
-    if (bound)
-        return std::nullopt;
-    return error.value_or(PelmoraError::generalError());
+    if (!bound)
+        return std::unexpected(error.value_or(PelmoraError::generalError()));
+    return {};
 }
 
 Error replacedBindError()
@@ -20,7 +20,7 @@ Error replacedBindError()
 
 bool isReplaced(const BindOutcome& outcome)
 {
-    return outcome == replacedBindError();
+    return !outcome && outcome.error() == replacedBindError();
 }
 
 std::optional<Error> bindError(const QVariantMap& userInfo)
@@ -32,9 +32,9 @@ void postBindNotification(const BindOutcome& outcome)
 {
     if (isReplaced(outcome))
         return;
-    const QStringView status = outcome ? BindNotification::failure : BindNotification::success;
+    const QStringView status = outcome ? BindNotification::success : BindNotification::failure;
     QVariantMap userInfo{{BindNotification::status.toString(), status.toString()}};
-    if (outcome)
-        userInfo.insert(BindNotification::error.toString(), QVariant::fromValue(*outcome));
+    if (!outcome)
+        userInfo.insert(BindNotification::error.toString(), QVariant::fromValue(outcome.error()));
     NotificationCenter::defaultCenter().postNotification(BindNotification::name.toString(), userInfo);
 }

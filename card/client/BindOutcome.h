@@ -4,10 +4,11 @@
 
 #include <QVariantMap>
 
+#include <expected>
 #include <optional>
 
-/// How a bind ended: no error when it went well.
-using BindOutcome = std::optional<Error>;
+/// How a bind ended: well, or with that error.
+using BindOutcome = std::expected<void, Error>;
 
 /// The outcome of what a bind's handler receives: a failure always has an error, the general one where none was given.
 [[nodiscard]] BindOutcome bindOutcome(bool bound, const std::optional<Error>& error);

@@ -12,18 +12,42 @@
 #include <algorithm>
 #include <exception>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Calls the handler, if there is one.
-template <typename Handler, typename... Values>
-void complete(Handler& handler, Values&&... values)
+using Reply = std::expected<QCborMap, Error>;
+
+/// What the function makes of the reply, or why there is none.
+template <typename Function>
+std::invoke_result_t<Function, const QCborMap&> readReply(const Reply& reply, Function function)
 {
-    if (handler)
-        handler(std::forward<Values>(values)...);
+    if (!reply)
+        return std::unexpected(reply.error());
+    return function(*reply);
+}
+
+template <typename Result>
+std::optional<Error> errorOf(const std::expected<Result, Error>& outcome)
+{
+    return outcome ? std::nullopt : std::optional(outcome.error());
+}
+
+/// The last step of an operation: tells the caller's handler, if there is one.
+template <typename Result, typename Handler>
+auto lastStep(Handler handler)
+{
+    return [handler = std::move(handler)](std::expected<Result, Error> outcome) mutable {
+        if (!handler)
+            return;
+        if constexpr (std::is_void_v<Result>)
+            handler(outcome.has_value(), errorOf(outcome));
+        else
+            handler(outcome.has_value(), errorOf(outcome), outcome ? std::optional(std::move(*outcome)) : std::nullopt);
+    };
 }
 
 bool logsDebug()
@@ -48,24 +72,25 @@ std::optional<QString> textValue(const QVariantMap& dictionary, QStringView key)
     return value.toString();
 }
 
-std::mutex& defaultCommandMutex()
+/// A command that threads share under its mutex.
+struct SharedCommand
 {
-    static std::mutex mutex;
-    return mutex;
-}
+    std::mutex mutex;
+    ServiceCommand command;
+};
 
-ServiceCommand& defaultCommand()
+SharedCommand& defaultCommand()
 {
-    static ServiceCommand command;
-    return command;
+    static SharedCommand shared;
+    return shared;
 }
 
 } // namespace
 
 void LVitAccess::setDefaultCommand(const ServiceCommand& command)
 {
-    const std::scoped_lock lock(defaultCommandMutex());
-    defaultCommand() = command;
+    const std::scoped_lock lock(defaultCommand().mutex);
+    defaultCommand().command = command;
 }
 
 std::shared_ptr<LVitAccess> LVitAccess::defaultInstance()
@@ -77,8 +102,8 @@ std::shared_ptr<LVitAccess> LVitAccess::defaultInstance()
         DefaultClient()
         {
             [[maybe_unused]] const MXLog& logger = MXLog::defaultLogger();
-            const std::scoped_lock lock(defaultCommandMutex());
-            client = std::make_shared<LVitAccess>(defaultCommand());
+            const std::scoped_lock lock(defaultCommand().mutex);
+            client = std::make_shared<LVitAccess>(defaultCommand().command);
         }
         DefaultClient(const DefaultClient&) = delete;
         DefaultClient& operator=(const DefaultClient&) = delete;
@@ -107,44 +132,55 @@ void LVitAccess::bind(BindHandler handler)
     // The end of the connection ends the bind that is under way, whose number is not the last one any more.
     _shutdownConnection();
     if (!_initConnection()) {
-        complete(handler, false, std::nullopt);
+        if (handler)
+            handler(false, std::nullopt);
         return;
     }
-    _initializationWithCompletionHandler([self = shared_from_this(), number, handler = std::move(handler)](
-                                             bool bound, const std::optional<Error>& error) mutable {
-        if (number != self->m_lastBind) {
-            complete(handler, false, replacedBindError());
-            return;
-        }
-        self->setState(&State::bound, bound);
-        complete(handler, bound, error);
-    });
+    _initializationWithCompletionHandler(
+        [self = shared_from_this(), number,
+         finish = lastStep<void>(std::move(handler))](std::expected<void, Error> outcome) mutable {
+            if (number == self->m_lastBind)
+                self->setState(&State::bound, outcome.has_value());
+            else
+                outcome = std::unexpected(replacedBindError());
+            finish(std::move(outcome));
+        });
 }
 
 void LVitAccess::getInformationsWithCompletionHandler(InformationsHandler handler)
 {
     m_channel.post([self = shared_from_this(), handler = std::move(handler)]() mutable {
-        self->getInformations(std::move(handler));
+        self->_sendSimpleMessageWithCompletionHandler(
+            {{ServiceWord::command, ServiceWord::informationsCommand}},
+            [self, handler = std::move(handler)](const Reply& reply) mutable {
+                const std::expected<void, Error> kept =
+                    readReply(reply, [&self](const QCborMap& map) { return self->keepInformations(map); });
+                // A reply that is a failure comes with the last information. Without a reply there is none.
+                if (handler)
+                    handler(kept.has_value(), errorOf(kept), reply ? self->informations() : std::nullopt);
+            });
     });
 }
 
 void LVitAccess::getReadersWithCompletionHandler(ReadersHandler handler)
 {
-    m_channel.post(
-        [self = shared_from_this(), handler = std::move(handler)]() mutable { self->getReaders(std::move(handler)); });
+    m_channel.post([self = shared_from_this(), handler = std::move(handler)]() mutable {
+        self->getReaders(lastStep<QVariantMap>(std::move(handler)));
+    });
 }
 
 void LVitAccess::setReadersWithCompletionHandler(std::optional<QVariantMap> readers, SetReadersHandler handler)
 {
     m_channel.post([self = shared_from_this(), readers = std::move(readers), handler = std::move(handler)]() mutable {
-        self->setReaders(readers, std::move(handler));
+        self->setReaders(readers, lastStep<void>(std::move(handler)));
     });
 }
 
 void LVitAccess::readeVitaleWithCompletionHandler(ReadHandler handler)
 {
-    m_channel.post(
-        [self = shared_from_this(), handler = std::move(handler)]() mutable { self->readVitale(std::move(handler)); });
+    m_channel.post([self = shared_from_this(), handler = std::move(handler)]() mutable {
+        self->readVitale(lastStep<CardRecord>(std::move(handler)));
+    });
 }
 
 void LVitAccess::cancelReads()
@@ -161,26 +197,6 @@ void LVitAccess::cancelReads()
 std::expected<CardRecord, Error> LVitAccess::parseVitaleXML(const XmlDocument* document)
 {
     return parseCardDocument(document);
-}
-
-bool LVitAccess::initialized() const
-{
-    return state(&State::initialized);
-}
-
-bool LVitAccess::embedded() const
-{
-    return state(&State::embedded);
-}
-
-bool LVitAccess::bound() const
-{
-    return state(&State::bound);
-}
-
-unsigned LVitAccess::accessMode() const
-{
-    return state(&State::accessMode);
 }
 
 void LVitAccess::setAccessMode(unsigned mode)
@@ -239,10 +255,10 @@ void LVitAccess::forgetBind()
     setState(&State::bound, false);
 }
 
-void LVitAccess::_sendSimpleMessageWithCompletionHandler(const RequestFields& fields, ReplyHandler handler)
+void LVitAccess::_sendSimpleMessageWithCompletionHandler(const RequestFields& fields, StepHandler<QCborMap> handler)
 {
     if (!_initConnection()) {
-        complete(handler, false, PelmoraError::generalError(), std::nullopt);
+        handler(std::unexpected(PelmoraError::generalError()));
         return;
     }
     QCborMap request;
@@ -260,178 +276,116 @@ void LVitAccess::_sendSimpleMessageWithCompletionHandler(const RequestFields& fi
                    [self = shared_from_this(), handler = std::move(handler)](std::optional<QCborMap> reply) mutable {
                        logReceived("_sendSimpleMessage:withCompletionHandler:", reply);
                        if (reply)
-                           complete(handler, true, std::nullopt, std::move(reply));
+                           handler(std::move(*reply));
                        else
-                           complete(handler, false, PelmoraError::generalError(), std::nullopt);
+                           handler(std::unexpected(PelmoraError::generalError()));
                    });
 }
 
-void LVitAccess::_initializationWithCompletionHandler(BindHandler handler)
+void LVitAccess::_initializationWithCompletionHandler(StepHandler<void> handler)
 {
-    _setModeWithCompletionHandler([self = shared_from_this(), handler = std::move(handler)](
-                                      bool modeIsSet, const std::optional<Error>& modeError) mutable {
-        if (!modeIsSet) {
-            complete(handler, false, modeError);
-            return;
-        }
-        self->getReaders([self, handler = std::move(handler)](bool isKnown, const std::optional<Error>& error,
-                                                              const std::optional<QVariantMap>& readers) mutable {
-            if (isKnown && readers)
-                self->chooseReaders(*readers, std::move(handler));
-            else
-                complete(handler, false, error);
+    _setModeWithCompletionHandler(
+        [self = shared_from_this(), handler = std::move(handler)](const std::expected<void, Error>& mode) mutable {
+            if (!mode) {
+                handler(mode);
+                return;
+            }
+            self->getReaders(
+                [self, handler = std::move(handler)](const std::expected<QVariantMap, Error>& readers) mutable {
+                    if (readers)
+                        self->chooseReaders(*readers, std::move(handler));
+                    else
+                        handler(std::unexpected(readers.error()));
+                });
         });
-    });
 }
 
-void LVitAccess::_setModeWithCompletionHandler(BindHandler handler)
+void LVitAccess::_setModeWithCompletionHandler(StepHandler<void> handler)
 {
     setState(&State::informations, std::optional<InformationTexts>());
     const RequestFields fields{{ServiceWord::command, ServiceWord::init},
                                {ServiceWord::mode, QString::number(accessMode())}};
     _sendSimpleMessageWithCompletionHandler(
-        fields, [self = shared_from_this(), handler = std::move(handler)](
-                    bool isSent, const std::optional<Error>& error, const std::optional<QCborMap>& reply) mutable {
-            if (!isSent || !reply) {
-                complete(handler, false, error);
-                return;
-            }
-            self->setState(&State::embedded, replyText(*reply, ServiceWord::embedded) == ServiceWord::embeddedTrue);
-            if (isSuccess(*reply))
-                complete(handler, true, std::nullopt);
-            else
-                complete(handler, false, PelmoraError::generalError());
+        fields, [self = shared_from_this(), handler = std::move(handler)](const Reply& reply) mutable {
+            if (reply)
+                self->setState(&State::embedded, replyText(*reply, ServiceWord::embedded) == ServiceWord::embeddedTrue);
+            handler(readReply(reply, statusOf));
         });
 }
 
-void LVitAccess::getReaders(ReadersHandler handler)
+void LVitAccess::getReaders(StepHandler<QVariantMap> handler)
 {
     _sendSimpleMessageWithCompletionHandler(
         {{ServiceWord::command, ServiceWord::readersList}},
-        [handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
-                                       const std::optional<QCborMap>& reply) mutable {
-            if (!isSent || !reply) {
-                complete(handler, false, error, std::nullopt);
-                return;
-            }
-            if (!isSuccess(*reply)) {
-                complete(handler, false, PelmoraError::generalError(), std::nullopt);
-                return;
-            }
-            if (std::optional<QVariantMap> readers = readersOf(*reply))
-                complete(handler, true, std::nullopt, std::move(readers));
-            else
-                complete(handler, false, PelmoraError::noReader(), std::nullopt);
-        });
+        [handler = std::move(handler)](const Reply& reply) mutable { handler(readReply(reply, readersOf)); });
 }
 
-void LVitAccess::chooseReaders(const QVariantMap& readers, BindHandler handler)
+void LVitAccess::chooseReaders(const QVariantMap& readers, StepHandler<void> handler)
 {
     const QStringList names = readers.value(ReaderKey::readers.toString()).toStringList();
     if (!names.isEmpty())
         MXLog::logDebug("Readers: {}", printableTexts(names));
     const std::expected<QVariantMap, Error> choice = readerChoice(names);
     if (!choice) {
-        complete(handler, false, choice.error().withDetail(textValue(readers, ReaderKey::detail).value_or(QString())));
+        const QString detail = textValue(readers, ReaderKey::detail).value_or(QString());
+        handler(std::unexpected(choice.error().withDetail(detail)));
         return;
     }
     setReaders(*choice, [self = shared_from_this(),
-                         handler = std::move(handler)](bool isSet, const std::optional<Error>& error) mutable {
+                         handler = std::move(handler)](const std::expected<void, Error>& outcome) mutable {
         // A bind that came as far as this counts as done, whatever the service made of the choice. The end of the
         // connection is another matter: it is told here too, after it has undone what a bind does.
         if (self->m_channel.isOpen())
             self->setState(&State::initialized, true);
-        complete(handler, isSet, error);
+        handler(outcome);
     });
 }
 
-void LVitAccess::setReaders(const std::optional<QVariantMap>& readers, SetReadersHandler handler)
+void LVitAccess::setReaders(const std::optional<QVariantMap>& readers, StepHandler<void> handler)
 {
     const std::optional<QString> vitale = readers ? textValue(*readers, ReaderKey::vitale) : std::nullopt;
     const std::optional<QString> cps = readers ? textValue(*readers, ReaderKey::cps) : std::nullopt;
     if (!vitale && !cps) {
-        complete(handler, false, PelmoraError::internalError());
+        handler(std::unexpected(PelmoraError::internalError()));
         return;
     }
     const RequestFields fields{{ServiceWord::command, ServiceWord::setReaders},
                                {ServiceWord::vitaleReaderName, vitale},
                                {ServiceWord::cpsReaderName, cps ? cps : vitale}};
     _sendSimpleMessageWithCompletionHandler(
-        fields, [handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
-                                               const std::optional<QCborMap>& reply) mutable {
-            if (!isSent || !reply)
-                complete(handler, false, error);
-            else if (isSuccess(*reply))
-                complete(handler, true, std::nullopt);
-            else
-                complete(handler, false, PelmoraError::generalError());
-        });
+        fields, [handler = std::move(handler)](const Reply& reply) mutable { handler(readReply(reply, statusOf)); });
 }
 
-void LVitAccess::getInformations(InformationsHandler handler)
+std::expected<void, Error> LVitAccess::keepInformations(const QCborMap& reply)
 {
-    _sendSimpleMessageWithCompletionHandler(
-        {{ServiceWord::command, ServiceWord::informationsCommand}},
-        [self = shared_from_this(), handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
-                                                                  const std::optional<QCborMap>& reply) mutable {
-            if (isSent && reply)
-                self->completeInformations(*reply, handler);
-            else
-                complete(handler, false, error, std::nullopt);
-        });
-}
-
-void LVitAccess::completeInformations(const QCborMap& reply, InformationsHandler& handler)
-{
-    const std::optional<QString> text = replyText(reply, ServiceWord::informations);
-    if (!isSuccess(reply) || !text) {
-        complete(handler, false, PelmoraError::generalError(), informations());
-        return;
-    }
-    const auto document = XmlDocument::fromText(*text);
-    if (!document) {
-        complete(handler, false, document.error(), informations());
-        return;
-    }
+    const std::expected<XmlDocument, Error> document = informationDocument(reply);
+    if (!document)
+        return std::unexpected(document.error());
     InformationTexts found;
-    std::optional<Error> error;
+    std::expected<void, Error> outcome;
     try {
         found = informationsOf(*document);
     } catch (const std::exception& exception) {
         MXLog::logError("Information document: {}", exception.what());
-        error = PelmoraError::generalError();
+        outcome = std::unexpected(PelmoraError::generalError());
     }
     setState(&State::informations, std::optional(found));
-    complete(handler, !error, error, informationsDictionary(found));
+    return outcome;
 }
 
-void LVitAccess::readVitale(ReadHandler handler)
+void LVitAccess::readVitale(StepHandler<CardRecord> handler)
 {
     ++m_waitingReads;
     _sendSimpleMessageWithCompletionHandler(
         {{ServiceWord::command, ServiceWord::vitaleRead}},
-        [self = shared_from_this(), handler = std::move(handler)](bool isSent, const std::optional<Error>& error,
-                                                                  const std::optional<QCborMap>& reply) mutable {
+        [self = shared_from_this(), handler = std::move(handler)](const Reply& reply) mutable {
             --self->m_waitingReads;
-            if (!isSent || !reply) {
-                complete(handler, false, error, std::nullopt);
-                return;
-            }
-            if (!isSuccess(*reply)) {
-                const qint64 result = reply->value(ServiceWord::result).toInteger();
-                complete(handler, false, PelmoraError::errorForCode(result).withDetail(replyDetail(*reply)),
-                         std::nullopt);
-                return;
-            }
             std::expected<CardRecord, Error> record = std::unexpected(PelmoraError::generalError());
             try {
-                record = recordOf(*reply);
+                record = readReply(reply, recordOf);
             } catch (const std::exception& exception) {
                 MXLog::logError("Card document: {}", exception.what());
             }
-            if (record)
-                complete(handler, true, std::nullopt, std::move(*record));
-            else
-                complete(handler, false, record.error(), std::nullopt);
+            handler(std::move(record));
         });
 }

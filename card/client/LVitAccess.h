@@ -64,13 +64,13 @@ public:
     [[nodiscard]] static std::expected<CardRecord, Error> parseVitaleXML(const XmlDocument* document);
 
     /// Whether a bind has come as far as the choice of readers since the connection was last shut down.
-    [[nodiscard]] bool initialized() const;
+    [[nodiscard]] bool initialized() const { return state(&State::initialized); }
     /// Whether the last bind went well and its connection still stands: a card can be read without another bind.
-    [[nodiscard]] bool bound() const;
+    [[nodiscard]] bool bound() const { return state(&State::bound); }
     /// Whether the service said at the last "init" that it uses its own reading library.
-    [[nodiscard]] bool embedded() const;
+    [[nodiscard]] bool embedded() const { return state(&State::embedded); }
     /// Which reading library the next "init" asks for: an index of AccessMode::names.
-    [[nodiscard]] unsigned accessMode() const;
+    [[nodiscard]] unsigned accessMode() const { return state(&State::accessMode); }
     /// A value other than 0, 1 and 2 is stored as 0.
     void setAccessMode(unsigned mode);
     /// The last information obtained; absent from an "init" on until the next one is obtained.
@@ -84,8 +84,9 @@ private:
     static constexpr int maximumUnsolicitedMessages = 200;
 
     using RequestFields = QMap<QString, std::optional<QString>>;
-    /// Receives the transport's outcome; the reply is there when it went well.
-    using ReplyHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QCborMap>)>;
+    /// What a step hands on: its result, or why there is none. Unlike a caller's handler it is never empty.
+    template <typename Result>
+    using StepHandler = std::move_only_function<void(std::expected<Result, Error>)>;
 
     // What other threads read and write. Everything is reached through the functions above and setState(), one lock
     // each: the values are independent, and nobody needs two of them at one moment. They are plain values: what a
@@ -103,19 +104,17 @@ private:
     [[nodiscard]] bool _initConnection();
     void _shutdownConnection();
     void forgetBind(); // any thread
-    void _initializationWithCompletionHandler(BindHandler handler);
     void bind(BindHandler handler);
-    void _setModeWithCompletionHandler(BindHandler handler);
-    void _sendSimpleMessageWithCompletionHandler(const RequestFields& fields, ReplyHandler handler);
+    void _initializationWithCompletionHandler(StepHandler<void> handler);
+    void _setModeWithCompletionHandler(StepHandler<void> handler);
+    void _sendSimpleMessageWithCompletionHandler(const RequestFields& fields, StepHandler<QCborMap> handler);
 
     void handleEvent(const ChannelEvent& event);
-    void getReaders(ReadersHandler handler);
-    void chooseReaders(const QVariantMap& readers, BindHandler handler);
-    void setReaders(const std::optional<QVariantMap>& readers, SetReadersHandler handler);
-    void getInformations(InformationsHandler handler);
-    void readVitale(ReadHandler handler);
-
-    void completeInformations(const QCborMap& reply, InformationsHandler& handler);
+    void getReaders(StepHandler<QVariantMap> handler);
+    void chooseReaders(const QVariantMap& readers, StepHandler<void> handler);
+    void setReaders(const std::optional<QVariantMap>& readers, StepHandler<void> handler);
+    [[nodiscard]] std::expected<void, Error> keepInformations(const QCborMap& reply);
+    void readVitale(StepHandler<CardRecord> handler);
 
     template <typename Value>
     void setState(Value State::* member, Value value)

@@ -45,9 +45,11 @@ std::optional<QString> replyText(const QCborMap& reply, QLatin1StringView key)
     return value.toString();
 }
 
-bool isSuccess(const QCborMap& reply)
+std::expected<void, Error> statusOf(const QCborMap& reply)
 {
-    return replyText(reply, ServiceWord::status) == ServiceWord::success;
+    if (replyText(reply, ServiceWord::status) != ServiceWord::success)
+        return std::unexpected(PelmoraError::generalError());
+    return {};
 }
 
 QString replyDetail(const QCborMap& reply)
@@ -56,11 +58,13 @@ QString replyDetail(const QCborMap& reply)
     return printableText(replyText(reply, ServiceWord::detail).value_or(QString()).left(longest));
 }
 
-std::optional<QVariantMap> readersOf(const QCborMap& reply)
+std::expected<QVariantMap, Error> readersOf(const QCborMap& reply)
 {
+    if (const auto status = statusOf(reply); !status)
+        return std::unexpected(status.error());
     const QCborValue field = reply.value(ServiceWord::readers);
     if (!field.isArray())
-        return std::nullopt;
+        return std::unexpected(PelmoraError::noReader());
     QStringList names;
     for (const QCborValue name : field.toArray()) {
         if (name.isString())
@@ -70,6 +74,14 @@ std::optional<QVariantMap> readersOf(const QCborMap& reply)
     if (const QString detail = replyDetail(reply); !detail.isEmpty())
         readers.insert(ReaderKey::detail.toString(), detail);
     return readers;
+}
+
+std::expected<XmlDocument, Error> informationDocument(const QCborMap& reply)
+{
+    const std::optional<QString> text = replyText(reply, ServiceWord::informations);
+    if (!statusOf(reply) || !text)
+        return std::unexpected(PelmoraError::generalError());
+    return XmlDocument::fromText(*text);
 }
 
 InformationTexts informationsOf(const XmlDocument& document)
@@ -95,6 +107,10 @@ QVariantMap informationsDictionary(const InformationTexts& texts)
 
 std::expected<CardRecord, Error> recordOf(const QCborMap& reply)
 {
+    if (!statusOf(reply)) {
+        const qint64 code = reply.value(ServiceWord::result).toInteger();
+        return std::unexpected(PelmoraError::errorForCode(code).withDetail(replyDetail(reply)));
+    }
     const std::optional<QString> text = cardText(reply);
     if (!text)
         return std::unexpected(PelmoraError::generalError());

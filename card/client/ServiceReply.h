@@ -24,16 +24,21 @@
 /// The text under a key of a reply; a byte string counts when it is valid UTF-8. Absent when there is none.
 [[nodiscard]] std::optional<QString> replyText(const QCborMap& reply, QLatin1StringView key);
 
-/// Whether the service did what it was asked.
-[[nodiscard]] bool isSuccess(const QCborMap& reply);
+/// Whether the service did what it was asked; the general error when it did not.
+[[nodiscard]] std::expected<void, Error> statusOf(const QCborMap& reply);
 
 /// What a reply has to say to people of a failure: one line, without control characters, of a length that an alert can
 /// show. Empty when it says nothing.
 [[nodiscard]] QString replyDetail(const QCborMap& reply);
 
 /// The names of a "Readers" field, those of its elements that are texts, under ReaderKey::readers, and the reply's
-/// detail, if any, under ReaderKey::detail; nullopt when there is no such field.
-[[nodiscard]] std::optional<QVariantMap> readersOf(const QCborMap& reply);
+/// detail, if any, under ReaderKey::detail. The general error when the service failed, the no-reader error when there
+/// is no such field.
+[[nodiscard]] std::expected<QVariantMap, Error> readersOf(const QCborMap& reply);
+
+/// The document of an "Informations" field; the general error when the service failed or there is no such field, else
+/// the error of whatever could not read it.
+[[nodiscard]] std::expected<XmlDocument, Error> informationDocument(const QCborMap& reply);
 
 /// The values of an information document, in the order of informationFields; what is missing or empty is absent.
 using InformationTexts = std::array<std::optional<std::u16string>, informationFields.size()>;
@@ -42,6 +47,6 @@ using InformationTexts = std::array<std::optional<std::u16string>, informationFi
 /// The same as a dictionary with the keys of InformationKey.
 [[nodiscard]] QVariantMap informationsDictionary(const InformationTexts& texts);
 
-/// The record that a successful "vitale_read" carries: the general error without a document in a known encoding, else
-/// the error of whatever could not read it.
+/// The record that a "vitale_read" gives: the error of the result code, with the reply's detail, when the service
+/// failed; the general error without a document in a known encoding; else the error of whatever could not read it.
 [[nodiscard]] std::expected<CardRecord, Error> recordOf(const QCborMap& reply);
