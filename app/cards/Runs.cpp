@@ -38,6 +38,22 @@ std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const 
 using CommandPtr = std::unique_ptr<CardsCommand>;
 using CommandMaker = std::function<std::expected<CommandPtr, QString>(SchemeLogos&, const PageFonts&)>;
 
+/// Brings the card service up, and has the card in the reader taken. Returns when that is done.
+void takeCardInReader(const std::shared_ptr<LVitAccess>& client, CardsCommand& cards)
+{
+    const auto take = [&cards](const std::expected<CardRecord, Error>& record) {
+        cards.takeCard(record);
+        QCoreApplication::quit();
+    };
+    bindCardService(*client, [client, take](const BindOutcome& outcome) {
+        if (outcome)
+            readCard(*client, take);
+        else
+            take(std::unexpected(outcome.error()));
+    });
+    QCoreApplication::exec();
+}
+
 // Without a display either. The command that was made sees the card files or the card in the reader.
 int runWithoutWindow(const CommandLine& command, char* programName, const CommandMaker& makeCommand)
 {
@@ -68,11 +84,7 @@ int runWithoutWindow(const CommandLine& command, char* programName, const Comman
         cards.takeCardFiles(command.cards);
         return cards.exitCode();
     }
-    readCard(cardServiceClient(command, bundle), [&cards](const std::expected<CardRecord, Error>& record) {
-        cards.takeCard(record);
-        QCoreApplication::quit();
-    });
-    QCoreApplication::exec();
+    takeCardInReader(cardServiceClient(command, bundle), cards);
     return cards.exitCode();
 }
 

@@ -25,20 +25,16 @@ void bindCardService(LVitAccess& client, std::function<void(const BindOutcome&)>
         });
 }
 
-void readCard(const std::shared_ptr<LVitAccess>& client,
-              const std::function<void(std::expected<CardRecord, Error>)>& completion)
+void readCard(LVitAccess& client, std::function<void(const std::expected<CardRecord, Error>&)> completion,
+              std::function<void()> whenAnswered)
 {
-    bindCardService(*client, [client, completion](const BindOutcome& outcome) {
-        if (!outcome) {
-            completion(std::unexpected(outcome.error()));
-            return;
-        }
-        client->readeVitaleWithCompletionHandler(
-            [completion](bool, const std::optional<Error>& error, const std::optional<CardRecord>& record) {
-                std::expected<CardRecord, Error> result = std::unexpected(error.value_or(PelmoraError::generalError()));
-                if (record)
-                    result = *record;
-                postToMainQueue([completion, result = std::move(result)] { completion(result); });
-            });
-    });
+    client.readeVitaleWithCompletionHandler(
+        [completion = std::move(completion), whenAnswered = std::move(whenAnswered)](
+            bool, const std::optional<Error>& error, const std::optional<CardRecord>& record) {
+            std::expected<CardRecord, Error> outcome = std::unexpected(error.value_or(PelmoraError::generalError()));
+            if (record)
+                outcome = *record;
+            whenAnswered();
+            postToMainQueue([completion, outcome = std::move(outcome)] { completion(outcome); });
+        });
 }

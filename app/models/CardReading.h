@@ -6,7 +6,6 @@
 
 #include <expected>
 #include <functional>
-#include <memory>
 
 class LVitAccess;
 
@@ -16,7 +15,8 @@ void setAccessModeFromSettings(LVitAccess& client);
 /// Brings the card service up. The outcome is handed over once, later, on the main thread.
 void bindCardService(LVitAccess& client, std::function<void(const BindOutcome&)> completion);
 
-/// Reads the card in the reader: brings the card service up, then asks it for the card. The outcome is handed over
-/// once, later, on the main thread.
-void readCard(const std::shared_ptr<LVitAccess>& client,
-              const std::function<void(std::expected<CardRecord, Error>)>& completion);
+/// Asks a card service that is bound for the card in the reader. The outcome is handed over once, later, on the main
+/// thread; before that, as soon as it is there, whenAnswered is called on the client's thread.
+void readCard(
+    LVitAccess& client, std::function<void(const std::expected<CardRecord, Error>&)> completion,
+    std::function<void()> whenAnswered = [] {});

@@ -3,7 +3,6 @@
 #include "app/models/CardReading.h"
 #include "card/client/CardServiceKeys.h"
 #include "card/client/LVitAccess.h"
-#include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "support/MXLog.h"
 
@@ -92,7 +91,7 @@ void ReadWorkflow::readVitale()
     if (isReading() || m_dueStep)
         m_delegate.refuse(u"Une lecture est déjà en cours."_s);
     else
-        runWhenBound([this] { readNow(); });
+        runWhenBound([this] { read(u"Lecture de la carte Vitale..."_s, nullptr); });
 }
 
 void ReadWorkflow::readVitaleIfNeedWithCompletionHandler(CompletionHandler handler)
@@ -102,7 +101,8 @@ void ReadWorkflow::readVitaleIfNeedWithCompletionHandler(CompletionHandler handl
     else if (isReading() || m_dueStep)
         handler(false, std::nullopt);
     else
-        runWhenBound([this, handler = std::move(handler)] { readIfNeed(handler); });
+        runWhenBound(
+            [this, handler = std::move(handler)] { read(u"Lecture de la carte vitale en cours…"_s, handler); });
 }
 
 void ReadWorkflow::runWhenBound(Step step)
@@ -116,67 +116,44 @@ void ReadWorkflow::runWhenBound(Step step)
     bind();
 }
 
-ReadWorkflow::ReadNumber ReadWorkflow::beginRead(const QString& message, CompletionHandler handler)
+/// A read that has a handler is over for the next one as soon as the reader has answered; one that has none, when the
+/// window shows its outcome.
+void ReadWorkflow::read(const QString& message, CompletionHandler handler)
 {
+    const ReadNumber number = ++m_lastRead;
+    std::function<void()> whenAnswered = [] {};
+    if (handler)
+        whenAnswered = [number, askedRead = m_askedRead] { endRead(*askedRead, number); };
     m_delegate.beginSheet(message);
-    m_dueReads.emplace(++m_lastRead, std::move(handler));
-    m_askedRead->store(m_lastRead);
-    return m_lastRead;
+    m_dueReads.emplace(number, std::move(handler));
+    m_askedRead->store(number);
+    readCard(
+        *m_client,
+        [self = QPointer(this), number](const std::expected<CardRecord, Error>& outcome) {
+            if (self)
+                self->finishRead(number, outcome);
+        },
+        std::move(whenAnswered));
 }
 
-void ReadWorkflow::readNow()
+void ReadWorkflow::finishRead(ReadNumber number, const std::expected<CardRecord, Error>& outcome)
 {
-    const ReadNumber number = beginRead(u"Lecture de la carte Vitale..."_s, nullptr);
-    m_client->readeVitaleWithCompletionHandler(
-        [self = QPointer(this), number](bool success, const std::optional<Error>& error,
-                                        const std::optional<CardRecord>& record) {
-            postToMainQueue([self, number, success, error, record] {
-                if (!self || !self->m_dueReads.contains(number))
-                    return;
-                self->m_dueReads.erase(number);
-                self->finishReadNow(success, error, record);
-                endRead(*self->m_askedRead, number);
-            });
-        });
-}
-
-void ReadWorkflow::finishReadNow(bool success, const std::optional<Error>& error,
-                                 const std::optional<CardRecord>& record)
-{
+    const auto read = m_dueReads.extract(number);
+    // None when the read was cancelled.
+    if (read.empty())
+        return;
     m_delegate.endSheed();
-    if (success && record) {
-        m_delegate.cardWasRead(*record);
-        m_delegate.saveXMLIfNeeded();
-    } else {
-        tellFailure(error);
-    }
-}
-
-void ReadWorkflow::readIfNeed(CompletionHandler handler)
-{
-    const ReadNumber number = beginRead(u"Lecture de la carte vitale en cours…"_s, std::move(handler));
-    m_client->readeVitaleWithCompletionHandler(
-        [self = QPointer(this), number, askedRead = m_askedRead](bool success, const std::optional<Error>& error,
-                                                                 const std::optional<CardRecord>& record) {
-            endRead(*askedRead, number);
-            postToMainQueue([self, number, success, error, record] {
-                const auto read = self ? self->m_dueReads.extract(number) : DueReads::node_type();
-                if (read.empty())
-                    return;
-                self->finishReadIfNeed(success, error, record);
-                read.mapped()(success, error);
-            });
-        });
-}
-
-void ReadWorkflow::finishReadIfNeed(bool success, const std::optional<Error>& error,
-                                    const std::optional<CardRecord>& record)
-{
-    m_delegate.endSheed();
-    if (success && record)
-        m_delegate.cardWasRead(*record);
+    if (outcome)
+        m_delegate.cardWasRead(*outcome);
     else
-        tellFailure(error);
+        tellFailure(outcome.error());
+    if (const CompletionHandler& handler = read.mapped()) {
+        handler(outcome.has_value(), outcome ? std::nullopt : std::optional(outcome.error()));
+        return;
+    }
+    if (outcome)
+        m_delegate.saveXMLIfNeeded();
+    endRead(*m_askedRead, number);
 }
 
 void ReadWorkflow::endRead(std::atomic<ReadNumber>& askedRead, ReadNumber number)
@@ -199,9 +176,8 @@ void ReadWorkflow::cancelRead()
     }
 }
 
-void ReadWorkflow::tellFailure(const std::optional<Error>& error)
+void ReadWorkflow::tellFailure(const Error& error)
 {
     m_delegate.readFailed();
-    if (error)
-        m_delegate.presentError(*error);
+    m_delegate.presentError(error);
 }

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <atomic>
+#include <expected>
 #include <functional>
 #include <map>
 #include <memory>
@@ -98,13 +99,10 @@ private:
     void finishBind(const BindOutcome& outcome);
     void finishOtherBind(bool isBound);
     void finishWait(bool isBound);
-    ReadNumber beginRead(const QString& message, CompletionHandler handler);
-    void readNow();
-    void finishReadNow(bool success, const std::optional<Error>& error, const std::optional<CardRecord>& record);
-    void tellFailure(const std::optional<Error>& error);
-    void readIfNeed(CompletionHandler handler);
+    void read(const QString& message, CompletionHandler handler);
+    void finishRead(ReadNumber number, const std::expected<CardRecord, Error>& outcome);
+    void tellFailure(const Error& error);
     static void endRead(std::atomic<ReadNumber>& askedRead, ReadNumber number);
-    void finishReadIfNeed(bool success, const std::optional<Error>& error, const std::optional<CardRecord>& record);
 
     std::shared_ptr<LVitAccess> m_client;
     ReadWorkflowDelegate& m_delegate;
