@@ -251,7 +251,7 @@ void MainWindow::setConnecting(bool isConnecting)
 
 void MainWindow::showPanelLine()
 {
-    m_ui->cardTimeLabel->setText(m_panelLine.text());
+    m_ui->panelLineField->setText(m_panelLine.text());
     // Not by colours alone: the letters are others, and screen readers are told.
     const bool isEarlier = m_panelLine.isCardEarlier();
     m_ui->vitaleInfoTextField->setPlate(isEarlier ? std::optional(plateColour.color()) : std::nullopt);

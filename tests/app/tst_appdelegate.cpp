@@ -67,7 +67,7 @@ QString summary(const Office& office)
 // What the window says under the summary.
 QString panelLine(const Office& office)
 {
-    return office.window->findChild<QLabel*>(u"cardTimeLabel"_s)->text();
+    return office.window->findChild<QLabel*>(u"panelLineField"_s)->text();
 }
 
 void pressOk()

@@ -95,7 +95,7 @@ QString summary(const Office& office)
 // What the panel says last.
 QString notice(const Office& office)
 {
-    const QStringList lines = office.window->findChild<QLabel*>(u"cardTimeLabel"_s)->text().split(u'\n');
+    const QStringList lines = office.window->findChild<QLabel*>(u"panelLineField"_s)->text().split(u'\n');
     return lines.size() > 1 ? lines.last() : QString();
 }
 

@@ -65,7 +65,7 @@ class tst_MainWindowLooks final : public MainWindowTest
     Q_OBJECT
 
 private:
-    QLabel* lineField() const { return m_window->findChild<QLabel*>(u"cardTimeLabel"_s); }
+    QLabel* lineField() const { return m_window->findChild<QLabel*>(u"panelLineField"_s); }
 
 private Q_SLOTS:
     void everyTextStandsOut_data()
@@ -99,7 +99,7 @@ private Q_SLOTS:
 
     void theTimeOfReadingIsBesideTheSummary()
     {
-        const auto* label = m_window->findChild<QLabel*>(u"cardTimeLabel"_s);
+        const auto* label = m_window->findChild<QLabel*>(u"panelLineField"_s);
         const QDateTime time(QDate(2026, 11, 21), QTime(14, 2));
         m_window->setCardTime(PanelLine::CardOrigin::Reader, time);
         QCOMPARE(label->text(), u"Lue le 21/11/2026 à 14:02"_s);
@@ -110,7 +110,7 @@ private Q_SLOTS:
 
     void aConnectionThatTakesLongIsToldInTheTimesPlace()
     {
-        const auto* label = m_window->findChild<QLabel*>(u"cardTimeLabel"_s);
+        const auto* label = m_window->findChild<QLabel*>(u"panelLineField"_s);
         const QString hint = u"Insérez une carte, puis appuyez sur Lire."_s;
         const QString connecting = u"Connexion au lecteur de cartes…"_s;
         QCOMPARE(label->text(), hint);
