@@ -1,6 +1,6 @@
 #include "card/client/HelperErrorLog.h"
 
-#include "card/client/MessageDescription.h"
+#include "card/client/MessageLogText.h"
 #include "support/MXLog.h"
 
 #include <array>

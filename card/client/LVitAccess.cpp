@@ -3,7 +3,7 @@
 #include "card/CardParser.h"
 #include "card/PelmoraError.h"
 #include "card/client/BindOutcome.h"
-#include "card/client/MessageDescription.h"
+#include "card/client/MessageLogText.h"
 #include "card/client/ReaderChoice.h"
 #include "card/client/ServiceReply.h"
 #include "card/wire/ServiceVocabulary.h"
@@ -60,7 +60,7 @@ void logReceived(std::string_view handlerName, const std::optional<QCborMap>& me
 {
     if (logsDebug())
         MXLog::logDebug("Received response in {} event handler: {}\n{}", handlerName, fmt::ptr(&message),
-                        message ? describeMessage(*message) : u"no dictionary"_s);
+                        message ? messageLogText(*message) : u"no dictionary"_s);
 }
 
 /// The text of a dictionary under a key; nullopt when there is none.
@@ -269,7 +269,7 @@ void LVitAccess::_sendSimpleMessageWithCompletionHandler(const RequestFields& fi
             MXLog::logError("NULL value in message");
     }
     if (logsDebug())
-        MXLog::logDebug("Message:\n{}", describeMessage(request));
+        MXLog::logDebug("Message:\n{}", messageLogText(request));
 
     // The client is held until the reply is there.
     m_channel.send(request,

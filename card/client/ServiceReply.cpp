@@ -3,7 +3,7 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
 #include "card/PelmoraError.h"
-#include "card/client/MessageDescription.h"
+#include "card/client/MessageLogText.h"
 #include "card/wire/ServiceVocabulary.h"
 #include "card/wire/TextDecoding.h"
 

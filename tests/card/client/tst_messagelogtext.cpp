@@ -1,25 +1,25 @@
-#include "card/client/MessageDescription.h"
+#include "card/client/MessageLogText.h"
 
 #include <QCborArray>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
 
-class TestMessageDescription : public QObject
+class TestMessageLogText : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void keysAndShortValuesAreTold_data();
     void keysAndShortValuesAreTold();
-    void theDescriptionOfAnyMessageIsShort();
+    void theLogTextOfAnyMessageIsShort();
     void controlCharactersAreReplaced();
 };
 
-void TestMessageDescription::keysAndShortValuesAreTold_data()
+void TestMessageLogText::keysAndShortValuesAreTold_data()
 {
     QTest::addColumn<QCborMap>("body");
-    QTest::addColumn<QString>("description");
+    QTest::addColumn<QString>("text");
     QTest::newRow("empty") << QCborMap() << u"{}"_s;
     QTest::newRow("texts") << QCborMap{{u"Command"_s, u"init"_s}, {u"Mode"_s, u"0"_s}}
                            << uR"({"Command": "init", "Mode": "0"})"_s;
@@ -42,14 +42,14 @@ void TestMessageDescription::keysAndShortValuesAreTold_data()
     QTest::newRow("other types") << QCborMap{{1, true}, {u"k"_s, 1.5}} << uR"({1: other value, "k": other value})"_s;
 }
 
-void TestMessageDescription::keysAndShortValuesAreTold()
+void TestMessageLogText::keysAndShortValuesAreTold()
 {
     QFETCH(const QCborMap, body);
-    QFETCH(const QString, description);
-    QCOMPARE(describeMessage(body), description);
+    QFETCH(const QString, text);
+    QCOMPARE(messageLogText(body), text);
 }
 
-void TestMessageDescription::theDescriptionOfAnyMessageIsShort()
+void TestMessageLogText::theLogTextOfAnyMessageIsShort()
 {
     QCborArray array;
     for (int index = 0; index < 10'000; ++index)
@@ -57,16 +57,16 @@ void TestMessageDescription::theDescriptionOfAnyMessageIsShort()
     QCborMap body;
     for (int index = 0; index < 10'000; ++index)
         body.insert(index, array);
-    QVERIFY(describeMessage(body).size() < 100'000);
-    QVERIFY(describeMessage(body).endsWith(u", ...}"));
-    QVERIFY(describeMessage({{QString(10'000, u'k'), 1}}).size() < 100);
+    QVERIFY(messageLogText(body).size() < 100'000);
+    QVERIFY(messageLogText(body).endsWith(u", ...}"));
+    QVERIFY(messageLogText({{QString(10'000, u'k'), 1}}).size() < 100);
 }
 
-void TestMessageDescription::controlCharactersAreReplaced()
+void TestMessageLogText::controlCharactersAreReplaced()
 {
     QCOMPARE(printableText(u"a\nb\x1b[31mé\u0085\u007f€"_s), u"a?b?[31mé??€"_s);
-    QCOMPARE(describeMessage({{u"k\n"_s, u"v\r\n"_s}}), uR"({"k?": "v??"})"_s);
+    QCOMPARE(messageLogText({{u"k\n"_s, u"v\r\n"_s}}), uR"({"k?": "v??"})"_s);
 }
 
-QTEST_GUILESS_MAIN(TestMessageDescription)
-#include "tst_messagedescription.moc"
+QTEST_GUILESS_MAIN(TestMessageLogText)
+#include "tst_messagelogtext.moc"

@@ -1,4 +1,4 @@
-#include "card/client/MessageDescription.h"
+#include "card/client/MessageLogText.h"
 
 #include "card/wire/ServiceVocabulary.h"
 
@@ -58,7 +58,7 @@ QString describeValue(const QCborValue& value, bool isContent)
 
 } // namespace
 
-QString describeMessage(const QCborMap& body)
+QString messageLogText(const QCborMap& body)
 {
     QStringList described;
     for (const auto [key, value] : body) {

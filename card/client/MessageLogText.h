@@ -6,7 +6,7 @@
 
 /// A message's body for the log: its keys and its short values. Of documents, and of all that comes from a card, only
 /// type and size are told: patients' data never reach the log, at any level.
-[[nodiscard]] QString describeMessage(const QCborMap& body);
+[[nodiscard]] QString messageLogText(const QCborMap& body);
 
 /// The text with "?" for control characters, so that it stays one line and cannot play with a terminal.
 [[nodiscard]] QString printableText(const QString& text);
