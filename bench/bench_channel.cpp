@@ -76,7 +76,7 @@ void writeAll(int descriptor, const void* source, std::size_t size)
     }
 }
 
-/// The helper of the channel: answers every request with a text of the reply's size.
+/// The service of the channel: answers every request with a text of the reply's size.
 int runChannelPeer()
 {
     const QCborMap body{{u"Status"_s, u"success"_s}, {u"Vitale"_s, QString(replySize, u'x')}};
@@ -94,7 +94,7 @@ int runChannelPeer()
     }
 }
 
-/// The helper of the floor: a length, then that many bytes, both ways.
+/// The child of the floor: a length, then that many bytes, both ways.
 void runRawPeer(int descriptor)
 {
     std::vector<char> request(4096);
@@ -201,7 +201,7 @@ public:
         });
         done.acquire();
         if (!isOpen)
-            fail("no helper");
+            fail("no service");
     }
 
     double trip()

@@ -12,11 +12,11 @@
 
 namespace {
 
-// A dead helper's output is at most what its pipe held, and a pipe holds a mebibyte at most; the bound matters only
-// where a child of the helper goes on writing.
+// What is left of an ended service's output is at most what its pipe held, and a pipe holds a mebibyte at most; the
+// bound matters only where a child of the service goes on writing.
 constexpr int maximumLastSlices = 32;
 
-/// Signals are the main thread's business. Above all, writing to a helper that has just died must fail, not kill.
+/// Signals are the main thread's business. Above all, writing to a service that has just died must fail, not kill.
 void blockSignals()
 {
     sigset_t signals{};
@@ -43,7 +43,7 @@ void ChannelLoop::run()
     while (true) {
         runTasks();
         expireRequests();
-        killLateHelpers();
+        killLateServices();
         if (hasEnded())
             return;
         waitForEvents();
@@ -142,10 +142,10 @@ std::expected<void, std::error_code> ChannelLoop::open(ChannelEventHandler event
         return std::unexpected(std::make_error_code(std::errc::operation_canceled));
     if (const auto made = makeWakeUp(); !made)
         return made;
-    auto helper = HelperProcess::start(m_command);
-    if (!helper)
-        return std::unexpected(helper.error());
-    m_connection = std::make_shared<ServiceConnection>(std::move(*helper), std::move(eventHandler));
+    auto process = ServiceProcess::start(m_command);
+    if (!process)
+        return std::unexpected(process.error());
+    m_connection = std::make_shared<ServiceConnection>(std::move(*process), std::move(eventHandler));
     return {};
 }
 
@@ -172,7 +172,7 @@ void ChannelLoop::interrupt()
     }
 }
 
-/// Ends the connection, so that handlers that are called from now on find none, and lets its helper go.
+/// Ends the connection, so that handlers that are called from now on find none. Its service is leaving from then on.
 ChannelLoop::ConnectionPointer ChannelLoop::takeConnection(bool isAsked)
 {
     m_strayReplies.tellLeftOut();
@@ -198,12 +198,12 @@ std::chrono::milliseconds ChannelLoop::grace() const
     return m_isStopping ? std::min(m_limits.stopGrace, m_limits.exitGrace) : m_limits.exitGrace;
 }
 
-/// Helpers that were leaving before the channel's end have no more time than the one that it closed.
+/// Services that were leaving before the channel's end have no more time than the one that it closed.
 void ChannelLoop::hurryLeaving()
 {
     const auto latest = ChannelClock::now() + grace();
-    for (LeavingHelper& helper : m_leaving)
-        helper.deadline = std::min(helper.deadline, latest);
+    for (LeavingService& service : m_leaving)
+        service.deadline = std::min(service.deadline, latest);
 }
 
 void ChannelLoop::expireRequests()
@@ -214,23 +214,23 @@ void ChannelLoop::expireRequests()
     interrupt();
 }
 
-void ChannelLoop::killLateHelpers()
+void ChannelLoop::killLateServices()
 {
     const auto now = ChannelClock::now();
-    for (LeavingHelper& helper : m_leaving) {
-        if (helper.deadline > now)
+    for (LeavingService& service : m_leaving) {
+        if (service.deadline > now)
             continue;
-        seeOff(helper);
-        if (!helper.isGone && helper.isKilled) {
+        seeOff(service);
+        if (!service.isGone && service.isKilled) {
             // A process that outlives SIGKILL is held by the kernel, in a device; it ends when the device lets it.
             MXLog::logWarning("The card service could not be ended: the system holds it in a call");
-            helper.isGone = true;
+            service.isGone = true;
         }
-        helper.process.kill();
-        helper.isKilled = true;
-        helper.deadline = now + grace();
+        service.process.kill();
+        service.isKilled = true;
+        service.deadline = now + grace();
     }
-    std::erase_if(m_leaving, [](const LeavingHelper& helper) { return helper.isGone; });
+    std::erase_if(m_leaving, [](const LeavingService& service) { return service.isGone; });
 }
 
 /// Milliseconds until something is due, rounded up; -1 when nothing is.
@@ -239,8 +239,8 @@ int ChannelLoop::patience() const
     auto due = ChannelClock::time_point::max();
     if (m_connection)
         due = m_connection->firstDeadline().value_or(due);
-    for (const LeavingHelper& helper : m_leaving)
-        due = std::min(due, helper.deadline);
+    for (const LeavingService& service : m_leaving)
+        due = std::min(due, service.deadline);
     if (due == ChannelClock::time_point::max())
         return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - ChannelClock::now());
@@ -254,7 +254,7 @@ void ChannelLoop::waitForMailbox()
 }
 
 /// What is waited for cannot be: more descriptors than the process may have now, or no memory. Without a connection and
-/// helpers there is less to wait for.
+/// leaving services there is less to wait for.
 void ChannelLoop::giveUpPolling(std::error_code reason)
 {
     if (m_connection)
@@ -272,9 +272,9 @@ void ChannelLoop::waitForEvents()
     }
     constexpr std::size_t perLeaving = 2;
     std::vector<pollfd> set{{.fd = m_wakeUp.get(), .events = POLLIN, .revents = 0}};
-    for (const LeavingHelper& helper : m_leaving) {
-        set.push_back({.fd = helper.process.standardError(), .events = POLLIN, .revents = 0});
-        set.push_back({.fd = helper.process.endOfProcess(), .events = POLLIN, .revents = 0});
+    for (const LeavingService& service : m_leaving) {
+        set.push_back({.fd = service.process.standardError(), .events = POLLIN, .revents = 0});
+        set.push_back({.fd = service.process.endOfProcess(), .events = POLLIN, .revents = 0});
     }
     if (m_connection)
         std::ranges::copy(m_connection->pollSet(), std::back_inserter(set));
@@ -290,7 +290,7 @@ void ChannelLoop::waitForEvents()
         silenceWakeUp();
     for (std::size_t index = 0; index < m_leaving.size(); ++index)
         serveLeaving(m_leaving[index], ready.subspan(1 + index * perLeaving, perLeaving));
-    std::erase_if(m_leaving, [](const LeavingHelper& helper) { return helper.isGone; });
+    std::erase_if(m_leaving, [](const LeavingService& service) { return service.isGone; });
 
     // Last, because its handlers may open and close as they like.
     if (const ConnectionPointer connection = m_connection) {
@@ -300,35 +300,35 @@ void ChannelLoop::waitForEvents()
     }
 }
 
-void ChannelLoop::tellEnd(const LeavingHelper& helper)
+void ChannelLoop::tellEnd(const LeavingService& service)
 {
-    const std::optional<HelperEnd>& end = helper.process.howItEnded();
+    const std::optional<ProcessEnd>& end = service.process.howItEnded();
     if (!end)
         MXLog::logNotice("The card service ended: how, the system does not tell");
-    else if (helper.isKilled)
+    else if (service.isKilled)
         MXLog::logWarning("The card service ended: {}, as it had not left by itself", end->description());
-    else if (!helper.wasAsked || end->signal || end->exitStatus != 0)
+    else if (!service.wasAsked || end->signal || end->exitStatus != 0)
         MXLog::logWarning("The card service ended: {}", end->description());
 }
 
-/// Logs the last words and the end of a helper that has ended; nothing while it runs.
-void ChannelLoop::seeOff(LeavingHelper& helper)
+/// Logs the last words and the end of a service that has ended; nothing while it runs.
+void ChannelLoop::seeOff(LeavingService& service)
 {
-    helper.isGone = helper.process.reap();
-    if (!helper.isGone)
+    service.isGone = service.process.reap();
+    if (!service.isGone)
         return;
     // Whatever it said is in the pipe by now. The pipe's end is not waited for: a child may hold it open.
-    helper.errorLog.readLastWords(helper.process.standardError(), maximumLastSlices);
-    tellEnd(helper);
+    service.errorLog.readLastWords(service.process.standardError(), maximumLastSlices);
+    tellEnd(service);
 }
 
-void ChannelLoop::serveLeaving(LeavingHelper& helper, std::span<const pollfd> ready)
+void ChannelLoop::serveLeaving(LeavingService& service, std::span<const pollfd> ready)
 {
     if (ready[1].revents != 0) {
-        seeOff(helper);
+        seeOff(service);
     } else if (ready[0].revents != 0 &&
-               helper.errorLog.read(helper.process.standardError()) == HelperErrorLog::Reading::Ended) {
-        helper.process.closeStandardError();
+               service.errorLog.read(service.process.standardError()) == ServiceErrorLog::Reading::Ended) {
+        service.process.closeStandardError();
     }
 }
 
@@ -339,8 +339,8 @@ void ChannelLoop::serve(const ConnectionPointer& connection, const ServiceConnec
     if (!isOver && !ServiceConnection::hasOutput(ready))
         return;
 
-    // One slice at a time, so that a flood leaves room for tasks and time-outs. A helper that is gone is heard to its
-    // end: what it answered before still counts.
+    // One slice at a time, so that a flood leaves room for tasks and time-outs. What is left of the output
+    // of a service that has ended is read to its end: what it answered before still counts.
     int slices = isOver ? maximumLastSlices : 1;
     auto reading = ServiceConnection::Reading::Some;
     bool isReadable = true;

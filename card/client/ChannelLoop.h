@@ -14,7 +14,7 @@
 #include <system_error>
 #include <vector>
 
-/// What the channel's thread runs: its mailbox, the connection, and the helpers that are leaving. The mailbox (tasks,
+/// What the channel's thread runs: its mailbox, the connection, and the services that are leaving. The mailbox (tasks,
 /// and whether to stop) is shared between threads under its mutex; everything else is touched on the channel's thread
 /// alone.
 class ChannelLoop final
@@ -44,11 +44,11 @@ private:
     // A connection is kept alive by whoever works on it: a handler may close it meanwhile.
     using ConnectionPointer = std::shared_ptr<ServiceConnection>;
 
-    /// A helper whose input is closed.
-    struct LeavingHelper
+    /// A service whose input is closed.
+    struct LeavingService
     {
-        HelperProcess process;
-        HelperErrorLog errorLog;
+        ServiceProcess process;
+        ServiceErrorLog errorLog;
         ChannelClock::time_point deadline; // to be killed then or, once it was, to be given up
         bool wasAsked = false;             // to leave, by the client: it ends as it should with the exit status 0
         bool isKilled = false;
@@ -64,14 +64,14 @@ private:
     void hurryLeaving();
     [[nodiscard]] std::chrono::milliseconds grace() const;
     void expireRequests();
-    void killLateHelpers();
+    void killLateServices();
     [[nodiscard]] int patience() const;
     void waitForMailbox();
     void waitForEvents();
     void giveUpPolling(std::error_code reason);
-    static void tellEnd(const LeavingHelper& helper);
-    static void seeOff(LeavingHelper& helper);
-    static void serveLeaving(LeavingHelper& helper, std::span<const pollfd> ready);
+    static void tellEnd(const LeavingService& service);
+    static void seeOff(LeavingService& service);
+    static void serveLeaving(LeavingService& service, std::span<const pollfd> ready);
     void serve(const ConnectionPointer& connection, const ServiceConnection::PollSet& ready);
     [[nodiscard]] bool deliver(const ConnectionPointer& connection);
     void deliverMessage(const ConnectionPointer& connection, ServiceMessage message);
@@ -95,6 +95,6 @@ private:
 
     bool m_isStopping = false;
     ConnectionPointer m_connection;
-    std::vector<LeavingHelper> m_leaving;
+    std::vector<LeavingService> m_leaving;
     LogLimit m_strayReplies{MXLog::Warning, maximumStrayReplies};
 };

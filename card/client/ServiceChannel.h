@@ -1,7 +1,7 @@
 #pragma once
 
-#include "card/client/HelperProcess.h"
 #include "card/client/ServiceConnection.h"
+#include "card/client/ServiceProcess.h"
 
 #include <expected>
 #include <functional>
@@ -30,7 +30,7 @@ public:
     void post(Task task);
 
     /// Ends the channel: what was posted is run (and can connect no more), what waits gets its reply that is none, the
-    /// helpers leave or are killed after the grace of a stop. Then the thread is joined. Once only, not on the
+    /// services leave or are killed after the grace of a stop. Then the thread is joined. Once only, not on the
     /// channel's own thread; tasks that are posted afterwards are dropped.
     void stop();
 
@@ -39,7 +39,7 @@ public:
     /// Starts the card service program. Nothing when it is there already.
     [[nodiscard]] std::expected<void, std::error_code> open(ChannelEventHandler eventHandler);
 
-    /// Closes the connection, if there is one: requests that wait get their reply that is none; the helper is seen off
+    /// Closes the connection, if there is one: requests that wait get their reply that is none; the service is ended
     /// in the background.
     void close();
 

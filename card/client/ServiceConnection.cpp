@@ -28,12 +28,12 @@ void ServiceConnection::send(const QCborMap& body, WaitingRequest request)
     writeUnsent();
 }
 
-/// A failure needs no care here: it is one that poll reports as well, once what the helper said before has been read.
+/// A failure needs no care here: it is one that poll reports as well, once what the service said before has been read.
 void ServiceConnection::writeUnsent()
 {
     while (m_unsentStart < m_unsent.size()) {
         const QByteArrayView rest = QByteArrayView(m_unsent).sliced(m_unsentStart);
-        const ssize_t count = write(m_helper.standardInput(), rest.data(), static_cast<std::size_t>(rest.size()));
+        const ssize_t count = write(m_process.standardInput(), rest.data(), static_cast<std::size_t>(rest.size()));
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
@@ -64,17 +64,17 @@ ServiceConnection::PollSet ServiceConnection::pollSet() const
 {
     const bool hasUnsent = m_unsentStart < m_unsent.size();
     PollSet set{};
-    set[Input] = {.fd = m_helper.standardInput(), .events = hasUnsent ? short{POLLOUT} : short{0}, .revents = 0};
-    set[Output] = {.fd = m_helper.standardOutput(), .events = POLLIN, .revents = 0};
-    set[Errors] = {.fd = m_helper.standardError(), .events = POLLIN, .revents = 0};
-    set[EndOfProcess] = {.fd = m_helper.endOfProcess(), .events = POLLIN, .revents = 0};
+    set[Input] = {.fd = m_process.standardInput(), .events = hasUnsent ? short{POLLOUT} : short{0}, .revents = 0};
+    set[Output] = {.fd = m_process.standardOutput(), .events = POLLIN, .revents = 0};
+    set[Errors] = {.fd = m_process.standardError(), .events = POLLIN, .revents = 0};
+    set[EndOfProcess] = {.fd = m_process.endOfProcess(), .events = POLLIN, .revents = 0};
     return set;
 }
 
 void ServiceConnection::serveErrorsAndInput(const PollSet& ready)
 {
-    if (ready[Errors].revents != 0 && m_errorLog.read(m_helper.standardError()) == HelperErrorLog::Reading::Ended)
-        m_helper.closeStandardError();
+    if (ready[Errors].revents != 0 && m_errorLog.read(m_process.standardError()) == ServiceErrorLog::Reading::Ended)
+        m_process.closeStandardError();
     if ((ready[Input].revents & POLLOUT) != 0)
         writeUnsent();
 }
@@ -92,7 +92,7 @@ bool ServiceConnection::isOver(const PollSet& ready)
 ServiceConnection::Reading ServiceConnection::readOutput()
 {
     std::array<char, sliceSize> slice; // NOLINT(cppcoreguidelines-pro-type-member-init): read fills what is used
-    const ssize_t count = read(m_helper.standardOutput(), slice.data(), slice.size());
+    const ssize_t count = read(m_process.standardOutput(), slice.data(), slice.size());
     if (count > 0) {
         m_reader.append({slice.data(), count});
         return Reading::Some;
@@ -100,9 +100,9 @@ ServiceConnection::Reading ServiceConnection::readOutput()
     return count < 0 && (errno == EAGAIN || errno == EINTR) ? Reading::Nothing : Reading::Ended;
 }
 
-std::pair<HelperProcess, HelperErrorLog> ServiceConnection::leave()
+std::pair<ServiceProcess, ServiceErrorLog> ServiceConnection::leave()
 {
-    m_helper.closeStandardInput();
-    m_helper.closeStandardOutput();
-    return {std::move(m_helper), std::move(m_errorLog)};
+    m_process.closeStandardInput();
+    m_process.closeStandardOutput();
+    return {std::move(m_process), std::move(m_errorLog)};
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "card/client/HelperErrorLog.h"
-#include "card/client/HelperProcess.h"
+#include "card/client/ServiceErrorLog.h"
+#include "card/client/ServiceProcess.h"
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
 
@@ -16,9 +16,9 @@
 /// Limits of a channel's patience.
 struct ChannelLimits
 {
-    /// A helper that leaves a request unanswered for longer is ended.
+    /// A service that leaves a request unanswered for longer is ended.
     std::chrono::milliseconds requestTimeout = std::chrono::seconds(60);
-    /// A helper whose input was closed and that does not leave within this is killed.
+    /// A service whose input was closed and that does not leave within this is killed.
     std::chrono::milliseconds exitGrace = std::chrono::seconds(2);
     /// The same when the channel itself ends: the application's end waits for it, and a session's end for that.
     std::chrono::milliseconds stopGrace = std::chrono::seconds(1);
@@ -50,12 +50,12 @@ struct WaitingRequest
     ChannelClock::time_point deadline;
 };
 
-/// A running helper with what goes to it and what comes from it. Calls no handler itself. On the channel's thread
+/// A running service with what goes to it and what comes from it. Calls no handler itself. On the channel's thread
 /// alone.
 class ServiceConnection final
 {
 public:
-    /// What a read of the helper's output came to.
+    /// What a read of the service's output came to.
     enum class Reading
     {
         Some,
@@ -66,8 +66,8 @@ public:
     static constexpr std::size_t pollCount = 4;
     using PollSet = std::array<pollfd, pollCount>;
 
-    ServiceConnection(HelperProcess helper, ChannelEventHandler eventHandler)
-        : m_helper(std::move(helper))
+    ServiceConnection(ServiceProcess process, ChannelEventHandler eventHandler)
+        : m_process(std::move(process))
         , m_eventHandler(std::move(eventHandler))
     {
     }
@@ -90,21 +90,21 @@ public:
     void serveErrorsAndInput(const PollSet& ready);
     /// Whether a poll found output to read, or its end.
     [[nodiscard]] static bool hasOutput(const PollSet& ready);
-    /// Whether a poll found the helper dead, or deaf.
+    /// Whether a poll found that the service has ended or has closed its input.
     [[nodiscard]] static bool isOver(const PollSet& ready);
     /// Reads a bounded slice of output, without waiting.
     [[nodiscard]] Reading readOutput();
     /// The next message of what was read.
     [[nodiscard]] auto nextMessage() { return m_reader.next(); }
 
-    /// Closes the helper's input and output and hands it over, with its log, to whoever sees it off.
-    [[nodiscard]] std::pair<HelperProcess, HelperErrorLog> leave();
+    /// Closes the service's input and output and hands it over, with its log, to whoever waits for its end.
+    [[nodiscard]] std::pair<ServiceProcess, ServiceErrorLog> leave();
 
 private:
     void writeUnsent();
 
-    HelperProcess m_helper;
-    HelperErrorLog m_errorLog;
+    ServiceProcess m_process;
+    ServiceErrorLog m_errorLog;
     ServiceMessageReader m_reader{ServiceWord::replyKeys};
     QByteArray m_unsent;
     qsizetype m_unsentStart = 0;

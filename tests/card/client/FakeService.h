@@ -1,6 +1,6 @@
 #pragma once
 
-#include "card/client/HelperProcess.h"
+#include "card/client/ServiceProcess.h"
 
 #include <QDir>
 #include <QFile>

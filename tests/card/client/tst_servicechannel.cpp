@@ -28,18 +28,18 @@ private Q_SLOTS:
     void aNullBodyIsNoDictionaryAndBreaksNothing();
     void aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest_data();
     void aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest();
-    void aHelperIsSeenToEndWithoutWaitingForATimeout_data();
-    void aHelperIsSeenToEndWithoutWaitingForATimeout();
-    void aRequestToAHelperThatHasJustDiedIsAnsweredAndKillsNobody();
+    void aServiceIsSeenToEndWithoutWaitingForATimeout_data();
+    void aServiceIsSeenToEndWithoutWaitingForATimeout();
+    void aRequestToAServiceThatHasJustDiedIsAnsweredAndKillsNobody();
     void theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak();
-    void whatAHelperAnsweredBeforeItDiedStillCounts();
-    void aHelperThatEndsWhileNothingWaitsInterrupts();
+    void whatAServiceAnsweredBeforeItDiedStillCounts();
+    void aServiceThatEndsWhileNothingWaitsInterrupts();
     void duplicateAndUnknownRepliesAreDroppedWithAWarning();
     void repliesToNobodyFillNoLog();
     void unsolicitedMessagesReachTheEventHandler();
     void tasksAndTimeoutsAreServedDuringAFlood();
     void aRequestLargerThanThePipeArrivesWhole();
-    void aHelperThatReadsNothingDoesNotHoldTheThread();
+    void aServiceThatReadsNothingDoesNotHoldTheThread();
 
 private:
     LogCapture m_log;
@@ -142,14 +142,14 @@ void TestServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequ
     QVERIFY(std::ranges::all_of(fake.processes(), FakeService::isReaped));
 }
 
-void TestServiceChannel::aHelperIsSeenToEndWithoutWaitingForATimeout_data()
+void TestServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout_data()
 {
     QTest::addColumn<QString>("behaviour");
     for (const auto* const behaviour : {"exit", "crash", "close-output", "close-input", "die-and-leave-a-child"})
         QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
 }
 
-void TestServiceChannel::aHelperIsSeenToEndWithoutWaitingForATimeout()
+void TestServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout()
 {
     QFETCH(const QString, behaviour);
     const FakeService fake;
@@ -163,7 +163,7 @@ void TestServiceChannel::aHelperIsSeenToEndWithoutWaitingForATimeout()
     QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
 }
 
-void TestServiceChannel::aRequestToAHelperThatHasJustDiedIsAnsweredAndKillsNobody()
+void TestServiceChannel::aRequestToAServiceThatHasJustDiedIsAnsweredAndKillsNobody()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--at-start"_s, u"exit"_s}));
@@ -172,7 +172,7 @@ void TestServiceChannel::aRequestToAHelperThatHasJustDiedIsAnsweredAndKillsNobod
     QCOMPARE(onChannel(channel,
                        [&] {
                            const auto opened = channel.open([](const ChannelEvent&) {});
-                           // The channel looks at its helper only after this task.
+                           // The channel looks at its service only after this task.
                            QDeadlineTimer deadline(30'000);
                            while (!deadline.hasExpired() &&
                                   !(fake.processes().size() == 1 && FakeService::isDead(fake.processes()[0])))
@@ -205,7 +205,7 @@ void TestServiceChannel::theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()
     QCOMPARE(future.get(), u"closed"_s);
 }
 
-void TestServiceChannel::whatAHelperAnsweredBeforeItDiedStillCounts()
+void TestServiceChannel::whatAServiceAnsweredBeforeItDiedStillCounts()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"crash-after"_s}));
@@ -216,7 +216,7 @@ void TestServiceChannel::whatAHelperAnsweredBeforeItDiedStillCounts()
     QCOMPARE(story->events, (QStringList{u"1: success"_s, u"interrupted"_s, u"2: none"_s}));
 }
 
-void TestServiceChannel::aHelperThatEndsWhileNothingWaitsInterrupts()
+void TestServiceChannel::aServiceThatEndsWhileNothingWaitsInterrupts()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--at-start"_s, u"exit"_s}));
@@ -319,7 +319,7 @@ void TestServiceChannel::aRequestLargerThanThePipeArrivesWhole()
     QCOMPARE(fake.requested(u"Padding"_s), QStringList{QString(1'000'000, u'x')});
 }
 
-void TestServiceChannel::aHelperThatReadsNothingDoesNotHoldTheThread()
+void TestServiceChannel::aServiceThatReadsNothingDoesNotHoldTheThread()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--at-start"_s, u"stop-reading"_s}), {.exitGrace = 100ms});

@@ -18,8 +18,8 @@ private Q_SLOTS:
     void closingAnswersWhatWaitsAndTellsNoEvent();
     void requestsWithoutAConnectionAreAnsweredAtOnce();
     void numbersStartAgainOnANewConnection();
-    void destructionAnswersWhatWaitsAndEndsTheHelper();
-    void destructionOutlastsAHelperThatIgnoresTheEndOfItsInput();
+    void destructionAnswersWhatWaitsAndEndsTheService();
+    void destructionOutlastsAServiceThatIgnoresTheEndOfItsInput();
     void destructionFromAHandlerIsPossible();
     void tasksRunInOrderOnOneThreadOfTheirOwn();
     void tasksPostedBeforeTheEndAreRunAndCannotConnect();
@@ -77,7 +77,7 @@ void TestServiceChannelLife::numbersStartAgainOnANewConnection()
     QCOMPARE(fake.processes().size(), 2);
 }
 
-void TestServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheHelper()
+void TestServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheService()
 {
     const FakeService fake;
     const auto story = std::make_shared<Story>();
@@ -91,7 +91,7 @@ void TestServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheHelper()
     QVERIFY(FakeService::isReaped(fake.processes().value(0)));
 }
 
-void TestServiceChannelLife::destructionOutlastsAHelperThatIgnoresTheEndOfItsInput()
+void TestServiceChannelLife::destructionOutlastsAServiceThatIgnoresTheEndOfItsInput()
 {
     const FakeService fake;
     const auto story = std::make_shared<Story>();
@@ -132,7 +132,7 @@ void TestServiceChannelLife::destructionFromAHandlerIsPossible()
     });
     QVERIFY(future.wait_for(patience) == std::future_status::ready);
     QCOMPARE(future.get(), (QStringList{u"success"_s, u"destroyed"_s}));
-    // Nobody waits for the thread, which sees its helper off nevertheless.
+    // Nobody waits for the thread, which sees its service off nevertheless.
     QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
     QCOMPARE(fake.notes().last(), u"end of input"_s);
 }

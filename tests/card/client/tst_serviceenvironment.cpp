@@ -1,4 +1,4 @@
-#include "card/client/HelperProcess.h"
+#include "card/client/ServiceProcess.h"
 
 #include <QTest>
 
@@ -14,7 +14,7 @@ namespace {
 using Variables = std::map<QByteArray, QByteArray>;
 
 /// All that a program writes on its standard output.
-QByteArray outputOf(const HelperProcess& process)
+QByteArray outputOf(const ServiceProcess& process)
 {
     QByteArray output;
     std::array<char, 4096> slice{};
@@ -32,7 +32,7 @@ QByteArray outputOf(const HelperProcess& process)
 /// The environment of a program that is started as a card service.
 Variables environmentOfAService()
 {
-    const auto process = HelperProcess::start({"/usr/bin/env", "-0"});
+    const auto process = ServiceProcess::start({"/usr/bin/env", "-0"});
     Variables variables;
     if (!process)
         return variables;

@@ -52,7 +52,7 @@ void tst_PortableBundle::aProgramBelongsToTheNearestBundle_data()
     QTest::addColumn<QString>("executable");
     QTest::addColumn<QString>("bundle");
     QTest::newRow("its program") << u"/home/anne/Pelmora.app/bin/pelmora"_s << u"/home/anne/Pelmora.app"_s;
-    QTest::newRow("its helper") << u"/a/Pelmora.app/libexec/pelmora/com.morvel.lvit"_s << u"/a/Pelmora.app"_s;
+    QTest::newRow("its card service") << u"/a/Pelmora.app/libexec/pelmora/com.morvel.lvit"_s << u"/a/Pelmora.app"_s;
     QTest::newRow("nested") << u"/a/Autre.app/Pelmora.app/bin/pelmora"_s << u"/a/Autre.app/Pelmora.app"_s;
     QTest::newRow("at the root") << u"/Pelmora.app/bin/pelmora"_s << u"/Pelmora.app"_s;
     QTest::newRow("a program named so") << u"/home/anne/outil.app"_s << QString();

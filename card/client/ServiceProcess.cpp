@@ -1,4 +1,4 @@
-#include "card/client/HelperProcess.h"
+#include "card/client/ServiceProcess.h"
 
 #include "card/client/ServiceEnvironment.h"
 #include "platform/NativePath.h"
@@ -94,7 +94,7 @@ struct ChildSetup
 
 /// The child's whole life before its program. It shares the parent's memory until then, so that it makes system calls
 /// and writes nothing. The parent's handlers are dropped before signals can arrive, and so is what it ignores.
-[[noreturn, gnu::noinline]] void becomeHelper(const ChildSetup& setup)
+[[noreturn, gnu::noinline]] void becomeService(const ChildSetup& setup)
 {
     for (int signal = 1; signal < NSIG; ++signal)
         sigaction(signal, &setup.defaultAction, nullptr);
@@ -112,7 +112,7 @@ struct ChildSetup
     _exit(exitCodeCannotExecute);
 }
 
-/// A child that runs becomeHelper; -1 when there can be none.
+/// A child that runs becomeService; -1 when there can be none.
 pid_t spawn(const ChildSetup& setup)
 {
     // No handler of this program may run in the child while memory is shared.
@@ -121,11 +121,11 @@ pid_t spawn(const ChildSetup& setup)
     sigfillset(&allSignals);
     pthread_sigmask(SIG_SETMASK, &allSignals, &before);
     // vfork takes 0.1 ms whatever the size of the application; fork takes 1.2 ms at 100 MiB, and page faults after it.
-    // What makes vfork dangerous, a child that writes or returns, becomeHelper does not do.
+    // What makes vfork dangerous, a child that writes or returns, becomeService does not do.
     // NOLINTBEGIN(bugprone-unsafe-functions,cert-msc24-c,cert-msc33-c,clang-analyzer-*)
     const pid_t child = vfork();
     if (child == 0)
-        becomeHelper(setup);
+        becomeService(setup);
     // NOLINTEND(bugprone-unsafe-functions,cert-msc24-c,cert-msc33-c,clang-analyzer-*)
     const int error = errno;
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
@@ -160,7 +160,7 @@ std::vector<std::string> systemArguments(const ServiceCommand& command)
     return arguments;
 }
 
-std::string HelperEnd::description() const
+std::string ProcessEnd::description() const
 {
     if (!signal)
         return "exit status " + std::to_string(exitStatus);
@@ -168,7 +168,7 @@ std::string HelperEnd::description() const
     return "signal " + std::to_string(*signal) + (name == nullptr ? std::string() : std::string(" (SIG") + name + ')');
 }
 
-std::expected<HelperProcess, std::error_code> HelperProcess::start(std::vector<std::string> command)
+std::expected<ServiceProcess, std::error_code> ServiceProcess::start(std::vector<std::string> command)
 {
     auto input = makePipe();
     auto output = makePipe();
@@ -205,21 +205,21 @@ std::expected<HelperProcess, std::error_code> HelperProcess::start(std::vector<s
         return std::unexpected(std::error_code(error, std::system_category()));
     }
 
-    HelperProcess helper;
-    helper.m_process = FileDescriptor(pidfd_open(child, 0));
-    if (!helper.m_process.isValid()) {
+    ServiceProcess service;
+    service.m_process = FileDescriptor(pidfd_open(child, 0));
+    if (!service.m_process.isValid()) {
         const std::error_code error = lastError();
         ::kill(child, SIGKILL);
         reapChild(child);
         return std::unexpected(error);
     }
-    helper.m_input = std::move(input->writeEnd);
-    helper.m_output = std::move(output->readEnd);
-    helper.m_errors = std::move(errors->readEnd);
-    return helper;
+    service.m_input = std::move(input->writeEnd);
+    service.m_output = std::move(output->readEnd);
+    service.m_errors = std::move(errors->readEnd);
+    return service;
 }
 
-HelperProcess& HelperProcess::operator=(HelperProcess&& other) noexcept
+ServiceProcess& ServiceProcess::operator=(ServiceProcess&& other) noexcept
 {
     if (this != &other) {
         end();
@@ -232,18 +232,18 @@ HelperProcess& HelperProcess::operator=(HelperProcess&& other) noexcept
     return *this;
 }
 
-HelperProcess::~HelperProcess()
+ServiceProcess::~ServiceProcess()
 {
     end();
 }
 
-void HelperProcess::kill() const
+void ServiceProcess::kill() const
 {
     if (m_process.isValid())
         pidfd_send_signal(m_process.get(), SIGKILL, nullptr, 0);
 }
 
-bool HelperProcess::reap()
+bool ServiceProcess::reap()
 {
     if (!m_process.isValid())
         return true;
@@ -252,15 +252,15 @@ bool HelperProcess::reap()
         waitid(static_cast<idtype_t>(P_PIDFD), static_cast<id_t>(m_process.get()), &information, WEXITED | WNOHANG);
     if (result == 0 && information.si_pid != 0)
         m_end = information.si_code == CLD_EXITED
-                    ? HelperEnd{.signal = std::nullopt, .exitStatus = information.si_status}
-                    : HelperEnd{.signal = information.si_status};
+                    ? ProcessEnd{.signal = std::nullopt, .exitStatus = information.si_status}
+                    : ProcessEnd{.signal = information.si_status};
     // ECHILD: the application ignores its children's ends, and the kernel has reaped this one.
     if ((result == 0 && information.si_pid != 0) || (result != 0 && errno == ECHILD))
         m_process.reset();
     return !m_process.isValid();
 }
 
-void HelperProcess::end()
+void ServiceProcess::end()
 {
     if (reap())
         return;

@@ -24,7 +24,7 @@ struct ServiceCommand
 [[nodiscard]] std::vector<std::string> systemArguments(const ServiceCommand& command);
 
 /// How a child ended: by a signal, or with an exit status.
-struct HelperEnd
+struct ProcessEnd
 {
     std::optional<int> signal;
     int exitStatus = 0;
@@ -35,19 +35,19 @@ struct HelperEnd
 
 /// A child process with its standard input, output and error on pipes. The child is killed when the thread that started
 /// it ends, however it ends: no orphan is left. Owned by that thread.
-class HelperProcess final
+class ServiceProcess final
 {
 public:
     /// Starts the program that the first text names, with what a service is given of the environment; the failure says
     /// why it could not be executed (absent, not executable...).
-    [[nodiscard]] static std::expected<HelperProcess, std::error_code> start(std::vector<std::string> command);
+    [[nodiscard]] static std::expected<ServiceProcess, std::error_code> start(std::vector<std::string> command);
 
-    HelperProcess(const HelperProcess&) = delete;
-    HelperProcess(HelperProcess&& other) noexcept = default;
-    HelperProcess& operator=(const HelperProcess&) = delete;
-    HelperProcess& operator=(HelperProcess&& other) noexcept;
+    ServiceProcess(const ServiceProcess&) = delete;
+    ServiceProcess(ServiceProcess&& other) noexcept = default;
+    ServiceProcess& operator=(const ServiceProcess&) = delete;
+    ServiceProcess& operator=(ServiceProcess&& other) noexcept;
     /// Kills the child if it is still there.
-    ~HelperProcess();
+    ~ServiceProcess();
 
     /// This side's ends of the pipes, which never block; -1 once closed.
     [[nodiscard]] int standardInput() const { return m_input.get(); }
@@ -66,15 +66,15 @@ public:
     /// Takes an ended child off the system's list; false while it runs.
     [[nodiscard]] bool reap();
     /// How the child ended, once it was reaped. Absent where the application ignores its children's ends.
-    [[nodiscard]] const std::optional<HelperEnd>& howItEnded() const { return m_end; }
+    [[nodiscard]] const std::optional<ProcessEnd>& howItEnded() const { return m_end; }
 
 private:
-    HelperProcess() = default;
+    ServiceProcess() = default;
     void end();
 
     FileDescriptor m_input;
     FileDescriptor m_output;
     FileDescriptor m_errors;
     FileDescriptor m_process; // a process descriptor; none once the child was reaped
-    std::optional<HelperEnd> m_end;
+    std::optional<ProcessEnd> m_end;
 };

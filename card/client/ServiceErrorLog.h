@@ -4,9 +4,9 @@
 
 #include <QByteArray>
 
-/// Writes what a helper says on its standard error to the log, line by line, at debug level: it may be about a patient.
-/// Lines are bounded in length and in number.
-class HelperErrorLog final
+/// Writes what a service says on its standard error to the log, line by line, at debug level: it may be about a
+/// patient. Lines are bounded in length and in number.
+class ServiceErrorLog final
 {
 public:
     /// Bytes of a line that reach the log.
@@ -24,7 +24,7 @@ public:
 
     /// Reads a bounded slice of what is there, without waiting.
     Reading read(int descriptor);
-    /// Reads what an ended helper left there, at most so many slices, without waiting; the last line needs no end.
+    /// Reads what an ended service left there, at most so many slices, without waiting; the last line needs no end.
     void readLastWords(int descriptor, int maximumSlices);
 
 private:

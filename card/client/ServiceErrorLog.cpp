@@ -1,4 +1,4 @@
-#include "card/client/HelperErrorLog.h"
+#include "card/client/ServiceErrorLog.h"
 
 #include "card/client/MessageLogText.h"
 #include "support/MXLog.h"
@@ -8,7 +8,7 @@
 
 #include <unistd.h>
 
-HelperErrorLog::Reading HelperErrorLog::read(int descriptor)
+ServiceErrorLog::Reading ServiceErrorLog::read(int descriptor)
 {
     std::array<char, 4096> slice{};
     const ssize_t count = ::read(descriptor, slice.data(), slice.size());
@@ -22,14 +22,14 @@ HelperErrorLog::Reading HelperErrorLog::read(int descriptor)
     return Reading::Ended;
 }
 
-void HelperErrorLog::readLastWords(int descriptor, int maximumSlices)
+void ServiceErrorLog::readLastWords(int descriptor, int maximumSlices)
 {
     while (maximumSlices > 0 && read(descriptor) == Reading::Some)
         --maximumSlices;
     finish();
 }
 
-void HelperErrorLog::append(QByteArrayView bytes)
+void ServiceErrorLog::append(QByteArrayView bytes)
 {
     if (MXLog::defaultLogger().logLevel() < MXLog::Debug)
         return;
@@ -44,7 +44,7 @@ void HelperErrorLog::append(QByteArrayView bytes)
     }
 }
 
-void HelperErrorLog::writeLine()
+void ServiceErrorLog::writeLine()
 {
     if (!m_line.isEmpty() && m_limit.admits())
         MXLog::logDebug("Card service: {}{}", printableText(QString::fromUtf8(m_line)), m_isCut ? "..." : "");
@@ -52,7 +52,7 @@ void HelperErrorLog::writeLine()
     m_isCut = false;
 }
 
-void HelperErrorLog::finish()
+void ServiceErrorLog::finish()
 {
     writeLine();
     m_limit.tellLeftOut();

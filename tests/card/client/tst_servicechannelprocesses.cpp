@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ChannelTest;
 
-class TestServiceChannelHelpers : public QObject
+class TestServiceChannelProcesses : public QObject
 {
     Q_OBJECT
 
@@ -19,32 +19,32 @@ private Q_SLOTS:
         m_log.clear();
     }
 
-    void aHelperLeavesWhenItsInputEnds();
-    void closingDoesNotWaitForAHelperThatStaysAndThatIsKilled();
-    void theEndHurriesHelpersThatIgnoreTheEndOfTheirInput();
+    void aServiceLeavesWhenItsInputEnds();
+    void closingDoesNotWaitForAServiceThatStaysAndThatIsKilled();
+    void theEndHurriesServicesThatIgnoreTheEndOfTheirInput();
     void aProgramThatCannotBeExecutedIsReportedAtOnce_data();
     void aProgramThatCannotBeExecutedIsReportedAtOnce();
-    void theHelperStartsWithCleanSignalsAndThreeDescriptors();
-    void theHelperCanBeStartedWithoutStandardDescriptors();
-    void whatTheHelperSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines();
-    void whatTheHelperSaysOnStandardErrorIsNotLoggedByDefault();
-    void allThatAHelperSaysBeforeItEndsIsReadAndABoundedPartLogged_data();
-    void allThatAHelperSaysBeforeItEndsIsReadAndABoundedPartLogged();
-    void aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper();
+    void theServiceStartsWithCleanSignalsAndThreeDescriptors();
+    void theServiceCanBeStartedWithoutStandardDescriptors();
+    void whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines();
+    void whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault();
+    void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged_data();
+    void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged();
+    void aNoisyChildDoesNotHoldUpLeaveTakingOfItsService();
     void aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog();
-    void howAHelperEndedIsLoggedByDefault_data();
-    void howAHelperEndedIsLoggedByDefault();
-    void aHelperThatLeavesWhenItIsAskedToIsNotLogged();
-    void aHelperThatHadToBeKilledIsLoggedAsThat();
+    void howAProcessEndedIsLoggedByDefault_data();
+    void howAProcessEndedIsLoggedByDefault();
+    void aServiceThatLeavesWhenItIsAskedToIsNotLogged();
+    void aServiceThatHadToBeKilledIsLoggedAsThat();
 
 private:
-    /// What was logged of what helpers said.
+    /// What was logged of what services said.
     [[nodiscard]] QStringList said() const { return m_log.lines(MXLog::Debug).filter(u"Card service: "_s); }
 
     LogCapture m_log;
 };
 
-void TestServiceChannelHelpers::aHelperLeavesWhenItsInputEnds()
+void TestServiceChannelProcesses::aServiceLeavesWhenItsInputEnds()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command());
@@ -57,7 +57,7 @@ void TestServiceChannelHelpers::aHelperLeavesWhenItsInputEnds()
     QVERIFY(FakeService::isReaped(fake.processes()[0]));
 }
 
-void TestServiceChannelHelpers::closingDoesNotWaitForAHelperThatStaysAndThatIsKilled()
+void TestServiceChannelProcesses::closingDoesNotWaitForAServiceThatStaysAndThatIsKilled()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 1s});
@@ -79,7 +79,7 @@ void TestServiceChannelHelpers::closingDoesNotWaitForAHelperThatStaysAndThatIsKi
     QVERIFY(!FakeService::isDead(fake.processes().value(1)));
 }
 
-void TestServiceChannelHelpers::theEndHurriesHelpersThatIgnoreTheEndOfTheirInput()
+void TestServiceChannelProcesses::theEndHurriesServicesThatIgnoreTheEndOfTheirInput()
 {
     // One that was leaving already, and one that is told to.
     const FakeService fake;
@@ -100,7 +100,7 @@ void TestServiceChannelHelpers::theEndHurriesHelpersThatIgnoreTheEndOfTheirInput
     QVERIFY(FakeService::isReaped(fake.processes()[1]));
 }
 
-void TestServiceChannelHelpers::aProgramThatCannotBeExecutedIsReportedAtOnce_data()
+void TestServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::addColumn<int>("error");
@@ -112,7 +112,7 @@ void TestServiceChannelHelpers::aProgramThatCannotBeExecutedIsReportedAtOnce_dat
     QTest::newRow("interpreter absent") << u"script"_s << ENOENT;
 }
 
-void TestServiceChannelHelpers::aProgramThatCannotBeExecutedIsReportedAtOnce()
+void TestServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce()
 {
     QFETCH(const QString, kind);
     QFETCH(const int, error);
@@ -137,7 +137,7 @@ void TestServiceChannelHelpers::aProgramThatCannotBeExecutedIsReportedAtOnce()
     QCOMPARE(result, error);
 }
 
-void TestServiceChannelHelpers::theHelperStartsWithCleanSignalsAndThreeDescriptors()
+void TestServiceChannelProcesses::theServiceStartsWithCleanSignalsAndThreeDescriptors()
 {
     const FakeService fake;
     // What the application blocks, ignores and has open is not passed on.
@@ -160,7 +160,7 @@ void TestServiceChannelHelpers::theHelperStartsWithCleanSignalsAndThreeDescripto
     QCOMPARE(descriptors, (QStringList{u"0"_s, u"1"_s, u"2"_s, u"3"_s}));
 }
 
-void TestServiceChannelHelpers::theHelperCanBeStartedWithoutStandardDescriptors()
+void TestServiceChannelProcesses::theServiceCanBeStartedWithoutStandardDescriptors()
 {
     const FakeService fake;
     const FileDescriptor input(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 10));
@@ -179,7 +179,7 @@ void TestServiceChannelHelpers::theHelperCanBeStartedWithoutStandardDescriptors(
     QCOMPARE(story->events, QStringList{u"1: success"_s});
 }
 
-void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
+void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"chatter-on-errors"_s}));
@@ -194,7 +194,7 @@ void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsLoggedAtDebugL
     QCOMPARE(said(), m_log.lines());
 }
 
-void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsNotLoggedByDefault()
+void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"chatter-on-errors"_s}));
@@ -208,14 +208,14 @@ void TestServiceChannelHelpers::whatTheHelperSaysOnStandardErrorIsNotLoggedByDef
     QCOMPARE(m_log.lines(), QStringList());
 }
 
-void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsReadAndABoundedPartLogged_data()
+void TestServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged_data()
 {
     QTest::addColumn<QString>("behaviour");
     for (const auto* const behaviour : {"last-words", "last-words-and-leave-a-child"})
         QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
 }
 
-void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsReadAndABoundedPartLogged()
+void TestServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged()
 {
     QFETCH(const QString, behaviour);
     const FakeService fake;
@@ -230,7 +230,7 @@ void TestServiceChannelHelpers::allThatAHelperSaysBeforeItEndsIsReadAndABoundedP
     QCOMPARE(said(), expected);
 }
 
-void TestServiceChannelHelpers::aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper()
+void TestServiceChannelProcesses::aNoisyChildDoesNotHoldUpLeaveTakingOfItsService()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"die-and-leave-a-noisy-child"_s}), {.exitGrace = 10min});
@@ -240,7 +240,7 @@ void TestServiceChannelHelpers::aNoisyChildDoesNotHoldUpLeaveTakingOfItsHelper()
     QTRY_VERIFY_WITH_TIMEOUT(!fake.processes().isEmpty() && FakeService::isReaped(fake.processes()[0]), 10'000);
 }
 
-void TestServiceChannelHelpers::aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
+void TestServiceChannelProcesses::aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"flood-on-errors"_s}), {.exitGrace = 200ms});
@@ -258,7 +258,7 @@ void TestServiceChannelHelpers::aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog
     QVERIFY(leftOut.match(said().constLast()).captured(1).toLongLong() > 1000);
 }
 
-void TestServiceChannelHelpers::howAHelperEndedIsLoggedByDefault_data()
+void TestServiceChannelProcesses::howAProcessEndedIsLoggedByDefault_data()
 {
     QTest::addColumn<QStringList>("behaviour");
     QTest::addColumn<QString>("logged");
@@ -272,7 +272,7 @@ void TestServiceChannelHelpers::howAHelperEndedIsLoggedByDefault_data()
     QTest::newRow("bad arguments") << QStringList{u"--absent"_s} << u"The card service ended: exit status 2"_s;
 }
 
-void TestServiceChannelHelpers::howAHelperEndedIsLoggedByDefault()
+void TestServiceChannelProcesses::howAProcessEndedIsLoggedByDefault()
 {
     QFETCH(const QStringList, behaviour);
     QFETCH(const QString, logged);
@@ -285,7 +285,7 @@ void TestServiceChannelHelpers::howAHelperEndedIsLoggedByDefault()
     QCOMPARE(m_log.lines(MXLog::Warning), QStringList{logged});
 }
 
-void TestServiceChannelHelpers::aHelperThatLeavesWhenItIsAskedToIsNotLogged()
+void TestServiceChannelProcesses::aServiceThatLeavesWhenItIsAskedToIsNotLogged()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command());
@@ -298,7 +298,7 @@ void TestServiceChannelHelpers::aHelperThatLeavesWhenItIsAskedToIsNotLogged()
     QCOMPARE(m_log.lines(), QStringList());
 }
 
-void TestServiceChannelHelpers::aHelperThatHadToBeKilledIsLoggedAsThat()
+void TestServiceChannelProcesses::aServiceThatHadToBeKilledIsLoggedAsThat()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 100ms});
@@ -311,7 +311,7 @@ void TestServiceChannelHelpers::aHelperThatHadToBeKilledIsLoggedAsThat()
 
 int main(int argc, char** argv)
 {
-    return runChannelTest<TestServiceChannelHelpers>(argc, argv);
+    return runChannelTest<TestServiceChannelProcesses>(argc, argv);
 }
 
-#include "tst_servicechannelhelpers.moc"
+#include "tst_servicechannelprocesses.moc"
