@@ -7,7 +7,8 @@
 #include <memory>
 #include <thread>
 
-/// How long a call to a reading library may last.
+/// How long a call to a reading library may last. Less than the client waits for a reply (ChannelLimits), so that the
+/// client has one.
 struct DeadlineLimits
 {
     std::chrono::milliseconds read{20'000};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "card/client/ChannelLimits.h"
 #include "card/client/LogLimit.h"
 #include "card/client/ServiceConnection.h"
 
@@ -38,9 +39,6 @@ public:
     void send(const QCborMap& body, ServiceReplyHandler handler);
 
 private:
-    // Lines about replies to numbers that do not wait, in each of LogLimit's periods.
-    static constexpr int maximumStrayReplies = 10;
-
     // A connection is kept alive by whoever works on it: a handler may close it meanwhile.
     using ConnectionPointer = std::shared_ptr<ServiceConnection>;
 
@@ -96,5 +94,5 @@ private:
     bool m_isStopping = false;
     ConnectionPointer m_connection;
     std::vector<LeavingService> m_leaving;
-    LogLimit m_strayReplies{MXLog::Warning, maximumStrayReplies};
+    LogLimit m_strayReplies{MXLog::Warning, ChannelLogLines::strayReplies};
 };

@@ -2,6 +2,7 @@
 
 #include "card/CardRecord.h"
 #include "card/client/CardServiceKeys.h"
+#include "card/client/ChannelLimits.h"
 #include "card/client/LogLimit.h"
 #include "card/client/ServiceChannel.h"
 #include "card/client/ServiceReply.h"
@@ -80,9 +81,6 @@ public:
     [[nodiscard]] static unsigned _modeToInteger(QStringView name);
 
 private:
-    // Unsolicited messages that reach the log in each of LogLimit's periods.
-    static constexpr int maximumUnsolicitedMessages = 200;
-
     using RequestFields = QMap<QString, std::optional<QString>>;
     /// What a step hands on: its result, or why there is none. Unlike a caller's handler it is never empty.
     template <typename Result>
@@ -135,7 +133,7 @@ private:
     // On the channel's thread alone.
     int m_waitingReads = 0;
     quint64 m_lastBind = 0;
-    LogLimit m_unsolicitedMessages{MXLog::Debug, maximumUnsolicitedMessages};
+    LogLimit m_unsolicitedMessages{MXLog::Debug, ChannelLogLines::unsolicitedMessages};
 
     // Last, so that it ends before what its handlers use.
     ServiceChannel m_channel;

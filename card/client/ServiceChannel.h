@@ -1,5 +1,6 @@
 #pragma once
 
+#include "card/client/ChannelLimits.h"
 #include "card/client/ServiceConnection.h"
 #include "card/client/ServiceProcess.h"
 

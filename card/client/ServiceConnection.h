@@ -13,17 +13,6 @@
 
 #include <poll.h>
 
-/// Limits of a channel's patience.
-struct ChannelLimits
-{
-    /// A service that leaves a request unanswered for longer is ended.
-    std::chrono::milliseconds requestTimeout = std::chrono::seconds(60);
-    /// A service whose input was closed and that does not leave within this is killed.
-    std::chrono::milliseconds exitGrace = std::chrono::seconds(2);
-    /// The same when the channel itself ends: the application's end waits for it, and a session's end for that.
-    std::chrono::milliseconds stopGrace = std::chrono::seconds(1);
-};
-
 using ChannelClock = std::chrono::steady_clock;
 
 /// Receives a reply's body; nullopt stands for whatever is not a dictionary: a null body, a broken or closed

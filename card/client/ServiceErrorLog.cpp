@@ -36,7 +36,7 @@ void ServiceErrorLog::append(QByteArrayView bytes)
     for (const char byte : bytes) {
         if (byte == '\n') {
             writeLine();
-        } else if (m_line.size() < maximumLine) {
+        } else if (m_line.size() < maximumErrorLine) {
             m_line.append(byte);
         } else {
             m_isCut = true;

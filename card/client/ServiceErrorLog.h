@@ -1,19 +1,15 @@
 #pragma once
 
+#include "card/client/ChannelLimits.h"
 #include "card/client/LogLimit.h"
 
 #include <QByteArray>
 
 /// Writes what a service says on its standard error to the log, line by line, at debug level: it may be about a
-/// patient. Lines are bounded in length and in number.
+/// patient. Lines are bounded in length and in number (ChannelLimits.h).
 class ServiceErrorLog final
 {
 public:
-    /// Bytes of a line that reach the log.
-    static constexpr qsizetype maximumLine = 1024;
-    /// Lines that reach it in each of LogLimit's periods.
-    static constexpr int maximumLines = 200;
-
     /// What a read came to.
     enum class Reading
     {
@@ -32,7 +28,7 @@ private:
     void writeLine();
     void finish();
 
-    LogLimit m_limit{MXLog::Debug, maximumLines};
+    LogLimit m_limit{MXLog::Debug, ChannelLogLines::errors};
     QByteArray m_line;
     bool m_isCut = false;
 };

@@ -1,5 +1,6 @@
 #include "card/client/ServiceProcess.h"
 
+#include "card/client/ChannelLimits.h"
 #include "card/client/ServiceEnvironment.h"
 #include "platform/NativePath.h"
 
@@ -22,9 +23,6 @@ extern "C" {
 }
 
 namespace {
-
-// A killed process ends at once unless the kernel holds it in a device; nobody waits longer than this for that.
-constexpr int killPatience = 1000; // milliseconds
 
 constexpr int firstFreeDescriptor = 3; // after standard input, output and error
 constexpr int exitCodeCannotExecute = 127;
@@ -266,7 +264,7 @@ void ServiceProcess::end()
         return;
     kill();
     pollfd ended{.fd = m_process.get(), .events = POLLIN, .revents = 0};
-    while (poll(&ended, 1, killPatience) < 0 && errno == EINTR) {
+    while (poll(&ended, 1, static_cast<int>(killPatience.count())) < 0 && errno == EINTR) {
     }
     [[maybe_unused]] const bool reaped = reap();
 }

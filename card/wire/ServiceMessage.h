@@ -33,7 +33,8 @@ enum class FramingError
 class ServiceMessageReader
 {
 public:
-    /// Bytes that one item may take; a larger one is refused as soon as that can be told.
+    /// Bytes that one item may take; a larger one is refused as soon as that can be told. The client's other limits are
+    /// in ChannelLimits.h.
     static constexpr qsizetype maximumItemSize = qsizetype{4} * 1024 * 1024;
 
     /// Accepts messages with these keys alone, or with any if there are none. They must outlive the reader.
