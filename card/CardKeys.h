@@ -1,40 +1,117 @@
 #pragma once
 
-#include <QStringView>
+#include <QString>
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
+/// The name of a value of a record. Made of a literal at compile time, so that what refers to it cannot dangle.
+class RecordKey
+{
+public:
+    explicit consteval RecordKey(std::u16string_view name)
+        : m_name(name)
+    {
+    }
+
+    // NOLINTNEXTLINE(google-explicit-constructor): wherever a name is read, a key may stand.
+    constexpr operator QStringView() const { return {m_name.data(), qsizetype(m_name.size())}; }
+    /// Refers to the literal instead of copying it.
+    [[nodiscard]] QString toString() const
+    {
+        const QStringView name = *this;
+        return QString::fromRawData(name.data(), name.size());
+    }
+
+    friend constexpr bool operator==(RecordKey, RecordKey) = default;
+
+private:
+    std::u16string_view m_name;
+};
+
+/// A path of element names joined by "/", which the card's document is read by in UTF-8 and written by in UTF-16.
+class ElementPath
+{
+public:
+    explicit consteval ElementPath(std::string_view names) { append(names); }
+
+    [[nodiscard]] constexpr std::string_view utf8() const { return {m_utf8.data(), m_size}; }
+    [[nodiscard]] constexpr QStringView utf16() const { return {m_utf16.data(), qsizetype(m_size)}; }
+
+    consteval ElementPath operator/(const ElementPath& below) const
+    {
+        ElementPath whole = *this;
+        whole.append("/");
+        whole.append(below.utf8());
+        return whole;
+    }
+
+private:
+    consteval void append(std::string_view ascii)
+    {
+        for (const char character : ascii) {
+            m_utf8.at(m_size) = character;
+            m_utf16.at(m_size++) = static_cast<char16_t>(character);
+        }
+    }
+
+    std::array<char, 64> m_utf8{};
+    std::array<char16_t, 64> m_utf16{};
+    std::size_t m_size = 0;
+};
+
 /// Keys of the card record and of its beneficiaries: the one spelling of each.
 namespace CardKey {
-inline constexpr QStringView vitaleSerial{u"VitaleSerial"};
-inline constexpr QStringView beneficiaries{u"Beneficiaries"};
-inline constexpr QStringView firstName{u"FirstName"};
-inline constexpr QStringView lastName{u"LastName"};
-inline constexpr QStringView patronimicName{u"PatronimicName"};
-inline constexpr QStringView birthdayDate{u"BirthdayDate"};
-inline constexpr QStringView birthdayDateRaw{u"MVBirthdayDateRaw"};
-inline constexpr QStringView ssn{u"SSN"};
-inline constexpr QStringView rank{u"Rank"};
-inline constexpr QStringView certifiedSSN{u"CertifiedSSN"};
-inline constexpr QStringView quality{u"Quality"};
-inline constexpr QStringView regimeCode{u"RegimeCode"};
-inline constexpr QStringView fundCode{u"FundCode"};
-inline constexpr QStringView managementCenter{u"ManagementCenter"};
-inline constexpr QStringView managementCode{u"ManagementCode"};
-inline constexpr QStringView exonerationLabel{u"ExonerationLabel"};
-inline constexpr QStringView amoRights{u"AMORights"};
-inline constexpr QStringView amoRightBegin{u"AMORightBegin"};
-inline constexpr QStringView amoRightEnd{u"AMORightEnd"};
-inline constexpr QStringView fundCodeLibelle{u"FundCodeLibelle"};
-inline constexpr QStringView xmlString{u"XMLString"};
+inline constexpr RecordKey vitaleSerial{u"VitaleSerial"};
+inline constexpr RecordKey beneficiaries{u"Beneficiaries"};
+inline constexpr RecordKey firstName{u"FirstName"};
+inline constexpr RecordKey lastName{u"LastName"};
+// The birth name: no window and no page shows it, the debug copy has it.
+inline constexpr RecordKey patronimicName{u"PatronimicName"};
+inline constexpr RecordKey birthdayDate{u"BirthdayDate"};
+inline constexpr RecordKey birthdayDateRaw{u"MVBirthdayDateRaw"};
+inline constexpr RecordKey ssn{u"SSN"};
+inline constexpr RecordKey rank{u"Rank"};
+inline constexpr RecordKey certifiedSSN{u"CertifiedSSN"};
+inline constexpr RecordKey quality{u"Quality"};
+inline constexpr RecordKey regimeCode{u"RegimeCode"};
+inline constexpr RecordKey fundCode{u"FundCode"};
+inline constexpr RecordKey managementCenter{u"ManagementCenter"};
+inline constexpr RecordKey managementCode{u"ManagementCode"};
+inline constexpr RecordKey exonerationLabel{u"ExonerationLabel"};
+inline constexpr RecordKey amoRights{u"AMORights"};
+inline constexpr RecordKey amoRightBegin{u"AMORightBegin"};
+inline constexpr RecordKey amoRightEnd{u"AMORightEnd"};
+inline constexpr RecordKey fundCodeLibelle{u"FundCodeLibelle"};
+inline constexpr RecordKey xmlString{u"XMLString"};
 } // namespace CardKey
 
-/// A field of a beneficiary: its key in the record and its path from the T_AsnBeneficiaire element.
+/// Where the parts of a card's document are.
+namespace CardPath {
+inline constexpr ElementPath document{"T_AsnDonneesVitale"};
+// From the document's element.
+inline constexpr ElementPath serial{"tech/numSerie"};
+inline constexpr ElementPath beneficiary{"listeBenef/T_AsnBeneficiaire"};
+// From a beneficiary's element.
+inline constexpr ElementPath birth{"ident/naissance"};
+inline constexpr ElementPath period{"ident/listePeriodesDroits/T_AsnPeriode"};
+// From a period's element.
+inline constexpr ElementPath periodBegin{"debut"};
+inline constexpr ElementPath periodEnd{"fin"};
+} // namespace CardPath
+
+/// A field of a beneficiary: its key in the record and its path from the beneficiary's element.
 struct BeneficiaryField
 {
-    QStringView key;
-    std::string_view path;
+    consteval BeneficiaryField(RecordKey recordKey, std::string_view names)
+        : key(recordKey)
+        , path(names)
+    {
+    }
+
+    RecordKey key;
+    ElementPath path;
 };
 
 /// Every field that is copied from the card's XML as it stands.
@@ -54,6 +131,15 @@ inline constexpr std::array beneficiaryFields{
     BeneficiaryField{CardKey::managementCode, "amo/codeGestion"},
     BeneficiaryField{CardKey::exonerationLabel, "amo/libelleExo"},
 };
+
+/// The path of the field with that key.
+consteval QStringView pathOf(RecordKey key)
+{
+    return std::ranges::find(beneficiaryFields, key, &BeneficiaryField::key)->path.utf16();
+}
+
+/// The quality of the insured person.
+inline constexpr QStringView insuredQuality{u"0"};
 
 /// What the card record copies from its main beneficiary.
 inline constexpr std::array mainBeneficiaryKeys{

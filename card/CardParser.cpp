@@ -8,21 +8,19 @@
 
 namespace {
 
-constexpr std::string_view serialPath = "/T_AsnDonneesVitale/tech/numSerie";
-constexpr std::string_view beneficiariesPath = "T_AsnDonneesVitale/listeBenef/T_AsnBeneficiaire";
-constexpr std::string_view rightsPath = "ident/listePeriodesDroits/T_AsnPeriode";
-constexpr QStringView insuredPersonQuality{u"0"};
+constexpr ElementPath serialPath = CardPath::document / CardPath::serial;
+constexpr ElementPath beneficiariesPath = CardPath::document / CardPath::beneficiary;
 
 BeneficiaryRecord parseBeneficiary(const XmlNode& element)
 {
     BeneficiaryRecord beneficiary;
     for (const BeneficiaryField& field : beneficiaryFields) {
-        if (const std::optional<XmlNode> node = element.firstNode(field.path))
+        if (const std::optional<XmlNode> node = element.firstNode(field.path.utf8()))
             beneficiary.setText(field.key, node->stringValue());
     }
     // The array tells that the card lists periods; the periods themselves are not carried, so that nobody takes what
     // the card says for today's rights.
-    if (element.firstNode(rightsPath))
+    if (element.firstNode(CardPath::period.utf8()))
         beneficiary.setRights({});
     return beneficiary;
 }
@@ -30,7 +28,7 @@ BeneficiaryRecord parseBeneficiary(const XmlNode& element)
 const BeneficiaryRecord& mainBeneficiary(const QList<BeneficiaryRecord>& beneficiaries)
 {
     const auto insured = std::ranges::find_if(beneficiaries, [](const BeneficiaryRecord& beneficiary) {
-        return beneficiary.text(CardKey::quality) == insuredPersonQuality;
+        return beneficiary.text(CardKey::quality) == insuredQuality;
     });
     return insured == beneficiaries.cend() ? beneficiaries.first() : *insured;
 }
@@ -43,7 +41,7 @@ std::expected<CardRecord, Error> parseCardDocument(const XmlDocument* document)
         return std::unexpected(PelmoraError::internalError());
 
     // Counted before anything is made of them.
-    const std::vector<XmlNode> elements = document->documentNode().nodes(beneficiariesPath);
+    const std::vector<XmlNode> elements = document->documentNode().nodes(beneficiariesPath.utf8());
     if (elements.empty())
         return std::unexpected(PelmoraError::vitaleNoBen());
     if (elements.size() > maximumBeneficiaries) {
@@ -53,7 +51,7 @@ std::expected<CardRecord, Error> parseCardDocument(const XmlDocument* document)
     }
 
     CardRecord record;
-    const std::optional<XmlNode> serial = document->rootElement().firstNode(serialPath);
+    const std::optional<XmlNode> serial = document->documentNode().firstNode(serialPath.utf8());
     if (serial && serial->hasChildren())
         record.setText(CardKey::vitaleSerial, serial->stringValue());
 
@@ -62,7 +60,7 @@ std::expected<CardRecord, Error> parseCardDocument(const XmlDocument* document)
         beneficiaries.append(parseBeneficiary(element));
 
     const BeneficiaryRecord& insured = mainBeneficiary(beneficiaries);
-    for (const QStringView key : mainBeneficiaryKeys) {
+    for (const RecordKey key : mainBeneficiaryKeys) {
         if (const std::optional<QString> value = insured.text(key))
             record.setText(key, *value);
     }

@@ -1,12 +1,10 @@
 #include "card/CardRecord.h"
 
-#include "card/CardKeys.h"
-
 #include <utility>
 
 namespace {
 
-// The keys are constants with static storage: the map refers to them instead of copying.
+// To look for, as long as the view lasts.
 QString mapKey(QStringView key)
 {
     return QString::fromRawData(key.data(), key.size());
@@ -22,7 +20,7 @@ std::optional<QString> PersonalRecord::text(QStringView key) const
     return found->toString();
 }
 
-void PersonalRecord::setText(QStringView key, const QString& value)
+void PersonalRecord::setText(RecordKey key, const QString& value)
 {
     setValue(key, value);
 }
@@ -32,14 +30,14 @@ bool PersonalRecord::contains(QStringView key) const
     return m_values.contains(mapKey(key));
 }
 
-void PersonalRecord::setValue(QStringView key, const QVariant& value)
+void PersonalRecord::setValue(RecordKey key, const QVariant& value)
 {
-    m_values.insert(mapKey(key), value);
+    m_values.insert(key.toString(), value);
 }
 
 std::optional<QVariantList> BeneficiaryRecord::rights() const
 {
-    const QVariant value = values().value(mapKey(CardKey::amoRights));
+    const QVariant value = values().value(CardKey::amoRights.toString());
     if (!value.isValid())
         return std::nullopt;
     return value.toList();

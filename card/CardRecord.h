@@ -1,5 +1,7 @@
 #pragma once
 
+#include "card/CardKeys.h"
+
 #include <QDebug>
 #include <QList>
 #include <QString>
@@ -14,7 +16,7 @@ class PersonalRecord
 public:
     /// The value of a key of CardKeys.h; absent (never an empty placeholder) when the card does not carry it.
     [[nodiscard]] std::optional<QString> text(QStringView key) const;
-    void setText(QStringView key, const QString& value);
+    void setText(RecordKey key, const QString& value);
 
     [[nodiscard]] bool contains(QStringView key) const;
     [[nodiscard]] QStringList keys() const { return m_values.keys(); }
@@ -32,7 +34,7 @@ protected:
     PersonalRecord& operator=(PersonalRecord&&) = default;
 
     [[nodiscard]] const QVariantMap& values() const { return m_values; }
-    void setValue(QStringView key, const QVariant& value);
+    void setValue(RecordKey key, const QVariant& value);
 
 private:
     QVariantMap m_values;

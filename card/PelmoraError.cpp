@@ -1,5 +1,7 @@
 #include "card/PelmoraError.h"
 
+#include "card/ReadResult.h"
+
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -63,14 +65,14 @@ Error PelmoraError::vitaleNoBen()
 
 Error PelmoraError::errorForCode(qint64 resultCode)
 {
-    switch (resultCode) {
-    case 11:
+    switch (static_cast<ReadResult>(resultCode)) {
+    case ReadResult::CardAbsent:
         return vitaleNotPresent();
-    case 13:
+    case ReadResult::ReaderFault:
         return readerError();
-    case 15:
-    case 17:
-    case 25:
+    case ReadResult::CardChanged:
+    case ReadResult::ReadError:
+    case ReadResult::CardMute:
         return vitaleReadError();
     default:
         return generalError();

@@ -21,6 +21,7 @@ public:
     [[nodiscard]] static Error vitaleReadError();
     [[nodiscard]] static Error vitaleNoBen();
 
-    /// The error for a "Result" code of the card service; the general error for a code without one of its own.
+    /// The error for a "Result" code of the card service, a ReadResult or any other number; the general error for a
+    /// code without one of its own.
     [[nodiscard]] static Error errorForCode(qint64 resultCode);
 };

@@ -1,8 +1,13 @@
 #include "service/CardCoverage.h"
 
+#include "card/CardKeys.h"
+
 #include <QXmlStreamReader>
 
 namespace {
+
+constexpr ElementPath beneficiaryElement = CardPath::document / CardPath::beneficiary;
+constexpr QStringView beneficiaryPath = beneficiaryElement.utf16();
 
 /// Follows a card's elements and keeps the first quality, scheme and fund of each beneficiary.
 class CoverageFinder
@@ -20,7 +25,7 @@ public:
         if (!reader.namespaceUri().isEmpty())
             m_path += u'{';
         m_path += reader.name();
-        if (m_path == CardPath::beneficiary) {
+        if (m_path == beneficiaryPath) {
             m_values = {};
         } else if (Value* value = valueAtPath(); value != nullptr && !value->found) {
             value->found = true;
@@ -38,7 +43,7 @@ public:
 
     void endElement()
     {
-        if (m_path == CardPath::beneficiary)
+        if (m_path == beneficiaryPath)
             keepBeneficiary();
         if (m_starts.size() == m_currentDepth)
             m_current = nullptr;
@@ -56,9 +61,9 @@ private:
     };
     struct Values
     {
-        Value quality{CardPath::quality, {}, false};
-        Value scheme{CardPath::scheme, {}, false};
-        Value fund{CardPath::fund, {}, false};
+        Value quality{pathOf(CardKey::quality), {}, false};
+        Value scheme{pathOf(CardKey::regimeCode), {}, false};
+        Value fund{pathOf(CardKey::fundCode), {}, false};
     };
 
     static constexpr qsizetype deepestNesting = 256;
@@ -66,8 +71,8 @@ private:
     Value* valueAtPath()
     {
         const QStringView path(m_path);
-        constexpr qsizetype prefix = CardPath::beneficiary.size() + 1;
-        if (path.size() <= prefix || !path.startsWith(CardPath::beneficiary) || path[prefix - 1] != u'/')
+        constexpr qsizetype prefix = beneficiaryPath.size() + 1;
+        if (path.size() <= prefix || !path.startsWith(beneficiaryPath) || path[prefix - 1] != u'/')
             return nullptr;
         for (Value* value : {&m_values.quality, &m_values.scheme, &m_values.fund}) {
             if (path.sliced(prefix) == value->path)
@@ -78,7 +83,7 @@ private:
 
     void keepBeneficiary()
     {
-        const bool isMain = m_values.quality.found && m_values.quality.text == u"0";
+        const bool isMain = m_values.quality.found && m_values.quality.text == insuredQuality;
         if (m_hasMain || (m_hasFirst && !isMain))
             return;
         m_coverage = {m_values.scheme.text, m_values.fund.text};

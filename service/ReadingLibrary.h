@@ -1,5 +1,7 @@
 #pragma once
 
+#include "card/ReadResult.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -12,17 +14,6 @@ enum class LibraryMode
     Automatic = 0,
     System = 1,
     Embedded = 2
-};
-
-/// Why a card could not be read, with the numbers that go over the channel.
-enum class ReadResult : qint64
-{
-    Unusable = 0,     // the card is sound, but lacks what an attestation is made of
-    CardAbsent = 11,  // no card, or not one that answers
-    ReaderFault = 13, // the reader, or the system's service for readers, is lost
-    CardChanged = 15, // the card left, or another came, during the read
-    ReadError = 17,   // the card refuses its data, or they are damaged
-    CardMute = 25     // the card does not answer, or stands upside down
 };
 
 /// Whose reading library is in use.

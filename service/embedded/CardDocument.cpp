@@ -13,7 +13,7 @@ namespace {
 const CardTree* insuredPerson(const std::vector<const CardTree*>& beneficiaries)
 {
     const auto found = std::ranges::find_if(beneficiaries, [](const CardTree* beneficiary) {
-        return beneficiary->textAt(CardElements::quality) == CardElements::insuredQuality;
+        return beneficiary->textAt(CardElements::quality) == insuredQuality;
     });
     return found == beneficiaries.cend() ? beneficiaries.front() : *found;
 }
@@ -41,7 +41,7 @@ std::optional<CardGap> doubtIn(const CardTree& document)
     for (std::size_t index = 0; index < beneficiaries.size(); ++index) {
         const QString quality = beneficiaries[index]->textAt(CardElements::quality);
         known += quality.isEmpty() ? 0 : 1;
-        if (quality == CardElements::insuredQuality)
+        if (quality == insuredQuality)
             insured.append(QString::number(index + 1));
     }
     if (known == 0 || insured.size() == 1)

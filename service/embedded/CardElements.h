@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QStringView>
+#include "card/CardKeys.h"
 
 #include <array>
 #include <cstddef>
@@ -33,20 +33,18 @@ struct CardElement
 
 namespace CardElements {
 
-inline constexpr QStringView document{u"T_AsnDonneesVitale"};
-inline constexpr QStringView serial{u"tech/numSerie"};
-inline constexpr QStringView beneficiary{u"listeBenef/T_AsnBeneficiaire"};
+inline constexpr QStringView document = CardPath::document.utf16();
+inline constexpr QStringView serial = CardPath::serial.utf16();
+inline constexpr QStringView beneficiary = CardPath::beneficiary.utf16();
 // Family cards have room for nineteen. More than this is no family, and would take its time.
 inline constexpr std::size_t mostBeneficiaries = 99;
-inline constexpr QStringView period{u"ident/listePeriodesDroits/T_AsnPeriode"};
-inline constexpr std::array periodParts{QStringView{u"debut"}, QStringView{u"fin"}};
+inline constexpr QStringView period = CardPath::period.utf16();
+inline constexpr std::array periodParts{CardPath::periodBegin.utf16(), CardPath::periodEnd.utf16()};
 
-inline constexpr QStringView quality{u"amo/qualBenef"};
-inline constexpr QStringView insuredQuality{u"0"};
-inline constexpr QStringView birthDate{u"ident/naissance/date"};
-inline constexpr QStringView shortBirthDate{u"ident/naissance/dateEnCarte"};
-
-inline constexpr QStringView birth{u"ident/naissance"};
+inline constexpr QStringView quality = pathOf(CardKey::quality);
+inline constexpr QStringView birth = CardPath::birth.utf16();
+inline constexpr QStringView birthDate = pathOf(CardKey::birthdayDate);
+inline constexpr QStringView shortBirthDate = pathOf(CardKey::birthdayDateRaw);
 
 inline constexpr QStringView digits{u"0123456789"};
 /// A number of as many digits, zeros in front included.
@@ -64,22 +62,22 @@ inline constexpr CardShape numberShape{13, 15};
 inline constexpr CardShape qualityShape{1, 1, u"012345689"};
 
 inline constexpr std::array beneficiaryElements{
-    CardElement{u"ident/nomUsuel", nameShape, CardNeed::Everyone},
-    CardElement{u"ident/nomPatronymique", nameShape},
-    CardElement{u"ident/prenomUsuel", nameShape, CardNeed::Everyone},
+    CardElement{pathOf(CardKey::lastName), nameShape, CardNeed::Everyone},
+    CardElement{pathOf(CardKey::patronimicName), nameShape},
+    CardElement{pathOf(CardKey::firstName), nameShape, CardNeed::Everyone},
     // One of the two dates of the insured person must be there, which is looked at apart.
     CardElement{birthDate, digitsOf(8), CardNeed::Optional, true},
     CardElement{shortBirthDate, {0, 6, digits}, CardNeed::Optional, true},
-    CardElement{u"ident/rangDeNaissance", digitsOf(1), CardNeed::Everyone},
+    CardElement{pathOf(CardKey::rank), digitsOf(1), CardNeed::Everyone},
     // A child often has no number of its own.
-    CardElement{u"ident/nir", numberShape, CardNeed::Insured, true},
-    CardElement{u"ident/nirCertifie", numberShape, CardNeed::Optional, true},
+    CardElement{pathOf(CardKey::ssn), numberShape, CardNeed::Insured, true},
+    CardElement{pathOf(CardKey::certifiedSSN), numberShape, CardNeed::Optional, true},
     CardElement{quality, qualityShape, CardNeed::Insured},
-    CardElement{u"amo/codeRegime", digitsOf(2), CardNeed::Insured, true},
-    CardElement{u"amo/caisse", digitsOf(3), CardNeed::Insured},
-    CardElement{u"amo/centreCarte", digitsOf(4), CardNeed::Insured},
-    CardElement{u"amo/codeGestion", {2, 2}, CardNeed::Insured},
-    CardElement{u"amo/libelleExo", labelShape},
+    CardElement{pathOf(CardKey::regimeCode), digitsOf(2), CardNeed::Insured, true},
+    CardElement{pathOf(CardKey::fundCode), digitsOf(3), CardNeed::Insured},
+    CardElement{pathOf(CardKey::managementCenter), digitsOf(4), CardNeed::Insured},
+    CardElement{pathOf(CardKey::managementCode), {2, 2}, CardNeed::Insured},
+    CardElement{pathOf(CardKey::exonerationLabel), labelShape},
 };
 
 } // namespace CardElements

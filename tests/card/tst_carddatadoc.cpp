@@ -7,17 +7,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString text(std::string_view characters)
-{
-    return QString::fromUtf8(characters.data(), static_cast<qsizetype>(characters.size()));
-}
-
 /// The fields' table as the documentation shows it.
 QString renderedTable()
 {
     QString table = u"| key | path |\n|---|---|\n"_s;
     for (const BeneficiaryField& field : beneficiaryFields)
-        table += u"| `%1` | `%2` |\n"_s.arg(field.key, text(field.path));
+        table += u"| `%1` | `%2` |\n"_s.arg(QStringView(field.key), field.path.utf16());
     return table;
 }
 
@@ -49,7 +44,7 @@ private Q_SLOTS:
         QFile file(QStringLiteral(PELMORA_SOURCE "/docs/card-data.md"));
         QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
         QStringList keys;
-        for (const QStringView key : mainBeneficiaryKeys)
+        for (const RecordKey key : mainBeneficiaryKeys)
             keys.append(u'`' + key.toString() + u'`');
         const QString row = u"| %1 | the insured person's |"_s.arg(keys.join(u", "_s));
         QVERIFY2(QString::fromUtf8(file.readAll()).contains(row), qPrintable(row));

@@ -78,7 +78,7 @@ private Q_SLOTS:
             used.unite(QSet<QString>(keys.cbegin(), keys.cend()));
         }
         for (const BeneficiaryField& field : beneficiaryFields)
-            QVERIFY2(used.contains(field.key.toString()), field.path.data());
+            QVERIFY2(used.contains(field.key.toString()), field.path.utf8().data());
         QVERIFY(used.contains(CardKey::amoRights.toString()));
     }
 };

@@ -1,9 +1,6 @@
-#include "card/CardKeys.h"
 #include "service/CardCoverage.h"
 
 #include <QTest>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -32,12 +29,6 @@ QString coverageOf(const QString& text)
     return coverage ? coverage->scheme + u' ' + coverage->fund : u"refused"_s;
 }
 
-QString fieldPath(QStringView key)
-{
-    const auto* field = std::ranges::find(beneficiaryFields, key, &BeneficiaryField::key);
-    return QString::fromUtf8(field->path.data(), qsizetype(field->path.size()));
-}
-
 } // namespace
 
 class TestCardCoverage : public QObject
@@ -45,13 +36,6 @@ class TestCardCoverage : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void thePathsAreThoseOfTheCardRecord()
-    {
-        QCOMPARE(fieldPath(CardKey::quality), CardPath::quality.toString());
-        QCOMPARE(fieldPath(CardKey::regimeCode), CardPath::scheme.toString());
-        QCOMPARE(fieldPath(CardKey::fundCode), CardPath::fund.toString());
-    }
-
     void theInsuredPersonGivesTheCoverage()
     {
         QCOMPARE(coverageOf(card(covered(u"6"_s, u"02"_s, u"001"_s) + covered(u"0"_s, u"01"_s, u"751"_s) +

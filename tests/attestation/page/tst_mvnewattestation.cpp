@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-BeneficiaryRecord personWith(QStringView key, const QString& value)
+BeneficiaryRecord personWith(RecordKey key, const QString& value)
 {
     BeneficiaryRecord record;
     record.setText(key, value);
@@ -28,7 +28,7 @@ CardRecord cardOf(const QList<BeneficiaryRecord>& beneficiaries)
     return card;
 }
 
-CardRecord cardWith(const QList<std::pair<QStringView, QString>>& texts)
+CardRecord cardWith(const QList<std::pair<RecordKey, QString>>& texts)
 {
     CardRecord card;
     for (const auto& [key, value] : texts)

@@ -22,7 +22,7 @@ QStringList pathsOfTheRecord()
 {
     QStringList paths;
     for (const BeneficiaryField& field : beneficiaryFields)
-        paths.append(QString::fromUtf8(field.path.data(), qsizetype(field.path.size())));
+        paths.append(field.path.utf16().toString());
     return paths;
 }
 
@@ -38,9 +38,9 @@ QStringList pathsOfTheElements()
 QStringList pathsOfTheHead()
 {
     QStringList paths;
-    for (const QStringView key : mainBeneficiaryKeys) {
+    for (const RecordKey key : mainBeneficiaryKeys) {
         const auto* field = std::ranges::find(beneficiaryFields, key, &BeneficiaryField::key);
-        paths.append(QString::fromUtf8(field->path.data(), qsizetype(field->path.size())));
+        paths.append(field->path.utf16().toString());
     }
     return paths;
 }
