@@ -13,6 +13,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <chrono>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -69,9 +70,11 @@ public:
     /// The user leaves: ends the application once the files that are being written are whole. A save that fails
     /// meanwhile keeps it, to tell so.
     void quit();
-    /// Ends the application, whatever is on the screen, once the files that are being written are whole. A disk that
-    /// does not answer holds neither this nor quit() up for more than ten seconds.
+    /// Ends the application, whatever is on the screen, once the files that are being written are whole.
     void terminate();
+    /// How long quit() and terminate() wait, with the windows, for a disk that does not answer. After that FileWorker
+    /// waits for its own time without them.
+    static constexpr std::chrono::seconds patienceAtTheEnd{8};
 
     [[nodiscard]] bool isEnabled() const { return m_enabled; }
     [[nodiscard]] bool isReading() const { return m_reading.isReading(); }

@@ -21,14 +21,6 @@
 #include <chrono>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-
-namespace {
-
-// How long the end of the application waits for a disk with its windows; FileWorker waits two seconds more without.
-constexpr auto patienceAtTheEnd = 8s;
-
-} // namespace
 
 QString AppDelegate::attestationsFolder()
 {

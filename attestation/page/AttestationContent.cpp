@@ -14,13 +14,15 @@ constexpr double tablesTop = 230.5;
 constexpr double headerHeight = 50.0;
 constexpr double organismRowHeight = 25.0;
 constexpr double beneficiaryRowHeight = 40.0;
-// Room above the beneficiary rows, counted without the half point that puts the outlines on whole points.
-constexpr double beneficiariesTop = 355.0;
+// Tables lie half a point in, so that outlines one point wide cover whole points.
+constexpr double halfPoint = 0.5;
+// Room above the beneficiary rows: the organism's table and the header of theirs, without that half point.
+constexpr double beneficiariesTop = tablesTop - halfPoint + headerHeight + organismRowHeight + headerHeight;
 
-// Half a point in, so that outlines one point wide cover whole points. Every left edge comes from the right margin.
+// Every left edge comes from the right margin.
 double tablesLeft(const AttestationPage& page)
 {
-    return page.inset.right() + 0.5;
+    return page.inset.right() + halfPoint;
 }
 
 PageTable organismTable(const AttestationPage& page)

@@ -19,7 +19,8 @@ std::unique_ptr<MVNewAttestationView> MVNewAttestationView::viewOf(const MVNewAt
 {
     auto view = std::make_unique<MVNewAttestationView>();
     Ui::NewAttestation().setupUi(view.get());
-    view->setDocumentSize(view->size());
+    view->resize(attestationPageSize.toSize());
+    view->setDocumentSize(attestationPageSize);
     view->setFonts(fonts);
     view->redisplay(attestation.page());
     connect(&attestation, &MVNewAttestation::needsDisplay, view.get(),

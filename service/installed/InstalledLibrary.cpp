@@ -1,10 +1,9 @@
 #include "service/installed/InstalledLibrary.h"
 
+#include "card/wire/TextDecoding.h"
 #include "service/CardCoverage.h"
 #include "service/ServiceLog.h"
 #include "service/installed/ClearedText.h"
-
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
@@ -17,13 +16,6 @@ namespace {
 constexpr std::size_t roomForACard = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t roomForReaders = std::size_t{64} * 1024;
 constexpr std::size_t roomForAVersion = 1024;
-
-std::optional<QString> decodeUtf8(QByteArrayView bytes)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    QString text = decoder.decode(bytes);
-    return decoder.hasError() ? std::nullopt : std::optional(std::move(text));
-}
 
 ReadResult readResult(int result)
 {

@@ -21,8 +21,11 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
+// Before there is a log: whoever started the program is told.
 int fail(int status, std::string_view reason)
 {
     std::cerr << "com.morvel.lvit: " << reason << '\n';
@@ -72,19 +75,22 @@ int serve(const ServiceCommandLine& line, ChannelDescriptors channel)
 {
     const SiteFunds funds = loadFunds(resourceFolder());
     for (const QString& warning : funds.warnings)
-        std::cerr << warning.toStdString() << '\n';
+        logLine(warning);
     ServiceLoop loop(ServiceCommands(readingLibrary(line), funds.table), std::move(channel.requests),
                      std::move(channel.replies));
     switch (loop.run()) {
     case ServiceLoop::End::Closed:
         return 0;
     case ServiceLoop::End::Malformed:
-        return fail(1, "requête illisible sur le canal");
+        logLine(u"requête illisible sur le canal"_s);
+        return 1;
     case ServiceLoop::End::Failed:
-        return failWithErrno();
+        logLine(qt_error_string(errno));
+        return 1;
     case ServiceLoop::End::BeyondUse:
+        logLine(u"un appel au lecteur reste sans réponse : le service est à remplacer"_s);
         // The thread that waits cannot be ended, nor outlived in any other way. The application starts another service.
-        std::_Exit(fail(1, "un appel au lecteur reste sans réponse : le service est à remplacer"));
+        std::_Exit(1);
     }
     return 1;
 }

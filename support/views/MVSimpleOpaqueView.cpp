@@ -6,11 +6,6 @@
 MVSimpleOpaqueView::MVSimpleOpaqueView(QWidget* parent)
     : QWidget(parent)
 {
-    internalInit();
-}
-
-void MVSimpleOpaqueView::internalInit()
-{
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 

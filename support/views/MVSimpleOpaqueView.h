@@ -24,7 +24,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void internalInit();
     void drawRect(const QRect& dirtyRect);
 
     std::optional<QColor> m_backgroundColor;

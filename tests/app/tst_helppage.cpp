@@ -1,18 +1,28 @@
+#include "app/AppDelegate.h"
+#include "app/models/RecentAttestations.h"
 #include "app/windows/MainWindow.h"
+#include "app/windows/ProgressSheet.h"
 #include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/print/PrintDesk.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
+#include "card/CardParser.h"
 #include "card/PelmoraError.h"
+#include "card/client/ServiceConnection.h"
+#include "card/wire/ReaderModel.h"
 #include "platform/Bundle.h"
+#include "platform/files/FileWorker.h"
 
 #include <QAction>
 #include <QFile>
+#include <QHash>
 #include <QKeySequence>
 #include <QMainWindow>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTest>
+
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -35,6 +45,20 @@ QString textOf(QString page)
     static const QRegularExpression tag(u"<[^>]*>"_s);
     page.remove(QRegularExpression(u"<style>.*</style>"_s, QRegularExpression::DotMatchesEverythingOption));
     return page.replace(tag, u" "_s).replace(u"&nbsp;"_s, u" "_s).simplified();
+}
+
+// As the page writes a number.
+QString inWords(qint64 number)
+{
+    static const QHash<qint64, QString> words{{5, u"cinq"_s}, {10, u"dix"_s}};
+    return words.value(number, QString::number(number));
+}
+
+QString inWords(std::chrono::milliseconds time)
+{
+    if (time == std::chrono::minutes(1))
+        return u"une minute"_s;
+    return inWords(std::chrono::duration_cast<std::chrono::seconds>(time).count()) + u" secondes"_s;
 }
 
 QStringList matchesOf(const QString& pattern, const QString& text)
@@ -92,6 +116,25 @@ private Q_SLOTS:
     {
         QFETCH(const Error, error);
         QVERIFY(textOf(m_page).contains(error.localizedDescription().simplified()));
+    }
+
+    void theNumbersAreThePrograms_data()
+    {
+        QTest::addColumn<QString>("sentence");
+        QTest::newRow("recents") << u"La liste garde %1 fichiers."_s.arg(inWords(RecentAttestations::maximumCount));
+        QTest::newRow("beneficiaries") << u"plus de %1 bénéficiaires"_s.arg(inWords(maximumBeneficiaries));
+        QTest::newRow("read") << u"Une lecture qui dure plus de %1 peut être arrêtée"_s.arg(
+            inWords(ProgressSheet::usualPatience));
+        QTest::newRow("service") << u"Au bout d’%1 sans réponse"_s.arg(inWords(ChannelLimits().requestTimeout));
+        QTest::newRow("end") << u"laisse d’abord finir le fichier, %1 au plus."_s.arg(
+            inWords(AppDelegate::patienceAtTheEnd + FileWorker::usualPatience));
+        QTest::newRow("reader") << u"Branchez le lecteur fourni avec Pelmora, un %1."_s.arg(acceptedReader);
+    }
+
+    void theNumbersAreThePrograms()
+    {
+        QFETCH(const QString, sentence);
+        QVERIFY2(textOf(m_page).contains(sentence), qPrintable(sentence));
     }
 
     void theShortcutsAreTheWindows()

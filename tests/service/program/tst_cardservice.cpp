@@ -206,8 +206,8 @@ private Q_SLOTS:
         QCOMPARE(service.ask("vitale_read"_L1).value_or(QCborMap()).value(ServiceWord::fundCodeLibelle),
                  QCborValue(u"Caisse de test"_s));
         QCOMPARE(service.finish(), 0);
-        const QByteArray expected =
-            QFile::encodeName(site.fileName()) + ", ligne 2 : ligne ignorée, « régime;caisse;libellé » attendu.\n";
+        const QByteArray expected = "com.morvel.lvit: " + QFile::encodeName(site.fileName()) +
+                                    ", ligne 2 : ligne ignorée, « régime;caisse;libellé » attendu.\n";
         QCOMPARE(service.process().readAllStandardError(), expected);
     }
 
