@@ -14,7 +14,6 @@ namespace {
 
 using LogLevel = MoveOperations::LogLevel;
 
-constexpr QStringView administratorsRight{u"system.privilege.admin"};
 // Where the platform shows applications in quarantine from: nothing can be deleted there.
 constexpr QStringView translocation{u"/AppTranslocation/"};
 
@@ -60,7 +59,7 @@ BundleMover::End BundleMover::install()
             static_cast<void>(m_operations.run(m_commands.openRunningCopy(destination)));
             return End::Switched;
         }
-        if (!moveToTrash(destination, m_surroundings.platformRelease, m_operations))
+        if (!moveToTrash(destination, m_operations))
             return End::Failed;
     }
     if (const std::expected<void, QString> copied = m_operations.copyItem(source, destination); !copied) {
@@ -81,12 +80,10 @@ BundleMover::End BundleMover::installWithAuthorization()
 
 BundleMover::End BundleMover::useAuthorization()
 {
-    if (!m_operations.createAuthorization())
-        return End::Failed;
     // Before the user is asked, which takes as long as the user thinks.
     const std::optional<QString> source = m_operations.holdForAuthorized(m_surroundings.bundlePath);
     End end = End::Failed;
-    switch (m_operations.requestRight(administratorsRight.toString())) {
+    switch (m_operations.requestRight()) {
     case MoveOperations::Right::Granted:
         end = source && runPrivilegedCommands(*source) ? End::Moved : End::Failed;
         break;
@@ -103,8 +100,6 @@ BundleMover::End BundleMover::useAuthorization()
 
 bool BundleMover::runPrivilegedCommands(const QString& source)
 {
-    if (!m_operations.canRunAuthorized())
-        return false;
     const QString& destination = m_decision.destinationPath;
     // Whatever the status of the first: what could not be deleted makes the copy fail.
     if (!m_operations.runAuthorized(m_commands.privilegedDelete(destination)))
@@ -115,8 +110,6 @@ bool BundleMover::runPrivilegedCommands(const QString& source)
 bool BundleMover::isDestinationRunning()
 {
     const QString& destination = m_decision.destinationPath;
-    if (m_surroundings.platformRelease <= PlatformRelease::lastOf10_5)
-        return m_operations.run(m_commands.testRunning(destination)).exitStatus == 0;
     return std::ranges::any_of(m_operations.runningBundles(), [&destination](const QString& running) {
         return standardized(running) == standardized(destination);
     });
@@ -136,6 +129,6 @@ void BundleMover::removeSource()
         return;
     if (!source.contains(translocation))
         m_operations.log(LogLevel::Warning, formattedText(MoveLog::notDeleted, {source, removed.error()}));
-    if (!moveToTrash(source, m_surroundings.platformRelease, m_operations))
+    if (!moveToTrash(source, m_operations))
         m_operations.log(LogLevel::Warning, MoveLog::sourceLeft.toString());
 }

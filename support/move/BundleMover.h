@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/move/MoveCommands.h"
 #include "support/move/MoveDecision.h"
 
 /// Moves the running copy as was decided, and starts it again from its new place. Whatever operation it is interrupted

@@ -132,12 +132,7 @@ bool LinuxMoveOperations::trashItem(const QString& path)
 bool LinuxMoveOperations::recycleItem(const QString& name, const QString& parentFolder)
 {
     // The desktop's own way knows trashes that the common convention does not.
-    return run({u"gio"_s, {u"trash"_s, u"--"_s, parentFolder + u'/' + name}}).exitStatus == 0;
-}
-
-std::expected<void, QString> LinuxMoveOperations::runScript(const QStringList& /*lines*/)
-{
-    return std::unexpected(u"there is nothing that runs scripts here"_s);
+    return run({u"gio"_s, {u"trash"_s, u"--"_s, parentFolder + u'/' + name}}) == 0;
 }
 
 QByteArray LinuxMoveOperations::mountedImages()
@@ -156,15 +151,16 @@ QStringList LinuxMoveOperations::runningBundles()
     return bundles;
 }
 
-MoveOperations::CommandEnd LinuxMoveOperations::run(const MoveCommand& command)
+std::optional<int> LinuxMoveOperations::run(const MoveCommand& command)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
     process.start(command.program, command.arguments);
     if (!process.waitForFinished(forEver) || process.exitStatus() != QProcess::NormalExit)
-        return {std::nullopt, {}};
-    return {process.exitCode(), process.readAllStandardOutput()};
+        return std::nullopt;
+    return process.exitCode();
 }
 
 void LinuxMoveOperations::start(const MoveCommand& command)
@@ -197,15 +193,17 @@ void LinuxMoveOperations::showAlert(const QString& title)
     ::showAlert(title);
 }
 
-bool LinuxMoveOperations::createAuthorization()
+std::optional<QString> LinuxMoveOperations::holdForAuthorized(const QString& bundle)
 {
-    m_administrator = std::make_unique<Administrator>();
-    return true;
+    m_heldBundle = ::open(QFile::encodeName(bundle).constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (m_heldBundle < 0 || !holdsThisProgram(m_heldBundle, bundle))
+        return std::nullopt;
+    return u"/proc/%1/fd/%2"_s.arg(::getpid()).arg(m_heldBundle);
 }
 
-MoveOperations::Right LinuxMoveOperations::requestRight(const QString& /*name*/)
+MoveOperations::Right LinuxMoveOperations::requestRight()
 {
-    // Here an administrator's rights are one right, without a name.
+    m_administrator = std::make_unique<Administrator>();
     switch (m_administrator->request()) {
     case Administrator::Answer::Granted:
         return Right::Granted;
@@ -215,20 +213,6 @@ MoveOperations::Right LinuxMoveOperations::requestRight(const QString& /*name*/)
         break;
     }
     return Right::Refused;
-}
-
-std::optional<QString> LinuxMoveOperations::holdForAuthorized(const QString& bundle)
-{
-    m_heldBundle = ::open(QFile::encodeName(bundle).constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (m_heldBundle < 0 || !holdsThisProgram(m_heldBundle, bundle))
-        return std::nullopt;
-    return u"/proc/%1/fd/%2"_s.arg(::getpid()).arg(m_heldBundle);
-}
-
-bool LinuxMoveOperations::canRunAuthorized()
-{
-    // Where the right was granted, there is.
-    return m_administrator != nullptr;
 }
 
 std::optional<int> LinuxMoveOperations::runAuthorized(const MoveCommand& command)

@@ -1,6 +1,7 @@
 #include "support/move/MoveAtLaunch.h"
 
 #include "platform/Bundle.h"
+#include "support/move/LinuxMoveCommands.h"
 #include "support/move/LinuxMoveOperations.h"
 #include "support/move/PortableBundle.h"
 #include "support/move/RunningPrograms.h"
@@ -34,7 +35,7 @@ bool runsAlready(const QString& executable)
 MoveOutcome offerToMove(const QString& bundlePath)
 {
     const MoveSurroundings surroundings = surroundingsOf(bundlePath);
-    const MoveCommands commands(linuxCommands, surroundings.platformRelease, QCoreApplication::arguments().sliced(1));
+    const LinuxMoveCommands commands(QCoreApplication::arguments().sliced(1));
     const StringTable texts =
         StringTable::load(Bundle::mainBundle(), u"MoveApplication"_s, QLocale::system().uiLanguages());
     UserDefaults defaults(UserDefaults::standardFilePath());

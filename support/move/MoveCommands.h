@@ -2,74 +2,22 @@
 
 #include "support/move/MoveOperations.h"
 
-#include <array>
-
-/// What a command of the table is for.
-enum class MovePurpose
-{
-    ListMountedImages,
-    TestRunning,
-    OpenRunningCopy,
-    Relaunch,
-    /// Not a command by itself: what the relaunch command does to the copy before it starts.
-    RemoveQuarantine,
-    RemoveQuarantineBefore,
-    EjectImage,
-    PrivilegedDelete,
-    PrivilegedCopy
-};
-
-/// One command: the program and its arguments, empty ones left out. A placeholder that is a word by itself takes a path
-/// as it is; one within a word, which a shell reads, takes it quoted for the shell.
-struct MoveCommandRow
-{
-    MovePurpose purpose = MovePurpose::ListMountedImages;
-    std::array<QStringView, 6> words;
-};
-
-/// The commands of one platform; rows without words are none. A purpose may be missing: there, the platform's own
-/// operation serves.
-using MoveCommandTable = std::array<MoveCommandRow, 9>;
-
-extern const MoveCommandTable macintoshCommands;
-extern const MoveCommandTable linuxCommands;
-
-/// The releases of the platform (integer part of the application kit's version) from which things are done otherwise.
-namespace PlatformRelease {
-/// The last release of 10.5: what came after is above it.
-inline constexpr int lastOf10_5 = 949;
-inline constexpr int firstOf10_8 = 1187;
-} // namespace PlatformRelease
-
-/// The commands of a table, with their values.
+/// The commands that moving runs, as a platform words them.
 class MoveCommands
 {
 public:
-    /// The arguments are those that the program was started with; a table may hand them on.
-    MoveCommands(const MoveCommandTable& table, int platformRelease, QStringList programArguments = {});
+    MoveCommands() = default;
+    virtual ~MoveCommands() = default;
+    MoveCommands(const MoveCommands&) = delete;
+    MoveCommands& operator=(const MoveCommands&) = delete;
 
-    /// Nothing where the table has no such command.
-    [[nodiscard]] std::optional<MoveCommand> listMountedImages() const;
+    [[nodiscard]] virtual MoveCommand openRunningCopy(const QString& destination) const = 0;
+    /// Opens the copy once the process has ended.
+    [[nodiscard]] virtual MoveCommand relaunch(qint64 processIdentifier, const QString& destination) const = 0;
+    /// Ejects the disk image after a few seconds.
+    [[nodiscard]] virtual MoveCommand ejectImage(const QString& device) const = 0;
 
-    [[nodiscard]] MoveCommand testRunning(const QString& destination) const;
-    [[nodiscard]] MoveCommand openRunningCopy(const QString& destination) const;
-    [[nodiscard]] MoveCommand relaunch(qint64 processIdentifier, const QString& destination) const;
-    [[nodiscard]] MoveCommand ejectImage(const QString& device) const;
-    [[nodiscard]] MoveCommand privilegedDelete(const QString& destination) const;
-    [[nodiscard]] MoveCommand privilegedCopy(const QString& source, const QString& destination) const;
-
-private:
-    struct Value
-    {
-        QString text;
-        bool isPath;
-    };
-
-    [[nodiscard]] const MoveCommandRow* rowOf(MovePurpose purpose) const;
-    [[nodiscard]] MoveCommand command(MovePurpose purpose, const QList<Value>& values) const;
-    [[nodiscard]] Value programArguments() const;
-
-    const MoveCommandTable& m_table;
-    int m_platformRelease;
-    QStringList m_programArguments;
+    // To be run with an administrator's rights.
+    [[nodiscard]] virtual MoveCommand privilegedDelete(const QString& destination) const = 0;
+    [[nodiscard]] virtual MoveCommand privilegedCopy(const QString& source, const QString& destination) const = 0;
 };

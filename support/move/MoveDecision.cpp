@@ -60,15 +60,12 @@ bool isDeviceOfImage(const QVariant& list, const QString& device)
     return false;
 }
 
-std::optional<QString> diskImageDeviceOf(const QString& folder, const MoveCommands& commands,
-                                         MoveOperations& operations)
+std::optional<QString> diskImageDeviceOf(const QString& folder, MoveOperations& operations)
 {
     const std::optional<MoveOperations::Volume> volume = operations.volumeOf(folder);
     if (!volume || volume->isRootFileSystem)
         return std::nullopt;
-    const std::optional<MoveCommand> command = commands.listMountedImages();
-    const QByteArray images = command ? operations.run(*command).output : operations.mountedImages();
-    const std::optional<QVariant> list = parsePropertyList(images);
+    const std::optional<QVariant> list = parsePropertyList(operations.mountedImages());
     if (!list || !isDeviceOfImage(*list, volume->device))
         return std::nullopt;
     return volume->device;
@@ -99,8 +96,7 @@ bool hasApplicationExtension(QStringView name)
     return name.endsWith(".app"_L1) && name.size() > 4;
 }
 
-std::optional<MoveDecision> decideMove(const MoveSurroundings& surroundings, const MoveCommands& commands,
-                                       MoveOperations& operations)
+std::optional<MoveDecision> decideMove(const MoveSurroundings& surroundings, MoveOperations& operations)
 {
     if (operations.isQuestionSuppressed())
         return std::nullopt;
@@ -111,7 +107,7 @@ std::optional<MoveDecision> decideMove(const MoveSurroundings& surroundings, con
     if (!decision.isNested && isInApplicationsFolder(surroundings))
         return std::nullopt;
 
-    decision.diskImageDevice = diskImageDeviceOf(parent, commands, operations);
+    decision.diskImageDevice = diskImageDeviceOf(parent, operations);
 
     const std::optional<InstallFolder> folder = installFolderOf(surroundings, operations);
     if (!folder)

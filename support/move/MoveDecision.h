@@ -1,6 +1,5 @@
 #pragma once
 
-#include "support/move/MoveCommands.h"
 #include "support/move/MoveOperations.h"
 
 /// Where a move would lead, and what it would take.
@@ -18,8 +17,7 @@ struct MoveDecision
 };
 
 /// Decides whether the running copy is one to offer the move to; nothing when it stays where it is without a question.
-[[nodiscard]] std::optional<MoveDecision> decideMove(const MoveSurroundings& surroundings, const MoveCommands& commands,
-                                                     MoveOperations& operations);
+[[nodiscard]] std::optional<MoveDecision> decideMove(const MoveSurroundings& surroundings, MoveOperations& operations);
 
 /// Whether a file's name has the extension of applications, "app".
 [[nodiscard]] bool hasApplicationExtension(QStringView name);

@@ -13,8 +13,6 @@ struct MoveSurroundings
     /// The folder of the running copy, as "/home/anne/Downloads/Pelmora.app".
     QString bundlePath;
     qint64 processIdentifier = 0;
-    /// The integer part of the version of the platform's application kit; later ways are chosen by it.
-    int platformRelease = 0;
     /// The Applications folders of all domains, those that do not exist included.
     QStringList applicationsFolders;
     QString userApplicationsFolder;
@@ -57,12 +55,6 @@ public:
         bool isRootFileSystem;
         QString device;
     };
-    struct CommandEnd
-    {
-        /// Absent when the program could not be started or did not end by itself.
-        std::optional<int> exitStatus;
-        QByteArray output;
-    };
     struct Answer
     {
         bool isMoveChosen;
@@ -101,17 +93,17 @@ public:
     [[nodiscard]] virtual std::expected<void, QString> copyItem(const QString& source, const QString& destination) = 0;
     [[nodiscard]] virtual std::expected<void, QString> removeItem(const QString& path) = 0;
 
-    // The trash, by three ways.
+    // The trash, by two ways.
     [[nodiscard]] virtual bool trashItem(const QString& path) = 0;
     [[nodiscard]] virtual bool recycleItem(const QString& name, const QString& parentFolder) = 0;
-    [[nodiscard]] virtual std::expected<void, QString> runScript(const QStringList& lines) = 0;
 
     // Mounted images and processes.
-    /// The mounted disk images as a property list, where no command lists them.
+    /// The mounted disk images as a property list.
     [[nodiscard]] virtual QByteArray mountedImages() = 0;
     /// The bundle paths of the applications that run.
     [[nodiscard]] virtual QStringList runningBundles() = 0;
-    [[nodiscard]] virtual CommandEnd run(const MoveCommand& command) = 0;
+    /// The exit status; absent when the program could not be started or did not end by itself.
+    [[nodiscard]] virtual std::optional<int> run(const MoveCommand& command) = 0;
     /// Starts a command that outlives this program.
     virtual void start(const MoveCommand& command) = 0;
 
@@ -123,13 +115,10 @@ public:
     virtual void showAlert(const QString& title) = 0;
 
     // An administrator's rights.
-    [[nodiscard]] virtual bool createAuthorization() = 0;
-    [[nodiscard]] virtual Right requestRight(const QString& name) = 0;
     /// A path by which commands with those rights find the running copy in that folder, whatever is put in the folder's
     /// place after this call, until the authorization is freed. Nothing when the running copy is not there (any more).
     [[nodiscard]] virtual std::optional<QString> holdForAuthorized(const QString& bundle) = 0;
-    /// Whether there is a way to run commands with those rights.
-    [[nodiscard]] virtual bool canRunAuthorized() = 0;
+    [[nodiscard]] virtual Right requestRight() = 0;
     /// The command's exit status; absent when it could not be run or did not end by itself.
     [[nodiscard]] virtual std::optional<int> runAuthorized(const MoveCommand& command) = 0;
     virtual void freeAuthorization() = 0;

@@ -26,6 +26,5 @@ inline constexpr QStringView notCopied{u"ERROR -- Could not copy myself to %@"};
 inline constexpr QStringView notDeleted{u"WARNING -- Could not delete '%@': %@"};
 inline constexpr QStringView sourceLeft{
     u"WARNING -- Could not delete application after moving it to Applications folder"};
-inline constexpr QStringView scriptFailure{u"Trash AppleScript error: %@"};
 inline constexpr QStringView notTrashed{u"ERROR -- Could not trash '%@'"};
 } // namespace MoveLog

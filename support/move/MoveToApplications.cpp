@@ -35,7 +35,7 @@ MoveQuestion questionFor(const MoveDecision& decision, const MoveSurroundings& s
 MoveOutcome moveToApplications(const MoveSurroundings& surroundings, const MoveCommands& commands,
                                const StringTable& texts, MoveOperations& operations)
 {
-    const std::optional<MoveDecision> decision = decideMove(surroundings, commands, operations);
+    const std::optional<MoveDecision> decision = decideMove(surroundings, operations);
     if (!decision)
         return MoveOutcome::Stays;
 

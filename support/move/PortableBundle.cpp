@@ -72,8 +72,6 @@ MoveSurroundings surroundingsOf(const QString& bundlePath)
     MoveSurroundings surroundings;
     surroundings.bundlePath = bundlePath;
     surroundings.processIdentifier = QCoreApplication::applicationPid();
-    // Of each thing that is done in two ways, the later one.
-    surroundings.platformRelease = PlatformRelease::firstOf10_8;
     surroundings.applicationsFolders = withoutLinksToo(own) + withoutLinksToo(localApplicationsFolder());
     surroundings.userApplicationsFolder = own;
     surroundings.localApplicationsFolders = usableLocalFolders();

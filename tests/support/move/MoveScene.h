@@ -1,6 +1,7 @@
 #pragma once
 
 #include "RecordedMove.h"
+#include "support/move/LinuxMoveCommands.h"
 #include "support/move/MoveToApplications.h"
 #include "support/move/StringTable.h"
 
@@ -21,17 +22,11 @@ inline const QString ownFolder = u"/home/anne/Applications"_s;
 inline const QString destination = u"/home/anne/Applications/Pelmora.app"_s;
 inline const QString source = u"/home/anne/Downloads/Pelmora.app"_s;
 
-inline constexpr int release10_4 = 824;
-inline constexpr int release10_5 = 949;
-inline constexpr int release10_6 = 1038;
-inline constexpr int release10_8 = 1187;
-
-inline MoveSurroundings surroundings(int release = release10_8)
+inline MoveSurroundings surroundings()
 {
     MoveSurroundings values;
     values.bundlePath = source;
     values.processIdentifier = 4711;
-    values.platformRelease = release;
     values.applicationsFolders = {u"/Applications"_s, ownFolder};
     values.userApplicationsFolder = ownFolder;
     values.localApplicationsFolders = {u"/Développeur/Applications"_s, u"/Applications"_s};
@@ -47,8 +42,7 @@ inline void furnish(RecordedMove& platform)
 
 inline MoveOutcome moveWith(RecordedMove& platform, const MoveSurroundings& values = surroundings())
 {
-    const MoveCommands commands(macintoshCommands, values.platformRelease);
-    return moveToApplications(values, commands, StringTable(), platform);
+    return moveToApplications(values, LinuxMoveCommands(), StringTable(), platform);
 }
 
 // What is asked for before the question, when the copy lies on the root file system.
@@ -76,13 +70,18 @@ inline const QString movingLine = u"log info | INFO -- Moving myself to the Appl
 inline const QString destinationFacts = u"facts? | /home/anne/Applications/Pelmora.app"_s;
 inline const QString copying = u"copy | /home/anne/Downloads/Pelmora.app | /home/anne/Applications/Pelmora.app"_s;
 inline const QString removing = u"remove | /home/anne/Downloads/Pelmora.app"_s;
-inline const QString relaunching =
-    u"start | /bin/sh | -c | (while /bin/kill -0 4711 >&/dev/null; do /bin/sleep 0.1; done; "
-    "/usr/bin/xattr -d -r com.apple.quarantine '/home/anne/Applications/Pelmora.app'; "
-    "/usr/bin/open '/home/anne/Applications/Pelmora.app') &"_s;
-inline const QString ejecting = u"start | /bin/sh | -c | (/bin/sleep 5 && /usr/bin/hdiutil detach '/dev/disk2s1') &"_s;
+inline const QString imageDevice = u"/dev/loop0p1"_s;
+
+inline QString textOf(const QString& operation, const MoveCommand& command)
+{
+    return (QStringList{operation, command.program} + command.arguments).join(" | "_L1);
+}
+
+inline const QString opening = textOf(u"run"_s, LinuxMoveCommands().openRunningCopy(destination));
+inline const QString relaunching = textOf(u"start"_s, LinuxMoveCommands().relaunch(4711, destination));
+inline const QString ejecting = textOf(u"start"_s, LinuxMoveCommands().ejectImage(imageDevice));
 inline const QString failureAlert = u"alert | Could not move to Applications folder"_s;
-inline const QString listing = u"run | /usr/bin/hdiutil | info | -plist"_s;
+inline const QString listing = u"images?"_s;
 
 inline QByteArray imageList(const QByteArray& images)
 {
@@ -97,19 +96,19 @@ inline QByteArray entity(const QByteArray& device)
 
 inline QByteArray image(const QByteArray& entities)
 {
-    return "<dict><key>image-path</key><string>/a.dmg</string><key>system-entities</key>" + entities + "</dict>";
+    return "<dict><key>image-path</key><string>/a.iso</string><key>system-entities</key>" + entities + "</dict>";
 }
 
 inline QByteArray twoImages()
 {
-    return imageList("<array>" + image("<array>" + entity("/dev/disk1") + "</array>") +
-                     image("<array>" + entity("/dev/disk2") + entity("/dev/disk2s1") + "</array>") + "</array>");
+    return imageList("<array>" + image("<array>" + entity("/dev/loop1") + "</array>") +
+                     image("<array>" + entity("/dev/loop0") + entity(imageDevice.toUtf8()) + "</array>") + "</array>");
 }
 
 inline void putOnDiskImage(RecordedMove& platform)
 {
-    platform.volume = Volume{false, u"/dev/disk2s1"_s};
-    platform.commandEnd = {0, twoImages()};
+    platform.volume = Volume{false, imageDevice};
+    platform.images = twoImages();
 }
 
 // A move that takes an administrator's rights: to a folder that is not the user's.
@@ -118,11 +117,12 @@ inline void requireAuthorization(RecordedMove& platform)
     platform.entries.clear();
 }
 
-inline const QStringList authorizing{movingLine, u"create authorization"_s, u"request | system.privilege.admin"_s};
-inline const QStringList authorizedDelete{u"authorized commands?"_s,
-                                          u"run authorized | /bin/rm | -rf | /Applications/Pelmora.app"_s};
-inline const QString authorizedCopy = u"run authorized | /bin/cp | -pR | /home/anne/Downloads/Pelmora.app | "
-                                      "/Applications/Pelmora.app"_s;
+inline const QString lockedDestination = u"/Applications/Pelmora.app"_s;
+inline const QStringList authorizing{movingLine, u"request"_s};
+inline const QString authorizedDelete =
+    textOf(u"run authorized"_s, LinuxMoveCommands().privilegedDelete(lockedDestination));
+inline const QString authorizedCopy =
+    textOf(u"run authorized"_s, LinuxMoveCommands().privilegedCopy(source, lockedDestination));
 inline const QStringList authorizedFailure{
     u"free authorization"_s, u"log error | ERROR -- Could not copy myself to /Applications with authorization"_s,
     failureAlert};

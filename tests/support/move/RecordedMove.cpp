@@ -82,12 +82,6 @@ bool RecordedMove::recycleItem(const QString& name, const QString& parentFolder)
     return recycles;
 }
 
-std::expected<void, QString> RecordedMove::runScript(const QStringList& lines)
-{
-    note(u"script"_s, lines);
-    return endOf(scriptFailure);
-}
-
 QByteArray RecordedMove::mountedImages()
 {
     note(u"images?"_s);
@@ -100,10 +94,10 @@ QStringList RecordedMove::runningBundles()
     return running;
 }
 
-MoveOperations::CommandEnd RecordedMove::run(const MoveCommand& command)
+std::optional<int> RecordedMove::run(const MoveCommand& command)
 {
     note(u"run"_s, wordsOf(command));
-    return commandEnd;
+    return 0;
 }
 
 void RecordedMove::start(const MoveCommand& command)
@@ -134,22 +128,10 @@ void RecordedMove::showAlert(const QString& title)
     note(u"alert"_s, {title});
 }
 
-bool RecordedMove::createAuthorization()
+MoveOperations::Right RecordedMove::requestRight()
 {
-    note(u"create authorization"_s);
-    return authorizationIsCreated;
-}
-
-MoveOperations::Right RecordedMove::requestRight(const QString& name)
-{
-    note(u"request"_s, {name});
+    note(u"request"_s);
     return right;
-}
-
-bool RecordedMove::canRunAuthorized()
-{
-    note(u"authorized commands?"_s);
-    return runsAuthorized;
 }
 
 std::optional<int> RecordedMove::runAuthorized(const MoveCommand& command)

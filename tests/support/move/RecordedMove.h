@@ -16,7 +16,6 @@ public:
     QHash<QString, QString> links;
     std::optional<Volume> volume = Volume{true, QStringLiteral("/dev/disk1")};
     QByteArray images;
-    CommandEnd commandEnd{0, {}};
     QStringList running;
     bool active = true;
     Answer answer{true, false};
@@ -24,10 +23,7 @@ public:
     std::optional<QString> removeFailure;
     bool trashes = true;
     bool recycles = true;
-    std::optional<QString> scriptFailure;
-    bool authorizationIsCreated = true;
     Right right = Right::Granted;
-    bool runsAuthorized = true;
     /// Of the commands run with authorisation, in order; 0 beyond.
     QList<std::optional<int>> authorizedEnds;
     MoveQuestion question;
@@ -42,19 +38,16 @@ public:
     std::expected<void, QString> removeItem(const QString& path) override;
     bool trashItem(const QString& path) override;
     bool recycleItem(const QString& name, const QString& parentFolder) override;
-    std::expected<void, QString> runScript(const QStringList& lines) override;
     QByteArray mountedImages() override;
     QStringList runningBundles() override;
-    CommandEnd run(const MoveCommand& command) override;
+    std::optional<int> run(const MoveCommand& command) override;
     void start(const MoveCommand& command) override;
     bool isApplicationActive() override;
     void activateApplication() override;
     Answer ask(const MoveQuestion& asked) override;
     void showAlert(const QString& title) override;
-    bool createAuthorization() override;
-    Right requestRight(const QString& name) override;
+    Right requestRight() override;
     std::optional<QString> holdForAuthorized(const QString& bundle) override { return bundle; }
-    bool canRunAuthorized() override;
     std::optional<int> runAuthorized(const MoveCommand& command) override;
     void freeAuthorization() override;
     void log(LogLevel level, const QString& line) override;

@@ -18,8 +18,6 @@ private Q_SLOTS:
     void anOldDestinationGoesToTheTrashFirst();
     void aRunningDestinationIsOpenedInstead_data();
     void aRunningDestinationIsOpenedInstead();
-    void beforeTheReleaseACommandTellsWhatRuns();
-    void fromTheReleaseThePlatformTellsWhatRuns();
     void anotherRunningApplicationIsNoHindrance();
     void aDestinationThatCannotBeTrashedEndsTheMove();
     void aFailedCopyEndsTheMove();
@@ -39,8 +37,6 @@ private Q_SLOTS:
     void aNestedCopyIsNeitherDeletedNorEjected_data();
     void aNestedCopyIsNeitherDeletedNorEjected();
     void aDiskImageIsEjectedAndNotDeleted();
-    void theQuarantineIsRemovedAsTheReleaseKnowsHow_data();
-    void theQuarantineIsRemovedAsTheReleaseKnowsHow();
 };
 
 void tst_BundleMover::aDestinationThatIsFreeIsFilled()
@@ -76,41 +72,9 @@ void tst_BundleMover::aRunningDestinationIsOpenedInstead()
     platform.facts.insert(destination, folder);
     platform.running = {u"/Applications/Autre.app"_s, running};
     QCOMPARE(moveWith(platform), MoveOutcome::Ends);
-    QCOMPARE(afterQuestion(platform), (QStringList{movingLine, destinationFacts, u"running?"_s,
-                                                   u"log info | INFO -- Switching to an already running version"_s,
-                                                   u"run | /usr/bin/open | /home/anne/Applications/Pelmora.app"_s}));
-}
-
-void tst_BundleMover::beforeTheReleaseACommandTellsWhatRuns()
-{
-    const QString test = u"run | /bin/sh | -c | /bin/ps ax -o comm | /usr/bin/grep "
-                         "'/home/anne/Applications/Pelmora.app'/ | /usr/bin/grep -v grep >/dev/null"_s;
-    RecordedMove running;
-    furnish(running);
-    running.facts.insert(destination, folder);
-    QCOMPARE(moveWith(running, surroundings(release10_5)), MoveOutcome::Ends);
-    QCOMPARE(afterQuestion(running).mid(2, 2),
-             (QStringList{test, u"log info | INFO -- Switching to an already running version"_s}));
-
-    for (const std::optional<int> status : {std::optional(1), std::optional<int>()}) {
-        RecordedMove stopped;
-        furnish(stopped);
-        stopped.facts.insert(destination, folder);
-        stopped.commandEnd = {status, {}};
-        QCOMPARE(moveWith(stopped, surroundings(release10_5)), MoveOutcome::Ends);
-        // That release has no operation that moves to the trash, only the workspace's.
-        QCOMPARE(afterQuestion(stopped).mid(2, 3),
-                 (QStringList{test, u"recycle | Pelmora.app | /home/anne/Applications"_s, copying}));
-    }
-}
-
-void tst_BundleMover::fromTheReleaseThePlatformTellsWhatRuns()
-{
-    RecordedMove platform;
-    furnish(platform);
-    platform.facts.insert(destination, folder);
-    QCOMPARE(moveWith(platform, surroundings(release10_5 + 1)), MoveOutcome::Ends);
-    QCOMPARE(afterQuestion(platform).at(2), u"running?"_s);
+    QCOMPARE(afterQuestion(platform),
+             (QStringList{movingLine, destinationFacts, u"running?"_s,
+                          u"log info | INFO -- Switching to an already running version"_s, opening}));
 }
 
 void tst_BundleMover::anotherRunningApplicationIsNoHindrance()
@@ -130,12 +94,11 @@ void tst_BundleMover::aDestinationThatCannotBeTrashedEndsTheMove()
     platform.facts.insert(destination, folder);
     platform.trashes = false;
     platform.recycles = false;
-    platform.scriptFailure = u"refusé"_s;
     QCOMPARE(moveWith(platform), MoveOutcome::Stays);
     const QStringList rest = afterQuestion(platform);
     QCOMPARE(
-        rest.mid(rest.size() - 3),
-        (QStringList{u"log error | Trash AppleScript error: refusé"_s,
+        rest.mid(rest.size() - 4),
+        (QStringList{u"trash | "_s + destination, u"recycle | Pelmora.app | "_s + ownFolder,
                      u"log error | ERROR -- Could not trash '/home/anne/Applications/Pelmora.app'"_s, failureAlert}));
     QVERIFY(!platform.record.contains(copying));
 }
@@ -175,7 +138,7 @@ void tst_BundleMover::authorizationIsNeededByAnyLockedPlace()
     furnish(platform);
     platform.facts = {{ownFolder, installFolder}, {destination, present}};
     QCOMPARE(moveWith(platform), MoveOutcome::Ends);
-    QCOMPARE(platform.record.contains(u"create authorization"_s), isNeeded);
+    QCOMPARE(platform.record.contains(u"request"_s), isNeeded);
 }
 
 void tst_BundleMover::authorizedCommandsDeleteThenCopy()
@@ -186,9 +149,9 @@ void tst_BundleMover::authorizedCommandsDeleteThenCopy()
     // How the deletion ends does not matter, as long as it does by itself.
     platform.authorizedEnds = {1, 0};
     QCOMPARE(moveWith(platform), MoveOutcome::Ends);
-    const QString relaunchingThere = QString(relaunching).replace(destination, u"/Applications/Pelmora.app"_s);
-    const QStringList rest{authorizedCopy, u"free authorization"_s, removing, relaunchingThere};
-    QCOMPARE(afterQuestion(platform), authorizing + authorizedDelete + rest);
+    const QString relaunchingThere = QString(relaunching).replace(destination, lockedDestination);
+    const QStringList rest{authorizedDelete, authorizedCopy, u"free authorization"_s, removing, relaunchingThere};
+    QCOMPARE(afterQuestion(platform), authorizing + rest);
 }
 
 void tst_BundleMover::aCancelledAuthorizationIsSilent()
@@ -205,40 +168,28 @@ void tst_BundleMover::aCancelledAuthorizationIsSilent()
 
 void tst_BundleMover::aFailedAuthorizationShowsTheAlert_data()
 {
-    QTest::addColumn<bool>("isCreated");
     QTest::addColumn<MoveOperations::Right>("right");
-    QTest::addColumn<bool>("canRun");
     QTest::addColumn<QList<std::optional<int>>>("ends");
     QTest::addColumn<QStringList>("operations");
     using Ends = QList<std::optional<int>>;
     using Right = MoveOperations::Right;
-    const QStringList withoutFree = authorizing.first(2) + authorizedFailure.mid(1);
-    const QStringList asked = authorizing + QStringList{u"authorized commands?"_s};
-    const QStringList deleted = authorizing + authorizedDelete;
+    const QStringList deleted = authorizing + QStringList{authorizedDelete};
     const QStringList copied = deleted + QStringList{authorizedCopy};
-    QTest::newRow("not created") << false << Right::Granted << true << Ends() << withoutFree;
-    QTest::newRow("refused") << true << Right::Refused << true << Ends() << authorizing + authorizedFailure;
-    QTest::newRow("no way to run") << true << Right::Granted << false << Ends() << asked + authorizedFailure;
-    QTest::newRow("delete killed") << true << Right::Granted << true << Ends{std::nullopt}
-                                   << deleted + authorizedFailure;
-    QTest::newRow("copy killed") << true << Right::Granted << true << Ends{0, std::nullopt}
-                                 << copied + authorizedFailure;
-    QTest::newRow("copy failed") << true << Right::Granted << true << Ends{0, 1} << copied + authorizedFailure;
+    QTest::newRow("refused") << Right::Refused << Ends() << authorizing + authorizedFailure;
+    QTest::newRow("delete killed") << Right::Granted << Ends{std::nullopt} << deleted + authorizedFailure;
+    QTest::newRow("copy killed") << Right::Granted << Ends{0, std::nullopt} << copied + authorizedFailure;
+    QTest::newRow("copy failed") << Right::Granted << Ends{0, 1} << copied + authorizedFailure;
 }
 
 void tst_BundleMover::aFailedAuthorizationShowsTheAlert()
 {
-    QFETCH(const bool, isCreated);
     QFETCH(const MoveOperations::Right, right);
-    QFETCH(const bool, canRun);
     QFETCH(const QList<std::optional<int>>, ends);
     QFETCH(const QStringList, operations);
     RecordedMove platform;
     furnish(platform);
     requireAuthorization(platform);
-    platform.authorizationIsCreated = isCreated;
     platform.right = right;
-    platform.runsAuthorized = canRun;
     platform.authorizedEnds = ends;
     QCOMPARE(moveWith(platform), MoveOutcome::Stays);
     QCOMPARE(afterQuestion(platform), operations);
@@ -281,7 +232,7 @@ void tst_BundleMover::aBlankSourceIsNotCopiedWithAuthorization()
                                 .installFolder = {},
                                 .destinationPath = u"/Applications/Pelmora.app"_s,
                                 .needsAuthorization = true};
-    const MoveCommands commands(macintoshCommands, release10_8);
+    const LinuxMoveCommands commands;
     QCOMPARE(BundleMover(values, decision, commands, platform).move(), BundleMover::End::Failed);
     QCOMPARE(platform.record, (QStringList{movingLine, authorizedFailure.at(1)}));
 }
@@ -306,7 +257,6 @@ void tst_BundleMover::aSourceThatCannotBeTrashedEitherIsLeft()
     platform.removeFailure = u"lecture seule"_s;
     platform.trashes = false;
     platform.recycles = false;
-    platform.scriptFailure = u"refusé"_s;
     QCOMPARE(moveWith(platform), MoveOutcome::Ends);
     const QStringList rest = afterQuestion(platform);
     QCOMPARE(rest.mid(rest.size() - 3),
@@ -357,26 +307,6 @@ void tst_BundleMover::aDiskImageIsEjectedAndNotDeleted()
     putOnDiskImage(platform);
     QCOMPARE(moveWith(platform), MoveOutcome::Ends);
     QCOMPARE(afterQuestion(platform), (QStringList{movingLine, destinationFacts, copying, relaunching, ejecting}));
-}
-
-void tst_BundleMover::theQuarantineIsRemovedAsTheReleaseKnowsHow_data()
-{
-    QTest::addColumn<int>("release");
-    QTest::addColumn<QString>("removal");
-    QTest::newRow("10.4") << release10_4 << u"/usr/bin/xattr -d com.apple.quarantine '"_s;
-    QTest::newRow("10.5") << release10_5 << u"/usr/bin/xattr -d com.apple.quarantine '"_s;
-    QTest::newRow("just later") << release10_5 + 1 << u"/usr/bin/xattr -d -r com.apple.quarantine '"_s;
-    QTest::newRow("10.6") << release10_6 << u"/usr/bin/xattr -d -r com.apple.quarantine '"_s;
-}
-
-void tst_BundleMover::theQuarantineIsRemovedAsTheReleaseKnowsHow()
-{
-    QFETCH(const int, release);
-    QFETCH(const QString, removal);
-    RecordedMove platform;
-    furnish(platform);
-    QCOMPARE(moveWith(platform, surroundings(release)), MoveOutcome::Ends);
-    QVERIFY2(platform.record.last().contains(u"; "_s + removal), qPrintable(platform.record.last()));
 }
 
 QTEST_APPLESS_MAIN(tst_BundleMover)

@@ -1,4 +1,4 @@
-#include "support/move/MoveCommands.h"
+#include "support/move/LinuxMoveCommands.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,7 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int later = PlatformRelease::firstOf10_8;
 const QString bundle = u"/Volumes/L'été/Pelmora.app"_s;
 const QString quotedBundle = u"'/Volumes/L'\\''été/Pelmora.app'"_s;
 
@@ -47,14 +46,12 @@ uint modeOf(const QString& path)
 
 } // namespace
 
-class tst_MoveCommands : public QObject
+class tst_LinuxMoveCommands : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void theMacintoshCommandsAreThese();
-    void aTableMayLackTheListOfImages();
-    void theLinuxCommandsAreThese();
+    void theCommandsAreThese();
     void theRunningCopyIsOpenedWhateverItsPath_data() { strangePaths(); }
     void theRunningCopyIsOpenedWhateverItsPath();
     void theCopyIsStartedWhenTheProcessHasEnded_data() { strangePaths(); }
@@ -72,7 +69,7 @@ private:
     static void strangePaths();
 };
 
-void tst_MoveCommands::strangePaths()
+void tst_LinuxMoveCommands::strangePaths()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("plain") << u"plain"_s;
@@ -86,41 +83,15 @@ void tst_MoveCommands::strangePaths()
     QTest::newRow("shell") << u"a;b&c|d>e*?[x]~#"_s;
 }
 
-void tst_MoveCommands::theMacintoshCommandsAreThese()
+void tst_LinuxMoveCommands::theCommandsAreThese()
 {
-    const MoveCommands commands(macintoshCommands, later);
-    QCOMPARE(textOf(commands.listMountedImages().value_or(MoveCommand())), u"/usr/bin/hdiutil | info | -plist"_s);
-    QCOMPARE(textOf(commands.testRunning(bundle)), u"/bin/sh | -c | /bin/ps ax -o comm | /usr/bin/grep "_s +
-                                                       quotedBundle + u"/ | /usr/bin/grep -v grep >/dev/null"_s);
-    QCOMPARE(textOf(commands.openRunningCopy(bundle)), u"/usr/bin/open | "_s + bundle);
-    QCOMPARE(textOf(commands.relaunch(81, bundle)),
-             u"/bin/sh | -c | (while /bin/kill -0 81 >&/dev/null; do /bin/sleep 0.1; done; /usr/bin/xattr -d -r "
-             "com.apple.quarantine "_s +
-                 quotedBundle + u"; /usr/bin/open "_s + quotedBundle + u") &"_s);
-    QCOMPARE(textOf(MoveCommands(macintoshCommands, PlatformRelease::lastOf10_5).relaunch(81, bundle)),
-             u"/bin/sh | -c | (while /bin/kill -0 81 >&/dev/null; do /bin/sleep 0.1; done; /usr/bin/xattr -d "
-             "com.apple.quarantine "_s +
-                 quotedBundle + u"; /usr/bin/open "_s + quotedBundle + u") &"_s);
-    QCOMPARE(textOf(commands.ejectImage(u"/dev/disk2s1"_s)),
-             u"/bin/sh | -c | (/bin/sleep 5 && /usr/bin/hdiutil detach '/dev/disk2s1') &"_s);
-    QCOMPARE(textOf(commands.privilegedDelete(bundle)), u"/bin/rm | -rf | "_s + bundle);
-    QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)), u"/bin/cp | -pR | /a b | "_s + bundle);
-}
-
-void tst_MoveCommands::aTableMayLackTheListOfImages()
-{
-    QVERIFY(!MoveCommands(linuxCommands, later).listMountedImages().has_value());
-}
-
-void tst_MoveCommands::theLinuxCommandsAreThese()
-{
-    const MoveCommands commands(linuxCommands, later, {u"--simulate"_s, u"l'été.xml"_s});
+    const LinuxMoveCommands commands({u"--simulate"_s, u"l'été.xml"_s});
     QCOMPARE(textOf(commands.openRunningCopy(bundle)),
              u"/bin/sh | -c | "_s + quotedBundle +
                  u"/bin/pelmora '--simulate' 'l'\\''été.xml' >/dev/null 2>&1 </dev/null &"_s);
     QCOMPARE(textOf(commands.relaunch(81, bundle)),
              u"/bin/sh | -c | (p=81; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "
-             ":; exec "_s +
+             "exec "_s +
                  quotedBundle + u"/bin/pelmora '--simulate' 'l'\\''été.xml') >/dev/null 2>&1 </dev/null &"_s);
     QCOMPARE(textOf(commands.ejectImage(u"/dev/loop0"_s)),
              u"/bin/sh | -c | (d='/dev/loop0'; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b "
@@ -139,18 +110,18 @@ void tst_MoveCommands::theLinuxCommandsAreThese()
                  bundle);
 }
 
-void tst_MoveCommands::theRunningCopyIsOpenedWhateverItsPath()
+void tst_LinuxMoveCommands::theRunningCopyIsOpenedWhateverItsPath()
 {
     QFETCH(const QString, name);
     const QTemporaryDir folder;
     const QString path = folder.path() + u'/' + name + ".app"_L1;
     QVERIFY(makeBundle(path));
-    const MoveCommand command = MoveCommands(linuxCommands, later, {name}).openRunningCopy(path);
+    const MoveCommand command = LinuxMoveCommands({name}).openRunningCopy(path);
     QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
     QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
 }
 
-void tst_MoveCommands::theCopyIsStartedWhenTheProcessHasEnded()
+void tst_LinuxMoveCommands::theCopyIsStartedWhenTheProcessHasEnded()
 {
     QFETCH(const QString, name);
     const QTemporaryDir folder;
@@ -159,7 +130,7 @@ void tst_MoveCommands::theCopyIsStartedWhenTheProcessHasEnded()
     QProcess running;
     running.start(u"sleep"_s, {u"60"_s});
     QVERIFY(running.waitForStarted());
-    const MoveCommand command = MoveCommands(linuxCommands, later, {name}).relaunch(running.processId(), path);
+    const MoveCommand command = LinuxMoveCommands({name}).relaunch(running.processId(), path);
     QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
     QVERIFY(!QFile::exists(folder.path() + "/started"_L1));
     running.kill();
@@ -167,7 +138,7 @@ void tst_MoveCommands::theCopyIsStartedWhenTheProcessHasEnded()
     QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
 }
 
-void tst_MoveCommands::aProcessThatNobodyAsksForHasEndedAllTheSame()
+void tst_LinuxMoveCommands::aProcessThatNobodyAsksForHasEndedAllTheSame()
 {
     const QTemporaryDir folder;
     const QString path = folder.path() + "/Pelmora.app"_L1;
@@ -179,14 +150,14 @@ void tst_MoveCommands::aProcessThatNobodyAsksForHasEndedAllTheSame()
     QVERIFY(parent.waitForReadyRead());
     const qint64 child = parent.readLine().trimmed().toLongLong();
     QTRY_VERIFY(contentOf(u"/proc/%1/status"_s.arg(child)).contains("State:\tZ"_L1));
-    const MoveCommand command = MoveCommands(linuxCommands, later).relaunch(child, path);
+    const MoveCommand command = LinuxMoveCommands().relaunch(child, path);
     QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
     QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s);
     parent.kill();
     QVERIFY(parent.waitForFinished());
 }
 
-void tst_MoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
+void tst_LinuxMoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
 {
     const QTemporaryDir folder;
     const QString source = folder.path() + "/l'été/-a b.app"_L1;
@@ -195,7 +166,7 @@ void tst_MoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
     QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
     // What an interrupted copy has left.
     QVERIFY(makeBundle(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
-    const MoveCommands commands(linuxCommands, later);
+    const LinuxMoveCommands commands;
     const MoveCommand copy = commands.privilegedCopy(source, destination);
     QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
     QCOMPARE(contentOf(destination + "/bin/pelmora"_L1), contentOf(source + "/bin/pelmora"_L1));
@@ -208,7 +179,7 @@ void tst_MoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
     QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
 }
 
-void tst_MoveCommands::theAdministratorsCopyServesEveryUser()
+void tst_LinuxMoveCommands::theAdministratorsCopyServesEveryUser()
 {
     const QTemporaryDir folder;
     const QString source = folder.path() + "/Pelmora.app"_L1;
@@ -223,7 +194,7 @@ void tst_MoveCommands::theAdministratorsCopyServesEveryUser()
     QCOMPARE(chmod(QFile::encodeName(source + "/bin"_L1).constData(), 0777), 0);
     QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06500), 0);
     QCOMPARE(chmod(QFile::encodeName(source + "/texte"_L1).constData(), 0600), 0);
-    const MoveCommand copy = MoveCommands(linuxCommands, later).privilegedCopy(source, destination);
+    const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
     QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
     QCOMPARE(modeOf(destination), 0755U);
     QCOMPARE(modeOf(destination + "/bin"_L1), 0755U);
@@ -231,7 +202,7 @@ void tst_MoveCommands::theAdministratorsCopyServesEveryUser()
     QCOMPARE(modeOf(destination + "/texte"_L1), 0644U);
 }
 
-void tst_MoveCommands::whatAnAdministratorDeletesIsGone_data()
+void tst_LinuxMoveCommands::whatAnAdministratorDeletesIsGone_data()
 {
     QTest::addColumn<bool>("isThere");
     QTest::addColumn<bool>("wasInterrupted");
@@ -241,7 +212,7 @@ void tst_MoveCommands::whatAnAdministratorDeletesIsGone_data()
     QTest::newRow("what an interrupted deletion has left") << false << true;
 }
 
-void tst_MoveCommands::whatAnAdministratorDeletesIsGone()
+void tst_LinuxMoveCommands::whatAnAdministratorDeletesIsGone()
 {
     QFETCH(const bool, isThere);
     QFETCH(const bool, wasInterrupted);
@@ -249,12 +220,12 @@ void tst_MoveCommands::whatAnAdministratorDeletesIsGone()
     const QString path = folder.path() + u"/-l'été b.app"_s;
     QVERIFY(!isThere || makeBundle(path));
     QVERIFY(!wasInterrupted || makeBundle(folder.path() + "/.pelmora-administrator-abcdef/old"_L1));
-    const MoveCommand deletion = MoveCommands(linuxCommands, later).privilegedDelete(path);
+    const MoveCommand deletion = LinuxMoveCommands().privilegedDelete(path);
     QCOMPARE(QProcess::execute(deletion.program, deletion.arguments), 0);
     QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
 }
 
-void tst_MoveCommands::whatSomebodyKeepsBesideTheCopyStays()
+void tst_LinuxMoveCommands::whatSomebodyKeepsBesideTheCopyStays()
 {
     const QTemporaryDir folder;
     const QString source = folder.path() + "/Pelmora.app"_L1;
@@ -263,7 +234,7 @@ void tst_MoveCommands::whatSomebodyKeepsBesideTheCopyStays()
     QVERIFY(makeBundle(destination));
     QVERIFY(makeBundle(destination + ".old"_L1));
     QVERIFY(makeBundle(destination + ".part"_L1));
-    const MoveCommands commands(linuxCommands, later);
+    const LinuxMoveCommands commands;
     for (const MoveCommand& command :
          {commands.privilegedDelete(destination), commands.privilegedCopy(source, destination)})
         QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
@@ -271,7 +242,7 @@ void tst_MoveCommands::whatSomebodyKeepsBesideTheCopyStays()
     QVERIFY(QFile::exists(destination + ".part/bin/pelmora"_L1));
 }
 
-void tst_MoveCommands::linksInACopyAreNotFollowed()
+void tst_LinuxMoveCommands::linksInACopyAreNotFollowed()
 {
     const QTemporaryDir folder;
     const QString source = folder.path() + "/Pelmora.app"_L1;
@@ -282,13 +253,13 @@ void tst_MoveCommands::linksInACopyAreNotFollowed()
     QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
     QCOMPARE(chmod(QFile::encodeName(secret).constData(), 0700), 0);
     QVERIFY(QFile::link(secret, source + "/lien"_L1));
-    const MoveCommand copy = MoveCommands(linuxCommands, later).privilegedCopy(source, destination);
+    const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
     QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
     QCOMPARE(QFile::symLinkTarget(destination + "/lien"_L1), secret);
     QCOMPARE(modeOf(secret), 0700U);
 }
 
-void tst_MoveCommands::whatIsBeingCopiedIsClosedToOthers()
+void tst_LinuxMoveCommands::whatIsBeingCopiedIsClosedToOthers()
 {
     const QTemporaryDir folder;
     const QString source = folder.path() + "/Pelmora.app"_L1;
@@ -307,7 +278,7 @@ void tst_MoveCommands::whatIsBeingCopiedIsClosedToOthers()
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"PATH"_s, folder.path() + "/programmes:"_L1 + environment.value(u"PATH"_s));
     process.setProcessEnvironment(environment);
-    const MoveCommand copy = MoveCommands(linuxCommands, later).privilegedCopy(source, destination);
+    const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
     process.start(copy.program, copy.arguments);
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 0);
@@ -315,5 +286,5 @@ void tst_MoveCommands::whatIsBeingCopiedIsClosedToOthers()
     QCOMPARE(modeOf(destination + "/bin/pelmora"_L1), 0755U);
 }
 
-QTEST_GUILESS_MAIN(tst_MoveCommands)
-#include "tst_movecommands.moc"
+QTEST_GUILESS_MAIN(tst_LinuxMoveCommands)
+#include "tst_linuxmovecommands.moc"

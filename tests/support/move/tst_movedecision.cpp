@@ -22,14 +22,14 @@ void tst_MoveDecision::onlyTheDeviceOfAnImageCounts_data()
 {
     QTest::addColumn<QByteArray>("list");
     QTest::addColumn<bool>("isFound");
-    const QByteArray ours = entity("/dev/disk2s1");
-    const QByteArray other = entity("/dev/disk9");
+    const QByteArray ours = entity(imageDevice.toUtf8());
+    const QByteArray other = entity("/dev/loop9");
     QTest::newRow("the second image") << twoImages() << true;
     QTest::newRow("other devices") << imageList("<array>" + image("<array>" + other + "</array>") + "</array>")
                                    << false;
     QTest::newRow("no image") << imageList("<array/>") << false;
     QTest::newRow("nothing") << QByteArray() << false;
-    QTest::newRow("no property list") << QByteArray("hdiutil: erreur") << false;
+    QTest::newRow("no property list") << QByteArray("udisksctl: erreur") << false;
     QTest::newRow("an array") << QByteArray("<plist version=\"1.0\"><array>" + ours + "</array></plist>") << false;
     QTest::newRow("no images") << QByteArray("<plist version=\"1.0\"><dict/></plist>") << false;
     QTest::newRow("images of another type") << imageList("<string>x</string>") << false;
@@ -55,8 +55,8 @@ void tst_MoveDecision::onlyTheDeviceOfAnImageCounts()
     QFETCH(const bool, isFound);
     RecordedMove platform;
     furnish(platform);
-    platform.volume = Volume{false, u"/dev/disk2s1"_s};
-    platform.commandEnd = {0, list};
+    platform.volume = Volume{false, imageDevice};
+    platform.images = list;
     QCOMPARE(moveWith(platform), MoveOutcome::Ends);
     QCOMPARE(platform.record.contains(ejecting), isFound);
     QCOMPARE(platform.record.contains(removing), !isFound);
@@ -66,7 +66,7 @@ void tst_MoveDecision::aVolumeThatCannotBeToldIsNoImage()
 {
     RecordedMove platform;
     furnish(platform);
-    platform.commandEnd = {0, twoImages()};
+    platform.images = twoImages();
     platform.volume.reset();
     QCOMPARE(moveWith(platform), MoveOutcome::Ends);
     QVERIFY(!platform.record.contains(listing));

@@ -32,7 +32,7 @@ private Q_SLOTS:
     void anInactiveApplicationIsActivatedFirst();
     void decliningStoresTheBoxOnlyWhenItIsTicked();
     void acceptingNeverStoresTheBox();
-    void onLinuxThePlatformListsTheImages();
+    void aMountedImageIsEjected();
 };
 
 void tst_MoveToApplications::aSuppressedQuestionStopsAtOnce()
@@ -199,8 +199,7 @@ void tst_MoveToApplications::theAlertSpeaksTheUsersLanguage()
     platform.copyFailure = u"plein"_s;
     const StringTable french =
         StringTable::load(Bundle(QStringLiteral(PELMORA_SOURCE "/resources")), u"MoveApplication"_s, {u"fr-FR"_s});
-    const MoveCommands commands(macintoshCommands, release10_8);
-    QCOMPARE(moveToApplications(surroundings(), commands, french, platform), MoveOutcome::Stays);
+    QCOMPARE(moveToApplications(surroundings(), LinuxMoveCommands(), french, platform), MoveOutcome::Stays);
     QCOMPARE(platform.question.title, u"Déplacer vers le dossier Applications de votre dossier personnel\u202f?"_s);
     QCOMPARE(platform.question.body, u"Je peux me déplacer vers le dossier Applications si vous le souhaitez. "
                                      "Votre dossier Téléchargements restera ainsi bien rangé."_s);
@@ -254,15 +253,13 @@ void tst_MoveToApplications::acceptingNeverStoresTheBox()
     QVERIFY(!platform.record.contains(u"suppress"_s));
 }
 
-void tst_MoveToApplications::onLinuxThePlatformListsTheImages()
+void tst_MoveToApplications::aMountedImageIsEjected()
 {
     RecordedMove platform;
     furnish(platform);
     platform.volume = Volume{false, u"/dev/loop0"_s};
     platform.images = MountedImages("36 1 7:0 / /media/x ro - ext4 /dev/loop0 ro\n", QString()).propertyList();
-    const MoveSurroundings values = surroundings();
-    QCOMPARE(moveToApplications(values, MoveCommands(linuxCommands, values.platformRelease), StringTable(), platform),
-             MoveOutcome::Ends);
+    QCOMPARE(moveWith(platform), MoveOutcome::Ends);
     QCOMPARE(platform.record.at(2), u"images?"_s);
     QVERIFY(!platform.record.contains(removing));
     QVERIFY2(platform.record.last().contains("(d='/dev/loop0'; sleep 5 && udisksctl unmount"_L1),

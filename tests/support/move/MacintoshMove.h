@@ -1,0 +1,59 @@
+#pragma once
+
+#include "support/move/MoveCommands.h"
+
+#include <expected>
+
+// What the move to the Applications folder does on the Macintosh in its own ways, for a port to that platform. No
+// program holds it.
+
+/// Releases of the platform (integer part of the application kit's version) from which things are done otherwise.
+namespace MacintoshRelease {
+/// The last release of 10.5: what came after is above it.
+inline constexpr int lastOf10_5 = 949;
+inline constexpr int firstOf10_8 = 1187;
+} // namespace MacintoshRelease
+
+/// The right to be asked for where the move takes an administrator.
+inline constexpr QStringView administratorsRight{u"system.privilege.admin"};
+
+/// The commands of that platform.
+class MacintoshMoveCommands final : public MoveCommands
+{
+public:
+    explicit MacintoshMoveCommands(int release);
+
+    [[nodiscard]] MoveCommand openRunningCopy(const QString& destination) const override;
+    [[nodiscard]] MoveCommand relaunch(qint64 processIdentifier, const QString& destination) const override;
+    [[nodiscard]] MoveCommand ejectImage(const QString& device) const override;
+    [[nodiscard]] MoveCommand privilegedDelete(const QString& destination) const override;
+    [[nodiscard]] MoveCommand privilegedCopy(const QString& source, const QString& destination) const override;
+
+    /// Prints the mounted disk images as a property list.
+    [[nodiscard]] static MoveCommand listMountedImages();
+    /// Ends with status 0 when the copy runs. Nothing from the release on where the platform tells what runs.
+    [[nodiscard]] std::optional<MoveCommand> testRunning(const QString& destination) const;
+
+private:
+    int m_release;
+};
+
+/// What moving to the trash asks of that platform.
+class MacintoshTrash
+{
+public:
+    MacintoshTrash() = default;
+    virtual ~MacintoshTrash() = default;
+    MacintoshTrash(const MacintoshTrash&) = delete;
+    MacintoshTrash& operator=(const MacintoshTrash&) = delete;
+
+    [[nodiscard]] virtual bool trashItem(const QString& path) = 0;
+    [[nodiscard]] virtual bool recycleItem(const QString& name, const QString& parentFolder) = 0;
+    /// The failure is the reason.
+    [[nodiscard]] virtual std::expected<void, QString> runScript(const QStringList& lines) = 0;
+    virtual void logError(const QString& line) = 0;
+};
+
+/// Moves an item to the trash, by the first of three ways that succeeds. False, and two lines in the log, when none
+/// does.
+[[nodiscard]] bool moveToMacintoshTrash(const QString& path, int release, MacintoshTrash& platform);
