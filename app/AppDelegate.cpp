@@ -37,13 +37,15 @@ constexpr QStringView debugLevelKey{u"MVDebugLevel"};
 
 AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitAccess> client)
     : m_bundle(surroundings.bundle)
+    , m_settings(surroundings.settings)
     , m_logos(surroundings.logos)
     , m_fonts(surroundings.fonts)
     , m_window(surroundings.window)
     , m_alerts(&surroundings.window)
     , m_lvit(std::move(client))
-    , m_reading(m_lvit, *this)
-    , m_printDesk(m_logos, m_fonts)
+    , m_reading(m_lvit, m_settings, *this)
+    , m_printDesk(m_settings, m_logos, m_fonts)
+    , m_recents(m_settings)
 {
     m_printDesk.setPermission([this] { return permitPrint(); });
     connect(&FileWorker::shared(), &FileWorker::ended, this, &AppDelegate::writingHasEnded);
@@ -74,11 +76,11 @@ void AppDelegate::applicationDidFinishLaunching()
     // Before all that takes time, and not left in a buffer meanwhile: people see the window at once.
     m_window.show();
     QGuiApplication::sync();
-    m_attestationViewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts, m_printDesk);
+    m_attestationViewer = std::make_unique<MVAttestationWindowController>(m_settings, m_logos, m_fonts, m_printDesk);
     setObservers();
     checkLogDir();
     checkSedicaDir();
-    setStandardPreferences();
+    setStandardPreferences(m_settings);
     updateRecentsMenu();
     disableUI();
     m_reading.lVitInit();
@@ -125,9 +127,9 @@ void AppDelegate::initPrefs()
 {
     m_updater = std::make_unique<SUUpdater>(UpdateConfiguration::fromBundle(m_bundle),
                                             std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
-    MVPreferences::resigterPreferencesPane(std::make_shared<MVConfigPrefs>(*this, m_bundle));
-    MVPreferences::resigterPreferencesPane(std::make_shared<MVAttestationPrefs>(m_bundle));
-    MVPreferences::resigterPreferencesPane(std::make_shared<LVitAccessPrefs>(m_lvit, m_bundle));
+    MVPreferences::resigterPreferencesPane(std::make_shared<MVConfigPrefs>(m_settings, *this, m_bundle));
+    MVPreferences::resigterPreferencesPane(std::make_shared<MVAttestationPrefs>(m_settings, m_bundle));
+    MVPreferences::resigterPreferencesPane(std::make_shared<LVitAccessPrefs>(m_settings, m_lvit, m_bundle));
     const auto updatePrefs = std::make_shared<MVUpdatePrefs>(m_bundle);
     updatePrefs->setUpdater(m_updater.get());
     MVPreferences::resigterPreferencesPane(updatePrefs);

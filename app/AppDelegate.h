@@ -3,6 +3,7 @@
 #include "app/cards/SaveFailure.h"
 #include "app/models/PanelLine.h"
 #include "app/models/ReadWorkflow.h"
+#include "app/models/RecentAttestations.h"
 #include "attestation/print/PrintDesk.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
@@ -30,6 +31,7 @@ class SavingSheet;
 class SchemeLogos;
 class StatusItem;
 class SUUpdater;
+class UserDefaults;
 
 /// The application's one controller: it owns what lives for the whole run and lets what the user does reach those that
 /// do it. Each operation is a few lines over a class of its own. Main thread only.
@@ -42,6 +44,7 @@ public:
     struct Surroundings
     {
         const Bundle& bundle;
+        UserDefaults& settings;
         SchemeLogos& logos;
         const PageFonts& fonts;
         MainWindow& window;
@@ -152,7 +155,7 @@ private:
     void writeAside(const std::function<std::function<void()>()>& work);
     void writingHasEnded();
     void endOnceWritten();
-    [[nodiscard]] static QString attestationsFolder();
+    [[nodiscard]] QString attestationsFolder() const;
 
     // What the reading of a card needs.
     void beginSheet(const QString& message) override;
@@ -167,6 +170,7 @@ private:
     void saveXMLIfNeeded() override;
 
     const Bundle& m_bundle;
+    UserDefaults& m_settings;
     SchemeLogos& m_logos;
     const PageFonts& m_fonts;
     MainWindow& m_window;
@@ -177,6 +181,7 @@ private:
     std::optional<CardRecord> m_currentVitale;
     std::unique_ptr<MVAttestationWindowController> m_attestationViewer;
     std::unique_ptr<StatusItem> m_statusItem;
+    RecentAttestations m_recents;
     QPointer<QMenu> m_recentsMenu; // the window's own
     std::unique_ptr<SUUpdater> m_updater;
     QPointer<QFileDialog> m_filePanel;

@@ -2,7 +2,6 @@
 #include "app/AppDelegate.h"
 #include "app/desktop/StatusItem.h"
 #include "app/models/CardFile.h"
-#include "app/models/RecentAttestations.h"
 #include "app/windows/CardFilePanel.h"
 #include "app/windows/MainWindow.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
@@ -71,14 +70,14 @@ void AppDelegate::openAttestationsFolder(const QObject* /*sender*/)
 
 void AppDelegate::addToRecents(const QString& path)
 {
-    if (RecentAttestations::add(path))
+    if (m_recents.add(path))
         updateRecentsMenu();
 }
 
 void AppDelegate::updateRecentsMenu()
 {
     auto* menu = new QMenu(RecentAttestations::menuTitle.toString(), &m_window);
-    for (const MenuEntry& entry : RecentAttestations::menu()) {
+    for (const MenuEntry& entry : m_recents.menu()) {
         if (entry.isSeparator) {
             menu->addSeparator();
             continue;
@@ -102,7 +101,7 @@ void AppDelegate::updateRecentsMenu()
 
 void AppDelegate::clearRecentsMenu(const QObject* /*sender*/)
 {
-    RecentAttestations::clear();
+    m_recents.clear();
     updateRecentsMenu();
 }
 
@@ -112,7 +111,7 @@ void AppDelegate::openRecentAttestation(const QObject* sender)
     if (!menuItem)
         return;
     m_window.setNotice(QString());
-    if (const std::optional<QString> path = RecentAttestations::pathAt(menuItem->data().toInt()))
+    if (const std::optional<QString> path = m_recents.pathAt(menuItem->data().toInt()))
         Workspace::openFile(*path);
 }
 

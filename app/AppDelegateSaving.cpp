@@ -22,9 +22,9 @@
 
 using namespace Qt::StringLiterals;
 
-QString AppDelegate::attestationsFolder()
+QString AppDelegate::attestationsFolder() const
 {
-    return MVSettings::stringPreferencesForKey(SettingsKey::attestationsFolder).value_or(QString());
+    return MVSettings::stringPreferencesForKey(m_settings, Settings::attestationsFolder).value_or(QString());
 }
 
 bool AppDelegate::refuseWhileWriting()
@@ -37,7 +37,8 @@ bool AppDelegate::refuseWhileWriting()
 
 void AppDelegate::save(const CardRecord& record)
 {
-    const AttestationDocument document = AttestationFiles(attestationsFolder(), m_logos, m_fonts).document(record);
+    const AttestationDocument document =
+        AttestationFiles(attestationsFolder(), m_settings, m_logos, m_fonts).document(record);
     writeAside([this, document]() -> std::function<void()> {
         return [this, saved = AttestationFiles::write(document)] { finishSave(saved); };
     });
@@ -72,7 +73,7 @@ void AppDelegate::finishSave(const std::expected<QString, SaveFailure>& saved)
 
 void AppDelegate::saveXMLIfNeeded()
 {
-    if (!isDebugCopyWanted(m_currentVitale))
+    if (!isDebugCopyWanted(m_settings, m_currentVitale))
         return;
     writeAside([record = *m_currentVitale, folder = attestationsFolder()]() -> std::function<void()> {
         writeDebugCopy(record, folder);

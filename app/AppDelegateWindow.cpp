@@ -209,7 +209,7 @@ void AppDelegate::readCancelled()
 
 void AppDelegate::showStatusItem()
 {
-    if (m_statusItem || !MVSettings::booleanPreferencesForKey(SettingsKey::statusItemMenu))
+    if (m_statusItem || !MVSettings::booleanPreferencesForKey(m_settings, Settings::statusItemMenu))
         return;
     const QString icon = m_bundle.pathForResource(u"StatusItemIcon"_s, u"svg"_s).value_or(QString());
     m_statusItem = std::make_unique<StatusItem>(QIcon(icon));

@@ -13,6 +13,7 @@
 #include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
 #include "platform/Bundle.h"
+#include "platform/UserDefaults.h"
 
 #include <QApplication>
 
@@ -70,10 +71,11 @@ int runApplication(const CommandLine& command, const Bundle& bundle, SingleInsta
         Console::complain(fonts.error().localizedDescription());
         return failure;
     }
+    UserDefaults settings(UserDefaults::standardFilePath());
     SchemeLogos logos(bundle);
     LVitAccess::setDefaultCommand(cardServiceCommand(command, bundle));
     MainWindow window(bundle);
-    AppDelegate delegate({bundle, logos, *fonts, window}, LVitAccess::defaultInstance());
+    AppDelegate delegate({bundle, settings, logos, *fonts, window}, LVitAccess::defaultInstance());
     ReopenService service;
     const TerminationSignals termination;
     connectOutside(delegate, instance, service, termination);

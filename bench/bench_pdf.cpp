@@ -6,7 +6,6 @@
 #include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
 #include "platform/UserDefaults.h"
-#include "prefs/settings/MVSettings.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -49,8 +48,8 @@ int main(int argc, char* argv[])
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     // Not the user's own settings: they can ask for a title, which the bare page has not.
-    const QTemporaryDir settings;
-    MVSettings::setStore(std::make_unique<UserDefaults>(settings.filePath(u"Pelmora.conf"_s)));
+    const QTemporaryDir folder;
+    const UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
     const Bundle bundle(QStringLiteral(PELMORA_STAGE_SHARE));
     const auto fonts = PageFonts::load(bundle);
     if (!fonts)
@@ -61,7 +60,7 @@ int main(int argc, char* argv[])
 
     const CardRecord card = specimenCard();
     const auto fromRecord = [&] {
-        MVNewAttestation attestation(logos);
+        MVNewAttestation attestation(settings, logos);
         attestation.setVitale(card);
         return renderAttestationPdf(attestation.page(), *fonts);
     };

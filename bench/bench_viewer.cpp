@@ -11,7 +11,6 @@
 #include "attestation/viewer/MVScrollView.h"
 #include "card/CardKeys.h"
 #include "platform/UserDefaults.h"
-#include "prefs/settings/MVSettings.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -164,16 +163,16 @@ std::function<void(int)> resizing(QWidget& window, QSize size)
 int main(int argc, char* argv[])
 {
     const QApplication application(argc, argv);
-    const QTemporaryDir settings;
-    MVSettings::setStore(std::make_unique<UserDefaults>(settings.filePath(u"Pelmora.conf"_s)));
+    const QTemporaryDir folder;
+    const UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
     const QString resources = QStringLiteral(PELMORA_STAGE_SHARE);
     const Bundle bundle(resources);
     const auto fonts = PageFonts::load(bundle);
     if (!fonts)
         qFatal("%s", qPrintable(fonts.error().localizedDescription()));
     SchemeLogos logos(bundle);
-    PrintDesk printDesk(logos, *fonts);
-    MVAttestationWindowController viewer(logos, *fonts, printDesk);
+    PrintDesk printDesk(settings, logos, *fonts);
+    MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
     viewer.setVitale(specimenCard());
     QWidget& page = *viewer.scrollView()->findChild<MVNewAttestationView*>();
     QSvgRenderer logo(*bundle.pathForResource(u"01"_s, u"svg"_s));

@@ -57,8 +57,9 @@ constexpr bool isMode(qint64 tag)
 
 } // namespace
 
-LVitAccessPrefs::LVitAccessPrefs(std::shared_ptr<LVitAccess> client, Bundle bundle)
+LVitAccessPrefs::LVitAccessPrefs(UserDefaults& settings, std::shared_ptr<LVitAccess> client, Bundle bundle)
     : PaneViewController(u"Services"_s, std::move(bundle))
+    , m_settings(settings)
     , m_client(std::move(client))
 {
 }
@@ -102,7 +103,7 @@ void LVitAccessPrefs::changeMode(const QObject* /*sender*/)
     clearLibraryInformations();
     if (!isMode(tag))
         tag = 0;
-    MVSettings::setPreferencesWithIntegerValue(SettingsKey::lvitMode, tag);
+    MVSettings::setPreferencesWithIntegerValue(m_settings, Settings::lvitMode, tag);
     m_client->setAccessMode(static_cast<unsigned>(tag));
 
     m_client->bindWithCompletionHandler([pane = QPointer(this)](bool bound, const std::optional<Error>& error) {

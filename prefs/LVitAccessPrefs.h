@@ -8,6 +8,7 @@
 class ModeMenu;
 class QGroupBox;
 class QLabel;
+class UserDefaults;
 
 namespace Ui {
 class LVitAccessView;
@@ -20,7 +21,8 @@ class LVitAccessPrefs final : public PaneViewController
     Q_PROPERTY(QString modeInformations READ modeInformations WRITE setModeInformations NOTIFY modeInformationsChanged)
 
 public:
-    explicit LVitAccessPrefs(std::shared_ptr<LVitAccess> client = LVitAccess::defaultInstance(),
+    /// The settings must outlive the pane.
+    explicit LVitAccessPrefs(UserDefaults& settings, std::shared_ptr<LVitAccess> client = LVitAccess::defaultInstance(),
                              Bundle bundle = Bundle::mainBundle());
     LVitAccessPrefs(const LVitAccessPrefs&) = delete;
     LVitAccessPrefs& operator=(const LVitAccessPrefs&) = delete;
@@ -67,6 +69,7 @@ private:
     /// The controls; loads the view if need be.
     [[nodiscard]] Ui::LVitAccessView& ui();
 
+    UserDefaults& m_settings;
     std::shared_ptr<LVitAccess> m_client;
     QString m_modeInformations = QStringLiteral("");
     std::unique_ptr<Ui::LVitAccessView> m_ui;

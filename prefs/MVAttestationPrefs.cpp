@@ -33,8 +33,9 @@ QString withoutLink(const QString& path)
 
 } // namespace
 
-MVAttestationPrefs::MVAttestationPrefs(Bundle bundle)
+MVAttestationPrefs::MVAttestationPrefs(UserDefaults& settings, Bundle bundle)
     : PaneViewController(u"Attestation"_s, std::move(bundle))
+    , m_settings(settings)
 {
 }
 
@@ -81,7 +82,7 @@ void MVAttestationPrefs::storeFolder(const QFileDialog& panel)
     const QList<QUrl> chosen = panel.selectedUrls();
     if (chosen.isEmpty() || !chosen.constFirst().isLocalFile())
         return;
-    MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder,
+    MVSettings::setPreferencesWithStringValue(m_settings, Settings::attestationsFolder,
                                               withoutLink(chosen.constFirst().toLocalFile()));
     showFolder();
 }
@@ -89,7 +90,7 @@ void MVAttestationPrefs::storeFolder(const QFileDialog& panel)
 void MVAttestationPrefs::showFolder()
 {
     m_ui->folderTextField->setWholeText(
-        MVSettings::stringPreferencesForKey(SettingsKey::attestationsFolder).value_or(QString()));
+        MVSettings::stringPreferencesForKey(m_settings, Settings::attestationsFolder).value_or(QString()));
 }
 
 void MVAttestationPrefs::loadView(QScrollArea& view)
@@ -100,7 +101,7 @@ void MVAttestationPrefs::loadView(QScrollArea& view)
 
 void MVAttestationPrefs::viewDidLoad()
 {
-    tieToSetting(*m_ui->showTitleButton, SettingsKey::showRightLabelPrintOption);
+    tieToSetting(*m_ui->showTitleButton, m_settings, Settings::showRightLabelPrintOption);
     showFolder();
     connect(m_ui->changeFolderButton, &QAbstractButton::clicked, this,
             [this] { changeAttestationsFolder(m_ui->changeFolderButton); });

@@ -5,6 +5,7 @@
 #include <memory>
 
 class QFileDialog;
+class UserDefaults;
 
 namespace Ui {
 class AttestationConfigView;
@@ -16,7 +17,8 @@ class MVAttestationPrefs final : public PaneViewController
     Q_OBJECT
 
 public:
-    explicit MVAttestationPrefs(Bundle bundle = Bundle::mainBundle());
+    /// The settings must outlive the pane.
+    explicit MVAttestationPrefs(UserDefaults& settings, Bundle bundle = Bundle::mainBundle());
     ~MVAttestationPrefs() override;
 
     [[nodiscard]] QString paneIdentifier() const override;
@@ -35,5 +37,6 @@ private:
     void storeFolder(const QFileDialog& panel);
     void showFolder();
 
+    UserDefaults& m_settings;
     std::unique_ptr<Ui::AttestationConfigView> m_ui;
 };

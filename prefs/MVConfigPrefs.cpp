@@ -23,8 +23,9 @@ bool isOn(const QAbstractButton& button)
 
 } // namespace
 
-MVConfigPrefs::MVConfigPrefs(StatusItemControl& statusItem, Bundle bundle)
+MVConfigPrefs::MVConfigPrefs(UserDefaults& settings, StatusItemControl& statusItem, Bundle bundle)
     : PaneViewController(u"Config"_s, std::move(bundle))
+    , m_settings(settings)
     , m_statusItem(statusItem)
 {
 }
@@ -52,7 +53,7 @@ void MVConfigPrefs::paneWillAppear()
     view();
     // The keyboard is asked, as assistive technology opens panes without an event that would tell of held keys.
     const bool altIsDown = QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier);
-    const bool isVisible = altIsDown || MVSettings::booleanPreferencesForKey(SettingsKey::debugMode);
+    const bool isVisible = altIsDown || MVSettings::booleanPreferencesForKey(m_settings, Settings::debugMode);
     debugModeButton()->setVisible(isVisible);
     m_ui->debugModeLabel->setVisible(isVisible);
     m_ui->debugModeHint->setVisible(isVisible);
@@ -87,8 +88,8 @@ void MVConfigPrefs::loadView(QScrollArea& view)
 void MVConfigPrefs::viewDidLoad()
 {
     // The ties come first: what is stored is there for the actions.
-    tieToSetting(*m_ui->statusItemButton, SettingsKey::statusItemMenu);
-    tieToSetting(*m_ui->debugModeButton, SettingsKey::debugMode);
+    tieToSetting(*m_ui->statusItemButton, m_settings, Settings::statusItemMenu);
+    tieToSetting(*m_ui->debugModeButton, m_settings, Settings::debugMode);
     // toggled() and not clicked(), which assistive technology can do without.
     connect(m_ui->statusItemButton, &QAbstractButton::toggled, this,
             [this] { changeStatusItemPrefs(m_ui->statusItemButton); });

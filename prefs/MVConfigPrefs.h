@@ -6,6 +6,7 @@
 
 class QCheckBox;
 class StatusItemControl;
+class UserDefaults;
 
 namespace Ui {
 class ConfigView;
@@ -18,8 +19,8 @@ class MVConfigPrefs final : public PaneViewController
     Q_OBJECT
 
 public:
-    /// The status item's control outlives the pane's use.
-    explicit MVConfigPrefs(StatusItemControl& statusItem, Bundle bundle = Bundle::mainBundle());
+    /// The settings and the status item's control must outlive the pane's use.
+    MVConfigPrefs(UserDefaults& settings, StatusItemControl& statusItem, Bundle bundle = Bundle::mainBundle());
     ~MVConfigPrefs() override;
 
     [[nodiscard]] QString paneIdentifier() const override;
@@ -40,6 +41,7 @@ protected:
     void viewDidLoad() override;
 
 private:
+    UserDefaults& m_settings;
     StatusItemControl& m_statusItem;
     std::unique_ptr<Ui::ConfigView> m_ui;
 };

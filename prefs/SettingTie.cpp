@@ -11,15 +11,16 @@ namespace {
 class SettingTie final : public QObject
 {
 public:
-    SettingTie(QAbstractButton& button, QStringView key)
+    SettingTie(QAbstractButton& button, UserDefaults& store, const Setting<bool>& setting)
         : QObject(&button)
         , m_button(button)
-        , m_key(key)
+        , m_store(store)
+        , m_setting(setting)
     {
         showStored();
         button.installEventFilter(this);
         connect(&button, &QAbstractButton::toggled, this,
-                [this](bool on) { MVSettings::setPreferencesWithBooleanValue(m_key, on); });
+                [this](bool on) { MVSettings::setPreferencesWithBooleanValue(m_store, m_setting, on); });
     }
 
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -34,16 +35,17 @@ private:
     {
         // Nobody has switched it: nothing is stored, and no action runs.
         const QSignalBlocker quiet(m_button);
-        m_button.setChecked(MVSettings::booleanPreferencesForKey(m_key));
+        m_button.setChecked(MVSettings::booleanPreferencesForKey(m_store, m_setting));
     }
 
     QAbstractButton& m_button;
-    QStringView m_key;
+    UserDefaults& m_store;
+    Setting<bool> m_setting;
 };
 
 } // namespace
 
-void tieToSetting(QAbstractButton& button, QStringView key)
+void tieToSetting(QAbstractButton& button, UserDefaults& store, const Setting<bool>& setting)
 {
-    new SettingTie(button, key); // the button's
+    new SettingTie(button, store, setting); // the button's
 }

@@ -12,8 +12,10 @@
 
 using namespace Qt::StringLiterals;
 
-AttestationFiles::AttestationFiles(QString folder, SchemeLogos& logos, const PageFonts& fonts)
+AttestationFiles::AttestationFiles(QString folder, const UserDefaults& settings, SchemeLogos& logos,
+                                   const PageFonts& fonts)
     : m_folder(std::move(folder))
+    , m_settings(settings)
     , m_logos(logos)
     , m_fonts(fonts)
 {
@@ -21,7 +23,7 @@ AttestationFiles::AttestationFiles(QString folder, SchemeLogos& logos, const Pag
 
 AttestationDocument AttestationFiles::document(const CardRecord& record) const
 {
-    MVNewAttestation attestation(m_logos);
+    MVNewAttestation attestation(m_settings, m_logos);
     attestation.setVitale(record);
     return {m_folder, fileName(record), renderAttestationPdf(attestation.page(), m_fonts)};
 }

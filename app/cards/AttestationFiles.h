@@ -10,6 +10,7 @@
 
 class PageFonts;
 class SchemeLogos;
+class UserDefaults;
 
 /// An attestation that is ready to be written.
 struct AttestationDocument
@@ -24,8 +25,8 @@ struct AttestationDocument
 class AttestationFiles
 {
 public:
-    /// The logos and the fonts must outlive it.
-    AttestationFiles(QString folder, SchemeLogos& logos, const PageFonts& fonts);
+    /// The settings, the logos and the fonts must outlive it.
+    AttestationFiles(QString folder, const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts);
 
     /// The record's attestation, not yet written.
     [[nodiscard]] AttestationDocument document(const CardRecord& record) const;
@@ -40,6 +41,7 @@ public:
 
 private:
     QString m_folder;
+    const UserDefaults& m_settings;
     SchemeLogos& m_logos;
     const PageFonts& m_fonts;
 };

@@ -8,8 +8,9 @@
 
 using namespace Qt::StringLiterals;
 
-PrintCommand::PrintCommand(PrintInfo info, SchemeLogos& logos, const PageFonts& fonts)
+PrintCommand::PrintCommand(PrintInfo info, const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts)
     : m_info(std::move(info))
+    , m_settings(settings)
     , m_logos(logos)
     , m_fonts(fonts)
 {
@@ -28,7 +29,7 @@ std::expected<PrintInfo, QString> PrintCommand::defaultPrinter()
 
 std::expected<void, QString> PrintCommand::handle(const CardRecord& record)
 {
-    MVNewAttestation attestation(m_logos);
+    MVNewAttestation attestation(m_settings, m_logos);
     attestation.setVitale(record);
     const QByteArray pdf = renderAttestationPdf(attestation.page(), m_fonts, m_info.sheet);
     if (pdf.isEmpty())

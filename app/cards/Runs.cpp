@@ -10,7 +10,7 @@
 #include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
 #include "platform/Bundle.h"
-#include "prefs/settings/MVSettings.h"
+#include "platform/UserDefaults.h"
 #include "prefs/settings/StandardPreferences.h"
 
 #include <QGuiApplication>
@@ -27,16 +27,18 @@ namespace {
 
 constexpr int failure = 1;
 
-std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const Bundle& bundle)
+std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const Bundle& bundle,
+                                              const UserDefaults& settings)
 {
     LVitAccess::setDefaultCommand(cardServiceCommand(command, bundle));
     std::shared_ptr<LVitAccess> client = LVitAccess::defaultInstance();
-    setAccessModeFromSettings(*client);
+    setAccessModeFromSettings(*client, settings);
     return client;
 }
 
 using CommandPtr = std::unique_ptr<CardsCommand>;
-using CommandMaker = std::function<std::expected<CommandPtr, QString>(SchemeLogos&, const PageFonts&)>;
+using CommandMaker =
+    std::function<std::expected<CommandPtr, QString>(const UserDefaults&, SchemeLogos&, const PageFonts&)>;
 
 /// Brings the card service up, and has the card in the reader taken. Returns when that is done.
 void takeCardInReader(const std::shared_ptr<LVitAccess>& client, CardsCommand& cards)
@@ -65,7 +67,8 @@ int runWithoutWindow(const CommandLine& command, char* programName, const Comman
     const QGuiApplication application(count, arguments.data());
 
     // Nothing is stored: a run without a window leaves the user's settings as they are.
-    MVSettings::registerDefaults(standardPreferences());
+    UserDefaults settings(UserDefaults::standardFilePath());
+    registerStandardPreferences(settings);
     const Bundle bundle = Bundle::mainBundle();
     const std::expected<PageFonts, Error> fonts = PageFonts::load(bundle);
     if (!fonts) {
@@ -73,7 +76,7 @@ int runWithoutWindow(const CommandLine& command, char* programName, const Comman
         return failure;
     }
     SchemeLogos logos(bundle);
-    const std::expected<CommandPtr, QString> made = makeCommand(logos, *fonts);
+    const std::expected<CommandPtr, QString> made = makeCommand(settings, logos, *fonts);
     if (!made) {
         Console::complain(made.error());
         return failure;
@@ -84,7 +87,7 @@ int runWithoutWindow(const CommandLine& command, char* programName, const Comman
         cards.takeCardFiles(command.cards);
         return cards.exitCode();
     }
-    takeCardInReader(cardServiceClient(command, bundle), cards);
+    takeCardInReader(cardServiceClient(command, bundle, settings), cards);
     return cards.exitCode();
 }
 
@@ -94,8 +97,9 @@ int runSave(const CommandLine& command, char* programName)
 {
     std::optional<AttestationFiles> files;
     return runWithoutWindow(command, programName,
-                            [&](SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
-                                files.emplace(command.folder, logos, fonts);
+                            [&](const UserDefaults& settings, SchemeLogos& logos,
+                                const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
+                                files.emplace(command.folder, settings, logos, fonts);
                                 return std::make_unique<SaveCommand>(*files);
                             });
 }
@@ -103,10 +107,11 @@ int runSave(const CommandLine& command, char* programName)
 int runPrint(const CommandLine& command, char* programName)
 {
     return runWithoutWindow(command, programName,
-                            [](SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
+                            [](const UserDefaults& settings, SchemeLogos& logos,
+                               const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
                                 const std::expected<PrintInfo, QString> printer = PrintCommand::defaultPrinter();
                                 if (!printer)
                                     return std::unexpected(printer.error());
-                                return std::make_unique<PrintCommand>(*printer, logos, fonts);
+                                return std::make_unique<PrintCommand>(*printer, settings, logos, fonts);
                             });
 }

@@ -10,10 +10,11 @@
 #include <optional>
 #include <utility>
 
-void setAccessModeFromSettings(LVitAccess& client)
+void setAccessModeFromSettings(LVitAccess& client, const UserDefaults& settings)
 {
     // Whatever a hand-written setting holds stays what it is for the client: one of its modes, or not.
-    const qint64 mode = std::clamp<qint64>(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0, INT_MAX);
+    const qint64 mode =
+        std::clamp<qint64>(MVSettings::integerPreferencesForKey(settings, Settings::lvitMode), 0, INT_MAX);
     client.setAccessMode(static_cast<unsigned>(mode));
 }
 

@@ -8,9 +8,10 @@
 #include <functional>
 
 class LVitAccess;
+class UserDefaults;
 
 /// Hands the access mode of the settings to the client: it takes effect with the next bind. Main thread.
-void setAccessModeFromSettings(LVitAccess& client);
+void setAccessModeFromSettings(LVitAccess& client, const UserDefaults& settings);
 
 /// Brings the card service up. The outcome is handed over once, later, on the main thread.
 void bindCardService(LVitAccess& client, std::function<void(const BindOutcome&)> completion);

@@ -63,9 +63,9 @@ void logFailure(std::string_view what, const Written& written)
 
 } // namespace
 
-bool isDebugCopyWanted(const std::optional<CardRecord>& record)
+bool isDebugCopyWanted(const UserDefaults& settings, const std::optional<CardRecord>& record)
 {
-    return MVSettings::booleanPreferencesForKey(SettingsKey::debugMode) && record &&
+    return MVSettings::booleanPreferencesForKey(settings, Settings::debugMode) && record &&
            record->text(CardKey::xmlString).has_value();
 }
 

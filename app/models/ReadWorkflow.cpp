@@ -12,8 +12,10 @@
 
 using namespace Qt::StringLiterals;
 
-ReadWorkflow::ReadWorkflow(std::shared_ptr<LVitAccess> client, ReadWorkflowDelegate& delegate)
+ReadWorkflow::ReadWorkflow(std::shared_ptr<LVitAccess> client, const UserDefaults& settings,
+                           ReadWorkflowDelegate& delegate)
     : m_client(std::move(client))
+    , m_settings(settings)
     , m_delegate(delegate)
 {
     NotificationCenter::defaultCenter().addObserver(
@@ -32,7 +34,7 @@ ReadWorkflow::~ReadWorkflow()
 
 void ReadWorkflow::lVitInit()
 {
-    setAccessModeFromSettings(*m_client);
+    setAccessModeFromSettings(*m_client, m_settings);
     MXLog::logDebug("Initializing Vitale Access Mode : {}", m_client->accessMode());
     bind();
 }

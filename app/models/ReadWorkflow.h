@@ -15,6 +15,7 @@
 #include <optional>
 
 class LVitAccess;
+class UserDefaults;
 
 /// What the reading of a card needs of the window around it. Called on the main thread only.
 class ReadWorkflowDelegate
@@ -57,8 +58,8 @@ public:
     /// Receives whether a card is there and, after a read that failed, why.
     using CompletionHandler = std::function<void(bool, const std::optional<Error>&)>;
 
-    /// The delegate must outlive it.
-    ReadWorkflow(std::shared_ptr<LVitAccess> client, ReadWorkflowDelegate& delegate);
+    /// The settings and the delegate must outlive it.
+    ReadWorkflow(std::shared_ptr<LVitAccess> client, const UserDefaults& settings, ReadWorkflowDelegate& delegate);
     ReadWorkflow(const ReadWorkflow&) = delete;
     ReadWorkflow& operator=(const ReadWorkflow&) = delete;
     ~ReadWorkflow() override;
@@ -105,6 +106,7 @@ private:
     static void endRead(std::atomic<ReadNumber>& askedRead, ReadNumber number);
 
     std::shared_ptr<LVitAccess> m_client;
+    const UserDefaults& m_settings;
     ReadWorkflowDelegate& m_delegate;
     bool m_isBinding = false;
     // A bind that is not from here has replaced the one that the read waits for.

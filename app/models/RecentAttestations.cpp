@@ -21,9 +21,9 @@ QStringList textsIn(const QVariant& stored)
 
 } // namespace
 
-QStringList RecentAttestations::paths()
+QStringList RecentAttestations::paths() const
 {
-    return textsIn(MVSettings::arrayPreferenceForKey(SettingsKey::recentsAttestation));
+    return textsIn(MVSettings::arrayPreferenceForKey(m_settings, Settings::recentsAttestation));
 }
 
 bool RecentAttestations::add(const QString& path)
@@ -36,16 +36,16 @@ bool RecentAttestations::add(const QString& path)
     QVariantList changed{path};
     for (const QString& other : stored)
         changed.append(other);
-    MVSettings::setPreferenceWithArray(SettingsKey::recentsAttestation, changed);
+    MVSettings::setPreferenceWithArray(m_settings, Settings::recentsAttestation, changed);
     return true;
 }
 
 void RecentAttestations::clear()
 {
-    MVSettings::removePreferences({SettingsKey::recentsAttestation});
+    MVSettings::removePreferences(m_settings, {Settings::recentsAttestation.key});
 }
 
-std::optional<QString> RecentAttestations::pathAt(int tag)
+std::optional<QString> RecentAttestations::pathAt(int tag) const
 {
     const QStringList stored = paths();
     if (tag < 0 || tag >= stored.size())
@@ -53,7 +53,7 @@ std::optional<QString> RecentAttestations::pathAt(int tag)
     return stored.at(tag);
 }
 
-std::vector<MenuEntry> RecentAttestations::menu()
+std::vector<MenuEntry> RecentAttestations::menu() const
 {
     const QStringList shown = paths().mid(0, maximumCount);
     std::vector<MenuEntry> entries;

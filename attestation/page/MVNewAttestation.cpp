@@ -39,8 +39,9 @@ bool hasCentre(qint64 regime)
 
 } // namespace
 
-MVNewAttestation::MVNewAttestation(SchemeLogos& logos, QObject* parent)
+MVNewAttestation::MVNewAttestation(const UserDefaults& settings, SchemeLogos& logos, QObject* parent)
     : QObject(parent)
+    , m_settings(settings)
     , m_logos(logos)
 {
     internalInit();
@@ -84,7 +85,7 @@ void MVNewAttestation::fillHeader()
     m_page.fundName = m_vitale.text(CardKey::fundCodeLibelle);
     m_page.NSS = m_vitale.text(CardKey::ssn);
     m_page.insuredName = fullName(m_vitale);
-    m_page.showRightLabel = MVSettings::booleanPreferencesForKey(SettingsKey::showRightLabelPrintOption);
+    m_page.showRightLabel = MVSettings::booleanPreferencesForKey(m_settings, Settings::showRightLabelPrintOption);
 }
 
 void MVNewAttestation::fillOrganism()

@@ -9,6 +9,7 @@
 #include <memory>
 
 class SchemeLogos;
+class UserDefaults;
 
 /// Turns one card record into the values of the attestation page. It computes and formats; it draws nothing. Every use
 /// of the page (the window, one print, one file) makes its own. It makes no view itself, so that a page can be made
@@ -18,8 +19,8 @@ class MVNewAttestation final : public QObject
     Q_OBJECT
 
 public:
-    /// An attestation without a record: an empty page. The logos must outlive it.
-    explicit MVNewAttestation(SchemeLogos& logos, QObject* parent = nullptr);
+    /// An attestation without a record: an empty page. The settings and the logos must outlive it.
+    MVNewAttestation(const UserDefaults& settings, SchemeLogos& logos, QObject* parent = nullptr);
     ~MVNewAttestation() override;
 
     /// The record being shown. Setting it is what rebuilds the page's values, the title option included.
@@ -48,6 +49,7 @@ private:
     [[nodiscard]] BeneficiaryLine beneficiaryLine(const BeneficiaryRecord& beneficiary);
     [[nodiscard]] QString birthdayText(const BeneficiaryRecord& beneficiary);
 
+    const UserDefaults& m_settings;
     SchemeLogos& m_logos;
     CardRecord m_vitale;
     std::shared_ptr<DateFormatter> m_dateFormatter;

@@ -7,8 +7,9 @@
 
 #include <utility>
 
-PrintDesk::PrintDesk(SchemeLogos& logos, const PageFonts& fonts)
-    : m_logos(logos)
+PrintDesk::PrintDesk(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts)
+    : m_settings(settings)
+    , m_logos(logos)
     , m_fonts(fonts)
 {
 }
@@ -31,7 +32,7 @@ void PrintDesk::print(const CardRecord& record, AlertQueue& alerts, QWidget& win
         bringToFront();
         return;
     }
-    MVNewAttestation attestation(m_logos);
+    MVNewAttestation attestation(m_settings, m_logos);
     attestation.setVitale(record);
     // It deletes itself when it is done, and goes with the window otherwise.
     m_operation = new PrintOperation(attestation.page(), m_fonts, alerts, &window);

@@ -10,14 +10,15 @@ class PageFonts;
 class PrintOperation;
 class QWidget;
 class SchemeLogos;
+class UserDefaults;
 
 /// Where the application prints attestations: one at a time asks the user, from the request to the end of its dialog.
-/// As long as it asks, no other card may take the place of the one whose page it prints. Main thread only; the logos
-/// and the fonts must outlive it.
+/// As long as it asks, no other card may take the place of the one whose page it prints. Main thread only; the
+/// settings, the logos and the fonts must outlive it.
 class PrintDesk final
 {
 public:
-    PrintDesk(SchemeLogos& logos, const PageFonts& fonts);
+    PrintDesk(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts);
     PrintDesk(const PrintDesk&) = delete;
     PrintDesk& operator=(const PrintDesk&) = delete;
     ~PrintDesk();
@@ -40,6 +41,7 @@ public:
     void bringToFront() const;
 
 private:
+    const UserDefaults& m_settings;
     SchemeLogos& m_logos;
     const PageFonts& m_fonts;
     std::function<bool()> m_permission;

@@ -35,12 +35,13 @@ void centerOnScreen(QMainWindow& window)
 
 } // namespace
 
-MVAttestationWindowController::MVAttestationWindowController(SchemeLogos& logos, const PageFonts& fonts,
-                                                             PrintDesk& printDesk, QObject* parent)
+MVAttestationWindowController::MVAttestationWindowController(const UserDefaults& settings, SchemeLogos& logos,
+                                                             const PageFonts& fonts, PrintDesk& printDesk,
+                                                             QObject* parent)
     : QObject(parent)
     , m_fonts(fonts)
     , m_printDesk(printDesk)
-    , m_attestation(logos)
+    , m_attestation(settings, logos)
     , m_window(std::make_unique<QMainWindow>())
     , m_alerts(m_window.get())
 {

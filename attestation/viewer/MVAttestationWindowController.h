@@ -14,6 +14,7 @@ class QAction;
 class PageFonts;
 class PrintDesk;
 class SchemeLogos;
+class UserDefaults;
 
 /// The viewer: a window on one attestation page, reused for every card. Closing the window hides it. Main thread only.
 class MVAttestationWindowController final : public QObject
@@ -21,9 +22,10 @@ class MVAttestationWindowController final : public QObject
     Q_OBJECT
 
 public:
-    /// Loads the window, which stays hidden. The logos, the fonts and the print desk must outlive the controller.
-    MVAttestationWindowController(SchemeLogos& logos, const PageFonts& fonts, PrintDesk& printDesk,
-                                  QObject* parent = nullptr);
+    /// Loads the window, which stays hidden. The settings, the logos, the fonts and the print desk must outlive the
+    /// controller.
+    MVAttestationWindowController(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts,
+                                  PrintDesk& printDesk, QObject* parent = nullptr);
     ~MVAttestationWindowController() override;
 
     /// The card being shown; a new one takes its place on the page and in the window's title.

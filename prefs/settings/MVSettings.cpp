@@ -3,34 +3,18 @@
 #include "platform/IntegerValue.h"
 #include "platform/UserDefaults.h"
 
-#include <utility>
-
 using namespace Qt::StringLiterals;
 
 namespace {
 
-std::unique_ptr<UserDefaults>& storeSlot()
+QVariant object(const UserDefaults& store, QStringView key)
 {
-    static std::unique_ptr<UserDefaults> store;
-    return store;
+    return store.object(key.toString());
 }
 
-UserDefaults& store()
+void setObject(UserDefaults& store, QStringView key, const QVariant& value)
 {
-    std::unique_ptr<UserDefaults>& slot = storeSlot();
-    if (!slot)
-        slot = std::make_unique<UserDefaults>(UserDefaults::standardFilePath());
-    return *slot;
-}
-
-QVariant object(QStringView key)
-{
-    return store().object(key.toString());
-}
-
-void setObject(QStringView key, const QVariant& value)
-{
-    store().setObject(key.toString(), value);
+    store.setObject(key.toString(), value);
 }
 
 bool isScalar(const QVariant& value)
@@ -47,76 +31,69 @@ bool booleanValue(const QString& text)
 
 } // namespace
 
-void MVSettings::setStore(std::unique_ptr<UserDefaults> store)
+void MVSettings::setPreferencesWithBooleanValue(UserDefaults& store, const Setting<bool>& setting, bool value)
 {
-    storeSlot() = std::move(store);
+    setObject(store, setting.key, value);
 }
 
-void MVSettings::setPreferencesWithBooleanValue(QStringView key, bool value)
+void MVSettings::setPreferencesWithStringValue(UserDefaults& store, const Setting<QString>& setting,
+                                               const QString& value)
 {
-    setObject(key, value);
+    setObject(store, setting.key, value);
 }
 
-void MVSettings::setPreferencesWithStringValue(QStringView key, const QString& value)
+void MVSettings::setPreferencesWithIntegerValue(UserDefaults& store, const Setting<qint64>& setting, qint64 value)
 {
-    setObject(key, value);
+    setObject(store, setting.key, value);
 }
 
-void MVSettings::setPreferencesWithIntegerValue(QStringView key, qint64 value)
+void MVSettings::setPreferenceWithDateValue(UserDefaults& store, const Setting<QDateTime>& setting,
+                                            const QDateTime& value)
 {
-    setObject(key, value);
+    setObject(store, setting.key, value);
 }
 
-void MVSettings::setPreferenceWithDateValue(QStringView key, const QDateTime& value)
+void MVSettings::setPreferenceWithArray(UserDefaults& store, const Setting<QVariantList>& setting,
+                                        const QVariantList& value)
 {
-    setObject(key, value);
+    setObject(store, setting.key, value);
 }
 
-void MVSettings::setPreferenceWithArray(QStringView key, const QVariantList& value)
+bool MVSettings::booleanPreferencesForKey(const UserDefaults& store, const Setting<bool>& setting)
 {
-    setObject(key, value);
-}
-
-bool MVSettings::booleanPreferencesForKey(QStringView key)
-{
-    const QVariant value = object(key);
+    const QVariant value = object(store, setting.key);
     return isScalar(value) && booleanValue(value.toString());
 }
 
-std::optional<QString> MVSettings::stringPreferencesForKey(QStringView key)
+std::optional<QString> MVSettings::stringPreferencesForKey(const UserDefaults& store, const Setting<QString>& setting)
 {
-    const QVariant value = object(key);
+    const QVariant value = object(store, setting.key);
     if (!value.isValid() || !isScalar(value))
         return std::nullopt;
     return value.toString();
 }
 
-qint64 MVSettings::integerPreferencesForKey(QStringView key)
+qint64 MVSettings::integerPreferencesForKey(const UserDefaults& store, const Setting<qint64>& setting)
 {
-    const QVariant value = object(key);
+    const QVariant value = object(store, setting.key);
     if (!isScalar(value))
         return 0;
     return value.typeId() == QMetaType::Bool ? static_cast<qint64>(value.toBool()) : integerValue(value.toString());
 }
 
-QVariant MVSettings::datePreferenceForKey(QStringView key)
+QVariant MVSettings::datePreferenceForKey(const UserDefaults& store, const Setting<QDateTime>& setting)
 {
-    return object(key);
+    return object(store, setting.key);
 }
 
-QVariant MVSettings::arrayPreferenceForKey(QStringView key)
+QVariant MVSettings::arrayPreferenceForKey(const UserDefaults& store, const Setting<QVariantList>& setting)
 {
-    return object(key);
+    return object(store, setting.key);
 }
 
-void MVSettings::removePreferences(const QList<QStringView>& keys)
+void MVSettings::removePreferences(UserDefaults& store, const QList<QStringView>& keys)
 {
     for (const QStringView key : keys)
-        store().remove(key.toString());
-    store().synchronize();
-}
-
-void MVSettings::registerDefaults(const QVariantMap& defaults)
-{
-    store().registerDefaults(defaults);
+        store.remove(key.toString());
+    store.synchronize();
 }

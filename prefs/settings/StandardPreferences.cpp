@@ -1,25 +1,32 @@
 #include "prefs/settings/StandardPreferences.h"
 
+#include "platform/TildePath.h"
+#include "platform/UserDefaults.h"
 #include "prefs/settings/MVSettings.h"
 
-#include <QDir>
+namespace {
 
-using namespace Qt::StringLiterals;
-
-QVariantMap standardPreferences()
+template <typename Value>
+void addDefault(QVariantMap& defaults, const Setting<Value>& setting)
 {
-    return {
-        // A text on purpose: read as an integer it is 0, the automatic mode.
-        {SettingsKey::lvitMode.toString(), u"Auto"_s},
-        {SettingsKey::showRightLabelPrintOption.toString(), false},
-        {SettingsKey::attestationsFolder.toString(), QDir::homePath() + "/Documents/Attestations Pelmora"_L1},
-        {SettingsKey::statusItemMenu.toString(), true},
-    };
+    if (const auto* text = std::get_if<QStringView>(&setting.defaultValue))
+        defaults.insert(setting.key.toString(), expandingTildeInPath(text->toString()));
+    else if (const auto* flag = std::get_if<bool>(&setting.defaultValue))
+        defaults.insert(setting.key.toString(), *flag);
 }
 
-void setStandardPreferences()
+} // namespace
+
+void registerStandardPreferences(UserDefaults& store)
 {
-    MVSettings::registerDefaults(standardPreferences());
+    QVariantMap defaults;
+    std::apply([&](const auto&... setting) { (addDefault(defaults, setting), ...); }, Settings::all);
+    store.registerDefaults(defaults);
+}
+
+void setStandardPreferences(UserDefaults& store)
+{
+    registerStandardPreferences(store);
     // The debug mode never outlives the run in which it was switched on.
-    MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, false);
+    MVSettings::setPreferencesWithBooleanValue(store, Settings::debugMode, false);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QVariantMap>
+class UserDefaults;
 
-/// What every setting is before the user has chosen.
-[[nodiscard]] QVariantMap standardPreferences();
+/// Registers what every setting is before the user has chosen. Nothing is stored. Main thread.
+void registerStandardPreferences(UserDefaults& store);
 
 /// Start-up of the settings: registers the standard preferences and switches the debug mode off. Main thread, once.
-void setStandardPreferences();
+void setStandardPreferences(UserDefaults& store);

@@ -16,6 +16,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 /// The application's controller with its window, as at a front desk: a home, settings and a card service of its own.
 class Office
@@ -27,13 +28,18 @@ public:
         , m_bundle(resources)
         , m_fonts(PageFonts::load(Bundle(QStringLiteral(PELMORA_STAGE_SHARE))))
         , m_logos(m_bundle)
+        , settings(lastingSettings(path(QStringLiteral("Pelmora.conf"))))
     {
         qputenv("HOME", QFile::encodeName(m_home.path()));
-        MVSettings::setStore(std::make_unique<UserDefaults>(path(QStringLiteral("Pelmora.conf"))));
         window = std::make_unique<MainWindow>(m_bundle);
-        delegate =
-            std::make_unique<AppDelegate>(AppDelegate::Surroundings{m_bundle, m_logos, *m_fonts, *window}, client);
+        delegate = std::make_unique<AppDelegate>(
+            AppDelegate::Surroundings{m_bundle, settings, m_logos, *m_fonts, *window}, client);
     }
+
+    /// What was set is written while the home is there.
+    ~Office() { settings.synchronize(); }
+    Office(const Office&) = delete;
+    Office& operator=(const Office&) = delete;
 
     /// Brings the application up, as main does.
     void start() const
@@ -72,12 +78,20 @@ public:
     std::shared_ptr<LVitAccess> client;
 
 private:
+    // The panes of the one preferences window are never released, and keep the settings that they were given.
+    static UserDefaults& lastingSettings(const QString& path)
+    {
+        static std::vector<std::unique_ptr<UserDefaults>> all;
+        return *all.emplace_back(std::make_unique<UserDefaults>(path));
+    }
+
     QTemporaryDir m_home;
     Bundle m_bundle;
     std::expected<PageFonts, Error> m_fonts;
     SchemeLogos m_logos;
 
 public:
+    UserDefaults& settings;
     std::unique_ptr<MainWindow> window;
     std::unique_ptr<AppDelegate> delegate;
 };

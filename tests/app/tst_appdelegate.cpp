@@ -115,11 +115,7 @@ private:
     LogCapture m_log;
 
 private Q_SLOTS:
-    void cleanup()
-    {
-        MVSettings::setStore(nullptr);
-        MXLog::defaultLogger().setLogLevel(MXLog::Notice);
-    }
+    void cleanup() { MXLog::defaultLogger().setLogLevel(MXLog::Notice); }
 
     void beforeTheBindCardActionsAreOffAndReadingIsNot()
     {
@@ -351,7 +347,8 @@ private Q_SLOTS:
         const auto office = boundOffice(m_fake.command());
         QVERIFY(office);
         QVERIFY(write(office->path(u"plein"_s), "x"));
-        MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, office->path(u"plein"_s));
+        MVSettings::setPreferencesWithStringValue(office->settings, Settings::attestationsFolder,
+                                                  office->path(u"plein"_s));
         office->delegate->loadXMLFile(specimen());
         QVERIFY(isSaved(*office));
         QVERIFY(!Office::alert());
@@ -362,7 +359,8 @@ private Q_SLOTS:
         // Until the next save, whatever happens meanwhile.
         office->delegate->loadXMLFile(specimen());
         QVERIFY(panelLine(*office).endsWith(u'\n' + told));
-        MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, office->path(u"vide"_s));
+        MVSettings::setPreferencesWithStringValue(office->settings, Settings::attestationsFolder,
+                                                  office->path(u"vide"_s));
         QVERIFY(isSaved(*office));
         QVERIFY(!panelLine(*office).contains(u'\n'));
     }
@@ -516,7 +514,7 @@ private Q_SLOTS:
     {
         const auto office = boundOffice(simulation(specimen()));
         QVERIFY(office);
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, true);
+        MVSettings::setPreferencesWithBooleanValue(office->settings, Settings::debugMode, true);
         office->delegate->readVitale(nullptr);
         QTRY_COMPARE(QDir(office->attestations()).entryList(QDir::Files),
                      (QStringList{u"SPECIMEN_Hélène.plist"_s, u"SPECIMEN_Hélène.xml"_s}));
@@ -551,9 +549,9 @@ private Q_SLOTS:
     void debugModeIsOffAfterEveryStart()
     {
         const Office office(m_fake.command(silent));
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, true);
+        MVSettings::setPreferencesWithBooleanValue(office.settings, Settings::debugMode, true);
         office.start();
-        QVERIFY(!MVSettings::booleanPreferencesForKey(SettingsKey::debugMode));
+        QVERIFY(!MVSettings::booleanPreferencesForKey(office.settings, Settings::debugMode));
     }
 };
 

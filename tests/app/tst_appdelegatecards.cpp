@@ -171,8 +171,6 @@ private Q_SLOTS:
 
     void init() { m_fake = std::make_unique<FakeService>(); }
 
-    void cleanup() { MVSettings::setStore(nullptr); }
-
     void whileAPrintAsksNoCardTakesItsPlace_data()
     {
         addWays();

@@ -85,8 +85,6 @@ private Q_SLOTS:
         beeps = 0;
         documentsCanBeMade = true;
     }
-    void cleanup() { MVSettings::setStore(nullptr); }
-
     void aMailGoesToTheMakersAddress()
     {
         const QTemporaryDir resources;

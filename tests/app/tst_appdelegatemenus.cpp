@@ -61,8 +61,6 @@ private Q_SLOTS:
         QTest::mouseClick(&window, Qt::LeftButton);
     }
 
-    void cleanup() { MVSettings::setStore(nullptr); }
-
     void twoModifiersTogetherAskForAFileAndOneAloneReads_data()
     {
         QTest::addColumn<Qt::KeyboardModifiers>("keys");
@@ -135,10 +133,10 @@ private Q_SLOTS:
     void withoutTheSettingThereIsNoStatusItem()
     {
         const Office office(m_fake->command(silent));
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::statusItemMenu, false);
+        MVSettings::setPreferencesWithBooleanValue(office.settings, Settings::statusItemMenu, false);
         office.start();
         QCOMPARE(statusMenus().size(), 0);
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::statusItemMenu, true);
+        MVSettings::setPreferencesWithBooleanValue(office.settings, Settings::statusItemMenu, true);
         office.delegate->showStatusItem();
         QCOMPARE(statusMenus().size(), 1);
     }
@@ -219,14 +217,15 @@ private Q_SLOTS:
     {
         const auto office = boundOffice();
         QVERIFY(office);
+        RecentAttestations recents(office->settings);
         for (int number = 1; number <= RecentAttestations::maximumCount; ++number)
-            QVERIFY(RecentAttestations::add(u"/folder/%1.pdf"_s.arg(number)));
-        const std::vector<MenuEntry> before = RecentAttestations::menu();
+            QVERIFY(recents.add(u"/folder/%1.pdf"_s.arg(number)));
+        const std::vector<MenuEntry> before = recents.menu();
         office->delegate->loadXMLFile(specimen());
         office->delegate->saveAttestation(nullptr);
         QTRY_COMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
         QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
-        QCOMPARE(RecentAttestations::menu(), before);
+        QCOMPARE(recents.menu(), before);
     }
 
     void anEmptyListOfRecentFilesOffersNothingNotEvenALine()

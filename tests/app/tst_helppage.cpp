@@ -11,6 +11,7 @@
 #include "card/client/ServiceConnection.h"
 #include "card/wire/ReaderModel.h"
 #include "platform/Bundle.h"
+#include "platform/UserDefaults.h"
 #include "platform/files/FileWorker.h"
 
 #include <QAction>
@@ -20,6 +21,7 @@
 #include <QMainWindow>
 #include <QRegularExpression>
 #include <QSet>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <chrono>
@@ -143,8 +145,10 @@ private Q_SLOTS:
         QVERIFY(fonts.has_value());
         SchemeLogos logos(stagedBundle());
         const MainWindow window(stagedBundle());
-        PrintDesk printDesk(logos, *fonts);
-        const MVAttestationWindowController viewer(logos, *fonts, printDesk);
+        const QTemporaryDir folder;
+        const UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
+        PrintDesk printDesk(settings, logos, *fonts);
+        const MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
         const QSet<QKeySequence> real = shortcutsOf(window) + shortcutsOf(*viewer.window());
 
         QSet<QKeySequence> told;

@@ -6,8 +6,7 @@
 #include "attestation/print/PrintDesk.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
 #include "platform/Bundle.h"
-#include "prefs/settings/MVSettings.h"
-#include "prefs/settings/StandardPreferences.h"
+#include "platform/UserDefaults.h"
 
 #include <QApplication>
 #include <QSocketNotifier>
@@ -34,14 +33,14 @@ int main(int argc, char* argv[])
 {
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    MVSettings::registerDefaults(standardPreferences());
+    const UserDefaults settings(UserDefaults::standardFilePath());
     const Bundle bundle(QStringLiteral(PELMORA_STAGE_SHARE));
     const auto fonts = PageFonts::load(bundle);
     if (!fonts)
         qFatal("%s", qPrintable(fonts.error().localizedDescription()));
     SchemeLogos logos(bundle);
-    PrintDesk printDesk(logos, *fonts);
-    MVAttestationWindowController viewer(logos, *fonts, printDesk);
+    PrintDesk printDesk(settings, logos, *fonts);
+    MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
     show(viewer, QApplication::arguments().value(1));
 
     const QSocketNotifier standardInput(STDIN_FILENO, QSocketNotifier::Read);

@@ -31,15 +31,15 @@ protected:
     void end()
     {
         m_window.reset();
-        MVSettings::setStore(nullptr);
+        m_settings.reset();
     }
 
     /// The program quits and is started again.
-    void restart() const
+    void restart()
     {
-        MVSettings::setStore(nullptr);
-        MVSettings::setStore(std::make_unique<UserDefaults>(settingsFile()));
-        setStandardPreferences();
+        m_settings.reset();
+        m_settings = std::make_unique<UserDefaults>(settingsFile());
+        setStandardPreferences(*m_settings);
     }
 
     /// A control of the pane's view.
@@ -62,6 +62,7 @@ protected:
 
     const Bundle m_bundle{QStringLiteral(PELMORA_STAGE_SHARE)};
     std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<UserDefaults> m_settings;
     std::unique_ptr<QWidget> m_window;
     LogCapture m_log;
 

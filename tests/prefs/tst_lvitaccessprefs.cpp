@@ -73,7 +73,7 @@ private:
         m_pane.reset();
         m_service = std::make_unique<FakeService>();
         m_client = std::make_shared<LVitAccess>(m_service->command(behaviour));
-        m_pane = std::make_unique<LVitAccessPrefs>(m_client, m_bundle);
+        m_pane = std::make_unique<LVitAccessPrefs>(*m_settings, m_client, m_bundle);
     }
     void prepare(const QStringList& behaviour = reporting())
     {
@@ -152,7 +152,7 @@ private Q_SLOTS:
     {
         for (unsigned mode = 0; mode < 3; ++mode) {
             make();
-            MVSettings::setPreferencesWithIntegerValue(SettingsKey::lvitMode, (mode + 1) % 3);
+            MVSettings::setPreferencesWithIntegerValue(*m_settings, Settings::lvitMode, (mode + 1) % 3);
             m_client->setAccessMode(mode);
             m_pane->initialization();
             QCOMPARE(m_pane->selectModePopUpButton()->currentData().toUInt(), mode);
@@ -169,7 +169,7 @@ private Q_SLOTS:
             choose(index);
             QCOMPARE(m_pane->modeInformations(), expectedExplanations.at(static_cast<std::size_t>(index)).toString());
             QCOMPARE(m_pane->infosTestField()->text(), m_pane->modeInformations());
-            QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), index);
+            QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::lvitMode), index);
             QCOMPARE(m_client->accessMode(), static_cast<unsigned>(index));
         }
         QCOMPARE(changes.count(), 3);
@@ -192,8 +192,8 @@ private Q_SLOTS:
         m_pane->selectModePopUpButton()->addItem(u"Autre"_s, tag);
         choose(3);
         QCOMPARE(m_pane->modeInformations(), u""_s);
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
-        QVERIFY(MVSettings::stringPreferencesForKey(SettingsKey::lvitMode) == u"0"_s);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::lvitMode), 0);
+        QVERIFY(MVSettings::stringPreferencesForKey(*m_settings, {Settings::lvitMode.key}) == u"0"_s);
         QCOMPARE(m_client->accessMode(), 0U);
     }
 
@@ -296,7 +296,7 @@ private Q_SLOTS:
         prepare(behaviour);
         choose(2);
         QTRY_COMPARE(m_binds, QStringList{told});
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 2);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::lvitMode), 2);
         QCOMPARE(m_client->accessMode(), 2U);
         QCOMPARE(m_pane->selectModePopUpButton()->currentIndex(), 2);
     }
@@ -305,7 +305,7 @@ private Q_SLOTS:
     {
         m_service = std::make_unique<FakeService>();
         m_client = std::make_shared<LVitAccess>(ServiceCommand{m_service->filePath(u"absent"_s), {}});
-        m_pane = std::make_unique<LVitAccessPrefs>(m_client, m_bundle);
+        m_pane = std::make_unique<LVitAccessPrefs>(*m_settings, m_client, m_bundle);
         m_pane->initialization();
         choose(1);
         QTRY_COMPARE(m_binds, QStringList{u"failure Pelmora -10"_s});
@@ -321,11 +321,11 @@ private Q_SLOTS:
         for (const std::size_t index : {1U, 2U}) {
             QTest::keyClick(menu, Qt::Key_Down);
             QCOMPARE(m_pane->infosTestField()->text(), expectedExplanations.at(index).toString());
-            QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
+            QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::lvitMode), 0);
             QCOMPARE(m_client->accessMode(), 0U);
         }
         QTRY_COMPARE(m_binds, QStringList{u"success"_s});
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 2);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::lvitMode), 2);
         QTRY_COMPARE(fields(), versions());
         QCOMPARE(m_service->requested(u"Mode"_s), QStringList{u"2"_s});
         QCOMPARE(m_binds.size(), 1);
@@ -338,9 +338,9 @@ private Q_SLOTS:
         QComboBox* menu = m_pane->selectModePopUpButton();
         menu->setFocus();
         QTest::keyClick(menu, Qt::Key_Down);
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::lvitMode), 0);
         menu->clearFocus();
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 1);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::lvitMode), 1);
         QCOMPARE(m_client->accessMode(), 1U);
         QTRY_COMPARE(m_binds, QStringList{u"success"_s});
     }
@@ -365,7 +365,7 @@ private Q_SLOTS:
         m_pane->selectModePopUpButton()->setFocus();
         QTest::keyClick(m_pane->selectModePopUpButton(), Qt::Key_Down);
         m_pane.reset();
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::lvitMode), 0);
         QVERIFY(m_service->notes().isEmpty());
     }
 

@@ -18,9 +18,9 @@ private:
     QFileDialog* panel() const { return m_window->findChild<QFileDialog*>(); }
     QString path(const QString& name) const { return m_folder->filePath(name); }
     bool makeFolder(const QString& name) const { return QDir(m_folder->path()).mkpath(name); }
-    static QString stored()
+    QString stored() const
     {
-        return MVSettings::stringPreferencesForKey(SettingsKey::attestationsFolder).value_or(u"none"_s);
+        return MVSettings::stringPreferencesForKey(*m_settings, Settings::attestationsFolder).value_or(u"none"_s);
     }
     QString shown() const { return control<ElidedLabel>(*m_pane, "folderTextField")->text(); }
 
@@ -42,7 +42,7 @@ private Q_SLOTS:
     {
         begin();
         QVERIFY(makeFolder(u"Documents"_s));
-        m_pane = std::make_unique<MVAttestationPrefs>(m_bundle);
+        m_pane = std::make_unique<MVAttestationPrefs>(*m_settings, m_bundle);
         m_pane->initialization();
         QVERIFY(show(*m_pane));
     }
@@ -55,8 +55,8 @@ private Q_SLOTS:
     void theFolderOfTheSettingsIsShown()
     {
         QCOMPARE(shown(), path(u"Documents/Attestations Pelmora"_s));
-        MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, u"/srv/cabinet"_s);
-        MVAttestationPrefs other(m_bundle);
+        MVSettings::setPreferencesWithStringValue(*m_settings, Settings::attestationsFolder, u"/srv/cabinet"_s);
+        MVAttestationPrefs other(*m_settings, m_bundle);
         other.initialization();
         QCOMPARE(control<ElidedLabel>(other, "folderTextField")->text(), u"/srv/cabinet"_s);
     }
@@ -78,7 +78,7 @@ private Q_SLOTS:
 
     void thePanelStartsWhereDocumentsAre()
     {
-        MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, path(u"ailleurs"_s));
+        MVSettings::setPreferencesWithStringValue(*m_settings, Settings::attestationsFolder, path(u"ailleurs"_s));
         QVERIFY(makeFolder(u"ailleurs"_s));
         QCOMPARE(openPanel()->directory().path(), path(u"Documents"_s));
     }
@@ -103,8 +103,9 @@ private Q_SLOTS:
         QCOMPARE(stored(), path(name));
         QCOMPARE(shown(), path(name));
         QTRY_VERIFY(!panel());
-        MVSettings::removePreferences({});
-        QCOMPARE(UserDefaults(settingsFile()).object(SettingsKey::attestationsFolder.toString()), QVariant(path(name)));
+        MVSettings::removePreferences(*m_settings, {});
+        QCOMPARE(UserDefaults(settingsFile()).object(Settings::attestationsFolder.key.toString()),
+                 QVariant(path(name)));
     }
 
     void aLinkStandsForTheFolderThatItLeadsTo()
@@ -129,7 +130,7 @@ private Q_SLOTS:
     {
         m_pane->view().setParent(nullptr);
         m_pane->changeAttestationsFolder(nullptr);
-        MVAttestationPrefs unloaded(m_bundle);
+        MVAttestationPrefs unloaded(*m_settings, m_bundle);
         unloaded.changeAttestationsFolder(nullptr);
         QVERIFY(!unloaded.isViewLoaded());
         for (const QWidget* widget : QApplication::topLevelWidgets())
@@ -144,10 +145,10 @@ private Q_SLOTS:
         QVERIFY(!box->isChecked());
         for (const bool on : {true, false}) {
             QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, 8));
-            QCOMPARE(MVSettings::booleanPreferencesForKey(SettingsKey::showRightLabelPrintOption), on);
+            QCOMPARE(MVSettings::booleanPreferencesForKey(*m_settings, Settings::showRightLabelPrintOption), on);
         }
         QTest::keyClick(box, Qt::Key_Space);
-        QVERIFY(MVSettings::booleanPreferencesForKey(SettingsKey::showRightLabelPrintOption));
+        QVERIFY(MVSettings::booleanPreferencesForKey(*m_settings, Settings::showRightLabelPrintOption));
     }
 };
 

@@ -15,11 +15,12 @@ public:
     void hideStatusItem() override { note(u"hide"_s); }
 
     QStringList requests;
+    const UserDefaults* settings = nullptr;
 
 private:
     void note(const QString& request)
     {
-        const bool stored = MVSettings::booleanPreferencesForKey(SettingsKey::statusItemMenu);
+        const bool stored = MVSettings::booleanPreferencesForKey(*settings, Settings::statusItemMenu);
         requests.append(request + (stored ? u", stored on"_s : u", stored off"_s));
     }
 };
@@ -61,7 +62,8 @@ private Q_SLOTS:
     {
         begin();
         m_statusItem.requests.clear();
-        m_pane = std::make_unique<MVConfigPrefs>(m_statusItem, m_bundle);
+        m_statusItem.settings = m_settings.get();
+        m_pane = std::make_unique<MVConfigPrefs>(*m_settings, m_statusItem, m_bundle);
         m_pane->initialization();
     }
     void cleanup()
@@ -87,7 +89,7 @@ private Q_SLOTS:
         QFETCH(const Qt::KeyboardModifiers, keys);
         QFETCH(const bool, isOn);
         QFETCH(const bool, isShown);
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, isOn);
+        MVSettings::setPreferencesWithBooleanValue(*m_settings, Settings::debugMode, isOn);
         open(keys);
         QVERIFY(isShown ? showsTheSwitch() : hidesTheSwitch());
     }
@@ -97,13 +99,13 @@ private Q_SLOTS:
         open(Qt::AltModifier);
         QVERIFY(show(*m_pane));
         QTest::mouseClick(m_pane->debugModeButton(), Qt::LeftButton, {}, QPoint(8, 8));
-        QVERIFY(MVSettings::booleanPreferencesForKey(SettingsKey::debugMode));
+        QVERIFY(MVSettings::booleanPreferencesForKey(*m_settings, Settings::debugMode));
         open({});
         QVERIFY(showsTheSwitch());
         QVERIFY(m_pane->debugModeButton()->isChecked());
 
         restart();
-        m_pane = std::make_unique<MVConfigPrefs>(m_statusItem, m_bundle);
+        m_pane = std::make_unique<MVConfigPrefs>(*m_settings, m_statusItem, m_bundle);
         m_pane->initialization();
         open({});
         QVERIFY(hidesTheSwitch());
@@ -152,7 +154,7 @@ private Q_SLOTS:
     void theDebugActionDoesNothing()
     {
         m_pane->changeDebugMode(m_pane->debugModeButton());
-        QVERIFY(!MVSettings::booleanPreferencesForKey(SettingsKey::debugMode));
+        QVERIFY(!MVSettings::booleanPreferencesForKey(*m_settings, Settings::debugMode));
         QCOMPARE(m_statusItem.requests, QStringList());
     }
 

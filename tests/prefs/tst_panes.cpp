@@ -142,8 +142,9 @@ private Q_SLOTS:
         m_font = QApplication::font();
         m_palette = QApplication::palette();
         const auto client = std::make_shared<LVitAccess>(ServiceCommand{m_folder->filePath(u"absent"_s), {}});
-        m_panes = {std::make_shared<MVConfigPrefs>(m_statusItem, m_bundle),
-                   std::make_shared<MVAttestationPrefs>(m_bundle), std::make_shared<LVitAccessPrefs>(client, m_bundle),
+        m_panes = {std::make_shared<MVConfigPrefs>(*m_settings, m_statusItem, m_bundle),
+                   std::make_shared<MVAttestationPrefs>(*m_settings, m_bundle),
+                   std::make_shared<LVitAccessPrefs>(*m_settings, client, m_bundle),
                    std::make_shared<MVUpdatePrefs>(m_bundle)};
     }
     void cleanup()
@@ -180,8 +181,10 @@ private Q_SLOTS:
         const Bundle images(resources.path());
         const auto icons = [&](const Bundle& bundle) {
             const auto client = std::make_shared<LVitAccess>(ServiceCommand{m_folder->filePath(u"absent"_s), {}});
-            return std::array{MVConfigPrefs(m_statusItem, bundle).paneIcon(), MVAttestationPrefs(bundle).paneIcon(),
-                              LVitAccessPrefs(client, bundle).paneIcon(), MVUpdatePrefs(bundle).paneIcon()};
+            return std::array{MVConfigPrefs(*m_settings, m_statusItem, bundle).paneIcon(),
+                              MVAttestationPrefs(*m_settings, bundle).paneIcon(),
+                              LVitAccessPrefs(*m_settings, client, bundle).paneIcon(),
+                              MVUpdatePrefs(bundle).paneIcon()};
         };
         for (const QIcon& icon : icons(images))
             QVERIFY(!icon.pixmap(32).toImage().isNull());

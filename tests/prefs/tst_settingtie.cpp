@@ -27,19 +27,19 @@ private Q_SLOTS:
 
     void theBoxShowsWhatIsStored()
     {
-        tieToSetting(*m_box, SettingsKey::statusItemMenu);
+        tieToSetting(*m_box, *m_settings, Settings::statusItemMenu);
         QVERIFY(m_box->isChecked());
         QCheckBox other;
-        tieToSetting(other, SettingsKey::debugMode);
+        tieToSetting(other, *m_settings, Settings::debugMode);
         QVERIFY(!other.isChecked());
     }
 
     void aSwitchIsStoredBeforeWhateverIsConnectedLater()
     {
-        tieToSetting(*m_box, SettingsKey::statusItemMenu);
+        tieToSetting(*m_box, *m_settings, Settings::statusItemMenu);
         QList<bool> stored;
         connect(m_box.get(), &QCheckBox::toggled, this,
-                [&] { stored.append(MVSettings::booleanPreferencesForKey(SettingsKey::statusItemMenu)); });
+                [&] { stored.append(MVSettings::booleanPreferencesForKey(*m_settings, Settings::statusItemMenu)); });
         m_box->setChecked(false);
         m_box->setChecked(true);
         QCOMPARE(stored, (QList<bool>{false, true}));
@@ -47,18 +47,18 @@ private Q_SLOTS:
 
     void comingIntoViewItShowsWhatIsStoredAndStoresNothing()
     {
-        tieToSetting(*m_box, SettingsKey::showRightLabelPrintOption);
+        tieToSetting(*m_box, *m_settings, Settings::showRightLabelPrintOption);
         const QSignalSpy switched(m_box.get(), &QCheckBox::toggled);
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::showRightLabelPrintOption, true);
+        MVSettings::setPreferencesWithBooleanValue(*m_settings, Settings::showRightLabelPrintOption, true);
         m_box->show();
         QVERIFY(m_box->isChecked());
-        MVSettings::removePreferences({SettingsKey::showRightLabelPrintOption});
+        MVSettings::removePreferences(*m_settings, {Settings::showRightLabelPrintOption.key});
         m_box->hide();
         m_box->show();
         QVERIFY(!m_box->isChecked());
         QCOMPARE(switched.count(), 0);
-        MVSettings::removePreferences({});
-        QVERIFY(!UserDefaults(settingsFile()).object(SettingsKey::showRightLabelPrintOption.toString()).isValid());
+        MVSettings::removePreferences(*m_settings, {});
+        QVERIFY(!UserDefaults(settingsFile()).object(Settings::showRightLabelPrintOption.key.toString()).isValid());
     }
 };
 

@@ -5,7 +5,6 @@
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "platform/files/FailedWrites.h"
-#include "prefs/settings/MVSettings.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/platform/FileSizeLimit.h"
 
@@ -35,6 +34,7 @@ class tst_AttestationFiles : public QObject
 
 private:
     QTemporaryDir m_folder;
+    UserDefaults m_settings{m_folder.filePath(u"Pelmora.conf"_s)};
     Bundle m_bundle{QStringLiteral(PELMORA_STAGE_SHARE)};
     SchemeLogos m_logos{m_bundle};
     std::optional<PageFonts> m_fonts;
@@ -42,7 +42,7 @@ private:
 
     std::expected<QString, SaveFailure> savedIn(const QString& folder, const CardRecord& record)
     {
-        return AttestationFiles(folder, m_logos, *m_fonts).save(record);
+        return AttestationFiles(folder, m_settings, m_logos, *m_fonts).save(record);
     }
 
     QString fileInTheWay() const
@@ -58,7 +58,6 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_folder.isValid());
-        MVSettings::setStore(std::make_unique<UserDefaults>(m_folder.filePath(u"Pelmora.conf"_s)));
         std::expected<PageFonts, Error> fonts = PageFonts::load(m_bundle);
         QVERIFY(fonts.has_value());
         m_fonts = *std::move(fonts);

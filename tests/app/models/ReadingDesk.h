@@ -5,6 +5,7 @@
 #include "card/client/CardServiceKeys.h"
 #include "card/client/LVitAccess.h"
 #include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
 #include "tests/card/client/FakeService.h"
 
 #include <QStringList>
@@ -19,7 +20,7 @@ class ReadingDesk final : public ReadWorkflowDelegate
 public:
     explicit ReadingDesk(const QStringList& behaviour = {}, ChannelLimits limits = {})
         : client(std::make_shared<LVitAccess>(service.command(behaviour), limits))
-        , workflow(std::make_unique<ReadWorkflow>(client, *this))
+        , workflow(std::make_unique<ReadWorkflow>(client, settings, *this))
     {
         NotificationCenter::defaultCenter().addObserver(
             this, BindNotification::name.toString(),
@@ -61,6 +62,7 @@ public:
     [[nodiscard]] qsizetype reads() const { return count(QStringLiteral("vitale_read")); }
 
     FakeService service;
+    UserDefaults settings{service.filePath(QStringLiteral("Pelmora.conf"))};
     std::shared_ptr<LVitAccess> client;
     std::unique_ptr<ReadWorkflow> workflow;
     std::optional<CardRecord> card;

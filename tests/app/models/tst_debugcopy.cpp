@@ -37,9 +37,9 @@ CardRecord card()
 }
 
 // As the application does after a read.
-void saveXMLIfNeeded(const std::optional<CardRecord>& record, const QString& folder)
+void saveXMLIfNeeded(const UserDefaults& settings, const std::optional<CardRecord>& record, const QString& folder)
 {
-    if (isDebugCopyWanted(record))
+    if (isDebugCopyWanted(settings, record))
         writeDebugCopy(*record, folder);
 }
 
@@ -63,6 +63,7 @@ class tst_DebugCopy : public QObject
 
 private:
     std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<UserDefaults> m_settings;
     QString m_folder;
     LogCapture m_log;
 
@@ -77,16 +78,16 @@ private Q_SLOTS:
         m_root = std::make_unique<QTemporaryDir>();
         QVERIFY(m_root->isValid());
         m_folder = m_root->filePath(u"à côté/Attestations"_s);
-        MVSettings::setStore(std::make_unique<UserDefaults>(m_root->filePath(u"Pelmora.conf"_s)));
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, true);
+        m_settings = std::make_unique<UserDefaults>(m_root->filePath(u"Pelmora.conf"_s));
+        MVSettings::setPreferencesWithBooleanValue(*m_settings, Settings::debugMode, true);
         m_log.clear();
     }
 
-    void cleanup() { MVSettings::setStore(nullptr); }
+    void cleanup() { m_settings.reset(); }
 
     void theXmlAndTheWholeRecordAreWrittenForTheirOwnerAlone()
     {
-        saveXMLIfNeeded(card(), m_folder);
+        saveXMLIfNeeded(*m_settings, card(), m_folder);
         QCOMPARE(files(), (QStringList{u"SPECIMEN_Zoé.plist"_s, u"SPECIMEN_Zoé.xml"_s}));
         QCOMPARE(contentOf(m_folder + u"/SPECIMEN_Zoé.xml"_s), xml.toUtf8());
         for (const QString& name : files())
@@ -116,7 +117,7 @@ private Q_SLOTS:
         auto record = parseCardDocument(&*document);
         QVERIFY(record.has_value());
         record->setText(CardKey::xmlString, text);
-        saveXMLIfNeeded(*record, m_folder);
+        saveXMLIfNeeded(*m_settings, *record, m_folder);
         const auto list = parsePropertyList(contentOf(m_folder + u"/SPECIMEN_Hélène.plist"_s));
         QVERIFY(list.has_value());
         QStringList keys = record->keys();
@@ -141,26 +142,26 @@ private Q_SLOTS:
         QFETCH(const bool, debugMode);
         QFETCH(const bool, hasCard);
         QFETCH(const bool, hasXml);
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, debugMode);
+        MVSettings::setPreferencesWithBooleanValue(*m_settings, Settings::debugMode, debugMode);
         CardRecord withoutXml;
         withoutXml.setText(CardKey::lastName, u"SPECIMEN"_s);
-        saveXMLIfNeeded(hasCard ? std::optional(hasXml ? card() : withoutXml) : std::nullopt, m_folder);
+        saveXMLIfNeeded(*m_settings, hasCard ? std::optional(hasXml ? card() : withoutXml) : std::nullopt, m_folder);
         QVERIFY(!QDir(m_folder).exists());
     }
 
     void theDebugModeIsOffWhereNobodySwitchedItOn()
     {
-        MVSettings::removePreferences({SettingsKey::debugMode});
-        saveXMLIfNeeded(card(), m_folder);
+        MVSettings::removePreferences(*m_settings, {Settings::debugMode.key});
+        saveXMLIfNeeded(*m_settings, card(), m_folder);
         QVERIFY(!QDir(m_folder).exists());
     }
 
     void olderCopiesAreReplaced()
     {
-        saveXMLIfNeeded(card(), m_folder);
+        saveXMLIfNeeded(*m_settings, card(), m_folder);
         CardRecord later = card();
         later.setText(CardKey::xmlString, u"<later/>"_s);
-        saveXMLIfNeeded(later, m_folder);
+        saveXMLIfNeeded(*m_settings, later, m_folder);
         QCOMPARE(files().size(), 2);
         QCOMPARE(contentOf(m_folder + u"/SPECIMEN_Zoé.xml"_s), QByteArray("<later/>"));
     }
@@ -182,7 +183,7 @@ private Q_SLOTS:
         record.setText(CardKey::xmlString, xml);
         if (lastName)
             record.setText(CardKey::lastName, *lastName);
-        saveXMLIfNeeded(record, m_folder);
+        saveXMLIfNeeded(*m_settings, record, m_folder);
         QTEST(files(), "names");
     }
 
@@ -190,7 +191,7 @@ private Q_SLOTS:
     {
         CardRecord record = card();
         record.setText(CardKey::xmlString, u"SPECIMEN"_s + QChar(0xD800));
-        saveXMLIfNeeded(record, m_folder);
+        saveXMLIfNeeded(*m_settings, record, m_folder);
         QCOMPARE(files(), QStringList{u"SPECIMEN_Zoé.plist"_s});
         QCOMPARE(m_log.lines(), QStringList{u"The debug copy's XML was not written: le texte ne peut pas être codé"_s});
     }
@@ -199,7 +200,7 @@ private Q_SLOTS:
     {
         QVERIFY(QDir().mkpath(m_root->filePath(u"à côté"_s)));
         QVERIFY(QFile(m_folder).open(QIODevice::WriteOnly));
-        saveXMLIfNeeded(card(), m_folder);
+        saveXMLIfNeeded(*m_settings, card(), m_folder);
         QCOMPARE(contentOf(m_folder), QByteArray());
     }
 
@@ -207,7 +208,7 @@ private Q_SLOTS:
     {
         QVERIFY(QDir().mkpath(m_folder + u"/SPECIMEN_Zoé.xml"_s));
         QVERIFY(QDir().mkpath(m_folder + u"/SPECIMEN_Zoé.plist"_s));
-        saveXMLIfNeeded(card(), m_folder);
+        saveXMLIfNeeded(*m_settings, card(), m_folder);
         QCOMPARE(m_log.lines(MXLog::Error),
                  (QStringList{u"The debug copy's XML was not written: un dossier porte déjà ce nom"_s,
                               u"The debug copy's property list was not written: un dossier porte déjà ce nom"_s}));

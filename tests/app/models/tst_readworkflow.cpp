@@ -1,4 +1,3 @@
-#include "platform/UserDefaults.h"
 #include "prefs/settings/MVSettings.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "tests/app/models/ReadingDesk.h"
@@ -37,21 +36,14 @@ class tst_ReadWorkflow : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_folder;
     LogCapture m_log;
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_folder.isValid()); }
-
     void init()
     {
         QTest::failOnWarning(QRegularExpression(u"."_s));
-        MVSettings::setStore(std::make_unique<UserDefaults>(m_folder.filePath(u"Pelmora.conf"_s)));
-        MVSettings::removePreferences({SettingsKey::lvitMode});
         m_log.clear();
     }
-
-    void cleanup() { MVSettings::setStore(nullptr); }
 
     void aReadIsUnderWayFromItsRequestUntilItsOutcomeHasCome_data()
     {
@@ -174,10 +166,10 @@ private Q_SLOTS:
     {
         QFETCH(const QVariant, setting);
         QFETCH(const QString, mode);
-        MVSettings::registerDefaults(standardPreferences());
-        if (setting.isValid())
-            MVSettings::setPreferencesWithStringValue(SettingsKey::lvitMode, setting.toString());
         ReadingDesk desk;
+        registerStandardPreferences(desk.settings);
+        if (setting.isValid())
+            MVSettings::setPreferencesWithStringValue(desk.settings, {Settings::lvitMode.key}, setting.toString());
         desk.workflow->lVitInit();
         QTRY_COMPARE(desk.notes, QStringList{u"bind success"_s});
         QCOMPARE(desk.service.requested(u"Mode"_s), QStringList{mode});

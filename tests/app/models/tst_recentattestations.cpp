@@ -1,6 +1,5 @@
 #include "app/models/RecentAttestations.h"
 #include "platform/UserDefaults.h"
-#include "prefs/settings/MVSettings.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -41,18 +40,21 @@ class tst_RecentAttestations : public QObject
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<UserDefaults> m_settings;
 
     QString file() const { return m_folder->filePath(u"Pelmora.conf"_s); }
 
+    RecentAttestations recents() { return RecentAttestations(*m_settings); }
+
     // The settings, as somebody else wrote them.
-    void plant(const QByteArray& content) const
+    void plant(const QByteArray& content)
     {
-        MVSettings::setStore(nullptr);
+        m_settings.reset();
         QFile settings(file());
         if (settings.open(QIODevice::WriteOnly))
             settings.write(content);
         settings.close();
-        MVSettings::setStore(std::make_unique<UserDefaults>(file()));
+        m_settings = std::make_unique<UserDefaults>(file());
     }
 
 private Q_SLOTS:
@@ -60,50 +62,49 @@ private Q_SLOTS:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
-        MVSettings::setStore(std::make_unique<UserDefaults>(file()));
+        m_settings = std::make_unique<UserDefaults>(file());
     }
 
-    void cleanup() { MVSettings::setStore(nullptr); }
+    void cleanup() { m_settings.reset(); }
 
     void anEmptyListShowsOnlyItsDisabledClearing()
     {
-        QVERIFY(RecentAttestations::paths().isEmpty());
-        QCOMPARE(described(RecentAttestations::menu()), QStringList{u"Effacer le menu|1000|off"_s});
+        QVERIFY(recents().paths().isEmpty());
+        QCOMPARE(described(recents().menu()), QStringList{u"Effacer le menu|1000|off"_s});
     }
 
     void theNewestIsFirst()
     {
-        QVERIFY(RecentAttestations::add(u"/folder/SPECIMEN Zoé.pdf"_s));
-        QVERIFY(RecentAttestations::add(u"/a b/SPECIMEN Paul & fils.pdf"_s));
-        QCOMPARE(RecentAttestations::paths(),
-                 (QStringList{u"/a b/SPECIMEN Paul & fils.pdf"_s, u"/folder/SPECIMEN Zoé.pdf"_s}));
-        QCOMPARE(described(RecentAttestations::menu()),
+        QVERIFY(recents().add(u"/folder/SPECIMEN Zoé.pdf"_s));
+        QVERIFY(recents().add(u"/a b/SPECIMEN Paul & fils.pdf"_s));
+        QCOMPARE(recents().paths(), (QStringList{u"/a b/SPECIMEN Paul & fils.pdf"_s, u"/folder/SPECIMEN Zoé.pdf"_s}));
+        QCOMPARE(described(recents().menu()),
                  (QStringList{u"SPECIMEN Paul & fils.pdf|0|on"_s, u"SPECIMEN Zoé.pdf|1|on"_s, u"--"_s,
                               u"Effacer le menu|1000|on"_s}));
     }
 
     void aPathThatIsThereIsNotMoved()
     {
-        QVERIFY(RecentAttestations::add(u"/a.pdf"_s));
-        QVERIFY(RecentAttestations::add(u"/b.pdf"_s));
-        QVERIFY(!RecentAttestations::add(u"/a.pdf"_s));
-        QCOMPARE(RecentAttestations::paths(), (QStringList{u"/b.pdf"_s, u"/a.pdf"_s}));
+        QVERIFY(recents().add(u"/a.pdf"_s));
+        QVERIFY(recents().add(u"/b.pdf"_s));
+        QVERIFY(!recents().add(u"/a.pdf"_s));
+        QCOMPARE(recents().paths(), (QStringList{u"/b.pdf"_s, u"/a.pdf"_s}));
     }
 
     void noPathIsNotAdded()
     {
-        QVERIFY(!RecentAttestations::add(QString()));
-        QVERIFY(!RecentAttestations::add(u""_s));
-        QVERIFY(RecentAttestations::paths().isEmpty());
+        QVERIFY(!recents().add(QString()));
+        QVERIFY(!recents().add(u""_s));
+        QVERIFY(recents().paths().isEmpty());
     }
 
     void aFullListStaysAsItIs()
     {
         for (int number = 1; number <= 10; ++number)
-            QVERIFY(RecentAttestations::add(u"/folder/%1.pdf"_s.arg(number)));
-        QVERIFY(!RecentAttestations::add(u"/folder/11.pdf"_s));
-        QCOMPARE(RecentAttestations::paths(), numbered(10));
-        QCOMPARE(RecentAttestations::menu().size(), std::size_t{12});
+            QVERIFY(recents().add(u"/folder/%1.pdf"_s.arg(number)));
+        QVERIFY(!recents().add(u"/folder/11.pdf"_s));
+        QCOMPARE(recents().paths(), numbered(10));
+        QCOMPARE(recents().menu().size(), std::size_t{12});
     }
 
     void clearingEmptiesTheListAndLeavesTheFiles()
@@ -111,19 +112,19 @@ private Q_SLOTS:
         const QString path = m_folder->filePath(u"a.pdf"_s);
         QFile attestation(path);
         QVERIFY(attestation.open(QIODevice::WriteOnly));
-        QVERIFY(RecentAttestations::add(path));
-        RecentAttestations::clear();
-        QVERIFY(RecentAttestations::paths().isEmpty());
-        QCOMPARE(described(RecentAttestations::menu()), QStringList{u"Effacer le menu|1000|off"_s});
+        QVERIFY(recents().add(path));
+        recents().clear();
+        QVERIFY(recents().paths().isEmpty());
+        QCOMPARE(described(recents().menu()), QStringList{u"Effacer le menu|1000|off"_s});
         QVERIFY(QFile::exists(path));
     }
 
     void theListIsThereAfterARestart()
     {
-        QVERIFY(RecentAttestations::add(u"/a, b; \"c\" %20.pdf"_s));
-        MVSettings::setStore(nullptr);
-        MVSettings::setStore(std::make_unique<UserDefaults>(file()));
-        QCOMPARE(RecentAttestations::paths(), QStringList{u"/a, b; \"c\" %20.pdf"_s});
+        QVERIFY(recents().add(u"/a, b; \"c\" %20.pdf"_s));
+        m_settings.reset();
+        m_settings = std::make_unique<UserDefaults>(file());
+        QCOMPARE(recents().paths(), QStringList{u"/a, b; \"c\" %20.pdf"_s});
     }
 
     void onlyATagInRangeHasAPath_data()
@@ -140,9 +141,9 @@ private Q_SLOTS:
     void onlyATagInRangeHasAPath()
     {
         QFETCH(const int, tag);
-        QVERIFY(RecentAttestations::add(u"/folder/1.pdf"_s));
-        QVERIFY(RecentAttestations::add(u"/folder/2.pdf"_s));
-        QTEST(RecentAttestations::pathAt(tag).value_or(QString()), "path");
+        QVERIFY(recents().add(u"/folder/1.pdf"_s));
+        QVERIFY(recents().add(u"/folder/2.pdf"_s));
+        QTEST(recents().pathAt(tag).value_or(QString()), "path");
     }
 
     void onlyTextsCountAsPaths_data()
@@ -169,12 +170,12 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, content);
         plant(content);
-        QTEST(RecentAttestations::paths(), "paths");
-        const qsizetype count = RecentAttestations::paths().size();
-        QVERIFY(RecentAttestations::add(u"/new.pdf"_s));
-        QCOMPARE(RecentAttestations::paths().size(), count + 1);
-        RecentAttestations::clear();
-        QVERIFY(RecentAttestations::paths().isEmpty());
+        QTEST(recents().paths(), "paths");
+        const qsizetype count = recents().paths().size();
+        QVERIFY(recents().add(u"/new.pdf"_s));
+        QCOMPARE(recents().paths().size(), count + 1);
+        recents().clear();
+        QVERIFY(recents().paths().isEmpty());
     }
 
     void aListOfTenThousandIsShownUpToTheMaximumQuickly()
@@ -186,15 +187,15 @@ private Q_SLOTS:
 
         QElapsedTimer timer;
         timer.start();
-        const std::vector<MenuEntry> menu = RecentAttestations::menu();
+        const std::vector<MenuEntry> menu = recents().menu();
         QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
         QCOMPARE(menu.size(), std::size_t{12});
         QCOMPARE(menu.front().title, u"1.pdf"_s);
         QCOMPARE(menu.back().title, u"Effacer le menu"_s);
-        QVERIFY(!RecentAttestations::add(u"/new.pdf"_s));
-        QCOMPARE(RecentAttestations::paths().size(), 10'000);
-        RecentAttestations::clear();
-        QVERIFY(RecentAttestations::paths().isEmpty());
+        QVERIFY(!recents().add(u"/new.pdf"_s));
+        QCOMPARE(recents().paths().size(), 10'000);
+        recents().clear();
+        QVERIFY(recents().paths().isEmpty());
     }
 };
 

@@ -1,7 +1,6 @@
 #include "Fixtures.h"
 
 #include "card/CardKeys.h"
-#include "platform/UserDefaults.h"
 #include "prefs/settings/MVSettings.h"
 
 #include <QSvgRenderer>
@@ -22,14 +21,9 @@ PageFonts pageFonts()
     return std::move(*fonts);
 }
 
-TemporarySettings::TemporarySettings()
+void TemporarySettings::setShowsRightLabel(bool shows)
 {
-    MVSettings::setStore(std::make_unique<UserDefaults>(m_folder.filePath(u"Pelmora.conf"_s)));
-}
-
-void TemporarySettings::setShowsRightLabel(bool shows) const
-{
-    MVSettings::setPreferencesWithBooleanValue(SettingsKey::showRightLabelPrintOption, shows);
+    MVSettings::setPreferencesWithBooleanValue(m_store, Settings::showRightLabelPrintOption, shows);
 }
 
 BeneficiaryRecord person(const QString& lastName, const QString& firstName)

@@ -4,6 +4,7 @@
 #include "attestation/page/PageFonts.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
+#include "platform/UserDefaults.h"
 
 #include <QSize>
 #include <QTemporaryDir>
@@ -16,15 +17,16 @@
 /// The page's fonts; ends the test program when they cannot be loaded.
 [[nodiscard]] PageFonts pageFonts();
 
-/// Settings in a file of their own, put in place for the test.
+/// Settings in a file of their own.
 class TemporarySettings
 {
 public:
-    TemporarySettings();
-    void setShowsRightLabel(bool shows) const;
+    void setShowsRightLabel(bool shows);
+    [[nodiscard]] const UserDefaults& store() const { return m_store; }
 
 private:
     QTemporaryDir m_folder;
+    UserDefaults m_store{m_folder.filePath(QStringLiteral("Pelmora.conf"))};
 };
 
 /// A person of a card, invented, with a number of 15 characters.

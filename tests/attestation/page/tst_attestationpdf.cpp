@@ -21,7 +21,7 @@ private:
 
     QByteArray documentOf(const CardRecord& card)
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(card);
         return renderAttestationPdf(attestation.page(), m_fonts);
     }

@@ -76,7 +76,7 @@ private:
 
     AttestationPage pageOf(const CardRecord& card)
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(card);
         return attestation.page();
     }
@@ -92,7 +92,7 @@ private Q_SLOTS:
 
     void aNewAttestationIsAnEmptyPage()
     {
-        const MVNewAttestation attestation(m_logos);
+        const MVNewAttestation attestation(m_settings.store(), m_logos);
         const AttestationPage& page = attestation.page();
         QVERIFY(!page.logo);
         QCOMPARE(page.fundName, QString());
@@ -108,7 +108,7 @@ private Q_SLOTS:
 
     void theRecordIsKeptAndTheViewIsAskedToDraw()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         const QSignalSpy needsDisplay(&attestation, &MVNewAttestation::needsDisplay);
         attestation.setVitale(specimenCard(2));
         QCOMPARE(attestation.vitale(), specimenCard(2));
@@ -198,7 +198,7 @@ private Q_SLOTS:
 
     void aSchemeWithoutALogoKeepsThePreviousOne()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(cardWith({{CardKey::regimeCode, u"2"_s}}));
         attestation.setVitale(cardWith({{CardKey::regimeCode, u"55"_s}}));
         QCOMPARE(attestation.page().logo, *m_logos.logoNamed(u"02"_s));
@@ -207,7 +207,7 @@ private Q_SLOTS:
 
     void everyOtherValueIsRebuiltFromScratch()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(3));
         attestation.setVitale(CardRecord());
         QVERIFY(!attestation.page().fundName);
@@ -218,7 +218,7 @@ private Q_SLOTS:
 
     void theTitleOptionIsReadEachTimeARecordIsSet()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         m_settings.setShowsRightLabel(true);
         QVERIFY(!attestation.page().showRightLabel);
         attestation.setVitale(specimenCard(1));
@@ -298,7 +298,7 @@ private Q_SLOTS:
 
     void theDateFormatterIsFrenchAndReused()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         const std::shared_ptr<DateFormatter> formatter = attestation.dateFormatter();
         QCOMPARE(formatter->locale().name(), u"fr_FR"_s);
         attestation.setVitale(specimenCard(1));
@@ -308,7 +308,7 @@ private Q_SLOTS:
 
     void aStepThatRaisesIsLoggedAndLeavesWhatWasSet()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(2));
         attestation.setDateFormatter(std::make_shared<RaisingDateFormatter>(QLocale(u"fr_FR"_s)));
 

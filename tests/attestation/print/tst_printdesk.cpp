@@ -121,7 +121,7 @@ private Q_SLOTS:
 
     void init()
     {
-        m_desk = std::make_unique<PrintDesk>(*m_logos, *m_fonts);
+        m_desk = std::make_unique<PrintDesk>(m_settings.store(), *m_logos, *m_fonts);
         m_window = std::make_unique<QWidget>();
         m_alerts = std::make_unique<AlertQueue>(m_window.get());
         m_window->show();

@@ -69,7 +69,7 @@ private:
     TemporarySettings m_settings;
     SchemeLogos m_logos{stagedBundle()};
     PageFonts m_fonts = pageFonts();
-    MVNewAttestation m_attestation{m_logos};
+    MVNewAttestation m_attestation{m_settings.store(), m_logos};
     std::unique_ptr<MVNewAttestationView> m_view;
 
     [[nodiscard]] QAccessibleInterface* page() const { return QAccessible::queryAccessibleInterface(m_view.get()); }
@@ -187,7 +187,7 @@ private Q_SLOTS:
 
     void aPageWithoutRecordHasNoTextAndEmptyCells()
     {
-        const MVNewAttestation empty(m_logos);
+        const MVNewAttestation empty(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(empty, m_fonts);
         const QAccessibleInterface* blank = QAccessible::queryAccessibleInterface(view.get());
         QCOMPARE(blank->childCount(), 2);

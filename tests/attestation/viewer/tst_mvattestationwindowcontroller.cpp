@@ -74,8 +74,8 @@ private Q_SLOTS:
     {
         QTest::failOnWarning(QRegularExpression(u"^(?!.*does not support (propagateSizeHints|raise))"_s));
         m_viewer.reset();
-        m_printDesk = std::make_unique<PrintDesk>(m_logos, m_fonts);
-        m_viewer = std::make_unique<MVAttestationWindowController>(m_logos, m_fonts, *m_printDesk);
+        m_printDesk = std::make_unique<PrintDesk>(m_settings.store(), m_logos, m_fonts);
+        m_viewer = std::make_unique<MVAttestationWindowController>(m_settings.store(), m_logos, m_fonts, *m_printDesk);
     }
 
     void theWindowIsLoadedAndHidden()

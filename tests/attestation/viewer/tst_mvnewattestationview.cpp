@@ -87,7 +87,7 @@ private Q_SLOTS:
 
     void theViewHasThePagesFrame()
     {
-        const MVNewAttestation attestation(m_logos);
+        const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         QCOMPARE(view->frameSize(), QSize(595, 842));
         QCOMPARE(view->size(), attestationPageSize.toSize());
@@ -99,7 +99,7 @@ private Q_SLOTS:
 
     void theScreenShowsTheBorder()
     {
-        const MVNewAttestation attestation(m_logos);
+        const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         // Half of the border's one point lies outside the page: at two pixels a point, one pixel is left.
         const QImage image = shown(*view, 2);
@@ -117,7 +117,7 @@ private Q_SLOTS:
 
     void aPageWithoutRecordShowsTheEmptyTables()
     {
-        const MVNewAttestation attestation(m_logos);
+        const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         const QImage image = shown(*view);
         for (int y = 1; y < 230; ++y) {
@@ -131,7 +131,7 @@ private Q_SLOTS:
 
     void aNewRecordIsShown()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         const QImage before = shown(*view);
         attestation.setVitale(specimenCard(2));
@@ -141,7 +141,7 @@ private Q_SLOTS:
 
     void aRecordSetBeforeTheViewIsMadeIsShown()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(3));
         QCOMPARE(MVNewAttestationView::viewOf(attestation, m_fonts)->page().lines.size(), 3);
     }
@@ -150,7 +150,7 @@ private Q_SLOTS:
     void aPageIsLaidOutOnceHoweverOftenItIsPainted()
     {
         const auto logo = std::make_shared<QSvgRenderer>(blackPicture(400, 200));
-        const MVNewAttestation attestation(m_logos);
+        const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         AttestationPage page;
         page.logo = logo;
@@ -177,12 +177,12 @@ private Q_SLOTS:
 
     void eachOfManyRecordsIsShownInItsTurn()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         for (const int persons : {3, 1, 500, 2}) {
             attestation.setVitale(specimenCard(persons));
             static_cast<void>(shown(*view));
-            MVNewAttestation same(m_logos);
+            MVNewAttestation same(m_settings.store(), m_logos);
             same.setVitale(specimenCard(persons));
             QCOMPARE(shown(*view), shown(*MVNewAttestationView::viewOf(same, m_fonts)));
         }
@@ -190,7 +190,7 @@ private Q_SLOTS:
 
     void thePageIsPaintedAgainWhenARecordIsSet()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         view->show();
         QVERIFY(QTest::qWaitForWindowExposed(view.get()));
@@ -201,7 +201,7 @@ private Q_SLOTS:
 
     void theDesktopsColoursPlayNoPart()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(2));
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         const QImage light = shown(*view);
@@ -215,7 +215,7 @@ private Q_SLOTS:
     // Letters fall on other pixels, but each part of the page is as dark.
     void twoPixelsAPointShowTheSamePage()
     {
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(2));
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         const QImage single = shown(*view);
@@ -246,7 +246,7 @@ private Q_SLOTS:
     {
         QFETCH(const double, scale);
         QFETCH(const double, pixelsPerPoint);
-        MVNewAttestation attestation(m_logos);
+        MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(2));
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         view->setPlacement(QTransform::fromScale(scale, scale));
@@ -267,7 +267,7 @@ private Q_SLOTS:
 
     void theBorderIsSeenOnAllSidesAtEveryScale()
     {
-        const MVNewAttestation attestation(m_logos);
+        const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         for (const double scale : {1.0, 0.9, 0.77, 0.5, 0.31}) {
             view->setPlacement(QTransform(scale, 0, 0, scale, 10.37, 20.71));
@@ -283,7 +283,7 @@ private Q_SLOTS:
 
     void theSamePlaceIsNotPaintedAgain()
     {
-        const MVNewAttestation attestation(m_logos);
+        const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         view->show();
         QVERIFY(QTest::qWaitForWindowExposed(view.get()));

@@ -25,14 +25,15 @@ class tst_MVSettings : public QObject
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<UserDefaults> m_store;
 
     QString file() const { return m_folder->filePath(u"Pelmora.conf"_s); }
     // The program quits and is started again.
-    void restart() const
+    void restart()
     {
-        MVSettings::setStore(nullptr);
-        MVSettings::setStore(std::make_unique<UserDefaults>(file()));
-        setStandardPreferences();
+        m_store.reset();
+        m_store = std::make_unique<UserDefaults>(file());
+        setStandardPreferences(*m_store);
     }
 
 private Q_SLOTS:
@@ -43,79 +44,80 @@ private Q_SLOTS:
         restart();
     }
 
-    void cleanup() { MVSettings::setStore(nullptr); }
+    void cleanup() { m_store.reset(); }
 
     void aFreshAccountReadsTheDefaults()
     {
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 0);
-        QCOMPARE(MVSettings::stringPreferencesForKey(SettingsKey::lvitMode), u"Auto"_s);
-        QCOMPARE(MVSettings::booleanPreferencesForKey(SettingsKey::statusItemMenu), true);
-        QCOMPARE(MVSettings::booleanPreferencesForKey(SettingsKey::showRightLabelPrintOption), false);
-        QCOMPARE(MVSettings::stringPreferencesForKey(SettingsKey::attestationsFolder),
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_store, Settings::lvitMode), 0);
+        QCOMPARE(MVSettings::stringPreferencesForKey(*m_store, {Settings::lvitMode.key}), u"Auto"_s);
+        QCOMPARE(MVSettings::booleanPreferencesForKey(*m_store, Settings::statusItemMenu), true);
+        QCOMPARE(MVSettings::booleanPreferencesForKey(*m_store, Settings::showRightLabelPrintOption), false);
+        QCOMPARE(MVSettings::stringPreferencesForKey(*m_store, Settings::attestationsFolder),
                  QDir::homePath() + u"/Documents/Attestations Pelmora"_s);
-        QVERIFY(!MVSettings::arrayPreferenceForKey(SettingsKey::recentsAttestation).isValid());
-        QCOMPARE(MVSettings::booleanPreferencesForKey(SettingsKey::debugMode), false);
+        QVERIFY(!MVSettings::arrayPreferenceForKey(*m_store, Settings::recentsAttestation).isValid());
+        QCOMPARE(MVSettings::booleanPreferencesForKey(*m_store, Settings::debugMode), false);
     }
 
     void aChosenModeWinsAfterARestart()
     {
-        MVSettings::setPreferencesWithIntegerValue(SettingsKey::lvitMode, 2);
+        MVSettings::setPreferencesWithIntegerValue(*m_store, Settings::lvitMode, 2);
         restart();
-        QCOMPARE(MVSettings::integerPreferencesForKey(SettingsKey::lvitMode), 2);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_store, Settings::lvitMode), 2);
     }
 
     void theDebugModeIsOffAfterARestart()
     {
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::debugMode, true);
-        QVERIFY(MVSettings::booleanPreferencesForKey(SettingsKey::debugMode));
+        MVSettings::setPreferencesWithBooleanValue(*m_store, Settings::debugMode, true);
+        QVERIFY(MVSettings::booleanPreferencesForKey(*m_store, Settings::debugMode));
         restart();
-        QVERIFY(!MVSettings::booleanPreferencesForKey(SettingsKey::debugMode));
+        QVERIFY(!MVSettings::booleanPreferencesForKey(*m_store, Settings::debugMode));
     }
 
     void removingARegisteredSettingShowsItsDefaultAgain()
     {
-        MVSettings::setPreferencesWithBooleanValue(SettingsKey::statusItemMenu, false);
-        MVSettings::setPreferenceWithArray(SettingsKey::recentsAttestation, {u"/a.pdf"_s});
-        MVSettings::removePreferences({SettingsKey::statusItemMenu, SettingsKey::recentsAttestation, u"Absent"});
-        QVERIFY(MVSettings::booleanPreferencesForKey(SettingsKey::statusItemMenu));
-        QVERIFY(!MVSettings::arrayPreferenceForKey(SettingsKey::recentsAttestation).isValid());
+        MVSettings::setPreferencesWithBooleanValue(*m_store, Settings::statusItemMenu, false);
+        MVSettings::setPreferenceWithArray(*m_store, Settings::recentsAttestation, {u"/a.pdf"_s});
+        MVSettings::removePreferences(*m_store,
+                                      {Settings::statusItemMenu.key, Settings::recentsAttestation.key, u"Absent"});
+        QVERIFY(MVSettings::booleanPreferencesForKey(*m_store, Settings::statusItemMenu));
+        QVERIFY(!MVSettings::arrayPreferenceForKey(*m_store, Settings::recentsAttestation).isValid());
     }
 
     void removingNothingForcesTheStoreToTheDisk()
     {
-        MVSettings::setPreferencesWithStringValue(SettingsKey::attestationsFolder, u"/x"_s);
+        MVSettings::setPreferencesWithStringValue(*m_store, Settings::attestationsFolder, u"/x"_s);
         // The bytes of the file: a second store would have the first one written.
         QVERIFY(!contentOf(file()).contains("/x"));
-        MVSettings::removePreferences({});
+        MVSettings::removePreferences(*m_store, {});
         QVERIFY(contentOf(file()).contains("/x"));
-        QCOMPARE(MVSettings::stringPreferencesForKey(SettingsKey::attestationsFolder), u"/x"_s);
+        QCOMPARE(MVSettings::stringPreferencesForKey(*m_store, Settings::attestationsFolder), u"/x"_s);
     }
 
     void everyTypeReadsAgainWhatWasSet()
     {
         const QDateTime date(QDate(2026, 11, 21), QTime(9, 0));
-        MVSettings::setPreferencesWithBooleanValue(u"B", true);
-        MVSettings::setPreferencesWithStringValue(u"S", u"Été, 2ᵉ étage"_s);
-        MVSettings::setPreferencesWithIntegerValue(u"I", std::numeric_limits<qint64>::min());
-        MVSettings::setPreferenceWithDateValue(u"D", date);
-        MVSettings::setPreferenceWithArray(u"A", {u"/a, b.pdf"_s});
+        MVSettings::setPreferencesWithBooleanValue(*m_store, {u"B"}, true);
+        MVSettings::setPreferencesWithStringValue(*m_store, {u"S"}, u"Été, 2ᵉ étage"_s);
+        MVSettings::setPreferencesWithIntegerValue(*m_store, {u"I"}, std::numeric_limits<qint64>::min());
+        MVSettings::setPreferenceWithDateValue(*m_store, {u"D"}, date);
+        MVSettings::setPreferenceWithArray(*m_store, {u"A"}, {u"/a, b.pdf"_s});
         for (int run = 0; run < 2; ++run) {
-            QCOMPARE(MVSettings::booleanPreferencesForKey(u"B"), true);
-            QCOMPARE(MVSettings::stringPreferencesForKey(u"S"), u"Été, 2ᵉ étage"_s);
-            QCOMPARE(MVSettings::integerPreferencesForKey(u"I"), std::numeric_limits<qint64>::min());
-            QCOMPARE(MVSettings::datePreferenceForKey(u"D").toDateTime(), date);
-            QCOMPARE(MVSettings::arrayPreferenceForKey(u"A").toList(), QVariantList{u"/a, b.pdf"_s});
+            QCOMPARE(MVSettings::booleanPreferencesForKey(*m_store, {u"B"}), true);
+            QCOMPARE(MVSettings::stringPreferencesForKey(*m_store, {u"S"}), u"Été, 2ᵉ étage"_s);
+            QCOMPARE(MVSettings::integerPreferencesForKey(*m_store, {u"I"}), std::numeric_limits<qint64>::min());
+            QCOMPARE(MVSettings::datePreferenceForKey(*m_store, {u"D"}).toDateTime(), date);
+            QCOMPARE(MVSettings::arrayPreferenceForKey(*m_store, {u"A"}).toList(), QVariantList{u"/a, b.pdf"_s});
             restart();
         }
     }
 
     void anAbsentKeyReadsAsTheEmptyValueOfItsType()
     {
-        QCOMPARE(MVSettings::booleanPreferencesForKey(u"Absent"), false);
-        QVERIFY(!MVSettings::stringPreferencesForKey(u"Absent"));
-        QCOMPARE(MVSettings::integerPreferencesForKey(u"Absent"), 0);
-        QVERIFY(!MVSettings::datePreferenceForKey(u"Absent").isValid());
-        QVERIFY(!MVSettings::arrayPreferenceForKey(u"Absent").isValid());
+        QCOMPARE(MVSettings::booleanPreferencesForKey(*m_store, {u"Absent"}), false);
+        QVERIFY(!MVSettings::stringPreferencesForKey(*m_store, {u"Absent"}));
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_store, {u"Absent"}), 0);
+        QVERIFY(!MVSettings::datePreferenceForKey(*m_store, {u"Absent"}).isValid());
+        QVERIFY(!MVSettings::arrayPreferenceForKey(*m_store, {u"Absent"}).isValid());
     }
 
     void aFileWrittenByHandIsReadByType_data()
@@ -139,31 +141,31 @@ private Q_SLOTS:
     void aFileWrittenByHandIsReadByType()
     {
         QFETCH(const QByteArray, value);
-        MVSettings::setStore(nullptr);
+        m_store.reset();
         QFile written(file());
         QVERIFY(written.open(QIODevice::WriteOnly));
         written.write("[General]\nKey=" + value + "\n");
         written.close();
         restart();
-        QTEST(MVSettings::booleanPreferencesForKey(u"Key"), "boolean");
-        QTEST(MVSettings::integerPreferencesForKey(u"Key"), "integer");
+        QTEST(MVSettings::booleanPreferencesForKey(*m_store, {u"Key"}), "boolean");
+        QTEST(MVSettings::integerPreferencesForKey(*m_store, {u"Key"}), "integer");
     }
 
     void aBooleanThatWasJustSetIsANumberToo()
     {
-        MVSettings::setPreferencesWithBooleanValue(u"Key", true);
-        QCOMPARE(MVSettings::integerPreferencesForKey(u"Key"), 1);
-        MVSettings::setPreferencesWithBooleanValue(u"Key", false);
-        QCOMPARE(MVSettings::integerPreferencesForKey(u"Key"), 0);
+        MVSettings::setPreferencesWithBooleanValue(*m_store, {u"Key"}, true);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_store, {u"Key"}), 1);
+        MVSettings::setPreferencesWithBooleanValue(*m_store, {u"Key"}, false);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_store, {u"Key"}), 0);
     }
 
     void valuesOfAnotherTypeAreHandedOutByTheObjectGetters()
     {
-        MVSettings::setPreferencesWithStringValue(u"Key", u"text"_s);
-        QCOMPARE(MVSettings::arrayPreferenceForKey(u"Key"), QVariant(u"text"_s));
-        QCOMPARE(MVSettings::datePreferenceForKey(u"Key"), QVariant(u"text"_s));
-        MVSettings::setPreferenceWithArray(u"Key", {1, 2});
-        QVERIFY(!MVSettings::stringPreferencesForKey(u"Key"));
+        MVSettings::setPreferencesWithStringValue(*m_store, {u"Key"}, u"text"_s);
+        QCOMPARE(MVSettings::arrayPreferenceForKey(*m_store, {u"Key"}), QVariant(u"text"_s));
+        QCOMPARE(MVSettings::datePreferenceForKey(*m_store, {u"Key"}), QVariant(u"text"_s));
+        MVSettings::setPreferenceWithArray(*m_store, {u"Key"}, {1, 2});
+        QVERIFY(!MVSettings::stringPreferencesForKey(*m_store, {u"Key"}));
     }
 };
 
