@@ -38,7 +38,7 @@ bool AppDelegate::refuseWhileWriting()
 void AppDelegate::save(const CardRecord& record)
 {
     const AttestationDocument document =
-        AttestationFiles(attestationsFolder(), m_settings, m_logos, m_fonts).document(record);
+        AttestationFiles(attestationsFolder(), pageOptions(m_settings), m_logos, m_fonts).document(record);
     writeAside([this, document]() -> std::function<void()> {
         return [this, saved = AttestationFiles::write(document)] { finishSave(saved); };
     });

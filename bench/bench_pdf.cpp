@@ -2,15 +2,13 @@
 #include "BarePage.h"
 #include "SpecimenCard.h"
 #include "attestation/page/AttestationPdf.h"
-#include "attestation/page/MVNewAttestation.h"
 #include "attestation/page/PageFonts.h"
+#include "attestation/page/PageOfCard.h"
 #include "attestation/page/SchemeLogos.h"
-#include "platform/UserDefaults.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QSvgRenderer>
-#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdio>
@@ -47,9 +45,6 @@ int main(int argc, char* argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
-    // Not the user's own settings: they can ask for a title, which the bare page has not.
-    const QTemporaryDir folder;
-    const UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
     const Bundle bundle(QStringLiteral(PELMORA_STAGE_SHARE));
     const auto fonts = PageFonts::load(bundle);
     if (!fonts)
@@ -59,11 +54,7 @@ int main(int argc, char* argv[])
     QSvgRenderer bareLogo(*bundle.pathForResource(u"01"_s, u"svg"_s));
 
     const CardRecord card = specimenCard();
-    const auto fromRecord = [&] {
-        MVNewAttestation attestation(settings, logos);
-        attestation.setVitale(card);
-        return renderAttestationPdf(attestation.page(), *fonts);
-    };
+    const auto fromRecord = [&] { return renderAttestationPdf(pageOfCard(card, {}, logos), *fonts); };
     const auto bare = [&] { return barePdf(bareFonts, bareLogo); };
 
     std::vector<double> ours;

@@ -1,7 +1,7 @@
 #include "app/cards/AttestationFiles.h"
 
 #include "attestation/page/AttestationPdf.h"
-#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/PageOfCard.h"
 #include "card/CardKeys.h"
 #include "platform/ObjectText.h"
 #include "platform/files/FileName.h"
@@ -12,10 +12,9 @@
 
 using namespace Qt::StringLiterals;
 
-AttestationFiles::AttestationFiles(QString folder, const UserDefaults& settings, SchemeLogos& logos,
-                                   const PageFonts& fonts)
+AttestationFiles::AttestationFiles(QString folder, PageOptions options, SchemeLogos& logos, const PageFonts& fonts)
     : m_folder(std::move(folder))
-    , m_settings(settings)
+    , m_options(options)
     , m_logos(logos)
     , m_fonts(fonts)
 {
@@ -23,9 +22,7 @@ AttestationFiles::AttestationFiles(QString folder, const UserDefaults& settings,
 
 AttestationDocument AttestationFiles::document(const CardRecord& record) const
 {
-    MVNewAttestation attestation(m_settings, m_logos);
-    attestation.setVitale(record);
-    return {m_folder, fileName(record), renderAttestationPdf(attestation.page(), m_fonts)};
+    return {m_folder, fileName(record), renderAttestationPdf(pageOfCard(record, m_options, m_logos), m_fonts)};
 }
 
 std::expected<QString, SaveFailure> AttestationFiles::write(const AttestationDocument& document)

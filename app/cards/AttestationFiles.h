@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/cards/SaveFailure.h"
+#include "attestation/page/PageOptions.h"
 #include "card/CardRecord.h"
 
 #include <QByteArray>
@@ -10,7 +11,6 @@
 
 class PageFonts;
 class SchemeLogos;
-class UserDefaults;
 
 /// An attestation that is ready to be written.
 struct AttestationDocument
@@ -25,8 +25,8 @@ struct AttestationDocument
 class AttestationFiles
 {
 public:
-    /// The settings, the logos and the fonts must outlive it.
-    AttestationFiles(QString folder, const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts);
+    /// The logos and the fonts must outlive it.
+    AttestationFiles(QString folder, PageOptions options, SchemeLogos& logos, const PageFonts& fonts);
 
     /// The record's attestation, not yet written.
     [[nodiscard]] AttestationDocument document(const CardRecord& record) const;
@@ -41,7 +41,7 @@ public:
 
 private:
     QString m_folder;
-    const UserDefaults& m_settings;
+    PageOptions m_options;
     SchemeLogos& m_logos;
     const PageFonts& m_fonts;
 };

@@ -1,16 +1,16 @@
 #include "app/cards/PrintCommand.h"
 
 #include "attestation/page/AttestationPdf.h"
-#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/PageOfCard.h"
 
 #include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
-PrintCommand::PrintCommand(PrintInfo info, const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts)
+PrintCommand::PrintCommand(PrintInfo info, PageOptions options, SchemeLogos& logos, const PageFonts& fonts)
     : m_info(std::move(info))
-    , m_settings(settings)
+    , m_options(options)
     , m_logos(logos)
     , m_fonts(fonts)
 {
@@ -29,9 +29,7 @@ std::expected<PrintInfo, QString> PrintCommand::defaultPrinter()
 
 std::expected<void, QString> PrintCommand::handle(const CardRecord& record)
 {
-    MVNewAttestation attestation(m_settings, m_logos);
-    attestation.setVitale(record);
-    const QByteArray pdf = renderAttestationPdf(attestation.page(), m_fonts, m_info.sheet);
+    const QByteArray pdf = renderAttestationPdf(pageOfCard(record, m_options, m_logos), m_fonts, m_info.sheet);
     if (pdf.isEmpty())
         return std::unexpected(PrintInfo::documentError().localizedDescription());
     const std::expected<void, Error> printed = PrintServer().print(m_info.job(pdf));

@@ -1,18 +1,18 @@
 #pragma once
 
 #include "app/cards/CardsCommand.h"
+#include "attestation/page/PageOptions.h"
 #include "attestation/page/PrintInfo.h"
 
 class PageFonts;
 class SchemeLogos;
-class UserDefaults;
 
 /// "pelmora --print": prints attestations without a window and without a question, each as a job of its own. Waits for
-/// the print server. Main thread; the settings, the logos and the fonts must outlive it.
+/// the print server. Main thread; the logos and the fonts must outlive it.
 class PrintCommand final : public CardsCommand
 {
 public:
-    PrintCommand(PrintInfo info, const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts);
+    PrintCommand(PrintInfo info, PageOptions options, SchemeLogos& logos, const PageFonts& fonts);
 
     /// The user's default printer with its own settings. The failure is why there is none, for people.
     [[nodiscard]] static std::expected<PrintInfo, QString> defaultPrinter();
@@ -22,7 +22,7 @@ protected:
 
 private:
     PrintInfo m_info;
-    const UserDefaults& m_settings;
+    PageOptions m_options;
     SchemeLogos& m_logos;
     const PageFonts& m_fonts;
 };

@@ -37,8 +37,7 @@ std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const 
 }
 
 using CommandPtr = std::unique_ptr<CardsCommand>;
-using CommandMaker =
-    std::function<std::expected<CommandPtr, QString>(const UserDefaults&, SchemeLogos&, const PageFonts&)>;
+using CommandMaker = std::function<std::expected<CommandPtr, QString>(PageOptions, SchemeLogos&, const PageFonts&)>;
 
 /// Brings the card service up, and has the card in the reader taken. Returns when that is done.
 void takeCardInReader(const std::shared_ptr<LVitAccess>& client, CardsCommand& cards)
@@ -76,7 +75,7 @@ int runWithoutWindow(const CommandLine& command, char* programName, const Comman
         return failure;
     }
     SchemeLogos logos(bundle);
-    const std::expected<CommandPtr, QString> made = makeCommand(settings, logos, *fonts);
+    const std::expected<CommandPtr, QString> made = makeCommand(pageOptions(settings), logos, *fonts);
     if (!made) {
         Console::complain(made.error());
         return failure;
@@ -96,22 +95,22 @@ int runWithoutWindow(const CommandLine& command, char* programName, const Comman
 int runSave(const CommandLine& command, char* programName)
 {
     std::optional<AttestationFiles> files;
-    return runWithoutWindow(command, programName,
-                            [&](const UserDefaults& settings, SchemeLogos& logos,
-                                const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
-                                files.emplace(command.folder, settings, logos, fonts);
-                                return std::make_unique<SaveCommand>(*files);
-                            });
+    return runWithoutWindow(
+        command, programName,
+        [&](PageOptions options, SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
+            files.emplace(command.folder, options, logos, fonts);
+            return std::make_unique<SaveCommand>(*files);
+        });
 }
 
 int runPrint(const CommandLine& command, char* programName)
 {
-    return runWithoutWindow(command, programName,
-                            [](const UserDefaults& settings, SchemeLogos& logos,
-                               const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
-                                const std::expected<PrintInfo, QString> printer = PrintCommand::defaultPrinter();
-                                if (!printer)
-                                    return std::unexpected(printer.error());
-                                return std::make_unique<PrintCommand>(*printer, settings, logos, fonts);
-                            });
+    return runWithoutWindow(
+        command, programName,
+        [](PageOptions options, SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
+            const std::expected<PrintInfo, QString> printer = PrintCommand::defaultPrinter();
+            if (!printer)
+                return std::unexpected(printer.error());
+            return std::make_unique<PrintCommand>(*printer, options, logos, fonts);
+        });
 }

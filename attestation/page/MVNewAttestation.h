@@ -11,9 +11,8 @@
 class SchemeLogos;
 class UserDefaults;
 
-/// Turns one card record into the values of the attestation page. It computes and formats; it draws nothing. Every use
-/// of the page (the window, one print, one file) makes its own. It makes no view itself, so that a page can be made
-/// without a window and without a display: MVNewAttestationView::viewOf gives the view of it. Main thread only.
+/// The attestation that a window shows: the page of its card, made afresh with the options of the settings each time a
+/// card is set. It makes no view itself: MVNewAttestationView::viewOf gives the view of it. Main thread only.
 class MVNewAttestation final : public QObject
 {
     Q_OBJECT
@@ -43,11 +42,6 @@ Q_SIGNALS:
 
 private:
     void internalInit();
-    void fillHeader();
-    void fillOrganism();
-    void fillLines();
-    [[nodiscard]] BeneficiaryLine beneficiaryLine(const BeneficiaryRecord& beneficiary);
-    [[nodiscard]] QString birthdayText(const BeneficiaryRecord& beneficiary);
 
     const UserDefaults& m_settings;
     SchemeLogos& m_logos;

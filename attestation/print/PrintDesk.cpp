@@ -1,6 +1,6 @@
 #include "attestation/print/PrintDesk.h"
 
-#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/PageOfCard.h"
 #include "attestation/print/PrintOperation.h"
 
 #include <QWidget>
@@ -32,10 +32,9 @@ void PrintDesk::print(const CardRecord& record, AlertQueue& alerts, QWidget& win
         bringToFront();
         return;
     }
-    MVNewAttestation attestation(m_settings, m_logos);
-    attestation.setVitale(record);
+    AttestationPage page = pageOfCard(record, pageOptions(m_settings), m_logos);
     // It deletes itself when it is done, and goes with the window otherwise.
-    m_operation = new PrintOperation(attestation.page(), m_fonts, alerts, &window);
+    m_operation = new PrintOperation(std::move(page), m_fonts, alerts, &window);
     m_operation->run();
 }
 

@@ -3,7 +3,6 @@
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 #include "platform/Bundle.h"
-#include "platform/UserDefaults.h"
 #include "platform/files/FailedWrites.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/platform/FileSizeLimit.h"
@@ -34,7 +33,6 @@ class tst_AttestationFiles : public QObject
 
 private:
     QTemporaryDir m_folder;
-    UserDefaults m_settings{m_folder.filePath(u"Pelmora.conf"_s)};
     Bundle m_bundle{QStringLiteral(PELMORA_STAGE_SHARE)};
     SchemeLogos m_logos{m_bundle};
     std::optional<PageFonts> m_fonts;
@@ -42,7 +40,7 @@ private:
 
     std::expected<QString, SaveFailure> savedIn(const QString& folder, const CardRecord& record)
     {
-        return AttestationFiles(folder, m_settings, m_logos, *m_fonts).save(record);
+        return AttestationFiles(folder, PageOptions(), m_logos, *m_fonts).save(record);
     }
 
     QString fileInTheWay() const

@@ -1,7 +1,7 @@
 #include "Fixtures.h"
 #include "Tools.h"
 #include "attestation/page/AttestationPdf.h"
-#include "attestation/page/MVNewAttestation.h"
+#include "attestation/page/PageOfCard.h"
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 
@@ -15,15 +15,12 @@ class tst_AttestationPdf : public QObject
     Q_OBJECT
 
 private:
-    TemporarySettings m_settings;
     SchemeLogos m_logos{stagedBundle()};
     PageFonts m_fonts = pageFonts();
 
     QByteArray documentOf(const CardRecord& card)
     {
-        MVNewAttestation attestation(m_settings.store(), m_logos);
-        attestation.setVitale(card);
-        return renderAttestationPdf(attestation.page(), m_fonts);
+        return renderAttestationPdf(pageOfCard(card, {.showRightLabel = true}, m_logos), m_fonts);
     }
 
     QByteArray documentWithNames(const QStringList& names)
@@ -58,11 +55,7 @@ private:
     }
 
 private Q_SLOTS:
-    void init()
-    {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
-        m_settings.setShowsRightLabel(true);
-    }
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
     void theDocumentIsOneA4Page_data()
     {
