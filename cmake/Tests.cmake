@@ -7,7 +7,7 @@ set(PELMORA_ABSENT ${CMAKE_BINARY_DIR}/absent)
 function(pelmora_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS;DEPENDS;ENVIRONMENT")
   add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} Qt6::Test)
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} test_kit Qt6::Test)
   target_precompile_headers(${name} REUSE_FROM test_headers)
   target_compile_definitions(${name} PRIVATE
     PELMORA_STAGE="${PELMORA_STAGE}" PELMORA_STAGE_SHARE="${PELMORA_STAGE_SHARE}" PELMORA_SOURCE="${CMAKE_SOURCE_DIR}")

@@ -11,6 +11,7 @@
 #include "tests/app/Office.h"
 #include "tests/card/client/FakeService.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/Files.h"
 
 #include <QAction>
 #include <QLabel>
@@ -37,12 +38,6 @@ ServiceCommand simulation(const QString& card)
 QString specimen()
 {
     return QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml");
-}
-
-bool write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 // Which of the seven tiles can be pressed, in the order read, view, print, save, quit, mail, settings.
@@ -147,7 +142,7 @@ private Q_SLOTS:
     {
         const Office office(m_fake.command(silent));
         QVERIFY(QDir(office.path(u"."_s)).mkpath(u"Library/Logs"_s));
-        QVERIFY(write(office.path(u"Library/Logs/santesocial"_s), "x"));
+        QVERIFY(writeFile(office.path(u"Library/Logs/santesocial"_s), "x"));
         office.start();
         QCOMPARE(office.window->windowTitle(), u"Pelmora par MORVEL"_s);
         QVERIFY(QFileInfo(office.path(u"Library/Logs/santesocial"_s)).isFile());
@@ -166,9 +161,9 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, entry);
         const QTemporaryDir resources;
-        QVERIFY(write(resources.filePath(u"Info.plist"_s),
-                      "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" + entry +
-                          "</dict></plist>"));
+        QVERIFY(writeFile(resources.filePath(u"Info.plist"_s),
+                          "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" + entry +
+                              "</dict></plist>"));
         const Office office(m_fake.command(silent), resources.path());
         office.start();
         QTEST(MXLog::defaultLogger().logLevel(), "level");
@@ -346,7 +341,7 @@ private Q_SLOTS:
     {
         const auto office = boundOffice(m_fake.command());
         QVERIFY(office);
-        QVERIFY(write(office->path(u"plein"_s), "x"));
+        QVERIFY(writeFile(office->path(u"plein"_s), "x"));
         MVSettings::setPreferencesWithStringValue(office->settings, Settings::attestationsFolder,
                                                   office->path(u"plein"_s));
         office->delegate->loadXMLFile(specimen());

@@ -1,4 +1,5 @@
 #include "Run.h"
+#include "tests/common/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,18 +28,6 @@ QString cardOf(const QString& lastName, const QString& firstName)
 {
     return card(u"<nomUsuel>%1</nomUsuel>"_s.arg(lastName.toHtmlEscaped()),
                 u"<prenomUsuel>%1</prenomUsuel>"_s.arg(firstName.toHtmlEscaped()));
-}
-
-unsigned modeOf(const QString& path)
-{
-    struct stat status = {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
 }
 
 QStringList entries(const QString& folder)

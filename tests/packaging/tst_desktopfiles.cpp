@@ -1,3 +1,5 @@
+#include "tests/common/Files.h"
+
 #include <QFile>
 #include <QImage>
 #include <QMap>
@@ -11,16 +13,10 @@ namespace {
 const QString id = u"com.morvel.Pelmora"_s;
 const QString share = QStringLiteral(PELMORA_STAGE "/share/");
 
-QString contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
 QMap<QString, QString> launcherEntries()
 {
     QMap<QString, QString> entries;
-    for (const QString& line : contentOf(share + u"applications/"_s + id + u".desktop"_s).split(u'\n')) {
+    for (const QString& line : textOfFile(share + u"applications/"_s + id + u".desktop"_s).split(u'\n')) {
         if (const qsizetype sign = line.indexOf(u'='); sign > 0)
             entries.insert(line.first(sign), line.sliced(sign + 1));
     }
@@ -29,7 +25,7 @@ QMap<QString, QString> launcherEntries()
 
 QString description()
 {
-    return contentOf(share + u"metainfo/"_s + id + u".metainfo.xml"_s);
+    return textOfFile(share + u"metainfo/"_s + id + u".metainfo.xml"_s);
 }
 
 // What the expression's first group finds in a text.
@@ -55,7 +51,7 @@ private Q_SLOTS:
         QCOMPARE(found(description(), u"<launchable type=\"desktop-id\">(.*)</launchable>"_s), id + u".desktop"_s);
         QCOMPARE(found(description(), u"<icon type=\"stock\">(.*)</icon>"_s), id);
         QCOMPARE(found(description(), u"<binary>(.*)</binary>"_s), u"pelmora"_s);
-        const QString dictionary = contentOf(share + u"pelmora/Info.plist"_s);
+        const QString dictionary = textOfFile(share + u"pelmora/Info.plist"_s);
         QCOMPARE(found(dictionary, u"CFBundleIdentifier</key>\\s*<string>(.*)</string>"_s), id);
     }
 

@@ -1,3 +1,5 @@
+#include "tests/common/Files.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -9,12 +11,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QDir sources(QStringLiteral(PELMORA_SOURCE));
-
-QString contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
 
 // Where a heading is found, as the web pages that show such documents name it.
 QStringList anchors(const QString& document)
@@ -35,7 +31,7 @@ bool leadsSomewhere(const QString& link, const QString& path)
     const QString file = link.section(u'#', 0, 0);
     const QString target = file.isEmpty() ? path : QFileInfo(path).dir().filePath(file);
     return QFileInfo::exists(target) &&
-           (!link.contains(u'#') || anchors(contentOf(target)).contains(link.section(u'#', 1)));
+           (!link.contains(u'#') || anchors(textOfFile(target)).contains(link.section(u'#', 1)));
 }
 
 QStringList documents()
@@ -63,7 +59,7 @@ private Q_SLOTS:
     void everyLinkLeadsToAFileOfTheSources()
     {
         QFETCH(const QString, path);
-        const QString document = contentOf(path);
+        const QString document = textOfFile(path);
         QVERIFY(!document.isEmpty());
         QStringList dead;
         static const QRegularExpression linked(u"\\]\\(([^)]+)\\)|src=\"([^\"]+)\""_s);
@@ -78,7 +74,7 @@ private Q_SLOTS:
     void everyDocumentIsFoundFromTheFirstOnes()
     {
         const QString first =
-            contentOf(sources.filePath(u"README.md"_s)) + contentOf(sources.filePath(u"docs/architecture.md"_s));
+            textOfFile(sources.filePath(u"README.md"_s)) + textOfFile(sources.filePath(u"docs/architecture.md"_s));
         QStringList hidden;
         for (const QString& path : documents()) {
             const QString name = QFileInfo(path).fileName();
@@ -90,7 +86,7 @@ private Q_SLOTS:
 
     void everyFolderOfTheSourcesIsToldInTheArchitecture()
     {
-        const QString architecture = contentOf(sources.filePath(u"docs/architecture.md"_s));
+        const QString architecture = textOfFile(sources.filePath(u"docs/architecture.md"_s));
         QStringList missing;
         for (const QString& name : sources.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
             if (name != "build"_L1 && !architecture.contains(u'`' + name + u'/'))

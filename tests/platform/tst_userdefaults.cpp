@@ -1,4 +1,5 @@
 #include "platform/UserDefaults.h"
+#include "tests/common/Files.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -9,22 +10,6 @@
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-unsigned modeOf(const QString& path)
-{
-    struct stat status = {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
 
 class tst_UserDefaults : public QObject
 {

@@ -1,5 +1,6 @@
 #include "service/FundTable.h"
 #include "service/SiteFunds.h"
+#include "tests/common/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,13 +10,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-bool write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size();
-}
 
 QString labelOf(const FundTable& table, const QString& scheme, const QString& fund)
 {
@@ -96,7 +90,7 @@ private Q_SLOTS:
         QVERIFY(warnings.first().startsWith(missing + u" : table des caisses illisible"_s));
 
         const QString large = folder.filePath(u"grand.csv"_s);
-        QVERIFY(write(large, "01;;a\n" + QByteArray(1024 * 1024, '#')));
+        QVERIFY(writeFile(large, "01;;a\n" + QByteArray(1024 * 1024, '#')));
         QCOMPARE(table.addFile(large), QStringList{large + u" : table des caisses ignorée, plus de 1 Mio."_s});
         QCOMPARE(labelOf(table, u"01"_s, u""_s), u"(none)"_s);
     }
@@ -120,9 +114,9 @@ private Q_SLOTS:
     void aSiteAddsAndReplacesFundsAndTheUsersOwnFileComesLast()
     {
         const QTemporaryDir folder;
-        QVERIFY(write(folder.filePath(u"share/funds/caisses.csv"_s), "01;;Livré\n02;;Livré\n03;;Livré\n"));
-        QVERIFY(write(folder.filePath(u"etc/MORVEL/caisses.csv"_s), "02;;Site\n03;;Site\n01;751;Site\nx\n"));
-        QVERIFY(write(folder.filePath(u"home/MORVEL/caisses.csv"_s), "03;;Poste\n"));
+        QVERIFY(writeFile(folder.filePath(u"share/funds/caisses.csv"_s), "01;;Livré\n02;;Livré\n03;;Livré\n"));
+        QVERIFY(writeFile(folder.filePath(u"etc/MORVEL/caisses.csv"_s), "02;;Site\n03;;Site\n01;751;Site\nx\n"));
+        QVERIFY(writeFile(folder.filePath(u"home/MORVEL/caisses.csv"_s), "03;;Poste\n"));
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder.filePath(u"home"_s)));
         qputenv("XDG_CONFIG_DIRS", QFile::encodeName(folder.filePath(u"etc"_s)));
 

@@ -1,4 +1,5 @@
 #include "service/SimulatedReader.h"
+#include "tests/common/Files.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -11,12 +12,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-bool write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 /// The result code of a read; 0 for a card that was read.
 qint64 resultOf(const QString& path)
@@ -57,11 +52,11 @@ private Q_SLOTS:
         const QString path = folder.filePath(u"carte.xml"_s);
         SimulatedReader reader(QFile::encodeName(path));
         QCOMPARE(reader.readCard().error(), ReadResult::CardAbsent);
-        QVERIFY(write(path, "<a>1</a>"));
+        QVERIFY(writeFile(path, "<a>1</a>"));
         QCOMPARE(reader.readCard().value(), u"<a>1</a>"_s);
         QVERIFY(QFile::remove(path));
         QCOMPARE(reader.readCard().error(), ReadResult::CardAbsent);
-        QVERIFY(write(path, "<a>2</a>"));
+        QVERIFY(writeFile(path, "<a>2</a>"));
         QCOMPARE(reader.readCard().value(), u"<a>2</a>"_s);
         QCOMPARE(resultOf(path + u"/dessous"_s), qint64(11));
         QCOMPARE(resultOf(u""_s), qint64(11));
@@ -71,7 +66,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
-        QVERIFY(write(path, "<?xml version='1.0' encoding='ISO-8859-1'?>\r\n<a>Zo\xE9</a>\r\n"));
+        QVERIFY(writeFile(path, "<?xml version='1.0' encoding='ISO-8859-1'?>\r\n<a>Zo\xE9</a>\r\n"));
         SimulatedReader reader(QFile::encodeName(path));
         QCOMPARE(reader.readCard().value(), u"<?xml version='1.0' encoding='ISO-8859-1'?>\r\n<a>Zoé</a>\r\n"_s);
     }
@@ -94,7 +89,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
-        QVERIFY(write(path, content));
+        QVERIFY(writeFile(path, content));
         QCOMPARE(resultOf(path), qint64(17));
     }
 
@@ -102,7 +97,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
-        QVERIFY(write(path, "<a>" + QByteArray(16 * 1024 * 1024 - 7, 'x') + "</a>"));
+        QVERIFY(writeFile(path, "<a>" + QByteArray(16 * 1024 * 1024 - 7, 'x') + "</a>"));
         QCOMPARE(resultOf(path), qint64(0));
     }
 
@@ -123,7 +118,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
-        QVERIFY(write(path, "<a/>"));
+        QVERIFY(writeFile(path, "<a/>"));
         QVERIFY(QFile::setPermissions(path, {}));
         // Root may read every file, but not in another's name.
         constexpr uid_t nobody = 65534;
@@ -140,7 +135,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QByteArray path = QFile::encodeName(folder.path()) + "/carte-\xE9.xml";
-        QVERIFY(write(folder.filePath(u"a"_s), "<a/>"));
+        QVERIFY(writeFile(folder.filePath(u"a"_s), "<a/>"));
         QCOMPARE(::rename(QFile::encodeName(folder.filePath(u"a"_s)).constData(), path.constData()), 0);
         SimulatedReader reader(path);
         QCOMPARE(reader.readCard().value(), u"<a/>"_s);

@@ -1,6 +1,7 @@
 #include "platform/NativePath.h"
 #include "support/MXLog.h"
 #include "support/MXUtils.h"
+#include "tests/common/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,16 +15,6 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-unsigned modeOf(const QString& path)
-{
-    struct stat status = {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
-}
-
-} // namespace
 
 class tst_MXUtils : public QObject
 {

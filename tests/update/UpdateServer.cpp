@@ -1,5 +1,7 @@
 #include "tests/update/UpdateServer.h"
 
+#include "tests/common/Files.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QSslConfiguration>
@@ -15,12 +17,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr qint64 floodAhead = qint64{256} * 1024;
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QStringList newKey(const QString& path)
 {

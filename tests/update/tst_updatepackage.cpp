@@ -1,4 +1,5 @@
 #include "platform/files/FailedWrites.h"
+#include "tests/common/Files.h"
 #include "tests/platform/FileSizeLimit.h"
 #include "update/UpdatePackage.h"
 
@@ -10,12 +11,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-unsigned modeOf(const QString& path)
-{
-    struct stat status = {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
-}
 
 QStringList entriesOf(const QString& folder)
 {

@@ -6,13 +6,12 @@
 #include "platform/XmlDocument.h"
 #include "prefs/settings/MVSettings.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/Files.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -41,18 +40,6 @@ void saveXMLIfNeeded(const UserDefaults& settings, const std::optional<CardRecor
 {
     if (isDebugCopyWanted(settings, record))
         writeDebugCopy(*record, folder);
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
-}
-
-unsigned modeOf(const QString& path)
-{
-    struct stat status = {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
 }
 
 } // namespace

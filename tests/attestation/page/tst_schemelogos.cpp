@@ -1,6 +1,7 @@
 #include "Fixtures.h"
 #include "attestation/page/SchemeLogos.h"
 #include "support/MXLog.h"
+#include "tests/common/Files.h"
 
 #include <QFile>
 #include <QImage>
@@ -31,12 +32,6 @@ QImage drawn(QSvgRenderer& logo)
     return image;
 }
 
-QByteArray fileContent(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 class tst_SchemeLogos : public QObject
@@ -63,7 +58,7 @@ private Q_SLOTS:
     void logosArePathsWithSolidFillsOnly()
     {
         for (const QString& code : schemeCodes()) {
-            const QByteArray drawing = fileContent(*stagedBundle().pathForResource(code, u"svg"_s));
+            const QByteArray drawing = contentOf(*stagedBundle().pathForResource(code, u"svg"_s));
             QVERIFY(drawing.contains("<path fill=\"#"));
             for (const char* unwanted : {"<text", "<image", "opacity", "Gradient", "filter", "<use", "style", "rgba"})
                 QVERIFY2(!drawing.contains(unwanted), qPrintable(code + u' ' + QLatin1StringView(unwanted)));

@@ -6,6 +6,7 @@
 #include "platform/gui/AlertQueue.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/attestation/page/Tools.h"
+#include "tests/common/Files.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -77,12 +78,6 @@ private:
     {
         QFile file(folder.filePath(u"page.pdf"_s));
         return file.open(QIODevice::WriteOnly) && file.write("the user's") > 0 ? file.fileName() : QString();
-    }
-
-    static QByteArray contentOf(const QString& path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     static void pressPrint(const PrintDialog& dialog)

@@ -2,6 +2,7 @@
 #include "card/client/LVitAccess.h"
 #include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/Files.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -19,18 +20,6 @@ const QString specimen = QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml");
 ClientPointer makeClient(const QStringList& arguments)
 {
     return std::make_shared<LVitAccess>(ServiceCommand{QStringLiteral(PELMORA_SERVICE_PROGRAM), arguments});
-}
-
-QString contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
-bool write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 } // namespace
@@ -69,7 +58,7 @@ void TestCardServiceClient::bindInformationsAndReadOfTheSpecimenCard()
     QCOMPARE(summary(card), success);
     QCOMPARE(card->result->text(CardKey::lastName), u"SPECIMEN"_s);
     QCOMPARE(card->result->beneficiaries().size(), 3);
-    QCOMPARE(card->result->text(CardKey::xmlString), contentOf(specimen));
+    QCOMPARE(card->result->text(CardKey::xmlString), textOfFile(specimen));
     QVERIFY(!card->result->text(CardKey::fundCodeLibelle).value_or(QString()).isEmpty());
 }
 
@@ -94,11 +83,11 @@ void TestCardServiceClient::aCardThatCannotBeReadIsAReadError()
     const QString path = folder.filePath(u"card.xml"_s);
     const ClientPointer client = makeClient({u"--simulate"_s, path});
     QCOMPARE(summary(awaitBind(client)), success);
-    QVERIFY(write(path, "<T_AsnDonneesVitale><tech>"));
+    QVERIFY(writeFile(path, "<T_AsnDonneesVitale><tech>"));
     QCOMPARE(summary(awaitRead(client)), u"Pelmora -31"_s);
-    QVERIFY(write(path, ""));
+    QVERIFY(writeFile(path, ""));
     QCOMPARE(summary(awaitRead(client)), u"Pelmora -31"_s);
-    QVERIFY(write(path, "<T_AsnDonneesVitale/>"));
+    QVERIFY(writeFile(path, "<T_AsnDonneesVitale/>"));
     QCOMPARE(summary(awaitRead(client)), u"Pelmora -40"_s);
 }
 

@@ -1,6 +1,7 @@
 #include "platform/NativePath.h"
 #include "platform/files/FailedWrites.h"
 #include "platform/files/PrivateFile.h"
+#include "tests/common/Files.h"
 #include "tests/platform/FileSizeLimit.h"
 
 #include <QDir>
@@ -16,18 +17,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
-}
-
-unsigned modeOf(const QString& path)
-{
-    struct stat status = {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
-}
 
 bool makeFile(const QString& path)
 {

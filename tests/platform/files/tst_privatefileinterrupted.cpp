@@ -1,3 +1,4 @@
+#include "tests/common/Files.h"
 #include "tests/support/move/KilledAtCall.h"
 
 #include <QDir>
@@ -20,12 +21,6 @@ QStringList writing(const QString& path, char character, bool named)
     if (named)
         command.append(u"named"_s);
     return command;
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList entries(const QTemporaryDir& folder)

@@ -1,6 +1,7 @@
 #include "platform/UserDefaults.h"
 #include "prefs/settings/MVSettings.h"
 #include "prefs/settings/StandardPreferences.h"
+#include "tests/common/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,16 +9,6 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
 
 class tst_MVSettings : public QObject
 {

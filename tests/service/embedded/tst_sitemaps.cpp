@@ -1,4 +1,5 @@
 #include "service/embedded/SiteMaps.h"
+#include "tests/common/Files.h"
 #include "tests/service/embedded/MapJson.h"
 
 #include <QDir>
@@ -11,13 +12,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-bool write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size();
-}
 
 QByteArray mapNamed(const QString& name)
 {
@@ -62,10 +56,10 @@ private Q_SLOTS:
 
     void theUsersComeFirstThenTheSitesThenTheShippedOnes()
     {
-        QVERIFY(write(path(u"share/maps/a.json"_s), mapNamed(u"fournie"_s)));
-        QVERIFY(write(path(u"site/MORVEL/cartes/a.json"_s), mapNamed(u"du site"_s)));
-        QVERIFY(write(path(u"user/MORVEL/cartes/b.json"_s), mapNamed(u"à soi, seconde"_s)));
-        QVERIFY(write(path(u"user/MORVEL/cartes/a.json"_s), mapNamed(u"à soi"_s)));
+        QVERIFY(writeFile(path(u"share/maps/a.json"_s), mapNamed(u"fournie"_s)));
+        QVERIFY(writeFile(path(u"site/MORVEL/cartes/a.json"_s), mapNamed(u"du site"_s)));
+        QVERIFY(writeFile(path(u"user/MORVEL/cartes/b.json"_s), mapNamed(u"à soi, seconde"_s)));
+        QVERIFY(writeFile(path(u"user/MORVEL/cartes/a.json"_s), mapNamed(u"à soi"_s)));
         const SiteMaps site = loadCardMaps(path(u"share"_s));
         QCOMPARE(site.warnings, QStringList());
         QCOMPARE(namesOf(site), QStringList({u"à soi"_s, u"à soi, seconde"_s, u"du site"_s, u"fournie"_s}));
@@ -73,9 +67,9 @@ private Q_SLOTS:
 
     void aFileThatIsNoMapIsToldAndTheOthersLoaded()
     {
-        QVERIFY(write(path(u"share/maps/a.json"_s), "{}"));
-        QVERIFY(write(path(u"share/maps/b.json"_s), QByteArray(qsizetype{2} * 1024 * 1024, ' ')));
-        QVERIFY(write(path(u"share/maps/c.json"_s), mapNamed(u"fournie"_s)));
+        QVERIFY(writeFile(path(u"share/maps/a.json"_s), "{}"));
+        QVERIFY(writeFile(path(u"share/maps/b.json"_s), QByteArray(qsizetype{2} * 1024 * 1024, ' ')));
+        QVERIFY(writeFile(path(u"share/maps/c.json"_s), mapNamed(u"fournie"_s)));
         const SiteMaps site = loadCardMaps(path(u"share"_s));
         QCOMPARE(namesOf(site), QStringList(u"fournie"_s));
         QCOMPARE(site.warnings,
@@ -85,8 +79,8 @@ private Q_SLOTS:
 
     void otherFilesArePassedOver()
     {
-        QVERIFY(write(path(u"share/maps/LISEZ-MOI.txt"_s), "x"));
-        QVERIFY(write(path(u"share/maps/a.json~"_s), "x"));
+        QVERIFY(writeFile(path(u"share/maps/LISEZ-MOI.txt"_s), "x"));
+        QVERIFY(writeFile(path(u"share/maps/a.json~"_s), "x"));
         QVERIFY(QDir().mkpath(path(u"share/maps/dossier.json"_s)));
         QCOMPARE(::mkfifo(QFile::encodeName(path(u"share/maps/tube.json"_s)).constData(), 0600), 0);
         const SiteMaps site = loadCardMaps(path(u"share"_s));

@@ -4,6 +4,7 @@
 #include "service/embedded/SiteMaps.h"
 #include "service/embedded/Tlv.h"
 #include "tests/card/CardXml.h"
+#include "tests/common/Files.h"
 #include "tests/service/embedded/CardBytes.h"
 
 #include <QDir>
@@ -18,12 +19,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// The files that the virtual card's own encoder makes, of a layout that it knows by itself.
 CardContent encoded(const QString& layout, const QByteArray& xml = {})

@@ -1,6 +1,7 @@
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
 #include "platform/FileDescriptor.h"
+#include "tests/common/Files.h"
 
 #include <QCborArray>
 #include <QDir>
@@ -27,12 +28,6 @@ const QString program = QStringLiteral(PELMORA_STAGE "/libexec/pelmora/com.morve
 const QString specimen = QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml");
 const QString feitian = u"Feitian SCR301"_s;
 constexpr int patience = 10'000; // milliseconds
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// Whether this program's children start with a core limit of 0 that only the privileged can raise.
 bool coresAreForbidden()

@@ -1,5 +1,7 @@
 #include "FolderTree.h"
 
+#include "tests/common/Files.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -13,9 +15,7 @@ namespace {
 
 bool writeFile(const QString& path, const QByteArray& content, QFile::Permissions permissions)
 {
-    QFile file(path);
-    return QDir().mkpath(path.left(path.lastIndexOf(u'/'))) && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size() && file.setPermissions(permissions);
+    return ::writeFile(path, content) && QFile(path).setPermissions(permissions);
 }
 
 constexpr QFile::Permissions readable = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther;

@@ -1,4 +1,5 @@
 #include "support/move/LinuxMoveCommands.h"
+#include "tests/common/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -22,12 +23,6 @@ QString textOf(const MoveCommand& command)
     return (QStringList(command.program) + command.arguments).join(" | "_L1);
 }
 
-QString contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : u"(nothing)"_s;
-}
-
 // A bundle whose program notes its arguments, one a line, in the file "started" beside the bundle.
 bool makeBundle(const QString& path)
 {
@@ -36,12 +31,6 @@ bool makeBundle(const QString& path)
            program.write("#!/bin/sh\nprintf '%s\\n' started \"$@\" >\"${0%/*}/../../started.part\"\n"
                          "mv \"${0%/*}/../../started.part\" \"${0%/*}/../../started\"\n") > 0 &&
            program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
-uint modeOf(const QString& path)
-{
-    struct stat status = {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0U;
 }
 
 } // namespace
@@ -118,7 +107,7 @@ void tst_LinuxMoveCommands::theRunningCopyIsOpenedWhateverItsPath()
     QVERIFY(makeBundle(path));
     const MoveCommand command = LinuxMoveCommands({name}).openRunningCopy(path);
     QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
-    QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
+    QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
 }
 
 void tst_LinuxMoveCommands::theCopyIsStartedWhenTheProcessHasEnded()
@@ -135,7 +124,7 @@ void tst_LinuxMoveCommands::theCopyIsStartedWhenTheProcessHasEnded()
     QVERIFY(!QFile::exists(folder.path() + "/started"_L1));
     running.kill();
     QVERIFY(running.waitForFinished());
-    QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
+    QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
 }
 
 void tst_LinuxMoveCommands::aProcessThatNobodyAsksForHasEndedAllTheSame()
@@ -149,10 +138,10 @@ void tst_LinuxMoveCommands::aProcessThatNobodyAsksForHasEndedAllTheSame()
     parent.start(u"/bin/sh"_s, {u"-c"_s, u"until grep -q sleep /proc/$$/comm; do :; done & echo $!; exec sleep 60"_s});
     QVERIFY(parent.waitForReadyRead());
     const qint64 child = parent.readLine().trimmed().toLongLong();
-    QTRY_VERIFY(contentOf(u"/proc/%1/status"_s.arg(child)).contains("State:\tZ"_L1));
+    QTRY_VERIFY(textOfFile(u"/proc/%1/status"_s.arg(child)).contains("State:\tZ"_L1));
     const MoveCommand command = LinuxMoveCommands().relaunch(child, path);
     QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
-    QTRY_COMPARE(contentOf(folder.path() + "/started"_L1), u"started\n"_s);
+    QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s);
     parent.kill();
     QVERIFY(parent.waitForFinished());
 }
@@ -169,7 +158,7 @@ void tst_LinuxMoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
     const LinuxMoveCommands commands;
     const MoveCommand copy = commands.privilegedCopy(source, destination);
     QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
-    QCOMPARE(contentOf(destination + "/bin/pelmora"_L1), contentOf(source + "/bin/pelmora"_L1));
+    QCOMPARE(textOfFile(destination + "/bin/pelmora"_L1), textOfFile(source + "/bin/pelmora"_L1));
     QCOMPARE(QDir(folder.path() + "/Applications"_L1).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
              QStringList{u"-a b.app"_s});
     QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
@@ -282,7 +271,7 @@ void tst_LinuxMoveCommands::whatIsBeingCopiedIsClosedToOthers()
     process.start(copy.program, copy.arguments);
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 0);
-    QCOMPARE(contentOf(folder.path() + "/programmes/mode"_L1), u"700\n"_s);
+    QCOMPARE(textOfFile(folder.path() + "/programmes/mode"_L1), u"700\n"_s);
     QCOMPARE(modeOf(destination + "/bin/pelmora"_L1), 0755U);
 }
 

@@ -1,4 +1,5 @@
 #include "support/move/LinuxMoveOperations.h"
+#include "tests/common/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,23 +10,6 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-bool writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size();
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(nothing)");
-}
-
-} // namespace
 
 class tst_LinuxMoveOperations : public QObject
 {

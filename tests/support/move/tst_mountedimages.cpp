@@ -1,5 +1,6 @@
 #include "platform/PropertyList.h"
 #include "support/move/MountedImages.h"
+#include "tests/common/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,13 +28,6 @@ QStringList devicesOf(const MountedImages& images)
             devices.append(entity.toMap().value(u"dev-entry"_s).toString());
     }
     return devices;
-}
-
-bool writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return QDir().mkpath(path.left(path.lastIndexOf(u'/'))) && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size();
 }
 
 } // namespace
