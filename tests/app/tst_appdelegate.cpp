@@ -12,6 +12,7 @@
 #include "tests/card/client/FakeService.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QLabel>
@@ -101,7 +102,7 @@ std::unique_ptr<Office> boundOffice(const ServiceCommand& service)
 
 } // namespace
 
-class tst_AppDelegate : public QObject
+class tst_AppDelegate : public TestCase
 {
     Q_OBJECT
 

@@ -3,6 +3,7 @@
 #include "attestation/print/PrintOperation.h"
 #include "tests/app/Office.h"
 #include "tests/card/client/FakeService.h"
+#include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QDragEnterEvent>
@@ -128,7 +129,7 @@ PrintDialog* dialog()
 } // namespace
 
 // Whose card it is: what is printed is what the windows show, and a card that is read, opened or printed stays.
-class tst_AppDelegateCards : public QObject
+class tst_AppDelegateCards : public TestCase
 {
     Q_OBJECT
 

@@ -1,6 +1,7 @@
 #include "card/PelmoraError.h"
 #include "tests/app/Office.h"
 #include "tests/card/client/FakeService.h"
+#include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QDesktopServices>
@@ -73,7 +74,7 @@ private:
     QList<QUrl> m_opened;
 };
 
-class tst_AppDelegateFaults : public QObject
+class tst_AppDelegateFaults : public TestCase
 {
     Q_OBJECT
 

@@ -3,6 +3,7 @@
 #include "support/views/MXButton.h"
 #include "tests/app/Office.h"
 #include "tests/card/client/FakeService.h"
+#include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QFileDialog>
@@ -35,7 +36,7 @@ QList<const QWidget*> statusMenus()
 
 } // namespace
 
-class tst_AppDelegateMenus : public QObject
+class tst_AppDelegateMenus : public TestCase
 {
     Q_OBJECT
 

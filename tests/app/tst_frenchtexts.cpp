@@ -1,4 +1,5 @@
 #include "app/FrenchTexts.h"
+#include "tests/common/TestCase.h"
 
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
@@ -8,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_FrenchTexts : public QObject
+class tst_FrenchTexts : public TestCase
 {
     Q_OBJECT
 

@@ -13,6 +13,7 @@
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "platform/files/FileWorker.h"
+#include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QFile>
@@ -89,7 +90,7 @@ QKeySequence fromFrench(QString keys)
 
 } // namespace
 
-class tst_HelpPage : public QObject
+class tst_HelpPage : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "card/CardKeys.h"
+#include "tests/common/TestCase.h"
 
 #include <QFile>
 #include <QTest>
@@ -26,7 +27,7 @@ QString documentedTable(const QString& document)
 
 } // namespace
 
-class TestCardDataDoc : public QObject
+class TestCardDataDoc : public TestCase
 {
     Q_OBJECT
 

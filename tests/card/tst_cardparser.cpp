@@ -2,6 +2,7 @@
 #include "card/CardParser.h"
 #include "card/PelmoraError.h"
 #include "tests/card/CardXml.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -65,13 +66,11 @@ const QStringList topLevelKeys{u"SSN"_s,      u"LastName"_s,         u"FirstName
 
 } // namespace
 
-class TestCardParser : public QObject
+class TestCardParser : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void withoutADocumentItIsTheInternalError()
     {
         const std::expected<CardRecord, Error> result = parseCardDocument(nullptr);

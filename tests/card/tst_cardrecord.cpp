@@ -1,6 +1,7 @@
 #include "card/CardKeys.h"
 #include "card/CardRecord.h"
 #include "support/MXLog.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -33,7 +34,7 @@ static_assert(PrintableByQDebug<QString> && fmt::is_formattable<QString>::value 
 
 } // namespace
 
-class TestCardRecord : public QObject
+class TestCardRecord : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "card/PelmoraError.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -20,7 +21,7 @@ using Factory = Error (*)();
 
 Q_DECLARE_METATYPE(Factory)
 
-class TestPelmoraError : public QObject
+class TestPelmoraError : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
+#include "tests/common/TestCase.h"
 
 #include <QFile>
 #include <QTest>
@@ -33,7 +34,7 @@ bool hasValidKey(const QString& number)
 
 } // namespace
 
-class TestSpecimenCard : public QObject
+class TestSpecimenCard : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "Run.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -38,7 +39,7 @@ QStringList entries(const QString& folder)
 } // namespace
 
 // Saving attestations from the command line, without a display.
-class tst_Save : public QObject
+class tst_Save : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QFile>
 #include <QImage>
@@ -36,7 +37,7 @@ QString found(const QString& text, const QString& expression)
 
 } // namespace
 
-class tst_DesktopFiles : public QObject
+class tst_DesktopFiles : public TestCase
 {
     Q_OBJECT
 

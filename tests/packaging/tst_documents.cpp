@@ -1,4 +1,5 @@
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -45,7 +46,7 @@ QStringList documents()
 
 } // namespace
 
-class tst_Documents : public QObject
+class tst_Documents : public TestCase
 {
     Q_OBJECT
 

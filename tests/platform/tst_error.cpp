@@ -1,10 +1,11 @@
 #include "platform/Error.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_Error : public QObject
+class tst_Error : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "platform/IntegerValue.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -6,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_IntegerValue : public QObject
+class tst_IntegerValue : public TestCase
 {
     Q_OBJECT
 

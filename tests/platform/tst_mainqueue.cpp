@@ -1,4 +1,5 @@
 #include "platform/MainQueue.h"
+#include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -6,7 +7,7 @@
 
 #include <thread>
 
-class tst_MainQueue : public QObject
+class tst_MainQueue : public TestCase
 {
     Q_OBJECT
 

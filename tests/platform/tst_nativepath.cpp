@@ -1,4 +1,5 @@
 #include "platform/NativePath.h"
+#include "tests/common/TestCase.h"
 
 #include <QRandomGenerator>
 #include <QTest>
@@ -6,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_NativePath : public QObject
+class tst_NativePath : public TestCase
 {
     Q_OBJECT
 

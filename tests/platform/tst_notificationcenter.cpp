@@ -1,11 +1,12 @@
 #include "platform/Error.h"
 #include "platform/NotificationCenter.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_NotificationCenter : public QObject
+class tst_NotificationCenter : public TestCase
 {
     Q_OBJECT
 

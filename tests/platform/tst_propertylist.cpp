@@ -1,4 +1,5 @@
 #include "platform/PropertyList.h"
+#include "tests/common/TestCase.h"
 
 #include <QDateTime>
 #include <QTest>
@@ -46,7 +47,7 @@ QVariantList nestedList(int depth)
 
 } // namespace
 
-class tst_PropertyList : public QObject
+class tst_PropertyList : public TestCase
 {
     Q_OBJECT
 

@@ -1,10 +1,11 @@
 #include "platform/TildePath.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_TildePath : public QObject
+class tst_TildePath : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "platform/UserDefaults.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -11,7 +12,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_UserDefaults : public QObject
+class tst_UserDefaults : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "platform/XmlDocument.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -19,7 +20,7 @@ QString firstText(const XmlNode& node, std::string_view path)
 
 } // namespace
 
-class tst_XmlDocument : public QObject
+class tst_XmlDocument : public TestCase
 {
     Q_OBJECT
 

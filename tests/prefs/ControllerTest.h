@@ -3,10 +3,10 @@
 #include "prefs/MVPreferencesController.h"
 #include "prefs/PaneContentView.h"
 #include "prefs/PaneToolbar.h"
+#include "tests/common/TestCase.h"
 #include "tests/prefs/RecordingPane.h"
 
 #include <QAction>
-#include <QRegularExpression>
 #include <QTest>
 #include <QToolButton>
 #include <QVariantAnimation>
@@ -14,7 +14,7 @@
 #include <memory>
 
 /// A preferences window of its own for each test, with as many recording panes as the test wants.
-class ControllerTest : public QObject
+class ControllerTest : public TestCase
 {
     Q_OBJECT
 
@@ -48,10 +48,6 @@ protected:
     std::unique_ptr<MVPreferencesController> m_controller;
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!.*(propagateSizeHints|does not support))")));
-    }
     void init() { m_controller = std::make_unique<MVPreferencesController>(); }
     void cleanup()
     {

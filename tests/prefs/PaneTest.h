@@ -5,8 +5,8 @@
 #include "prefs/settings/MVSettings.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QScrollArea>
 #include <QTemporaryDir>
 #include <QTest>
@@ -14,7 +14,7 @@
 #include <memory>
 
 /// Settings of its own for each test, as the program has them once it has started, and all that is logged.
-class PaneTest : public QObject
+class PaneTest : public TestCase
 {
     Q_OBJECT
 
@@ -67,10 +67,6 @@ protected:
     LogCapture m_log;
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!.*(propagateSizeHints|does not support))")));
-    }
     void init() { begin(); }
     void cleanup() { end(); }
 };

@@ -1,10 +1,11 @@
 #include "prefs/ElidedLabel.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_ElidedLabel final : public QObject
+class tst_ElidedLabel final : public TestCase
 {
     Q_OBJECT
 

@@ -1,9 +1,9 @@
 #include "prefs/ModeMenu.h"
+#include "tests/common/TestCase.h"
 
 #include <QAbstractItemView>
 #include <QElapsedTimer>
 #include <QLineEdit>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -15,7 +15,7 @@
 using namespace Qt::StringLiterals;
 
 /// A window with the menu, and another control that can take the keyboard.
-class tst_ModeMenu final : public QObject
+class tst_ModeMenu final : public TestCase
 {
     Q_OBJECT
 
@@ -49,8 +49,6 @@ private:
     }
 
 private Q_SLOTS:
-    void initTestCase() { QTest::failOnWarning(QRegularExpression(u"^(?!.*(propagateSizeHints|does not support))"_s)); }
-
     void init()
     {
         m_window = std::make_unique<QWidget>();

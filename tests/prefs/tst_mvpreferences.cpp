@@ -1,5 +1,6 @@
 #include "prefs/MVPreferences.h"
 #include "prefs/MVPreferencesController.h"
+#include "tests/common/TestCase.h"
 #include "tests/prefs/RecordingPane.h"
 
 #include <QMainWindow>
@@ -8,7 +9,7 @@
 using namespace Qt::StringLiterals;
 
 // One process, one window: the slots tell one story.
-class tst_MVPreferences final : public QObject
+class tst_MVPreferences final : public TestCase
 {
     Q_OBJECT
 

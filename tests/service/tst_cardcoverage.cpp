@@ -1,4 +1,5 @@
 #include "service/CardCoverage.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -31,7 +32,7 @@ QString coverageOf(const QString& text)
 
 } // namespace
 
-class TestCardCoverage : public QObject
+class TestCardCoverage : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "service/DeadlineLibrary.h"
 #include "tests/card/client/ChannelTestMain.h"
+#include "tests/common/TestCase.h"
 
 #include <QElapsedTimer>
 
@@ -137,7 +138,7 @@ QString answersOf(ReadingLibrary& library, Call only = Call::None)
 
 } // namespace
 
-class TestDeadlineLibrary : public QObject
+class TestDeadlineLibrary : public TestCase
 {
     Q_OBJECT
 

@@ -1,6 +1,7 @@
 #include "service/FundTable.h"
 #include "service/SiteFunds.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,7 +19,7 @@ QString labelOf(const FundTable& table, const QString& scheme, const QString& fu
 
 } // namespace
 
-class TestFundTable : public QObject
+class TestFundTable : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "service/LibraryChoice.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -57,7 +58,7 @@ struct Subject
 
 } // namespace
 
-class TestLibraryChoice : public QObject
+class TestLibraryChoice : public TestCase
 {
     Q_OBJECT
 

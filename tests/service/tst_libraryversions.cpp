@@ -1,5 +1,6 @@
 #include "service/LibraryVersions.h"
 #include "service/SimulatedReader.h"
+#include "tests/common/TestCase.h"
 
 #include <QHash>
 #include <QTest>
@@ -38,7 +39,7 @@ const QStringList versionPaths{u"apiLecVitale/version"_s, u"apiLecVitale/tableLi
 
 } // namespace
 
-class TestLibraryVersions : public QObject
+class TestLibraryVersions : public TestCase
 {
     Q_OBJECT
 

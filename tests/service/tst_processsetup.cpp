@@ -1,4 +1,5 @@
 #include "service/ProcessSetup.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -52,7 +53,7 @@ bool writesBeyondTheLimit()
 
 } // namespace
 
-class TestProcessSetup : public QObject
+class TestProcessSetup : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "service/ReaderNames.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -16,7 +17,7 @@ QStringList shownNames(const QList<QByteArray>& systemNames)
 
 } // namespace
 
-class TestReaderNames : public QObject
+class TestReaderNames : public TestCase
 {
     Q_OBJECT
 

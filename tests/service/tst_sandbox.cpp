@@ -1,4 +1,5 @@
 #include "service/Sandbox.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -162,7 +163,7 @@ Outcome outcomeOf(const Surroundings& around)
 
 } // namespace
 
-class TestSandbox : public QObject
+class TestSandbox : public TestCase
 {
     Q_OBJECT
 

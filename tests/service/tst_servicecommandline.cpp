@@ -1,4 +1,5 @@
 #include "service/ServiceCommandLine.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -25,7 +26,7 @@ QByteArray outcome(const QList<QByteArray>& arguments)
 
 } // namespace
 
-class TestServiceCommandLine : public QObject
+class TestServiceCommandLine : public TestCase
 {
     Q_OBJECT
 

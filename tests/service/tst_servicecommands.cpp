@@ -1,6 +1,7 @@
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
 #include "service/ServiceCommands.h"
+#include "tests/common/TestCase.h"
 
 #include <QCborArray>
 #include <QTest>
@@ -88,7 +89,7 @@ std::optional<QCborMap> readAfterBind(ServiceCommands subject)
 
 } // namespace
 
-class TestServiceCommands : public QObject
+class TestServiceCommands : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "card/wire/ServiceVocabulary.h"
 #include "service/ServiceLoop.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -104,7 +105,7 @@ QByteArray noReaders(qint64 number)
 
 } // namespace
 
-class TestServiceLoop : public QObject
+class TestServiceLoop : public TestCase
 {
     Q_OBJECT
 

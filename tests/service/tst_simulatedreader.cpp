@@ -1,5 +1,6 @@
 #include "service/SimulatedReader.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -23,7 +24,7 @@ qint64 resultOf(const QString& path)
 
 } // namespace
 
-class TestSimulatedReader : public QObject
+class TestSimulatedReader : public TestCase
 {
     Q_OBJECT
 

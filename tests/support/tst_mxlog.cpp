@@ -1,4 +1,5 @@
 #include "support/MXLog.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -47,7 +48,7 @@ std::vector<std::string> dumped(const QByteArray& bytes)
 
 } // namespace
 
-class tst_MXLog : public QObject
+class tst_MXLog : public TestCase
 {
     Q_OBJECT
 

@@ -2,6 +2,7 @@
 #include "support/MXLog.h"
 #include "support/MXUtils.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,7 +17,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_MXUtils : public QObject
+class tst_MXUtils : public TestCase
 {
     Q_OBJECT
 

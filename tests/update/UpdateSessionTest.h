@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/common/TestCase.h"
 #include "tests/update/FeedXml.h"
 #include "tests/update/SigningKey.h"
 #include "tests/update/UpdateServer.h"
@@ -20,7 +21,7 @@ inline constexpr auto packageType = "application/octet-stream";
 
 /// What the tests of searches and downloads share: a maker's server on loopback, over TLS, which publishes version 2.0
 /// anew for each test, and a configuration of version 1.0 that asks it.
-class UpdateSessionTest : public QObject
+class UpdateSessionTest : public TestCase
 {
     Q_OBJECT
 
@@ -113,7 +114,6 @@ private Q_SLOTS:
 
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
         m_server = std::make_unique<UpdateServer>(m_identity);
         publish(*m_server);
     }

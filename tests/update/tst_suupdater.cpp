@@ -1,4 +1,5 @@
 #include "platform/UserDefaults.h"
+#include "tests/common/TestCase.h"
 #include "tests/update/UpdateFixture.h"
 #include "update/SUUpdater.h"
 #include "update/UpdateWindow.h"
@@ -69,7 +70,7 @@ private:
     QList<QUrl> m_opened;
 };
 
-class tst_SUUpdater : public QObject
+class tst_SUUpdater : public TestCase
 {
     Q_OBJECT
 

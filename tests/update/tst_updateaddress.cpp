@@ -1,16 +1,15 @@
+#include "tests/common/TestCase.h"
 #include "update/UpdateAddress.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_UpdateAddress : public QObject
+class tst_UpdateAddress : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void feedsComeOverHttpsOrFromThisMachine_data()
     {
         QTest::addColumn<QString>("address");

@@ -1,5 +1,6 @@
 #include "platform/Bundle.h"
 #include "platform/PropertyList.h"
+#include "tests/common/TestCase.h"
 #include "update/UpdateConfiguration.h"
 
 #include <QFile>
@@ -8,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_UpdateConfiguration : public QObject
+class tst_UpdateConfiguration : public TestCase
 {
     Q_OBJECT
 
@@ -26,8 +27,6 @@ private:
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_folder.isValid()); }
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void theInformationDictionaryTellsAll()
     {
         const UpdateConfiguration configuration = configurationOf({{u"SUFeedURL"_s, u"https://a.example/feed.xml"_s},

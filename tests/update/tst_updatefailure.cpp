@@ -1,3 +1,4 @@
+#include "tests/common/TestCase.h"
 #include "update/UpdateFailure.h"
 
 #include <QSet>
@@ -5,7 +6,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_UpdateFailure : public QObject
+class tst_UpdateFailure : public TestCase
 {
     Q_OBJECT
 

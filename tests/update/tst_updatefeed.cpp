@@ -1,3 +1,4 @@
+#include "tests/common/TestCase.h"
 #include "tests/update/FeedXml.h"
 #include "update/UpdateFeed.h"
 
@@ -30,13 +31,11 @@ std::expected<UpdateChoice, UpdateFailure> choiceOf(const QList<FeedItem>& items
 
 } // namespace
 
-class tst_UpdateFeed : public QObject
+class tst_UpdateFeed : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void aNewerVersionIsAvailable()
     {
         const auto choice = choiceOf({{.shortVersion = "2.0 (été)",

@@ -1,3 +1,4 @@
+#include "tests/common/TestCase.h"
 #include "update/UpdateNotes.h"
 
 #include <QElapsedTimer>
@@ -5,13 +6,11 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_UpdateNotes : public QObject
+class tst_UpdateNotes : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void notesBecomePlainText_data()
     {
         QTest::addColumn<QString>("notes");

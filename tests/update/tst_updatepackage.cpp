@@ -1,5 +1,6 @@
 #include "platform/files/FailedWrites.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
 #include "update/UpdatePackage.h"
 
@@ -19,7 +20,7 @@ QStringList entriesOf(const QString& folder)
 
 } // namespace
 
-class tst_UpdatePackage : public QObject
+class tst_UpdatePackage : public TestCase
 {
     Q_OBJECT
 
@@ -28,7 +29,6 @@ private:
     QString m_folder = m_home.filePath(u"cache/updates"_s);
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
     void cleanup() { QVERIFY(QDir(m_folder).removeRecursively()); }
 
     void aPackageIsItsOwnersAlone()

@@ -1,3 +1,4 @@
+#include "tests/common/TestCase.h"
 #include "tests/update/SigningKey.h"
 #include "update/UpdateSignature.h"
 
@@ -7,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_UpdateSignature : public QObject
+class tst_UpdateSignature : public TestCase
 {
     Q_OBJECT
 
@@ -29,8 +30,6 @@ private:
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_folder.isValid()); }
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void theMakersSignatureIsAccepted()
     {
         QVERIFY(!faultOf("package", "package"));

@@ -1,3 +1,4 @@
+#include "tests/common/TestCase.h"
 #include "tests/update/UpdateFixture.h"
 #include "update/UpdateSession.h"
 #include "update/UpdateWindow.h"
@@ -48,7 +49,7 @@ bool reaches(UpdateSession& session, State state)
 
 } // namespace
 
-class tst_UpdateWindow : public QObject
+class tst_UpdateWindow : public TestCase
 {
     Q_OBJECT
 

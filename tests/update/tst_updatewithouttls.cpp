@@ -1,3 +1,4 @@
+#include "tests/common/TestCase.h"
 #include "update/UpdateSession.h"
 
 #include <QSslSocket>
@@ -6,7 +7,7 @@
 using namespace Qt::StringLiterals;
 
 /// Qt chooses how it encrypts once: a system that cannot is tried in a program of its own.
-class tst_UpdateWithoutTls : public QObject
+class tst_UpdateWithoutTls : public TestCase
 {
     Q_OBJECT
 

@@ -1,16 +1,15 @@
+#include "tests/common/TestCase.h"
 #include "update/VersionComparison.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_VersionComparison : public QObject
+class tst_VersionComparison : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     // Each row is older than the next one.
     void versionsAreOrderedAsPeopleReadThem()
     {

@@ -5,6 +5,7 @@
 #include "platform/Bundle.h"
 #include "platform/files/FailedWrites.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
 
 #include <QDir>
@@ -27,7 +28,7 @@ CardRecord recordOf(const QString& lastName, const QString& firstName)
 
 } // namespace
 
-class tst_AttestationFiles : public QObject
+class tst_AttestationFiles : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "app/cards/SaveFailure.h"
 #include "card/PelmoraError.h"
+#include "tests/common/TestCase.h"
 
 #include <QSet>
 #include <QTest>
@@ -21,7 +22,7 @@ SaveFailure writeFailure(WriteObstacle obstacle)
 
 } // namespace
 
-class tst_SaveFailure : public QObject
+class tst_SaveFailure : public TestCase
 {
     Q_OBJECT
 

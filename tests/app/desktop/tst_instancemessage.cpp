@@ -1,5 +1,6 @@
 #include "app/desktop/InstanceMessage.h"
 #include "platform/NativePath.h"
+#include "tests/common/TestCase.h"
 
 #include <QCborMap>
 #include <QDir>
@@ -12,13 +13,11 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_InstanceMessage : public QObject
+class tst_InstanceMessage : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void aCardArrivesAsItWasSent_data()
     {
         QTest::addColumn<QString>("path");

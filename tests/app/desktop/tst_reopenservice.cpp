@@ -1,19 +1,18 @@
 #include "app/desktop/ReopenService.h"
 #include "platform/NativePath.h"
+#include "tests/common/TestCase.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_ReopenService : public QObject
+class tst_ReopenService : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() { qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/absent/bus"); }
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void withoutABusItDoesNothing()
     {
         ReopenService service;

@@ -1,4 +1,5 @@
 #include "app/desktop/RuntimeFolder.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -33,7 +34,7 @@ QString folderIn(const QTemporaryDir& parent, mode_t mode)
 
 } // namespace
 
-class tst_RuntimeFolder : public QObject
+class tst_RuntimeFolder : public TestCase
 {
     Q_OBJECT
 

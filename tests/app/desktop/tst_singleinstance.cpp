@@ -1,6 +1,7 @@
 #include "app/desktop/RuntimeFolder.h"
 #include "app/desktop/SingleInstance.h"
 #include "app/models/CommandLine.h"
+#include "tests/common/TestCase.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -102,13 +103,11 @@ QString keyOf(const QStringList& arguments)
 
 } // namespace
 
-class tst_SingleInstance : public QObject
+class tst_SingleInstance : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void theFirstStartIsTheInstance()
     {
         const Folder folder;

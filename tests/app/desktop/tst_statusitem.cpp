@@ -1,5 +1,6 @@
 #include "app/desktop/StatusItem.h"
 #include "app/models/StatusMenu.h"
+#include "tests/common/TestCase.h"
 
 #include <QApplication>
 #include <QSignalSpy>
@@ -23,13 +24,11 @@ QMenu* statusMenu()
 
 } // namespace
 
-class tst_StatusItem : public QObject
+class tst_StatusItem : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void whereThereIsNoStatusBarTheItemOnlyWaits()
     {
         const StatusItem item({});

@@ -1,4 +1,5 @@
 #include "app/desktop/TerminationSignals.h"
+#include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
 #include <QEventLoopLocker>
@@ -21,7 +22,7 @@ Handler handlerOf(int number)
 
 } // namespace
 
-class tst_TerminationSignals : public QObject
+class tst_TerminationSignals : public TestCase
 {
     Q_OBJECT
 

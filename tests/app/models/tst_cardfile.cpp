@@ -2,6 +2,7 @@
 #include "card/CardKeys.h"
 #include "card/PelmoraError.h"
 #include "platform/NativePath.h"
+#include "tests/common/TestCase.h"
 
 #include <QFile>
 #include <QStringEncoder>
@@ -26,7 +27,7 @@ QString card(const QString& encoding)
 
 } // namespace
 
-class tst_CardFile : public QObject
+class tst_CardFile : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "app/models/CardSummary.h"
 #include "card/CardKeys.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -19,7 +20,7 @@ CardRecord card(const QString& lastName, const QString& firstName, const QString
 
 } // namespace
 
-class tst_CardSummary : public QObject
+class tst_CardSummary : public TestCase
 {
     Q_OBJECT
 

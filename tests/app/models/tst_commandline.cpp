@@ -1,4 +1,5 @@
 #include "app/models/CommandLine.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -13,7 +14,7 @@ std::expected<CommandLine, QString> parsed(const QStringList& arguments)
 
 } // namespace
 
-class tst_CommandLine : public QObject
+class tst_CommandLine : public TestCase
 {
     Q_OBJECT
 

@@ -7,6 +7,7 @@
 #include "prefs/settings/MVSettings.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -44,7 +45,7 @@ void saveXMLIfNeeded(const UserDefaults& settings, const std::optional<CardRecor
 
 } // namespace
 
-class tst_DebugCopy : public QObject
+class tst_DebugCopy : public TestCase
 {
     Q_OBJECT
 

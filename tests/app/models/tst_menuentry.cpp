@@ -1,10 +1,11 @@
 #include "app/models/MenuEntry.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_MenuEntry : public QObject
+class tst_MenuEntry : public TestCase
 {
     Q_OBJECT
 

@@ -1,15 +1,15 @@
 #include "app/models/OutsideFolders.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_OutsideFolders : public QObject
+class tst_OutsideFolders : public TestCase
 {
     Q_OBJECT
 
@@ -25,7 +25,6 @@ private:
 private Q_SLOTS:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
         m_home = std::make_unique<QTemporaryDir>();
         QVERIFY(m_home->isValid());
         qputenv("HOME", QFile::encodeName(m_home->path()));

@@ -1,4 +1,5 @@
 #include "app/models/PanelLine.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -15,7 +16,7 @@ const QString hint = u"Insérez une carte, puis appuyez sur Lire."_s;
 
 } // namespace
 
-class tst_PanelLine : public QObject
+class tst_PanelLine : public TestCase
 {
     Q_OBJECT
 

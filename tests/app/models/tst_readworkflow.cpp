@@ -2,6 +2,7 @@
 #include "prefs/settings/StandardPreferences.h"
 #include "tests/app/models/ReadingDesk.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/TestCase.h"
 
 #include <QDeadlineTimer>
 #include <QTest>
@@ -31,7 +32,7 @@ std::unique_ptr<ReadingDesk> boundDesk(const QStringList& behaviour = {})
 
 } // namespace
 
-class tst_ReadWorkflow : public QObject
+class tst_ReadWorkflow : public TestCase
 {
     Q_OBJECT
 
@@ -39,11 +40,7 @@ private:
     LogCapture m_log;
 
 private Q_SLOTS:
-    void init()
-    {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
-        m_log.clear();
-    }
+    void init() { m_log.clear(); }
 
     void aReadIsUnderWayFromItsRequestUntilItsOutcomeHasCome_data()
     {

@@ -1,5 +1,6 @@
 #include "tests/app/models/ReadingDesk.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -39,7 +40,7 @@ bool awaitOutcomes(const ReadingDesk& desk)
 } // namespace
 
 /// Reads that the user gives up.
-class tst_ReadWorkflowCancel : public QObject
+class tst_ReadWorkflowCancel : public TestCase
 {
     Q_OBJECT
 
@@ -52,8 +53,6 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void aCancelledReadEndsAtOnceWithoutAnError_data() { addKinds(); }
     void aCancelledReadEndsAtOnceWithoutAnError()
     {

@@ -1,6 +1,7 @@
 #include "app/models/CardReading.h"
 #include "tests/app/models/ReadingDesk.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -29,13 +30,11 @@ void bindFromElsewhere(const ReadingDesk& desk)
 
 } // namespace
 
-class tst_ReadWorkflowFaults : public QObject
+class tst_ReadWorkflowFaults : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void aServiceThatFailsInTheReadEndsItWithTheGeneralError_data()
     {
         QTest::addColumn<QString>("behaviour");

@@ -1,5 +1,6 @@
 #include "app/models/RecentAttestations.h"
 #include "platform/UserDefaults.h"
+#include "tests/common/TestCase.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -34,7 +35,7 @@ QStringList described(const std::vector<MenuEntry>& menu)
 
 } // namespace
 
-class tst_RecentAttestations : public QObject
+class tst_RecentAttestations : public TestCase
 {
     Q_OBJECT
 

@@ -1,10 +1,11 @@
 #include "app/models/StatusMenu.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_StatusMenu : public QObject
+class tst_StatusMenu : public TestCase
 {
     Q_OBJECT
 

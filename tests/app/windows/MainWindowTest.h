@@ -5,12 +5,12 @@
 #include "platform/Bundle.h"
 #include "support/views/MVSimpleOpaqueView.h"
 #include "support/views/MXButton.h"
+#include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QIcon>
 #include <QLabel>
-#include <QRegularExpression>
 #include <QTest>
 
 #include <array>
@@ -91,7 +91,7 @@ inline bool hasInk(const QImage& picture, const QRect& part)
 }
 
 /// A window of its own for each test, on the desktop's own font and colours.
-class MainWindowTest : public QObject
+class MainWindowTest : public TestCase
 {
     Q_OBJECT
 
@@ -113,7 +113,6 @@ protected:
 private Q_SLOTS:
     void initTestCase()
     {
-        QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!.*(propagateSizeHints|does not support))")));
         m_font = QApplication::font();
         m_palette = QApplication::palette();
     }

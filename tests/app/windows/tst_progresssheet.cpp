@@ -1,5 +1,6 @@
 #include "app/windows/ProgressIndicator.h"
 #include "app/windows/ProgressSheet.h"
+#include "tests/common/TestCase.h"
 
 #include <QAccessible>
 #include <QLabel>
@@ -16,13 +17,11 @@ constexpr auto lateEnough = 20ms;
 
 } // namespace
 
-class tst_ProgressSheet : public QObject
+class tst_ProgressSheet : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QTest::failOnWarning(QRegularExpression(u"^(?!.*(propagateSizeHints|does not support))"_s)); }
-
     void itIsAWindowModalSheetWithTheMessage()
     {
         QWidget window;

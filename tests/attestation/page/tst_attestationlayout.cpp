@@ -1,13 +1,14 @@
 #include "Fixtures.h"
 #include "InkItems.h"
 #include "attestation/page/AttestationLayout.h"
+#include "tests/common/TestCase.h"
 
 #include <QSvgRenderer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_AttestationLayout : public QObject
+class tst_AttestationLayout : public TestCase
 {
     Q_OBJECT
 

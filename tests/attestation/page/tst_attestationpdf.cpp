@@ -4,13 +4,14 @@
 #include "attestation/page/PageOfCard.h"
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
+#include "tests/common/TestCase.h"
 
 #include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_AttestationPdf : public QObject
+class tst_AttestationPdf : public TestCase
 {
     Q_OBJECT
 
@@ -55,8 +56,6 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void theDocumentIsOneA4Page_data()
     {
         QTest::addColumn<int>("count");

@@ -1,9 +1,9 @@
 #include "Fixtures.h"
 #include "Tools.h"
 #include "attestation/page/AttestationPdf.h"
+#include "tests/common/TestCase.h"
 
 #include <QRawFont>
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -222,7 +222,7 @@ constexpr int pixelsOfRule = 4;
 
 } // namespace
 
-class tst_AttestationReadback : public QObject
+class tst_AttestationReadback : public TestCase
 {
     Q_OBJECT
 
@@ -248,8 +248,6 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void everyTextIsWhereItBelongs_data() { addPages(); }
     void everyTextIsWhereItBelongs()
     {

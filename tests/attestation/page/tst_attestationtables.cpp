@@ -2,8 +2,8 @@
 #include "InkItems.h"
 #include "attestation/page/AttestationLayout.h"
 #include "attestation/page/AttestationTables.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -22,7 +22,7 @@ TableCell tableCell(const QString& data)
 
 } // namespace
 
-class tst_AttestationTables : public QObject
+class tst_AttestationTables : public TestCase
 {
     Q_OBJECT
 
@@ -52,8 +52,6 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void aColumnThatReachesTheEdgeIsTheLast()
     {
         QCOMPARE(tableRules({tableColumn(u"a"_s, 40), tableColumn(u"b"_s, 30), tableColumn(u"c"_s, 30)}),

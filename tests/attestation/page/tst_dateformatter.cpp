@@ -1,6 +1,6 @@
 #include "attestation/page/DateFormatter.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -25,13 +25,11 @@ QString written(const QString& dateFormat, QDate date)
 
 } // namespace
 
-class tst_DateFormatter : public QObject
+class tst_DateFormatter : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void aDateIsReadByThePattern_data()
     {
         QTest::addColumn<QString>("dateFormat");

@@ -1,17 +1,15 @@
 #include "attestation/page/FormatNSS.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_FormatNSS : public QObject
+class tst_FormatNSS : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void anAbsentNumberIsAnEmptyText()
     {
         QCOMPARE(formatNSS(std::nullopt), u""_s);

@@ -3,8 +3,8 @@
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 #include "support/MXLog.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -52,7 +52,7 @@ public:
 
 } // namespace
 
-class tst_MVNewAttestation : public QObject
+class tst_MVNewAttestation : public TestCase
 {
     Q_OBJECT
 
@@ -61,11 +61,7 @@ private:
     SchemeLogos m_logos{stagedBundle()};
 
 private Q_SLOTS:
-    void init()
-    {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
-        m_settings.setShowsRightLabel(false);
-    }
+    void init() { m_settings.setShowsRightLabel(false); }
 
     void aNewAttestationIsAnEmptyPage()
     {

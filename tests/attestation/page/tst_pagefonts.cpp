@@ -1,14 +1,14 @@
 #include "Fixtures.h"
+#include "tests/common/TestCase.h"
 
 #include <QFontInfo>
 #include <QFontMetricsF>
 #include <QRawFont>
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_PageFonts : public QObject
+class tst_PageFonts : public TestCase
 {
     Q_OBJECT
 
@@ -16,8 +16,6 @@ private:
     PageFonts m_fonts = pageFonts();
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void bothFacesAreTheProgramsOwn()
     {
         for (const PageFont& font : {m_fonts.systemFontOfSize(12), m_fonts.boldSystemFontOfSize(20)}) {

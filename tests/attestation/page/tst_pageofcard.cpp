@@ -2,8 +2,8 @@
 #include "attestation/page/PageOfCard.h"
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -34,7 +34,7 @@ CardRecord cardWith(const QList<std::pair<RecordKey, QString>>& texts)
 
 } // namespace
 
-class tst_PageOfCard : public QObject
+class tst_PageOfCard : public TestCase
 {
     Q_OBJECT
 
@@ -46,8 +46,6 @@ private:
     BeneficiaryLine lineOf(const BeneficiaryRecord& person) { return pageOf(cardOf({person})).lines.value(0); }
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void theTitleIsThereWhereTheOptionsAskForIt()
     {
         QVERIFY(pageOfCard(specimenCard(1), {.showRightLabel = true}, m_logos).showRightLabel);

@@ -1,8 +1,9 @@
 #include "attestation/page/PageOnSheet.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
-class tst_PageOnSheet : public QObject
+class tst_PageOnSheet : public TestCase
 {
     Q_OBJECT
 

@@ -1,10 +1,10 @@
 #include "Fixtures.h"
 #include "attestation/page/AttestationLayout.h"
 #include "attestation/page/PagePainter.h"
+#include "tests/common/TestCase.h"
 
 #include <QImage>
 #include <QPainter>
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -40,13 +40,11 @@ const InkFill whitePage{.rect = {0, 0, 100, 100}, .color = InkColor::White};
 
 } // namespace
 
-class tst_PagePainter : public QObject
+class tst_PagePainter : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void aFillCoversItsRectangle_data()
     {
         QTest::addColumn<int>("ink");

@@ -1,4 +1,5 @@
 #include "attestation/page/PrintInfo.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -28,7 +29,7 @@ QByteArray settingOf(const PrintJob& job, const QByteArray& name)
 
 } // namespace
 
-class tst_PrintInfo : public QObject
+class tst_PrintInfo : public TestCase
 {
     Q_OBJECT
 

@@ -2,6 +2,7 @@
 #include "attestation/page/SchemeLogos.h"
 #include "support/MXLog.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QFile>
 #include <QImage>
@@ -34,13 +35,11 @@ QImage drawn(QSvgRenderer& logo)
 
 } // namespace
 
-class tst_SchemeLogos : public QObject
+class tst_SchemeLogos : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void everySchemeHasALogoOfItsOwn()
     {
         SchemeLogos logos(stagedBundle());

@@ -1,12 +1,13 @@
 #include "Fixtures.h"
 #include "attestation/page/TextBreaking.h"
+#include "tests/common/TestCase.h"
 
 #include <QFontMetricsF>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_TextBreaking : public QObject
+class tst_TextBreaking : public TestCase
 {
     Q_OBJECT
 

@@ -7,6 +7,7 @@
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/attestation/page/Tools.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -55,7 +56,7 @@ private:
 } // namespace
 
 // No print server is there, but for some tests: the dialog offers a file alone.
-class tst_PrintDesk : public QObject
+class tst_PrintDesk : public TestCase
 {
     Q_OBJECT
 

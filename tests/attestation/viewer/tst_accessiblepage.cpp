@@ -6,6 +6,7 @@
 #include "card/CardKeys.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/attestation/page/Tools.h"
+#include "tests/common/TestCase.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -61,7 +62,7 @@ QRect placeIn(const QWidget& view, const QAccessibleInterface* element)
 
 } // namespace
 
-class tst_AccessiblePage : public QObject
+class tst_AccessiblePage : public TestCase
 {
     Q_OBJECT
 
@@ -89,7 +90,6 @@ private:
 private Q_SLOTS:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
         m_settings.setShowsRightLabel(false);
         m_attestation.setVitale(specimenCard(2));
         m_view = MVNewAttestationView::viewOf(m_attestation, m_fonts);

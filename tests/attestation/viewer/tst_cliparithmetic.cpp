@@ -1,4 +1,5 @@
 #include "attestation/viewer/ClipArithmetic.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -9,7 +10,7 @@ constexpr QSizeF needed{615, 862};
 
 } // namespace
 
-class tst_ClipArithmetic : public QObject
+class tst_ClipArithmetic : public TestCase
 {
     Q_OBJECT
 

@@ -7,13 +7,13 @@
 #include "attestation/viewer/MVScrollView.h"
 #include "card/CardKeys.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPrintDialog>
-#include <QRegularExpression>
 #include <QScreen>
 #include <QTemporaryDir>
 #include <QTest>
@@ -37,7 +37,7 @@ CardRecord cardOf(std::optional<QString> firstName, std::optional<QString> lastN
 
 } // namespace
 
-class tst_MVAttestationWindowController : public QObject
+class tst_MVAttestationWindowController : public TestCase
 {
     Q_OBJECT
 
@@ -72,7 +72,6 @@ private Q_SLOTS:
 
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u"^(?!.*does not support (propagateSizeHints|raise))"_s));
         m_viewer.reset();
         m_printDesk = std::make_unique<PrintDesk>(m_settings.store(), m_logos, m_fonts);
         m_viewer = std::make_unique<MVAttestationWindowController>(m_settings.store(), m_logos, m_fonts, *m_printDesk);

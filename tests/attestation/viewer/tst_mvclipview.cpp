@@ -1,10 +1,10 @@
 #include "attestation/viewer/DocumentView.h"
 #include "attestation/viewer/MVClipView.h"
 #include "attestation/viewer/ScrollView.h"
+#include "tests/common/TestCase.h"
 
 #include <QApplication>
 #include <QPainter>
-#include <QRegularExpression>
 #include <QScrollBar>
 #include <QTest>
 #include <QVBoxLayout>
@@ -54,13 +54,11 @@ private:
 
 } // namespace
 
-class tst_MVClipView : public QObject
+class tst_MVClipView : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void everyChangeOfFrameCentresThePage_data()
     {
         QTest::addColumn<int>("way");

@@ -4,11 +4,11 @@
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/viewer/MVNewAttestationView.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/TestCase.h"
 
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
-#include <QRegularExpression>
 #include <QSvgRenderer>
 #include <QTest>
 
@@ -73,7 +73,7 @@ private:
 
 } // namespace
 
-class tst_MVNewAttestationView : public QObject
+class tst_MVNewAttestationView : public TestCase
 {
     Q_OBJECT
 
@@ -83,8 +83,6 @@ private:
     PageFonts m_fonts = pageFonts();
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void theViewHasThePagesFrame()
     {
         const MVNewAttestation attestation(m_settings.store(), m_logos);

@@ -1,10 +1,10 @@
 #include "attestation/viewer/DocumentView.h"
 #include "attestation/viewer/MVClipView.h"
 #include "attestation/viewer/MVScrollView.h"
+#include "tests/common/TestCase.h"
 
 #include <QApplication>
 #include <QPainter>
-#include <QRegularExpression>
 #include <QScrollBar>
 #include <QTest>
 
@@ -46,13 +46,11 @@ public:
 
 } // namespace
 
-class tst_MVScrollView : public QObject
+class tst_MVScrollView : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void everyChangeOfFrameSetsTheScale_data()
     {
         QTest::addColumn<int>("way");

@@ -1,12 +1,13 @@
 #include "card/PelmoraError.h"
 #include "card/client/BindOutcome.h"
 #include "platform/NotificationCenter.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_BindOutcome : public QObject
+class tst_BindOutcome : public TestCase
 {
     Q_OBJECT
 

@@ -3,9 +3,9 @@
 #include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/ClientOutcome.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QFile>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -25,13 +25,11 @@ ClientPointer makeClient(const QStringList& arguments)
 } // namespace
 
 /// The client and the card service that is shipped, together.
-class TestCardServiceClient : public QObject
+class TestCardServiceClient : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void bindInformationsAndReadOfTheSpecimenCard();
     void theCardIsAbsentWhileItsFileIs();
     void aCardThatCannotBeReadIsAReadError();

@@ -1,6 +1,7 @@
 #include "card/client/LVitAccess.h"
 #include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/TestCase.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>
@@ -48,7 +49,7 @@ private:
 } // namespace
 
 /// The client and the card service that is shipped, when the system's readers hang.
-class TestCardServiceDeadline : public QObject
+class TestCardServiceDeadline : public TestCase
 {
     Q_OBJECT
 

@@ -1,12 +1,13 @@
 #include "card/client/LogLimit.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-class TestLogLimit : public QObject
+class TestLogLimit : public TestCase
 {
     Q_OBJECT
 

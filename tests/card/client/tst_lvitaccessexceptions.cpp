@@ -1,4 +1,5 @@
 #include "tests/card/client/ClientTest.h"
+#include "tests/common/TestCase.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -50,13 +51,11 @@ void operator delete(void* memory, std::size_t) noexcept
 }
 
 /// The client when reading a document throws: it has no memory for it.
-class TestLVitAccessExceptions : public QObject
+class TestLVitAccessExceptions : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void informationsThatThrowAreTheGeneralErrorAndLeaveNone()
     {
         const FakeService fake;

@@ -1,17 +1,16 @@
 #include "card/client/BindOutcome.h"
 #include "tests/card/client/ClientTest.h"
+#include "tests/common/TestCase.h"
 
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
 using namespace ClientTest;
 
-class TestLVitAccessFailures : public QObject
+class TestLVitAccessFailures : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void withoutAConnectionEveryCommandFails_data();
     void withoutAConnectionEveryCommandFails();
     void aBrokenReplyIsTheGeneralError_data();

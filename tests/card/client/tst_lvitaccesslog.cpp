@@ -3,6 +3,7 @@
 #include "tests/card/client/ClientOutcome.h"
 #include "tests/card/client/FakeService.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/TestCase.h"
 
 #include <QRegularExpression>
 #include <QtTest>
@@ -11,7 +12,7 @@ using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
 
 /// What the client writes to the log.
-class TestLVitAccessLog : public QObject
+class TestLVitAccessLog : public TestCase
 {
     Q_OBJECT
 

@@ -1,17 +1,16 @@
 #include "tests/card/client/ClientTest.h"
+#include "tests/common/TestCase.h"
 
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
 using namespace ClientTest;
 using namespace std::chrono_literals;
 
-class TestLVitAccessRead : public QObject
+class TestLVitAccessRead : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void informationsAreReadByTheirPaths_data();
     void informationsAreReadByTheirPaths();
     void informationsAreAbsentFromInitUntilObtained();

@@ -1,11 +1,12 @@
 #include "card/client/MessageLogText.h"
+#include "tests/common/TestCase.h"
 
 #include <QCborArray>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
 
-class TestMessageLogText : public QObject
+class TestMessageLogText : public TestCase
 {
     Q_OBJECT
 

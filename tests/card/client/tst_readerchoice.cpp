@@ -1,12 +1,13 @@
 #include "card/PelmoraError.h"
 #include "card/client/CardServiceKeys.h"
 #include "card/client/ReaderChoice.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_ReaderChoice : public QObject
+class tst_ReaderChoice : public TestCase
 {
     Q_OBJECT
 

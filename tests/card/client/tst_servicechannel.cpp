@@ -1,4 +1,5 @@
 #include "tests/card/client/ChannelTest.h"
+#include "tests/common/TestCase.h"
 
 #include <algorithm>
 #include <csignal>
@@ -9,16 +10,12 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ChannelTest;
 
-class TestServiceChannel : public QObject
+class TestServiceChannel : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
-        m_log.clear();
-    }
+    void init() { m_log.clear(); }
 
     void byDefaultAReplyMayTakeAMinuteAndLeavingTwoSeconds();
     void aRequestGetsItsReply();

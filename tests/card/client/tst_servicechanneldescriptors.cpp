@@ -1,6 +1,7 @@
 #include "card/client/LVitAccess.h"
 #include "tests/card/client/ChannelTest.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/TestCase.h"
 
 #include <cerrno>
 
@@ -63,13 +64,11 @@ int openError(ServiceChannel& channel)
 } // namespace
 
 /// The channel where the process may have no more descriptors.
-class TestServiceChannelDescriptors : public QObject
+class TestServiceChannelDescriptors : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void whicheverDescriptorIsRefusedNothingIsLeftBehind()
     {
         const FakeService fake;

@@ -1,19 +1,16 @@
 #include "tests/card/client/ChannelTest.h"
+#include "tests/common/TestCase.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ChannelTest;
 
-class TestServiceChannelLife : public QObject
+class TestServiceChannelLife : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
-        m_log.clear();
-    }
+    void init() { m_log.clear(); }
 
     void closingAnswersWhatWaitsAndTellsNoEvent();
     void requestsWithoutAConnectionAreAnsweredAtOnce();

@@ -1,4 +1,5 @@
 #include "tests/card/client/ChannelTest.h"
+#include "tests/common/TestCase.h"
 
 #include <csignal>
 
@@ -8,16 +9,12 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ChannelTest;
 
-class TestServiceChannelProcesses : public QObject
+class TestServiceChannelProcesses : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        QTest::failOnWarning(QRegularExpression(u"."_s));
-        m_log.clear();
-    }
+    void init() { m_log.clear(); }
 
     void aServiceLeavesWhenItsInputEnds();
     void closingDoesNotWaitForAServiceThatStaysAndThatIsKilled();

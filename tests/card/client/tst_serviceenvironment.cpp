@@ -1,4 +1,5 @@
 #include "card/client/ServiceProcess.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -46,7 +47,7 @@ Variables environmentOfAService()
 
 } // namespace
 
-class TestServiceEnvironment : public QObject
+class TestServiceEnvironment : public TestCase
 {
     Q_OBJECT
 

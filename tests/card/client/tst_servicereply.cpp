@@ -1,11 +1,12 @@
 #include "card/PelmoraError.h"
 #include "card/client/ServiceReply.h"
+#include "tests/common/TestCase.h"
 
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
 
-class TestServiceReply : public QObject
+class TestServiceReply : public TestCase
 {
     Q_OBJECT
 

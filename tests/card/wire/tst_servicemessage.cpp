@@ -1,5 +1,6 @@
 #include "card/wire/ServiceMessage.h"
 #include "tests/card/client/ChannelTestMain.h"
+#include "tests/common/TestCase.h"
 
 #include <QCborArray>
 #include <QElapsedTimer>
@@ -58,7 +59,7 @@ QByteArray messageWithText(qsizetype textSize, qsizetype missing = 0)
 
 } // namespace
 
-class TestServiceMessage : public QObject
+class TestServiceMessage : public TestCase
 {
     Q_OBJECT
 

@@ -1,6 +1,7 @@
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
 #include "tests/card/client/ChannelTestMain.h"
+#include "tests/common/TestCase.h"
 
 #include <QCborArray>
 #include <QFile>
@@ -69,7 +70,7 @@ qint64 memory(QByteArrayView line)
 } // namespace
 
 /// What the client accepts of a card service before it decodes it.
-class TestServiceMessageShape : public QObject
+class TestServiceMessageShape : public TestCase
 {
     Q_OBJECT
 

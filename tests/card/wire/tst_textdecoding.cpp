@@ -1,10 +1,11 @@
 #include "card/wire/TextDecoding.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class TestTextDecoding : public QObject
+class TestTextDecoding : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "card/wire/XmlBytes.h"
+#include "tests/common/TestCase.h"
 
 #include <QStringEncoder>
 #include <QTest>
@@ -17,7 +18,7 @@ const QString sample = u"<n>Zoé Œdipe €</n>"_s;
 
 } // namespace
 
-class TestXmlBytes : public QObject
+class TestXmlBytes : public TestCase
 {
     Q_OBJECT
 

@@ -1,10 +1,11 @@
 #include "platform/files/FileName.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_FileName : public QObject
+class tst_FileName : public TestCase
 {
     Q_OBJECT
 

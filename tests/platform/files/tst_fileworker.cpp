@@ -1,4 +1,5 @@
 #include "platform/files/FileWorker.h"
+#include "tests/common/TestCase.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -20,7 +21,7 @@ FileWorker::Work nothing()
 
 } // namespace
 
-class tst_FileWorker : public QObject
+class tst_FileWorker : public TestCase
 {
     Q_OBJECT
 

@@ -2,6 +2,7 @@
 #include "platform/files/FailedWrites.h"
 #include "platform/files/PrivateFile.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
 
 #include <QDir>
@@ -33,7 +34,7 @@ QStringList entries(const QString& folder)
 
 } // namespace
 
-class tst_PrivateFile : public QObject
+class tst_PrivateFile : public TestCase
 {
     Q_OBJECT
 

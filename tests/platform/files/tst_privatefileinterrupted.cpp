@@ -1,4 +1,5 @@
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 #include "tests/support/move/KilledAtCall.h"
 
 #include <QDir>
@@ -45,7 +46,7 @@ QStringList callsOf(const QString& names, const QStringList& command)
 } // namespace
 
 // A writer that is killed at each of its system calls.
-class tst_PrivateFileInterrupted : public QObject
+class tst_PrivateFileInterrupted : public TestCase
 {
     Q_OBJECT
 

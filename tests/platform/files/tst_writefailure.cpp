@@ -1,4 +1,5 @@
 #include "platform/files/WriteFailure.h"
+#include "tests/common/TestCase.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -16,7 +17,7 @@ std::filesystem::path pathOf(const QString& path)
 
 } // namespace
 
-class tst_WriteFailure : public QObject
+class tst_WriteFailure : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "platform/gui/AlertQueue.h"
+#include "tests/common/TestCase.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -15,7 +16,7 @@ const Error noText(u"Pelmora"_s, -10);
 
 } // namespace
 
-class tst_AlertQueue : public QObject
+class tst_AlertQueue : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "platform/gui/QuestionAlert.h"
+#include "tests/common/TestCase.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -49,7 +50,7 @@ void pressEscape(QMessageBox& box)
 
 } // namespace
 
-class tst_QuestionAlert : public QObject
+class tst_QuestionAlert : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "platform/gui/SavingSheet.h"
+#include "tests/common/TestCase.h"
 
 #include <QLabel>
 #include <QTest>
@@ -8,7 +9,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-class tst_SavingSheet : public QObject
+class tst_SavingSheet : public TestCase
 {
     Q_OBJECT
 

@@ -1,11 +1,12 @@
 #include "platform/gui/WindowActivation.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 #include <QWidget>
 
 using namespace Qt::StringLiterals;
 
-class tst_WindowActivation : public QObject
+class tst_WindowActivation : public TestCase
 {
     Q_OBJECT
 

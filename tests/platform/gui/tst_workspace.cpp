@@ -1,4 +1,5 @@
 #include "platform/gui/Workspace.h"
+#include "tests/common/TestCase.h"
 
 #include <QDesktopServices>
 #include <QTest>
@@ -30,7 +31,7 @@ public Q_SLOTS:
     void take(const QUrl& url) { taken.append(url); }
 };
 
-class tst_Workspace : public QObject
+class tst_Workspace : public TestCase
 {
     Q_OBJECT
 

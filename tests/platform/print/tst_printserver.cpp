@@ -1,4 +1,5 @@
 #include "platform/print/PrintServer.h"
+#include "tests/common/TestCase.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -31,7 +32,7 @@ auto onNewThread(const Work& work)
 } // namespace
 
 // What a server that answers is asked is tested with a real one, where whole programs are.
-class tst_PrintServer : public QObject
+class tst_PrintServer : public TestCase
 {
     Q_OBJECT
 

@@ -2,6 +2,7 @@
 #include "prefs/settings/MVSettings.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,7 +11,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_MVSettings : public QObject
+class tst_MVSettings : public TestCase
 {
     Q_OBJECT
 

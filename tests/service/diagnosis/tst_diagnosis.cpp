@@ -1,4 +1,5 @@
 #include "service/diagnosis/Diagnosis.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -47,7 +48,7 @@ QString withLine(const Diagnosis& diagnosis, const QString& line)
 
 } // namespace
 
-class TestDiagnosis : public QObject
+class TestDiagnosis : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "service/embedded/CardChannel.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/ScriptedTransport.h"
 
 #include <QTest>
@@ -35,7 +36,7 @@ Exchange exchangeWith(const Answers& answers, const QByteArray& command = readBl
 
 } // namespace
 
-class TestCardChannel : public QObject
+class TestCardChannel : public TestCase
 {
     Q_OBJECT
 

@@ -1,3 +1,4 @@
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/PersonsCard.h"
 
 #include <QTest>
@@ -5,7 +6,7 @@
 using namespace Qt::StringLiterals;
 
 // Damaged cards, each with the reason that the log is given.
-class TestCardDamage : public QObject
+class TestCardDamage : public TestCase
 {
     Q_OBJECT
 

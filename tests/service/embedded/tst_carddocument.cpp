@@ -1,12 +1,13 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/PersonsCard.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class TestCardDocument : public QObject
+class TestCardDocument : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "service/embedded/CardFileList.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/CardBytes.h"
 
 #include <QTest>
@@ -78,7 +79,7 @@ QString pointed(const QByteArray& bytes)
 
 } // namespace
 
-class TestCardFileList : public QObject
+class TestCardFileList : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "service/embedded/CardFiles.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/ScriptedTransport.h"
 
 #include <QTest>
@@ -40,7 +41,7 @@ QByteArray answer(const QByteArray& data, const char* status = "9000")
 
 } // namespace
 
-class TestCardFiles : public QObject
+class TestCardFiles : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "service/embedded/CardForms.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -21,7 +22,7 @@ QString damaged()
 
 } // namespace
 
-class TestCardForms : public QObject
+class TestCardForms : public TestCase
 {
     Q_OBJECT
 

@@ -1,6 +1,7 @@
 #include "card/CardKeys.h"
 #include "service/embedded/CardElements.h"
 #include "service/embedded/CardMap.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/MapJson.h"
 
 #include <QTest>
@@ -130,7 +131,7 @@ QList<Refusal> refusalsOfContent()
 
 } // namespace
 
-class TestCardMap : public QObject
+class TestCardMap : public TestCase
 {
     Q_OBJECT
 

@@ -1,6 +1,7 @@
 #include "service/embedded/CardDocument.h"
 #include "service/embedded/CardElements.h"
 #include "service/embedded/CardFileList.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/CardBytes.h"
 #include "tests/service/embedded/MapJson.h"
 
@@ -78,7 +79,7 @@ CardContent exampleCard(const CardMap& map)
 
 } // namespace
 
-class TestCardMapDoc : public QObject
+class TestCardMapDoc : public TestCase
 {
     Q_OBJECT
 

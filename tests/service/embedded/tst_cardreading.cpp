@@ -1,5 +1,6 @@
 #include "service/embedded/CardDocument.h"
 #include "service/embedded/CardReading.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/FileCard.h"
 #include "tests/service/embedded/SmallCard.h"
 
@@ -140,7 +141,7 @@ FileCard::Event swappedAt(int number, const CardContent& other)
 
 } // namespace
 
-class TestCardReading : public QObject
+class TestCardReading : public TestCase
 {
     Q_OBJECT
 

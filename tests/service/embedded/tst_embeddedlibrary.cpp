@@ -1,5 +1,6 @@
 #include "service/embedded/CardDocument.h"
 #include "service/embedded/EmbeddedLibrary.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/FileCard.h"
 #include "tests/service/embedded/SmallCard.h"
 
@@ -116,7 +117,7 @@ Card wholeCard()
 
 } // namespace
 
-class TestEmbeddedLibrary : public QObject
+class TestEmbeddedLibrary : public TestCase
 {
     Q_OBJECT
 

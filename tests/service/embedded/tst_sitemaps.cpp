@@ -1,5 +1,6 @@
 #include "service/embedded/SiteMaps.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/MapJson.h"
 
 #include <QDir>
@@ -28,7 +29,7 @@ QStringList namesOf(const SiteMaps& site)
 
 } // namespace
 
-class TestSiteMaps : public QObject
+class TestSiteMaps : public TestCase
 {
     Q_OBJECT
 

@@ -5,12 +5,12 @@
 #include "service/embedded/Tlv.h"
 #include "tests/card/CardXml.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/CardBytes.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -104,13 +104,11 @@ QString largeFamily()
 
 } // namespace
 
-class TestSpecimenLayout : public QObject
+class TestSpecimenLayout : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
-
     void theSpecimensFilesGiveItsRecord()
     {
         const QByteArray xml = contentOf(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));

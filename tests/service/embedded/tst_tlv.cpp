@@ -1,4 +1,5 @@
 #include "service/embedded/Tlv.h"
+#include "tests/common/TestCase.h"
 #include "tests/service/embedded/CardBytes.h"
 
 #include <QTest>
@@ -52,7 +53,7 @@ QString valuesAt(const QByteArray& bytes, const std::vector<quint32>& path)
 
 } // namespace
 
-class TestTlv : public QObject
+class TestTlv : public TestCase
 {
     Q_OBJECT
 

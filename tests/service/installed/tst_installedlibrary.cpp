@@ -1,4 +1,5 @@
 #include "service/installed/InstalledLibrary.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -89,7 +90,7 @@ QString cardOrResult(const std::expected<QString, ReadResult>& read)
 
 } // namespace
 
-class TestInstalledLibrary : public QObject
+class TestInstalledLibrary : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "service/installed/SystemFile.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -62,7 +63,7 @@ const QStringList levels{u"usr"_s, u"usr/lib"_s, u"usr/lib/library.so"_s};
 
 } // namespace
 
-class TestSystemFile : public QObject
+class TestSystemFile : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "service/pcsc/CardFault.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -10,7 +11,7 @@ constexpr int lastFault = static_cast<int>(CardFault::Unexpected);
 
 } // namespace
 
-class TestCardFault : public QObject
+class TestCardFault : public TestCase
 {
     Q_OBJECT
 

@@ -2,6 +2,7 @@
 #include "card/wire/ServiceVocabulary.h"
 #include "platform/FileDescriptor.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QCborArray>
 #include <QDir>
@@ -119,7 +120,7 @@ Run runWith(const QStringList& arguments)
 
 } // namespace
 
-class TestCardService : public QObject
+class TestCardService : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "support/move/Administrator.h"
+#include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -47,7 +48,7 @@ constexpr const char* granted = "exec \"$@\"\n";
 
 } // namespace
 
-class tst_Administrator : public QObject
+class tst_Administrator : public TestCase
 {
     Q_OBJECT
 

@@ -1,19 +1,17 @@
 #include "MoveScene.h"
 #include "support/move/BundleMover.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace MoveScene;
 
-class tst_BundleMover : public QObject
+class tst_BundleMover : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void aDestinationThatIsFreeIsFilled();
     void anOldDestinationGoesToTheTrashFirst();
     void aRunningDestinationIsOpenedInstead_data();

@@ -1,7 +1,8 @@
-#include "tests/platform/FileSizeLimit.h"
 #include "FolderTree.h"
 #include "platform/files/FailedWrites.h"
 #include "support/move/FolderCopy.h"
+#include "tests/common/TestCase.h"
+#include "tests/platform/FileSizeLimit.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -17,7 +18,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_FolderCopy : public QObject
+class tst_FolderCopy : public TestCase
 {
     Q_OBJECT
 

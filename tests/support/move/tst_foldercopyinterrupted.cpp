@@ -1,6 +1,7 @@
 #include "FolderTree.h"
 #include "KilledAtCall.h"
 #include "support/move/FolderCopy.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,7 +17,7 @@ const QString worker = QStringLiteral(PELMORA_FOLDER_WORKER);
 
 } // namespace
 
-class tst_FolderCopyInterrupted : public QObject
+class tst_FolderCopyInterrupted : public TestCase
 {
     Q_OBJECT
 

@@ -1,10 +1,11 @@
 #include "support/move/FormatText.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_FormatText : public QObject
+class tst_FormatText : public TestCase
 {
     Q_OBJECT
 

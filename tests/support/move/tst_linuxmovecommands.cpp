@@ -1,5 +1,6 @@
 #include "support/move/LinuxMoveCommands.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -35,7 +36,7 @@ bool makeBundle(const QString& path)
 
 } // namespace
 
-class tst_LinuxMoveCommands : public QObject
+class tst_LinuxMoveCommands : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "support/move/LinuxMoveOperations.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,7 +12,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_LinuxMoveOperations : public QObject
+class tst_LinuxMoveOperations : public TestCase
 {
     Q_OBJECT
 

@@ -1,6 +1,7 @@
 #include "platform/PropertyList.h"
 #include "support/move/MountedImages.h"
 #include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -32,7 +33,7 @@ QStringList devicesOf(const MountedImages& images)
 
 } // namespace
 
-class tst_MountedImages : public QObject
+class tst_MountedImages : public TestCase
 {
     Q_OBJECT
 

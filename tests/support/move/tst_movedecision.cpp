@@ -1,18 +1,16 @@
 #include "MoveScene.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace MoveScene;
 
-class tst_MoveDecision : public QObject
+class tst_MoveDecision : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void onlyTheDeviceOfAnImageCounts_data();
     void onlyTheDeviceOfAnImageCounts();
     void aVolumeThatCannotBeToldIsNoImage();

@@ -2,6 +2,7 @@
 #include "platform/UserDefaults.h"
 #include "support/move/LinuxMoveOperations.h"
 #include "support/move/MoveToApplications.h"
+#include "tests/common/TestCase.h"
 #include "tests/support/move/FolderTree.h"
 #include "tests/support/move/KilledAtCall.h"
 
@@ -121,7 +122,7 @@ End moveUntil(int fatalOperation, const MoveSurroundings& surroundings, bool isL
 
 } // namespace
 
-class tst_MoveInterrupted : public QObject
+class tst_MoveInterrupted : public TestCase
 {
     Q_OBJECT
 

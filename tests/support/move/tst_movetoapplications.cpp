@@ -2,20 +2,18 @@
 #include "platform/Bundle.h"
 #include "support/move/MountedImages.h"
 #include "support/move/MoveTexts.h"
+#include "tests/common/TestCase.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace MoveScene;
 
-class tst_MoveToApplications : public QObject
+class tst_MoveToApplications : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
-
     void aSuppressedQuestionStopsAtOnce();
     void aCopyInAnApplicationsFolderIsNotAsked_data();
     void aCopyInAnApplicationsFolderIsNotAsked();

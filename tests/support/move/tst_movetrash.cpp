@@ -1,5 +1,6 @@
 #include "RecordedMove.h"
 #include "support/move/MoveTrash.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -13,7 +14,7 @@ const QString recycle = u"recycle | Pelmora.app | /home/anne/L'été \"2\""_s;
 
 } // namespace
 
-class tst_MoveTrash : public QObject
+class tst_MoveTrash : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "support/move/MoveCommands.h"
 #include "support/move/PortableBundle.h"
+#include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -9,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_PortableBundle : public QObject
+class tst_PortableBundle : public TestCase
 {
     Q_OBJECT
 

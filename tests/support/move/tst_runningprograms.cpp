@@ -1,4 +1,5 @@
 #include "support/move/RunningPrograms.h"
+#include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -29,7 +30,7 @@ bool writeCommandLine(const QString& process, const QByteArray& content)
 
 } // namespace
 
-class tst_RunningPrograms : public QObject
+class tst_RunningPrograms : public TestCase
 {
     Q_OBJECT
 

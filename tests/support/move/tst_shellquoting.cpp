@@ -1,11 +1,12 @@
 #include "support/move/ShellQuoting.h"
+#include "tests/common/TestCase.h"
 
 #include <QProcess>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-class tst_ShellQuoting : public QObject
+class tst_ShellQuoting : public TestCase
 {
     Q_OBJECT
 

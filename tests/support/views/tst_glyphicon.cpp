@@ -1,5 +1,6 @@
 #include "support/MXLog.h"
 #include "support/views/GlyphIcon.h"
+#include "tests/common/TestCase.h"
 
 #include <QFile>
 #include <QPainter>
@@ -25,7 +26,7 @@ QImage drawn(const QIcon& icon, const QColor& pen, int side)
 
 } // namespace
 
-class tst_GlyphIcon : public QObject
+class tst_GlyphIcon : public TestCase
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "support/views/MVSimpleOpaqueView.h"
+#include "tests/common/TestCase.h"
 #include "tests/support/views/PaintRecord.h"
 
 #include <QPainter>
@@ -20,7 +21,7 @@ QImage drawn(MVSimpleOpaqueView& view, const QRect& part)
 
 } // namespace
 
-class tst_MVSimpleOpaqueView : public QObject
+class tst_MVSimpleOpaqueView : public TestCase
 {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "support/views/MXButton.h"
 #include "support/views/ReadableInk.h"
+#include "tests/common/TestCase.h"
 #include "tests/support/views/PaintRecord.h"
 
 #include <QPainter>
@@ -64,13 +65,11 @@ int differingPixels(const QImage& one, const QImage& other)
 
 } // namespace
 
-class tst_MXButton : public QObject
+class tst_MXButton : public TestCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QTest::failOnWarning(QRegularExpression(u"^(?!.*propagateSizeHints)"_s)); }
-
     void theImageLiesEightPointsBelowThePlatformsPlace()
     {
         const auto button = tile(green);

@@ -1,0 +1,42 @@
+#include "tests/common/TestCase.h"
+
+#include <QProcess>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_TestCase : public TestCase
+{
+    Q_OBJECT
+
+private:
+    // How many of the program's tests fail.
+    static int failures(const QStringList& tests)
+    {
+        QProcess program;
+        program.start(QStringLiteral(PELMORA_UNANNOUNCED_MESSAGES), tests);
+        return program.waitForFinished() && program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
+    }
+
+private Q_SLOTS:
+    void aTestFailsOnAMessageThatItHasNotAnnounced_data()
+    {
+        QTest::addColumn<int>("failed");
+        QTest::newRow("aDebugMessage") << 0;
+        QTest::newRow("aWarning") << 1;
+        QTest::newRow("aCriticalMessage") << 1;
+        QTest::newRow("aMessageOfThePlatformWithoutADisplay") << 0;
+        QTest::newRow("announcedMessages") << 0;
+        QTest::newRow("aWarningAfterAnAnnouncedOne") << 1;
+    }
+
+    void aTestFailsOnAMessageThatItHasNotAnnounced()
+    {
+        QTEST(failures({QString::fromLatin1(QTest::currentDataTag())}), "failed");
+    }
+
+    void eachTestOfAClassIsWatched() { QCOMPARE(failures({}), 3); }
+};
+
+QTEST_GUILESS_MAIN(tst_TestCase)
+#include "tst_testcase.moc"

@@ -1,0 +1,35 @@
+// unannounced-messages [TEST]: a test program whose tests send messages that they have announced, or not.
+#include "tests/common/TestCase.h"
+
+#include <QTest>
+
+class UnannouncedMessages : public TestCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // A class has these of its own, and is watched all the same.
+    void initTestCase() {}
+    void init() {}
+
+    void aDebugMessage() { qDebug("debug"); }
+    void aWarning() { qWarning("warning"); }
+    void aCriticalMessage() { qCritical("critical"); }
+    void aMessageOfThePlatformWithoutADisplay() { qWarning("This plugin does not support raise()"); }
+    void announcedMessages()
+    {
+        QTest::ignoreMessage(QtWarningMsg, "warning");
+        QTest::ignoreMessage(QtWarningMsg, "critical");
+        qWarning("warning");
+        qCritical("critical");
+    }
+    void aWarningAfterAnAnnouncedOne()
+    {
+        QTest::ignoreMessage(QtWarningMsg, "warning");
+        qWarning("warning");
+        qWarning("warning");
+    }
+};
+
+QTEST_GUILESS_MAIN(UnannouncedMessages)
+#include "unannounced-messages.moc"
