@@ -1,33 +1,29 @@
 #include "app/AppDelegate.h"
 
-#include "app/desktop/StatusItem.h"
+#include "app/PreferencePanes.h"
+#include "app/WindowRequests.h"
+#include "app/models/CardFile.h"
+#include "app/models/CardSummary.h"
 #include "app/models/OutsideFolders.h"
-#include "app/windows/MainWindow.h"
+#include "app/models/StatusMenu.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
-#include "card/client/BindOutcome.h"
-#include "card/client/CardServiceKeys.h"
 #include "card/client/LVitAccess.h"
-#include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
-#include "platform/files/FileWorker.h"
-#include "platform/gui/SavingSheet.h"
-#include "platform/gui/WindowActivation.h"
-#include "prefs/LVitAccessPrefs.h"
-#include "prefs/MVAttestationPrefs.h"
-#include "prefs/MVConfigPrefs.h"
 #include "prefs/MVPreferences.h"
-#include "prefs/MVUpdatePrefs.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "support/MXLog.h"
 #include "support/move/MoveAtLaunch.h"
 #include "update/SUUpdater.h"
 
-#include <QFileDialog>
+#include <QAction>
+#include <QDateTime>
 #include <QGuiApplication>
+#include <QLabel>
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using Occupied = CardOccupation::By;
 
 namespace {
 
@@ -41,26 +37,38 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     , m_logos(surroundings.logos)
     , m_fonts(surroundings.fonts)
     , m_window(surroundings.window)
-    , m_alerts(&surroundings.window)
     , m_lvit(std::move(client))
     , m_reading(m_lvit, m_settings, *this)
     , m_printDesk(m_settings, m_logos, m_fonts)
+    , m_occupation(m_reading, m_printDesk)
+    , m_front(m_window, m_printDesk)
+    , m_writing(m_window)
+    , m_desktop(m_bundle, m_front)
+    , m_saving({m_settings, m_logos, m_fonts, m_front, m_writing})
+    , m_statusItem(m_settings, m_bundle)
     , m_recents(m_settings)
+    , m_recentsMenu(m_recents, m_window)
 {
     m_printDesk.setPermission([this] { return permitPrint(); });
-    connect(&FileWorker::shared(), &FileWorker::ended, this, &AppDelegate::writingHasEnded);
+    // What the window said was about what has been written.
+    connect(&m_writing, &WritingDesk::ended, this, [this] { m_window.setNotice(QString()); });
+    connect(&m_statusItem, &StatusItemKeeper::executeAction, this, &AppDelegate::executeAction);
+    connect(&m_statusItem, &StatusItemKeeper::showRequested, this, &AppDelegate::showMainWindow);
+    connect(&m_statusItem, &StatusItemKeeper::lost, this, [this] { m_front.bringBack(); });
+    connect(&m_saving, &AttestationSaving::saved, &m_recentsMenu, &RecentsMenu::add);
+    connect(&m_fileChoice, &CardFileChoice::chosen, this, [this](const QString& path) { loadXMLFile(path); });
+    connect(&m_recentsMenu, &RecentsMenu::openRequested, this, &AppDelegate::openRecentAttestation);
+    connect(&m_recentsMenu, &RecentsMenu::clearRequested, this, &AppDelegate::clearRecentsMenu);
 }
 
-AppDelegate::~AppDelegate()
-{
-    applicationWillTerminate();
-    delete m_savingSheet;
-}
+AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::awakeFromNib()
 {
-    connectWindow();
-    initUI();
+    connectRequests(m_window, *this);
+    m_window.setClosePolicy(
+        [this] { return m_statusItem.isSeen() ? MainWindow::ClosePolicy::Hide : MainWindow::ClosePolicy::Iconify; });
+    m_window.initUI();
 }
 
 MoveOutcome AppDelegate::applicationWillFinishLaunching(const Bundle& bundle)
@@ -76,7 +84,8 @@ void AppDelegate::applicationDidFinishLaunching()
     // Before all that takes time, and not left in a buffer meanwhile: people see the window at once.
     m_window.show();
     QGuiApplication::sync();
-    m_attestationViewer = std::make_unique<MVAttestationWindowController>(m_settings, m_logos, m_fonts, m_printDesk);
+    m_attestationViewer = std::make_unique<FollowingViewer>(
+        std::make_unique<MVAttestationWindowController>(m_settings, m_logos, m_fonts, m_printDesk));
     setObservers();
     checkLogDir();
     checkSedicaDir();
@@ -89,71 +98,196 @@ void AppDelegate::applicationDidFinishLaunching()
     m_window.setWindowTitle(u"Pelmora par MORVEL"_s);
 }
 
-void AppDelegate::applicationWillTerminate()
-{
-    NotificationCenter::defaultCenter().removeObserver(this);
-}
-
-bool AppDelegate::applicationShouldHandleReopen(const QObject* sender, bool hasVisibleWindows)
+bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
 {
     if (!hasVisibleWindows)
-        showMainWindow(sender);
+        showMainWindow();
     return false;
-}
-
-void AppDelegate::showMainWindow(const QObject* /*sender*/)
-{
-    bringToFront(m_window);
-    m_printDesk.bringToFront();
 }
 
 void AppDelegate::setObservers()
 {
-    const auto bound = [this](const Notification& notification) {
-        if (!notification.userInfo)
-            return;
-        if (notification.userInfo->value(BindNotification::status.toString()) == BindNotification::success.toString()) {
-            enableUI();
-            return;
-        }
-        if (const std::optional<Error> error = bindError(*notification.userInfo))
+    const auto failed = [this](const std::optional<Error>& error) {
+        if (error)
             presentError(*error);
         disableUI();
     };
-    NotificationCenter::defaultCenter().addObserver(this, BindNotification::name.toString(), bound);
+    m_bindObserver = std::make_unique<BindObserver>([this] { enableUI(); }, failed);
 }
 
 void AppDelegate::initPrefs()
 {
     m_updater = std::make_unique<SUUpdater>(UpdateConfiguration::fromBundle(m_bundle),
                                             std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
-    MVPreferences::resigterPreferencesPane(std::make_shared<MVConfigPrefs>(m_settings, *this, m_bundle));
-    MVPreferences::resigterPreferencesPane(std::make_shared<MVAttestationPrefs>(m_settings, m_bundle));
-    MVPreferences::resigterPreferencesPane(std::make_shared<LVitAccessPrefs>(m_settings, m_lvit, m_bundle));
-    const auto updatePrefs = std::make_shared<MVUpdatePrefs>(m_bundle);
-    updatePrefs->setUpdater(m_updater.get());
-    MVPreferences::resigterPreferencesPane(updatePrefs);
+    registerPreferencePanes(m_settings, m_bundle, *this, m_lvit, *m_updater);
 }
 
-// Tiles and menu entries ask through the window's signals.
-void AppDelegate::connectWindow()
+void AppDelegate::enableUI()
 {
-    connect(&m_window, &MainWindow::readRequested, this, [this] { readVitale(&m_window); });
-    connect(&m_window, &MainWindow::readCancelRequested, this, [this] { m_reading.cancelRead(); });
-    connect(&m_window, &MainWindow::viewRequested, this, [this] { viewAttestation(&m_window); });
-    connect(&m_window, &MainWindow::printRequested, this, [this] { printAttestation(&m_window); });
-    connect(&m_window, &MainWindow::saveRequested, this, [this] { saveAttestation(&m_window); });
-    connect(&m_window, &MainWindow::folderRequested, this, [this] { openAttestationsFolder(&m_window); });
-    connect(&m_window, &MainWindow::mailRequested, this, [this] { sendComment(&m_window); });
-    connect(&m_window, &MainWindow::settingsRequested, this, [this] { preferences(&m_window); });
-    connect(&m_window, &MainWindow::helpRequested, this, [this] { showHelp(&m_window); });
-    connect(&m_window, &MainWindow::updateRequested, this, [this] { m_updater->checkForUpdates(&m_window); });
-    connect(&m_window, &MainWindow::cardFileRequested, this, [this] { loadXMLFile(); });
-    connect(&m_window, &MainWindow::cardFileDropped, this, [this](const QString& path) { loadXMLFile(path); });
-    connect(&m_window, &MainWindow::cardFileDroppedInVain, this, &AppDelegate::refuseDrop);
-    connect(&m_window, &MainWindow::quitRequested, this, &AppDelegate::quit);
-    m_window.setClosePolicy([this] {
-        return m_statusItem && m_statusItem->hostAvailable() ? MainWindow::ClosePolicy::Hide
-                                                             : MainWindow::ClosePolicy::Iconify;
+    m_window.enableTiles();
+    setEnabled(true);
+    m_window.setNotice(QString());
+}
+
+void AppDelegate::setEnabled(bool enabled)
+{
+    m_enabled = enabled;
+    m_window.validateMenuItems([this](const QAction& menuItem) { return validateMenuItem(menuItem); });
+}
+
+void AppDelegate::showCard(PanelLine::CardOrigin origin)
+{
+    m_window.vitaleInfoTextField()->setText(cardSummary(m_currentVitale));
+    m_window.setCardTime(origin, QDateTime::currentDateTime());
+    if (m_attestationViewer)
+        m_attestationViewer->follow(*m_currentVitale);
+}
+
+bool AppDelegate::refuseWhile(CardOccupation::Any kinds)
+{
+    const Occupied occupied = m_occupation.firstOf(kinds);
+    if (occupied == Occupied::Nothing)
+        return false;
+    refuse(CardOccupation::reason(occupied));
+    if (occupied == Occupied::PrintDialog)
+        m_printDesk.bringToFront();
+    return true;
+}
+
+void AppDelegate::refuseDrop()
+{
+    if (!refuseWhile(CardOccupation::anything))
+        refuse(u"Fichier refusé\u00A0: fermez d’abord la fenêtre ouverte devant celle-ci."_s);
+}
+
+// The viewer prints what it shows, which must be the current card, and stay so.
+bool AppDelegate::permitPrint()
+{
+    if (refuseWhile(CardOccupation::anything))
+        return false;
+    m_window.setNotice(QString());
+    m_attestationViewer->update();
+    return true;
+}
+
+void AppDelegate::readVitale(const QObject* sender)
+{
+    if (refuseWhile(Occupied::PrintDialog | Occupied::Writing))
+        return;
+    if (CardFileChoice::areKeysHeld(sender != nullptr))
+        loadXMLFile();
+    else
+        m_reading.readVitale();
+}
+
+void AppDelegate::beginSheet(const QString& message)
+{
+    m_front.bringBack();
+    m_window.beginSheet(message);
+}
+
+void AppDelegate::cardWasRead(const CardRecord& record)
+{
+    m_currentVitale = record;
+    showCard(PanelLine::CardOrigin::Reader);
+}
+
+// Nothing happens when no card is there and none can be read: the read has told why.
+void AppDelegate::whenCardIsThere(void (AppDelegate::*action)(const CardRecord&))
+{
+    if (refuseWhile(Occupied::PrintDialog))
+        return;
+    m_reading.readVitaleIfNeedWithCompletionHandler([this, action](bool success, const std::optional<Error>&) {
+        if (!success || !m_currentVitale)
+            return;
+        m_window.setNotice(QString());
+        (this->*action)(*m_currentVitale);
     });
+}
+
+void AppDelegate::printAttestation()
+{
+    if (!refuseWhile(Occupied::Writing))
+        whenCardIsThere(&AppDelegate::print);
+}
+
+void AppDelegate::saveAttestation()
+{
+    if (!refuseWhile(Occupied::Writing))
+        whenCardIsThere(&AppDelegate::save);
+}
+
+void AppDelegate::print(const CardRecord& record)
+{
+    // A read that waits for the card service would bring another card under the dialog.
+    if (refuseWhile(Occupied::Reading))
+        return;
+    m_front.bringBack();
+    m_printDesk.print(record, m_front.alerts(), m_window);
+}
+
+void AppDelegate::loadXMLFile()
+{
+    if (refuseWhile(CardOccupation::anything))
+        return;
+    m_window.setNotice(QString());
+    m_front.bringBack();
+    m_fileChoice.begin(m_window, m_saving.folder());
+}
+
+void AppDelegate::loadXMLFile(const QString& path)
+{
+    if (refuseWhile(CardOccupation::anything))
+        return;
+    m_window.setNotice(QString());
+    const std::expected<CardRecord, Error> record = loadCardFile(path);
+    if (!record) {
+        presentError(record.error());
+        return;
+    }
+    m_currentVitale = *record;
+    showCard(PanelLine::CardOrigin::File);
+}
+
+void AppDelegate::hideStatusItem()
+{
+    m_statusItem.hide();
+    if (!m_window.isVisible())
+        showMainWindow();
+}
+
+void AppDelegate::executeAction(const QObject* sender)
+{
+    const auto* menuItem = qobject_cast<const QAction*>(sender);
+    if (!menuItem)
+        return;
+    const int tag = menuItem->data().toInt();
+    if (m_enabled || tag == StatusMenu::QuitTag || tag == StatusMenu::OpenFolderTag)
+        runStatusMenuEntry(tag, *this);
+    else
+        refuse(u"Le lecteur de cartes n’est pas prêt. Appuyez sur Lire."_s);
+}
+
+void AppDelegate::openRecentAttestation(const QObject* sender)
+{
+    const auto* menuItem = qobject_cast<const QAction*>(sender);
+    if (const std::optional<QString> path = menuItem ? m_recents.pathAt(menuItem->data().toInt()) : std::nullopt)
+        m_desktop.openFile(*path);
+}
+
+void AppDelegate::preferences()
+{
+    m_window.setNotice(QString());
+    MVPreferences::show();
+}
+
+void AppDelegate::checkForUpdates()
+{
+    m_updater->checkForUpdates(&m_window);
+}
+
+void AppDelegate::disableUI()
+{
+    m_window.disableCardTiles();
+    setEnabled(false);
 }

@@ -1,35 +1,35 @@
 #pragma once
 
-#include "app/cards/SaveFailure.h"
+#include "app/AttestationSaving.h"
+#include "app/CardOccupation.h"
+#include "app/DesktopRequests.h"
+#include "app/FollowingViewer.h"
+#include "app/FrontWindow.h"
+#include "app/StatusItemKeeper.h"
+#include "app/WritingDesk.h"
+#include "app/models/BindObserver.h"
 #include "app/models/PanelLine.h"
 #include "app/models/ReadWorkflow.h"
 #include "app/models/RecentAttestations.h"
+#include "app/windows/CardFileChoice.h"
+#include "app/windows/MainWindow.h"
+#include "app/windows/RecentsMenu.h"
 #include "attestation/print/PrintDesk.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
-#include "platform/gui/AlertQueue.h"
 #include "prefs/StatusItemControl.h"
 #include "support/move/MoveToApplications.h"
 
+#include <QDateTime>
 #include <QObject>
-#include <QPointer>
 
-#include <chrono>
-#include <expected>
-#include <functional>
 #include <memory>
 #include <optional>
 
 class LVitAccess;
-class MVAttestationWindowController;
-class MainWindow;
 class PageFonts;
 class QAction;
-class QFileDialog;
-class QMenu;
-class SavingSheet;
 class SchemeLogos;
-class StatusItem;
 class SUUpdater;
 class UserDefaults;
 
@@ -63,130 +63,108 @@ public:
     /// The rest of the start-up sequence, once.
     void applicationDidFinishLaunching();
     /// The controller observes nothing any more.
-    void applicationWillTerminate();
+    void applicationWillTerminate() { m_bindObserver.reset(); }
     /// The program was started again, or asked for: a window that is not visible comes back. Whether the caller is to
     /// do anything else about it: never.
-    bool applicationShouldHandleReopen(const QObject* sender, bool hasVisibleWindows);
+    bool applicationShouldHandleReopen(bool hasVisibleWindows);
 
     /// Makes the main window the active one, in front of the others, but for a print that asks.
-    void showMainWindow(const QObject* sender);
-    /// The user leaves: ends the application once the files that are being written are whole. A save that fails
-    /// meanwhile keeps it, to tell so.
-    void quit();
-    /// Ends the application, whatever is on the screen, once the files that are being written are whole.
-    void terminate();
-    /// How long quit() and terminate() wait, with the windows, for a disk that does not answer. After that FileWorker
-    /// waits for its own time without them.
-    static constexpr std::chrono::seconds patienceAtTheEnd{8};
+    void showMainWindow() { m_front.show(); }
+    /// The user leaves, or the application has to end: once the files that are being written are whole (WritingDesk).
+    void quit() { m_writing.quit(); }
+    void terminate() { m_writing.terminate(); }
 
     [[nodiscard]] bool isEnabled() const { return m_enabled; }
     [[nodiscard]] bool isReading() const { return m_reading.isReading(); }
 
-    // What the user can ask for. The sender is the button or the menu's entry; none when another operation asks.
+    // What the user can ask for.
+    /// The sender is the button or the menu's entry; none when the status item asks.
     void readVitale(const QObject* sender);
-    void viewAttestation(const QObject* sender);
-    void printAttestation(const QObject* sender);
-    void saveAttestation(const QObject* sender);
-    void openAttestationsFolder(const QObject* sender);
+    void cancelRead() { m_reading.cancelRead(); }
+    void viewAttestation() { whenCardIsThere(&AppDelegate::view); }
+    void printAttestation();
+    void saveAttestation();
+    void openAttestationsFolder() { m_desktop.openFolder(m_saving.folder()); }
+    /// The file that the sender, an entry of the recents' menu, stands for.
     void openRecentAttestation(const QObject* sender);
-    void clearRecentsMenu(const QObject* sender);
-    void sendComment(const QObject* sender);
-    void showHelp(const QObject* sender);
-    void preferences(const QObject* sender);
+    void clearRecentsMenu() { m_recentsMenu.clear(); }
+    void sendComment() { m_desktop.sendComment(); }
+    void showHelp() { m_desktop.showHelp(); }
+    void preferences();
+    void checkForUpdates();
     /// What an entry of the status item's menu stands for, by its tag. Any other sender is ignored.
     void executeAction(const QObject* sender);
     /// Whether an entry of the menu bar can be chosen: those of the card actions once the card service is bound.
-    [[nodiscard]] bool validateMenuItem(const QAction& menuItem) const;
+    [[nodiscard]] bool validateMenuItem(const QAction& menuItem) const
+    {
+        return m_enabled || !m_window.isCardAction(menuItem);
+    }
 
     /// Lets the user choose a card XML file, and loads it.
     void loadXMLFile();
     /// Shows the card of a file as if it had been read; the failure is presented. Refused while a card is read, a
     /// print asks, or a file is written.
     void loadXMLFile(const QString& path);
+    /// A file was dropped on the main window while another window blocks it.
+    void refuseDrop();
 
-    void showStatusItem() override;
+    void showStatusItem() override { m_statusItem.show(); }
     void hideStatusItem() override;
 
 private:
-    /// Whether the application ends once nothing is being written any more.
-    enum class Leaving
-    {
-        No,
-        UnlessSaveFails,
-        InAnyCase
-    };
-
     // The steps of the start-up.
     void setObservers();
     void initPrefs();
 
     // The main window.
-    void initUI();
     void disableUI();
     void enableUI();
-    void updateUI();
-    void connectWindow();
     void setEnabled(bool enabled);
     void showCard(PanelLine::CardOrigin origin);
-    void updateViewer();
 
-    // One card at a time: these refuse the user's request, and say whether they did.
-    bool refuseWhileReading();
-    bool refuseWhilePrintAsks();
-    bool refuseWhileWriting();
-    void refuseDrop();
+    /// Refuses the user's request while the current card is occupied so; says whether it did.
+    bool refuseWhile(CardOccupation::Any kinds);
     bool permitPrint();
 
-    /// The main window, seen: what belongs to it would be lost on a hidden one.
-    [[nodiscard]] MainWindow& visibleWindow();
-    /// Beeps, and sees to it that the main window is seen, which says why.
-    void alertUser();
-
     // The files.
-    void addToRecents(const QString& path);
-    void updateRecentsMenu();
+    void updateRecentsMenu() { m_recentsMenu.update(); }
     void whenCardIsThere(void (AppDelegate::*action)(const CardRecord&));
-    void view(const CardRecord& record);
+    void view(const CardRecord& record) { m_attestationViewer->show(record); }
     void print(const CardRecord& record);
-    void save(const CardRecord& record);
-    void finishSave(const std::expected<QString, SaveFailure>& saved);
-
-    // What is written meanwhile.
-    void writeAside(const std::function<std::function<void()>()>& work);
-    void writingHasEnded();
-    void endOnceWritten();
-    [[nodiscard]] QString attestationsFolder() const;
+    void save(const CardRecord& record) { m_saving.save(record); }
 
     // What the reading of a card needs.
     void beginSheet(const QString& message) override;
-    void endSheed() override;
-    void showBinding(bool isBinding) override;
-    void refuse(const QString& reason) override;
-    void presentError(const Error& error) override;
+    void endSheed() override { m_window.endSheed(); }
+    void showBinding(bool isBinding) override { m_window.setConnecting(isBinding); }
+    void refuse(const QString& reason) override { m_front.refuse(reason); }
+    void presentError(const Error& error) override { m_front.presentError(error); }
     [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return m_currentVitale; }
     void cardWasRead(const CardRecord& record) override;
-    void readFailed() override;
-    void readCancelled() override;
-    void saveXMLIfNeeded() override;
+    void readFailed() override { m_window.setReadFailed(QDateTime::currentDateTime()); }
+    void readCancelled() override { m_window.setReadCancelled(QDateTime::currentDateTime()); }
+    void saveXMLIfNeeded() override { m_saving.saveXMLIfNeeded(m_currentVitale); }
 
     const Bundle& m_bundle;
     UserDefaults& m_settings;
     SchemeLogos& m_logos;
     const PageFonts& m_fonts;
     MainWindow& m_window;
-    AlertQueue m_alerts;
     std::shared_ptr<LVitAccess> m_lvit;
     ReadWorkflow m_reading;
     PrintDesk m_printDesk;
+    CardOccupation m_occupation;
+    FrontWindow m_front;
+    WritingDesk m_writing;
+    DesktopRequests m_desktop;
+    AttestationSaving m_saving;
     std::optional<CardRecord> m_currentVitale;
-    std::unique_ptr<MVAttestationWindowController> m_attestationViewer;
-    std::unique_ptr<StatusItem> m_statusItem;
+    std::unique_ptr<BindObserver> m_bindObserver;
+    std::unique_ptr<FollowingViewer> m_attestationViewer;
+    StatusItemKeeper m_statusItem;
     RecentAttestations m_recents;
-    QPointer<QMenu> m_recentsMenu; // the window's own
+    RecentsMenu m_recentsMenu;
     std::unique_ptr<SUUpdater> m_updater;
-    QPointer<QFileDialog> m_filePanel;
-    QPointer<SavingSheet> m_savingSheet; // belongs to the window
-    Leaving m_leaving = Leaving::No;
+    CardFileChoice m_fileChoice;
     bool m_enabled = false;
-    bool m_isViewerDue = false; // it does not show the current card yet
 };

@@ -49,11 +49,11 @@ void connectOutside(AppDelegate& delegate, SingleInstance& instance, ReopenServi
         const bool visible = hasVisibleWindows();
         // To be asked for is to come to the front; the delegate sees to a window that is not there.
         if (visible)
-            delegate.showMainWindow(nullptr);
-        delegate.applicationShouldHandleReopen(nullptr, visible);
+            delegate.showMainWindow();
+        delegate.applicationShouldHandleReopen(visible);
     };
     const auto open = [&delegate](const QString& path) {
-        delegate.showMainWindow(nullptr);
+        delegate.showMainWindow();
         delegate.loadXMLFile(path);
     };
     QObject::connect(&instance, &SingleInstance::reopenRequested, &delegate, reopen);

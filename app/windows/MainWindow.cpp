@@ -184,6 +184,18 @@ void MainWindow::connectRequests()
     connect(m_ui->closeAction, &QAction::triggered, this, &QWidget::close);
 }
 
+void MainWindow::enableTiles()
+{
+    for (const Tile& tile : tiles)
+        (*m_ui.*tile.button)->setEnabled(true);
+}
+
+void MainWindow::disableCardTiles()
+{
+    for (MXButton* button : {m_ui->viewButton, m_ui->printButton, m_ui->saveButton, m_ui->quitButton})
+        button->setEnabled(false);
+}
+
 void MainWindow::validateMenuItems(const std::function<bool(const QAction&)>& validateMenuItem)
 {
     for (const MenuItem& item : menuItems) {
@@ -207,12 +219,14 @@ void MainWindow::setCardTime(PanelLine::CardOrigin origin, const QDateTime& time
 
 void MainWindow::setReadFailed(const QDateTime& time)
 {
+    setNotice(QString());
     m_panelLine.setReadFailed(time);
     showPanelLine();
 }
 
 void MainWindow::setReadCancelled(const QDateTime& time)
 {
+    setNotice(QString());
     m_panelLine.setReadCancelled(time);
     showPanelLine();
 }
@@ -263,6 +277,7 @@ void MainWindow::showPanelLine()
 
 void MainWindow::beginSheet(const QString& message)
 {
+    setNotice(QString());
     if (!m_sheet) {
         m_sheet = std::make_unique<ProgressSheet>(this);
         // Leaving stays possible while a reader keeps silent.
@@ -276,6 +291,8 @@ void MainWindow::endSheed()
 {
     if (m_sheet)
         m_sheet->end();
+    // It was about this read.
+    setNotice(QString());
 }
 
 void MainWindow::setClosePolicy(std::function<ClosePolicy()> policy)

@@ -60,6 +60,10 @@ public:
     [[nodiscard]] QAction* quitAction() const;
     [[nodiscard]] ProgressSheet* sheet() const { return m_sheet.get(); }
 
+    /// The tiles of a bound card service.
+    void enableTiles();
+    /// Those of one that is not: reading stays possible, as it binds again; leaving by the tile does not.
+    void disableCardTiles();
     /// Asks for each entry of the menu bar whether it can be chosen from now on.
     void validateMenuItems(const std::function<bool(const QAction&)>& validateMenuItem);
     /// Whether the entry is one of the card actions: read, view, print, save.
@@ -72,7 +76,8 @@ public:
     void setReadCancelled(const QDateTime& time);
     /// Says why the last save wrote nothing; an empty text once one has succeeded.
     void setSaveFailure(const QString& text);
-    /// Says why a request was refused, to the eye and to screen readers; an empty text takes it away.
+    /// Says why a request was refused, to the eye and to screen readers; an empty text takes it away, and so does each
+    /// read.
     void setNotice(const QString& text);
     /// Says, in the place of that time, that the card service is being connected to, once this takes longer than usual.
     void setConnecting(bool isConnecting);

@@ -76,7 +76,7 @@ void pressOk()
 bool isSaved(const Office& office)
 {
     const QSignalSpy ended(&FileWorker::shared(), &FileWorker::ended);
-    office.delegate->saveAttestation(nullptr);
+    office.delegate->saveAttestation();
     return QTest::qWaitFor([&ended] { return ended.count() == 1; });
 }
 
@@ -232,7 +232,7 @@ private Q_SLOTS:
         const Office office(m_fake.command(silent));
         office.start();
         office.window->hide();
-        QVERIFY(!office.delegate->applicationShouldHandleReopen(nullptr, false));
+        QVERIFY(!office.delegate->applicationShouldHandleReopen(false));
         QVERIFY(office.window->isVisible());
     }
 
@@ -241,7 +241,7 @@ private Q_SLOTS:
         const Office office(m_fake.command(silent));
         office.start();
         office.window->hide();
-        QVERIFY(!office.delegate->applicationShouldHandleReopen(nullptr, true));
+        QVERIFY(!office.delegate->applicationShouldHandleReopen(true));
         QVERIFY(!office.window->isVisible());
     }
 
@@ -285,7 +285,7 @@ private Q_SLOTS:
             QRegularExpression(u"^Lecture annulée à \\d\\d:\\d\\d – carte précédente, fichier ouvert (à|le) "_s)));
         QCOMPARE(summary(*office), before);
         // What was read before can be worked on at once.
-        office->delegate->viewAttestation(nullptr);
+        office->delegate->viewAttestation();
         QCOMPARE(Office::alertText(), std::nullopt);
     }
 
@@ -295,7 +295,7 @@ private Q_SLOTS:
         QVERIFY(office);
         office->delegate->loadXMLFile(specimen());
         QVERIFY(summary(*office).startsWith(u"SPECIMEN Hélène\n"_s));
-        office->delegate->saveAttestation(nullptr);
+        office->delegate->saveAttestation();
         QTRY_COMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
         QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
     }
@@ -435,8 +435,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<Request>("request");
         QTest::newRow("read") << Request([](AppDelegate& delegate) { delegate.readVitale(nullptr); });
-        QTest::newRow("print") << Request([](AppDelegate& delegate) { delegate.printAttestation(nullptr); });
-        QTest::newRow("save") << Request([](AppDelegate& delegate) { delegate.saveAttestation(nullptr); });
+        QTest::newRow("print") << Request([](AppDelegate& delegate) { delegate.printAttestation(); });
+        QTest::newRow("save") << Request([](AppDelegate& delegate) { delegate.saveAttestation(); });
         QTest::newRow("choose a file") << Request([](AppDelegate& delegate) { delegate.loadXMLFile(); });
         QTest::newRow("open a file") << Request([](AppDelegate& delegate) { delegate.loadXMLFile(specimen()); });
     }
@@ -474,11 +474,11 @@ private Q_SLOTS:
         other.start();
         other.delegate->loadXMLFile(specimen());
         const QString before = panelLine(other);
-        const auto requests = {+[](AppDelegate& delegate) { delegate.viewAttestation(nullptr); },
+        const auto requests = {+[](AppDelegate& delegate) { delegate.viewAttestation(); },
                                +[](AppDelegate& delegate) { delegate.loadXMLFile(specimen()); },
-                               +[](AppDelegate& delegate) { delegate.showHelp(nullptr); }};
+                               +[](AppDelegate& delegate) { delegate.showHelp(); }};
         for (const auto& request : requests) {
-            other.delegate->sendComment(nullptr);
+            other.delegate->sendComment();
             QCOMPARE(panelLine(other), before + u"\nAucune adresse n’est connue pour les suggestions."_s);
             request(*other.delegate);
             QVERIFY(!panelLine(other).contains(u'\n'));
@@ -522,7 +522,7 @@ private Q_SLOTS:
         QVERIFY(office);
         const qsizetype reads = m_fake.requested(u"Command"_s).count(u"vitale_read"_s);
         office->delegate->loadXMLFile(specimen());
-        office->delegate->viewAttestation(nullptr);
+        office->delegate->viewAttestation();
         const QWidgetList windows = QApplication::topLevelWidgets();
         QVERIFY(std::any_of(windows.begin(), windows.end(), [](const QWidget* window) {
             return window->isVisible() && window->windowTitle() == u"Hélène SPECIMEN"_s;

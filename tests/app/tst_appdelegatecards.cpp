@@ -188,7 +188,7 @@ private Q_SLOTS:
         const auto office = boundOffice();
         QVERIFY(office);
         office->delegate->loadXMLFile(cardOf(u"Alix"_s));
-        office->delegate->viewAttestation(nullptr);
+        office->delegate->viewAttestation();
         printFromViewer(*office);
         QTRY_VERIFY(dialog());
         const QString before = summary(*office);
@@ -258,7 +258,7 @@ private Q_SLOTS:
         const auto office = boundOffice();
         QVERIFY(office);
         office->delegate->loadXMLFile(cardOf(u"Alix"_s));
-        office->delegate->printAttestation(nullptr);
+        office->delegate->printAttestation();
         QVERIFY(!dialog());
         way(*office, cardOf(u"Zoé"_s));
         QCOMPARE(notice(*office), refusedWhilePrinting);
@@ -271,9 +271,9 @@ private Q_SLOTS:
         const auto office = boundOffice();
         QVERIFY(office);
         office->delegate->loadXMLFile(cardOf(u"Alix"_s));
-        office->delegate->printAttestation(nullptr);
+        office->delegate->printAttestation();
         QTRY_VERIFY(dialog());
-        office->delegate->showMainWindow(nullptr);
+        office->delegate->showMainWindow();
         QTRY_COMPARE(QApplication::activeWindow(), dialog());
     }
 
@@ -282,9 +282,9 @@ private Q_SLOTS:
         const auto office = boundOffice();
         QVERIFY(office);
         office->delegate->loadXMLFile(cardOf(u"Alix"_s));
-        office->delegate->viewAttestation(nullptr);
+        office->delegate->viewAttestation();
         printFromViewer(*office);
-        office->delegate->printAttestation(nullptr);
+        office->delegate->printAttestation();
         QCOMPARE(office->window->findChildren<PrintOperation*>().size(), 0);
         QCOMPARE(viewer(*office)->findChildren<PrintOperation*>().size(), 1);
         QCOMPARE(notice(*office), refusedWhilePrinting);
@@ -295,7 +295,7 @@ private Q_SLOTS:
         const auto office = boundOffice();
         QVERIFY(office);
         office->delegate->loadXMLFile(cardOf(u"Alix"_s));
-        office->delegate->viewAttestation(nullptr);
+        office->delegate->viewAttestation();
         office->delegate->loadXMLFile(cardOf(u"Zoé"_s));
         QCOMPARE(viewer(*office)->windowTitle(), u"Zoé SPECIMEN"_s);
     }
@@ -342,7 +342,7 @@ private Q_SLOTS:
             ServiceCommand{QStringLiteral(PELMORA_STAGE "/libexec/pelmora/com.morvel.lvit"), {u"--simulate"_s, card}});
         office->start();
         QTRY_VERIFY(office->delegate->isEnabled());
-        office->delegate->viewAttestation(nullptr);
+        office->delegate->viewAttestation();
         QTRY_VERIFY(viewer(*office)->isVisible());
         QCOMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
 
@@ -392,7 +392,7 @@ private Q_SLOTS:
         office.delegate->loadXMLFile(cardOf(u"Alix"_s));
         office.delegate->readVitale(nullptr);
         QVERIFY(!office.delegate->isReading());
-        office.delegate->printAttestation(nullptr);
+        office.delegate->printAttestation();
         QCOMPARE(notice(office), refusedWhileReading);
         QCOMPARE(office.window->findChildren<PrintOperation*>().size(), 0);
         QTRY_VERIFY(office.delegate->isReading());
@@ -427,7 +427,7 @@ private Q_SLOTS:
         const auto office = boundOffice(silentRead);
         QVERIFY(office);
         office->delegate->loadXMLFile(cardOf(u"Alix"_s));
-        office->delegate->viewAttestation(nullptr);
+        office->delegate->viewAttestation();
         office->delegate->readVitale(nullptr);
         printFromViewer(*office);
         QCOMPARE(viewer(*office)->findChildren<PrintOperation*>().size(), 0);

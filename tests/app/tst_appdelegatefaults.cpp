@@ -92,7 +92,7 @@ private Q_SLOTS:
         QVERIFY(writeInformation(resources, "<key>MVContactMail</key><string>avis@example.org</string>"));
         const Desktop desktop;
         const Office office(m_fake.command(silent), resources.path());
-        office.delegate->sendComment(nullptr);
+        office.delegate->sendComment();
         QCOMPARE(desktop.opened(),
                  QList<QUrl>{QUrl(u"mailto:avis@example.org?subject=Suggestion%20pour%20le%20logiciel%20PELMORA"_s)});
         QCOMPARE(beeps, 0);
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QVERIFY(writeInformation(resources, entries));
         const Desktop desktop;
         const Office office(m_fake.command(silent), resources.path());
-        office.delegate->sendComment(nullptr);
+        office.delegate->sendComment();
         QCOMPARE(beeps, 1);
         QCOMPARE(desktop.opened(), QList<QUrl>());
     }
@@ -124,7 +124,7 @@ private Q_SLOTS:
         QVERIFY(page.open(QIODevice::WriteOnly));
         const Desktop desktop;
         const Office office(m_fake.command(silent), resources.path());
-        office.delegate->showHelp(nullptr);
+        office.delegate->showHelp();
         QCOMPARE(desktop.opened(), QList<QUrl>{QUrl::fromLocalFile(page.fileName())});
     }
 
@@ -133,7 +133,7 @@ private Q_SLOTS:
         const QTemporaryDir resources;
         const Desktop desktop;
         const Office office(m_fake.command(silent), resources.path());
-        office.delegate->showHelp(nullptr);
+        office.delegate->showHelp();
         QCOMPARE(desktop.opened(), QList<QUrl>());
         QCOMPARE(beeps, 0);
         QVERIFY(!Office::alert());
@@ -146,7 +146,7 @@ private Q_SLOTS:
         QTRY_VERIFY(office.delegate->isEnabled());
         office.delegate->loadXMLFile(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));
         documentsCanBeMade = false;
-        office.delegate->saveAttestation(nullptr);
+        office.delegate->saveAttestation();
         QTRY_VERIFY(Office::alert());
         QCOMPARE(Office::alertText(), std::optional(PelmoraError::writeError().localizedDescription()));
         QVERIFY(QDir(office.attestations()).isEmpty());
@@ -154,7 +154,7 @@ private Q_SLOTS:
         Office::alert()->close();
 
         documentsCanBeMade = true;
-        office.delegate->saveAttestation(nullptr);
+        office.delegate->saveAttestation();
         QTRY_VERIFY(QFile::exists(office.attestations() + u"/SPECIMEN Hélène.pdf"_s));
     }
 };

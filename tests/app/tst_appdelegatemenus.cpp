@@ -223,7 +223,7 @@ private Q_SLOTS:
             QVERIFY(recents.add(u"/folder/%1.pdf"_s.arg(number)));
         const std::vector<MenuEntry> before = recents.menu();
         office->delegate->loadXMLFile(specimen());
-        office->delegate->saveAttestation(nullptr);
+        office->delegate->saveAttestation();
         QTRY_COMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
         QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
         QCOMPARE(recents.menu(), before);

@@ -1,4 +1,4 @@
-#include "app/AppDelegate.h"
+#include "app/WritingDesk.h"
 #include "app/models/RecentAttestations.h"
 #include "app/windows/MainWindow.h"
 #include "app/windows/ProgressSheet.h"
@@ -130,7 +130,7 @@ private Q_SLOTS:
             inWords(ProgressSheet::usualPatience));
         QTest::newRow("service") << u"Au bout d’%1 sans réponse"_s.arg(inWords(ChannelLimits().requestTimeout));
         QTest::newRow("end") << u"laisse d’abord finir le fichier, %1 au plus."_s.arg(
-            inWords(AppDelegate::patienceAtTheEnd + FileWorker::usualPatience));
+            inWords(WritingDesk::patienceAtTheEnd + FileWorker::usualPatience));
         QTest::newRow("reader") << u"Branchez le lecteur fourni avec Pelmora, un %1."_s.arg(acceptedReader);
     }
 

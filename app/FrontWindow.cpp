@@ -1,0 +1,48 @@
+#include "app/FrontWindow.h"
+
+#include "app/windows/MainWindow.h"
+#include "attestation/print/PrintDesk.h"
+#include "platform/gui/Beep.h"
+#include "platform/gui/WindowActivation.h"
+
+#include <QApplication>
+
+FrontWindow::FrontWindow(MainWindow& window, PrintDesk& printDesk)
+    : m_window(window)
+    , m_printDesk(printDesk)
+    , m_alerts(&window)
+{
+}
+
+void FrontWindow::show()
+{
+    bringToFront(m_window);
+    m_printDesk.bringToFront();
+}
+
+void FrontWindow::bringBack()
+{
+    if (!m_window.isVisible() || m_window.isMinimized())
+        show();
+}
+
+void FrontWindow::alertUser()
+{
+    beep();
+    // What the window says about it is to be seen: it may be the status bar that has asked, over other programs.
+    if (QApplication::activeWindow() == nullptr)
+        show();
+    bringBack();
+}
+
+void FrontWindow::refuse(const QString& reason)
+{
+    alertUser();
+    m_window.setNotice(reason);
+}
+
+void FrontWindow::presentError(const Error& error)
+{
+    bringBack();
+    m_alerts.presentError(error);
+}

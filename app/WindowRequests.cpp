@@ -1,0 +1,52 @@
+#include "app/WindowRequests.h"
+
+#include "app/AppDelegate.h"
+#include "app/models/StatusMenu.h"
+#include "app/windows/MainWindow.h"
+
+void connectRequests(const MainWindow& window, AppDelegate& delegate)
+{
+    const auto connect = [&](auto request, auto operation) {
+        QObject::connect(&window, request, &delegate, operation);
+    };
+    connect(&MainWindow::readRequested, [&window, &delegate] { delegate.readVitale(&window); });
+    connect(&MainWindow::readCancelRequested, &AppDelegate::cancelRead);
+    connect(&MainWindow::viewRequested, &AppDelegate::viewAttestation);
+    connect(&MainWindow::printRequested, &AppDelegate::printAttestation);
+    connect(&MainWindow::saveRequested, &AppDelegate::saveAttestation);
+    connect(&MainWindow::folderRequested, &AppDelegate::openAttestationsFolder);
+    connect(&MainWindow::mailRequested, &AppDelegate::sendComment);
+    connect(&MainWindow::settingsRequested, &AppDelegate::preferences);
+    connect(&MainWindow::helpRequested, &AppDelegate::showHelp);
+    connect(&MainWindow::updateRequested, &AppDelegate::checkForUpdates);
+    connect(&MainWindow::cardFileRequested, [&delegate] { delegate.loadXMLFile(); });
+    connect(&MainWindow::cardFileDropped, [&delegate](const QString& path) { delegate.loadXMLFile(path); });
+    connect(&MainWindow::cardFileDroppedInVain, &AppDelegate::refuseDrop);
+    connect(&MainWindow::quitRequested, &AppDelegate::quit);
+}
+
+void runStatusMenuEntry(int tag, AppDelegate& delegate)
+{
+    switch (tag) {
+    case StatusMenu::ReadTag:
+        delegate.readVitale(nullptr);
+        break;
+    case StatusMenu::ViewTag:
+        delegate.viewAttestation();
+        break;
+    case StatusMenu::PrintTag:
+        delegate.printAttestation();
+        break;
+    case StatusMenu::SaveTag:
+        delegate.saveAttestation();
+        break;
+    case StatusMenu::OpenFolderTag:
+        delegate.openAttestationsFolder();
+        break;
+    case StatusMenu::QuitTag:
+        delegate.quit();
+        break;
+    default:
+        break;
+    }
+}
