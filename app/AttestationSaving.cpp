@@ -5,9 +5,9 @@
 #include "app/cards/AttestationFiles.h"
 #include "app/models/DebugCopy.h"
 #include "app/windows/MainWindow.h"
+#include "attestation/page/PageOptions.h"
 #include "card/PelmoraError.h"
 #include "prefs/settings/MVSettings.h"
-#include "prefs/settings/StandardPreferences.h"
 #include "support/MXLog.h"
 
 using namespace Qt::StringLiterals;
