@@ -29,8 +29,8 @@ inline constexpr QStringView attestationTitle = u"Attestation de droits à l'ass
 /// The page's frame: A4 portrait, in points.
 inline constexpr QSizeF attestationPageSize{595.0, 842.0};
 
-/// The values that the attestation page shows; MVNewAttestation fills it from a card record. Plain data: nothing is
-/// read or computed while the page is drawn.
+/// The values that the attestation page shows; pageOfCard() makes them of a card record. Plain data: nothing is read or
+/// computed while the page is drawn.
 struct AttestationPage
 {
     std::shared_ptr<QSvgRenderer> logo; ///< of the scheme; nothing is drawn without it
