@@ -58,7 +58,8 @@ private:
         m_ink = ink;
         QFile file(m_path);
         QByteArray drawing;
-        if (file.open(QIODevice::ReadOnly))
+        // A missing resource has no path, which Qt would complain of.
+        if (!m_path.isEmpty() && file.open(QIODevice::ReadOnly))
             drawing = file.readAll().replace("currentColor", ink.name().toLatin1());
         if (!m_drawing.load(drawing))
             MXLog::logError("Icon {} cannot be drawn", m_path);
