@@ -140,7 +140,7 @@ private Q_SLOTS:
     {
         ReadingDesk desk;
         desk.client = std::make_shared<LVitAccess>(ServiceCommand{desk.service.filePath(u"absent"_s), {}});
-        desk.workflow = std::make_unique<ReadWorkflow>(desk.client, desk);
+        desk.workflow = std::make_unique<ReadWorkflow>(desk.client, desk.settings, desk);
         desk.workflow->bind();
         QTRY_COMPARE(desk.notes, QStringList{u"bind failure -10"_s});
     }

@@ -109,7 +109,7 @@ private Q_SLOTS:
             QStringList{u"-c"_s, script.arg(desk.service.filePath(u"first"_s)), command.program} + command.arguments;
         command.program = u"/bin/sh"_s;
         desk.client = std::make_shared<LVitAccess>(command, ChannelLimits{.exitGrace = 100ms});
-        desk.workflow = std::make_unique<ReadWorkflow>(desk.client, desk);
+        desk.workflow = std::make_unique<ReadWorkflow>(desk.client, desk.settings, desk);
 
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.reads(), 1);
