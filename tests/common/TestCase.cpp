@@ -3,32 +3,76 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <mutex>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QtMessageHandler& handlerOfQtTest()
+/// The messages of the running test, on their way to QtTest.
+class TestMessages
 {
-    static QtMessageHandler handler = nullptr;
-    return handler;
-}
+public:
+    static TestMessages& instance()
+    {
+        static TestMessages messages;
+        return messages;
+    }
 
-void handleMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    // What the platform without a display says of windows is no fault of ours.
-    static const QRegularExpression unexpected(u"^(?!This plugin does not support )"_s);
-    // QtTest fails tests on warnings alone, and forgets after each test that it shall.
-    const bool isFault = type == QtWarningMsg || type == QtCriticalMsg;
-    if (isFault)
-        QTest::failOnWarning(unexpected);
-    handlerOfQtTest()(isFault ? QtWarningMsg : type, context, message);
-}
+    void install()
+    {
+        const auto handler = [](QtMsgType type, const QMessageLogContext& context, const QString& message) {
+            instance().handle(type, context, message);
+        };
+        m_next = qInstallMessageHandler(handler);
+    }
 
-} // namespace
+    void announce(AnnouncedMessages* announced)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_announced = announced;
+    }
+
+private:
+    void handle(QtMsgType type, const QMessageLogContext& context, const QString& message)
+    {
+        // What the platform without a display says of windows is no fault of ours.
+        if (message.startsWith("This plugin does not support "_L1) || isAnnounced(message))
+            return;
+        // QtTest fails tests on warnings alone, and forgets after each test that it shall.
+        const bool isFault = type == QtWarningMsg || type == QtCriticalMsg;
+        if (isFault)
+            QTest::failOnWarning(m_anything);
+        m_next(isFault ? QtWarningMsg : type, context, message);
+    }
+
+    bool isAnnounced(const QString& message)
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (!m_announced || !message.startsWith(m_announced->m_beginning))
+            return false;
+        ++m_announced->m_count;
+        return true;
+    }
+
+    const QRegularExpression m_anything{u"."_s};
+    QtMessageHandler m_next = nullptr;
+    std::mutex m_mutex;
+    AnnouncedMessages* m_announced = nullptr;
+};
 
 void TestCase::initTestCase_data()
 {
     // QtTest has put its handler in place by now, and takes ours away with it at its end.
-    if (const QtMessageHandler before = qInstallMessageHandler(handleMessage); before != handleMessage)
-        handlerOfQtTest() = before;
+    TestMessages::instance().install();
+}
+
+AnnouncedMessages::AnnouncedMessages(QString beginning)
+    : m_beginning(std::move(beginning))
+{
+    TestMessages::instance().announce(this);
+}
+
+AnnouncedMessages::~AnnouncedMessages()
+{
+    TestMessages::instance().announce(nullptr);
 }

@@ -23,6 +23,20 @@ private Q_SLOTS:
         qWarning("warning");
         qCritical("critical");
     }
+    void announcedMessagesOfAnyNumber()
+    {
+        const AnnouncedMessages announced(QStringLiteral("warn"));
+        qWarning("warning");
+        qCritical("warning, critical");
+        QCOMPARE(announced.count(), 2);
+    }
+    void aWarningAfterItsAnnouncementHasEnded()
+    {
+        {
+            const AnnouncedMessages announced(QStringLiteral("warn"));
+        }
+        qWarning("warning");
+    }
     void aWarningAfterAnAnnouncedOne()
     {
         QTest::ignoreMessage(QtWarningMsg, "warning");

@@ -139,7 +139,10 @@ private Q_SLOTS:
         QVERIFY(writeFile(folder.filePath(u"a"_s), "<a/>"));
         QCOMPARE(::rename(QFile::encodeName(folder.filePath(u"a"_s)).constData(), path.constData()), 0);
         SimulatedReader reader(path);
-        QCOMPARE(reader.readCard().value(), u"<a/>"_s);
+        const auto content = reader.readCard();
+        // Qt cannot remove a file of such a name.
+        QCOMPARE(::unlink(path.constData()), 0);
+        QCOMPARE(content.value(), u"<a/>"_s);
     }
 };
 

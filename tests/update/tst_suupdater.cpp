@@ -75,6 +75,7 @@ class tst_SUUpdater : public TestCase
     Q_OBJECT
 
 private:
+    const QString m_searchFailed = u"The search for updates failed:"_s;
     const QString m_available = u"La version 2.0 de Pelmora est disponible."_s;
     std::unique_ptr<UpdateFixture> m_fixture;
 
@@ -106,6 +107,7 @@ private:
     [[nodiscard]] std::optional<qsizetype> requestsMeanwhile(const QByteArray& path) const
     {
         m_fixture->setFeed("Bonjour");
+        const AnnouncedMessages failures(m_searchFailed);
         const SUUpdater other(automatic(1ms), std::make_unique<UserDefaults>(m_fixture->folder() + u".conf"_s));
         const auto requestsFor = [this](const QByteArray& wanted) {
             return std::ranges::count_if(m_fixture->server().requests(), [&wanted](const QByteArray& head) {
@@ -288,19 +290,23 @@ private Q_SLOTS:
     void withPermissionOnlyNewsAreShown_data()
     {
         QTest::addColumn<QByteArray>("feed");
-        QTest::newRow("older") << feedXml(itemXml({.version = "0.9"}));
-        QTest::newRow("broken") << QByteArray("Bonjour");
+        QTest::addColumn<bool>("isFailure");
+        QTest::newRow("older") << feedXml(itemXml({.version = "0.9"})) << false;
+        QTest::newRow("broken") << QByteArray("Bonjour") << true;
         QTest::newRow("for a newer system")
-            << feedXml(itemXml({.more = "<sparkle:minimumSystemVersion>9.9</sparkle:minimumSystemVersion>"}));
+            << feedXml(itemXml({.more = "<sparkle:minimumSystemVersion>9.9</sparkle:minimumSystemVersion>"})) << false;
     }
     void withPermissionOnlyNewsAreShown()
     {
         QFETCH(const QByteArray, feed);
+        QFETCH(const bool, isFailure);
         m_fixture->setFeed(feed);
+        const AnnouncedMessages failures(m_searchFailed);
         // Each look shows that the one before it has ended.
         const auto updater = this->updater(automatic(1ms));
         QTRY_VERIFY(requests() >= 3);
         QCOMPARE(shownWindow(), nullptr);
+        QCOMPARE(failures.count() > 0, isFailure);
     }
 
     void itLooksOnceADayAtMost()

@@ -1,4 +1,5 @@
 #include "MacintoshMove.h"
+#include "tests/common/TestCase.h"
 
 #include <QTest>
 
@@ -51,7 +52,7 @@ public:
 
 } // namespace
 
-class tst_MacintoshMove : public QObject
+class tst_MacintoshMove : public TestCase
 {
     Q_OBJECT
 
