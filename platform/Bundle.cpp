@@ -37,7 +37,7 @@ Bundle::Bundle(QString resourceFolder)
 Bundle Bundle::mainBundle()
 {
     // A clean path: users see it in the browser that shows the help.
-    return Bundle(QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../share/pelmora"_L1));
+    return Bundle(QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../../share/pelmora"_L1));
 }
 
 std::optional<QString> Bundle::pathForResource(const QString& name, const QString& type) const

@@ -14,7 +14,8 @@ public:
     /// A bundle whose resources lie in the given folder.
     explicit Bundle(QString resourceFolder);
 
-    /// The bundle of the running program: share/pelmora beside the folder of the executable. Needs a QCoreApplication.
+    /// The bundle of the running program, which lies in libexec/pelmora: the tree's share/pelmora. Needs a
+    /// QCoreApplication.
     [[nodiscard]] static Bundle mainBundle();
 
     /// Path of the resource file "name.type"; absent when there is none. A name that is not a plain file name has none.

@@ -17,6 +17,8 @@ for name in bench_card_xml bench_channel bench_pdf; do
 done
 printf '\n== A card in a reader\n'
 tests/e2e/in-own-network.sh bench/bench-card-read.py "$bench/bench_card_read" "$stage"
+printf '\n== bin/pelmora, before the program that it starts\n'
+bench/bench-door.py "$stage/bin/pelmora"
 printf '\n== pelmora --save, whole process\n'
 bench/bench-save.py "$stage/bin/pelmora" "$bench/bench_bare_pdf" "$stage/share/pelmora"
 printf '\n== The attestation on the screen\n'

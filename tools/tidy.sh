@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 ensure_packages "${build_packages[@]}" "${check_packages[@]}"
 for preset in dev asan; do
     cmake --preset "$preset" >/dev/null
-    cmake --build --preset "$preset" --target pelmora pelmora_window com.morvel.lvit >/dev/null
+    cmake --build --preset "$preset" --target pelmora >/dev/null
 done
 folders='(platform|support|update|card|service|attestation|prefs|app)'
 

@@ -12,7 +12,7 @@ ServiceCommand cardServiceCommand(const CommandLine& command, const Bundle& bund
     if (command.cardService)
         return {*command.cardService, {}};
 
-    ServiceCommand service{QCoreApplication::applicationDirPath() + "/../libexec/pelmora/com.morvel.lvit"_L1, {}};
+    ServiceCommand service{QCoreApplication::applicationDirPath() + "/com.morvel.lvit"_L1, {}};
     if (command.simulate) {
         // A specimen that is not there any more is a card that is not in the reader.
         const QString specimen = bundle.pathForResource(u"specimen"_s, u"xml"_s).value_or(u"specimen.xml"_s);

@@ -60,10 +60,13 @@ std::optional<QString> bundleOfExecutable(const QString& executable)
 
 std::optional<QString> portableBundleOf(const QString& executable)
 {
-    const QFileInfo folder(QFileInfo(executable).path());
-    if (folder.fileName() != "bin"_L1 || !hasApplicationExtension(QFileInfo(folder.path()).fileName()))
+    const QString folder = QFileInfo(executable).path();
+    if (!folder.endsWith("/libexec/pelmora"_L1))
         return std::nullopt;
-    return folder.path();
+    const QFileInfo tree(folder.chopped("/libexec/pelmora"_L1.size()));
+    if (!hasApplicationExtension(tree.fileName()))
+        return std::nullopt;
+    return tree.filePath();
 }
 
 MoveSurroundings surroundingsOf(const QString& bundlePath)

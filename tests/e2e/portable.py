@@ -27,10 +27,17 @@ INFO, WARNING, ERROR = 8 + 6, 8 + 4, 8 + 3
 BOX = "Do not show this message again"
 
 
-def make_bundle(path, program=MOVABLE_PROGRAM):
-    """A portable copy at the path: the small program among the texts, or the whole tree."""
-    os.makedirs(os.path.join(path, "bin"))
-    shutil.copy(program, os.path.join(path, "bin", "pelmora"))
+def program_of(bundle):
+    """The path of the copy's program with the window, which its bin/pelmora starts."""
+    return os.path.join(bundle, "libexec", "pelmora", "pelmora-window")
+
+
+def make_bundle(path):
+    """A portable copy at the path: the small program in the place of the window's, among the texts."""
+    for folder in ("bin", os.path.join("libexec", "pelmora")):
+        os.makedirs(os.path.join(path, folder))
+    shutil.copy(os.path.join(STAGE, "bin", "pelmora"), os.path.join(path, "bin", "pelmora"))
+    shutil.copy(MOVABLE_PROGRAM, program_of(path))
     shutil.copytree(os.path.join(STAGE, "share", "pelmora", "fr.lproj"),
                     os.path.join(path, "share", "pelmora", "fr.lproj"))
     return path
@@ -73,6 +80,9 @@ class Running(Application):
             except ProcessLookupError:
                 pass
 
+        def poll(self):
+            return None if is_running(self.pid) else "a code that its parent knows"
+
         def wait(self):
             wait(lambda: not is_running(self.pid))
 
@@ -106,8 +116,7 @@ class PortableTest(unittest.TestCase):
 
     def remove_home(self):
         for folder in ("Applications", "Downloads"):
-            for path in (os.path.join(root, "bin", "pelmora") for root, _, _ in
-                         os.walk(os.path.join(self.home, folder))):
+            for path in (program_of(root) for root, _, _ in os.walk(os.path.join(self.home, folder))):
                 for pid in processes_of(path):
                     os.kill(pid, signal.SIGKILL)
         shutil.rmtree(self.home)
@@ -117,7 +126,7 @@ class PortableTest(unittest.TestCase):
                            environment={**self.environment, **environment})
 
     def running(self, bundle):
-        return Running(os.path.join(bundle, "bin", "pelmora"))
+        return Running(program_of(bundle))
 
     def logged(self):
         """The routine's lines of the system log, each with its priority."""

@@ -9,7 +9,7 @@ import unittest
 
 from desktop import Application, wait
 from portable import (BODY, BOX, DOWNLOADS_NOTE, HOME_TITLE, INFO, MOVE, PortableTest, STAY, make_bundle,
-                      processes_of, unpack)
+                      processes_of, program_of, unpack)
 
 
 class Portable(PortableTest):
@@ -19,15 +19,15 @@ class Portable(PortableTest):
             pelmora.find("label", HOME_TITLE.replace("?", r"\?"))
             pelmora.find("label", f"{BODY} {DOWNLOADS_NOTE}")
             pelmora.press("push button", STAY)
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
         self.assertEqual(self.stored(), "")
         with self.start(bundle) as pelmora:
             pelmora.press("check box", BOX)
             pelmora.press("push button", STAY)
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
         self.assertIn("moveToApplicationsFolderAlertSuppress=true\n", self.stored())
         with self.start(bundle) as pelmora:
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
         self.assertFalse(os.path.exists(self.destination))
 
     def test_escape_declines(self):
@@ -36,7 +36,7 @@ class Portable(PortableTest):
             alert = pelmora.find("push button", MOVE)
             wait(lambda: "focused" in [state.value_nick for state in alert.get_state_set().get_states()])
             subprocess.run(["xdotool", "key", "Escape"], check=True)
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
 
     def test_the_question_is_french_for_the_french(self):
         bundle = make_bundle(os.path.join(self.home, "Bureau", "Pelmora.app"))
@@ -46,25 +46,25 @@ class Portable(PortableTest):
             pelmora.find("check box", "Ne plus afficher ce message")
             pelmora.find("push button", "Déplacer vers le dossier Applications")
             pelmora.press("push button", "Ne pas déplacer")
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
 
     def test_accepting_moves_and_starts_again_with_what_was_asked_for(self):
         bundle = make_bundle(os.path.join(self.downloads, "L'été \"2\" $HOME", "Pelmora.app"))
-        with self.start(bundle, "--carte", "l'été.xml") as pelmora:
+        with self.start(bundle, "--simulate", "l'été.xml") as pelmora:
             pelmora.press("push button", MOVE)
             self.assertEqual(pelmora.process.wait(timeout=20), 0)
         self.assertFalse(os.path.exists(bundle))
         self.assertFalse(os.path.exists(self.trash))
         self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder")])
         with self.running(self.destination) as moved:
-            moved.find("label", "\n".join([os.path.join(self.destination, "bin", "pelmora"), "--carte", "l'été.xml"]))
+            moved.find("label", "\n".join([program_of(self.destination), "--simulate", "l'été.xml"]))
 
     def test_the_next_start_does_not_wait_for_the_launcher_to_ask(self):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
         with self.start(bundle) as pelmora:
             pelmora.press("push button", MOVE)
             with self.running(self.destination) as moved:
-                moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+                moved.find("label", program_of(self.destination))
             self.assertEqual(pelmora.process.wait(timeout=20), 0)
 
     def test_a_copy_that_is_started_from_inside_itself_moves(self):
@@ -75,7 +75,7 @@ class Portable(PortableTest):
             self.assertEqual(pelmora.process.wait(timeout=20), 0)
         self.assertEqual(os.listdir(self.downloads), [])
         with self.running(self.destination) as moved:
-            moved.find("label", "\n".join([os.path.join(self.destination, "bin", "pelmora"), "carte.xml"]))
+            moved.find("label", "\n".join([program_of(self.destination), "carte.xml"]))
 
     def test_a_file_system_without_locks_keeps_nobody_from_starting(self):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
@@ -84,7 +84,7 @@ class Portable(PortableTest):
                          os.path.join(bundle, "bin", "pelmora"), home=self.home,
                          environment={**self.environment, "ASAN_OPTIONS": "detect_leaks=0"}) as pelmora:
             pelmora.press("push button", STAY)
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
 
     def test_an_old_copy_goes_to_the_trash(self):
         make_bundle(self.destination)
@@ -97,21 +97,21 @@ class Portable(PortableTest):
         self.assertFalse(os.path.exists(bundle))
         self.assertTrue(os.path.exists(os.path.join(self.trash, "Pelmora.app", "ancien")))
         with self.running(self.destination) as moved:
-            moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+            moved.find("label", program_of(self.destination))
         self.assertFalse(os.path.exists(os.path.join(self.destination, "ancien")))
 
     def test_a_running_copy_is_switched_to(self):
         make_bundle(self.destination)
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
         with self.start(self.destination) as first:
-            first.find("label", os.path.join(self.destination, "bin", "pelmora"))
+            first.find("label", program_of(self.destination))
             with self.start(bundle) as pelmora:
                 pelmora.press("push button", MOVE)
                 self.assertEqual(pelmora.process.wait(timeout=20), 0)
             self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder"),
                                              (INFO, "INFO -- Switching to an already running version")])
             # This one knows nothing of the first: opening it is starting it once more.
-            wait(lambda: len(processes_of(os.path.join(self.destination, "bin", "pelmora"))) == 2)
+            wait(lambda: len(processes_of(program_of(self.destination))) == 2)
         self.assertTrue(os.path.exists(bundle))
 
     def test_a_copy_that_runs_already_is_not_asked_again(self):
@@ -121,9 +121,9 @@ class Portable(PortableTest):
             with self.start(bundle) as second:
                 self.assertEqual(second.process.wait(timeout=20), 0)
             first.press("push button", STAY)
-            first.find("label", os.path.join(bundle, "bin", "pelmora"))
+            first.find("label", program_of(bundle))
             with self.start(bundle) as third:
-                third.find("label", os.path.join(bundle, "bin", "pelmora"))
+                third.find("label", program_of(bundle))
 
     def test_the_whole_application_starts_where_it_is(self):
         bundle = unpack(os.path.join(self.downloads, "Pelmora.app"))
@@ -137,7 +137,7 @@ class Portable(PortableTest):
         with open(self.settings, "w", encoding="utf-8") as file:
             file.write(f"[General]\nMVAttestationsFolder={self.home}/Attestations\nMVLVitMode=2\n")
         bundle = unpack(os.path.join(self.downloads, "Pelmora.app"))
-        program = os.path.join(self.destination, "bin", "pelmora")
+        program = program_of(self.destination)
         with self.start(bundle, "--simulate") as pelmora:
             pelmora.press("push button", MOVE)
             self.assertEqual(pelmora.process.wait(timeout=20), 0)

@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 from desktop import wait
-from portable import BODY, ERROR, INFO, MOVE, PASSWORD_NOTE, PortableTest, WARNING, make_bundle
+from portable import BODY, ERROR, INFO, MOVE, PASSWORD_NOTE, PortableTest, WARNING, make_bundle, program_of
 from systemlog import mount
 
 
@@ -29,7 +29,7 @@ class Obstacles(PortableTest):
             (ERROR, f"ERROR -- Could not trash '{bundle}'"),
             (WARNING, "WARNING -- Could not delete application after moving it to Applications folder")])
         with self.running(self.destination) as moved:
-            moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+            moved.find("label", program_of(self.destination))
         self.assertTrue(os.access(os.path.join(self.destination, "bin", "pelmora"), os.W_OK))
 
     def lock_applications(self, answer):
@@ -56,7 +56,8 @@ class Obstacles(PortableTest):
         # As somebody careful unpacks it: afterwards the administrator owns it, and the user is to start it.
         for folder, _, _ in os.walk(bundle):
             os.chmod(folder, 0o700)
-        os.chmod(os.path.join(bundle, "bin", "pelmora"), 0o700)
+        for program in (os.path.join(bundle, "bin", "pelmora"), program_of(bundle)):
+            os.chmod(program, 0o700)
         with self.start(bundle) as pelmora:
             pelmora.find("label", f"{BODY} {PASSWORD_NOTE}")
             pelmora.press("push button", MOVE)
@@ -64,9 +65,9 @@ class Obstacles(PortableTest):
         self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder")])
         self.assertFalse(os.path.exists(bundle))
         with self.running(self.destination) as moved:
-            moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+            moved.find("label", program_of(self.destination))
         self.assertEqual(sorted(os.listdir(os.path.join(self.home, "Applications"))), ["Autre.app", "Pelmora.app"])
-        for path in ("", "bin", "bin/pelmora", "share/pelmora"):
+        for path in ("", "bin", "bin/pelmora", program_of(""), "share/pelmora"):
             self.assertEqual(os.stat(os.path.join(self.destination, path)).st_mode & 0o7777, 0o755, path)
         self.assertFalse(os.path.exists(os.path.join(self.destination, "ancien")))
 
@@ -75,7 +76,7 @@ class Obstacles(PortableTest):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
         with self.start(bundle) as pelmora:
             pelmora.press("push button", MOVE)
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
         self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder"),
                                          (INFO, "INFO -- Not moving because user canceled authorization")])
 
@@ -89,7 +90,7 @@ class Obstacles(PortableTest):
                 (INFO, "INFO -- Moving myself to the Applications folder"),
                 (ERROR, "ERROR -- Could not copy myself to /Applications with authorization")])
             pelmora.press("push button", "OK")
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
 
     def test_a_source_that_is_swapped_for_a_link_while_the_user_is_asked_is_not_followed(self):
         secret = os.path.join(self.home, "privé")
@@ -104,7 +105,7 @@ class Obstacles(PortableTest):
             pelmora.press("push button", MOVE)
             self.assertEqual(pelmora.process.wait(timeout=20), 0)
         with self.running(self.destination) as moved:
-            moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+            moved.find("label", program_of(self.destination))
         self.assertFalse(os.path.exists(os.path.join(self.destination, "secret")))
         self.assertEqual(os.stat(secret).st_mode & 0o777, 0o700)
 
@@ -119,7 +120,7 @@ class Obstacles(PortableTest):
                 (ERROR, f"ERROR -- Could not copy '{bundle}' to '{self.destination}' (Operation not supported)"),
                 (ERROR, f"ERROR -- Could not copy myself to {self.destination}")])
             pelmora.press("push button", "OK")
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
         self.assertFalse(os.path.exists(self.destination))
 
     def put_applications_on_a_disk(self, size):
@@ -139,7 +140,7 @@ class Obstacles(PortableTest):
         self.assertEqual(os.listdir(self.downloads), [])
         self.assertTrue(os.path.exists(os.path.join(trash, "files", "Pelmora.app", "ancien")))
         with self.running(self.destination) as moved:
-            moved.find("label", os.path.join(self.destination, "bin", "pelmora"))
+            moved.find("label", program_of(self.destination))
 
     def test_a_disk_that_is_full_midway_leaves_the_source_and_the_old_copy(self):
         trash = self.put_applications_on_a_disk("256k")
@@ -153,7 +154,7 @@ class Obstacles(PortableTest):
                 (ERROR, f"ERROR -- Could not copy '{bundle}' to '{self.destination}' (No space left on device)"),
                 (ERROR, f"ERROR -- Could not copy myself to {self.destination}")])
             pelmora.press("push button", "OK")
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
         self.assertEqual(os.listdir(os.path.dirname(trash)), [os.path.basename(trash)])
         self.assertTrue(os.path.exists(os.path.join(trash, "files", "Pelmora.app", "ancien")))
 
@@ -169,7 +170,7 @@ class Obstacles(PortableTest):
                 (ERROR, "Trash AppleScript error: there is nothing that runs scripts here"),
                 (ERROR, f"ERROR -- Could not trash '{self.destination}'")])
             pelmora.press("push button", "OK")
-            pelmora.find("label", os.path.join(bundle, "bin", "pelmora"))
+            pelmora.find("label", program_of(bundle))
         self.assertTrue(os.path.exists(os.path.join(self.destination, "bin", "pelmora")))
 
 

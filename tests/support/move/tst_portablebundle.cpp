@@ -29,16 +29,19 @@ void tst_PortableBundle::onlyATreeThatIsNamedSoIsACopysBundle_data()
     QTest::addColumn<QString>("executable");
     QTest::addColumn<QString>("bundle");
     const QString none;
-    QTest::newRow("portable") << u"/home/anne/Pelmora.app/bin/pelmora"_s << u"/home/anne/Pelmora.app"_s;
-    QTest::newRow("renamed") << u"/home/anne/Pelmora (2).app/bin/pelmora"_s << u"/home/anne/Pelmora (2).app"_s;
-    QTest::newRow("nested") << u"/a/Autre.app/Pelmora.app/bin/pelmora"_s << u"/a/Autre.app/Pelmora.app"_s;
-    QTest::newRow("installed") << u"/usr/bin/pelmora"_s << none;
-    QTest::newRow("installed below an application") << u"/opt/Autre.app/usr/bin/pelmora"_s << none;
-    QTest::newRow("built") << u"/home/anne/pelmora/build/stage/bin/pelmora"_s << none;
-    QTest::newRow("in no bin") << u"/home/anne/Pelmora.app/pelmora"_s << none;
-    QTest::newRow("only the extension") << u"/home/anne/.app/bin/pelmora"_s << none;
-    QTest::newRow("another case") << u"/home/anne/Pelmora.APP/bin/pelmora"_s << none;
-    QTest::newRow("root") << u"/bin/pelmora"_s << none;
+    QTest::newRow("portable") << u"/home/anne/Pelmora.app/libexec/pelmora/pelmora-window"_s
+                              << u"/home/anne/Pelmora.app"_s;
+    QTest::newRow("renamed") << u"/home/anne/Pelmora (2).app/libexec/pelmora/pelmora-window"_s
+                             << u"/home/anne/Pelmora (2).app"_s;
+    QTest::newRow("nested") << u"/a/Autre.app/Pelmora.app/libexec/pelmora/pelmora-window"_s
+                            << u"/a/Autre.app/Pelmora.app"_s;
+    QTest::newRow("installed") << u"/usr/libexec/pelmora/pelmora-window"_s << none;
+    QTest::newRow("installed below an application") << u"/opt/Autre.app/usr/libexec/pelmora/pelmora-window"_s << none;
+    QTest::newRow("built") << u"/home/anne/pelmora/build/stage/libexec/pelmora/pelmora-window"_s << none;
+    QTest::newRow("in another folder") << u"/home/anne/Pelmora.app/bin/pelmora"_s << none;
+    QTest::newRow("only the extension") << u"/home/anne/.app/libexec/pelmora/pelmora-window"_s << none;
+    QTest::newRow("another case") << u"/home/anne/Pelmora.APP/libexec/pelmora/pelmora-window"_s << none;
+    QTest::newRow("root") << u"/libexec/pelmora/pelmora-window"_s << none;
 }
 
 void tst_PortableBundle::onlyATreeThatIsNamedSoIsACopysBundle()
@@ -52,7 +55,8 @@ void tst_PortableBundle::aProgramBelongsToTheNearestBundle_data()
 {
     QTest::addColumn<QString>("executable");
     QTest::addColumn<QString>("bundle");
-    QTest::newRow("its program") << u"/home/anne/Pelmora.app/bin/pelmora"_s << u"/home/anne/Pelmora.app"_s;
+    QTest::newRow("its program") << u"/home/anne/Pelmora.app/libexec/pelmora/pelmora-window"_s
+                                 << u"/home/anne/Pelmora.app"_s;
     QTest::newRow("its card service") << u"/a/Pelmora.app/libexec/pelmora/com.morvel.lvit"_s << u"/a/Pelmora.app"_s;
     QTest::newRow("nested") << u"/a/Autre.app/Pelmora.app/bin/pelmora"_s << u"/a/Autre.app/Pelmora.app"_s;
     QTest::newRow("at the root") << u"/Pelmora.app/bin/pelmora"_s << u"/Pelmora.app"_s;

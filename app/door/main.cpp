@@ -1,0 +1,21 @@
+#include "app/door/Door.h"
+
+#include <array>
+#include <climits>
+#include <cstdio>
+
+#include <libgen.h>
+#include <unistd.h>
+
+int main(int argc, char* argv[])
+{
+    std::array<char, PATH_MAX> self{}; // TREE/bin/pelmora, whatever link it was started by
+    std::array<char, PATH_MAX + 64> program{};
+    if (readlink("/proc/self/exe", self.data(), self.size() - 1) > 0) {
+        std::snprintf(program.data(), program.size(), "%s/libexec/pelmora/%s", dirname(dirname(self.data())),
+                      programFor(std::span(argv, static_cast<std::size_t>(argc))));
+        execv(program.data(), argv);
+    }
+    std::fputs("pelmora : l’installation de Pelmora est incomplète.\n", stderr);
+    return 1;
+}
