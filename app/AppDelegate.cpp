@@ -13,7 +13,7 @@
 #include "prefs/settings/StandardPreferences.h"
 #include "support/MXLog.h"
 #include "support/move/MoveAtLaunch.h"
-#include "update/SUUpdater.h"
+#include "update/client/SUUpdater.h"
 
 #include <QAction>
 #include <QDateTime>
@@ -118,7 +118,9 @@ void AppDelegate::setObservers()
 void AppDelegate::initPrefs()
 {
     m_updater = std::make_unique<SUUpdater>(UpdateConfiguration::fromBundle(m_bundle),
+                                            QCoreApplication::applicationDirPath() + "/pelmora-update"_L1,
                                             std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
+    connect(m_updater.get(), &SUUpdater::failed, this, &AppDelegate::presentError);
     registerPreferencePanes(m_settings, m_bundle, *this, m_lvit, *m_updater);
 }
 

@@ -1,7 +1,6 @@
 #include "app/WindowRun.h"
 
 #include "app/AppDelegate.h"
-#include "app/FrenchTexts.h"
 #include "app/cards/CardService.h"
 #include "app/cards/Console.h"
 #include "app/desktop/InstanceMessage.h"
@@ -14,6 +13,8 @@
 #include "attestation/page/SchemeLogos.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
+#include "platform/gui/ApplicationNames.h"
+#include "platform/gui/FrenchTexts.h"
 
 #include <QApplication>
 
@@ -30,15 +31,6 @@ bool hasVisibleWindows()
     const QWidgetList windows = QApplication::topLevelWidgets();
     return std::ranges::any_of(windows,
                                [](const QWidget* window) { return window->isVisible() && !window->isMinimized(); });
-}
-
-void describeApplication()
-{
-    QCoreApplication::setApplicationName(u"Pelmora"_s);
-    QCoreApplication::setApplicationVersion(u"" PELMORA_VERSION ""_s);
-    QGuiApplication::setDesktopFileName(u"com.morvel.Pelmora"_s);
-    // Closing windows leaves the program running: the status item or the desktop's task list brings them back.
-    QApplication::setQuitOnLastWindowClosed(false);
 }
 
 // What reaches the running application from outside: later starts, the desktop, signals.
@@ -94,7 +86,7 @@ int runApplication(const CommandLine& command, const Bundle& bundle, SingleInsta
 int runWindow(const CommandLine& command, int argc, char** argv)
 {
     const QApplication application(argc, argv);
-    describeApplication();
+    nameApplication(u"" PELMORA_VERSION ""_s);
     installFrenchTexts();
     const Bundle bundle = Bundle::mainBundle();
     if (AppDelegate::applicationWillFinishLaunching(bundle) == MoveOutcome::Ends)

@@ -2,7 +2,7 @@
 
 #include "prefs/ui_UpdatePrefsView.h"
 #include "support/MXLog.h"
-#include "update/SUUpdater.h"
+#include "update/client/SUUpdater.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "update/UpdateConfiguration.h"
 #include "update/UpdateFailure.h"
 #include "update/UpdateFeed.h"
 #include "update/UpdateSignature.h"
+#include "update/client/UpdateConfiguration.h"
 
 #include <QByteArray>
 #include <QObject>

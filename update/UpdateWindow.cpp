@@ -3,6 +3,7 @@
 #include "ui_UpdateWindow.h"
 #include "update/UpdateNotes.h"
 #include "update/UpdateSession.h"
+#include "update/client/UpdateWords.h"
 
 #include <QLocale>
 #include <QPushButton>
@@ -54,7 +55,7 @@ constexpr std::array pages{
          u"Le paquet est signé par l’éditeur de Pelmora. Il vient d’être ouvert avec le programme d’installation de "
          u"votre bureau\u202F: suivez ses indications.",
          Close},
-    Page{State::Failed, u"Aucune mise à jour n’a pu être obtenue.", u"", Close},
+    Page{State::Failed, updateFailedText, u"", Close},
 };
 
 constexpr QStringView notTaken{

@@ -247,3 +247,40 @@ def is_running(pid):
             return file.read().rpartition(")")[2].split()[0] not in "ZX"
     except (FileNotFoundError, ProcessLookupError):
         return False
+
+
+def processes_of(path):
+    """Numbers of the processes that run a program at the path."""
+    found = []
+    for name in os.listdir("/proc"):
+        try:
+            if name.isdigit() and os.readlink(f"/proc/{name}/exe") == path and is_running(int(name)):
+                found.append(int(name))
+        except OSError:
+            pass
+    return found
+
+
+class Running(Application):
+    """A process that runs already, started by another one, at the path of its program."""
+
+    class _Process:
+        def __init__(self, pid):
+            self.pid = pid
+
+        def kill(self):
+            try:
+                os.kill(self.pid, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+
+        def poll(self):
+            return None if is_running(self.pid) else "a code that its parent knows"
+
+        def wait(self):
+            wait(lambda: not is_running(self.pid))
+
+    def __init__(self, program):  # pylint: disable=super-init-not-called
+        self.home = None
+        self._own_home = False
+        self.process = self._Process(wait(lambda: processes_of(program))[0])

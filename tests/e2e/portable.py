@@ -10,7 +10,7 @@ import sys
 import tempfile
 import unittest
 
-from desktop import Application, is_running, wait
+from desktop import Application, Running, processes_of
 from systemlog import SystemLog
 
 MOVABLE_PROGRAM = sys.argv.pop(2)
@@ -53,43 +53,6 @@ def unpack(path):
     subprocess.run(["tar", "--extract", "--file", archive, "--directory", folder], check=True)
     os.remove(archive)
     return path
-
-
-def processes_of(path):
-    """Numbers of the processes that run a program at the path."""
-    found = []
-    for name in os.listdir("/proc"):
-        try:
-            if name.isdigit() and os.readlink(f"/proc/{name}/exe") == path and is_running(int(name)):
-                found.append(int(name))
-        except OSError:
-            pass
-    return found
-
-
-class Running(Application):
-    """A process that runs already, started by another one, at the path of its program."""
-
-    class _Process:
-        def __init__(self, pid):
-            self.pid = pid
-
-        def kill(self):
-            try:
-                os.kill(self.pid, signal.SIGKILL)
-            except ProcessLookupError:
-                pass
-
-        def poll(self):
-            return None if is_running(self.pid) else "a code that its parent knows"
-
-        def wait(self):
-            wait(lambda: not is_running(self.pid))
-
-    def __init__(self, program):  # pylint: disable=super-init-not-called
-        self.home = None
-        self._own_home = False
-        self.process = self._Process(wait(lambda: processes_of(program))[0])
 
 
 class PortableTest(unittest.TestCase):

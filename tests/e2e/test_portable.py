@@ -7,9 +7,9 @@ import os
 import subprocess
 import unittest
 
-from desktop import Application, wait
+from desktop import Application, processes_of, wait
 from portable import (BODY, BOX, DOWNLOADS_NOTE, HOME_TITLE, INFO, MOVE, PortableTest, STAY, make_bundle,
-                      processes_of, program_of, unpack)
+                      program_of, unpack)
 
 
 class Portable(PortableTest):

@@ -3,7 +3,7 @@
 #include "tests/update/FeedXml.h"
 #include "tests/update/SigningKey.h"
 #include "tests/update/UpdateServer.h"
-#include "update/UpdateConfiguration.h"
+#include "update/client/UpdateConfiguration.h"
 
 #include <QTemporaryDir>
 

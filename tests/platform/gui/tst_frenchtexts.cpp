@@ -1,4 +1,4 @@
-#include "app/FrenchTexts.h"
+#include "platform/gui/FrenchTexts.h"
 #include "tests/common/TestCase.h"
 
 #include <QDialogButtonBox>

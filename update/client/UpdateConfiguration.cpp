@@ -1,4 +1,4 @@
-#include "update/UpdateConfiguration.h"
+#include "update/client/UpdateConfiguration.h"
 
 #include "platform/Bundle.h"
 

@@ -1,7 +1,7 @@
 #include "platform/Bundle.h"
 #include "platform/PropertyList.h"
 #include "tests/common/TestCase.h"
-#include "update/UpdateConfiguration.h"
+#include "update/client/UpdateConfiguration.h"
 
 #include <QFile>
 #include <QTemporaryDir>

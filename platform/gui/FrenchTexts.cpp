@@ -1,4 +1,4 @@
-#include "app/FrenchTexts.h"
+#include "platform/gui/FrenchTexts.h"
 
 #include <QCoreApplication>
 #include <QLibraryInfo>

@@ -1,49 +1,29 @@
-#include "update/SUUpdater.h"
+#include "update/UpdateRun.h"
 
 #include "platform/UserDefaults.h"
 #include "platform/gui/WindowActivation.h"
 #include "platform/gui/Workspace.h"
 #include "update/UpdateSession.h"
 #include "update/UpdateWindow.h"
+#include "update/client/UpdateWords.h"
 
+#include <QDateTime>
 #include <QDebug>
 
-#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 using State = UpdateSession::State;
 
-namespace {
-
-constexpr QLatin1StringView lastCheckTimeKey{"SULastCheckTime"};
-constexpr QLatin1StringView skippedVersionKey{"SUSkippedVersion"};
-
-} // namespace
-
-SUUpdater::SUUpdater(UpdateConfiguration configuration, std::unique_ptr<UserDefaults> defaults, QObject* parent)
-    : QObject(parent)
-    , m_configuration(std::move(configuration))
+UpdateRun::UpdateRun(UpdateConfiguration configuration, std::unique_ptr<UserDefaults> defaults)
+    : m_configuration(std::move(configuration))
     , m_defaults(std::move(defaults))
 {
-    m_timer.setSingleShot(true);
-    // The others may come minutes too soon.
-    m_timer.setTimerType(Qt::PreciseTimer);
-    connect(&m_timer, &QTimer::timeout, this, &SUUpdater::checkByItself);
-    planNextCheck();
 }
 
-SUUpdater::~SUUpdater() = default;
+UpdateRun::~UpdateRun() = default;
 
-std::optional<QDateTime> SUUpdater::lastUpdateCheckDate() const
-{
-    const QVariant stored = m_defaults->object(lastCheckTimeKey);
-    if (stored.typeId() != QMetaType::QDateTime || !stored.toDateTime().isValid())
-        return std::nullopt;
-    return stored.toDateTime();
-}
-
-void SUUpdater::checkForUpdates([[maybe_unused]] const QObject* sender)
+void UpdateRun::checkForUpdates()
 {
     const bool isIdle = m_session == nullptr;
     if (isIdle)
@@ -55,54 +35,40 @@ void SUUpdater::checkForUpdates([[maybe_unused]] const QObject* sender)
     bringToFront(*m_window);
 }
 
-void SUUpdater::planNextCheck()
+void UpdateRun::checkByItself()
 {
-    if (!m_configuration.automaticChecks || m_configuration.isPackaged || !m_configuration.feed)
-        return;
-    const UpdateLimits& limits = m_configuration.limits;
-    const std::optional<QDateTime> last = lastUpdateCheckDate();
-    const QDateTime now = QDateTime::currentDateTime();
-    std::chrono::milliseconds delay = limits.firstCheck;
-    // A date to come was taken from a clock that was wrong.
-    if (last && *last <= now)
-        delay = std::max(delay, limits.interval - std::chrono::milliseconds(last->msecsTo(now)));
-    m_timer.start(delay);
-}
-
-void SUUpdater::checkByItself()
-{
-    // One that the user watches is as good.
     if (m_session)
-        return planNextCheck();
+        return;
     makeSession();
     startSession();
 }
 
-void SUUpdater::makeSession()
+void UpdateRun::makeSession()
 {
     m_session = std::make_unique<UpdateSession>(m_configuration);
-    connect(m_session.get(), &UpdateSession::stateChanged, this, &SUUpdater::follow);
+    connect(m_session.get(), &UpdateSession::stateChanged, this, &UpdateRun::follow);
 }
 
-void SUUpdater::startSession()
+void UpdateRun::startSession()
 {
     m_session->start();
     if (!m_session || m_session->state() != State::Checking)
         return;
     // Whatever comes of it: a server that fails is not asked again and again.
     m_defaults->setObject(lastCheckTimeKey, QDateTime::currentDateTime());
-    planNextCheck();
+    // The application reads it.
+    m_defaults->synchronize();
 }
 
-void SUUpdater::makeWindow()
+void UpdateRun::makeWindow()
 {
     m_window = std::make_unique<UpdateWindow>(*m_session);
     connect(m_window.get(), &UpdateWindow::skipRequested, this,
             [this] { m_defaults->setObject(skippedVersionKey, m_session->item().version); });
-    connect(m_window.get(), &UpdateWindow::finished, this, &SUUpdater::close);
+    connect(m_window.get(), &UpdateWindow::finished, this, &UpdateRun::close);
 }
 
-void SUUpdater::follow()
+void UpdateRun::follow()
 {
     const State state = m_session->state();
     if (m_window) {
@@ -123,11 +89,13 @@ void SUUpdater::follow()
         qWarning().noquote() << "The search for updates failed:" << textOf(m_session->failure());
     // Its own signal is being delivered.
     m_session.release()->deleteLater();
+    Q_EMIT finished();
 }
 
-void SUUpdater::close()
+void UpdateRun::close()
 {
     // A search or a download that still runs ends here. The window is in the middle of its own signal.
     m_window.release()->deleteLater();
     m_session.reset();
+    Q_EMIT finished();
 }

@@ -1,7 +1,7 @@
 #include "platform/UserDefaults.h"
 #include "tests/common/TestCase.h"
 #include "tests/update/UpdateFixture.h"
-#include "update/SUUpdater.h"
+#include "update/UpdateRun.h"
 #include "update/UpdateWindow.h"
 
 #include <QApplication>
@@ -12,11 +12,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <algorithm>
-#include <chrono>
-
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 using Then = UpdateServer::Then;
 
 namespace {
@@ -70,7 +66,7 @@ private:
     QList<QUrl> m_opened;
 };
 
-class tst_SUUpdater : public TestCase
+class tst_UpdateRun : public TestCase
 {
     Q_OBJECT
 
@@ -83,41 +79,15 @@ private:
     {
         return std::make_unique<UserDefaults>(m_fixture->settingsPath());
     }
-    [[nodiscard]] std::unique_ptr<SUUpdater> updater(const UpdateConfiguration& configuration) const
+    [[nodiscard]] std::unique_ptr<UpdateRun> run(const UpdateConfiguration& configuration) const
     {
-        return std::make_unique<SUUpdater>(configuration, settings());
+        return std::make_unique<UpdateRun>(configuration, settings());
     }
-    [[nodiscard]] std::unique_ptr<SUUpdater> updater() const { return updater(m_fixture->configuration()); }
-
-    // One that looks by itself, at once and then as often as it is told.
-    [[nodiscard]] UpdateConfiguration automatic(std::chrono::milliseconds interval) const
-    {
-        UpdateConfiguration configuration = m_fixture->configuration();
-        configuration.automaticChecks = true;
-        configuration.limits.firstCheck = 0ms;
-        configuration.limits.interval = interval;
-        return configuration;
-    }
+    [[nodiscard]] std::unique_ptr<UpdateRun> run() const { return run(m_fixture->configuration()); }
 
     [[nodiscard]] qsizetype requests() const { return m_fixture->server().requests().size(); }
-
-    // Where one is told to look that is to keep quiet, and what the server is asked there until another, which may look
-    // and has come later, has looked three times.
-    [[nodiscard]] QUrl quietAddress() const { return m_fixture->server().address(u"/quiet"_s); }
-    [[nodiscard]] std::optional<qsizetype> requestsMeanwhile(const QByteArray& path) const
-    {
-        m_fixture->setFeed("Bonjour");
-        const AnnouncedMessages failures(m_searchFailed);
-        const SUUpdater other(automatic(1ms), std::make_unique<UserDefaults>(m_fixture->folder() + u".conf"_s));
-        const auto requestsFor = [this](const QByteArray& wanted) {
-            return std::ranges::count_if(m_fixture->server().requests(), [&wanted](const QByteArray& head) {
-                return head.startsWith("GET " + wanted + ' ');
-            });
-        };
-        if (!QTest::qWaitFor([&] { return requestsFor("/feed") >= 3; }))
-            return std::nullopt;
-        return requestsFor(path);
-    }
+    // When the feed was last asked, as another process reads it.
+    [[nodiscard]] QDateTime lastCheck() const { return settings()->object(u"SULastCheckTime"_s).toDateTime(); }
 
 private Q_SLOTS:
     void init() { m_fixture = std::make_unique<UpdateFixture>(); }
@@ -129,8 +99,8 @@ private Q_SLOTS:
 
     void aCheckShowsItsWindowAtOnceAndThenItsOutcome()
     {
-        const auto updater = this->updater();
-        updater->checkForUpdates(nullptr);
+        const auto run = this->run();
+        run->checkForUpdates();
         QCOMPARE(shownHeadline(), u"Recherche d’une mise à jour…"_s);
         QTRY_COMPARE(shownHeadline(), m_available);
         QVERIFY(!shownWindow()->isModal());
@@ -138,61 +108,36 @@ private Q_SLOTS:
 
     void aSecondCheckOnlyBringsTheWindowToTheFront()
     {
-        const auto updater = this->updater();
-        updater->checkForUpdates(nullptr);
+        const auto run = this->run();
+        run->checkForUpdates();
         QTRY_COMPARE(shownHeadline(), m_available);
-        updater->checkForUpdates(this);
+        run->checkForUpdates();
         QCOMPARE(shownHeadline(), m_available);
         QCOMPARE(requests(), 1);
         press(u"Plus tard"_s);
         QTRY_COMPARE(shownWindow(), nullptr);
-        updater->checkForUpdates(nullptr);
+        run->checkForUpdates();
         QTRY_COMPARE(requests(), 2);
-    }
-
-    void aCheckIsDatedWhateverComesOfIt()
-    {
-        const auto updater = this->updater();
-        QVERIFY(!updater->lastUpdateCheckDate());
-        m_fixture->setFeed("Bonjour");
-        const QDateTime before = QDateTime::currentDateTime();
-        updater->checkForUpdates(nullptr);
-        QTRY_COMPARE(shownHeadline(), u"Aucune mise à jour n’a pu être obtenue."_s);
-        QVERIFY(updater->lastUpdateCheckDate() >= before);
-        QVERIFY(updater->lastUpdateCheckDate() <= QDateTime::currentDateTime());
-        QCOMPARE(this->updater()->lastUpdateCheckDate(), updater->lastUpdateCheckDate());
-        QCOMPARE(settings()->object(u"SULastCheckTime"_s).toDateTime(), updater->lastUpdateCheckDate());
     }
 
     void withoutAFeedAKindMessageIsShownAndNoDateKept()
     {
         UpdateConfiguration configuration = m_fixture->configuration();
         configuration.feed.reset();
-        const auto updater = this->updater(configuration);
-        updater->checkForUpdates(nullptr);
+        const auto run = this->run(configuration);
+        run->checkForUpdates();
         QCOMPARE(
             shownWindow()->findChild<QLabel*>(u"detailLabel"_s)->text(),
             u"Cette version de Pelmora ne sait pas où chercher ses mises à jour. Demandez à votre fournisseur s’il "
             u"en existe une plus récente."_s);
-        QVERIFY(!updater->lastUpdateCheckDate());
-    }
-
-    void aDateThatIsNoneIsAbsent()
-    {
-        settings()->setObject(u"SULastCheckTime"_s, u"hier"_s);
-        QVERIFY(!updater()->lastUpdateCheckDate());
-        settings()->setObject(u"SULastCheckTime"_s, QDateTime());
-        QVERIFY(!updater()->lastUpdateCheckDate());
-        const QDateTime date(QDate(2024, 3, 5), QTime(9, 7));
-        settings()->setObject(u"SULastCheckTime"_s, date);
-        QCOMPARE(updater()->lastUpdateCheckDate(), date);
+        QVERIFY(!lastCheck().isValid());
     }
 
     void aVerifiedPackageIsHandedToTheDesktop()
     {
         const Desktop desktop;
-        const auto updater = this->updater();
-        updater->checkForUpdates(nullptr);
+        const auto run = this->run();
+        run->checkForUpdates();
         QTRY_COMPARE(shownHeadline(), m_available);
         press(u"Télécharger"_s);
         QTRY_COMPARE(shownHeadline(), u"La version 2.0 est prête à être installée."_s);
@@ -210,8 +155,8 @@ private Q_SLOTS:
         const Desktop desktop;
         m_fixture->server().setAnswer(u"/pelmora.deb"_s,
                                       UpdateServer::ok("application/octet-stream", QByteArray(3'000'000, 'q')));
-        const auto updater = this->updater();
-        updater->checkForUpdates(nullptr);
+        const auto run = this->run();
+        run->checkForUpdates();
         QTRY_COMPARE(shownHeadline(), m_available);
         press(u"Télécharger"_s);
         QTRY_COMPARE(shownHeadline(), u"Aucune mise à jour n’a pu être obtenue."_s);
@@ -223,8 +168,8 @@ private Q_SLOTS:
     {
         m_fixture->server().setAnswer(
             u"/pelmora.deb"_s, {"HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n", QByteArray(1000, 'p'), Then::Stall});
-        const auto updater = this->updater();
-        updater->checkForUpdates(nullptr);
+        const auto run = this->run();
+        run->checkForUpdates();
         QTRY_COMPARE(shownHeadline(), m_available);
         press(u"Télécharger"_s);
         QTRY_VERIFY(!QDir(m_fixture->folder()).isEmpty());
@@ -236,12 +181,12 @@ private Q_SLOTS:
     {
         m_fixture->server().setAnswer(
             u"/pelmora.deb"_s, {"HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n", QByteArray(1000, 'p'), Then::Stall});
-        auto updater = this->updater();
-        updater->checkForUpdates(nullptr);
+        auto run = this->run();
+        run->checkForUpdates();
         QTRY_COMPARE(shownHeadline(), m_available);
         press(u"Télécharger"_s);
         QTRY_VERIFY(!QDir(m_fixture->folder()).isEmpty());
-        updater.reset();
+        run.reset();
         QVERIFY(QDir(m_fixture->folder()).isEmpty());
         QCOMPARE(shownWindow(), nullptr);
     }
@@ -249,45 +194,52 @@ private Q_SLOTS:
     void aSearchThatWasCancelledCanBeBegunAgain()
     {
         m_fixture->server().setAnswer(u"/feed"_s, {{}, {}, Then::Stall, false});
-        const auto updater = this->updater();
-        updater->checkForUpdates(nullptr);
+        const auto run = this->run();
+        run->checkForUpdates();
         QTRY_COMPARE(requests(), 1);
         press(u"Annuler"_s);
         QCOMPARE(shownWindow(), nullptr);
         m_fixture->publish();
-        updater->checkForUpdates(nullptr);
+        run->checkForUpdates();
         QTRY_COMPARE(shownHeadline(), m_available);
         QCOMPARE(requests(), 2);
     }
 
-    void withoutPermissionNothingIsLookedFor()
+    void aCheckIsDatedWhateverComesOfIt()
     {
-        UpdateConfiguration configuration = automatic(0ms);
-        configuration.automaticChecks = false;
-        configuration.feed = quietAddress();
-        const auto updater = this->updater(configuration);
-        QCOMPARE(requestsMeanwhile("/quiet"), 0);
-        QVERIFY(!updater->lastUpdateCheckDate());
+        m_fixture->setFeed("Bonjour");
+        const QDateTime before = QDateTime::currentDateTime();
+        const auto run = this->run();
+        run->checkForUpdates();
+        QVERIFY(lastCheck() >= before);
+        QVERIFY(lastCheck() <= QDateTime::currentDateTime());
+        QTRY_COMPARE(shownHeadline(), u"Aucune mise à jour n’a pu être obtenue."_s);
     }
 
-    void aPackageManagersProgramDoesNotLookByItself()
+    void theEndOfTheWindowIsTheEnd()
     {
-        UpdateConfiguration configuration = automatic(0ms);
-        configuration.isPackaged = true;
-        configuration.feed = quietAddress();
-        const auto updater = this->updater(configuration);
-        QCOMPARE(requestsMeanwhile("/quiet"), 0);
-        QCOMPARE(shownWindow(), nullptr);
-    }
-
-    void withPermissionANewVersionShowsByItself()
-    {
-        const auto updater = this->updater(automatic(24h));
+        const auto run = this->run();
+        const QSignalSpy finished(run.get(), &UpdateRun::finished);
+        run->checkForUpdates();
         QTRY_COMPARE(shownHeadline(), m_available);
-        QVERIFY(updater->lastUpdateCheckDate().has_value());
+        QCOMPARE(finished.size(), 0);
+        press(u"Plus tard"_s);
+        QCOMPARE(finished.size(), 1);
     }
 
-    void withPermissionOnlyNewsAreShown_data()
+    void aNewVersionThatNobodyAskedForHasAWindow()
+    {
+        const auto run = this->run();
+        const QSignalSpy finished(run.get(), &UpdateRun::finished);
+        run->checkByItself();
+        QVERIFY(lastCheck().isValid());
+        QTRY_COMPARE(shownHeadline(), m_available);
+        QCOMPARE(finished.size(), 0);
+        press(u"Plus tard"_s);
+        QCOMPARE(finished.size(), 1);
+    }
+
+    void whatElseNobodyAskedForEndsWithoutAWindow_data()
     {
         QTest::addColumn<QByteArray>("feed");
         QTest::addColumn<bool>("isFailure");
@@ -296,76 +248,57 @@ private Q_SLOTS:
         QTest::newRow("for a newer system")
             << feedXml(itemXml({.more = "<sparkle:minimumSystemVersion>9.9</sparkle:minimumSystemVersion>"})) << false;
     }
-    void withPermissionOnlyNewsAreShown()
+    void whatElseNobodyAskedForEndsWithoutAWindow()
     {
         QFETCH(const QByteArray, feed);
         QFETCH(const bool, isFailure);
         m_fixture->setFeed(feed);
-        const AnnouncedMessages failures(m_searchFailed);
-        // Each look shows that the one before it has ended.
-        const auto updater = this->updater(automatic(1ms));
-        QTRY_VERIFY(requests() >= 3);
+        const auto run = this->run();
+        QSignalSpy finished(run.get(), &UpdateRun::finished);
+        run->checkByItself();
+        QVERIFY(finished.wait());
         QCOMPARE(shownWindow(), nullptr);
         QCOMPARE(failures.count() > 0, isFailure);
-    }
-
-    void itLooksOnceADayAtMost()
-    {
-        settings()->setObject(u"SULastCheckTime"_s, QDateTime::currentDateTime().addSecs(-23 * 3600));
-        UpdateConfiguration configuration = automatic(24h);
-        configuration.feed = quietAddress();
-        const auto updater = this->updater(configuration);
-        QCOMPARE(requestsMeanwhile("/quiet"), 0);
-    }
-
-    void itLooksAgainAfterADayOrWhenTheClockWasWrong_data()
-    {
-        QTest::addColumn<int>("hours");
-        QTest::newRow("yesterday") << -25;
-        QTest::newRow("to come") << 48;
-    }
-    void itLooksAgainAfterADayOrWhenTheClockWasWrong()
-    {
-        QFETCH(const int, hours);
-        settings()->setObject(u"SULastCheckTime"_s, QDateTime::currentDateTime().addSecs(hours * 3600));
-        const auto updater = this->updater(automatic(24h));
-        QTRY_COMPARE(requests(), 1);
     }
 
     void anIgnoredVersionShowsOnlyToWhoAsks()
     {
         {
-            const auto updater = this->updater();
-            updater->checkForUpdates(nullptr);
+            const auto run = this->run();
+            run->checkForUpdates();
             QTRY_COMPARE(shownHeadline(), m_available);
             press(u"Ignorer cette version"_s);
         }
         QCOMPARE(settings()->object(u"SUSkippedVersion"_s), u"2.0"_s);
-        const auto updater = this->updater(automatic(1ms));
-        QTRY_VERIFY(requests() >= 4);
+        const auto run = this->run();
+        QSignalSpy finished(run.get(), &UpdateRun::finished);
+        run->checkByItself();
+        QVERIFY(finished.wait());
         QCOMPARE(shownWindow(), nullptr);
         m_fixture->publish("2.1");
+        run->checkByItself();
         QTRY_COMPARE(shownHeadline(), u"La version 2.1 de Pelmora est disponible."_s);
         press(u"Plus tard"_s);
 
         m_fixture->publish("2.0");
-        const auto asked = this->updater();
-        asked->checkForUpdates(nullptr);
+        const auto asked = this->run();
+        asked->checkForUpdates();
         QTRY_COMPARE(shownHeadline(), m_available);
     }
 
     void aSearchByItselfIsShownToWhoAsksMeanwhile()
     {
         m_fixture->server().setAnswer(u"/feed"_s, {{}, {}, Then::Stall, false});
-        const auto updater = this->updater(automatic(24h));
+        const auto run = this->run();
+        run->checkByItself();
         QTRY_COMPARE(requests(), 1);
         QCOMPARE(shownWindow(), nullptr);
-        updater->checkForUpdates(nullptr);
+        run->checkForUpdates();
         QCOMPARE(shownHeadline(), u"Recherche d’une mise à jour…"_s);
         QCOMPARE(requests(), 1);
         press(u"Annuler"_s);
     }
 };
 
-QTEST_MAIN(tst_SUUpdater)
-#include "tst_suupdater.moc"
+QTEST_MAIN(tst_UpdateRun)
+#include "tst_updaterun.moc"

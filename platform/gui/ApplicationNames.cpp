@@ -1,0 +1,14 @@
+#include "platform/gui/ApplicationNames.h"
+
+#include <QApplication>
+
+using namespace Qt::StringLiterals;
+
+void nameApplication(const QString& version)
+{
+    QCoreApplication::setApplicationName(u"Pelmora"_s);
+    QCoreApplication::setApplicationVersion(version);
+    QGuiApplication::setDesktopFileName(u"com.morvel.Pelmora"_s);
+    // Closing windows leaves the program running: the status item or the desktop's task list brings them back.
+    QApplication::setQuitOnLastWindowClosed(false);
+}
