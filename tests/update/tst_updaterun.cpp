@@ -208,6 +208,7 @@ private Q_SLOTS:
     void aCheckIsDatedWhateverComesOfIt()
     {
         m_fixture->setFeed("Bonjour");
+        const AnnouncedMessages failures(m_searchFailed);
         const QDateTime before = QDateTime::currentDateTime();
         const auto run = this->run();
         run->checkForUpdates();
@@ -253,6 +254,7 @@ private Q_SLOTS:
         QFETCH(const QByteArray, feed);
         QFETCH(const bool, isFailure);
         m_fixture->setFeed(feed);
+        const AnnouncedMessages failures(m_searchFailed);
         const auto run = this->run();
         QSignalSpy finished(run.get(), &UpdateRun::finished);
         run->checkByItself();
