@@ -470,6 +470,7 @@ private Q_SLOTS:
         const auto office = boundOffice(m_fake.command());
         QVERIFY(office);
         const QTemporaryDir withoutContact;
+        const AnnouncedMessages noInformation(u"The information dictionary cannot be read."_s);
         const Office other(m_fake.command(), withoutContact.path());
         other.start();
         other.delegate->loadXMLFile(specimen());

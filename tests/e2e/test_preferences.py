@@ -9,11 +9,12 @@ import tempfile
 import time
 import unittest
 
-from desktop import Application, Atspi, key, wait
+from desktop import Application, Atspi, Running, key, wait
 from windows import close, is_in_front
 
 STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
+UPDATES = os.path.realpath(os.path.join(STAGE, "libexec", "pelmora", "pelmora-update"))
 WINDOW = "Préférences Pelmora"
 
 # Each pane's button, and a control that no other pane has.
@@ -349,9 +350,10 @@ class Panes(Preferences):
         self.pane(pelmora, "Mise à jour")
         self.assertIsNone(pelmora.find_now("label", "Dernière vérification.*"))
         pelmora.press("push button", "Vérifier maintenant")
-        pelmora.find("label", "Cette version de Pelmora ne sait pas où chercher ses mises à jour\\. .*")
-        pelmora.press("push button", "OK")
-        pelmora.wait_until_gone("dialog", "Mise à jour de Pelmora")
+        updates = Running(UPDATES)
+        updates.find("label", "Cette version de Pelmora ne sait pas où chercher ses mises à jour\\. .*")
+        updates.press("push button", "OK")
+        updates.process.wait()
 
 
 if __name__ == "__main__":
