@@ -87,18 +87,19 @@ inline constexpr RecordKey fundCodeLibelle{u"FundCodeLibelle"};
 inline constexpr RecordKey xmlString{u"XMLString"};
 } // namespace CardKey
 
-/// Where the parts of a card's document are.
+/// Where the parts of a card's document are. Not inline, as are the fields below: with the sanitizers the compiler
+/// takes the address of an inline variable for one that may be null, and no text at it is a constant then.
 namespace CardPath {
-inline constexpr ElementPath document{"T_AsnDonneesVitale"};
+constexpr ElementPath document{"T_AsnDonneesVitale"};
 // From the document's element.
-inline constexpr ElementPath serial{"tech/numSerie"};
-inline constexpr ElementPath beneficiary{"listeBenef/T_AsnBeneficiaire"};
+constexpr ElementPath serial{"tech/numSerie"};
+constexpr ElementPath beneficiary{"listeBenef/T_AsnBeneficiaire"};
 // From a beneficiary's element.
-inline constexpr ElementPath birth{"ident/naissance"};
-inline constexpr ElementPath period{"ident/listePeriodesDroits/T_AsnPeriode"};
+constexpr ElementPath birth{"ident/naissance"};
+constexpr ElementPath period{"ident/listePeriodesDroits/T_AsnPeriode"};
 // From a period's element.
-inline constexpr ElementPath periodBegin{"debut"};
-inline constexpr ElementPath periodEnd{"fin"};
+constexpr ElementPath periodBegin{"debut"};
+constexpr ElementPath periodEnd{"fin"};
 } // namespace CardPath
 
 /// A field of a beneficiary: its key in the record and its path from the beneficiary's element.
@@ -115,7 +116,7 @@ struct BeneficiaryField
 };
 
 /// Every field that is copied from the card's XML as it stands.
-inline constexpr std::array beneficiaryFields{
+constexpr std::array beneficiaryFields{
     BeneficiaryField{CardKey::lastName, "ident/nomUsuel"},
     BeneficiaryField{CardKey::patronimicName, "ident/nomPatronymique"},
     BeneficiaryField{CardKey::firstName, "ident/prenomUsuel"},

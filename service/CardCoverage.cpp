@@ -8,6 +8,9 @@ namespace {
 
 constexpr ElementPath beneficiaryElement = CardPath::document / CardPath::beneficiary;
 constexpr QStringView beneficiaryPath = beneficiaryElement.utf16();
+constexpr QStringView qualityPath = pathOf(CardKey::quality);
+constexpr QStringView schemePath = pathOf(CardKey::regimeCode);
+constexpr QStringView fundPath = pathOf(CardKey::fundCode);
 
 /// Follows a card's elements and keeps the first quality, scheme and fund of each beneficiary.
 class CoverageFinder
@@ -61,9 +64,9 @@ private:
     };
     struct Values
     {
-        Value quality{pathOf(CardKey::quality), {}, false};
-        Value scheme{pathOf(CardKey::regimeCode), {}, false};
-        Value fund{pathOf(CardKey::fundCode), {}, false};
+        Value quality{qualityPath, {}, false};
+        Value scheme{schemePath, {}, false};
+        Value fund{fundPath, {}, false};
     };
 
     static constexpr qsizetype deepestNesting = 256;

@@ -31,20 +31,21 @@ struct CardElement
     bool zerosAreNothing = false; // zeros alone are what an unwritten card holds, and no value
 };
 
+// What points into the card's paths is not inline, as they are not.
 namespace CardElements {
 
-inline constexpr QStringView document = CardPath::document.utf16();
-inline constexpr QStringView serial = CardPath::serial.utf16();
-inline constexpr QStringView beneficiary = CardPath::beneficiary.utf16();
+constexpr QStringView document = CardPath::document.utf16();
+constexpr QStringView serial = CardPath::serial.utf16();
+constexpr QStringView beneficiary = CardPath::beneficiary.utf16();
 // Family cards have room for nineteen. More than this is no family, and would take its time.
 inline constexpr std::size_t mostBeneficiaries = 99;
-inline constexpr QStringView period = CardPath::period.utf16();
-inline constexpr std::array periodParts{CardPath::periodBegin.utf16(), CardPath::periodEnd.utf16()};
+constexpr QStringView period = CardPath::period.utf16();
+[[maybe_unused]] constexpr std::array periodParts{CardPath::periodBegin.utf16(), CardPath::periodEnd.utf16()};
 
-inline constexpr QStringView quality = pathOf(CardKey::quality);
-inline constexpr QStringView birth = CardPath::birth.utf16();
-inline constexpr QStringView birthDate = pathOf(CardKey::birthdayDate);
-inline constexpr QStringView shortBirthDate = pathOf(CardKey::birthdayDateRaw);
+constexpr QStringView quality = pathOf(CardKey::quality);
+constexpr QStringView birth = CardPath::birth.utf16();
+constexpr QStringView birthDate = pathOf(CardKey::birthdayDate);
+constexpr QStringView shortBirthDate = pathOf(CardKey::birthdayDateRaw);
 
 inline constexpr QStringView digits{u"0123456789"};
 /// A number of as many digits, zeros in front included.
@@ -61,7 +62,7 @@ inline constexpr CardShape numberShape{13, 15};
 // given.
 inline constexpr CardShape qualityShape{1, 1, u"012345689"};
 
-inline constexpr std::array beneficiaryElements{
+constexpr std::array beneficiaryElements{
     CardElement{pathOf(CardKey::lastName), nameShape, CardNeed::Everyone},
     CardElement{pathOf(CardKey::patronimicName), nameShape},
     CardElement{pathOf(CardKey::firstName), nameShape, CardNeed::Everyone},

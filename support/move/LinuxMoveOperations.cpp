@@ -23,7 +23,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int forEver = -1;
+constexpr int untilItEnds = -1;
 constexpr QLatin1StringView suppressionKey{"moveToApplicationsFolderAlertSuppress"};
 
 int priorityOf(MoveOperations::LogLevel level)
@@ -158,7 +158,7 @@ std::optional<int> LinuxMoveOperations::run(const MoveCommand& command)
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardOutputFile(QProcess::nullDevice());
     process.start(command.program, command.arguments);
-    if (!process.waitForFinished(forEver) || process.exitStatus() != QProcess::NormalExit)
+    if (!process.waitForFinished(untilItEnds) || process.exitStatus() != QProcess::NormalExit)
         return std::nullopt;
     return process.exitCode();
 }

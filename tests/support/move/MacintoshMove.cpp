@@ -17,9 +17,9 @@ MoveCommand inShell(QStringView format, const QStringList& values)
     return {u"/bin/sh"_s, {u"-c"_s, formattedText(format, values)}};
 }
 
-QStringList trashScript(const QString& path)
+QStringList trashScript(const QString& item)
 {
-    return {u"set theFile to POSIX file \""_s + path + u'"', u"tell application \"Finder\""_s,
+    return {u"set theFile to POSIX file \""_s + item + u'"', u"tell application \"Finder\""_s,
             u"move theFile to trash"_s, u"end tell"_s};
 }
 
