@@ -62,7 +62,7 @@ inline constexpr CardShape numberShape{13, 15};
 // given.
 inline constexpr CardShape qualityShape{1, 1, u"012345689"};
 
-constexpr std::array beneficiaryElements{
+[[maybe_unused]] constexpr std::array beneficiaryElements{
     CardElement{pathOf(CardKey::lastName), nameShape, CardNeed::Everyone},
     CardElement{pathOf(CardKey::patronimicName), nameShape},
     CardElement{pathOf(CardKey::firstName), nameShape, CardNeed::Everyone},
