@@ -26,6 +26,6 @@ constexpr const char* programFor(std::span<const char* const> arguments)
             return "pelmora-cards";
     }
     const std::string_view name = service == nullptr ? "none" : service;
-    const bool isRight = cards <= 1 && !(isSimulated && service != nullptr) && !name.empty() && !name.starts_with("--");
-    return isRight ? "pelmora-window" : "pelmora-cards";
+    const bool isWrong = cards > 1 || (isSimulated && service != nullptr) || name.empty() || name.starts_with("--");
+    return isWrong ? "pelmora-cards" : "pelmora-window";
 }

@@ -15,7 +15,7 @@ template <typename Value>
 struct Setting
 {
     QStringView key;
-    SettingDefault defaultValue{};
+    SettingDefault defaultValue = std::monostate{};
 };
 
 /// All settings, a row each.

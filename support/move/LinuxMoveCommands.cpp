@@ -2,6 +2,8 @@
 
 #include "support/move/ShellQuoting.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -14,8 +16,8 @@ MoveCommand inShell(const QString& text, const QStringList& arguments = {})
 
 } // namespace
 
-LinuxMoveCommands::LinuxMoveCommands(const QStringList& programArguments)
-    : m_programArguments(programArguments)
+LinuxMoveCommands::LinuxMoveCommands(QStringList programArguments)
+    : m_programArguments(std::move(programArguments))
 {
 }
 

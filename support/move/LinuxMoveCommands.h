@@ -6,7 +6,7 @@
 class LinuxMoveCommands final : public MoveCommands
 {
 public:
-    explicit LinuxMoveCommands(const QStringList& programArguments = {});
+    explicit LinuxMoveCommands(QStringList programArguments = {});
 
     [[nodiscard]] MoveCommand openRunningCopy(const QString& destination) const override;
     [[nodiscard]] MoveCommand relaunch(qint64 processIdentifier, const QString& destination) const override;

@@ -60,9 +60,11 @@ std::expected<std::unique_ptr<UpdateProgram>, std::error_code> UpdateProgram::st
 
     // The name that the system log and the desktop know.
     std::vector<QByteArray> words{"pelmora"};
+    words.reserve(static_cast<std::size_t>(arguments.size()) + 1);
     for (const QString& argument : arguments)
         words.push_back(bytesOfPath(argument));
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (QByteArray& word : words)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);
