@@ -8,8 +8,8 @@
 class MainWindow;
 class PrintDesk;
 
-/// The main window as what the application speaks through: it is brought to the front, and says why something cannot be
-/// done. Main thread only.
+/// What the controller and its classes need of the main window to tell the user something: the window comes to the
+/// front, shows alerts, and shows why a request is refused. Main thread only.
 class FrontWindow
 {
 public:

@@ -25,7 +25,7 @@ public:
     /// A check that the user asks for: a window shows its progress and its outcome, whatever that is. While it is open
     /// it only comes to the front.
     void checkForUpdates();
-    /// A check that nobody asked for: only a version that the user has not refused has a window.
+    /// A check that the program makes by itself: a window opens only for a new version that the user has not refused.
     void checkByItself();
 
 Q_SIGNALS:

@@ -7,6 +7,7 @@
 #include "app/windows/ScreenRoom.h"
 #include "app/windows/SpokenNotice.h"
 #include "app/windows/TextSize.h"
+#include "app/windows/WindowIcon.h"
 #include "platform/Bundle.h"
 #include "support/views/GlyphIcon.h"
 #include "support/views/ReadableInk.h"
@@ -17,8 +18,6 @@
 #include <QDateTime>
 #include <QDragEnterEvent>
 #include <QMimeData>
-#include <QPainter>
-#include <QSvgRenderer>
 
 #include <algorithm>
 #include <array>
@@ -91,20 +90,6 @@ constexpr std::array menuItems{
     MenuItem{&Ui_MainWindow::helpAction, &MainWindow::helpRequested},
     MenuItem{&Ui_MainWindow::mailAction, &MainWindow::mailRequested},
 };
-
-QIcon windowIconFrom(const QString& path)
-{
-    QIcon icon;
-    QSvgRenderer drawing(path);
-    for (const int side : {16, 32, 48, 128}) {
-        QPixmap pixmap(side, side);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        drawing.render(&painter);
-        icon.addPixmap(pixmap);
-    }
-    return icon;
-}
 
 } // namespace
 

@@ -4,9 +4,9 @@
 
 #include <chrono>
 
-// How much the client bears of a card service. Two more kinds of limits are elsewhere, as the service shares them or
-// has them alone: the size and shape of a message are bounded in card/wire/ServiceMessage.h and
-// card/wire/ServiceMessageScanner.h, the time of a call to a card reader in service/DeadlineLibrary.h.
+// How long the client waits for a card service, and how much of its log it keeps. Other limits are in other files. The
+// size and shape of a message: card/wire/ServiceMessage.h and card/wire/ServiceMessageScanner.h. The time of a call to
+// a card reader: service/DeadlineLibrary.h.
 
 /// Limits of a channel's patience.
 struct ChannelLimits

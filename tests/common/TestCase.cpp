@@ -35,7 +35,7 @@ public:
 private:
     void handle(QtMsgType type, const QMessageLogContext& context, const QString& message)
     {
-        // What the platform without a display says of windows is no fault of ours.
+        // Qt's platform without a display says this of every window. It tells nothing about our code.
         if (message.startsWith("This plugin does not support "_L1) || isAnnounced(message))
             return;
         // QtTest fails tests on warnings alone, and forgets after each test that it shall.

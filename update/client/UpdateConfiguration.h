@@ -18,8 +18,8 @@ struct UpdateLimits
     std::chrono::milliseconds stall{30'000};          // without a byte
     std::chrono::milliseconds feedTime{60'000};       // for the whole feed
     std::chrono::milliseconds packageTime{3'600'000}; // for the whole package
-    std::chrono::milliseconds firstCheck{10'000};     // from the start to a check that nobody asked for
-    std::chrono::milliseconds interval{86'400'000};   // between two of those
+    std::chrono::milliseconds firstCheck{10'000};     // from the start to the first automatic check
+    std::chrono::milliseconds interval{86'400'000};   // between two automatic checks
 };
 
 /// What the updates of one installed program depend on.

@@ -9,7 +9,7 @@
 inline constexpr QLatin1StringView lastCheckTimeKey{"SULastCheckTime"};
 inline constexpr QLatin1StringView skippedVersionKey{"SUSkippedVersion"};
 
-/// The program's argument for a check that nobody asked for.
+/// The argument that makes the updates' program check by itself, without the user having asked.
 inline constexpr QLatin1StringView byItselfOption{"--by-itself"};
 
 /// What people read first where there is no update to install, whoever finds out.
