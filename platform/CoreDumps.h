@@ -1,4 +1,4 @@
 #pragma once
 
-/// Switches core dumps off for this process and its children: memory holds patients' data. Called first thing in main.
+/// Switches core dumps off for this process and its children, whose memory has patients' data. Called first in main.
 void disableCoreDumps();

@@ -34,6 +34,6 @@ std::optional<Error> errorInValue(const QVariant& value)
 {
     if (value.metaType() != QMetaType::fromType<Error>())
         return std::nullopt;
-    // Not by value<Error>(): that would need an error without a domain to fall back to.
+    // value<Error>() would need a default constructor.
     return *static_cast<const Error*>(value.constData());
 }

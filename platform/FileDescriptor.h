@@ -32,7 +32,6 @@ public:
     [[nodiscard]] int get() const { return m_descriptor; }
     [[nodiscard]] bool isValid() const { return m_descriptor >= 0; }
 
-    /// Closes what it owns.
     void reset()
     {
         if (m_descriptor >= 0)

@@ -2,6 +2,6 @@
 
 #include <QString>
 
-/// The integer that a text begins with: leading blanks and a sign are allowed, what follows the digits is ignored, a
-/// text without digits is 0, and a number outside the 64-bit range is clamped to it.
+/// The integer at the start of a text. Leading blanks and a sign are allowed, text after the digits is ignored. A text
+/// without digits gives 0, a number outside the 64-bit range the nearest limit.
 [[nodiscard]] qint64 integerValue(QStringView text);

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Guards the posting of a task against the end of the application object, which may come meanwhile on the main thread.
+// The mutex keeps the main thread from destroying the application object while another thread posts to it.
 struct QueueState
 {
     std::mutex mutex;
@@ -21,7 +21,7 @@ QueueState& queueState()
     return state;
 }
 
-// The application object's first step when it is destroyed.
+// Called at the start of the application object's destructor.
 void closeQueue()
 {
     QueueState& state = queueState();

@@ -2,6 +2,6 @@
 
 #include <functional>
 
-/// Runs a task on the main thread's event loop, later, in the order of the calls. Callable from any thread; a task that
-/// is posted when no application object exists any more is dropped.
+/// Runs a task later on the main thread's event loop, in the order of the calls. Any thread. The task is dropped when
+/// there is no application object.
 void postToMainQueue(std::function<void()> task);

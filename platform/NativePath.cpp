@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr char16_t firstByte = 0xDC00; // a byte that is not UTF-8 is this and its value
+constexpr char16_t firstByte = 0xDC00; // plus the value of a byte that is not UTF-8
 constexpr qsizetype longestCharacter = 4;
 
 bool isByte(QChar character)
@@ -20,7 +20,7 @@ bool isByte(QChar character)
     return character.unicode() >= firstByte + 0x80 && character.unicode() <= firstByte + 0xFF;
 }
 
-/// Bytes of the character that the bytes begin with; 0 when they begin with none.
+/// The size of the UTF-8 character at the start of the bytes; 0 when there is none.
 qsizetype lengthOfCharacter(QByteArrayView bytes)
 {
     for (qsizetype length = 1; length <= std::min(bytes.size(), longestCharacter); ++length) {
@@ -53,7 +53,7 @@ QByteArray bytesOfPath(QStringView path)
     QByteArray bytes;
     bytes.reserve(path.size());
     while (!path.isEmpty()) {
-        // The second half of a pair belongs to a character.
+        // The second half of a surrogate pair is not a byte.
         const auto* begin = path.begin();
         const auto* byte = std::find_if(begin, path.end(), [begin](const QChar& character) {
             return isByte(character) && (&character == begin || !(&character)[-1].isHighSurrogate());
@@ -85,7 +85,7 @@ std::optional<QString> pathOfUrl(const QUrl& url)
 {
     if (!url.isLocalFile() || !url.host().isEmpty())
         return std::nullopt;
-    // Still in its percent signs: decoded as text, it would lose what is not UTF-8.
+    // Percent-encoded: QUrl would replace bytes that are not UTF-8.
     const QByteArray encoded = url.path(QUrl::FullyEncoded).toLatin1();
     const QString path = pathFromBytes(QByteArray::fromPercentEncoding(encoded));
     return path.startsWith(u'/') && !path.contains(QChar::Null) ? std::optional(path) : std::nullopt;

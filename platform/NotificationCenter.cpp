@@ -23,7 +23,7 @@ void NotificationCenter::removeObserver(const void* observer)
 void NotificationCenter::postNotification(const QString& name, const std::optional<QVariantMap>& userInfo)
 {
     const Notification notification{name, userInfo};
-    // A block may change the list: those that were there at the start run, unless they are removed before their turn.
+    // A block may change the list. Blocks that are added meanwhile do not run, and neither do those that are removed.
     std::vector<quint64> due;
     for (const Observation& observation : m_observations) {
         if (observation.name == name)

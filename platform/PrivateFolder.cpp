@@ -8,7 +8,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Without the slashes and dots at its end, so that the last name is the folder's own.
+// Without trailing slashes and dots, so that the last name is the folder's own.
 fs::path withoutEmptyEnd(fs::path path)
 {
     while (path.has_relative_path() && (path.filename().empty() || path.filename() == "."))
@@ -30,7 +30,7 @@ std::error_code makePrivateFolder(const fs::path& path)
         const std::error_code reason(errno, std::system_category());
         return fs::is_directory(folder, error) ? std::error_code() : reason;
     }
-    // A umask may have taken the owner's own rights, too.
+    // The umask may have removed permissions of the owner.
     fs::permissions(folder, fs::perms::owner_all, error);
     return error;
 }

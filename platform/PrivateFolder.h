@@ -3,6 +3,6 @@
 #include <filesystem>
 #include <system_error>
 
-/// Makes a folder that its owner alone may enter (0700), whatever the umask, and those above it, where they are
-/// missing, with the system's usual rights. A folder that is there already is left as it is. Any thread.
+/// Makes a folder that only its owner may enter (0700), whatever the umask. Missing folders above it are made with the
+/// usual permissions. An existing folder is not changed. Any thread.
 [[nodiscard]] std::error_code makePrivateFolder(const std::filesystem::path& path);

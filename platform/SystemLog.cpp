@@ -7,13 +7,12 @@
 
 void writeToSystemLog(int priority, const std::string& line)
 {
-    // The system log adds the date, the program's name and, because it is asked to, its process number.
     static std::once_flag opened;
     std::call_once(opened, [] { openlog(nullptr, LOG_PID, LOG_USER); });
     syslog(LOG_USER | priority, "%s", line.c_str());
 
     if (isatty(STDERR_FILENO) == 1) {
-        // One write, so that lines of several threads do not mix. A terminal that has gone away is nobody's loss.
+        // One write, so that lines of several threads do not mix. A failed write to the terminal is ignored.
         const std::string terminalLine = line + '\n';
         [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, terminalLine.data(), terminalLine.size());
     }

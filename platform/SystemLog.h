@@ -2,6 +2,5 @@
 
 #include <string>
 
-/// Writes a line to the system log, with a priority of syslog(3), and to standard error too when that is a terminal.
-/// Usable on any thread.
+/// Writes a line to the system log (priority of syslog(3)) and to a terminal on standard error. Any thread.
 void writeToSystemLog(int priority, const std::string& line);

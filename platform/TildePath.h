@@ -2,5 +2,5 @@
 
 #include <QString>
 
-/// The path with a leading "~" or "~/" replaced by the user's home folder; any other path as it is.
+/// Replaces a leading "~" or "~/" by the user's home folder.
 [[nodiscard]] QString expandingTildeInPath(const QString& path);

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A text has no code of libxml2's own when it is refused before or after libxml2 has judged it.
+// The code of errors that do not come from libxml2.
 constexpr int refusedCode = -1;
 
 Error refused(const QString& reason)
@@ -20,7 +20,7 @@ Error refused(const QString& reason)
     return {XmlDocument::errorDomain, refusedCode, reason};
 }
 
-// libxml2's messages quote the document, which may be about a patient: only the place is told.
+// libxml2's messages quote the document, which may be about a patient: only the position is reported.
 Error notWellFormed(const xmlError* error)
 {
     if (error == nullptr)
@@ -51,7 +51,7 @@ std::vector<const xmlNode*> childElements(const std::vector<const xmlNode*>& par
     return found;
 }
 
-// Depth first, which meets the elements of a path in document order; as deep as the path is long.
+// Depth first, which is document order.
 const xmlNode* firstDescendant(const xmlNode* node, std::string_view path)
 {
     if (path.empty())
@@ -67,7 +67,7 @@ const xmlNode* firstDescendant(const xmlNode* node, std::string_view path)
     return nullptr;
 }
 
-// The document node begins with the members of every node, so libxml2 itself treats it as one.
+// libxml2's document structure begins with the members of a node.
 const xmlNode* documentOf(const xmlNode* node)
 {
     return reinterpret_cast<const xmlNode*>(node->doc);
@@ -78,9 +78,8 @@ struct ParserDeleter
     void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
 };
 
-// Goes on no further than the first fault: what follows is not a document, and was not looked over as one. An entity
-// that nothing declares is a fault in any case. libxml2 leaves it out of the text when the document type names a file
-// that might declare it, and no such file is ever read.
+// Stops at the first error. An undeclared entity is an error here. libxml2 only warns of it, and drops it, when the
+// document type names an external file.
 void stopAtFault(void* context, const xmlError* error)
 {
     const bool isUnknownEntity = error->code == XML_WAR_UNDECLARED_ENTITY;
@@ -148,7 +147,7 @@ bool XmlNode::hasChildren() const
 
 QString XmlNode::stringValue() const
 {
-    // Nearly every value is one text node, whose content can be read in place.
+    // Most values are one text node, which is read without a copy.
     const xmlNode* child = m_node->children;
     if (child == nullptr)
         return u""_s;
@@ -175,7 +174,7 @@ std::expected<XmlDocument, Error> XmlDocument::fromText(const QString& text)
         return std::unexpected(refused(u"Le document XML est trop volumineux."_s));
     if (size == 0)
         return std::unexpected(refused(u"Le document XML est vide."_s));
-    // libxml2 takes a null character after the root for the end.
+    // libxml2 takes a null character after the root element for the end.
     if (bytes.contains('\0'))
         return std::unexpected(notWellFormed(nullptr));
     if (const std::optional<MarkupFault> fault = findMarkupFault({bytes.constData(), size}))
@@ -185,18 +184,18 @@ std::expected<XmlDocument, Error> XmlDocument::fromText(const QString& text)
 
 std::expected<XmlDocument, Error> XmlDocument::parse(const QByteArray& utf8)
 {
-    // libxml2 wants this done before two threads parse at once.
+    // libxml2 requires this before two threads parse at once.
     static std::once_flag initialised;
     std::call_once(initialised, xmlInitParser);
     const std::unique_ptr<xmlParserCtxt, ParserDeleter> parser(xmlNewParserCtxt());
     if (!parser)
         return std::unexpected(notWellFormed(nullptr));
-    // Generic, as versions of libxml2 differ in whether the error is constant.
+    // A generic lambda: versions of libxml2 differ in whether the error is const.
     parser->sax->serror = [](void* context, auto* error) { stopAtFault(context, error); };
-    // CDATA sections as texts: libxml2 joins neighbouring texts in linear time, but sections in quadratic time.
+    // XML_PARSE_NOCDATA: libxml2 joins neighbouring texts in linear time, but CDATA sections in quadratic time.
     constexpr int options =
         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA | XML_PARSE_IGNORE_ENC;
-    // No encoding named: UTF-8 is what libxml2 assumes, and to name it costs a conversion.
+    // No encoding is named: UTF-8 is the default, and naming it costs a conversion.
     std::unique_ptr<_xmlDoc, Deleter> document(
         xmlCtxtReadMemory(parser.get(), utf8.constData(), static_cast<int>(utf8.size()), nullptr, nullptr, options));
     if (!document)

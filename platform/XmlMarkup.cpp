@@ -17,14 +17,13 @@ constexpr std::array sections{Section{"<!--", "-->"}, Section{"<![CDATA[", "]]>"
 constexpr std::string_view documentType = "<!DOCTYPE";
 constexpr std::string_view namespaceKeyword = "xmlns";
 
-/// The text after the first occurrence of the end; empty without one.
+/// The text after the first occurrence of the end; empty when there is none.
 std::string_view after(std::string_view text, std::string_view end)
 {
     const std::size_t found = text.find(end);
     return found == std::string_view::npos ? std::string_view() : text.substr(found + end.size());
 }
 
-/// A document type: whether a subset of declarations begins in it, and what stands after it.
 struct DocumentType
 {
     bool hasSubset = false;
@@ -40,7 +39,7 @@ DocumentType readDocumentType(std::string_view text)
             return {.hasSubset = true, .rest = {}};
         if (character == '>')
             return {.hasSubset = false, .rest = text.substr(position + 1)};
-        // An identifier in quotes may hold any of the other characters.
+        // Skips an identifier in quotes, which may contain the other characters.
         position = text.find(character, position + 1);
         if (position == std::string_view::npos)
             break;
@@ -49,7 +48,7 @@ DocumentType readDocumentType(std::string_view text)
     return {};
 }
 
-/// What a tag's attributes come to, and what stands after the tag.
+/// Counts of a tag, and the text after it.
 struct Tag
 {
     int attributes = 0;
@@ -63,7 +62,7 @@ Tag readTag(std::string_view text)
     std::size_t position = 1;
     while ((position = text.find_first_of("<>='\"", position)) != std::string_view::npos) {
         const char character = text[position];
-        // Not well-formed: what the parser has seen before it stops is known.
+        // Not well-formed: the parser stops here.
         if (character == '<')
             break;
         if (character == '>') {

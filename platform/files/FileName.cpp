@@ -4,7 +4,7 @@
 
 namespace {
 
-// The longest name that Linux file systems take, in bytes.
+// The limit of Linux file systems.
 constexpr qsizetype maximumBytes = 255;
 
 QString withoutSeparators(QString text)
@@ -23,7 +23,7 @@ QString cutToBytes(const QString& text, qsizetype bytes)
 {
     if (text.toUtf8().size() <= bytes)
         return text;
-    // Between two characters as people see them, so that no accent is left behind or alone.
+    // At a grapheme boundary, so that a letter keeps its accents.
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     qsizetype kept = 0;
     for (qsizetype end = finder.toNextBoundary(); end > 0; end = finder.toNextBoundary()) {
@@ -33,7 +33,7 @@ QString cutToBytes(const QString& text, qsizetype bytes)
     }
     if (kept > 0)
         return text.first(kept);
-    // One character with more accents than a name may have bytes: cut between these.
+    // The first character alone is too long: it is cut between its accents.
     return QString::fromUtf8(text.toUtf8().first(bytes)).remove(QChar::ReplacementCharacter);
 }
 

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <utility>
 
-// What the main thread and the worker's thread share; the mutex guards all of it.
+// Shared by both threads, under the mutex.
 struct FileWorker::Shared
 {
     std::mutex mutex;
@@ -56,7 +56,7 @@ void FileWorker::start(QObject* asker, Work work)
     m_shared->queue.emplace_back(std::move(step));
     if (std::exchange(m_shared->isRunning, true))
         return;
-    // The one before has nothing left to do but to end.
+    // The previous thread is about to end.
     if (m_thread.joinable())
         m_thread.join();
     m_thread = std::thread(&FileWorker::work, m_shared);

@@ -34,7 +34,7 @@ WriteObstacle obstacleOf(const fs::path& path, const std::error_code& error)
     return known == knownErrors.end() ? WriteObstacle::Other : known->obstacle;
 }
 
-// What people can act on has a sentence of its own; anything else is told as the system tells it.
+// Other errors are shown in the system's words.
 QString reasonOf(WriteObstacle obstacle, const std::error_code& error)
 {
     switch (obstacle) {

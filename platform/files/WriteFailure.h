@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
-/// What stands in the way of writing a file, as far as people can do something about it.
+/// Reasons for a failed write that users can do something about.
 enum class WriteObstacle
 {
     NameTaken, ///< a folder has the file's name
@@ -18,13 +18,12 @@ enum class WriteObstacle
     Other
 };
 
-/// Why a file was not written.
 struct WriteFailure
 {
     WriteObstacle obstacle = WriteObstacle::Other;
-    /// The reason for people, as the end of a sentence; it names no file.
+    /// For users, as the end of a sentence, without the file's name.
     QString reason;
 };
 
-/// What the system's error means for a file of that path. Looks at the path now; callable from any thread.
+/// The failure for a system error with that path. Checks the path now. Any thread.
 [[nodiscard]] WriteFailure writeFailureOf(const std::filesystem::path& path, const std::error_code& error);

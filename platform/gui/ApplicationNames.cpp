@@ -9,6 +9,6 @@ void nameApplication(const QString& version)
     QCoreApplication::setApplicationName(u"Pelmora"_s);
     QCoreApplication::setApplicationVersion(version);
     QGuiApplication::setDesktopFileName(u"com.morvel.Pelmora"_s);
-    // Closing windows leaves the program running: the status item or the desktop's task list brings them back.
+    // The status item or the desktop's task list bring the windows back.
     QApplication::setQuitOnLastWindowClosed(false);
 }

@@ -2,6 +2,6 @@
 
 class QString;
 
-/// What each program with windows is for the desktop: a part of the one application "Pelmora". It outlives its windows.
-/// Call it once the application object exists.
+/// Names a program with windows as part of the application "Pelmora" and keeps it running after its last window is
+/// closed. Called once the application object exists.
 void nameApplication(const QString& version);

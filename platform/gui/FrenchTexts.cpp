@@ -21,7 +21,7 @@ struct Text
     QStringView french;
 };
 
-// What Qt's own French lacks of the dialogs that are used.
+// Texts of the used dialogs that are missing in Qt's French translation.
 constexpr std::array missingTexts{
     Text{"QPrintSettingsOutput", "Double Sided Printing", u"Impression recto verso"},
     Text{"QPrintSettingsOutput", "Off", u"Non"},
@@ -90,7 +90,7 @@ void installFrenchTexts()
 {
     QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
     QCoreApplication* const application = QCoreApplication::instance();
-    // The application's from now on. The last one installed is asked first.
+    // The application owns the translators. The last one installed is asked first.
     QCoreApplication::installTranslator(new MissingTexts(application));
     auto texts = std::make_unique<QTranslator>(application);
     if (texts->load(u"qtbase_fr"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))

@@ -1,6 +1,5 @@
 #pragma once
 
-/// Makes the texts of Qt's own dialogs and the numbers and dates of its controls French, as all of Pelmora is, whatever
-/// the session's language. Where Qt's translations are not installed its texts stay English. Call it once the
-/// application object exists, before the first window.
+/// Makes Qt's own dialogs, numbers and dates French in any session. Without Qt's installed translations the dialogs
+/// stay English. Called once the application object exists, before the first window.
 void installFrenchTexts();

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Points of the small system font for each point of the usual one.
+// The small system font is 11 points where the usual one is 13.
 constexpr qreal smallSize = 11.0 / 13.0;
 
 QFont smallFont()
@@ -21,10 +21,9 @@ QFont smallFont()
     return font;
 }
 
-// The title stands out from the text below.
 void emboldenTitle(const QMessageBox& box)
 {
-    // The name that message boxes give it, for style sheets.
+    // QMessageBox gives its label this name for style sheets.
     auto* title = box.findChild<QLabel*>(u"qt_msgbox_label"_s);
     if (title == nullptr)
         return;

@@ -2,32 +2,30 @@
 
 #include <QString>
 
-/// A question with two buttons and a box to tick, shown by itself, in no window.
+/// A question with two buttons and a check box, in a window of its own.
 struct QuestionAlert
 {
     QString title;
     QString text;
-    /// The default button.
     QString acceptText;
-    /// The button that Escape stands for, and closing the alert.
+    /// Also the answer of Escape and of closing the window.
     QString declineText;
-    /// The box's text.
+    /// The check box.
     QString suppressionText;
 };
 
-/// What the user has answered.
 struct QuestionAnswer
 {
     bool isAccepted;
     bool isSuppressionOn;
 };
 
-/// Whether the user works with this program now.
+/// Whether a window of this program has the focus.
 [[nodiscard]] bool isApplicationActive();
 
-/// Asks, and waits for the answer; in front of the other programs' windows when asked to. Main thread, and only where
-/// nothing else can happen meanwhile: before the program has set anything up.
+/// Asks and waits for the answer, on request in front of other programs' windows. Runs an event loop: only for the time
+/// before the program has set anything up. Main thread.
 [[nodiscard]] QuestionAnswer askQuestion(const QuestionAlert& alert, bool comesToTheFront);
 
-/// Shows a title with a default button, and waits for it to be pressed, under the same conditions.
+/// Shows a title with a default button and waits for it, under the same conditions.
 void showAlert(const QString& title);

@@ -7,26 +7,25 @@
 
 class QLabel;
 
-/// The sheet that says over its window that a file is being written, once that takes longer than usual. It goes when
-/// the write has ended: neither Escape nor its close button end a write. Main thread only.
+/// The sheet over a window while a file is being written, shown when that takes longer than usual. Escape and the close
+/// button do nothing. Main thread only.
 class SavingSheet final : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// A file is written in a few hundredths of a second.
+    /// A write usually takes a few hundredths of a second.
     static constexpr std::chrono::milliseconds usualPatience{300};
 
     explicit SavingSheet(QWidget* window, std::chrono::milliseconds patience = usualPatience);
 
-    /// A write has begun: the sheet comes when the patience is over, and brings a window back that is not to be seen.
+    /// A write has started: after the usual time the sheet is shown, with its window if that is hidden.
     void begin();
-    /// The write has ended.
     void end();
-    /// The program is left once the write has ended: says so, at once.
+    /// Says at once that the program ends after the write.
     void announceLeaving();
 
-    /// Nothing: a write goes on until it ends.
+    /// Does nothing: a write cannot be cancelled.
     void reject() override;
 
 private:

@@ -6,8 +6,8 @@
 
 namespace {
 
-// Qt 6.4 reads the focus window's platform window when a window is activated on Wayland. A dialog that closes while it
-// gets the keyboard stays the focus window without one, until the compositor gives the keyboard to another window.
+// Qt 6.4 on Wayland: activating a window reads the platform window of the focus window. That is null after a dialog
+// closed while it got the focus, until another window gets it.
 bool activationWouldCrash()
 {
     const QWindow* const focus = QGuiApplication::focusWindow();
@@ -15,7 +15,6 @@ bool activationWouldCrash()
            QGuiApplication::platformName().startsWith(QLatin1StringView("wayland"));
 }
 
-// Now, or once Qt can.
 void activate(QWidget& window)
 {
     if (activationWouldCrash()) {
@@ -31,7 +30,7 @@ void activate(QWidget& window)
 
 void bringToFront(QWidget& window)
 {
-    // A maximised window stays so.
+    // Keeps a maximised window maximised.
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
     window.show();
     window.raise();

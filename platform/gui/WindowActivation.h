@@ -2,5 +2,5 @@
 
 class QWidget;
 
-/// Brings a top-level window back from wherever it is (hidden, iconified, behind others) and gives it the keyboard.
+/// Shows a top-level window that is hidden, iconified or behind others, and gives it the keyboard focus.
 void bringToFront(QWidget& window);

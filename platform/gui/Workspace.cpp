@@ -4,7 +4,7 @@
 
 bool Workspace::openFile(const QString& path)
 {
-    // As a URL every character of the path survives, whatever it would mean to a shell or in a link.
+    // As a URL every character of the path is kept.
     return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 

@@ -3,16 +3,14 @@
 #include <QString>
 #include <QUrl>
 
-/// The desktop around the program. Main thread, with a GUI application.
+/// Opens things with the desktop's programs. Main thread, with a GUI application.
 class Workspace
 {
 public:
     Workspace() = delete;
 
-    /// Opens a file, or a folder, with the desktop's program for it. True when the desktop took the request: what
-    /// becomes of it is not known here.
+    /// Opens a file or a folder. True when the desktop accepted the request; whether the program starts is not known.
     static bool openFile(const QString& path);
 
-    /// Opens an address with the desktop's program for it, under the same conditions.
     static bool openUrl(const QUrl& url);
 };
