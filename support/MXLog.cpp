@@ -38,7 +38,7 @@ void writeLine(MXLog::Level level, std::string_view line)
     writeToSystemLog(syslogPriority(level), std::string(line));
 }
 
-// Bytes are copied as they are from the space up to 128, included.
+// Bytes from 32 to 128 are copied.
 char dumpCharacter(unsigned char byte)
 {
     return byte >= 32 && byte <= 128 ? static_cast<char>(byte) : '.';

@@ -12,9 +12,9 @@
 #include <span>
 #include <string_view>
 
-/// The logger. A message of level L is written when the threshold is L or more; it is written whole, as one line of the
-/// system log, and on standard error too when that is a terminal. Formats are checked when the program is compiled.
-/// Logging is safe on any thread; threshold and writer are set before other threads log.
+/// The logger. A message is written when its level is at most the threshold, as one line of the system log, and on
+/// standard error when that is a terminal. Formats are checked at compile time. Logging is safe on any thread;
+/// threshold and writer are set before other threads log.
 class MXLog
 {
 public:
@@ -28,13 +28,12 @@ public:
         Debug = 6
     };
 
-    /// Receives each line as formatted, with the level of its message.
     using LineWriter = std::function<void(Level level, std::string_view line)>;
 
     /// A logger with threshold 5 that writes to the system log.
     MXLog();
 
-    /// The process-wide logger, made at first use; the static operations below go through it.
+    /// The process-wide logger, which the static operations use.
     [[nodiscard]] static MXLog& defaultLogger();
 
     template <typename... Args>
@@ -67,13 +66,13 @@ public:
     {
         defaultLogger().logArguments(Debug, format, fmt::make_format_args(args...));
     }
-    /// Header line, then the bytes in hexadecimal and as characters, 16 a line, at debug level.
+    /// At debug level: a header line, then the bytes in hexadecimal and as characters, 16 a line.
     template <typename... Args>
     static void logDump(const std::byte* bytes, std::size_t length, fmt::format_string<Args...> format, Args&&... args)
     {
         defaultLogger().dumpArguments(Debug, {bytes, length}, format, fmt::make_format_args(args...));
     }
-    /// The same for a buffer object; nothing when there is none.
+    /// The same; nothing when the data is absent.
     template <typename... Args>
     static void logData(const std::optional<QByteArray>& data, fmt::format_string<Args...> format, Args&&... args)
     {
@@ -83,7 +82,7 @@ public:
     }
 
     [[nodiscard]] unsigned logLevel() const { return m_logLevel.load(std::memory_order_relaxed); }
-    /// 0 silences everything; a value above 7 is stored as 0.
+    /// 0 switches logging off; a value above 7 is stored as 0.
     void setLogLevel(unsigned level);
 
     /// Sends the lines elsewhere than to the system log.

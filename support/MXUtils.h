@@ -2,14 +2,12 @@
 
 #include <QString>
 
-/// Small services of the file system.
 class MXUtils final
 {
 public:
     MXUtils() = delete;
 
-    /// Whether a usable folder is at the path afterwards. A missing one is made when asked, for its owner alone, with
-    /// those above it, which have the usual rights; a failure to do so is logged. The path is used exactly as it is
-    /// given.
+    /// Whether a folder exists at the path. A missing one is made on request, for its owner alone; missing folders
+    /// above it get the usual permissions. A failure is logged. The path is used as it is.
     [[nodiscard]] static bool checkFolderAtPath(const QString& path, bool createIfNotExists);
 };

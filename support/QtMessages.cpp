@@ -20,7 +20,7 @@ void logMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QSt
         MXLog::logError("Qt: {}", message);
         return;
     case QtFatalMsg:
-        // The program ends here, and somebody may be waiting for it.
+        // The program ends here: also told on standard error.
         MXLog::logSevere("Qt: {}", message);
         static_cast<void>(std::fprintf(stderr, "%s\n", qUtf8Printable(message)));
         return;

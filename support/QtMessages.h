@@ -1,5 +1,5 @@
 #pragma once
 
-/// From now on, what Qt itself has to say goes to the logger: developers' remarks do not reach a terminal at the
-/// counter. Only what is critical is above the debug level. Called once, first thing in main.
+/// Sends Qt's own messages to the logger instead of the terminal: critical and fatal ones as errors, others at debug
+/// level. Called once, first in main.
 void sendQtMessagesToLog();

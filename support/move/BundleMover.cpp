@@ -14,7 +14,7 @@ namespace {
 
 using LogLevel = MoveOperations::LogLevel;
 
-// Where the platform shows applications in quarantine from: nothing can be deleted there.
+// A path with this is read-only: macOS runs quarantined applications from there.
 constexpr QStringView translocation{u"/AppTranslocation/"};
 
 QString standardized(const QString& path)
@@ -80,7 +80,7 @@ BundleMover::End BundleMover::installWithAuthorization()
 
 BundleMover::End BundleMover::useAuthorization()
 {
-    // Before the user is asked, which takes as long as the user thinks.
+    // Before the user is asked, because the answer may take long.
     const std::optional<QString> source = m_operations.holdForAuthorized(m_surroundings.bundlePath);
     End end = End::Failed;
     switch (m_operations.requestRight()) {
@@ -101,7 +101,7 @@ BundleMover::End BundleMover::useAuthorization()
 bool BundleMover::runPrivilegedCommands(const QString& source)
 {
     const QString& destination = m_decision.destinationPath;
-    // Whatever the status of the first: what could not be deleted makes the copy fail.
+    // The status of the first command is ignored: what could not be deleted makes the copy fail.
     if (!m_operations.runAuthorized(m_commands.privilegedDelete(destination)))
         return false;
     return m_operations.runAuthorized(m_commands.privilegedCopy(source, destination)) == 0;
@@ -117,7 +117,6 @@ bool BundleMover::isDestinationRunning()
 
 bool BundleMover::arePathsFitForAuthorization() const
 {
-    // What ends so is not blank.
     return m_decision.destinationPath.endsWith(".app"_L1) && !m_surroundings.bundlePath.trimmed().isEmpty();
 }
 

@@ -3,17 +3,17 @@
 #include "support/move/MoveCommands.h"
 #include "support/move/MoveDecision.h"
 
-/// Moves the running copy as was decided, and starts it again from its new place. Whatever operation it is interrupted
-/// at, a whole copy is left: the source is not touched before the destination is whole.
+/// Moves the running copy to its destination and starts it again from there. When it is interrupted, a whole copy is
+/// left: the source is removed only after the destination is complete.
 class BundleMover
 {
 public:
     enum class End
     {
         Moved,
-        /// The destination was running: it has been told to come to the front.
+        /// A copy at the destination was running, and was told to come to the front.
         Switched,
-        /// The user did not give an administrator's rights.
+        /// The user did not grant an administrator's rights.
         Cancelled,
         Failed
     };
@@ -24,7 +24,7 @@ public:
     [[nodiscard]] End move();
 
 private:
-    // What the first half, up to the copy, comes to.
+    // The part up to the copy.
     [[nodiscard]] End install();
     [[nodiscard]] End installWithAuthorization();
     [[nodiscard]] End useAuthorization();

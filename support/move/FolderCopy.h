@@ -4,13 +4,12 @@
 
 #include <expected>
 
-// Folders handled so that a program that is killed, or a machine that loses power, leaves them whole or not there at
-// all. The failure is the reason, as the system words it. Usable on any thread.
+// Copies and removes folders so that after a crash or a power failure a folder is either complete or not there. The
+// failure is the system's text. Any thread.
 
-/// Copies a folder with all that it holds: files, folders and symbolic links, with their permissions and times; its
-/// owner may write to every copy. The destination, which must not exist, appears at once and whole, and is on the disk
-/// by then.
+/// Copies a folder with its files, folders and symbolic links, their permissions and times. The owner may write to
+/// every copy. The destination must not exist; it appears complete, and is on the disk then.
 [[nodiscard]] std::expected<void, QString> copyFolder(const QString& source, const QString& destination);
 
-/// Removes a folder with all that it holds. One that cannot be taken out of the folder above it stays as it is.
+/// Removes a folder with its content. Nothing is removed when the folder cannot be renamed.
 [[nodiscard]] std::expected<void, QString> removeFolder(const QString& path);

@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Paths that come as arguments reach the shell as they are; those within the text are to be quoted.
+// Paths in the arguments need no quotes; those in the text do.
 MoveCommand inShell(const QString& text, const QStringList& arguments = {})
 {
     return {u"/bin/sh"_s, QStringList{u"-c"_s, text} + arguments};
@@ -28,7 +28,7 @@ MoveCommand LinuxMoveCommands::openRunningCopy(const QString& destination) const
 
 MoveCommand LinuxMoveCommands::relaunch(qint64 processIdentifier, const QString& destination) const
 {
-    // A process that has ended and waits for its parent to ask for it has ended all the same.
+    // A zombie process has ended too.
     return inShell(
         u"(p=%1; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "
         "exec %2) >/dev/null 2>&1 </dev/null &"_s.arg(QString::number(processIdentifier), programOf(destination)));
@@ -41,14 +41,12 @@ MoveCommand LinuxMoveCommands::ejectImage(const QString& device) const
             quotedForShell(device)));
 }
 
-// What an administrator installs belongs to the administrator, serves every user however private its source was, and
-// appears whole: only a name changes last. What is replaced loses its name first, so that it is never there in part.
-// All that is made on the way lies in a folder of an own name which is closed to others, so that they cannot put
-// anything in its place, nor start a program that is still somebody else's.
+// The installed copy belongs to the administrator, every user can run it, and it appears complete: a rename comes last.
+// The old copy is renamed before it is deleted. Temporary files are in a folder that only the administrator can enter,
+// so that users can neither replace nor start them.
 //
-// copyFolder() and removeFolder() cannot do this: an administrator would have to run the running copy, whose files its
-// user may change, and copyFolder() keeps permissions. These commands cannot do copyFolder()'s work either: they give
-// no reason for a failure, and change permissions.
+// copyFolder() and removeFolder() cannot be used: the administrator would have to run this program, which the user can
+// change, and copyFolder() keeps permissions.
 
 MoveCommand LinuxMoveCommands::privilegedDelete(const QString& destination) const
 {
@@ -59,7 +57,7 @@ MoveCommand LinuxMoveCommands::privilegedDelete(const QString& destination) cons
 
 MoveCommand LinuxMoveCommands::privilegedCopy(const QString& source, const QString& destination) const
 {
-    // Links are not followed: tar, unlike cp, opens each folder from the one above it.
+    // tar, unlike cp, does not follow links in the path: it opens each folder from its parent.
     return inShell(u"rm -rf -- \"${1%/*}\"/.pelmora-administrator-*; umask 022; "
                    "d=$(mktemp -d -- \"${1%/*}/.pelmora-administrator-XXXXXX\") && mkdir -- \"$d/new\" && "
                    "tar --create --format=posix --one-file-system --directory=\"$0\" --file=\"$d/tar\" . && "

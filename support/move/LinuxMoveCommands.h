@@ -2,7 +2,7 @@
 
 #include "support/move/MoveCommands.h"
 
-/// The commands of a Linux desktop. What they start gets the arguments that this program was started with.
+/// The commands on Linux. Started copies get the arguments of this program.
 class LinuxMoveCommands final : public MoveCommands
 {
 public:
@@ -15,7 +15,7 @@ public:
     [[nodiscard]] MoveCommand privilegedCopy(const QString& source, const QString& destination) const override;
 
 private:
-    /// The copy's program with its arguments, quoted for the shell.
+    /// The program in the bundle with its arguments, quoted for the shell.
     [[nodiscard]] QString programOf(const QString& bundle) const;
 
     QStringList m_programArguments;

@@ -52,8 +52,7 @@ MoveOutcome moveToApplicationsFolderIfNecessary()
     if (!bundle)
         return MoveOutcome::Stays;
 
-    // Whoever asks holds this lock, which ends with the process at the latest. A file system that has no such locks
-    // keeps nobody from starting.
+    // The process that shows the question holds this lock. On file systems without locks the question is asked anyway.
     QFile executable(executablePath);
     if (executable.open(QIODevice::ReadOnly) && flock(executable.handle(), LOCK_EX | LOCK_NB) != 0 &&
         errno == EWOULDBLOCK)

@@ -2,9 +2,8 @@
 
 #include "support/move/MoveToApplications.h"
 
-/// The launch's question: a portable copy (a folder "….app" that holds the program's tree) that does not lie in an
-/// Applications folder offers to move there, whatever other copies run. Any other copy goes on at once, and so does one
-/// that runs already, as starting it again is no launch; while its question is on the screen, starting it again ends.
-/// Needs a QApplication, and belongs before anything else is set up, even before another running copy is told of this
-/// start. Main thread, which waits.
+/// At launch, a portable copy (a folder "….app" with the program's tree) outside an Applications folder offers to move
+/// there. No question is asked when this copy is already running; while another process of this copy shows the
+/// question, this one ends. Needs a QApplication. Called before anything else is set up, also before another instance
+/// is told of this start. Waits for the answer. Main thread.
 [[nodiscard]] MoveOutcome moveToApplicationsFolderIfNecessary();

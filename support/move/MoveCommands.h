@@ -2,7 +2,7 @@
 
 #include "support/move/MoveOperations.h"
 
-/// The commands that moving runs, as a platform words them.
+/// The commands that a move runs on a platform.
 class MoveCommands
 {
 public:
@@ -17,7 +17,7 @@ public:
     /// Ejects the disk image after a few seconds.
     [[nodiscard]] virtual MoveCommand ejectImage(const QString& device) const = 0;
 
-    // To be run with an administrator's rights.
+    // These need an administrator's rights.
     [[nodiscard]] virtual MoveCommand privilegedDelete(const QString& destination) const = 0;
     [[nodiscard]] virtual MoveCommand privilegedCopy(const QString& source, const QString& destination) const = 0;
 };

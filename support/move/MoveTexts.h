@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The texts that users see, in English: the keys of the string table.
+/// Texts for users in English: the keys of the string table.
 namespace MoveText {
 inline constexpr QStringView titleInHome{u"Move to Applications folder in your Home folder?"};
 inline constexpr QStringView title{u"Move to Applications folder?"};
@@ -15,7 +15,7 @@ inline constexpr QStringView suppressionBox{u"Do not show this message again"};
 inline constexpr QStringView failure{u"Could not move to Applications folder"};
 } // namespace MoveText
 
-/// The lines of the system log. Each "%@" stands for a text.
+/// Lines of the system log with "%@" for each value.
 namespace MoveLog {
 inline constexpr QStringView moving{u"INFO -- Moving myself to the Applications folder"};
 inline constexpr QStringView cancelled{u"INFO -- Not moving because user canceled authorization"};

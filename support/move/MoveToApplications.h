@@ -5,16 +5,16 @@
 
 class StringTable;
 
-/// What becomes of the program after the question whether to move.
+/// What the program does after the question whether to move.
 enum class MoveOutcome
 {
-    /// It goes on from where it is: there was nothing to ask, the user declined, or the move failed.
+    /// It goes on: there was no question, the user declined, or the move failed.
     Stays,
-    /// It has to end now, with status 0: another copy runs, or starts as soon as this one has ended.
+    /// It has to end with status 0: another copy is running, or starts when this one has ended.
     Ends
 };
 
 /// Offers to move the running copy to the Applications folder and to start it again from there. Waits for the answer
-/// and for the move. Main thread, once, before anything else is set up.
+/// and the move. Called once, before anything else is set up. Main thread.
 [[nodiscard]] MoveOutcome moveToApplications(const MoveSurroundings& surroundings, const MoveCommands& commands,
                                              const StringTable& texts, MoveOperations& operations);

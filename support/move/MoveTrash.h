@@ -2,5 +2,5 @@
 
 #include "support/move/MoveOperations.h"
 
-/// Moves an item to the trash, by the first way that succeeds. False, and a line in the log, when none does.
+/// Moves an item to the trash; logs and returns false when both ways fail.
 [[nodiscard]] bool moveToTrash(const QString& path, MoveOperations& operations);

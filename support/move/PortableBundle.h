@@ -6,14 +6,14 @@
 
 #include <optional>
 
-// The portable copy: a folder "Pelmora.app" that holds the installed tree.
+// The portable copy: a folder "Pelmora.app" with the installed tree.
 
-/// The bundle that a running program belongs to: the nearest folder above its executable that is named "….app".
+/// The bundle of a running program: the nearest folder above its executable with the name "….app".
 [[nodiscard]] std::optional<QString> bundleOfExecutable(const QString& executable);
 
-/// The bundle that this copy is, when its tree (the folder that its "libexec/pelmora" lies in) is named "….app". What a
-/// package manager has installed is none, wherever it lies: only a folder that is the copy's own may be moved.
+/// The bundle when the tree (the folder with "libexec/pelmora") itself has the name "….app". A packaged installation is
+/// never one: only a folder of the copy's own may be moved.
 [[nodiscard]] std::optional<QString> portableBundleOf(const QString& executable);
 
-/// What is known of this process, which runs from the given bundle, and of this desktop.
+/// The facts for this process in the given bundle.
 [[nodiscard]] MoveSurroundings surroundingsOf(const QString& bundlePath);

@@ -2,5 +2,5 @@
 
 #include <QString>
 
-/// The text as one word of a shell command, whatever it holds.
+/// Quotes the text as one word of a shell command.
 [[nodiscard]] QString quotedForShell(QString text);

@@ -9,12 +9,12 @@
 
 namespace {
 
-constexpr int grid = 8;              // pixels: every distance is made of it
-constexpr double disabledInk = 0.45; // still legible, and plainly not to be pressed
-constexpr int ringInset = 4;         // from the button's edge to the middle of the focus ring
+constexpr int grid = 8;              // pixels: all distances are multiples of it
+constexpr double disabledInk = 0.45; // opacity of a disabled button: legible, but visibly disabled
+constexpr int ringInset = 4;         // from the button's edge to the focus ring
 constexpr double ringWidth = 2;
 
-// The image grows with the button, up to twice its size, so that a large window is not an empty one.
+// The image grows with the button up to twice its size, to fill a large window.
 int imageSide(const QRect& bounds, const QPushButton& button)
 {
     const int side = button.iconSize().height();
@@ -27,7 +27,7 @@ int titleHeight(const QPushButton& button)
     return button.fontMetrics().height();
 }
 
-// Image, grid, grid, title, grid.
+// From top to bottom: image, grid, grid, title, grid.
 QRect block(const QRect& bounds, const QPushButton& button)
 {
     const int height = imageSide(bounds, button) + titleHeight(button) + 3 * grid;
@@ -36,7 +36,7 @@ QRect block(const QRect& bounds, const QPushButton& button)
 
 bool showsFocus(const QPushButton& button)
 {
-    // Only who uses the keyboard needs to see where it goes.
+    // The ring is shown to users of the keyboard only.
     return button.hasFocus() && button.window()->testAttribute(Qt::WA_KeyboardFocusChange);
 }
 

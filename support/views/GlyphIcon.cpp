@@ -58,7 +58,7 @@ private:
         m_ink = ink;
         QFile file(m_path);
         QByteArray drawing;
-        // A missing resource has no path, which Qt would complain of.
+        // Qt would warn of an empty path, which a missing resource has.
         if (!m_path.isEmpty() && file.open(QIODevice::ReadOnly))
             drawing = file.readAll().replace("currentColor", ink.name().toLatin1());
         if (!m_drawing.load(drawing))

@@ -5,8 +5,7 @@
 
 #include <optional>
 
-/// A plain view that fills itself with one colour. It is always opaque: what lies behind it is not drawn, and with no
-/// colour its area is left undrawn.
+/// A view filled with one colour. It is always opaque; without a colour nothing is drawn.
 class MVSimpleOpaqueView final : public QWidget
 {
     Q_OBJECT
@@ -15,7 +14,6 @@ public:
     explicit MVSimpleOpaqueView(QWidget* parent = nullptr);
 
     [[nodiscard]] const std::optional<QColor>& backgroundColor() const { return m_backgroundColor; }
-    /// Redraws the whole view.
     void setBackgroundColor(std::optional<QColor> colour);
 
     [[nodiscard]] bool isOpaque() const { return true; }

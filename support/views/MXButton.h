@@ -4,7 +4,7 @@
 
 #include <QPushButton>
 
-/// A push button that its cell draws, for use in layout files.
+/// A push button for layout files that is drawn by its cell.
 class MXButton final : public QPushButton
 {
     Q_OBJECT
@@ -13,7 +13,6 @@ public:
     explicit MXButton(QWidget* parent = nullptr);
 
     [[nodiscard]] const MXButtonCell& cell() const { return m_cell; }
-    /// Redraws the button.
     void setBackgroundColor(std::optional<QColor> colour);
 
     [[nodiscard]] QSize sizeHint() const override;

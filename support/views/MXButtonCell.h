@@ -4,18 +4,18 @@
 
 #include <optional>
 
-/// The look of a tile: one flat colour, the same in every state, or nothing at all behind image and title.
+/// Draws a tile: one colour in every state, or no background.
 class MXButtonCell final : public ButtonCell
 {
 public:
     [[nodiscard]] const std::optional<QColor>& backgroundColor() const { return m_backgroundColor; }
     void setBackgroundColor(std::optional<QColor> colour) { m_backgroundColor = colour; }
 
-    /// The platform's rectangle, 8 points lower: air above the image.
+    /// The platform's rectangle, 8 points lower.
     [[nodiscard]] QRect imageRectForBounds(const QRect& bounds, const QPushButton& controlView) const override;
-    /// Fills the whole frame with the background colour; without one, draws nothing.
+    /// Without a background colour, draws nothing.
     void drawBezelWithFrame(const QRect& frame, const QPushButton& controlView, QPainter& painter) const override;
-    /// What reads best on the background colour; without one, the colour of text in the window.
+    /// The most legible ink on the background colour; without one, the window's text colour.
     [[nodiscard]] QColor inkColor(const QPushButton& controlView) const override;
 
 private:

@@ -5,7 +5,7 @@
 
 namespace {
 
-// sRGB's transfer curve, as the guidelines give it.
+// The transfer curve of sRGB in those guidelines.
 double linear(double channel)
 {
     return channel <= 0.03928 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
@@ -26,7 +26,7 @@ double contrastRatio(const QColor& one, const QColor& other)
 
 QColor readableInk(const QColor& background)
 {
-    // Softer than black, and still at 4.5 or more on every colour where white is not.
+    // Not black, but still at 4.5 or more on every colour where white is not.
     const QColor dark(16, 20, 16);
     const QColor light(Qt::white);
     return contrastRatio(light, background) >= contrastRatio(dark, background) ? light : dark;

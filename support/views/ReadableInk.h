@@ -2,9 +2,9 @@
 
 #include <QColor>
 
-/// How far apart two opaque colours are for the eye, from 1 (the same) to 21 (black and white): the contrast ratio of
-/// the web's accessibility guidelines, which ask for 4.5 for text and for 3 for large bold text and drawings.
+/// The contrast ratio of the web's accessibility guidelines (WCAG), from 1 (same colour) to 21 (black and white). Text
+/// needs 4.5; large bold text and drawings need 3.
 [[nodiscard]] double contrastRatio(const QColor& one, const QColor& other);
 
-/// The colour for text and drawings on a background of one colour: white or nearly black, whichever reads better.
+/// White or nearly black, whichever is more legible on the background.
 [[nodiscard]] QColor readableInk(const QColor& background);
