@@ -6,7 +6,7 @@
 #include <array>
 #include <string_view>
 
-/// The name of a value of a record. Made of a literal at compile time, so that what refers to it cannot dangle.
+/// The key of a value in a record. Made of a literal at compile time, so it never refers to freed memory.
 class RecordKey
 {
 public:
@@ -17,7 +17,7 @@ public:
 
     // NOLINTNEXTLINE(google-explicit-constructor): wherever a name is read, a key may stand.
     constexpr operator QStringView() const { return {m_name.data(), qsizetype(m_name.size())}; }
-    /// Refers to the literal instead of copying it.
+    /// Does not copy the literal.
     [[nodiscard]] QString toString() const
     {
         const QStringView name = *this;
@@ -30,7 +30,7 @@ private:
     std::u16string_view m_name;
 };
 
-/// A path of element names joined by "/", which the card's document is read by in UTF-8 and written by in UTF-16.
+/// A path of element names joined by "/", in UTF-8 for the XML parser and in UTF-16 for the XML writer.
 class ElementPath
 {
 public:
@@ -61,13 +61,13 @@ private:
     std::size_t m_size = 0;
 };
 
-/// Keys of the card record and of its beneficiaries: the one spelling of each.
+/// Keys of the card record and of its beneficiaries.
 namespace CardKey {
 inline constexpr RecordKey vitaleSerial{u"VitaleSerial"};
 inline constexpr RecordKey beneficiaries{u"Beneficiaries"};
 inline constexpr RecordKey firstName{u"FirstName"};
 inline constexpr RecordKey lastName{u"LastName"};
-// The birth name: no window and no page shows it, the debug copy has it.
+// The birth name, which only the debug copy shows.
 inline constexpr RecordKey patronimicName{u"PatronimicName"};
 inline constexpr RecordKey birthdayDate{u"BirthdayDate"};
 inline constexpr RecordKey birthdayDateRaw{u"MVBirthdayDateRaw"};
@@ -87,22 +87,22 @@ inline constexpr RecordKey fundCodeLibelle{u"FundCodeLibelle"};
 inline constexpr RecordKey xmlString{u"XMLString"};
 } // namespace CardKey
 
-/// Where the parts of a card's document are. Not inline, as are the fields below: with the sanitizers the compiler
-/// takes the address of an inline variable for one that may be null, and no text at it is a constant then.
+/// Paths in a card's document. These and beneficiaryFields are not inline: with the sanitizers, the address of an
+/// inline variable is no constant.
 namespace CardPath {
 constexpr ElementPath document{"T_AsnDonneesVitale"};
-// From the document's element.
+// Relative to the document's element.
 constexpr ElementPath serial{"tech/numSerie"};
 constexpr ElementPath beneficiary{"listeBenef/T_AsnBeneficiaire"};
-// From a beneficiary's element.
+// Relative to a beneficiary's element.
 constexpr ElementPath birth{"ident/naissance"};
 constexpr ElementPath period{"ident/listePeriodesDroits/T_AsnPeriode"};
-// From a period's element.
+// Relative to a period's element.
 constexpr ElementPath periodBegin{"debut"};
 constexpr ElementPath periodEnd{"fin"};
 } // namespace CardPath
 
-/// A field of a beneficiary: its key in the record and its path from the beneficiary's element.
+/// A field of a beneficiary: its key in the record, and its path in the beneficiary's element.
 struct BeneficiaryField
 {
     consteval BeneficiaryField(RecordKey recordKey, std::string_view names)
@@ -115,7 +115,7 @@ struct BeneficiaryField
     ElementPath path;
 };
 
-/// Every field that is copied from the card's XML as it stands.
+/// The fields that are copied from the card's XML unchanged.
 constexpr std::array beneficiaryFields{
     BeneficiaryField{CardKey::lastName, "ident/nomUsuel"},
     BeneficiaryField{CardKey::patronimicName, "ident/nomPatronymique"},
@@ -142,7 +142,7 @@ consteval QStringView pathOf(RecordKey key)
 /// The quality of the insured person.
 inline constexpr QStringView insuredQuality{u"0"};
 
-/// What the card record copies from its main beneficiary.
+/// The values of the main beneficiary that the card record copies.
 inline constexpr std::array mainBeneficiaryKeys{
     CardKey::ssn,      CardKey::lastName,         CardKey::firstName,      CardKey::regimeCode,
     CardKey::fundCode, CardKey::managementCenter, CardKey::managementCode,

@@ -18,8 +18,7 @@ BeneficiaryRecord parseBeneficiary(const XmlNode& element)
         if (const std::optional<XmlNode> node = element.firstNode(field.path.utf8()))
             beneficiary.setText(field.key, node->stringValue());
     }
-    // The array tells that the card lists periods; the periods themselves are not carried, so that nobody takes what
-    // the card says for today's rights.
+    // An empty array means that the card lists periods. They are not shown as today's rights.
     if (element.firstNode(CardPath::period.utf8()))
         beneficiary.setRights({});
     return beneficiary;
@@ -40,7 +39,6 @@ std::expected<CardRecord, Error> parseCardDocument(const XmlDocument* document)
     if (document == nullptr)
         return std::unexpected(PelmoraError::internalError());
 
-    // Counted before anything is made of them.
     const std::vector<XmlNode> elements = document->documentNode().nodes(beneficiariesPath.utf8());
     if (elements.empty())
         return std::unexpected(PelmoraError::vitaleNoBen());

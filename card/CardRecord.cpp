@@ -4,7 +4,7 @@
 
 namespace {
 
-// To look for, as long as the view lasts.
+// For a lookup only: the text is not copied.
 QString mapKey(QStringView key)
 {
     return QString::fromRawData(key.data(), key.size());

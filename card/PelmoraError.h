@@ -2,8 +2,7 @@
 
 #include "platform/Error.h"
 
-/// Factory of every error that Pelmora reports. The texts are shown as they stand; generalError and internalError have
-/// none.
+/// Makes every error that Pelmora reports. The texts are shown unchanged; generalError and internalError have none.
 class PelmoraError final
 {
 public:
@@ -21,7 +20,6 @@ public:
     [[nodiscard]] static Error vitaleReadError();
     [[nodiscard]] static Error vitaleNoBen();
 
-    /// The error for a "Result" code of the card service, a ReadResult or any other number; the general error for a
-    /// code without one of its own.
+    /// The error for a "Result" code of the card service; the general error for codes that are not listed.
     [[nodiscard]] static Error errorForCode(qint64 resultCode);
 };

@@ -7,18 +7,18 @@
 #include <expected>
 #include <optional>
 
-/// How a bind ended: well, or with that error.
+/// Success, or why the bind failed.
 using BindOutcome = std::expected<void, Error>;
 
-/// The outcome of what a bind's handler receives: a failure always has an error, the general one where none was given.
+/// The outcome from the arguments of a bind's handler; a failure without an error gets the general one.
 [[nodiscard]] BindOutcome bindOutcome(bool bound, const std::optional<Error>& error);
 
-/// What a bind ends with that a newer one has replaced: no failure, as the newer one tells how it ends.
+/// The error of a bind that a newer bind has replaced. It is not reported: the newer bind has its own outcome.
 [[nodiscard]] Error replacedBindError();
 [[nodiscard]] bool isReplaced(const BindOutcome& outcome);
 
-/// The error in a bind notification's user information, if there is one.
+/// The error in a bind notification's user information.
 [[nodiscard]] std::optional<Error> bindError(const QVariantMap& userInfo);
 
-/// Posts the bind notification, at once; nothing for a bind that was replaced. Main thread only.
+/// Posts the bind notification, unless the bind was replaced. Main thread only.
 void postBindNotification(const BindOutcome& outcome);

@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-/// The notification that reports how a bind ended, and the keys and values of its user information.
+/// The notification after a bind, and its user information.
 namespace BindNotification {
 inline constexpr QStringView name{u"MVBindNotification"};
 inline constexpr QStringView status{u"Status"};
@@ -14,8 +14,7 @@ inline constexpr QStringView success{u"success"};
 inline constexpr QStringView failure{u"failure"};
 } // namespace BindNotification
 
-/// Names of the access modes: which reading library the card service is to use. The index is the mode's number; 0 also
-/// stands for every unknown one.
+/// Which reading library the card service uses. The index is the mode's number; unknown names count as 0.
 namespace AccessMode {
 inline constexpr QStringView automatic{u"Auto"};
 inline constexpr QStringView system{u"System"};
@@ -31,7 +30,7 @@ inline constexpr QStringView pdtCdcVersion{u"MVPdtCdcVersion"};
 inline constexpr QStringView tableHabVersion{u"MVTableHabVersion"};
 } // namespace InformationKey
 
-/// A value of the reading library's information: its key and its path from the information document's root element.
+/// A value of the reading library's information: its key, and its path in the information document's root element.
 struct InformationField
 {
     QStringView key;
@@ -47,8 +46,8 @@ inline constexpr std::array informationFields{
 
 /// Keys of the dictionaries that LVitAccess takes and gives.
 namespace ReaderKey {
-inline constexpr QStringView readers{u"Readers"}; // the names of the readers, in the service's order
-inline constexpr QStringView detail{u"Detail"};   // why there are none, in words, where the service tells
-inline constexpr QStringView vitale{u"Vitale"};   // the name of the reader for the health card
-inline constexpr QStringView cps{u"CPS"};         // the name of the reader for the professional card
+inline constexpr QStringView readers{u"Readers"}; // names in the service's order
+inline constexpr QStringView detail{u"Detail"};   // why there are none, for users; optional
+inline constexpr QStringView vitale{u"Vitale"};   // name of the reader for the health card
+inline constexpr QStringView cps{u"CPS"};         // name of the reader for the professional card
 } // namespace ReaderKey

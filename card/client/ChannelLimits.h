@@ -4,32 +4,28 @@
 
 #include <chrono>
 
-// How long the client waits for a card service, and how much of its log it keeps. Other limits are in other files. The
-// size and shape of a message: card/wire/ServiceMessage.h and card/wire/ServiceMessageScanner.h. The time of a call to
-// a card reader: service/DeadlineLibrary.h.
+// Time limits of the client, and limits of its log lines. Limits of messages are in card/wire/ServiceMessage.h and
+// card/wire/ServiceMessageScanner.h, those of calls to a reader in service/DeadlineLibrary.h.
 
-/// Limits of a channel's patience.
 struct ChannelLimits
 {
-    /// A service that leaves a request unanswered for longer is ended. Our own answers before: it gives up its calls to
-    /// a card reader after DeadlineLimits.
+    /// A service that does not answer in time is ended. Our own answers within DeadlineLimits.
     std::chrono::milliseconds requestTimeout = std::chrono::seconds(60);
-    /// A service whose input was closed and that does not leave within this is killed.
+    /// A service that does not exit within this time after its input was closed is killed.
     std::chrono::milliseconds exitGrace = std::chrono::seconds(2);
-    /// The same when the channel itself ends: the application's end waits for it, and a session's end for that.
+    /// The same when the channel is stopped: the end of the application and of the session waits for it.
     std::chrono::milliseconds stopGrace = std::chrono::seconds(1);
 };
 
-/// A killed process ends at once unless the kernel holds it in a device; a ServiceProcess that is destroyed waits no
-/// longer than this for that.
+/// How long a ServiceProcess's destructor waits for the killed process, which may be blocked in the kernel.
 inline constexpr std::chrono::milliseconds killPatience{1000};
 
-/// Lines that reach the log in each of LogLimit's periods.
+/// Maximum number of log lines in each of LogLimit's periods.
 namespace ChannelLogLines {
 inline constexpr int unsolicitedMessages = 200;
-inline constexpr int errors = 200;      // of the service's standard error
-inline constexpr int strayReplies = 10; // to numbers that do not wait
+inline constexpr int errors = 200;      // from the service's standard error
+inline constexpr int strayReplies = 10; // replies that match no request
 } // namespace ChannelLogLines
 
-/// Bytes of a line of the service's standard error that reach the log.
+/// Bytes of a line from the service's standard error that are logged.
 inline constexpr qsizetype maximumErrorLine = 1024;

@@ -12,11 +12,10 @@
 
 namespace {
 
-// What is left of an ended service's output is at most what its pipe held, and a pipe holds a mebibyte at most; the
-// bound matters only where a child of the service goes on writing.
+// A pipe holds a mebibyte at most. The limit matters only when a child of the ended service still writes.
 constexpr int maximumLastSlices = 32;
 
-/// Signals are the main thread's business. Above all, writing to a service that has just died must fail, not kill.
+/// Leaves signals to the main thread. A write to a service that has ended must fail with an error (SIGPIPE).
 void blockSignals()
 {
     sigset_t signals{};
@@ -26,7 +25,7 @@ void blockSignals()
     pthread_sigmask(SIG_SETMASK, &signals, nullptr);
 }
 
-// What poll refused once it may refuse again at once: the thread must not turn without a rest.
+// Pause before the next poll after a failed one, so that the loop does not use the processor.
 constexpr auto restAfterFailedPoll = std::chrono::milliseconds(100);
 
 } // namespace
@@ -57,7 +56,7 @@ void ChannelLoop::post(Task task)
     {
         const std::scoped_lock lock(m_mutex);
         if (m_ended)
-            return; // the task goes with the call, outside of the lock
+            return; // the task is destroyed by the caller, outside of the lock
         isFirst = m_tasks.empty();
         counter = m_wakeUp.get();
         m_tasks.push_back(std::move(task));
@@ -77,14 +76,14 @@ void ChannelLoop::requestStop()
     wakeUp(counter);
 }
 
-/// Without a counter, the thread waits for the condition; one that is made meanwhile counts what is in the mailbox.
+/// Without a counter the thread waits for the condition. A later counter counts tasks that are waiting.
 void ChannelLoop::wakeUp(int counter)
 {
     if (counter < 0) {
         m_mailboxChanged.notify_one();
         return;
     }
-    // It fails only when the counter is at its maximum, which wakes as well.
+    // It fails only when the counter is at its maximum, which also wakes the thread.
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = write(counter, &one, sizeof one);
 }
@@ -105,7 +104,7 @@ std::expected<void, std::error_code> ChannelLoop::makeWakeUp()
     return {};
 }
 
-/// Runs what is in the mailbox now; what those tasks post comes after a look at the connection.
+/// Runs the queued tasks. Tasks that these post run after the next poll.
 void ChannelLoop::runTasks()
 {
     std::vector<Task> tasks;
@@ -120,7 +119,7 @@ void ChannelLoop::runTasks()
     }
     for (Task& task : tasks) {
         task();
-        // What the task holds goes before the next one runs.
+        // Destroys what the task owns before the next one runs.
         task = nullptr;
     }
 }
@@ -163,7 +162,7 @@ void ChannelLoop::send(const QCborMap& body, ServiceReplyHandler handler)
         handler(std::nullopt);
 }
 
-/// The connection is broken: it is closed, its event handler is told, and then those that wait.
+/// Closes a broken connection, tells its event handler, then fails its requests.
 void ChannelLoop::interrupt()
 {
     if (const ConnectionPointer connection = takeConnection(false)) {
@@ -172,7 +171,7 @@ void ChannelLoop::interrupt()
     }
 }
 
-/// Ends the connection, so that handlers that are called from now on find none. Its service is leaving from then on.
+/// Ends the connection before handlers are called, so that these find none. Its service is exiting from then on.
 ChannelLoop::ConnectionPointer ChannelLoop::takeConnection(bool isAsked)
 {
     m_strayReplies.tellLeftOut();
@@ -198,7 +197,7 @@ std::chrono::milliseconds ChannelLoop::grace() const
     return m_isStopping ? std::min(m_limits.stopGrace, m_limits.exitGrace) : m_limits.exitGrace;
 }
 
-/// Services that were leaving before the channel's end have no more time than the one that it closed.
+/// Limits the time of services that were exiting before the stop to the grace of the stop.
 void ChannelLoop::hurryLeaving()
 {
     const auto latest = ChannelClock::now() + grace();
@@ -222,7 +221,7 @@ void ChannelLoop::killLateServices()
             continue;
         seeOff(service);
         if (!service.isGone && service.isKilled) {
-            // A process that outlives SIGKILL is held by the kernel, in a device; it ends when the device lets it.
+            // A process that survives SIGKILL is blocked in the kernel and ends when the device answers.
             MXLog::logWarning("The card service could not be ended: the system holds it in a call");
             service.isGone = true;
         }
@@ -233,7 +232,7 @@ void ChannelLoop::killLateServices()
     std::erase_if(m_leaving, [](const LeavingService& service) { return service.isGone; });
 }
 
-/// Milliseconds until something is due, rounded up; -1 when nothing is.
+/// Milliseconds until the next deadline, rounded up; -1 for none.
 int ChannelLoop::patience() const
 {
     auto due = ChannelClock::time_point::max();
@@ -253,8 +252,7 @@ void ChannelLoop::waitForMailbox()
     m_mailboxChanged.wait(lock, [this] { return !m_tasks.empty() || m_stopRequested; });
 }
 
-/// What is waited for cannot be: more descriptors than the process may have now, or no memory. Without a connection and
-/// leaving services there is less to wait for.
+/// poll failed: too many descriptors, or no memory. Closing the connection reduces what is polled.
 void ChannelLoop::giveUpPolling(std::error_code reason)
 {
     if (m_connection)
@@ -265,7 +263,7 @@ void ChannelLoop::giveUpPolling(std::error_code reason)
 
 void ChannelLoop::waitForEvents()
 {
-    // Whatever else is waited for was opened with it.
+    // Without a counter there was no connection, so nothing else to poll.
     if (!m_wakeUp.isValid()) {
         waitForMailbox();
         return;
@@ -292,7 +290,7 @@ void ChannelLoop::waitForEvents()
         serveLeaving(m_leaving[index], ready.subspan(1 + index * perLeaving, perLeaving));
     std::erase_if(m_leaving, [](const LeavingService& service) { return service.isGone; });
 
-    // Last, because its handlers may open and close as they like.
+    // Last, because its handlers may open and close connections.
     if (const ConnectionPointer connection = m_connection) {
         ServiceConnection::PollSet connectionReady{};
         std::ranges::copy(ready.last(connectionReady.size()), connectionReady.begin());
@@ -311,13 +309,13 @@ void ChannelLoop::tellEnd(const LeavingService& service)
         MXLog::logWarning("The card service ended: {}", end->description());
 }
 
-/// Logs the last words and the end of a service that has ended; nothing while it runs.
+/// Logs the last output and the end of a service that has exited; does nothing while it runs.
 void ChannelLoop::seeOff(LeavingService& service)
 {
     service.isGone = service.process.reap();
     if (!service.isGone)
         return;
-    // Whatever it said is in the pipe by now. The pipe's end is not waited for: a child may hold it open.
+    // The service's output is in the pipe by now. The loop does not wait for the pipe's end: a child may keep it open.
     service.errorLog.readLastWords(service.process.standardError(), maximumLastSlices);
     tellEnd(service);
 }
@@ -339,8 +337,8 @@ void ChannelLoop::serve(const ConnectionPointer& connection, const ServiceConnec
     if (!isOver && !ServiceConnection::hasOutput(ready))
         return;
 
-    // One slice at a time, so that a flood leaves room for tasks and time-outs. What is left of the output
-    // of a service that has ended is read to its end: what it answered before still counts.
+    // One slice at a time, so that much output does not delay tasks and time limits. The output of a service that has
+    // exited is read to its end: its last replies still count.
     int slices = isOver ? maximumLastSlices : 1;
     auto reading = ServiceConnection::Reading::Some;
     bool isReadable = true;
@@ -353,7 +351,7 @@ void ChannelLoop::serve(const ConnectionPointer& connection, const ServiceConnec
         interrupt();
 }
 
-/// Hands out the messages that have arrived. False when the stream can be read no further.
+/// Delivers the messages that have arrived. False when the stream is malformed.
 bool ChannelLoop::deliver(const ConnectionPointer& connection)
 {
     while (m_connection == connection) {

@@ -4,14 +4,14 @@
 
 #include <chrono>
 
-/// Bounds how many lines of one kind reach the log, whatever a service sends: the first ones of each period. How many
-/// were left out is told in one line, before the first line of a later period and at the end. One thread at a time.
+/// Limits how many lines of one kind are logged in each period. The number of dropped lines is logged before the first
+/// line of a later period and at the end. One thread at a time.
 class LogLimit final
 {
 public:
     static constexpr std::chrono::milliseconds usualPeriod = std::chrono::seconds(10);
 
-    /// So many lines in each period; the line about those left out is written at the level.
+    /// The line about dropped lines has the given level.
     LogLimit(MXLog::Level level, int lines, std::chrono::milliseconds period = usualPeriod)
         : m_level(level)
         , m_lines(lines)
@@ -19,10 +19,9 @@ public:
     {
     }
 
-    /// Whether one more line may be written.
     [[nodiscard]] bool admits();
 
-    /// Tells now how many lines were left out, if any were.
+    /// Logs the number of dropped lines, if any.
     void tellLeftOut();
 
 private:

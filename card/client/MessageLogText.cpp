@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype maximumText = 64; // characters; a longer text is a document, not a word of the conversation
+constexpr qsizetype maximumText = 64; // characters; longer texts are documents
 constexpr qsizetype maximumElements = 32;
 
 constexpr std::array contentKeys{ServiceWord::vitale, ServiceWord::informations, ServiceWord::fundCodeLibelle};

@@ -7,6 +7,6 @@
 
 #include <expected>
 
-/// Which reader is whose, by the keys of ReaderKey: the accepted model for the health card, wherever it stands in the
-/// list, and another one, if there is one, for the professional card. No reader at all and no accepted one are errors.
+/// The reader of the accepted model for the health card, and another one, if there is one, for the professional card,
+/// under the keys of ReaderKey. An error when there is no reader or none of the accepted model.
 [[nodiscard]] std::expected<QVariantMap, Error> readerChoice(QStringList names);

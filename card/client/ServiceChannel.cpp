@@ -22,7 +22,7 @@ ServiceChannel::~ServiceChannel()
 
 void ServiceChannel::post(Task task)
 {
-    // The task may destroy this channel before the call is over, and its thread the loop.
+    // The task may destroy this channel during the call.
     const std::shared_ptr<ChannelLoop> loop = m_loop;
     loop->post(std::move(task));
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Places in the poll set.
+// Indices of the poll set.
 enum : std::size_t
 {
     Input,
@@ -16,7 +16,7 @@ enum : std::size_t
     EndOfProcess
 };
 
-constexpr std::size_t sliceSize = std::size_t{64} * 1024; // what a pipe holds
+constexpr std::size_t sliceSize = std::size_t{64} * 1024; // the size of a pipe
 
 } // namespace
 
@@ -28,7 +28,7 @@ void ServiceConnection::send(const QCborMap& body, WaitingRequest request)
     writeUnsent();
 }
 
-/// A failure needs no care here: it is one that poll reports as well, once what the service said before has been read.
+/// A failed write is ignored: poll reports the same failure after the service's last output has been read.
 void ServiceConnection::writeUnsent()
 {
     while (m_unsentStart < m_unsent.size()) {
@@ -54,7 +54,7 @@ std::optional<ServiceReplyHandler> ServiceConnection::takeRequest(qint64 number)
 
 std::optional<ChannelClock::time_point> ServiceConnection::firstDeadline() const
 {
-    // All wait for the same time, so that the lowest number's deadline is the first.
+    // The time limit is the same for all, so the lowest number has the first deadline.
     if (m_waiting.empty())
         return std::nullopt;
     return m_waiting.begin()->second.deadline;

@@ -5,12 +5,11 @@
 
 #include <QByteArray>
 
-/// Writes what a service says on its standard error to the log, line by line, at debug level: it may be about a
-/// patient. Lines are bounded in length and in number (ChannelLimits.h).
+/// Logs a service's standard error line by line, at debug level because it may be about a patient. Length and number of
+/// lines are limited (ChannelLimits.h).
 class ServiceErrorLog final
 {
 public:
-    /// What a read came to.
     enum class Reading
     {
         Some,
@@ -18,9 +17,9 @@ public:
         Ended
     };
 
-    /// Reads a bounded slice of what is there, without waiting.
+    /// Reads one slice without waiting.
     Reading read(int descriptor);
-    /// Reads what an ended service left there, at most so many slices, without waiting; the last line needs no end.
+    /// Reads the rest of an ended service, at most that many slices, without waiting.
     void readLastWords(int descriptor, int maximumSlices);
 
 private:

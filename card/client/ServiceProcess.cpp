@@ -17,7 +17,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// The header of glibc 2.36 forgets C linkage.
+// glibc 2.36's header has no C linkage.
 extern "C" {
 #include <sys/pidfd.h>
 }
@@ -38,8 +38,7 @@ std::error_code lastError()
     return {errno, std::system_category()};
 }
 
-/// Moves a descriptor out of the way of 0, 1 and 2, where a child's own pipes go: a program may be started without
-/// those.
+/// Moves a descriptor above 2: a program may be started without 0, 1 and 2, where the child's pipes go.
 bool moveAboveStandard(FileDescriptor& descriptor)
 {
     if (descriptor.get() >= firstFreeDescriptor)
@@ -64,7 +63,7 @@ bool setNonBlocking(const FileDescriptor& descriptor)
     return fcntl(descriptor.get(), F_SETFL, O_NONBLOCK) == 0;
 }
 
-/// As exec takes a list of texts, which must outlive it.
+/// A null-terminated list for exec. The texts must outlive it.
 std::vector<char*> endedList(std::vector<std::string>& texts)
 {
     std::vector<char*> list;
@@ -75,7 +74,7 @@ std::vector<char*> endedList(std::vector<std::string>& texts)
     return list;
 }
 
-/// All that the child needs, made before it exists.
+/// Made before the fork.
 struct ChildSetup
 {
     const char* program = nullptr;
@@ -90,18 +89,17 @@ struct ChildSetup
     struct sigaction defaultAction{};
 };
 
-/// The child's whole life before its program. It shares the parent's memory until then, so that it makes system calls
-/// and writes nothing. The parent's handlers are dropped before signals can arrive, and so is what it ignores.
+/// Runs in the child until exec. The child shares the parent's memory: it makes system calls only and writes nothing.
+/// Signal handlers are reset before signals are unblocked, and so are ignored signals.
 [[noreturn, gnu::noinline]] void becomeService(const ChildSetup& setup)
 {
     for (int signal = 1; signal < NSIG; ++signal)
         sigaction(signal, &setup.defaultAction, nullptr);
 
-    // The kernel kills the child when the thread that started it ends. If that happened already, nobody is left to
-    // serve.
+    // PR_SET_PDEATHSIG has no effect if the parent has ended already: getppid() detects that.
     if (prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == setup.parent && dup2(setup.input, STDIN_FILENO) >= 0 &&
         dup2(setup.output, STDOUT_FILENO) >= 0 && dup2(setup.errors, STDERR_FILENO) >= 0) {
-        // What the application has open is none of the child's business; an old kernel leaves this to each owner.
+        // Closes the application's descriptors. A kernel without close_range relies on O_CLOEXEC.
         close_range(firstFreeDescriptor, UINT_MAX, CLOSE_RANGE_CLOEXEC);
         pthread_sigmask(SIG_SETMASK, &setup.noSignals, nullptr);
         execve(setup.program, setup.arguments, setup.environment);
@@ -110,17 +108,16 @@ struct ChildSetup
     _exit(exitCodeCannotExecute);
 }
 
-/// A child that runs becomeService; -1 when there can be none.
+/// Starts a child in becomeService; -1 on failure.
 pid_t spawn(const ChildSetup& setup)
 {
-    // No handler of this program may run in the child while memory is shared.
+    // Signal handlers must not run in the child while memory is shared.
     sigset_t allSignals{};
     sigset_t before{};
     sigfillset(&allSignals);
     pthread_sigmask(SIG_SETMASK, &allSignals, &before);
-    // vfork takes 0.1 ms whatever the size of the application; fork takes 1.2 ms at 100 MiB, and page faults after it.
-    // What makes vfork dangerous, a child that writes or returns, becomeService does not do.
-    // NOLINTBEGIN(bugprone-unsafe-functions,cert-msc24-c,cert-msc33-c,clang-analyzer-*)
+    // vfork takes 0.1 ms at any size of the application; fork takes 1.2 ms at 100 MiB, and page faults after it.
+    // becomeService neither writes memory nor returns, so vfork is safe.
     const pid_t child = vfork();
     if (child == 0)
         becomeService(setup);
@@ -131,7 +128,7 @@ pid_t spawn(const ChildSetup& setup)
     return child;
 }
 
-/// What the child said before its program took over: 0 (nothing) when it did.
+/// The error that the child reported; 0 when exec succeeded.
 int readReport(const FileDescriptor& report)
 {
     int error = 0;
@@ -252,7 +249,7 @@ bool ServiceProcess::reap()
         m_end = information.si_code == CLD_EXITED
                     ? ProcessEnd{.signal = std::nullopt, .exitStatus = information.si_status}
                     : ProcessEnd{.signal = information.si_status};
-    // ECHILD: the application ignores its children's ends, and the kernel has reaped this one.
+    // ECHILD: the application ignores SIGCHLD, and the kernel has reaped the child.
     if ((result == 0 && information.si_pid != 0) || (result != 0 && errno == ECHILD))
         m_process.reset();
     return !m_process.isValid();

@@ -2,5 +2,5 @@
 
 #include <QStringView>
 
-/// The one reader model that is accepted for health cards.
+/// The only reader model for health cards.
 inline constexpr QStringView acceptedReader{u"Feitian SCR301"};

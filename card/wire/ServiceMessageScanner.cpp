@@ -5,8 +5,8 @@
 
 namespace {
 
-// RFC 8949, section 3: the three high bits of an item's first byte are its major type, the five low ones its argument
-// or the number of bytes that the argument takes.
+// RFC 8949, section 3: the high three bits of an item's first byte are its major type; the low five are its argument,
+// or tell the size of the argument.
 enum MajorType : unsigned
 {
     UnsignedInteger = 0,
@@ -46,7 +46,7 @@ struct ServiceMessageScanner::Head
     }
 };
 
-/// The head that the bytes begin with; nullopt when it is not whole. Its first byte must be there.
+/// The head at the start of the bytes, which must not be empty; nullopt when it is incomplete.
 std::optional<ServiceMessageScanner::Head> ServiceMessageScanner::readHead(QByteArrayView bytes)
 {
     const unsigned first = static_cast<unsigned char>(bytes.front());
@@ -95,7 +95,7 @@ bool ServiceMessageScanner::isKnown(QByteArrayView key) const
            });
 }
 
-/// Complete for a key that is accepted. It must be in one piece.
+/// Complete for an accepted key. A key must not be of indefinite length.
 ServiceMessageScanner::Verdict ServiceMessageScanner::judgeKey(const Head& head, QByteArrayView rest) const
 {
     if (head.majorType != TextString || head.information > lastFollowingArgument || head.argument > maximumKey)
@@ -106,7 +106,7 @@ ServiceMessageScanner::Verdict ServiceMessageScanner::judgeKey(const Head& head,
     return isKnown(rest.sliced(head.size, size)) ? Verdict::Complete : Verdict::Malformed;
 }
 
-/// Whether the head of a key (judged before), a value, an element or a part may stand where it does.
+/// Whether an item with this head is allowed here. Keys were checked before.
 bool ServiceMessageScanner::expects(const Head& head) const
 {
     if (m_open.empty())
@@ -128,7 +128,7 @@ bool ServiceMessageScanner::expects(const Head& head) const
     return false;
 }
 
-/// Takes in one head: NeedsMore, unless the message cannot be accepted.
+/// Handles one head: NeedsMore, unless the message is refused.
 ServiceMessageScanner::Verdict ServiceMessageScanner::enter(const Head& head)
 {
     if (head.isReserved())
@@ -173,7 +173,7 @@ ServiceMessageScanner::Verdict ServiceMessageScanner::enterContainer(const Head&
     return Verdict::NeedsMore;
 }
 
-/// A break ends a container of indefinite length that is whole.
+/// A break ends a container of indefinite length, if its items are complete.
 ServiceMessageScanner::Verdict ServiceMessageScanner::leaveContainer()
 {
     if (m_open.empty() || m_open.back().total)
@@ -187,7 +187,7 @@ ServiceMessageScanner::Verdict ServiceMessageScanner::leaveContainer()
     return Verdict::NeedsMore;
 }
 
-/// An item has ended, and with it the containers whose last one it is.
+/// An item has ended, and so may the containers around it.
 void ServiceMessageScanner::finishItem()
 {
     while (!m_open.empty()) {

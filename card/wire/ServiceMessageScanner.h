@@ -7,9 +7,9 @@
 #include <span>
 #include <vector>
 
-/// Finds where one message of a growing buffer ends and judges its shape, without decoding it: the number, then null or
-/// a map whose keys are texts and whose values are scalars or arrays of scalars. However slowly the message arrives, no
-/// byte of its content is looked at twice; a message that is too large or of another shape is refused by its heads.
+/// Finds the end of a message in a growing buffer and checks its form without decoding it: a number, then null or a map
+/// whose keys are texts and whose values are scalars or arrays of scalars. Each byte is looked at once. A message that
+/// is too large or has another form is refused as soon as the head of an item shows that.
 class ServiceMessageScanner
 {
 public:
@@ -21,29 +21,28 @@ public:
         TooLarge
     };
 
-    /// Items (keys, values, elements of an array, parts of a string) that a message may have. A reply of our own
-    /// service has about 20.
+    /// Items of a message (keys, values, array elements, parts of a string). A reply of our own service has about 20.
     static constexpr int maximumItems = 4096;
     /// Bytes of a key.
     static constexpr int maximumKey = 64;
 
-    /// Accepts these keys alone, or any if there are none. They must outlive the scanner.
+    /// Accepts only these keys, or any if the list is empty. They must outlive the scanner.
     ServiceMessageScanner(qsizetype maximumSize, std::span<const QLatin1StringView> keys)
         : m_maximumSize(maximumSize)
         , m_keys(keys)
     {
     }
 
-    /// Goes on where the last call stopped. The bytes start at the message's first one each time.
+    /// Continues after the last call. The bytes always start at the message's first one.
     [[nodiscard]] Verdict scan(QByteArrayView bytes);
 
-    /// The message's size in bytes, once it is complete.
+    /// The size of a complete message, in bytes.
     [[nodiscard]] qsizetype size() const { return m_position; }
 
 private:
     struct Head;
 
-    /// A container whose end has not come.
+    /// A container that has not ended.
     struct Level
     {
         enum class Kind
@@ -55,7 +54,7 @@ private:
         };
         Kind kind = Kind::Message;
         unsigned majorType = 0;
-        std::optional<quint64> total; // of items; nullopt when a break ends it
+        std::optional<quint64> total; // of items; nullopt when the length is indefinite
         quint64 entered = 0;
     };
 

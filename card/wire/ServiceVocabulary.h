@@ -4,7 +4,7 @@
 
 #include <array>
 
-/// The words of the messages between the application and the card service: the one spelling of each.
+/// Words of the messages between the application and the card service.
 namespace ServiceWord {
 
 // Requests. Every value is a text.
@@ -20,7 +20,7 @@ inline constexpr QLatin1StringView setReaders{"set_readers"};
 inline constexpr QLatin1StringView informationsCommand{"informations"};
 inline constexpr QLatin1StringView vitaleRead{"vitale_read"};
 
-// Replies. Texts, but for "Readers" (an array of texts) and "Result" (an integer).
+// Replies. Texts, except for "Readers" (an array of texts) and "Result" (an integer).
 inline constexpr QLatin1StringView status{"Status"};
 inline constexpr QLatin1StringView embedded{"Embedded"};
 inline constexpr QLatin1StringView readers{"Readers"};
@@ -28,21 +28,21 @@ inline constexpr QLatin1StringView informations{"Informations"}; // the command'
 inline constexpr QLatin1StringView vitale{"Vitale"};
 inline constexpr QLatin1StringView fundCodeLibelle{"FundCodeLibelle"};
 inline constexpr QLatin1StringView result{"Result"};
-inline constexpr QLatin1StringView detail{"Detail"}; // of a failure: what people can do, in French, beside its error
+inline constexpr QLatin1StringView detail{"Detail"}; // of a failure: what users can do, in French
 
 // Unsolicited messages. Texts.
 inline constexpr QLatin1StringView event{"Event"};
 inline constexpr QLatin1StringView state{"State"};
 
-// All keys that the service's messages may have.
+// All keys of the service's messages.
 inline constexpr std::array replyKeys{status,          embedded, readers, informations, vitale,
                                       fundCodeLibelle, result,   detail,  event,        state};
 
-// Values of "Status": anything but "success" is a failure.
+// Values of "Status". Every value except "success" is a failure.
 inline constexpr QLatin1StringView success{"success"};
 inline constexpr QLatin1StringView error{"error"};
 
-// The value of "Embedded" that says yes.
+// The value of "Embedded" for yes.
 inline constexpr QLatin1StringView embeddedTrue{"true"};
 
 } // namespace ServiceWord

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Where ISO Latin 1 has controls, windows-1252 has these characters, and none where there is a zero.
+// The characters of windows-1252 from 80 to 9F; zero where it has none.
 constexpr char16_t firstControl = 0x80;
 constexpr std::array<char16_t, 32> windows1252Characters{
     u'\u20AC', 0,         u'\u201A', u'\u0192', u'\u201E', u'\u2026', u'\u2020', u'\u2021', //
@@ -27,7 +27,7 @@ bool isHighControl(QChar character)
 
 std::optional<QString> decodeUtf8(QByteArrayView bytes)
 {
-    // Without that flag the start of a character at the end is held back for more bytes, and reported never.
+    // Stateless: otherwise an incomplete last character is kept for more bytes and not reported.
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = decoder(bytes);
     if (decoder.hasError())
