@@ -4,18 +4,15 @@
 
 #include <expected>
 
-// Filters on system calls (seccomp), for good, for all threads and for all children to come. They need no_new_privs.
-// The failure is an errno: nothing is refused then.
+// Permanent filters on system calls (seccomp) for all threads and future children. They need no_new_privs. The error is
+// an errno; then nothing is refused.
 
-/// Refuses what a card service never does: sockets other than local connections, to be connected to, permissions,
-/// owners, attributes and times of files, to look into other processes, io_uring. With the second, signals to other
-/// processes too.
+/// Refuses calls that a card service does not need: sockets except local ones for connecting, changes of permissions,
+/// owners, attributes and times of files, access to other processes, io_uring; on request signals to others.
 [[nodiscard]] std::expected<void, int> refuseCalls(bool areSignalsRefused);
 
-/// Hands over each connection that is asked for: the descriptor tells of it (seccomp_unotify(2)), and until somebody
-/// answers there, connect waits. No other such descriptor can be made after it.
+/// Stops each connect call until it is answered through the descriptor (seccomp_unotify(2)), the only one.
 [[nodiscard]] std::expected<FileDescriptor, int> handOverConnections();
 
-/// Refuses the calls that name a receiver, or can. The system log's socket takes datagrams: with these calls, what is
-/// sent on it could go to any other program.
+/// Refuses calls that can name a receiver: through the system log's datagram socket they could send to other programs.
 [[nodiscard]] std::expected<void, int> refuseReceivers();

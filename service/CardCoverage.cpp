@@ -12,11 +12,11 @@ constexpr QStringView qualityPath = pathOf(CardKey::quality);
 constexpr QStringView schemePath = pathOf(CardKey::regimeCode);
 constexpr QStringView fundPath = pathOf(CardKey::fundCode);
 
-/// Follows a card's elements and keeps the first quality, scheme and fund of each beneficiary.
+/// Collects the first quality, scheme and fund of each beneficiary.
 class CoverageFinder
 {
 public:
-    /// False when the elements are nested deeper than any card's, and than readers of XML commonly bear.
+    /// False when the elements are nested too deep.
     [[nodiscard]] bool startElement(const QXmlStreamReader& reader)
     {
         if (m_starts.size() >= deepestNesting)
@@ -24,7 +24,7 @@ public:
         m_starts.push_back(m_path.size());
         if (!m_path.isEmpty())
             m_path += u'/';
-        // A name in a namespace is another name, however it is spelt; no path that is looked for holds a brace.
+        // A name with a namespace gets a brace, so that it matches no path.
         if (!reader.namespaceUri().isEmpty())
             m_path += u'{';
         m_path += reader.name();
@@ -95,7 +95,7 @@ private:
     }
 
     QString m_path;
-    QList<qsizetype> m_starts; // for each open element, the length of the path that holds it
+    QList<qsizetype> m_starts; // for each open element, the length of its parent's path
     Values m_values;
     Value* m_current = nullptr;
     qsizetype m_currentDepth = 0;
@@ -104,7 +104,7 @@ private:
     bool m_hasMain = false;
 };
 
-/// Whether a document type opens a subset of declarations: a bracket outside its quoted identifiers.
+/// Whether a document type has an internal subset: a bracket outside of quotes.
 bool hasDeclarations(QStringView documentType)
 {
     QChar quote;
@@ -129,12 +129,12 @@ std::optional<CardCoverage> cardCoverage(QStringView text)
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::DTD:
-            // The reader lets a second one pass.
+            // QXmlStreamReader accepts a second document type.
             if (hasDocumentType || hasDeclarations(reader.text()))
                 return std::nullopt;
             hasDocumentType = true;
             break;
-        // An entity that only a file elsewhere could declare; no such file is ever read.
+        // An entity that only an external file, which is never read, could declare.
         case QXmlStreamReader::EntityReference:
             return std::nullopt;
         case QXmlStreamReader::StartElement:

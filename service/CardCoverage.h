@@ -4,14 +4,13 @@
 
 #include <optional>
 
-/// Insurance scheme and fund of a card's main beneficiary: the two digits and the three digits that the card carries,
-/// each empty when it carries none.
+/// Insurance scheme (two digits) and fund (three digits) of a card's main beneficiary, if any.
 struct CardCoverage
 {
     QString scheme;
     QString fund;
 };
 
-/// The coverage that a decoded card text shows; empty values for a document that is not a card's. Nothing when the text
-/// is not well-formed, has a document type declaration or is nested over 256 levels deep.
+/// The coverage in a card's text; empty values for another document. Absent when the text is not well-formed, has
+/// declarations in its document type, or has more than 256 levels.
 [[nodiscard]] std::optional<CardCoverage> cardCoverage(QStringView text);

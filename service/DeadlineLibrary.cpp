@@ -8,8 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// What the worker thread runs. The task, and how far it is, are shared between the two threads under the mutex; the
-/// library is the worker thread's alone.
+/// The worker thread's work. The task is shared under the mutex; the library is used on that thread only.
 class DeadlineLibrary::Worker final
 {
 public:
@@ -20,7 +19,7 @@ public:
     {
     }
 
-    /// The thread's whole life.
+    /// The thread's function.
     void run()
     {
         std::unique_lock lock(m_mutex);
@@ -40,7 +39,7 @@ public:
         m_library.reset();
     }
 
-    /// Whether the worker has done the task before the time was over.
+    /// Whether the task was done in time.
     [[nodiscard]] bool perform(Task task, std::chrono::milliseconds limit)
     {
         std::unique_lock lock(m_mutex);
@@ -49,7 +48,7 @@ public:
         return m_changed.wait_for(lock, limit, [this] { return !m_task; });
     }
 
-    /// What a task that has not been done waits for.
+    /// What the unfinished task is waiting for.
     [[nodiscard]] QString waitsFor() const { return m_library->waitsFor(); }
 
     void requestStop()
@@ -65,7 +64,7 @@ private:
     std::optional<Task> m_task; // set until it is done
     bool m_isStopping = false;
 
-    std::unique_ptr<ReadingLibrary> m_library; // there until the stop
+    std::unique_ptr<ReadingLibrary> m_library; // until the stop
 };
 
 DeadlineLibrary::DeadlineLibrary(std::unique_ptr<ReadingLibrary> library, DeadlineLimits limits)
@@ -90,7 +89,7 @@ Answer DeadlineLibrary::ask(std::chrono::milliseconds limit, Answer lateAnswer,
 {
     if (m_isBeyondUse)
         return lateAnswer;
-    // A call that is left behind has a place for its answer as long as it needs one.
+    // Shared with the task: an abandoned call still writes its answer.
     struct Place
     {
         std::optional<Answer> answer;

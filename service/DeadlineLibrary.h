@@ -7,26 +7,24 @@
 #include <memory>
 #include <thread>
 
-/// How long a call to a reading library may last. Less than the client waits for a reply (ChannelLimits), so that the
-/// client has one.
+/// Time limits of calls to a reading library, shorter than the client's request limit (ChannelLimits).
 struct DeadlineLimits
 {
     std::chrono::milliseconds read{20'000};
     std::chrono::milliseconds other{10'000};
 };
 
-/// A reading library whose calls end, whatever the reader does: each is made on one worker thread, and left behind once
-/// its time is over. The call in question is then answered as a failure (a read as a mute card, or as a reader fault
-/// when it waits for something else), and so is, at once, every later one. The library that it holds is used, closed
-/// and destroyed on the worker thread.
+/// Limits the time of calls to another reading library. Calls are made on one worker thread; a call that takes too long
+/// is abandoned. It is then answered as a failure (a read as a mute card or, when it waits for something else, as a
+/// reader fault), and so are all later calls. The other library is used, closed and destroyed on the worker thread.
 class DeadlineLibrary final : public ReadingLibrary
 {
 public:
     explicit DeadlineLibrary(std::unique_ptr<ReadingLibrary> library, DeadlineLimits limits = {});
     DeadlineLibrary(const DeadlineLibrary&) = delete;
     DeadlineLibrary& operator=(const DeadlineLibrary&) = delete;
-    /// Waits until the library is closed. When a call was left behind nothing is waited for: its thread goes on, and
-    /// closes the library should the call ever return.
+    /// Waits until the library is closed, unless a call was abandoned: then the thread is detached, and closes the
+    /// library if the call returns.
     ~DeadlineLibrary() override;
 
     [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
@@ -45,8 +43,8 @@ private:
                              std::move_only_function<Answer(ReadingLibrary&)> question);
 
     DeadlineLimits m_limits;
-    std::shared_ptr<Worker> m_worker; // also its thread's, which may outlive this
+    std::shared_ptr<Worker> m_worker; // shared with the thread, which may outlive this object
     std::thread m_thread;
-    QString m_hint; // the library's, after its last call
+    QString m_hint; // of the library after its last call
     bool m_isBeyondUse = false;
 };

@@ -17,20 +17,20 @@ namespace {
 
 using Rights = decltype(landlock_ruleset_attr::handled_access_fs);
 
-// All rights that change files, by the version of the kernel's interface that brought them.
+// The rights that change files, by the Landlock version that introduced them.
 constexpr Rights firstRights = LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_REMOVE_DIR |
                                LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_CHAR |
                                LANDLOCK_ACCESS_FS_MAKE_DIR | LANDLOCK_ACCESS_FS_MAKE_REG |
                                LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO |
                                LANDLOCK_ACCESS_FS_MAKE_BLOCK | LANDLOCK_ACCESS_FS_MAKE_SYM;
 constexpr Rights secondRights = LANDLOCK_ACCESS_FS_REFER;
-// Younger than the headers of some systems: to truncate, and what is held besides files.
+// Missing in the headers of some systems: truncation, and restrictions besides files.
 constexpr Rights thirdRights = Rights{1} << 14;
 constexpr std::uint64_t abstractSockets = 1;
 constexpr std::uint64_t signals = 2;
 constexpr long versionOfScopes = 6;
 
-/// landlock_ruleset_attr as that version has it.
+/// landlock_ruleset_attr of that version.
 struct RulesetAttributes
 {
     Rights files = 0;
@@ -38,11 +38,11 @@ struct RulesetAttributes
     std::uint64_t scopes = 0;
 };
 
-// What a library does with files of its own.
+// For a library's own files.
 constexpr Rights ownFiles = LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_REMOVE_DIR |
                             LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_DIR | LANDLOCK_ACCESS_FS_MAKE_REG |
                             secondRights | thirdRights;
-// Devices are written to without being changed. A reader that is not used through PC/SC is one on USB.
+// Devices are written to but not changed. A reader without PC/SC is a USB device.
 constexpr Rights devices = LANDLOCK_ACCESS_FS_WRITE_FILE;
 constexpr std::array writableDevices{"/dev/null", "/dev/zero", "/dev/full", "/dev/bus/usb"};
 
@@ -51,7 +51,7 @@ Rights rightsOfVersion(long version)
     return firstRights | (version >= 2 ? secondRights : 0) | (version >= 3 ? thirdRights : 0);
 }
 
-/// What is not there needs no rule.
+/// A missing path needs no rule.
 bool allowBeneath(const FileDescriptor& rules, const char* path, Rights rights)
 {
     const FileDescriptor opened(::open(path, O_PATH | O_CLOEXEC));

@@ -18,7 +18,7 @@ bool isCode(QStringView text, qsizetype digits)
 
 bool isLabel(QStringView text)
 {
-    // What fits the page; no table needs more.
+    // As much as fits on the page.
     constexpr qsizetype longestLabel = 200;
     return !text.isEmpty() && text.size() <= longestLabel &&
            std::ranges::all_of(text, [](QChar character) { return character.category() != QChar::Other_Control; });
@@ -68,7 +68,7 @@ std::optional<QString> FundTable::label(const CardCoverage& coverage) const
 {
     const QString scheme = coverage.scheme.trimmed();
     const QString fund = coverage.fund.trimmed();
-    // Codes of other lengths could join to another entry's key.
+    // Codes of other lengths could form another entry's key.
     if (!isCode(scheme, 2))
         return std::nullopt;
     auto found = isCode(fund, 3) ? m_labels.constFind(scheme + fund) : m_labels.constEnd();

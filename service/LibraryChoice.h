@@ -4,12 +4,12 @@
 
 #include <memory>
 
-/// The reading library that the access mode asks for: the installed one, the service's own, or the first of these that
-/// is there. Until the first initialise the service's own is in use; after one that is refused, none.
+/// Uses the reading library of the access mode: the installed one, the service's own, or the first of these that can be
+/// initialised. Before the first initialise the service's own is used, after a failed one none.
 class LibraryChoice final : public ReadingLibrary
 {
 public:
-    /// The installed library is told of every change of mode, so that it lets its readers go when it is not wanted.
+    /// The installed library is initialised at every change of mode, so that it releases its readers.
     LibraryChoice(std::unique_ptr<ReadingLibrary> installed, std::unique_ptr<ReadingLibrary> embedded);
 
     [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
@@ -23,5 +23,5 @@ public:
 private:
     std::unique_ptr<ReadingLibrary> m_installed;
     std::unique_ptr<ReadingLibrary> m_embedded;
-    ReadingLibrary* m_inUse; // one of the two, or none
+    ReadingLibrary* m_inUse; // one of the two, or null
 };

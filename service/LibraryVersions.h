@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// Versions of a reading library and of the tables that it comes with, as texts for people.
+/// Versions of a reading library and of its tables, for users.
 struct LibraryVersions
 {
     QString library;
@@ -11,5 +11,5 @@ struct LibraryVersions
     QString authorisationTable;
 };
 
-/// The document that a reading library describes itself with.
+/// The XML document with these versions.
 [[nodiscard]] QString informationsDocument(const LibraryVersions& versions);

@@ -5,7 +5,7 @@
 
 #include <string.h>
 
-// Never inlined: its own frame is what it clears.
+// Not inlined: it clears its own stack frame.
 [[gnu::noinline]] void clearUnusedStack()
 {
     std::array<std::byte, std::size_t{256} * 1024> depth; // NOLINT(cppcoreguidelines-pro-type-member-init)

@@ -1,5 +1,4 @@
 #pragma once
 
-/// Clears what earlier calls left on the calling thread's stack: the 256 KiB below the caller's frame, which must be
-/// there. What is in use is not touched.
+/// Clears the 256 KiB below the caller's stack frame, where earlier calls left data. They must be part of the stack.
 void clearUnusedStack();

@@ -27,11 +27,11 @@
 
 namespace {
 
-// A PC/SC service that hangs accepts no connections after some. No call to a reader may take longer than this.
+// A hanging PC/SC service stops accepting connections. No call to a reader may take longer than this.
 constexpr timeval connectionPatience{.tv_sec = 20, .tv_usec = 0};
 
-constexpr int lifelineOfBroker = 0;                      // its only descriptor at first
-constexpr int waitForClone = static_cast<int>(__WCLONE); // for a child that ends without a signal
+constexpr int lifelineOfBroker = 0;                      // its only descriptor at the start
+constexpr int waitForClone = static_cast<int>(__WCLONE); // for a child without a signal at its end
 
 struct Message
 {
@@ -76,7 +76,7 @@ bool sendDescriptor(int socket, int descriptor)
     return ::sendmsg(socket, &message.header, MSG_NOSIGNAL) == 1;
 }
 
-/// The life of the broker.
+/// Answers connect calls.
 class Connections
 {
 public:
@@ -87,7 +87,7 @@ public:
         std::memcpy(m_address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
     }
 
-    /// Returns when the last process under the filter has ended.
+    /// Returns when the last process under the filter has ended, or the lifeline was closed.
     void serve() const
     {
         std::array<pollfd, 2> set{{{.fd = lifelineOfBroker, .events = POLLIN, .revents = 0},
@@ -99,7 +99,7 @@ public:
 private:
     void answerOne() const
     {
-        // Of the kernel's own size, and new each time: the kernel wants them empty.
+        // Allocated with the kernel's size each time, because the kernel requires them to be zero.
         seccomp_notif* request = nullptr;
         seccomp_notif_resp* response = nullptr;
         if (::seccomp_notify_alloc(&request, &response) != 0)
@@ -109,14 +109,13 @@ private:
             response->error = -connect(*request);
             ::seccomp_notify_respond(m_notifications.get(), response);
         } else if (errno != ENOENT && errno != EINTR) {
-            // A process that has ended meanwhile needs no answer. Without a broker every connection is refused.
+            // ENOENT: the process has ended. After another error the broker exits; then every connection is refused.
             ::_exit(EXIT_FAILURE);
         }
         ::seccomp_notify_free(request, response);
     }
 
-    /// Puts a connection of its own in the place of the socket that was to be connected, whatever has become of the
-    /// address meanwhile. An errno, or 0.
+    /// Replaces the process's socket by a new connection to the PC/SC service. An errno, or 0.
     [[nodiscard]] int connect(const seccomp_notif& request) const
     {
         if (!isWanted(request))
@@ -138,8 +137,7 @@ private:
         return ::ioctl(m_notifications.get(), SECCOMP_IOCTL_NOTIF_ADDFD, &place) < 0 ? errno : 0;
     }
 
-    /// Whether the address is the service's. Where the system does not let it be read it is taken for that: another
-    /// service is not reached in either case.
+    /// Whether the address is that of the PC/SC service; true when it cannot be read, as no other is reached.
     [[nodiscard]] bool isWanted(const seccomp_notif& request) const
     {
         sockaddr_un asked{};
@@ -166,7 +164,7 @@ private:
 
 [[noreturn]] void becomeBroker(const FileDescriptor& lifeline, const QByteArray& path, pid_t parent)
 {
-    // Nothing of what this process has open is the broker's business: the channel's ends must close with their owner.
+    // Closes all inherited descriptors: the channel must close when the service ends.
     if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || ::getppid() != parent || ::prctl(PR_SET_DUMPABLE, 0) != 0 ||
         ::dup2(lifeline.get(), lifelineOfBroker) < 0 ||
         ::syscall(SYS_close_range, lifelineOfBroker + 1, UINT_MAX, 0) != 0)
@@ -194,7 +192,7 @@ std::expected<PcscBroker, int> PcscBroker::start(const QByteArray& socketPath)
     FileDescriptor own(ends[0]);
     const FileDescriptor others(ends[1]);
     const pid_t parent = ::getpid();
-    // As fork does, but without a signal at its end: a library that waits for its own children does not see this one.
+    // A fork without a signal at the child's end, so that a library's wait() does not see it.
     const auto child = static_cast<pid_t>(::syscall(SYS_clone, 0, nullptr, nullptr, nullptr, 0));
     if (child < 0)
         return std::unexpected(errno);
@@ -224,7 +222,7 @@ PcscBroker::~PcscBroker()
 
 std::expected<void, int> PcscBroker::serve(const FileDescriptor& notifications) const
 {
-    // Where programs may look only into their children, it looks into this one.
+    // Where only parents may trace processes (Yama), this allows the child to read this process.
     ::prctl(PR_SET_PTRACER, m_process, 0, 0, 0);
     if (!sendDescriptor(m_lifeline.get(), notifications.get()))
         return std::unexpected(errno);

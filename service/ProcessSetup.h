@@ -6,20 +6,19 @@
 
 #include <optional>
 
-/// The two ends of the channel, which no child and no library can reach.
+/// The channel's descriptors, which children do not inherit.
 struct ChannelDescriptors
 {
     FileDescriptor requests;
     FileDescriptor replies;
 };
 
-/// Keeps standard input and output for the channel: from here on file descriptor 0 is empty and 1 is standard error, so
-/// that a library that reads or prints cannot corrupt the channel. Nothing when the system refuses (errno tells).
+/// Moves standard input and output to other descriptors for the channel. Afterwards 0 is empty and 1 is standard error,
+/// so that a library that reads or prints does not disturb the channel. Absent on failure (errno).
 [[nodiscard]] std::optional<ChannelDescriptors> takeStandardChannel();
 
-/// Turns core dumps off, which would hold cards, and SIGPIPE and SIGXFSZ too: a lost reader and a file at its limit are
-/// seen when writing. False when the system refuses (errno tells).
+/// Switches off core dumps, which would contain card data, and SIGPIPE and SIGXFSZ. False on failure (errno).
 [[nodiscard]] bool protectProcess();
 
-/// The folder that holds the programs' resources, found from the running executable's own place.
+/// The resource folder, found from the executable's path.
 [[nodiscard]] QString resourceFolder();

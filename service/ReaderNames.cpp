@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Without " 00 01" at the end: two hexadecimal digits for the reader, and two for its slot.
+/// Without the two hexadecimal numbers at the end, such as " 00 01": reader and slot.
 QStringView withoutNumbers(QStringView name)
 {
     constexpr qsizetype size = 6;
@@ -24,7 +24,7 @@ QStringView withoutNumbers(QStringView name)
     return name.chopped(size);
 }
 
-/// Without a last part between these, "[CCID Interface]" or "(serial number)", where something stands before it.
+/// Without a last part in brackets, such as "[CCID Interface]" or "(serial number)", unless nothing else is left.
 QStringView withoutPart(QStringView name, QChar opening, QChar closing)
 {
     if (!name.endsWith(closing))
@@ -33,7 +33,6 @@ QStringView withoutPart(QStringView name, QChar opening, QChar closing)
     return start > 0 ? name.first(start).trimmed() : name;
 }
 
-/// Whether it is a spelling of the accepted model.
 bool isAccepted(QStringView model)
 {
     static constexpr std::array spellings{acceptedReader, QStringView{u"Feitian Technologies SCR301"}};

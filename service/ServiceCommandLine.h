@@ -7,7 +7,6 @@
 #include <optional>
 #include <string>
 
-/// What the service was started for.
 struct ServiceCommandLine
 {
     enum class Action
@@ -18,11 +17,11 @@ struct ServiceCommandLine
         ShowVersion
     };
     Action action = Action::Serve;
-    std::optional<QByteArray> simulatedCard; // path, in the file system's own bytes
+    std::optional<QByteArray> simulatedCard; // path in the file system's encoding
 };
 
-/// The command line without the program's name. The error is a sentence for people.
+/// Parses the arguments after the program's name. The error is a sentence for users.
 [[nodiscard]] std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByteArray>& arguments);
 
-/// What --help shows, lines ended.
+/// The text of --help.
 [[nodiscard]] std::string helpText();

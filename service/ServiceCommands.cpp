@@ -32,11 +32,11 @@ std::optional<LibraryMode> libraryMode(const QCborValue& mode)
     return found == modes.end() ? std::nullopt : std::optional(*found);
 }
 
-/// Whether a reply that holds the text goes into one message.
+/// Whether a reply with the text fits into one message.
 bool fitsMessage(const QString& text)
 {
     constexpr qsizetype roomForTheRest = qsizetype{64} * 1024;
-    // No character takes more than three bytes of UTF-8 for each of its units: few texts need be converted to tell.
+    // A UTF-16 unit takes at most three bytes in UTF-8, so most texts need not be converted.
     constexpr qsizetype limit = ServiceMessageReader::maximumItemSize - roomForTheRest;
     return text.size() <= limit / 3 || text.toUtf8().size() <= limit;
 }
@@ -121,7 +121,7 @@ QCborMap ServiceCommands::readCard(const QCborMap&)
 {
     if (!m_initialised)
         return failure();
-    // A reader that was not there when it was to be chosen may have come since.
+    // The reader may have been connected after the choice failed.
     if (!m_readersChosen && !chooseAcceptedReader())
         return readFailure(ReadResult::ReaderFault, u"Aucun lecteur « %1 » n’est branché."_s.arg(acceptedReader));
     const std::expected<QString, ReadResult> card = m_library->readCard();

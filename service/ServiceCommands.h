@@ -8,17 +8,16 @@
 #include <memory>
 #include <optional>
 
-/// Answers the five commands of the application: each request is a dictionary of texts, each answer a dictionary with a
-/// "Status".
+/// Answers the application's five commands. Requests are dictionaries of texts, answers have a "Status".
 class ServiceCommands
 {
 public:
     ServiceCommands(std::unique_ptr<ReadingLibrary> library, FundTable funds);
 
-    /// Nothing when the request is no command of ours.
+    /// Absent for an unknown command.
     [[nodiscard]] std::optional<QCborMap> answer(const QCborMap& request);
 
-    /// Whether the reading library has left a call behind: there will be no more answers.
+    /// Whether the reading library has abandoned a call: there are no more answers.
     [[nodiscard]] bool isBeyondUse() const { return m_library->isBeyondUse(); }
 
 private:
@@ -28,9 +27,10 @@ private:
     QCborMap describeLibrary(const QCborMap& request);
     QCborMap readCard(const QCborMap& request);
 
-    /// Chooses the accepted reader, and another one, if there is one, for the professional's card. Whether it is there.
+    /// Chooses the accepted reader for the health card, and another one, if there is one, for the professional's card.
+    /// False when it is not connected.
     [[nodiscard]] bool chooseAcceptedReader();
-    /// The failure of a read, with what the library has to say of it, or else that.
+    /// The reply to a failed read with the library's hint or else the given text.
     [[nodiscard]] QCborMap readFailure(ReadResult result, const QString& otherwise = {}) const;
 
     std::unique_ptr<ReadingLibrary> m_library;

@@ -21,7 +21,7 @@ ServiceLoop::End ServiceLoop::run()
             continue;
         if (count < 0)
             return End::Failed;
-        // A request that the end cuts short has nobody left to answer.
+        // An incomplete request at the end is ignored.
         if (count == 0)
             return End::Closed;
         m_reader.append(QByteArrayView(buffer.data(), count));
@@ -39,13 +39,13 @@ std::optional<ServiceLoop::End> ServiceLoop::answerRequests()
         if (!*next)
             return std::nullopt;
         const ServiceMessage& request = **next;
-        // Requests count from 1: an answer to 0 would be nobody's.
+        // Requests count from 1.
         if (request.number < 1)
             return End::Malformed;
         const ServiceMessage reply{.number = request.number,
                                    .body = request.body ? m_commands.answer(*request.body) : std::nullopt};
         const std::optional<End> end = write(encodeServiceMessage(reply));
-        // Whether or not anybody was left to hear the reply: the call still hangs.
+        // Also when the reply could not be written: the call still hangs.
         if (m_commands.isBeyondUse())
             return End::BeyondUse;
         if (end)

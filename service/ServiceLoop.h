@@ -4,23 +4,22 @@
 #include "platform/FileDescriptor.h"
 #include "service/ServiceCommands.h"
 
-/// The service at work: takes requests from one descriptor, writes each answer to the other, in order, and blocks
-/// meanwhile.
+/// Reads requests from one descriptor and writes answers to the other, in order. Blocks.
 class ServiceLoop
 {
 public:
-    /// What came of the channel.
+    /// Why the loop ended.
     enum class End
     {
-        Closed,    // the application has left, which is how the service is told to leave
-        Malformed, // what came in cannot be read any further
-        Failed,    // the system refused to read or to write
-        BeyondUse  // the reading library left a call behind, which a thread of this process still waits for
+        Closed,    // the application closed the channel
+        Malformed, // malformed input
+        Failed,    // reading or writing failed
+        BeyondUse  // a call of the reading library was abandoned, and its thread still waits
     };
 
     ServiceLoop(ServiceCommands commands, FileDescriptor requests, FileDescriptor replies);
 
-    /// Answers until the channel ends. Needs SIGPIPE ignored, so that a lost reader is an answer like another.
+    /// Answers until the channel ends. SIGPIPE must be ignored.
     [[nodiscard]] End run();
 
 private:

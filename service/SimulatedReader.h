@@ -4,15 +4,14 @@
 
 #include <QByteArray>
 
-/// A reader whose card is a file of card XML: the card is in the reader while the file exists. The file is read anew by
-/// each readCard.
+/// A reader whose card is an XML file, present while the file exists. Each readCard reads the file.
 class SimulatedReader final : public ReadingLibrary
 {
 public:
-    /// Bytes beyond which a file is no card.
+    /// Bytes; a larger file is not read.
     static constexpr qsizetype maximumFileSize = qsizetype{16} * 1024 * 1024;
 
-    /// The path is in the file system's own bytes.
+    /// The path is in the file system's encoding.
     explicit SimulatedReader(QByteArray cardPath);
 
     [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;

@@ -12,7 +12,7 @@ SiteFunds loadFunds(const QString& resourceFolder)
     files.append(resourceFolder + "/funds/caisses.csv"_L1);
 
     SiteFunds funds;
-    // From the least to the most particular: later entries replace earlier ones.
+    // The user's file last: later entries replace earlier ones.
     for (const QString& file : std::views::reverse(files))
         funds.warnings += funds.table.addFile(file);
     return funds;

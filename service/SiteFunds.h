@@ -2,13 +2,13 @@
 
 #include "service/FundTable.h"
 
-/// The fund table in use, and a sentence for each of its lines that was skipped.
+/// The fund table, and a sentence for each skipped line.
 struct SiteFunds
 {
     FundTable table;
     QStringList warnings;
 };
 
-/// The table shipped in the resource folder, then the site's own ones over it: MORVEL/caisses.csv in each of the XDG
-/// configuration folders, the user's last.
+/// Loads the table in the resource folder, then those of the site: MORVEL/caisses.csv in each XDG configuration folder,
+/// the user's last. Later entries replace earlier ones.
 [[nodiscard]] SiteFunds loadFunds(const QString& resourceFolder);

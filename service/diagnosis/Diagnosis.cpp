@@ -113,7 +113,7 @@ Lines embeddedLines(const Diagnosis& diagnosis)
     const bool isFirst = diagnosis.installed && !diagnosis.installed->isOpen;
     Lines lines{{u"Version"_s, diagnosis.version},
                 {u"Emploi"_s, isFirst ? u"sert en mode automatique"_s : u"en mode embarqué seulement"_s}};
-    // Each on a line of its own, under one label.
+    // One line each; only the first one has the label.
     for (qsizetype index = 0; index < diagnosis.cardMaps.size(); ++index)
         lines << Line{index == 0 ? u"Cartes connues"_s : QString(), diagnosis.cardMaps[index]};
     for (const QString& warning : diagnosis.warnings)
@@ -130,7 +130,7 @@ Lines protectionLines(const Diagnosis& diagnosis)
     return lines;
 }
 
-/// Whether the library that reads in the automatic mode sees the reader.
+/// Whether the library of the automatic mode sees the reader.
 bool hasAcceptedReader(const Diagnosis& diagnosis)
 {
     if (installedIsUsed(diagnosis))
@@ -144,7 +144,7 @@ bool hasAcceptedReader(const Diagnosis& diagnosis)
 QString conclusion(const Diagnosis& diagnosis)
 {
     const QString model = acceptedReader.toString();
-    // In the automatic mode the service asks it first, and comes no further.
+    // In automatic mode the service calls it first, and hangs there.
     if (!diagnosis.installed)
         return u"Conclusion : la bibliothèque de lecture installée bloque la lecture, retirez-la ou choisissez le mode "
                u"embarqué."_s;

@@ -12,22 +12,22 @@
 #include <expected>
 #include <optional>
 
-/// A way to card readers, as it is found: the socket at which the PC/SC service is met.
+/// The socket of the PC/SC service.
 struct SocketFacts
 {
     QString path;
-    QString permissions; // for people; empty when there is no socket
+    QString permissions; // as text; empty when there is no socket
     bool isAccessible = false;
 };
 
-/// A reader, and what it tells without being connected to.
+/// A reader and its state, found without connecting to it.
 struct ReaderFacts
 {
     ReaderName name;
     std::expected<ReaderState, CardFault> state;
 };
 
-/// What an installed reading library is worth.
+/// The installed reading library, if it can be used.
 struct InstalledFacts
 {
     std::optional<SystemFileFault> refusal;
@@ -36,7 +36,7 @@ struct InstalledFacts
     QStringList readers;
 };
 
-/// All that a diagnosis tells. Nothing of it is read from a card. What did not end in time is absent.
+/// The result of a diagnosis. No card is read. Values of calls that did not end in time are absent.
 struct Diagnosis
 {
     using Readers = std::expected<QList<ReaderFacts>, CardFault>;
@@ -46,13 +46,13 @@ struct Diagnosis
     std::optional<Readers> readers;
     QString installedPath;
     std::optional<InstalledFacts> installed;
-    QStringList cardMaps; // of the embedded library: name and version
-    QStringList warnings; // what is wrong with its files
+    QStringList cardMaps; // of the embedded library, with name and version
+    QStringList warnings; // about its files
     QList<Protection> protections;
 
-    /// Whether the automatic mode finds the accepted reader, and a library for its cards.
+    /// Whether the automatic mode finds the accepted reader and a library for cards.
     [[nodiscard]] bool isReady() const;
 };
 
-/// The diagnosis as French text, its columns aligned, lines ended.
+/// The diagnosis as French text with aligned columns.
 [[nodiscard]] QString diagnosisText(const Diagnosis& diagnosis);

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the work gives; nothing when it takes longer than that, and is left behind on a thread of its own.
+/// The result of the work; absent when it takes longer. Its thread is then left running.
 template <typename Work>
 auto within(std::chrono::milliseconds patience, Work work) -> std::optional<decltype(work())>
 {
@@ -29,7 +29,7 @@ auto within(std::chrono::milliseconds patience, Work work) -> std::optional<decl
     return result.get();
 }
 
-/// As "ls -l" shows them.
+/// As in "ls -l".
 QString permissionsText(const QFileInfo& file)
 {
     struct Bit

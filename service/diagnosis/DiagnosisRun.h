@@ -4,14 +4,12 @@
 
 #include <chrono>
 
-/// What a diagnosis looks at.
 struct DiagnosisPlaces
 {
     QString resourceFolder;
     SystemPlace installedLibrary;
-    std::chrono::milliseconds patience{10'000}; // with PC/SC, and with the installed library
+    std::chrono::milliseconds patience{10'000}; // for PC/SC and for the installed library
 };
 
-/// Looks at everything. A call that hangs is left behind: the process is then to be ended without an end of its
-/// threads.
+/// Runs the diagnosis. A hanging call stays behind on its thread: the process must then be ended with _Exit.
 [[nodiscard]] Diagnosis diagnose(const DiagnosisPlaces& places);

@@ -17,7 +17,7 @@ std::unexpected<CardGap> damage(const QString& explanation)
     return std::unexpected(CardGap{CardGap::Kind::Damaged, explanation, {}});
 }
 
-/// The files, by name, whose content becomes elements.
+/// Names of the files whose content is used.
 std::set<QString> decodedFiles(const CardMap& map)
 {
     std::set<QString> names;
@@ -34,7 +34,7 @@ const CardElement* elementAt(const QString& path)
     return element == CardElements::beneficiaryElements.end() ? nullptr : element;
 }
 
-/// Whether the value is what the place holds before anybody writes to it.
+/// Whether the value is that of an unwritten card.
 bool isUnwritten(const CardElement& element, const QString& text)
 {
     return element.zerosAreNothing && std::ranges::all_of(text, [](QChar c) { return c == u'0'; });
@@ -47,11 +47,10 @@ bool hasShape(const CardShape& shape, const QString& text)
             std::ranges::all_of(text, [&shape](QChar c) { return shape.characters.contains(c); }));
 }
 
-/// What a date of birth is good for.
 enum class BirthDate
 {
     Whole,
-    Incomplete, // the card leaves the day, the month or the year open
+    Incomplete, // day, month or year are unknown
     Impossible
 };
 
@@ -60,13 +59,13 @@ BirthDate judgeBirthDate(const QString& path, const QString& text)
     constexpr qsizetype shortDigits = 6;
     constexpr int century = 2000;
     const bool isShort = path == CardElements::shortBirthDate;
-    // Blanks at its end were no part of it.
+    // Trailing blanks were removed from it.
     if (isShort && text.size() < shortDigits)
         return BirthDate::Incomplete;
     const int first = text.first(2).toInt();
     const int month = text.sliced(2, 2).toInt();
     const int last = text.sliced(4).toInt();
-    // Two digits stand for a year of either century; the days of February are the same but for 1900.
+    // A two-digit year may be of either century; only February 1900 differs from 2000.
     const int year = isShort ? century + first : last;
     const int day = isShort ? last : first;
     if (!isPossibleDate(year, month, day))
@@ -93,7 +92,7 @@ std::expected<CardDecoder, CardGap> CardDecoder::parse(const CardMap& map, const
     }
     if (!map.wantsAllPointed())
         return decoder;
-    std::set<CardFileId> known; // two names may point to one file
+    std::set<CardFileId> known; // several names may point to one file
     for (const PointedFile& file : *pointed) {
         const auto found = content.find(file.id);
         if (found == content.end() || !known.insert(file.id).second)
@@ -173,7 +172,7 @@ CardDecoder::Result CardDecoder::parseNamed(const CardFile& file, QByteArrayView
         return damage(u"fichier « %1 » : %2"_s.arg(file.name, describeTlvFault(objects.error())));
     const bool isOfRecords =
         std::ranges::find(m_map->beneficiaries, file.name, &CardRecordSource::file) != m_map->beneficiaries.end();
-    // A file without records has the bytes of erased memory. Of one without bytes nothing was read.
+    // A file without records is filled with erased bytes. A file without any bytes was not read.
     if (isOfRecords && file.required && bytes.isEmpty())
         return damage(u"fichier « %1 » : vide"_s.arg(file.name));
     if (const std::optional<QString> tags = isOfRecords ? unexpectedObject(*m_map, file, *objects) : std::nullopt)
@@ -189,7 +188,7 @@ CardDecoder::Result CardDecoder::parsePointed(const CardFileId& id, QByteArrayVi
         std::ranges::move(*objects, std::back_inserter(m_pointed));
         return {};
     }
-    // Files of other forms are among them, pictures or keys: only one that begins as a record does should be sound.
+    // Some pointed files are no TLV (pictures, keys). Only a file that starts like a record must be valid.
     const std::optional<quint32> tag = leadingTlvTag(bytes);
     const auto beginsSo = [&tag](const CardRecordSource& source) {
         return source.file.isEmpty() && source.record.front() == tag;
@@ -212,7 +211,7 @@ CardDecoder::Result CardDecoder::addField(CardTree& element, const CardField& fi
     const CardRecords found = findTlv(objects, field.tags);
     if (found.size() > 1)
         return damage(u"le champ « %1 » est là plusieurs fois"_s.arg(field.path));
-    // Of several places for one element, the first that holds something counts.
+    // If several places fill one element, the first value is used.
     if (found.empty() || !element.textAt(field.path).isEmpty())
         return {};
     const auto refusal = [&field] {
@@ -230,7 +229,7 @@ CardDecoder::Result CardDecoder::addField(CardTree& element, const CardField& fi
         const BirthDate date = judgeBirthDate(field.path, *text);
         if (date == BirthDate::Impossible)
             return refusal();
-        // There is one, which no date can show.
+        // The date exists, but cannot be shown: the element has no text.
         if (date == BirthDate::Incomplete) {
             static_cast<void>(element.at(CardElements::birth));
             return {};

@@ -5,18 +5,17 @@
 #include "service/embedded/CardTree.h"
 #include "service/embedded/Tlv.h"
 
-/// The data objects of a card, read once, and the elements that a map makes of them. The map and the content, whose
-/// bytes the objects are views of, outlive it.
+/// Makes elements of a card's data objects by a map. Map and content must outlive it.
 class CardDecoder
 {
 public:
     /// The error is damaged content.
     [[nodiscard]] static std::expected<CardDecoder, CardGap> parse(const CardMap& map, const CardContent& content);
 
-    /// The elements of the card's document, whether or not they suffice for anything. The error is damaged content.
+    /// The card's document, which may be incomplete. The error is damaged content.
     [[nodiscard]] std::expected<CardTree, CardGap> document() const;
 
-    /// Whether a card without beneficiaries has none: the file that lists them is known, and was read.
+    /// Whether the file that lists the beneficiaries was read: then a card without beneficiaries really has none.
     [[nodiscard]] bool knowsBeneficiaries() const;
 
 private:
@@ -30,7 +29,7 @@ private:
 
     [[nodiscard]] Result parseNamed(const CardFile& file, QByteArrayView bytes);
     [[nodiscard]] Result parsePointed(const CardFileId& id, QByteArrayView bytes);
-    /// The objects of a file, those of all pointed files for no name; nothing for a file that the card refused.
+    /// The objects of a file, or of all pointed files for an empty name; null for a file that the card refused.
     [[nodiscard]] const Objects* objects(const QString& name) const;
     /// The record of each beneficiary in a source; null where there is none.
     [[nodiscard]] std::expected<CardRecords, CardGap> recordsOf(const CardRecordSource& source,

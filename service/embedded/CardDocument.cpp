@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The one whose coverage the attestation shows, found as the application does.
+/// The beneficiary whose coverage is shown, found in the same way as by the application.
 const CardTree* insuredPerson(const std::vector<const CardTree*>& beneficiaries)
 {
     const auto found = std::ranges::find_if(beneficiaries, [](const CardTree* beneficiary) {
@@ -26,17 +26,17 @@ QStringList missingElements(const CardTree& beneficiary, bool isInsured)
         if (isNeeded && beneficiary.textAt(element.path).isEmpty())
             missing.append(element.path.toString());
     }
-    // Many a child's card has none; the page shows it as unknown. An incomplete one is there without a text.
+    // Only the insured person needs a date of birth. An incomplete date is an element without a text.
     if (isInsured && beneficiary.elements(CardElements::birth).empty())
         missing.append(CardElements::birthDate.toString());
     return missing;
 }
 
-/// Why it is doubtful who is insured; nothing when one beneficiary is, or when the card says nothing of any.
+/// Why the insured person is ambiguous; absent when there is exactly one, or when the card has no qualities.
 std::optional<CardGap> doubtIn(const CardTree& document)
 {
     qsizetype known = 0;
-    QStringList insured; // their numbers
+    QStringList insured; // beneficiaries' numbers
     const std::vector<const CardTree*> beneficiaries = document.elements(CardElements::beneficiary);
     for (std::size_t index = 0; index < beneficiaries.size(); ++index) {
         const QString quality = beneficiaries[index]->textAt(CardElements::quality);
@@ -52,12 +52,12 @@ std::optional<CardGap> doubtIn(const CardTree& document)
                    {}};
 }
 
-/// What lacks for an attestation; nothing when all is there.
+/// What is missing for an attestation.
 std::optional<CardGap> gapIn(const CardTree& document, bool knowsBeneficiaries)
 {
     const std::vector<const CardTree*> beneficiaries = document.elements(CardElements::beneficiary);
     if (beneficiaries.empty()) {
-        // The application has words of its own for a card without beneficiaries.
+        // The application has its own error for a card without beneficiaries.
         if (knowsBeneficiaries)
             return std::nullopt;
         return CardGap{

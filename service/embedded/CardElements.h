@@ -5,39 +5,37 @@
 #include <array>
 #include <cstddef>
 
-/// When a beneficiary's element may lack.
+/// Which beneficiaries must have an element.
 enum class CardNeed
 {
     Optional,
-    Insured, // the insured person must have it: the attestation's head shows it
-    Everyone // and so must every beneficiary: it stands in each line
+    Insured, // the insured person, for the attestation's head
+    Everyone // every beneficiary, for each line
 };
 
-/// How many characters an element's text has, and which ones. A text of another shape is damage: a longer one that was
-/// cut to size would be somebody else's.
+/// Length and characters of an element's text. Other texts are damage and are never cut to size.
 struct CardShape
 {
     qsizetype shortest = 1;
     qsizetype longest = 1;
-    QStringView characters = u""; // those that it is made of; empty: any
+    QStringView characters = u""; // allowed characters; empty: any
 };
 
-/// An element of a beneficiary that a card can fill.
 struct CardElement
 {
     QStringView path; // from T_AsnBeneficiaire
     CardShape shape;
     CardNeed need = CardNeed::Optional;
-    bool zerosAreNothing = false; // zeros alone are what an unwritten card holds, and no value
+    bool zerosAreNothing = false; // only zeros mean an unwritten value
 };
 
-// What points into the card's paths is not inline, as they are not.
+// Not inline, for the same reason as in CardKeys.h.
 namespace CardElements {
 
 constexpr QStringView document = CardPath::document.utf16();
 constexpr QStringView serial = CardPath::serial.utf16();
 constexpr QStringView beneficiary = CardPath::beneficiary.utf16();
-// Family cards have room for nineteen. More than this is no family, and would take its time.
+// Family cards have room for 19. Reading many more would take long.
 inline constexpr std::size_t mostBeneficiaries = 99;
 constexpr QStringView period = CardPath::period.utf16();
 [[maybe_unused]] constexpr std::array periodParts{CardPath::periodBegin.utf16(), CardPath::periodEnd.utf16()};
@@ -48,29 +46,28 @@ constexpr QStringView birthDate = pathOf(CardKey::birthdayDate);
 constexpr QStringView shortBirthDate = pathOf(CardKey::birthdayDateRaw);
 
 inline constexpr QStringView digits{u"0123456789"};
-/// A number of as many digits, zeros in front included.
+/// A number with leading zeros.
 constexpr CardShape digitsOf(qsizetype count)
 {
     return {count, count, digits};
 }
-// Cards have less room for either. What is longer would not go onto the page.
+// Longer than on any card; longer texts do not fit on the page.
 inline constexpr CardShape nameShape{1, 80};
 inline constexpr CardShape labelShape{1, 200};
-// With its key or without.
+// With or without its key.
 inline constexpr CardShape numberShape{13, 15};
-// The insured person, relatives, husbands and wives past and present, children, others, widowed persons. 7 is not
-// given.
+// Insured person, relatives, current and former spouses, children, others, widowed persons. 7 is not used.
 inline constexpr CardShape qualityShape{1, 1, u"012345689"};
 
 [[maybe_unused]] constexpr std::array beneficiaryElements{
     CardElement{pathOf(CardKey::lastName), nameShape, CardNeed::Everyone},
     CardElement{pathOf(CardKey::patronimicName), nameShape},
     CardElement{pathOf(CardKey::firstName), nameShape, CardNeed::Everyone},
-    // One of the two dates of the insured person must be there, which is looked at apart.
+    // The insured person needs one of the two dates, which missingElements() checks.
     CardElement{birthDate, digitsOf(8), CardNeed::Optional, true},
     CardElement{shortBirthDate, {0, 6, digits}, CardNeed::Optional, true},
     CardElement{pathOf(CardKey::rank), digitsOf(1), CardNeed::Everyone},
-    // A child often has no number of its own.
+    // Children often have no number.
     CardElement{pathOf(CardKey::ssn), numberShape, CardNeed::Insured, true},
     CardElement{pathOf(CardKey::certifiedSSN), numberShape, CardNeed::Optional, true},
     CardElement{quality, qualityShape, CardNeed::Insured},

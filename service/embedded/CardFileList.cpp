@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Files to read, each once, those of an application together.
+/// Collects files to read, each once, those of an application together.
 class FileList
 {
 public:

@@ -4,26 +4,26 @@
 
 #include <optional>
 
-/// A card's applications, and the transparent files in them.
+/// Selects a card's applications and reads their transparent files.
 class CardFiles
 {
 public:
-    /// The channel outlives this.
+    /// The channel must outlive it.
     explicit CardFiles(CardChannel& channel);
 
-    /// Selects the application of that name, unless it is selected already. False when the card has none such.
+    /// Selects the application, unless it is selected. False when the card does not have it.
     [[nodiscard]] std::expected<bool, CardFault> selectApplication(const QByteArray& name);
 
-    /// Takes nothing as selected, as is the case with a card that has just been put in.
+    /// Forgets the selected application.
     void startOver() { m_application.clear(); }
 
-    /// The bytes of a file of the selected application, from its first one to its end, however few the card or the
-    /// reader gives at a time. A refusal is a CardRefusal; a CardFileCut is a file of another size than the card says.
+    /// Reads a file of the selected application completely, in blocks of any size. CardRefusal when the card refuses,
+    /// CardFileCut when the size is not the announced one.
     [[nodiscard]] std::expected<QByteArray, CardFault> readFile(quint16 identifier);
 
 private:
     [[nodiscard]] std::expected<QByteArray, CardFault> readSelected(std::optional<qsizetype> size);
 
     CardChannel* m_channel;
-    QByteArray m_application; // the selected one; empty: none
+    QByteArray m_application; // the selected one, or empty
 };

@@ -38,7 +38,7 @@ std::optional<QString> fromText(QByteArrayView bytes)
     if (std::ranges::any_of(bytes, isControl))
         return std::nullopt;
     QString text = QString::fromLatin1(bytes);
-    // 80 to 9F are no characters there: a card that has them is written otherwise, which is no reason not to read it.
+    // 80 to 9F are no characters in ISO 8859-1. They are replaced, so that the card can still be read.
     const auto isUnknown = [](QChar c) { return c >= u'\x80' && c <= u'\x9F'; };
     std::ranges::replace_if(text, isUnknown, QChar(QChar::ReplacementCharacter));
     return text;
@@ -68,7 +68,7 @@ std::optional<QString> fromPackedDigits(QByteArrayView bytes)
     return std::ranges::all_of(digits, isDigit) ? std::optional(QString::fromLatin1(digits)) : std::nullopt;
 }
 
-/// 97 less the number's remainder, the two departments of Corsica taken as 19 and 18.
+/// 97 minus the number modulo 97, with 19 and 18 for the departments 2A and 2B.
 QString numberKey(QStringView number)
 {
     constexpr quint64 modulus = 97;
@@ -92,13 +92,12 @@ std::optional<QString> fromNumber(QByteArrayView bytes)
             return std::nullopt;
     }
     const QString number = QString::fromLatin1(bytes);
-    // Zeros are no number, and get no key that makes them look like one.
+    // No key is added to zeros.
     const bool isZeros = std::ranges::all_of(bytes, [](char byte) { return byte == '0'; });
     return number.size() == numberDigits && !isZeros ? number + numberKey(number) : number;
 }
 
-/// Year, month and day, zeros where one is unknown, which is so for people whose civil status is incomplete; empty for
-/// no date at all. A day that no month has, and a month that no year has, are no date.
+/// YYYYMMDD with zeros for unknown parts (incomplete civil status); empty for none, absent if impossible.
 std::optional<QString> dateDigitsOf(QByteArrayView bytes)
 {
     if (withoutFiller(bytes).isEmpty())
@@ -128,7 +127,7 @@ std::optional<QString> fromDateToShort(QByteArrayView bytes)
     std::optional<QString> digits = dateDigitsOf(bytes);
     if (!digits || digits->isEmpty())
         return digits;
-    // Two zeros for an unknown year would be those of a known one.
+    // A short date cannot show an unknown year: 00 is 2000.
     return digits->first(yearDigits).toInt() == 0 ? QString() : digits->sliced(2);
 }
 
@@ -141,7 +140,7 @@ std::optional<QString> fromAnything(QByteArrayView bytes)
 
 bool isPossibleDate(int year, int month, int day)
 {
-    // A leap year has all the days that a year can have.
+    // For an unknown year, as in a leap year.
     constexpr int leapYear = 2000;
     constexpr int months = 12;
     constexpr int days = 31;

@@ -4,9 +4,8 @@
 
 #include <QByteArrayView>
 
-/// The text that a value's bytes are in a form, empty when they are only what an unused place is filled up with.
-/// Nothing when they cannot be of that form.
+/// The text of a value's bytes in a form; empty for an unused value. Absent when the bytes do not have that form.
 [[nodiscard]] std::optional<QString> cardText(CardForm form, QByteArrayView bytes);
 
-/// Whether such a day can be, zeros standing for what is not known.
+/// Whether the date is possible. Zeros are unknown parts.
 [[nodiscard]] bool isPossibleDate(int year, int month, int day);

@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The value by which a record is linked; nothing when there is not exactly one.
+/// The link's value; absent unless there is exactly one.
 std::optional<QByteArrayView> linkOf(const TlvObject& record, const TagPath& path)
 {
     const CardRecords found = findTlv(record.children, path);

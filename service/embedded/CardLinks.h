@@ -5,11 +5,10 @@
 
 #include <QString>
 
-/// Records of a card's file, in its order.
+/// Records of a file, in its order.
 using CardRecords = std::vector<const TlvObject*>;
 
-/// The record of each beneficiary, in their order, by the link of a source that has one; null for a beneficiary that is
-/// linked to none. The error is what makes it doubtful whose a record is, in French: a record of no beneficiary, two
-/// of one, or one that tells the quality of two.
+/// The linked record of each beneficiary, in their order; null for none. The error, in French, is an ambiguous record:
+/// one of no beneficiary, a second one of a beneficiary, or one that gives the quality of two.
 [[nodiscard]] std::expected<CardRecords, QString>
 linkedRecords(const CardRecordSource& source, const CardRecords& records, const CardRecords& beneficiaries);

@@ -14,7 +14,7 @@ namespace {
 constexpr int knownFormat = 1;
 constexpr qsizetype longestPointer = 8;
 
-/// Whether a file of that name is described, which else is refused.
+/// The file with that name; refused and null when there is none.
 const CardFile* knownFile(const CardMap& map, const QString& name, const MapReader& reader, QLatin1StringView key)
 {
     const auto found = std::ranges::find(map.files, name, &CardFile::name);
@@ -59,7 +59,7 @@ void readFiles(const MapReader& reader, CardMap& map, QString& fault)
     }
 }
 
-/// The identifier of a file that can be found without the pointers file.
+/// The identifier of a file, which must not depend on the pointers file.
 std::optional<CardFileId> listedFile(const CardMap& map, const QString& name, const MapReader& reader,
                                      QLatin1StringView key)
 {

@@ -6,35 +6,35 @@
 #include <optional>
 #include <vector>
 
-// A card map says where the content of one kind of card lies, and what becomes of it. It is a data file;
-// docs/card-data.md describes its form. The library reads firstCardFiles, then otherCardFiles (CardFileList.h), then
-// those of the identity once more; cardDocument (CardDocument.h) makes the card's XML of what was read.
+// A card map describes where a kind of card has its data and which elements they become. It is read from a data file
+// (docs/card-data.md). A card is read in this order: firstCardFiles, otherCardFiles (CardFileList.h), the identity
+// again. Then cardDocument (CardDocument.h) makes its XML.
 
-/// The tags that lead to a value, from the outermost; a tag is the number that its bytes make (0x65, 0x5F37).
+/// The tags on the way to a value, outermost first; a tag is the number of its bytes (0x65, 0x5F37).
 using TagPath = std::vector<quint32>;
 
-/// How the bytes of a value become the text of an element.
+/// How a value's bytes become text.
 enum class CardForm
 {
-    Text,         // ISO 8859-1; blanks and null bytes at its end are no part of it
+    Text,         // ISO 8859-1 without trailing blanks and null bytes
     Utf8,         // the same in UTF-8
-    Digits,       // ASCII digits, zeros in front kept
-    PackedDigits, // two digits a byte, filled up with F
-    Number,       // a social-security number of 13 characters, or of 15 with its key, which is added when it lacks
-    Date,         // eight ASCII digits YYYYMMDD, given as ddMMyyyy
-    ShortDate,    // the same, given as yyMMdd
-    Hexadecimal   // two capital digits a byte
+    Digits,       // ASCII digits with leading zeros
+    PackedDigits, // two digits a byte, padded with F
+    Number,       // social-security number of 13 characters or 15 with its key, which is added when it is missing
+    Date,         // YYYYMMDD in ASCII, converted to ddMMyyyy
+    ShortDate,    // the same, converted to yyMMdd
+    Hexadecimal   // two capital hexadecimal digits a byte
 };
 
-/// A value of a record: where its bytes stand in the record, which element it becomes, in which form.
+/// A value of a record: its place, its element and its form.
 struct CardField
 {
-    QString path; // elements, from the one that the record becomes: "ident/nomUsuel"
+    QString path; // relative to the record's element, such as "ident/nomUsuel"
     TagPath tags;
     CardForm form = CardForm::Text;
 };
 
-/// Records within a record, each of which becomes an element.
+/// Records within a record; each becomes an element.
 struct CardSublist
 {
     QString path;
@@ -42,38 +42,39 @@ struct CardSublist
     std::vector<CardField> fields;
 };
 
-/// How the record of one file that belongs to a beneficiary's record in another is found: by the same bytes in both.
+/// Links a record to a beneficiary's record in another file by equal bytes.
 struct CardLink
 {
     TagPath own;
     TagPath beneficiary;
 };
 
-/// Records of one file, and what they say about beneficiaries.
+/// Records of a file with data of beneficiaries.
 struct CardRecordSource
 {
-    QString file; // name of one of the map's files; empty: all those that the pointers file names
+    QString file; // name of a file of the map; empty: all files named in the pointers file
     TagPath record;
-    std::optional<CardLink> link; // none for the first source; for another: its first record holds for everyone
+    std::optional<CardLink>
+        link; // none for the first source; elsewhere, without a link the first record is everybody's
     std::vector<CardField> fields;
     std::vector<CardSublist> lists;
 };
 
-/// A value that the card holds once.
+/// A value that a card has once.
 struct CardValue
 {
-    QString file; // name of one of the map's files
+    QString file; // name of a file of the map
     CardField field;
 };
 
-/// Where a file of the map is found: by its identifier, or by its name in the pointers file.
+/// A file of the map, found by its identifier or by its name in the pointers file.
 struct CardFile
 {
-    QString name; // by which the rest of the map speaks of it
+    QString name; // for references in the map
     std::optional<CardFileId> id;
-    QByteArray pointer;           // empty for a file with an identifier
-    bool required = true;         // the card is of no use when it refuses this file
-    std::vector<TagPath> ignored; // objects in it that no field is made of; others that are not known are damage
+    QByteArray pointer;           // name in the pointers file; empty for a file with an identifier
+    bool required = true;         // without this file the card cannot be used
+    std::vector<TagPath> ignored; // unused objects; other unknown objects are damage
 
     friend bool operator==(const CardFile&, const CardFile&) = default;
 };
@@ -81,20 +82,19 @@ struct CardFile
 /// One kind of card.
 struct CardMap
 {
-    QString name;           // for people, in French
-    QString version;        // for people
-    QByteArray application; // the card is of this kind when this application can be selected
+    QString name;           // for users, in French
+    QString version;        // for users
+    QByteArray application; // a card that has this application is of this kind
     std::vector<CardFile> files;
-    /// Files read first and last: the same bytes, or the same refusals, tell that the card is still the same one. At
-    /// least one must be readable.
+    /// Files read first and last, to notice an exchanged card. At least one must be readable.
     std::vector<CardFileId> identity;
-    std::optional<CardFileId> pointers; // the file that names others
+    std::optional<CardFileId> pointers; // the pointers file, which names others
     std::vector<CardValue> values;
-    std::vector<CardRecordSource> beneficiaries; // the first source tells how many there are, and their order
+    std::vector<CardRecordSource> beneficiaries; // the first source defines their number and order
 
-    /// Whether every file that the pointers file names is wanted, as far as the card gives it.
+    /// Whether all files named in the pointers file are read.
     [[nodiscard]] bool wantsAllPointed() const;
 };
 
-/// The map that a data file holds, or why there is none: a sentence in French that names the place.
+/// The map in a data file; the error is a French sentence with the place.
 [[nodiscard]] std::expected<CardMap, QString> parseCardMap(const QByteArray& json);

@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Whether it is about what the card holds or refuses, which another card in its place would explain, too.
+/// Whether the fault is about the content, and could come from an exchanged card.
 bool isAboutContent(CardFault fault)
 {
     return fault == CardFault::CardRefusal || fault == CardFault::CardFileCut || fault == CardFault::CardNonsense;
@@ -25,13 +25,13 @@ std::unexpected<CardFailure> damage(const QString& explanation)
     return std::unexpected(CardFailure(CardGap{CardGap::Kind::Damaged, explanation, {}}));
 }
 
-/// The file as the log names it: by the map's name, or by the number of one that only the pointers file names.
+/// The file's name for the log.
 QString nameOf(const CardFileToRead& file)
 {
     return file.name.isEmpty() ? cardFileNumber(file.id) : u"« %1 »"_s.arg(file.name);
 }
 
-/// What a fault means when it came of reading that file.
+/// The failure for a fault while reading that file.
 CardFailure failureOf(const CardFileToRead& file, CardFault fault)
 {
     switch (fault) {
@@ -62,7 +62,7 @@ std::expected<QString, CardFailure> CardReading::readDocument()
         return std::unexpected(isUnheard ? CardFault::CardGoneUnheard : map.error());
     }
     std::expected<QString, CardFailure> document = readAlong(**map);
-    // Which map was tried is what whoever completes it wants to know first.
+    // Tells which map was used.
     if (auto* gap = document ? nullptr : std::get_if<CardGap>(&document.error()))
         gap->explanation = u"plan « %1 » : %2"_s.arg((*map)->name, gap->explanation);
     return document;
@@ -77,7 +77,7 @@ std::expected<QString, CardFailure> CardReading::readAlong(const CardMap& map)
     if (!read && !isAboutContent(read.error()))
         return std::unexpected(std::move(read.error()));
     Result isSame = confirmIdentity(map, content);
-    // What was wrong first is told first, unless another card explains it.
+    // The first failure is reported, unless an exchanged card explains it.
     if (!isSame && (read || !isAboutContent(isSame.error())))
         return std::unexpected(std::move(isSame.error()));
     if (!read)
@@ -126,14 +126,14 @@ CardReading::Result CardReading::readListed(const std::vector<CardFileToRead>& f
 
 CardReading::Result CardReading::readAgain(const CardMap& map, const CardContent& content)
 {
-    // A selection that the card only said to have made must not be relied on twice.
+    // Selects the application again, to be sure.
     m_files.startOver();
     std::expected<std::vector<CardFileToRead>, CardGap> files = otherCardFiles(map, content);
     if (!files)
         return std::unexpected(files.error());
     std::ranges::move(firstCardFiles(map), std::back_inserter(*files));
     for (const CardFileToRead& file : *files) {
-        // Those of the identity come last of all.
+        // The identity is read last.
         if (std::ranges::find(map.identity, file.id) != map.identity.end())
             continue;
         if (Result same = compare(file, content); !same)
@@ -165,7 +165,7 @@ CardReading::Result CardReading::confirmIdentity(const CardMap& map, const CardC
         return std::unexpected(identity.error());
     if (*identity == Identity::Same)
         return {};
-    // One answer that went wrong is not another card, which stays another one.
+    // A single different answer may be an error; an exchanged card stays different.
     const std::expected<Identity, CardFault> again = identityNow(map, content);
     if (!again)
         return std::unexpected(again.error());
@@ -176,7 +176,7 @@ CardReading::Result CardReading::confirmIdentity(const CardMap& map, const CardC
 
 std::expected<CardReading::Identity, CardFault> CardReading::identityNow(const CardMap& map, const CardContent& content)
 {
-    // Whatever is selected on the first card is not on another: all is selected anew, lest a refusal hides that.
+    // Selects the application again: on an exchanged card it is not selected.
     m_files.startOver();
     const std::expected<bool, CardFault> isOfSameKind = m_files.selectApplication(map.application);
     if (!isOfSameKind)

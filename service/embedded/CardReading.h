@@ -5,30 +5,29 @@
 
 #include <variant>
 
-/// Why a card was not read: the way to it, or its content.
+/// Why a card was not read: a fault of the connection, or the content.
 using CardFailure = std::variant<CardFault, CardGap>;
 
-/// One read of the card at the end of a channel, by the first of the maps that is the card's. All files are read twice:
-/// what two readings do not agree on is not used.
+/// Reads the card in a channel by the first map that matches. All files are read twice; data that differ are refused.
 class CardReading
 {
 public:
-    /// All are used as long as this lives.
+    /// Both must outlive it.
     CardReading(CardChannel& channel, const std::vector<CardMap>& maps);
 
-    /// The card's XML document. The card is the same one from the first command to the last, or there is none.
+    /// The card's XML document. An error when the card was exchanged during the read.
     [[nodiscard]] std::expected<QString, CardFailure> readDocument();
 
 private:
     using Result = std::expected<void, CardFailure>;
     using Bytes = std::expected<QByteArray, CardFault>;
 
-    /// Whether the card at the end is the one that was read.
+    /// Whether the card at the end is the same one.
     enum class Identity
     {
         Same,
         Other,
-        Unclear // it gives a file now that it refused before, or the reverse
+        Unclear // a file was refused only once
     };
 
     [[nodiscard]] std::expected<const CardMap*, CardFault> findMap();

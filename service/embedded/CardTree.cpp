@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Takes the first name off a path.
+/// Removes the first name of a path.
 QStringView takeName(QStringView& path)
 {
     const qsizetype slash = path.indexOf(u'/');

@@ -10,10 +10,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// PC/SC looks into its readers every 400 ms: a card that was put in, or taken out, just before is not known yet.
+// PC/SC checks its readers every 400 ms.
 constexpr std::chrono::milliseconds presenceDelay = 500ms;
-// Another program that reads the card for itself is soon done; one that keeps it is not waited for. So is a PC/SC
-// service that is started anew.
+// Another program that reads the card, and a restarting PC/SC service, usually need less than two seconds.
 constexpr std::chrono::milliseconds turnDelay = 100ms;
 constexpr int turnAttempts = 20;
 
@@ -28,7 +27,7 @@ QString explanationOf(const CardFailure& failure)
     return gap != nullptr ? gap->explanation : describe(std::get<CardFault>(failure));
 }
 
-/// Whether a read that ended so has found a health card: the reader of a professional's card may be of the same model.
+/// Whether the read found a health card. The professional's card may be in a reader of the same model.
 bool isOfHealthCard(const std::expected<QString, CardFailure>& document)
 {
     const auto* fault = document ? nullptr : std::get_if<CardFault>(&document.error());
@@ -124,7 +123,7 @@ std::expected<QString, CardFailure> EmbeddedLibrary::readPatiently()
         const CardFault* fault = document ? nullptr : std::get_if<CardFault>(&document.error());
         if (fault == nullptr)
             return document;
-        // A service that is started anew is away for a moment, and finds its readers a moment later.
+        // A restarting service is away for a moment, and its readers a moment longer.
         serviceWasLost = serviceWasLost || *fault == CardFault::ServiceLost || *fault == CardFault::ServiceDown;
         const bool isServiceAway =
             *fault == CardFault::ServiceDown || (serviceWasLost && *fault == CardFault::ReaderUnknown);
@@ -194,7 +193,7 @@ void EmbeddedLibrary::findReaderAnew()
     const auto names = m_readers->names();
     if (!names)
         return;
-    // A reader that was unplugged and is back may have another number, here and in the system.
+    // A reconnected reader may have another number.
     const QList<ReaderName> known = readerNames(*names);
     auto found = std::ranges::find(known, m_vitaleReader->shown, &ReaderName::shown);
     if (found == known.end())
@@ -205,6 +204,6 @@ void EmbeddedLibrary::findReaderAnew()
 
 QString EmbeddedLibrary::waitsFor() const
 {
-    // Another program's transaction is the one thing that keeps a connection waiting.
+    // Connecting waits only for another program's transaction.
     return m_isConnecting ? ::hint(CardFault::ReaderBusy) : QString();
 }

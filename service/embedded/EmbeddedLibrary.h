@@ -8,14 +8,14 @@
 #include <array>
 #include <atomic>
 
-/// The service's own reading library: health cards in the system's readers, understood by card maps. Of several readers
-/// of the chosen one's model, the one that holds a card is read. Each failure is told in the log.
+/// The service's own reading library: reads health cards through PC/SC by card maps. Of several readers of the chosen
+/// model, the one with a card is used. Failures are logged.
 class EmbeddedLibrary final : public ReadingLibrary
 {
 public:
     EmbeddedLibrary(std::unique_ptr<CardReaders> readers, std::vector<CardMap> maps);
 
-    /// Embedded, but in the mode that wants the system's library only.
+    /// Absent in the mode for the installed library only.
     [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
     [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] QString waitsFor() const override;
 
 private:
-    /// What is worth another attempt: how often, and what to do before, if anything.
+    /// A fault that is tried again: how often, and what to do before.
     struct Remedy
     {
         CardFault fault = CardFault::Unexpected;
@@ -48,6 +48,6 @@ private:
     std::vector<CardMap> m_maps;
     std::optional<ReaderName> m_vitaleReader;
     QString m_hint;
-    // Set by the thread that reads, and looked at by another when the time is over.
+    // Set by the thread that reads, read by another one after the time limit.
     std::atomic<bool> m_isConnecting = false;
 };

@@ -5,7 +5,7 @@
 
 #include <QString>
 
-/// The tags, with slashes between them, of the first object in a file that the map neither makes anything of nor
-/// ignores; nothing when it knows them all. A tag that was damaged would take a record or a field away unnoticed.
+/// The tags, joined by slashes, of the first object in a file that is neither used nor ignored by the map. A damaged
+/// tag would otherwise remove a record or a field unnoticed.
 [[nodiscard]] std::optional<QString> unexpectedObject(const CardMap& map, const CardFile& file,
                                                       const std::vector<TlvObject>& objects);

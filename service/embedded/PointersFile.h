@@ -7,12 +7,12 @@
 #include <expected>
 #include <vector>
 
-/// A file that a second-generation card names in its pointers file.
+/// A file named in the pointers file of a second-generation card.
 struct PointedFile
 {
-    QByteArray name; // without the blanks that fill it up
+    QByteArray name; // without padding
     CardFileId id;
 };
 
-/// The files that a pointers file names, in its order; or what is wrong with it, in French.
+/// The files in a pointers file, in its order. The error is in French.
 [[nodiscard]] std::expected<std::vector<PointedFile>, QString> parsePointersFile(QByteArrayView bytes);

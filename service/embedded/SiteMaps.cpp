@@ -31,7 +31,7 @@ SiteMaps loadCardMaps(const QString& resourceFolder)
     folders.append(resourceFolder + "/maps"_L1);
     SiteMaps site;
     for (const QString& folder : folders) {
-        // Files only: a pipe would keep the service waiting.
+        // Plain files only: reading a pipe would wait.
         const QDir directory(folder, u"*.json"_s, QDir::Name, QDir::Files);
         for (const QString& name : directory.entryList()) {
             const QString path = directory.filePath(name);

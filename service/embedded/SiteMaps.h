@@ -2,13 +2,13 @@
 
 #include "service/embedded/CardMap.h"
 
-/// The card maps in use, in the order in which they are tried, and a sentence for each file that holds none.
+/// The card maps in the order of their use, and a sentence for each invalid file.
 struct SiteMaps
 {
     std::vector<CardMap> maps;
     QStringList warnings;
 };
 
-/// The site's own maps, MORVEL/cartes/*.json in each of the XDG configuration folders, the user's first, then those
-/// that are shipped in the resource folder: maps/*.json. In each folder by name.
+/// Loads the site's maps, MORVEL/cartes/*.json in each XDG configuration folder, the user's first, then maps/*.json in
+/// the resource folder. Maps of a folder are sorted by name.
 [[nodiscard]] SiteMaps loadCardMaps(const QString& resourceFolder);

@@ -7,19 +7,19 @@
 #include <span>
 #include <vector>
 
-/// A data object of BER-TLV as ISO 7816-4 uses it. Its value is a view into the bytes that were parsed.
+/// A BER-TLV data object (ISO 7816-4). Its value points into the parsed bytes.
 struct TlvObject
 {
-    quint32 tag = 0; // the number that the tag's bytes make
+    quint32 tag = 0; // the number of the tag's bytes
     QByteArrayView value;
-    std::vector<TlvObject> children; // those of a constructed object
+    std::vector<TlvObject> children; // of a constructed object
 };
 
-/// Why bytes are no sequence of data objects.
+/// Why bytes are not a sequence of data objects.
 enum class TlvFault
 {
     TruncatedTag,
-    OverlongTag, // more than three bytes, or a number with zeros in front
+    OverlongTag, // more than three bytes, or leading zeros
     TruncatedLength,
     IndefiniteLength,
     OverlongLength, // more than four bytes after the first
@@ -27,25 +27,25 @@ enum class TlvFault
     NestedTooDeep
 };
 
-/// Objects within objects, beyond which no card's are.
+/// Levels of nested objects, more than on any card.
 inline constexpr int deepestTlv = 16;
 
-/// The objects that the bytes are made of, down to the innermost. Null bytes between objects, and bytes of 00 or FF
-/// after the last of the outermost ones, are what erased memory looks like, and are passed over.
+/// Parses all objects with their children. Null bytes between objects, and bytes of 00 or FF after the last outer
+/// object (erased memory), are skipped.
 [[nodiscard]] std::expected<std::vector<TlvObject>, TlvFault> parseTlv(QByteArrayView bytes);
 
-/// The tag that the bytes begin with.
+/// The tag at the start of the bytes.
 [[nodiscard]] std::optional<quint32> leadingTlvTag(QByteArrayView bytes);
 
-/// The tag that exactly these bytes make.
+/// The tag of exactly these bytes.
 [[nodiscard]] std::optional<quint32> tlvTag(QByteArrayView bytes);
 
-/// Whether an object of this tag is made of objects.
+/// Whether objects with this tag contain objects.
 [[nodiscard]] bool isConstructedTag(quint32 tag);
 
-/// All objects at the end of a path of tags, the outermost one first, in their order.
+/// All objects at a path of tags, outermost first, in their order.
 [[nodiscard]] std::vector<const TlvObject*> findTlv(const std::vector<TlvObject>& objects,
                                                     std::span<const quint32> path);
 
-/// What the fault is, in French, for a log.
+/// The fault in French, for a log.
 [[nodiscard]] QString describeTlvFault(TlvFault fault);

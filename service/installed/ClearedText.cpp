@@ -15,7 +15,7 @@ ClearedText::~ClearedText()
 
 std::optional<QByteArrayView> ClearedText::written() const
 {
-    // The library may have changed anything else of the structure.
+    // m_bytes, not m_text.bytes: the library may have changed the structure.
     if (m_text.length > m_bytes.size())
         return std::nullopt;
     return QByteArrayView(m_bytes.data(), static_cast<qsizetype>(m_text.length));

@@ -14,11 +14,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Finds one function; the name of it when it is missing.
+/// Finds one function; returns its name when it is missing.
 template <typename Function>
 std::optional<QString> find(void* library, const char* name, Function& function)
 {
-    // The one way to a function from dlsym, which POSIX allows.
+    // POSIX allows this cast for dlsym.
     function = reinterpret_cast<Function>(::dlsym(library, name));
     return function != nullptr ? std::nullopt : std::optional(QString::fromLatin1(name));
 }
@@ -46,12 +46,11 @@ SystemFileFault refused(const QString& reason)
     return {.isAbsent = false, .reason = reason};
 }
 
-/// Loads the library, and asks it for its interface; otherwise the reason.
+/// Loads the library and checks its interface; the error is the reason.
 std::expected<InstalledFunctions, QString> load(const QByteArray& path)
 {
     const QString name = QFile::decodeName(path);
-    // By its path, and not by a descriptor: only so does it find what lies beside it. It is never unloaded:
-    // threads that it made may still run its code.
+    // By path, not by descriptor, so that it finds files beside it. It is never unloaded: its threads may still run.
     void* const library = ::dlopen(path.constData(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         const char* const reason = ::dlerror(); // NOLINT(concurrency-mt-unsafe): each thread has its own
@@ -67,7 +66,7 @@ std::expected<InstalledFunctions, QString> load(const QByteArray& path)
     return functions;
 }
 
-/// What changes with a file that is replaced or written to.
+/// Identifies the content of a file.
 struct FileIdentity
 {
     dev_t device = 0;
@@ -98,8 +97,8 @@ std::expected<InstalledFunctions, SystemFileFault> loadInstalledFunctions(const 
         return std::unexpected(checked.error());
     const QByteArray path = place.path();
     const QString name = QFile::decodeName(path);
-    // A file that was cut, or a library that crashes or hangs, ends the process that loads it. Each reason of load's
-    // has the name in it; the others are the process's.
+    // A damaged file, or a library that crashes or hangs, ends the process that loads it. Reasons of load() start with
+    // the file's name, the others do not.
     const FileIdentity tried = identityOf(path);
     const auto trial = [&path] {
         const std::expected<InstalledFunctions, QString> loaded = load(path);

@@ -5,7 +5,7 @@
 
 #include <chrono>
 
-/// The functions of a reading library, all of them there.
+/// The functions of a reading library; none is null.
 struct InstalledFunctions
 {
     decltype(&pelmora_reading_interface) interface = nullptr;
@@ -17,9 +17,9 @@ struct InstalledFunctions
     decltype(&pelmora_reading_read_card) readCard = nullptr;
 };
 
-/// Loads the library of that place for the rest of the process's life, and asks it for its interface. It is refused
-/// when others than the place's owner could have changed it, when it cannot be loaded, lacks a function or is of
-/// another interface. It is tried in another process first, for no longer than the patience: what would end the process
-/// is a refusal, too. Without a file there is no other process.
+/// Loads the library for the rest of the process and checks its interface. It is refused when others than the place's
+/// owner could have changed it, when it cannot be loaded, when a function is missing, or when the interface is another
+/// one. It is first tried in a child process with a time limit: a library that crashes or hangs there is refused too.
+/// No child is started when there is no file.
 [[nodiscard]] std::expected<InstalledFunctions, SystemFileFault>
 loadInstalledFunctions(const SystemPlace& place, std::chrono::milliseconds patience = std::chrono::seconds(5));

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Bytes, as the header promises them.
+// Bytes, as documented in the header.
 constexpr std::size_t roomForACard = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t roomForReaders = std::size_t{64} * 1024;
 constexpr std::size_t roomForAVersion = 1024;
@@ -144,7 +144,7 @@ QString InstalledLibrary::version(pelmora_reading_component component) const
     }
     const std::optional<QByteArrayView> written = text.written();
     const std::optional<QString> version = written ? decodeUtf8(*written) : std::nullopt;
-    // What XML could not hold, or a line of text could not show.
+    // Characters that XML does not allow or that are not printable.
     if (!version || std::ranges::any_of(*version, [](QChar unit) { return !unit.isPrint() && !unit.isSurrogate(); })) {
         logRefusal(function, u"texte illisible"_s);
         return {};

@@ -5,12 +5,10 @@
 #include "service/ReadingLibrary.h"
 #include "service/installed/InstalledFunctions.h"
 
-/// A reading library that is installed on the system: a shared object with the functions of
-/// include/pelmora/reading-library.h. Why one is refused is told in the log.
+/// A shared object with the functions of include/pelmora/reading-library.h. Refusals are logged.
 class InstalledLibrary final : public ReadingLibrary
 {
 public:
-    /// Where it is looked for, unless told otherwise.
     [[nodiscard]] static SystemPlace standardPlace();
 
     explicit InstalledLibrary(SystemPlace place = standardPlace());
@@ -19,14 +17,14 @@ public:
     /// Closes the library.
     ~InstalledLibrary() override;
 
-    /// Nothing, and the library is closed, for the embedded mode.
+    /// Closes the library; absent for the embedded mode.
     [[nodiscard]] std::optional<LibraryKind> initialise(LibraryMode mode) override;
     [[nodiscard]] QStringList readers() override;
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
 
-    /// What informations() tells; all empty while the library is not in use.
+    /// The values of informations(); empty while the library is not open.
     [[nodiscard]] LibraryVersions versions() const;
 
 private:

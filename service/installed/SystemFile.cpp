@@ -30,7 +30,6 @@ SystemFileFault systemFault(int error, const QByteArray& path)
     return fault(u"%1 : "_s + QString::fromLocal8Bit(reason.c_str()), path);
 }
 
-/// What is wrong with a folder or with the file itself.
 std::optional<SystemFileFault> faultOf(const FileDescriptor& opened, const QByteArray& path, uid_t owner, mode_t type)
 {
     struct stat status = {};
@@ -40,7 +39,7 @@ std::optional<SystemFileFault> faultOf(const FileDescriptor& opened, const QByte
         return fault(u"%1 n’est pas un fichier ordinaire"_s, path);
     if (status.st_uid != owner)
         return fault(u"%1 n’appartient pas à root"_s, path);
-    // An access control list that lets others write shows in the group's bits.
+    // Access control lists that allow writing show in the group's bits.
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
         return fault(u"%1 peut être modifié par d’autres que root"_s, path);
     return std::nullopt;
@@ -61,7 +60,7 @@ std::expected<void, SystemFileFault> checkSystemFile(const SystemPlace& place)
     for (qsizetype index = 0; index < parts.size(); ++index) {
         const bool isFile = index == parts.size() - 1;
         path += (path.endsWith('/') ? "" : "/") + parts[index];
-        // A symbolic link would open as such: it is of neither type.
+        // A symbolic link is opened as such, and then has the wrong type.
         const int flags = O_PATH | O_NOFOLLOW | O_CLOEXEC | (isFile ? 0 : O_DIRECTORY);
         FileDescriptor next(::openat(folder.get(), parts[index].constData(), flags));
         if (!next.isValid())

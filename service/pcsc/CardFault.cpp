@@ -13,7 +13,7 @@ struct CodeRow
     CardFault fault = CardFault::Unexpected;
 };
 
-// The codes that were seen or are documented, pcsc-lite's and those that other implementations give in the same case.
+// Codes of pcsc-lite and, for the same cases, of other implementations.
 constexpr std::array codes{
     CodeRow{SCARD_E_NO_SERVICE, CardFault::ServiceLost},
     CodeRow{SCARD_E_SERVICE_STOPPED, CardFault::ServiceLost},

@@ -47,7 +47,7 @@ std::expected<QByteArray, CardFault> PcscCard::transmit(QByteArrayView command)
                                       static_cast<DWORD>(command.size()), nullptr, answer.data(), &size);
     if (code != SCARD_S_SUCCESS)
         return std::unexpected(cardFault(code));
-    // Drivers report a card that leaves in the middle as an answer of nothing.
+    // Drivers report a removed card as an empty answer.
     if (size == 0)
         return std::unexpected(CardFault::CardGone);
     QByteArray bytes(reinterpret_cast<const char*>(answer.data()), static_cast<qsizetype>(size));

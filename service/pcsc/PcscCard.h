@@ -5,12 +5,11 @@
 
 #include <memory>
 
-/// A card in a reader, for nobody else as long as this lives. The card stays powered afterwards.
+/// Exclusive use of a card in a reader. The card stays powered afterwards.
 class PcscCard final : public CardTransport
 {
 public:
-    /// Connects, sharing the reader with whoever is connected already, and waits for its turn. The context outlives the
-    /// card.
+    /// Connects in shared mode and waits for the transaction. The context must outlive the card.
     [[nodiscard]] static std::expected<std::unique_ptr<PcscCard>, CardFault> connect(const PcscContext& context,
                                                                                      const QByteArray& reader);
     PcscCard(const PcscCard&) = delete;
@@ -24,5 +23,5 @@ private:
 
     long m_handle;
     unsigned long m_protocol;
-    bool m_isOurs = false; // in a transaction
+    bool m_isOurs = false; // inside a transaction
 };

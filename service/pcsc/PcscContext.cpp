@@ -8,7 +8,7 @@ static_assert(std::is_same_v<SCARDCONTEXT, long>);
 
 namespace {
 
-/// Asks for the reader's state once it differs from the one that is given, or once the time is over.
+/// Gets the reader's state when it differs from the given one or the time is over.
 std::expected<void, CardFault> ask(SCARDCONTEXT context, SCARD_READERSTATE& state, std::chrono::milliseconds longest)
 {
     state.dwCurrentState = state.dwEventState & ~DWORD{SCARD_STATE_CHANGED};
@@ -59,7 +59,7 @@ PcscContext::~PcscContext()
 
 std::expected<QList<QByteArray>, CardFault> PcscContext::readers() const
 {
-    // Readers may come between the two calls: the names are then asked for again.
+    // A reader may be connected between the two calls: then both are repeated.
     for (;;) {
         DWORD size = 0;
         LONG code = ::SCardListReaders(m_handle, nullptr, nullptr, &size);
@@ -98,7 +98,7 @@ std::expected<bool, CardFault> PcscContext::waitForCard(const QByteArray& reader
     using Clock = std::chrono::steady_clock;
     const Clock::time_point end = Clock::now() + longest;
     SCARD_READERSTATE state = stateOf(reader);
-    // The first answer comes at once, whatever the state.
+    // The first call returns at once.
     for (std::chrono::milliseconds left{0};;) {
         if (const auto asked = ask(m_handle, state, left); !asked)
             return std::unexpected(asked.error());

@@ -37,7 +37,7 @@ std::expected<std::unique_ptr<CardTransport>, CardFault> PcscReaders::connect(co
 
 void PcscReaders::waitForCard(const QByteArray& reader, bool present, std::chrono::milliseconds longest)
 {
-    // What comes of it is seen by the next attempt to connect.
+    // The next attempt to connect shows the result.
     [[maybe_unused]] const auto hasCome = withContext([&reader, present, longest](const PcscContext& context) {
         return context.waitForCard(reader, present, longest);
     });

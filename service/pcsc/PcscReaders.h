@@ -5,8 +5,8 @@
 
 #include <optional>
 
-/// The readers behind the system's PC/SC service. A connection to it is made when it is needed, kept, which keeps a
-/// service that is started on demand from leaving, and made anew after the service has been.
+/// The readers of the PC/SC service. The connection is made when it is first needed, kept (so that a service started on
+/// demand does not exit), and replaced when the service was restarted.
 class PcscReaders final : public CardReaders
 {
 public:
@@ -16,7 +16,7 @@ public:
     void pause(std::chrono::milliseconds time) override;
 
 private:
-    /// Does something with a connection; once more, with a fresh one, when the kept one turns out to be void.
+    /// Runs the work with the connection, and again with a new one when the service was restarted.
     template <typename Work>
     auto withContext(Work work) -> decltype(work(std::declval<const PcscContext&>()));
 

@@ -1,6 +1,6 @@
-// Clears every block of memory that is given back: what a card said does not stay behind in blocks that nobody owns. It
-// takes the place of the system's own functions for the whole program, all of its libraries included; that is why it is
-// part of the executable, and of no library. A sanitizer, which has its own, goes without.
+// Clears every block of memory when it is freed, so that card data do not stay in unused memory. These functions
+// replace the C library's in the whole program with all its libraries, so they are in the executable and not in a
+// library. Builds with a sanitizer do not have them: it replaces these functions itself.
 
 #include <algorithm>
 #include <atomic>
@@ -14,12 +14,11 @@
 
 namespace {
 
-/// Gives a block back to where malloc had it from: the system's C library, or the allocator that a machine preloads in
-/// its place.
+/// Calls the next free(): that of the C library or of a preloaded allocator.
 void giveBack(void* block) noexcept
 {
     using Free = void (*)(void* block);
-    // Not by a guarded initialisation, which could not bear that looking for it frees something.
+    // Not a static with a guard: dlsym may call free().
     static constinit std::atomic<Free> next = nullptr;
     Free found = next.load(std::memory_order_relaxed);
     if (found == nullptr) {
@@ -40,7 +39,7 @@ extern "C" void free(void* block) noexcept
     giveBack(block);
 }
 
-// The system's own would leave the old block as it was.
+// The C library's realloc would not clear the old block.
 extern "C" void* realloc(void* block, std::size_t size) noexcept
 {
     if (block == nullptr)
@@ -50,7 +49,7 @@ extern "C" void* realloc(void* block, std::size_t size) noexcept
         return nullptr;
     }
     const std::size_t usable = ::malloc_usable_size(block);
-    // One that is much too large goes, so that memory is given back.
+    // A block that is much too large is moved, so that memory is freed.
     if (size <= usable && size >= usable / 2) {
         ::explicit_bzero(static_cast<std::byte*>(block) + size, usable - size);
         return block;

@@ -25,7 +25,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Before there is a log: whoever started the program is told.
+// Used before the log is open.
 int fail(int status, std::string_view reason)
 {
     std::cerr << "com.morvel.lvit: " << reason << '\n';
@@ -67,7 +67,7 @@ std::unique_ptr<ReadingLibrary> readingLibrary(const ServiceCommandLine& line)
     diagnosis.protections = protections;
     const QByteArray text = diagnosisText(diagnosis).toUtf8();
     const bool isTold = writeAll(output.replies, text);
-    // Not to wait for a call that hangs.
+    // Ends without waiting for a hanging call.
     std::_Exit(isTold && diagnosis.isReady() ? 0 : 1);
 }
 
@@ -89,7 +89,7 @@ int serve(const ServiceCommandLine& line, ChannelDescriptors channel)
         return 1;
     case ServiceLoop::End::BeyondUse:
         logLine(u"un appel au lecteur reste sans réponse : le service est à remplacer"_s);
-        // The thread that waits cannot be ended, nor outlived in any other way. The application starts another service.
+        // The waiting thread cannot be ended in another way. The application starts another service.
         std::_Exit(1);
     }
     return 1;
