@@ -14,7 +14,7 @@ ElidedLabel::ElidedLabel(QWidget* parent)
 void ElidedLabel::setWholeText(const QString& text)
 {
     setText(text);
-    // A tooltip takes for markup what looks like it.
+    // Tooltips treat a text that looks like markup as markup.
     setToolTip(Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text);
 }
 

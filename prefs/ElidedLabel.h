@@ -2,8 +2,7 @@
 
 #include <QLabel>
 
-/// One line of plain text that gives way in its middle where there is no room. Its tooltip and assistive technology
-/// always have the whole of it.
+/// One line of plain text, elided in the middle. Tooltip and assistive technology get the whole text.
 class ElidedLabel final : public QLabel
 {
     Q_OBJECT

@@ -7,7 +7,7 @@
 
 MVPreferencesController& MVPreferences::preferences()
 {
-    // Never released: what it shows must not outlive the application object, nor end before it.
+    // Never destroyed: its widgets must not be destroyed after the application object.
     static MVPreferencesController& instance = *new MVPreferencesController;
     return instance;
 }

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The first pane that the condition holds for; null when there is none.
+/// The first pane that meets the condition, or null.
 template <typename Condition>
 MVPreference* firstPane(const MVPreferencesController::Panes& panes, Condition condition)
 {
@@ -33,7 +33,7 @@ MVPreferencesController::MVPreferencesController()
 
 MVPreferencesController::~MVPreferencesController()
 {
-    // The views are the panes'.
+    // The panes own the views.
     if (m_contentView)
         m_contentView->removeAllSubviews();
 }
@@ -71,7 +71,7 @@ void MVPreferencesController::addPane(std::shared_ptr<MVPreference> pane)
 
 void MVPreferencesController::removePane(const MVPreference* /*pane*/)
 {
-    // On purpose: what was registered stays, with its button.
+    // On purpose: panes stay registered.
 }
 
 void MVPreferencesController::showPane(MVPreference* pane)
@@ -93,21 +93,21 @@ void MVPreferencesController::showPane(MVPreference* pane)
     } else {
         fadeTo(*pane);
     }
-    // Before the button is selected, which would choose the pane again.
+    // Set before the button is selected, which chooses the pane again.
     m_currentPane = pane;
     m_toolbar->setSelectedItemIdentifier(pane->paneIdentifier());
 }
 
 void MVPreferencesController::fadeTo(MVPreference& pane)
 {
-    // The lowest view, which is not always the current pane's: while a fade runs, it is the one that fades.
+    // The lowest view is not always that of the current pane: during a fade it is the one that fades out.
     QWidget* oldView = m_contentView->subviews().constFirst();
     MVPreference* oldPane = paneForView(oldView);
     m_contentView->addTransparentSubview(*pane.paneView());
     paneWillDisappear(oldPane);
     paneWillAppear(&pane);
     m_contentView->fadeToTop([this, oldView, oldPane, newPane = &pane] {
-        // A pane that was chosen again during its own fade-out is the current one now, and its view stays on top.
+        // A pane that was chosen again while it faded out is the current one now, and its view stays.
         if (!m_currentPane || m_currentPane->paneView() != oldView)
             m_contentView->removeSubview(oldView);
         paneDidDisappear(oldPane);
@@ -139,7 +139,7 @@ void MVPreferencesController::showPaneWithIdentifier(QStringView identifier)
 {
     show();
     if (MVPreference* pane = paneForIdentifier(identifier)) {
-        // Later: the window comes up on its first pane, and then changes over to this one.
+        // Later: the window first shows its last pane, then changes to this one.
         QMetaObject::invokeMethod(this, [this, pane] { showPane(pane); }, Qt::QueuedConnection);
     }
 }

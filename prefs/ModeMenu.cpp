@@ -18,7 +18,7 @@ ModeMenu::ModeMenu(QWidget* parent)
 
 void ModeMenu::showPopup()
 {
-    // What is picked in the list counts instead.
+    // A choice in the list replaces that by keys.
     m_rest.stop();
     const QScopedValueRollback opening(m_isOpening, true);
     QComboBox::showPopup();
@@ -45,7 +45,7 @@ void ModeMenu::keyPressEvent(QKeyEvent* event)
 
 void ModeMenu::wheelEvent(QWheelEvent* event)
 {
-    // The pane around it scrolls instead.
+    // The pane scrolls instead.
     event->ignore();
 }
 
@@ -72,7 +72,7 @@ void ModeMenu::entryActivated()
 void ModeMenu::settle()
 {
     m_rest.stop();
-    // Keys that led back to where they began have chosen nothing.
+    // Nothing was chosen when the keys led back to the same entry.
     if (std::exchange(m_isBrowsing, false) && currentIndex() != m_indexBefore)
         Q_EMIT chosen();
 }

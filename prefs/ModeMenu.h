@@ -5,15 +5,14 @@
 
 #include <chrono>
 
-/// The menu of modes, each of which starts the card service anew. An entry that is picked in the open list counts at
-/// once. In the closed menu the wheel does nothing, and an entry that keys lead to counts once the keys have rested, at
-/// Enter, or when the keyboard goes elsewhere. Main thread only.
+/// The menu of modes. A choice restarts the card service, so keys take effect only after a pause, at Enter, or when the
+/// focus leaves. A choice in the open list takes effect at once. The wheel does nothing. Main thread only.
 class ModeMenu final : public QComboBox
 {
     Q_OBJECT
 
 public:
-    /// Longer than people take from one key to the next.
+    /// Longer than the usual time between two keys.
     static constexpr std::chrono::milliseconds keyRest{700};
 
     explicit ModeMenu(QWidget* parent = nullptr);
@@ -22,9 +21,9 @@ public:
     void hidePopup() override;
 
 Q_SIGNALS:
-    /// A key has led to another entry, which does not count yet.
+    /// A key has selected another entry, which is not chosen yet.
     void browsed();
-    /// The user has chosen the current entry: by a pick in the list, perhaps the same as before, or by keys.
+    /// The current entry was chosen: in the list, perhaps again, or by keys.
     void chosen();
 
 protected:
@@ -36,9 +35,9 @@ private:
     void entryActivated();
     void settle();
 
-    QTimer m_rest; // single shot: from a key to its effect
+    QTimer m_rest; // from a key to its effect
     bool m_isBrowsing = false;
     bool m_isInKeyPress = false;
     bool m_isOpening = false;
-    int m_indexBefore = -1; // before the keys
+    int m_indexBefore = -1; // before the first key
 };

@@ -10,10 +10,10 @@
 
 namespace {
 
-// The widest of what stands before the controls, in any of the panes: their controls all begin at the same place.
+// The widest label in any pane, so that the controls of all panes start at the same position.
 constexpr QStringView widestLabel{u"Mises à jour\u00A0:"};
 
-// Beside letters that need the room.
+// For large fonts.
 constexpr int narrowMargin = 6; // points
 
 struct Cell
@@ -31,7 +31,7 @@ Cell cellAt(const QGridLayout& grid, int index)
     return cell;
 }
 
-// Texts wrap and the folder's path gives way; these do neither.
+// Only buttons and menus cannot become narrower.
 int widestControl(const QGridLayout& grid)
 {
     int width = 0;
@@ -43,7 +43,7 @@ int widestControl(const QGridLayout& grid)
     return width;
 }
 
-// Every row becomes two: the label, and below it the rest.
+// Makes two rows of each: the label, and the rest below.
 void putLabelsAbove(QGridLayout& grid)
 {
     std::vector<std::pair<Cell, QLayoutItem*>> items;
@@ -56,7 +56,7 @@ void putLabelsAbove(QGridLayout& grid)
     grid.setContentsMargins(narrowMargin, margins.top(), narrowMargin, margins.bottom());
     for (const auto& [cell, item] : items) {
         const bool isLabel = cell.column == 0 && cell.columns == 1;
-        // What stood beside a label has its place, too, now.
+        // The control moves to the label's column.
         const int column = cell.column == 1 ? 0 : cell.column;
         if (isLabel)
             grid.addItem(item, cell.row * 2, 0, 1, columns, Qt::AlignLeft);

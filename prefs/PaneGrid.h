@@ -2,7 +2,6 @@
 
 class QGridLayout;
 
-/// Arranges a pane's grid: labels in its first column, as wide in all panes, the controls beside them. Where the user
-/// has chosen letters so large that the controls do not fit there, each stands below its label. The width is the
-/// pane's, in points.
+/// Arranges a pane's grid: labels in the first column, with the same width in all panes, and controls beside them. With
+/// large fonts, controls that do not fit are placed below their labels. The width is the pane's, in points.
 void arrangePaneGrid(QGridLayout& grid, int width);

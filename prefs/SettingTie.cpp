@@ -33,7 +33,7 @@ public:
 private:
     void showStored()
     {
-        // Nobody has switched it: nothing is stored, and no action runs.
+        // Not a change by the user: stores nothing and runs no action.
         const QSignalBlocker quiet(m_button);
         m_button.setChecked(MVSettings::booleanPreferencesForKey(m_store, m_setting));
     }
@@ -47,5 +47,5 @@ private:
 
 void tieToSetting(QAbstractButton& button, UserDefaults& store, const Setting<bool>& setting)
 {
-    new SettingTie(button, store, setting); // the button's
+    new SettingTie(button, store, setting); // owned by the button
 }

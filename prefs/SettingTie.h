@@ -5,6 +5,6 @@
 class QAbstractButton;
 class UserDefaults;
 
-/// Ties a check box to a boolean setting: it shows what is stored whenever it comes into view, and every switch of it
-/// is stored at once, before anything that is connected to it later. The store must outlive the button.
+/// Connects a check box and a boolean setting: the box shows the stored value whenever it becomes visible, and stores
+/// each change before other connected actions run. The store must outlive the button.
 void tieToSetting(QAbstractButton& button, UserDefaults& store, const Setting<bool>& setting);

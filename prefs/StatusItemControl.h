@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a pane asks of the application about its item in the status bar. Main thread only.
+/// What a pane needs of the application's status item. Main thread only.
 class StatusItemControl
 {
 public:
@@ -9,7 +9,7 @@ public:
     StatusItemControl& operator=(const StatusItemControl&) = delete;
     virtual ~StatusItemControl() = default;
 
-    /// Shows the item, when the settings want one.
+    /// Shows the item if the setting is on.
     virtual void showStatusItem() = 0;
     virtual void hideStatusItem() = 0;
 };

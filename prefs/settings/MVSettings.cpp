@@ -22,7 +22,7 @@ bool isScalar(const QVariant& value)
     return value.typeId() != QMetaType::QVariantList && value.typeId() != QMetaType::QStringList;
 }
 
-// A file keeps a boolean as a text, which a person may have written: yes, true and any number but 0 are true.
+// A boolean in the file may be a text written by a person: yes, true and any number except 0 are true.
 bool booleanValue(const QString& text)
 {
     const QString trimmed = text.trimmed();

@@ -27,6 +27,6 @@ void registerStandardPreferences(UserDefaults& store)
 void setStandardPreferences(UserDefaults& store)
 {
     registerStandardPreferences(store);
-    // The debug mode never outlives the run in which it was switched on.
+    // The debug mode lasts for one run only.
     MVSettings::setPreferencesWithBooleanValue(store, Settings::debugMode, false);
 }

@@ -2,8 +2,8 @@
 
 class UserDefaults;
 
-/// Registers what every setting is before the user has chosen. Nothing is stored. Main thread.
+/// Registers the default values; stores nothing. Main thread.
 void registerStandardPreferences(UserDefaults& store);
 
-/// Start-up of the settings: registers the standard preferences and switches the debug mode off. Main thread, once.
+/// Registers the default values and switches the debug mode off. Called once, at the start, on the main thread.
 void setStandardPreferences(UserDefaults& store);
