@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Programs and links are not among them: a desktop may run those.
+// No programs or links: a desktop might run them.
 constexpr std::array packageEndings{
     ".deb"_L1, ".rpm"_L1, ".flatpak"_L1, ".appimage"_L1, ".zip"_L1, ".tar.gz"_L1, ".tar.xz"_L1, ".tar.zst"_L1,
 };
@@ -36,7 +36,7 @@ bool isPlainLoopback(const QUrl& address)
 
 bool isLoopbackAddress(const QUrl& address)
 {
-    // A name, even "localhost", is what a name service makes of it.
+    // Only IP addresses: a name, even "localhost", depends on the name service.
     QHostAddress host;
     return host.setAddress(address.host()) && host.isLoopback();
 }
@@ -63,7 +63,7 @@ std::optional<QString> packageFileName(const QUrl& address)
         packageEndings, [&name](QLatin1StringView candidate) { return name.endsWith(candidate, Qt::CaseInsensitive); });
     if (ending == packageEndings.end() || name.size() == ending->size() || name.startsWith(u'.'))
         return std::nullopt;
-    // Whatever was hidden in the name is gone, and its length is bounded.
+    // Removes control characters and limits the length.
     const QString extension = name.last(ending->size() - 1);
     return fileNameFromText(name.chopped(ending->size()), extension);
 }

@@ -5,20 +5,18 @@
 
 #include <optional>
 
-/// Whether an address leads to this machine by its number, so that nothing asked of it travels over a network.
+/// Whether the address is a loopback IP address, so that requests do not use a network.
 [[nodiscard]] bool isLoopbackAddress(const QUrl& address);
 
-/// Whether a feed may be fetched from an address: over HTTPS, or over plain HTTP from this machine itself, which is how
-/// tests and a relay that a practice runs on the computer offer one. An address that holds a password is none.
+/// Whether a feed may be fetched: over HTTPS, or over HTTP from this machine, as in tests or with a local relay.
+/// Addresses with a password are refused.
 [[nodiscard]] bool isSafeFeedAddress(const QUrl& address);
 
-/// Whether a package may be fetched from an address that a feed names: only a feed that came over plain HTTP from this
-/// machine may send back to it.
+/// Whether a package may be fetched: like a feed, but over HTTP only if the feed came over HTTP from this machine.
 [[nodiscard]] bool isSafePackageAddress(const QUrl& address, const QUrl& feedAddress);
 
-/// Whether a server may send on to an address: over HTTPS only, wherever it was asked, and without a password.
+/// Whether a redirect may be followed: over HTTPS and without a password.
 [[nodiscard]] bool isSafeRedirect(const QUrl& address);
 
-/// The file name of a package, as the end of its address tells it; absent when that is not the name of a package that a
-/// desktop installs or unpacks.
+/// The file name at the end of an address; absent when it is not that of an installable package.
 [[nodiscard]] std::optional<QString> packageFileName(const QUrl& address);

@@ -35,14 +35,13 @@ enum class UpdateFailure
     CannotReadBack,
 };
 
-/// One row of the table of failures.
 struct UpdateFailureText
 {
     UpdateFailure failure = UpdateFailure::NoFeed;
     QStringView text;
 };
 
-/// What people read about each failure.
+/// The text for users of each failure.
 inline constexpr std::array updateFailureTexts{
     UpdateFailureText{UpdateFailure::NoFeed, u"Cette version de Pelmora ne sait pas où chercher ses mises à jour. "
                                              u"Demandez à votre fournisseur s’il en existe une plus récente."},
@@ -103,5 +102,4 @@ inline constexpr std::array updateFailureTexts{
                       u"Le fichier téléchargé n’a pas pu être relu pour vérification\u202F: il a été effacé."},
 };
 
-/// The failure's text, for people.
 [[nodiscard]] QStringView textOf(UpdateFailure failure);

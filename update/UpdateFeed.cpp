@@ -15,7 +15,7 @@ namespace {
 constexpr QStringView extensionNamespace{u"http://www.andymatuschak.org/xml-namespaces/sparkle"};
 constexpr QStringView thisSystem{u"linux"};
 
-// An item as it is written.
+// The texts of an item.
 struct RawItem
 {
     QString version;
@@ -36,7 +36,7 @@ struct Field
     QString RawItem::* value = nullptr;
 };
 
-// What an item holds in elements of its own, and what its enclosure's attributes hold. Versions are found in both.
+// Elements of an item, and attributes of its enclosure. Versions may be in either.
 constexpr std::array itemFields{
     Field{u"version", &RawItem::version},
     Field{u"shortVersionString", &RawItem::shortVersion},
@@ -98,11 +98,11 @@ RawItem readItem(QXmlStreamReader& reader)
     return item;
 }
 
-// The items, and whether the document is a feed to its very end.
+// The items; absent when the document is not a complete feed.
 std::optional<std::vector<RawItem>> readItems(QXmlStreamReader& reader)
 {
     while (!reader.atEnd() && !reader.isStartElement()) {
-        // A feed needs no entities of its own, and nothing good comes of them.
+        // Feeds need no entities, so a document type is refused.
         if (reader.readNext() == QXmlStreamReader::DTD)
             return std::nullopt;
     }
@@ -174,7 +174,7 @@ std::expected<UpdateFeed, UpdateFailure> UpdateFeed::parse(const QByteArray& xml
         if (!isVersion(item.version))
             continue;
         hasVersion = true;
-        // Versions for other systems, and those that are tried out by volunteers, are not for us.
+        // Versions for other systems and for volunteers (channels) are skipped.
         const bool isOurs = item.system.isEmpty() || item.system.compare(thisSystem, Qt::CaseInsensitive) == 0;
         if (isOurs && item.channel.isEmpty())
             feed.m_announcements.push_back(announcementOf(item, address, maximumLength));
@@ -190,7 +190,7 @@ std::expected<UpdateChoice, UpdateFailure> chooseUpdate(const UpdateFeed& feed, 
     const auto isNewer = [](const UpdateItem& item, const QString& version) {
         return std::is_gt(compareVersions(item.version, version));
     };
-    // The newest of those that pass; the first of them where several are alike.
+    // The newest item that passes; the first one if there are several.
     const auto newestThat = [&](const auto& passes) {
         const UpdateFeed::Announcement* newest = nullptr;
         for (const UpdateFeed::Announcement& candidate : feed.announcements()) {

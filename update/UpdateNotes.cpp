@@ -12,7 +12,7 @@ namespace {
 constexpr qsizetype maximumNotes = 10'000;
 constexpr qsizetype maximumLine = 64;
 
-// Among them the marks that turn the direction of writing, which make a text look like another.
+// These include marks of writing direction, which can make a text look like another.
 bool isHidden(QChar character)
 {
     switch (character.category()) {
@@ -22,7 +22,7 @@ bool isHidden(QChar character)
     case QChar::Other_NotAssigned:
         return character != u'\n' && character != u'\t';
     default:
-        // What takes the place of an image in a text made of HTML.
+        // Placeholder of an image in HTML.
         return character == QChar::ObjectReplacementCharacter;
     }
 }
@@ -44,10 +44,10 @@ bool hasTag(const QString& text)
 
 QString textOfHtml(QString html)
 {
-    // The plain text has no signs of its own before the items of a list.
+    // QTextDocumentFragment drops the bullets of lists.
     static const QRegularExpression item(u"(<li\\b[^>]*>)"_s, QRegularExpression::CaseInsensitiveOption);
     html.replace(item, u"\\1• "_s);
-    // A fragment is parsed without a document around it that could load anything.
+    // A fragment does not load anything.
     return QTextDocumentFragment::fromHtml(html).toPlainText();
 }
 

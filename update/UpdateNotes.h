@@ -2,9 +2,9 @@
 
 #include <QString>
 
-/// What is new in a version, as plain text: notes in HTML lose their markup, with what it would fetch from elsewhere.
-/// Characters that do not show are dropped, and long notes are cut. Needs a GUI application.
+/// Notes as plain text: without markup, without anything loaded from elsewhere, without invisible characters, and
+/// shortened. Needs a GUI application.
 [[nodiscard]] QString plainNotes(const QString& notes, bool mayBeHtml);
 
-/// A short text of the feed on one line, without characters that do not show, cut at 64 characters.
+/// A text on one line, without invisible characters, at most 64 characters.
 [[nodiscard]] QString shortLine(const QString& text);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr QLatin1StringView folderPrefix{"package-"};
 
-// Also those of a run that was killed.
+// Also packages of a killed run.
 void removeEarlierPackages(const QString& folder)
 {
     const QDir parent(folder);
@@ -38,8 +38,7 @@ std::expected<std::unique_ptr<UpdatePackage>, UpdateFailure> UpdatePackage::crea
     errno = 0;
     if (!QDir().mkpath(folder))
         return std::unexpected(failureOf(errno));
-    // Whoever could write to this folder could put another package in the place of the verified one. Only its owner can
-    // change its mode, so that a folder of somebody else is refused here.
+    // Other users must not replace the verified package. Fails for a folder of another user.
     errno = 0;
     if (!QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
         return std::unexpected(failureOf(errno));
@@ -51,7 +50,7 @@ std::expected<std::unique_ptr<UpdatePackage>, UpdateFailure> UpdatePackage::crea
         return std::unexpected(failureOf(errno));
     package->m_file.setFileName(package->m_folder.filePath(name));
     errno = 0;
-    // Unbuffered, so that a disk that is full tells at once.
+    // Unbuffered, so that a full disk is noticed at once.
     if (!package->m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
                               QFile::ReadOwner | QFile::WriteOwner))
         return std::unexpected(failureOf(errno));
@@ -64,6 +63,6 @@ std::optional<UpdateFailure> UpdatePackage::write(const QByteArray& piece)
     const qint64 written = m_file.write(piece);
     if (written == piece.size())
         return std::nullopt;
-    // A write that stops short without an error has met the end of the disk.
+    // An incomplete write without an error means that the disk is full.
     return written >= 0 ? UpdateFailure::DiskFull : failureOf(errno);
 }

@@ -54,9 +54,9 @@ void UpdateRun::startSession()
     m_session->start();
     if (!m_session || m_session->state() != State::Checking)
         return;
-    // Whatever comes of it: a server that fails is not asked again and again.
+    // Stored also after a failure, so that the server is not asked too often.
     m_defaults->setObject(lastCheckTimeKey, QDateTime::currentDateTime());
-    // The application reads it.
+    // The application reads this setting.
     m_defaults->synchronize();
 }
 
@@ -76,7 +76,7 @@ void UpdateRun::follow()
             m_window->setTakenByDesktop(Workspace::openFile(m_session->packagePath()));
         return;
     }
-    // Nobody asked: only news that the user has not refused are worth a window, and it does not take the keyboard away.
+    // Automatic check: a window opens only for a version that was not skipped, and does not take the focus.
     if (state == State::Checking)
         return;
     if (state == State::Available && m_session->item().version != m_defaults->object(skippedVersionKey).toString()) {
@@ -87,14 +87,14 @@ void UpdateRun::follow()
     }
     if (state == State::Failed)
         qWarning().noquote() << "The search for updates failed:" << textOf(m_session->failure());
-    // Its own signal is being delivered.
+    // Deleted later: this runs in its signal.
     m_session.release()->deleteLater();
     Q_EMIT finished();
 }
 
 void UpdateRun::close()
 {
-    // A search or a download that still runs ends here. The window is in the middle of its own signal.
+    // Ends a running search or download. The window is deleted later because this runs in its signal.
     m_window.release()->deleteLater();
     m_session.reset();
     Q_EMIT finished();

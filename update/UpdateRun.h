@@ -10,26 +10,25 @@ class UpdateSession;
 class UpdateWindow;
 class UserDefaults;
 
-/// A check for updates, from its begin to the end of its window: looks where the information dictionary says for a
-/// newer version, shows what it found, downloads the package, checks the maker's signature and hands the package to the
-/// desktop. Nothing reaches the network before a check, and every installation sends the same. Main thread only.
+/// A check for updates: searches for a newer version at the address in the information dictionary, shows the result,
+/// downloads the package, verifies the signature and opens the package with the desktop. There is no network access
+/// before a check, and all installations send the same request. Main thread only.
 class UpdateRun final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// A run over the given store, where "SULastCheckTime" and "SUSkippedVersion" are kept.
+    /// The store has "SULastCheckTime" and "SUSkippedVersion".
     UpdateRun(UpdateConfiguration configuration, std::unique_ptr<UserDefaults> defaults);
     ~UpdateRun() override;
 
-    /// A check that the user asks for: a window shows its progress and its outcome, whatever that is. While it is open
-    /// it only comes to the front.
+    /// A check for the user, with a window for progress and result. If the window is open, it only comes to the front.
     void checkForUpdates();
-    /// A check that the program makes by itself: a window opens only for a new version that the user has not refused.
+    /// An automatic check: a window opens only for a new version that the user has not skipped.
     void checkByItself();
 
 Q_SIGNALS:
-    /// There is no check any more, and no window.
+    /// The check and its window have ended.
     void finished();
 
 private:

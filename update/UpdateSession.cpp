@@ -28,7 +28,7 @@ std::optional<UpdateFailure> findTypeFault(const QByteArray& type)
                : std::nullopt;
 }
 
-// The desktop's proxy, but not for what must not leave this machine.
+// The desktop's proxy, but none for loopback addresses.
 void chooseProxy(QNetworkAccessManager& network, const QUrl& address)
 {
     network.setProxy(isLoopbackAddress(address) ? QNetworkProxy(QNetworkProxy::NoProxy)
@@ -65,7 +65,7 @@ std::optional<UpdateFailure> UpdateSession::findObstacle() const
         return UpdateFailure::UnsafeFeedAddress;
     if (!publicKeyFromBase64(m_configuration.publicKey))
         return UpdateFailure::NoPublicKey;
-    // Anything would be newer than nothing.
+    // Every version would be newer than an empty one.
     if (!isVersion(m_configuration.version))
         return UpdateFailure::UnknownVersion;
     if (!QSslSocket::supportsSsl())
@@ -150,7 +150,7 @@ void UpdateSession::verify(std::optional<UpdateFailure> failure)
         return fail(*failure);
 
     setState(State::Verifying);
-    // Seconds of work for a large package: the windows stay alive meanwhile.
+    // On a thread: a large package takes seconds.
     m_verification = std::jthread([session = QPointer(this), download = m_download, path = m_package->path(),
                                    signature = m_item.signature, key = m_publicKey] {
         const std::optional<UpdateFailure> fault = findSignatureFault(path, signature, key);

@@ -38,7 +38,7 @@ std::optional<UpdateSignature> signatureFromBase64(const QByteArray& text)
 std::optional<UpdateFailure> findSignatureFault(const QString& path, const UpdateSignature& signature,
                                                 const UpdatePublicKey& key)
 {
-    // Makers sign the file itself, not a digest of it: it has to be there as one piece.
+    // The file itself is signed, not a digest, so it is mapped as a whole.
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly) || file.size() == 0)
         return UpdateFailure::CannotReadBack;

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Bytes that wait to be taken.
+// Bytes that are received but not read.
 constexpr qint64 bufferSize = qint64{64} * 1024;
 constexpr int statusOk = 200;
 constexpr std::array redirectStatuses{301, 302, 303, 307, 308};
@@ -41,7 +41,7 @@ constexpr std::array networkFailures{
     NetworkFailure{QNetworkReply::ProxyAuthenticationRequiredError, UpdateFailure::Unreachable},
 };
 
-// Whatever else goes wrong is the server's doing.
+// All other errors are the server's.
 UpdateFailure failureOf(QNetworkReply::NetworkError error)
 {
     const auto* const row = std::ranges::find(networkFailures, error, &NetworkFailure::error);
@@ -51,10 +51,10 @@ UpdateFailure failureOf(QNetworkReply::NetworkError error)
 QNetworkRequest requestFor(const QUrl& address)
 {
     QNetworkRequest request(address);
-    // The same from everybody: the defaults would tell the user's language.
+    // Neutral values: the defaults contain the user's language.
     request.setHeader(QNetworkRequest::UserAgentHeader, u"Pelmora"_s);
     request.setRawHeader("Accept-Language", "*");
-    // What is received is what is counted and verified, not something to unpack.
+    // Not compressed: the received bytes are counted and verified.
     request.setRawHeader("Accept-Encoding", "identity");
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
@@ -95,7 +95,7 @@ void UpdateTransfer::request(const QUrl& address)
 {
     m_isAnswered = false;
     m_reply = m_manager.get(requestFor(address));
-    // A server that is faster than this program waits for it.
+    // Limits the buffer when the server is faster.
     m_reply->setReadBufferSize(bufferSize);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &UpdateTransfer::readAnswer);
     connect(m_reply, &QNetworkReply::readyRead, this, &UpdateTransfer::readContent);
@@ -137,7 +137,7 @@ void UpdateTransfer::readContent()
 {
     const QNetworkReply* reply = m_reply;
     readAnswer();
-    // The answer may have been refused, or have led elsewhere.
+    // The answer may have been refused or redirected.
     if (m_reply != reply)
         return;
     m_stallTimer.start();
@@ -184,7 +184,7 @@ void UpdateTransfer::dropReply()
     if (!m_reply)
         return;
     m_reply->disconnect(this);
-    // That ends it too, once it is done with the signal that it may be sending.
+    // Later, because the reply may be sending a signal. Deleting it aborts the request.
     m_reply->deleteLater();
     m_reply.clear();
 }

@@ -28,7 +28,7 @@ enum Part : unsigned
     Close = 64
 };
 
-// What the window shows in each state. In the texts, %1 is the version found, %2 the one in use.
+// The content of the window in each state. In texts, %1 is the version found, %2 the current one.
 struct Page
 {
     State state = State::Idle;
@@ -62,7 +62,7 @@ constexpr QStringView notTaken{
     u"Le paquet est signé par l’éditeur de Pelmora, mais votre bureau n’a pas de programme pour l’ouvrir. Il se trouve "
     u"ici\u202F: %1"};
 
-// A larger headline, in proportion to whatever size the user reads.
+// Headline size relative to the normal text.
 constexpr double headlineScale = 1.25;
 constexpr int widthAtFirst = 72; // average characters
 
@@ -72,7 +72,7 @@ const Page& pageOf(State state)
     return page == pages.end() ? pages.front() : *page;
 }
 
-// A number and its unit stay on one line.
+// With a no-break space before the unit.
 QString sizeText(qint64 bytes)
 {
     return QLocale(QLocale::French, QLocale::France)
@@ -135,14 +135,14 @@ void UpdateWindow::updateUI()
     usual->setDefault(true);
     if (usual->isVisibleTo(this))
         usual->setFocus();
-    // A bar without an end moves: nobody knows how long these take.
+    // A busy indicator: the duration is unknown.
     m_ui->progressBar->setRange(0, 0);
     if (m_session.state() == State::Downloading)
         showProgress(0);
     fitHeight();
 }
 
-// As high as this page needs, and as wide as it was: the user may have chosen that.
+// Fits the height to the page. The width, which the user may have changed, is kept.
 void UpdateWindow::fitHeight()
 {
     const int usual = widthAtFirst * fontMetrics().averageCharWidth();
@@ -181,7 +181,7 @@ QString UpdateWindow::detail() const
     return pageOf(m_session.state()).detail.toString().replace("%2"_L1, m_session.configuration().shortVersion);
 }
 
-// What people know, and what tells it from the version in use where that has the same name.
+// The version for users; with the internal version if both versions have the same name.
 QString UpdateWindow::versionName() const
 {
     const UpdateItem& item = m_session.item();

@@ -11,8 +11,8 @@ namespace Ui {
 class UpdateWindow;
 }
 
-/// Shows a search for an update and lets the user decide: download, later, never this version. It follows the session,
-/// which must outlive it. Opened with show(); closing it, by whatever way, finishes the dialog. Main thread.
+/// Shows a search for an update, and lets the user choose: download, later, or never this version. The session must
+/// outlive it. Opened with show(); closing it in any way finishes the dialog. Main thread.
 class UpdateWindow final : public QDialog
 {
     Q_OBJECT
@@ -21,11 +21,11 @@ public:
     explicit UpdateWindow(UpdateSession& session);
     ~UpdateWindow() override;
 
-    /// What became of the package that is ready: whether the desktop took it.
+    /// Whether the desktop opened the package.
     void setTakenByDesktop(bool isTaken);
 
 Q_SIGNALS:
-    /// The user does not want to hear of the session's version again.
+    /// The user skips the session's version.
     void skipRequested();
 
 private:

@@ -16,7 +16,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Started by the application, whose end of the standard input lives as long as it does.
+// Started by the application, which keeps the other end of standard input open while it runs.
 int main(int argc, char* argv[])
 {
     disableCoreDumps();
@@ -32,7 +32,7 @@ int main(int argc, char* argv[])
 
     UpdateRun run(UpdateConfiguration::fromBundle(bundle),
                   std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
-    // Also what is finished before the event loop begins.
+    // Queued: the check may finish before the event loop starts.
     QObject::connect(&run, &UpdateRun::finished, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     const QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, &run, [&run] {

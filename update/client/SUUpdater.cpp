@@ -18,7 +18,7 @@ SUUpdater::SUUpdater(UpdateConfiguration configuration, QString program, std::un
     , m_defaults(std::move(defaults))
 {
     m_timer.setSingleShot(true);
-    // The others may come minutes too soon.
+    // Other timers may fire minutes early.
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &SUUpdater::checkByItself);
     if (m_configuration.automaticChecks && !m_configuration.isPackaged && m_configuration.feed)
@@ -29,7 +29,7 @@ SUUpdater::~SUUpdater() = default;
 
 std::optional<QDateTime> SUUpdater::lastUpdateCheckDate() const
 {
-    // The program, a process of its own, has written it.
+    // The program is another process and has written the file.
     m_defaults->synchronize();
     const QVariant stored = m_defaults->object(lastCheckTimeKey);
     if (stored.typeId() != QMetaType::QDateTime || !stored.toDateTime().isValid())
@@ -58,12 +58,12 @@ void SUUpdater::planNextCheck()
 
 void SUUpdater::checkByItself()
 {
-    // One that the user asked for meanwhile is as good.
+    // A check by the user counts too.
     if (m_running || untilNextIsDue() > std::chrono::milliseconds::zero())
         return planNextCheck();
     if (const std::error_code error = start({byItselfOption}))
         qWarning("The program for updates cannot be started: %s", error.message().c_str());
-    // Whatever comes of it: a server that fails is not asked again and again.
+    // Also after a failure, so that the server is not asked too often.
     m_timer.start(m_configuration.limits.interval);
 }
 
@@ -71,7 +71,7 @@ std::chrono::milliseconds SUUpdater::untilNextIsDue() const
 {
     const std::optional<QDateTime> last = lastUpdateCheckDate();
     const QDateTime now = QDateTime::currentDateTime();
-    // A date to come was taken from a clock that was wrong.
+    // A date in the future comes from a wrong clock.
     if (!last || *last > now)
         return std::chrono::milliseconds::zero();
     return std::max(std::chrono::milliseconds::zero(),

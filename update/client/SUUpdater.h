@@ -13,28 +13,26 @@
 
 class UserDefaults;
 
-/// The application's software updates: starts the program that looks for them, one at a time, which ends with this
-/// object at the latest. Nothing reaches the network from this process. Main thread only.
+/// The application's software updates: runs the program that looks for updates, one at a time, and ends it in the
+/// destructor. This process does not use the network. Main thread only.
 class SUUpdater final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// An updater that starts the program, over the given store, where the program keeps "SULastCheckTime". It looks by
-    /// itself, daily at most, only when the configuration says so.
+    /// The store has "SULastCheckTime". Automatic checks, at most daily, depend on the configuration.
     SUUpdater(UpdateConfiguration configuration, QString program, std::unique_ptr<UserDefaults> defaults,
               QObject* parent = nullptr);
     ~SUUpdater() override;
 
-    /// A check that the user asks for: a window shows its progress and its outcome, whatever that is. While it is open
-    /// it only comes to the front. The sender is not looked at, and may be null.
+    /// A check for the user, with a window for progress and result, which comes to the front if it is open.
     void checkForUpdates(const QObject* sender);
 
-    /// When the feed was last asked for; absent when it never was.
+    /// When the feed was last fetched; absent if never.
     [[nodiscard]] std::optional<QDateTime> lastUpdateCheckDate() const;
 
 Q_SIGNALS:
-    /// The check that the user asked for could not begin.
+    /// The user's check could not be started.
     void failed(const Error& error);
 
 private:

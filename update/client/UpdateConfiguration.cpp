@@ -20,13 +20,13 @@ struct Folder
     bool isPackageManagers = false;
 };
 
-// The first one that holds a program tells.
+// The first matching folder decides.
 constexpr std::array folders{
     Folder{"/usr/local/"_L1, false}, Folder{"/usr/"_L1, true},       Folder{"/app/"_L1, true},
     Folder{"/snap/"_L1, true},       Folder{"/nix/store/"_L1, true}, Folder{"/gnu/store/"_L1, true},
 };
 
-// A key that is there is a feed, even where it makes no address: it is wrong then, not absent.
+// An invalid address is a wrong feed, not an absent one.
 std::optional<QUrl> feedIn(const Bundle& bundle)
 {
     const QVariant value = bundle.objectForInfoDictionaryKey(u"SUFeedURL");
@@ -50,7 +50,7 @@ UpdateConfiguration UpdateConfiguration::fromBundle(const Bundle& bundle)
     UpdateConfiguration configuration;
     configuration.feed = feedIn(bundle);
     configuration.publicKey = bundle.objectForInfoDictionaryKey(u"SUPublicEDKey").toString().toLatin1();
-    // Only what is true: a text is not.
+    // A boolean only, not a text.
     configuration.automaticChecks = automatic.typeId() == QMetaType::Bool && automatic.toBool();
     configuration.version = bundle.objectForInfoDictionaryKey(u"CFBundleVersion").toString();
     configuration.shortVersion = bundle.objectForInfoDictionaryKey(u"CFBundleShortVersionString").toString();

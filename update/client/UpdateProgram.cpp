@@ -15,7 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// The header of glibc 2.36 forgets C linkage.
+// glibc 2.36's header has no C linkage.
 extern "C" {
 #include <sys/pidfd.h>
 }
@@ -29,7 +29,7 @@ std::error_code errorOf(int code)
     return {code, std::system_category()};
 }
 
-// In a session of its own: a terminal's interrupt is for the application, which ends the program in its own way.
+// In a new session: an interrupt of the terminal goes to the application only.
 int spawn(pid_t& process, const char* program, char* const* arguments, int input)
 {
     posix_spawnattr_t attributes;
@@ -55,10 +55,10 @@ std::expected<std::unique_ptr<UpdateProgram>, std::error_code> UpdateProgram::st
         return std::unexpected(errorOf(errno));
     FileDescriptor ours(ends[0]);
     const FileDescriptor lent(ends[1]);
-    // A copy above the standard descriptors: duplicated onto itself, it would be closed in the program.
+    // A copy above the standard descriptors: dup2 onto itself would not clear close-on-exec.
     const FileDescriptor theirs(fcntl(lent.get(), F_DUPFD_CLOEXEC, firstFreeDescriptor));
 
-    // The name that the system log and the desktop know.
+    // The name in the system log and on the desktop.
     std::vector<QByteArray> words{"pelmora"};
     words.reserve(static_cast<std::size_t>(arguments.size()) + 1);
     for (const QString& argument : arguments)
@@ -89,7 +89,7 @@ UpdateProgram::UpdateProgram(pid_t process, FileDescriptor input, FileDescriptor
 
 void UpdateProgram::showWindow()
 {
-    // What is not sent because too many requests wait already is one of those.
+    // EAGAIN: enough requests are waiting already.
     if (send(m_input.get(), "\n", 1, MSG_NOSIGNAL | MSG_DONTWAIT) < 0 && errno != EAGAIN)
         m_hasClosedInput = true;
 }
@@ -98,7 +98,7 @@ void UpdateProgram::reap()
 {
     waitpid(m_process, nullptr, 0);
     char nothing = 0;
-    // So the system tells of what the other side has left unread.
+    // ECONNRESET means that the other side has not read everything.
     const bool hasLeftSome = recv(m_input.get(), &nothing, 1, MSG_DONTWAIT) < 0 && errno == ECONNRESET;
     Q_EMIT ended(m_hasClosedInput || hasLeftSome);
 }

@@ -3,14 +3,14 @@
 #include <QLatin1StringView>
 #include <QStringView>
 
-// What the application and the program for updates agree on.
+// Shared by the application and the update program.
 
-/// Settings: when the feed was last asked, and the version that the user does not want to hear of.
+/// Settings: the time of the last check, and the skipped version.
 inline constexpr QLatin1StringView lastCheckTimeKey{"SULastCheckTime"};
 inline constexpr QLatin1StringView skippedVersionKey{"SUSkippedVersion"};
 
-/// The argument that makes the updates' program check by itself, without the user having asked.
+/// The argument for an automatic check.
 inline constexpr QLatin1StringView byItselfOption{"--by-itself"};
 
-/// What people read first where there is no update to install, whoever finds out.
+/// The first line about any failure.
 inline constexpr QStringView updateFailedText = u"Aucune mise à jour n’a pu être obtenue.";
