@@ -45,7 +45,7 @@ void AttestationSaving::finishSave(const std::expected<QString, SaveFailure>& re
         return;
     }
 
-    // Said even of a file that could not be written: so it was decided for this window. The truth follows.
+    // Also reported for a file that could not be written; the warning follows.
     Q_EMIT saved(result ? *result : result.error().path);
     m_with.front.bringBack();
     const AlertText success{u"Enregistrement de l'attestation"_s, u"L'attestation a bien été enregistrée."_s};
@@ -53,7 +53,7 @@ void AttestationSaving::finishSave(const std::expected<QString, SaveFailure>& re
         m_with.front.alerts().presentMessage(success.title, success.text);
         return;
     }
-    // The path names the patient, so it stays out of the log.
+    // The path contains the patient's name and is not logged.
     MXLog::logError("The attestation was not written: {}", result.error().write.reason);
     m_with.front.alerts().presentMessageThenWarning(
         success, {u"L’attestation n’est pas enregistrée"_s, result.error().alertText()});

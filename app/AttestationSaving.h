@@ -13,14 +13,13 @@ class SchemeLogos;
 class UserDefaults;
 class WritingDesk;
 
-/// Saves attestations, and the copies of cards for support, into the folder of the settings, and tells what came of it.
-/// Main thread only.
+/// Saves attestations, and copies of cards for support, in the settings' folder, and reports the result. Main thread.
 class AttestationSaving final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What it works with; all of it outlives it.
+    /// All of them outlive it.
     struct Surroundings
     {
         const UserDefaults& settings;
@@ -32,14 +31,13 @@ public:
 
     explicit AttestationSaving(const Surroundings& surroundings);
 
-    /// The folder as the settings name it.
     [[nodiscard]] QString folder() const;
     void save(const CardRecord& record);
-    /// The copy for support, where the settings want one.
+    /// Writes the copy for support if the settings want one.
     void saveXMLIfNeeded(const std::optional<CardRecord>& record);
 
 Q_SIGNALS:
-    /// An attestation was saved at that path. Said even of one that could not be written.
+    /// An attestation was saved there. Also emitted when it could not be written.
     void saved(const QString& path);
 
 private:

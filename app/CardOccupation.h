@@ -6,22 +6,20 @@
 class PrintDesk;
 class ReadWorkflow;
 
-/// What keeps a request that concerns the current card waiting: one card at a time is read, printed or written. Main
-/// thread only.
+/// What makes a request about the current card wait: one card at a time is read, printed or written. Main thread only.
 class CardOccupation
 {
 public:
     enum class By
     {
         Nothing = 0,
-        Reading = 1, ///< at its end its card would take the place of the one that was shown
-        PrintDialog =
-            2, ///< what is printed is the card that the windows show: it stays until the dialog has its answer
+        Reading = 1,     ///< its card will replace the current one
+        PrintDialog = 2, ///< the printed card must stay the shown one
         Writing = 4,
     };
     Q_DECLARE_FLAGS(Any, By)
 
-    static const Any anything; ///< all of them
+    static const Any anything;
 
     /// Both must outlive it.
     CardOccupation(const ReadWorkflow& reading, const PrintDesk& printDesk)
@@ -30,9 +28,9 @@ public:
     {
     }
 
-    /// The first of these that is there now.
+    /// The first of these that applies now.
     [[nodiscard]] By firstOf(Any kinds) const;
-    /// Why a request is refused meanwhile, as the user is told.
+    /// The reason for users.
     [[nodiscard]] static QString reason(By kind);
 
 private:

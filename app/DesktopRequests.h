@@ -5,8 +5,7 @@
 class Bundle;
 class FrontWindow;
 
-/// What the user asks of the desktop's other programs: the suggestion's mail, the help page, files and folders. Main
-/// thread only.
+/// Opens other programs of the desktop: mail, the help page, files and folders. Main thread only.
 class DesktopRequests
 {
 public:
@@ -17,10 +16,10 @@ public:
     {
     }
 
-    /// Opens a new message to the publisher.
+    /// Opens a new mail to the publisher.
     void sendComment();
     void showHelp();
-    /// Opens a folder, which is made where it is missing.
+    /// Opens a folder; makes it if it is missing.
     void openFolder(const QString& path);
     void openFile(const QString& path);
 

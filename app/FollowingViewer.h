@@ -8,7 +8,7 @@
 #include <memory>
 #include <optional>
 
-/// Sees to it that the window with the attestation shows the current card. Main thread only.
+/// Keeps the attestation window on the current card. Main thread only.
 class FollowingViewer final : public QObject
 {
     Q_OBJECT
@@ -16,15 +16,14 @@ class FollowingViewer final : public QObject
 public:
     explicit FollowingViewer(std::unique_ptr<MVAttestationWindowController> viewer);
 
-    /// The card is the current one from now on. A window that is on the screen shows it at once, a hidden one once the
-    /// main window has painted its summary, which is what people wait for.
+    /// Sets the current card. A hidden window shows it only after the main window has painted its summary.
     void follow(const CardRecord& record);
-    /// What is still due, at once.
+    /// Shows a postponed card now.
     void update();
-    /// Shows that card in its window.
+    /// Shows the card and the window.
     void show(const CardRecord& record);
 
 private:
     std::unique_ptr<MVAttestationWindowController> m_viewer;
-    std::optional<CardRecord> m_due; // the window does not show it yet
+    std::optional<CardRecord> m_due; // not shown by the window yet
 };

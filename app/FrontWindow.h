@@ -8,23 +8,22 @@
 class MainWindow;
 class PrintDesk;
 
-/// What the controller and its classes need of the main window to tell the user something: the window comes to the
-/// front, shows alerts, and shows why a request is refused. Main thread only.
+/// Messages to the user: alerts over the main window, and why a request is refused. Main thread only.
 class FrontWindow
 {
 public:
     /// Both must outlive it.
     FrontWindow(MainWindow& window, PrintDesk& printDesk);
 
-    /// Makes the window the active one, in front of the others, but for a print that asks.
+    /// Brings the window to the front, behind a print dialog.
     void show();
-    /// A window that is hidden or iconified comes back: what belongs to it would be lost.
+    /// Shows a hidden or iconified window, because its alerts would not be visible.
     void bringBack();
-    /// Beeps, and sees to it that the window is seen, which says why.
+    /// Beeps, and makes the window visible.
     void alertUser();
-    /// A request cannot be granted: beeps, and says why in the window.
+    /// Beeps, and shows the reason in the window.
     void refuse(const QString& reason);
-    /// The standard error alert, over the window.
+    /// Shows the standard error alert over the window.
     void presentError(const Error& error);
 
     [[nodiscard]] MainWindow& window() { return m_window; }

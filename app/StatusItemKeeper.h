@@ -9,27 +9,27 @@
 class Bundle;
 class UserDefaults;
 
-/// The application's item in the status bar, while the settings want one. Main thread only.
+/// The application's status item, shown if the setting is on. Main thread only.
 class StatusItemKeeper final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Both must outlive it. The icon comes from the bundle.
+    /// Both must outlive it.
     StatusItemKeeper(const UserDefaults& settings, const Bundle& bundle);
 
-    /// Shows the item, when the settings want one. Never two.
+    /// Shows the item if the setting is on and it is not shown yet.
     void show();
     void hide();
-    /// Whether people can see the item now: then a window may hide.
+    /// Whether the item is visible: then a window may hide.
     [[nodiscard]] bool isSeen() const { return m_item && m_item->hostAvailable(); }
 
 Q_SIGNALS:
-    /// An entry of the menu was chosen: the action, whose data is a tag of StatusMenu.
+    /// A menu entry was chosen: the action, whose data is a tag of StatusMenu.
     void executeAction(const QObject* sender);
-    /// The item was clicked: the window is to come back.
+    /// The item was clicked.
     void showRequested();
-    /// People cannot see the item any more: nothing else could bring a hidden window back.
+    /// The item is no longer visible, so it cannot bring a hidden window back.
     void lost();
 
 private:

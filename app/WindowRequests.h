@@ -3,8 +3,8 @@
 class AppDelegate;
 class MainWindow;
 
-/// Tiles, menu entries and drops of the main window find their operations. Both must live on together. Main thread.
+/// Connects tiles, menu entries and drops of the main window with their operations. Main thread.
 void connectRequests(const MainWindow& window, AppDelegate& delegate);
 
-/// Runs the operation that an entry of the status item's menu stands for, by its tag of StatusMenu; other tags none.
+/// Runs the entry of the status item's menu with that tag; unknown tags do nothing.
 void runStatusMenuEntry(int tag, AppDelegate& delegate);

@@ -33,13 +33,13 @@ bool hasVisibleWindows()
                                [](const QWidget* window) { return window->isVisible() && !window->isMinimized(); });
 }
 
-// What reaches the running application from outside: later starts, the desktop, signals.
+// Requests from outside: later starts, the desktop, signals.
 void connectOutside(AppDelegate& delegate, SingleInstance& instance, ReopenService& service,
                     const TerminationSignals& termination)
 {
     const auto reopen = [&delegate] {
         const bool visible = hasVisibleWindows();
-        // To be asked for is to come to the front; the delegate sees to a window that is not there.
+        // A visible window comes to the front; the delegate shows a hidden one.
         if (visible)
             delegate.showMainWindow();
         delegate.applicationShouldHandleReopen(visible);

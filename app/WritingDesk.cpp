@@ -23,7 +23,7 @@ void WritingDesk::write(FileWorker::Work work)
 {
     if (!m_sheet) {
         m_sheet = new SavingSheet(&m_window);
-        // Leaving stays possible while a disk keeps silent.
+        // Quitting stays possible during a slow write.
         m_sheet->addAction(m_window.quitAction());
     }
     m_sheet->begin();
@@ -66,7 +66,7 @@ void WritingDesk::stayAfterFailedSave()
 
 void WritingDesk::endOnceWritten()
 {
-    // No window is asked: those that only iconify when they are closed would refuse.
+    // exit() does not ask windows, which would refuse when they only iconify.
     if (!FileWorker::shared().isBusy()) {
         QCoreApplication::exit(0);
         return;

@@ -6,7 +6,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Qt can do without a display when it is told to; otherwise it would end the program without a word for people.
+// Without a display Qt ends the program with its own message, unless QT_QPA_PLATFORM is set.
 bool hasDisplay()
 {
     return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||

@@ -14,7 +14,7 @@ namespace {
 constexpr QLatin1StringView serviceName{"com.morvel.Pelmora"};
 constexpr QLatin1StringView objectPath{"/com/morvel/Pelmora"};
 
-/// A call to the bus itself whose answer nobody waits for.
+/// Calls the bus without waiting for the answer.
 void askBus(const QString& operation, const QVariantList& arguments)
 {
     QDBusMessage message = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
@@ -45,7 +45,7 @@ void ReopenService::start()
         return;
     m_isStarted =
         bus.registerObject(objectPath, new ReopenInterface(this), QDBusConnection::ExportScriptableInvokables);
-    // Without flags: in line, behind an instance that has the name, and not to be replaced.
+    // Without flags: queued behind another owner, and not replaceable.
     if (m_isStarted)
         askBus(u"RequestName"_s, {QString(serviceName), QVariant::fromValue(quint32{0})});
 }
@@ -82,6 +82,6 @@ void ReopenInterface::ActivateAction([[maybe_unused]] const QString& name,
                                      [[maybe_unused]] const QVariantList& parameter,
                                      [[maybe_unused]] const QVariantMap& platformData)
 {
-    // No actions are offered; whoever asks for one wants the application.
+    // There are no actions: shows the application.
     Q_EMIT m_service->reopenRequested();
 }

@@ -21,7 +21,7 @@ FileDescriptor openPrivateFolder(const QString& path)
     FileDescriptor folder(open(name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!folder.isValid())
         return folder;
-    // What was opened is judged, not the name: that may be another folder's by now.
+    // Checks the open folder: the path may have changed.
     struct stat facts{};
     if (fstat(folder.get(), &facts) != 0 || facts.st_uid != geteuid() || (facts.st_mode & othersRights) != 0)
         folder.reset();
@@ -34,7 +34,7 @@ FileDescriptor openRuntimeFolder()
         if (FileDescriptor folder = openPrivateFolder(session); folder.isValid())
             return folder;
     }
-    // Always the same name, so that every start of this user finds it; whoever took the name before gains nothing.
+    // A fixed name, so that every start finds it. A folder of another user is refused by openPrivateFolder().
     const QString own = u"/tmp/com.morvel.Pelmora-%1"_s.arg(geteuid());
     mkdir(QFile::encodeName(own).constData(), ownerOnly);
     return openPrivateFolder(own);

@@ -4,10 +4,9 @@
 
 #include <QString>
 
-/// The folder of the user's session for what lives as long as programs run (locks, sockets), opened: XDG_RUNTIME_DIR
-/// or, where that is missing or not to be trusted, a folder of the user's own under /tmp. Invalid when there is
-/// neither.
+/// Opens the session's folder for locks and sockets: XDG_RUNTIME_DIR or, if that is missing or not private, a folder of
+/// the user's own in /tmp. Invalid when both fail.
 [[nodiscard]] FileDescriptor openRuntimeFolder();
 
-/// Opens a folder that belongs to this user and that nobody else may enter; anything else, links too, is refused.
+/// Opens a folder of this user that nobody else can access. Other folders and links are refused.
 [[nodiscard]] FileDescriptor openPrivateFolder(const QString& path);

@@ -33,9 +33,9 @@ namespace {
 
 constexpr std::size_t maximumGuests = 8;
 constexpr char answer = 'k';
-// Between two looks at an instance that is only just starting, or ending.
+// Pause between attempts while the instance is starting or ending.
 constexpr int retryPause = 10; // milliseconds
-// Between two tries to let a later start in; a fraction of its patience.
+// Pause between attempts to accept a client.
 constexpr std::chrono::milliseconds welcomePause{250};
 
 struct SocketAddress
@@ -44,8 +44,7 @@ struct SocketAddress
     socklen_t length = 0;
 };
 
-/// The address of a socket in an open folder. It leads through the descriptor: the folder's own path may be longer than
-/// an address, and is not looked up again.
+/// The address of a socket in an open folder, through its descriptor: the folder's path may be too long for an address.
 std::optional<SocketAddress> addressIn(const FileDescriptor& folder, const QString& name)
 {
     const QByteArray path = QFile::encodeName(u"/proc/self/fd/%1/%2"_s.arg(folder.get()).arg(name));
@@ -60,11 +59,11 @@ std::optional<SocketAddress> addressIn(const FileDescriptor& folder, const QStri
 
 const sockaddr* generic(const SocketAddress& address)
 {
-    // The socket interface takes every kind of address under this type.
+    // The socket functions take this type for all addresses.
     return reinterpret_cast<const sockaddr*>(&address.address); // NOLINT(*-reinterpret-cast)
 }
 
-/// A socket that keeps messages apart, so that each arrives whole or not at all.
+/// A socket that keeps message boundaries.
 FileDescriptor makeSocket()
 {
     return FileDescriptor(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
@@ -94,7 +93,7 @@ bool waitForAnswer(const FileDescriptor& socket, Clock::time_point deadline)
     return count > 0 && recv(socket.get(), &received, 1, 0) == 1 && received == answer;
 }
 
-/// Sends the message to the running instance; true once it has answered.
+/// Sends the message to the running instance; true when it has answered.
 bool tell(const FileDescriptor& folder, const QString& socketName, const QByteArray& message,
           Clock::time_point deadline)
 {
@@ -111,7 +110,7 @@ std::string lastError()
     return std::generic_category().message(errno);
 }
 
-/// The desktop, as the windows' server is addressed: one desktop's screens are one desktop.
+/// The display server's address, without the screen number.
 QString desktopName()
 {
     if (const QString wayland = qEnvironmentVariable("WAYLAND_DISPLAY"); !wayland.isEmpty())
@@ -125,7 +124,7 @@ QString desktopName()
 
 QString SingleInstance::keyFor(const CommandLine& command)
 {
-    // Whoever tries the simulated reader does not want to be shown the window of the real one.
+    // A run with a simulated reader must not show the window of a real one.
     const QStringList parts{desktopName(), command.simulate ? u"simulate"_s : QString(),
                             command.simulatedCard.value_or(QString()), command.cardService.value_or(QString())};
     const QByteArray text = bytesOfPath(parts.join(QChar::Null));
@@ -170,7 +169,7 @@ SingleInstance::Claim SingleInstance::claim(const InstanceMessage& message)
         }
         if (!bytes.isEmpty() && tell(m_folder, socketName(), bytes, deadline))
             return Claim::AlreadyRunning;
-        // It is just starting and has no socket yet, or just ending and will give up its lock, or too busy.
+        // It may be starting without a socket yet, ending, or busy.
         poll(nullptr, 0, std::min(retryPause, millisecondsUntil(deadline)));
     } while (Clock::now() < deadline);
     return Claim::NoAnswer;
@@ -181,7 +180,7 @@ QString SingleInstance::socketName() const
     return m_name + ".socket"_L1;
 }
 
-/// False when another process has it. Where there can be no lock at all, every start is a first one.
+/// False when another process has the lock. Where locks do not work, every start is a first one.
 bool SingleInstance::takeLock()
 {
     const QByteArray name = QFile::encodeName(m_name + ".lock"_L1);
@@ -205,7 +204,7 @@ void SingleInstance::openSocket()
 {
     if (!m_lock.isValid())
         return;
-    // What is there belongs to nobody any more: its owner would hold the lock.
+    // Removes an old socket: a running instance would have the lock.
     unlinkat(m_folder.get(), QFile::encodeName(socketName()).constData(), 0);
     FileDescriptor socket = makeSocket();
     const std::optional<SocketAddress> address = addressIn(m_folder, socketName());
@@ -234,7 +233,7 @@ void SingleInstance::release()
     if (m_socket.isValid())
         unlinkat(m_folder.get(), QFile::encodeName(socketName()).constData(), 0);
     m_socket.reset();
-    // Last: whoever gets the lock makes a socket of its own.
+    // Last: the next owner of the lock makes its own socket.
     m_lock.reset();
 }
 
@@ -242,7 +241,7 @@ void SingleInstance::welcomeGuests()
 {
     FileDescriptor socket(accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!socket.isValid()) {
-        // One that has left again is no reason to wait; anything else is, such as no descriptor being free.
+        // Pauses after errors other than a client that has gone, for example when no descriptor is free.
         if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED)
             pauseWelcome();
         return;
@@ -251,7 +250,7 @@ void SingleInstance::welcomeGuests()
         MXLog::logWarning("Single instance: another user's call was refused");
         return;
     }
-    // A start speaks at once; of many that keep silent, those that came first have had their time.
+    // A client sends its message at once. When too many have sent nothing, the oldest is disconnected.
     if (m_guests.size() == maximumGuests)
         dismiss(m_guests.front().socket.get());
 
@@ -261,7 +260,7 @@ void SingleInstance::welcomeGuests()
     m_guests.push_back({.socket = std::move(socket), .notifier = notifier});
 }
 
-/// A guest that cannot be let in stays at the door, where it would be announced over and over.
+/// A client that cannot be accepted stays in the queue, and the notifier would fire all the time.
 void SingleInstance::pauseWelcome()
 {
     m_socketNotifier->setEnabled(false);
@@ -271,7 +270,7 @@ void SingleInstance::pauseWelcome()
 void SingleInstance::hear(int socket)
 {
     std::array<char, InstanceMessage::maximumSize> buffer; // NOLINT(*-member-init): recv fills what is used
-    // With this flag the whole length is told, even if the buffer is shorter.
+    // With MSG_TRUNC recv returns the real length.
     const ssize_t count = recv(socket, buffer.data(), buffer.size(), MSG_TRUNC);
     if (count < 0 && (errno == EAGAIN || errno == EINTR))
         return;
@@ -295,7 +294,7 @@ void SingleInstance::hear(int socket)
 void SingleInstance::dismiss(int socket)
 {
     const auto guest = std::ranges::find(m_guests, socket, [](const Guest& each) { return each.socket.get(); });
-    // It may be at work just now.
+    // Deleted later: this may run in its signal.
     guest->notifier->setEnabled(false);
     guest->notifier->deleteLater();
     m_guests.erase(guest);

@@ -36,8 +36,8 @@ void StatusItem::followHost()
         Q_EMIT hostAvailableChanged(available);
 }
 
-/// Qt decides with the first item of a process which kind of host its items look for, and never again: without a host
-/// it would decide for X11's tray, and miss the other kind when that starts later.
+/// Qt chooses the kind of host for all items of a process when the first one is made. Without a host it would choose
+/// the X11 tray, and never use the other kind.
 void StatusItem::createItem()
 {
     m_isNotifierItem = m_host.hasNotifierHost();
@@ -53,7 +53,7 @@ void StatusItem::createItem()
 
 bool StatusItem::isHosted() const
 {
-    // Qt has no items at all on some platforms, whatever hosts there are.
+    // On some platforms Qt does not support status items.
     const bool isThere = m_isNotifierItem ? m_host.hasNotifierHost() : m_host.hasX11Tray();
     return m_item && isThere && QSystemTrayIcon::isSystemTrayAvailable();
 }

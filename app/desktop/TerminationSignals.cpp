@@ -13,7 +13,7 @@
 
 namespace {
 
-// A signal handler is given nothing but the signal's number: the descriptor that it writes to can only be here.
+// A signal handler has no other access to the descriptor.
 constinit std::atomic<int> wakeUpDescriptor{-1};
 
 void wakeUp(int /*signal*/)
@@ -30,9 +30,9 @@ TerminationSignals::TerminationSignals(QObject* parent)
     : QObject(parent)
     , m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
-    // The end of a session arrives as an event that would ask each window first, and a window may only hide when asked.
+    // The end of a session arrives as a quit event, which would first ask each window to close.
     QCoreApplication::instance()->installEventFilter(this);
-    // Else a background job of some file dialog's would end the application with itself while no window is shown.
+    // Otherwise the end of a file dialog's background job would quit the application while no window is visible.
     QCoreApplication::setQuitLockEnabled(false);
 
     const auto* const notifier = new QSocketNotifier(m_wakeUp.get(), QSocketNotifier::Read, this);

@@ -22,9 +22,9 @@ namespace {
 constexpr QLatin1StringView watcherService{"org.kde.StatusNotifierWatcher"};
 constexpr QLatin1StringView watcherPath{"/StatusNotifierWatcher"};
 
-constexpr std::uint8_t sentEventFlag = 0x80; // set in the type of events that a client has sent
+constexpr std::uint8_t sentEventFlag = 0x80; // set in events sent by a client
 
-/// Replies of X11's are given back to the C library.
+/// XCB replies are freed with free().
 struct Free
 {
     void operator()(void* reply) const { std::free(reply); } // NOLINT(*-no-malloc)
@@ -43,7 +43,7 @@ xcb_atom_t atom(xcb_connection_t* connection, xcb_intern_atom_cookie_t cookie)
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-/// The screen that the environment names: each has its own tray.
+/// The screen of DISPLAY: each has its own tray.
 int screenNumber()
 {
     char* host = nullptr;
@@ -60,7 +60,7 @@ int screenNumber()
 struct TrayHost::X11
 {
     xcb_connection_t* connection = nullptr; // Qt's
-    xcb_atom_t manager = XCB_ATOM_NONE;     // announces the new owner of a selection
+    xcb_atom_t manager = XCB_ATOM_NONE;     // message type of a new selection owner
     xcb_atom_t traySelection = XCB_ATOM_NONE;
 };
 
@@ -86,7 +86,7 @@ void TrayHost::watchBus()
         new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &TrayHost::askForNotifierHost);
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] { setNotifierHost(false); });
-    // Of whichever service: to name one would make Qt wait for the name of its owner. Both are reasons to ask.
+    // From any sender: with a sender's name Qt would wait for its owner.
     for (const auto& signal : {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s})
         bus.connect(QString(), watcherPath, watcherService, signal, this, SLOT(askForNotifierHost()));
     askForNotifierHost();
@@ -117,7 +117,7 @@ void TrayHost::setNotifierHost(bool isThere)
 
 void TrayHost::watchX11()
 {
-    // Some platforms offer the interface without having a connection.
+    // Some platforms have the interface without a connection.
     const auto* const application = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     xcb_connection_t* const connection = application != nullptr ? application->connection() : nullptr;
     if (connection == nullptr)
@@ -130,7 +130,7 @@ void TrayHost::watchX11()
     findX11Tray();
 }
 
-/// Looks who owns the tray's selection, and asks to be told of that window's end.
+/// Finds the tray's window, and watches for its end.
 void TrayHost::findX11Tray()
 {
     xcb_connection_t* const connection = m_x11->connection;
@@ -144,7 +144,7 @@ void TrayHost::findX11Tray()
     if (tray != XCB_WINDOW_NONE) {
         const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
         xcb_change_window_attributes(connection, tray, XCB_CW_EVENT_MASK, &events);
-        // It may have gone before its end was watched for.
+        // The tray may have ended before it was watched.
         tray = owner();
     }
     if (std::exchange(m_x11Tray, tray) != tray)
@@ -164,7 +164,7 @@ bool TrayHost::nativeEventFilter(const QByteArray& eventType, void* message, qin
     } else if (type == XCB_DESTROY_NOTIFY && m_x11Tray != 0) {
         isAboutTray = static_cast<const xcb_destroy_notify_event_t*>(message)->window == m_x11Tray;
     }
-    // Later, when Qt has heard of it too.
+    // Later, after Qt has handled the event.
     if (isAboutTray)
         QMetaObject::invokeMethod(this, &TrayHost::findX11Tray, Qt::QueuedConnection);
     return false;

@@ -5,11 +5,11 @@
 #include <functional>
 #include <optional>
 
-/// Observes the binds of the card service, from wherever they come, until its end. Main thread only.
+/// Observes all binds of the card service. Main thread only.
 class BindObserver
 {
 public:
-    /// Called after each bind: once it is bound; when it failed, with the error if the notification has one.
+    /// Called after each bind: on success, or on failure with the notification's error, if any.
     BindObserver(std::function<void()> bound, std::function<void(const std::optional<Error>&)> failed);
     BindObserver(const BindObserver&) = delete;
     BindObserver& operator=(const BindObserver&) = delete;

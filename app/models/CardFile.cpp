@@ -18,13 +18,13 @@ constexpr QLatin1StringView errorDomain{"Fichier"};
 std::expected<QByteArray, Error> readFile(const QString& path)
 {
     QFile file;
-    // Nothing that has to be waited for, such as a pipe, and nothing without an end.
+    // Plain files only: a pipe could block or never end.
     const std::error_code error = openPlainFile(file, path);
     if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
         return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier n’existe pas."_s));
     if (error)
         return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier ne peut pas être lu."_s));
-    // One byte more than a document may have, so that a larger one is told from one of just that size.
+    // One byte more than allowed, to detect a larger file.
     QByteArray bytes = file.read(qint64{XmlDocument::maximumSize} + 1);
     if (file.error() != QFileDevice::NoError)
         return std::unexpected(Error(errorDomain, file.error(), u"Le fichier ne peut pas être lu."_s));
@@ -34,7 +34,7 @@ std::expected<QByteArray, Error> readFile(const QString& path)
 std::expected<XmlDocument, Error> parse(const QByteArray& bytes)
 {
     std::optional<QString> text = decodeUtf8(bytes);
-    // A null character tells UTF-16 from the UTF-8 that plain letters of it look like.
+    // UTF-16 text can be valid UTF-8, but then has null characters.
     if (!text || text->contains(QChar::Null))
         text = decodeXmlBytes(bytes);
     if (!text)

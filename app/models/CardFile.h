@@ -7,7 +7,6 @@
 
 #include <expected>
 
-/// The card record of a card XML file (its path as pathFromBytes gives it), whose fund is shown as "Non spécifié". The
-/// file is read as UTF-8 text; one that is not is read as its XML declaration says. The failure is why the file cannot
-/// be read, parsed or understood.
+/// The record of a card XML file, with "Non spécifié" as its fund. The path is as pathFromBytes gives it. The text is
+/// decoded as UTF-8 or else as its XML declaration says. The error tells why the file cannot be read or parsed.
 [[nodiscard]] std::expected<CardRecord, Error> loadCardFile(const QString& path);

@@ -12,7 +12,7 @@
 
 void setAccessModeFromSettings(LVitAccess& client, const UserDefaults& settings)
 {
-    // Whatever a hand-written setting holds stays what it is for the client: one of its modes, or not.
+    // A setting written by hand may be any number; the client maps unknown modes to 0.
     const qint64 mode =
         std::clamp<qint64>(MVSettings::integerPreferencesForKey(settings, Settings::lvitMode), 0, INT_MAX);
     client.setAccessMode(static_cast<unsigned>(mode));

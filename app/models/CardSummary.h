@@ -6,8 +6,8 @@
 
 #include <optional>
 
-/// What the main window says of the card before any was read.
+/// The summary before any card was read.
 inline constexpr QStringView summaryBeforeAnyCard{u"Aucune"};
 
-/// The card in three lines: who, which number, how many beneficiaries. Empty when there is no card.
+/// Three lines: name, number, count of beneficiaries. Empty without a card.
 [[nodiscard]] QString cardSummary(const std::optional<CardRecord>& record);

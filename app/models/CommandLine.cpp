@@ -13,7 +13,7 @@ constexpr QLatin1StringView cardServiceOption{"card-service"};
 constexpr QLatin1StringView helpOption{"help"};
 constexpr QLatin1StringView versionOption{"version"};
 
-// The parser knows no option whose value may be left out: "--simulate" alone is the option with an empty value.
+// QCommandLineParser has no optional values: "--simulate" becomes "--simulate=".
 QStringList withSimulateValue(QStringList arguments)
 {
     for (QString& argument : arguments) {
@@ -25,7 +25,7 @@ QStringList withSimulateValue(QStringList arguments)
     return arguments;
 }
 
-// An option that stands where a value should: a file of such a name can still be given as "./--name".
+// An option in the place of a value. A file with such a name can be given as "./--name".
 bool isOption(const QString& value)
 {
     return value.startsWith("--"_L1);

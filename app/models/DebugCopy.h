@@ -8,9 +8,9 @@
 
 class UserDefaults;
 
-/// Whether the card that was read is to be copied for support: in the debug mode, and then only. Main thread.
+/// Whether the card is to be copied for support, which needs the debug mode. Main thread.
 [[nodiscard]] bool isDebugCopyWanted(const UserDefaults& settings, const std::optional<CardRecord>& record);
 
-/// Writes the record's XML, and the whole record as a property list beside it, into the folder. What goes wrong is
-/// logged, without a word of the card. Callable from any thread; a slow disk makes it last.
+/// Writes the record's XML, and the record as a property list, to the folder. Errors are logged without data of the
+/// card. Any thread; may take long on a slow disk.
 void writeDebugCopy(const CardRecord& record, const QString& folder);

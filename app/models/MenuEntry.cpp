@@ -13,7 +13,7 @@ QString MenuEntry::actionText() const
 {
     QString text = title;
     text.replace(u'&', "&&"_L1);
-    // What follows a tab would be shown as a shortcut.
+    // QAction shows text after a tab as a shortcut.
     text.replace(u'\t', u' ');
     return text;
 }

@@ -2,10 +2,10 @@
 
 #include <QString>
 
-/// An entry of a menu, as a model: what it says and what it stands for.
+/// An entry of a menu.
 struct MenuEntry
 {
-    /// The title as people read it. For a QAction use actionText().
+    /// The title for users. A QAction needs actionText().
     QString title;
     int tag = 0;
     bool enabled = true;
@@ -13,7 +13,7 @@ struct MenuEntry
 
     [[nodiscard]] static MenuEntry separator();
 
-    /// The title as the text of a QAction, in which "&" and tabs have a meaning of their own.
+    /// The title for a QAction, with "&" and tabs escaped.
     [[nodiscard]] QString actionText() const;
 
     friend bool operator==(const MenuEntry&, const MenuEntry&) = default;

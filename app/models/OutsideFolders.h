@@ -1,6 +1,5 @@
 #pragma once
 
-/// Makes the folders in the user's home that the reading library expects, where nothing is in their place yet. Whether
-/// that succeeds does not matter here: the library reports what it misses.
+/// Make folders of the reading library in the user's home. Failures are ignored: the library reports them.
 void checkLogDir();
 void checkSedicaDir();

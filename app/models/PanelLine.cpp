@@ -4,7 +4,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The day is told only where it is not the same as the other time's.
+// With the date only if the other time has a different one.
 QString timeText(const QDateTime& time, const QDateTime& beside)
 {
     return time.toString(time.date() == beside.date() ? u"HH:mm"_s : u"dd/MM/yyyy 'à' HH:mm"_s);

@@ -5,8 +5,7 @@
 
 #include <optional>
 
-/// What the main window says under the card's summary: first what is true of the card that is shown, then what the user
-/// was last told. The first is never hidden by the second. A value without a window; times are the desktop's own.
+/// The text under the card's summary: the state of the shown card, then the last message. Times are local.
 class PanelLine
 {
 public:
@@ -16,25 +15,25 @@ public:
         File,
     };
 
-    /// The card that is shown was read, or its file was opened, at that time. A read that failed before counts no more.
+    /// The shown card was read, or its file was opened. Ends the state of a failed read.
     void setCard(CardOrigin origin, const QDateTime& time);
-    /// A read failed at that time: the card that is shown, if any, is not from this read.
+    /// A read failed: the shown card, if any, is an earlier one.
     void setReadFailed(const QDateTime& time);
-    /// The same of a read that the user cancelled.
+    /// The same for a cancelled read.
     void setReadCancelled(const QDateTime& time);
     [[nodiscard]] bool isReadFailed() const { return m_failedAt.has_value(); }
-    /// Whether a card is shown that is not from the last read.
+    /// Whether the shown card is not from the last read.
     [[nodiscard]] bool isCardEarlier() const { return m_card.has_value() && isReadFailed(); }
-    /// The card service is being connected to, and that takes longer than usual.
+    /// Connecting to the card service takes longer than usual.
     void setConnecting(bool isConnecting) { m_isConnecting = isConnecting; }
-    /// The last save wrote nothing, for that reason; an empty text once a save has succeeded.
+    /// The last save failed for that reason; empty after a success.
     void setSaveFailure(const QString& text) { m_saveFailure = text; }
-    /// Why the last request was refused; an empty text once another one was granted.
+    /// Why the last request was refused; empty when it was not.
     void setNotice(const QString& text) { m_notice = text; }
 
-    /// What the user was last told: the notice, or else the save that failed; nothing otherwise.
+    /// The notice, or else the failed save, or nothing.
     [[nodiscard]] const QString& told() const { return m_notice.isEmpty() ? m_saveFailure : m_notice; }
-    /// One line, or two: the card's, and the notice or else the save that failed.
+    /// The card's line and, if there is one, that message.
     [[nodiscard]] QString text() const;
 
 private:
@@ -49,7 +48,7 @@ private:
 
     std::optional<Card> m_card;
     std::optional<QDateTime> m_failedAt;
-    bool m_isCancelled = false; // the read that failed
+    bool m_isCancelled = false; // the read was cancelled
     bool m_isConnecting = false;
     QString m_saveFailure;
     QString m_notice;

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Whatever the file of settings holds under the key, the texts in it that can be paths.
+// The non-empty texts in the stored value.
 QStringList textsIn(const QVariant& stored)
 {
     QStringList texts;

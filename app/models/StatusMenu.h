@@ -7,12 +7,11 @@
 #include <array>
 #include <vector>
 
-/// The menu of the status item.
 namespace StatusMenu {
 
 inline constexpr QStringView title{u"Pelmora"};
 
-/// The titles in order. One that begins with the separator's mark stands for a separator.
+/// Titles in order; one with the separator's mark is a separator.
 inline constexpr QStringView separatorMark{u"##"};
 inline constexpr std::array<QStringView, 8> titles{
     u"Lecture de la carte Vitale",
@@ -25,7 +24,7 @@ inline constexpr std::array<QStringView, 8> titles{
     u"Quitter Pelmora",
 };
 
-/// The tags of the entries that are no separators: they count up from the first one, in the order of the titles.
+/// Tags of the entries without separators, in the order of the titles.
 enum Tag
 {
     ReadTag = 10,
@@ -36,7 +35,7 @@ enum Tag
     QuitTag
 };
 
-/// The entries, separators included.
+/// The entries with separators.
 [[nodiscard]] std::vector<MenuEntry> entries();
 
 } // namespace StatusMenu

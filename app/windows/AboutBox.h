@@ -2,5 +2,5 @@
 
 class QWidget;
 
-/// Shows over the window what this program is, and its version. Main thread only.
+/// Shows the program's name and version over the window. Main thread only.
 void showAboutBox(QWidget* window);

@@ -6,6 +6,6 @@
 class QFileDialog;
 class QWidget;
 
-/// The panel over the window in which one card XML file is chosen. Starts in the folder or, where that is none, at
-/// home. The caller opens it; it is deleted when it closes, or with the window. Main thread only.
+/// A panel over the window to choose one card XML file, starting in the folder or, if it does not exist, at home. The
+/// caller opens it; it is deleted when it is closed. Main thread only.
 [[nodiscard]] QPointer<QFileDialog> makeCardFilePanel(QWidget& window, const QString& folder);

@@ -19,7 +19,7 @@ std::optional<QString> droppedCardFile(const QMimeData& data)
         return std::nullopt;
     std::optional<QString> path = pathOfUrl(urls.first());
     std::error_code error;
-    // Folders, and files that would keep their reader waiting.
+    // No folders, and no pipes, which could block.
     if (!path || !std::filesystem::is_regular_file(bytesOfPath(*path).toStdString(), error))
         return std::nullopt;
     if (path->endsWith(".xml"_L1, Qt::CaseInsensitive))

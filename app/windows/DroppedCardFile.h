@@ -6,5 +6,5 @@
 
 class QMimeData;
 
-/// Path of the card file that is dragged: exactly one file, on this machine, that looks like XML. Absent otherwise.
+/// The path of a dragged card file: exactly one local plain file that looks like XML.
 [[nodiscard]] std::optional<QString> droppedCardFile(const QMimeData& data);

@@ -20,9 +20,8 @@ namespace Ui {
 class MainWindow;
 }
 
-/// The main window: seven tiles, the summary of the card, the menu bar and the progress sheet. It shows and asks; what
-/// is done about it is its owner's business. Tiles and menu entries of one purpose emit the same signal. Main thread
-/// only.
+/// The main window: seven tiles, the card's summary, the menu bar and the progress sheet. It emits requests and does
+/// not handle them. Tiles and menu entries for the same purpose emit the same signal. Main thread only.
 class MainWindow final : public QMainWindow
 {
     Q_OBJECT
@@ -31,18 +30,18 @@ public:
     /// What closing the window does. It never ends the application.
     enum class ClosePolicy
     {
-        Hide,    ///< a status item brings it back
-        Iconify, ///< nothing else would: the desktop's list of windows keeps it
+        Hide,    ///< the status item can show it again
+        Iconify, ///< without a status item, the desktop's task list can show it again
     };
 
-    /// Icons come from the bundle; one that is missing is not shown.
+    /// Icons come from the bundle; a missing one is not shown.
     explicit MainWindow(const Bundle& bundle, QWidget* parent = nullptr);
     ~MainWindow() override;
 
-    /// The tiles' colours and the summary before any card; done once by the constructor, harmless when done again.
+    /// Sets the tiles' colours and the first summary. Called by the constructor; may be called again.
     void initUI();
 
-    // The outlets.
+    // Outlets.
     [[nodiscard]] MXButton* readButton() const;
     [[nodiscard]] MXButton* viewButton() const;
     [[nodiscard]] MXButton* printButton() const;
@@ -51,49 +50,46 @@ public:
     [[nodiscard]] MXButton* mailButton() const;
     [[nodiscard]] MXButton* settingsButton() const;
     [[nodiscard]] MVSimpleOpaqueView* vitaleInfoView() const;
-    /// Its text is shown as it stands, three lines at most, elided where they are too long.
+    /// Shown as it is, at most three lines, elided if too long.
     [[nodiscard]] QLabel* vitaleInfoTextField() const;
-    /// Has no submenu until one is attached with setMenu().
+    /// Has no submenu until setMenu() is called.
     [[nodiscard]] QAction* recentsMenuItem() const;
     [[nodiscard]] QAction* updateMenuItem() const;
-    /// Its shortcut is to work in the sheets, too.
+    /// Also added to the sheets, for its shortcut.
     [[nodiscard]] QAction* quitAction() const;
     [[nodiscard]] ProgressSheet* sheet() const { return m_sheet.get(); }
 
-    /// The tiles of a bound card service.
+    /// For a bound card service.
     void enableTiles();
-    /// Those of one that is not: reading stays possible, as it binds again; leaving by the tile does not.
+    /// For a card service that is not bound: reading binds again and stays enabled, the quit tile does not.
     void disableCardTiles();
-    /// Asks for each entry of the menu bar whether it can be chosen from now on.
+    /// Enables menu entries by the function's result.
     void validateMenuItems(const std::function<bool(const QAction&)>& validateMenuItem);
-    /// Whether the entry is one of the card actions: read, view, print, save.
+    /// Whether the entry is a card action: read, view, print, save.
     [[nodiscard]] bool isCardAction(const QAction& menuItem) const;
-    /// Says beside the summary when the card was read, or its file opened: rights are those of that time.
+    /// Shows when the card was read or its file opened.
     void setCardTime(PanelLine::CardOrigin origin, const QDateTime& time);
-    /// Says that a read failed then, so that the card that is shown, if any, is an earlier one; until the next card.
+    /// Shows that a read failed, so that the shown card is an earlier one, until the next card.
     void setReadFailed(const QDateTime& time);
-    /// The same of a read that was cancelled.
+    /// The same for a cancelled read.
     void setReadCancelled(const QDateTime& time);
-    /// Says why the last save wrote nothing; an empty text once one has succeeded.
+    /// Shows why the last save failed; an empty text after a success.
     void setSaveFailure(const QString& text);
-    /// Says why a request was refused, to the eye and to screen readers; an empty text takes it away, and so does each
-    /// read.
+    /// Shows why a request was refused, and tells screen readers; an empty text or a read clears it.
     void setNotice(const QString& text);
-    /// Says, in the place of that time, that the card service is being connected to, once this takes longer than usual.
+    /// Shows, in place of the time, that the card service is being connected, once that takes longer than usual.
     void setConnecting(bool isConnecting);
 
-    /// Shows the progress sheet with that message.
     void beginSheet(const QString& message);
-    /// Takes the progress sheet down.
     void endSheed();
 
-    /// Asked at each closing. Without a policy the window is iconified. An iconified window refuses to close, so the
-    /// application is left by QCoreApplication::exit(), which asks no window.
+    /// Called at each closing; without a policy the window is iconified. It then refuses to close, so the application
+    /// is ended with QCoreApplication::exit(), which does not ask windows.
     void setClosePolicy(std::function<ClosePolicy()> policy);
 
 Q_SIGNALS:
     void readRequested();
-    /// The read that the progress sheet is shown for is to end.
+    /// The read is to be cancelled.
     void readCancelRequested();
     void viewRequested();
     void printRequested();
@@ -102,13 +98,12 @@ Q_SIGNALS:
     void mailRequested();
     void settingsRequested();
     void folderRequested();
-    /// A card XML file is to be chosen.
     void cardFileRequested();
     void helpRequested();
     void updateRequested();
-    /// One local file that looks like XML was dropped on the window.
+    /// A local file that looks like XML was dropped.
     void cardFileDropped(const QString& path);
-    /// The same, but another window has come to block this one meanwhile: the file is not to be loaded.
+    /// The same while another window blocks this one: the file is not loaded.
     void cardFileDroppedInVain();
 
 protected:
@@ -131,6 +126,6 @@ private:
     std::function<ClosePolicy()> m_closePolicy;
     PanelLine m_panelLine;
     SpokenNotice* m_spokenNotice = nullptr; // belongs to the panel
-    QTimer m_connectingTimer;               // single shot: runs while the connecting takes no longer than usual
-    QString m_windowIconPath;               // emptied once the icon is shown
+    QTimer m_connectingTimer;               // runs while connecting takes no longer than usual
+    QString m_windowIconPath;               // empty once the icon is set
 };

@@ -15,10 +15,10 @@ namespace {
 constexpr qsizetype reservedLines = 2;
 constexpr int narrowest = 20; // average characters
 
-// More than any field shows.
+// Characters; more than any field shows.
 constexpr qsizetype longestMeasured = 1000;
 
-// Lines are broken at blanks, which they lose then.
+// Line breaks remove blanks.
 QString withoutBlanks(QString text)
 {
     return text.removeIf([](QChar character) { return character.isSpace(); });
@@ -78,7 +78,7 @@ bool PanelLineField::event(QEvent* event)
     if (event->type() != QEvent::ToolTip)
         return QLabel::event(event);
     const bool isWhole = withoutBlanks(shownLines().join(QString())) == withoutBlanks(text());
-    // Tool tips guess whether they hold rich text, and wrap nothing else.
+    // As escaped rich text: tool tips wrap only rich text.
     const QString tip =
         u"<p>"_s + text().left(longestMeasured).toHtmlEscaped().replace(u'\n', u"</p><p>"_s) + u"</p>"_s;
     QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), isWhole ? QString() : tip, this);

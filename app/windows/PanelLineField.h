@@ -2,10 +2,9 @@
 
 #include <QLabel>
 
-/// What the main window says under the card's summary: two lines of text, or more where there is room, wrapped, and
-/// elided where they do not fit, so that no text makes the window grow. The whole text is in text(), for assistive
-/// technology, and in the tool tip. Of several paragraphs the first keeps a line; the last is shown first. Never rich
-/// text.
+/// The text under the card's summary: two wrapped lines, or more if there is room, elided so that no text enlarges the
+/// window. text() and the tool tip have the whole text. The first paragraph keeps at least one line; the rest goes to
+/// the last one. Never rich text.
 class PanelLineField final : public QLabel
 {
     Q_OBJECT
@@ -13,7 +12,7 @@ class PanelLineField final : public QLabel
 public:
     explicit PanelLineField(QWidget* parent = nullptr);
 
-    /// Room for two lines, whatever the text.
+    /// Two lines for any text.
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
 
@@ -22,7 +21,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    /// The lines as they fit into the field.
+    /// The lines that fit.
     [[nodiscard]] QStringList shownLines() const;
     [[nodiscard]] QStringList wrapped(const QString& paragraph, qsizetype lines) const;
 };

@@ -3,7 +3,7 @@
 #include <QProgressBar>
 #include <QVariantAnimation>
 
-/// A turning ring, for work whose end nobody can tell. To assistive technology it is a progress bar without a value.
+/// A turning ring for work of unknown duration. For assistive technology it is a progress bar without a value.
 class ProgressIndicator final : public QProgressBar
 {
     Q_OBJECT

@@ -14,35 +14,35 @@ namespace Ui {
 class ProgressSheet;
 }
 
-/// The sheet that is shown over its window while a card is read. Only who put it up takes it down. When the read takes
-/// long it says so, and offers to cancel it; until then neither Escape nor closing do anything. Main thread only.
+/// The sheet over a window while a card is read. Only end() closes it. When the read takes long, the sheet says so and
+/// offers to cancel; before that Escape and closing do nothing. Main thread only.
 class ProgressSheet final : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// A card is read in a second or two: from here on people wonder.
+    /// A read usually takes a second or two.
     static constexpr std::chrono::milliseconds usualPatience{5000};
 
     explicit ProgressSheet(QWidget* window, std::chrono::milliseconds patience = usualPatience);
     ~ProgressSheet() override;
 
-    /// Shows the sheet with exactly that message. A sheet that is up gets the new message.
+    /// Shows the sheet with that message, or changes the message.
     void begin(const QString& message);
-    /// Takes the sheet down; nothing when it is not up.
+    /// Closes the sheet if it is open.
     void end();
 
-    // The outlets.
+    // Outlets.
     [[nodiscard]] QLabel* informationsTextField() const;
     [[nodiscard]] QLabel* patienceLabel() const;
     [[nodiscard]] ProgressIndicator* progressIndicator() const;
     [[nodiscard]] QPushButton* cancelButton() const;
 
-    /// Asks for the end of the read, as the button does, once that is offered.
+    /// Like the cancel button, once that is shown.
     void reject() override;
 
 Q_SIGNALS:
-    /// The user wants the read to end; the sheet stays until it is taken down.
+    /// The read is to be cancelled; the sheet stays until end().
     void cancelRequested();
 
 private:

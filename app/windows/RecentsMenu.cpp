@@ -16,7 +16,7 @@ void RecentsMenu::update()
     for (const MenuEntry& entry : m_recents.menu())
         addEntry(*menu, entry);
     m_window.recentsMenuItem()->setMenu(menu);
-    // One of its entries may be what has led here.
+    // Deleted later: this may run in a signal of its entries.
     if (m_menu)
         m_menu->deleteLater();
     m_menu = menu;

@@ -8,7 +8,7 @@
 
 class MainWindow;
 
-/// The submenu of recently saved attestations in the main window's menu bar. Main thread only.
+/// The submenu of recently saved attestations. Main thread only.
 class RecentsMenu final : public QObject
 {
     Q_OBJECT
@@ -17,9 +17,8 @@ public:
     /// Both must outlive it.
     RecentsMenu(RecentAttestations& recents, MainWindow& window);
 
-    /// Shows the list as it is now.
+    /// Rebuilds the menu.
     void update();
-    /// Adds a file to the list.
     void add(const QString& path);
     void clear();
 
@@ -33,5 +32,5 @@ private:
 
     RecentAttestations& m_recents;
     MainWindow& m_window;
-    QPointer<QMenu> m_menu; // the window's own
+    QPointer<QMenu> m_menu; // belongs to the window
 };

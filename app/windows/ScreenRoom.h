@@ -4,7 +4,7 @@
 #include <QSize>
 #include <QWidget>
 
-/// As much of a size as the window's screen has room for, with a window manager's frame and title bar around it.
+/// The size limited to the window's screen without a window frame.
 [[nodiscard]] inline QSize boundedToScreen(const QWidget& window, QSize size)
 {
     constexpr QSize frame(16, 48); // pixels

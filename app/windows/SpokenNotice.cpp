@@ -15,7 +15,7 @@ QAccessibleInterface* interfaceOf(const QString& /*className*/, QObject* object)
 SpokenNotice::SpokenNotice(QWidget* parent)
     : QWidget(parent)
 {
-    // Known already when it is installed a second time.
+    // Installing it twice has no effect.
     QAccessible::installFactory(interfaceOf);
     setFixedSize(1, 1);
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -24,7 +24,7 @@ SpokenNotice::SpokenNotice(QWidget* parent)
 
 void SpokenNotice::say(const QString& text)
 {
-    // It is the appearing that is said.
+    // Screen readers announce a notification when it becomes visible.
     hide();
     setAccessibleName(text);
     setVisible(!text.isEmpty());

@@ -15,7 +15,7 @@ constexpr qsizetype lineCount = 3;
 constexpr int narrowest = 20; // average characters
 constexpr int plateMargin = 8;
 
-// More than any field shows. Measuring the megabytes of a mistaken card file would take seconds.
+// Characters; more than any field shows. Measuring megabytes would take seconds.
 constexpr qsizetype longestMeasured = 300;
 
 } // namespace
@@ -72,7 +72,7 @@ bool SummaryField::event(QEvent* event)
 {
     if (event->type() != QEvent::ToolTip)
         return QLabel::event(event);
-    // Tool tips guess whether they hold rich text: a name never does.
+    // As escaped rich text: a name may look like markup.
     const bool whole = shownLines().join(u'\n') == text();
     const QString tip = u"<p style='white-space:pre'>"_s + text().left(lineCount * longestMeasured).toHtmlEscaped();
     QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), whole ? QString() : tip, this);

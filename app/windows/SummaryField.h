@@ -5,8 +5,8 @@
 
 #include <optional>
 
-/// The card's summary: the first line stands out, and a line that is longer than the field is elided, so that no name
-/// makes the window grow; the whole text is in text(), for assistive technology, and in the tool tip. Never rich text.
+/// The card's summary, with a bold first line. Long lines are elided, so that no name enlarges the window; text() and
+/// the tool tip have the whole text. Never rich text.
 class SummaryField final : public QLabel
 {
     Q_OBJECT
@@ -14,11 +14,10 @@ class SummaryField final : public QLabel
 public:
     explicit SummaryField(QWidget* parent = nullptr);
 
-    /// Shows the card as an earlier one, on a plate of that colour, which must suit the field's ink; nothing for a card
-    /// that is the last one.
+    /// Shows the card as an earlier one on that background colour; nullopt for the current card.
     void setPlate(const std::optional<QColor>& colour);
 
-    /// Room for three lines, whatever the text.
+    /// Three lines for any text.
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
 
@@ -28,9 +27,9 @@ protected:
 
 private:
     [[nodiscard]] QFont fontOfLine(qsizetype line) const;
-    /// The lines as they fit into the field.
+    /// The lines that fit.
     [[nodiscard]] QStringList shownLines() const;
-    /// Free space on either side of the text.
+    /// The margin beside the text.
     [[nodiscard]] int indent() const;
 
     std::optional<QColor> m_plate;

@@ -2,7 +2,7 @@
 
 #include <QFont>
 
-/// The font, larger or smaller, whichever unit its size is in: the user's own size of text stays the measure.
+/// The font scaled in its own unit, so that it follows the user's text size.
 [[nodiscard]] inline QFont scaledFont(QFont font, double factor, QFont::Weight weight = QFont::Normal)
 {
     if (font.pointSizeF() > 0)

@@ -2,5 +2,5 @@
 
 #include <QIcon>
 
-/// The icon of an SVG file, drawn in the sizes that desktops show. Main thread.
+/// The icon of an SVG file in the sizes that desktops use. Main thread.
 [[nodiscard]] QIcon windowIconFrom(const QString& path);
