@@ -7,8 +7,8 @@
 
 class QAccessibleInterface;
 
-/// The children of an element of the accessible tree. Qt's registry owns them and may end them first: they are known by
-/// their numbers there, and given back with this object.
+/// The children of an accessible element. Qt's registry owns them and may delete them first, so they are kept by their
+/// numbers. Deleted with this object.
 class AccessibleChildren
 {
 public:
@@ -16,16 +16,16 @@ public:
     ~AccessibleChildren() { clear(); }
     Q_DISABLE_COPY_MOVE(AccessibleChildren)
 
-    /// Hands a new child over to the registry.
+    /// Gives a new child to the registry.
     void add(QAccessibleInterface* child) { m_ids.push_back(QAccessible::registerAccessibleInterface(child)); }
     void clear();
 
     [[nodiscard]] int count() const { return static_cast<int>(m_ids.size()); }
-    /// None when there is no such child.
+    /// Null when there is no such child.
     [[nodiscard]] QAccessibleInterface* at(int index) const;
-    /// Counted from 0; -1 for what is no child.
+    /// The index, or -1.
     [[nodiscard]] int indexOf(const QAccessibleInterface* child) const;
-    /// The child at a place of the screen, if any.
+    /// The child at a point of the screen, if any.
     [[nodiscard]] QAccessibleInterface* under(QPoint place) const;
 
 private:

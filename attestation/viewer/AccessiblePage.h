@@ -7,15 +7,14 @@
 
 class MVNewAttestationView;
 
-/// The page for those who cannot see it: a document whose children are the page's texts and its two tables with their
-/// cells, in reading order, made of the same description as the ink. Owned by Qt, as every accessible interface. Main
-/// thread only.
+/// The page for assistive technology: a document with the page's texts and its two tables in reading order, made from
+/// the same content as the ink. Qt owns it. Main thread only.
 class AccessiblePage final : public QAccessibleWidget
 {
 public:
     explicit AccessiblePage(MVNewAttestationView& view);
 
-    /// Lets Qt find this interface for views of the page; calling it again does nothing.
+    /// Registers this interface for views of the page; may be called again.
     static void install();
 
     [[nodiscard]] int childCount() const override { return m_children.count(); }
@@ -33,5 +32,5 @@ private:
     void replaceElements();
 
     AccessibleChildren m_children;
-    QMetaObject::Connection m_following; // of the view's changes
+    QMetaObject::Connection m_following; // to the view's changes
 };

@@ -24,7 +24,7 @@ double centred(double origin, double document, double bounds)
     return bounds > document ? rounded((document - bounds) * 0.5) : origin;
 }
 
-// Scaling down and back leaves a difference in the last digit, and the page must be back to its size exactly.
+// Scaling down and back has rounding errors, but the page must get exactly its original size.
 double withoutRoundingError(double scale)
 {
     return qFuzzyCompare(scale, 1.0) ? 1.0 : scale;

@@ -67,14 +67,14 @@ void ClipView::moveEvent(QMoveEvent* event)
     frameWasSet();
 }
 
-// Placed whatever becomes of the bounds: they may stay as they are.
+// The document is placed even if the bounds do not change.
 void ClipView::documentFrameWasSet()
 {
     placeDocument();
     viewFrameChanged();
 }
 
-// Widgets hear of their new frame later when they are hidden.
+// Hidden widgets get their events later.
 void ClipView::frameWasSet()
 {
     m_transform.setFrame(geometry());

@@ -15,17 +15,17 @@ namespace {
 
 constexpr QMargins airAroundPage{10, 10, 10, 10}; // points
 
-// The size of the window without its title bar: its content and its menu bar.
+// The window's size without its title bar: content and menu bar.
 QSize windowSizeForContent(const QMainWindow& window, QSize content)
 {
     return window.sizeHint() - window.centralWidget()->sizeHint() + content;
 }
 
-// The window in the middle of its screen, and no larger than that.
+// Centres the window on its screen and limits its size.
 void centerOnScreen(QMainWindow& window)
 {
     const QRect available = window.screen()->availableGeometry();
-    // How high the title bar is cannot be known before the window is shown.
+    // The real height is not known before the window is shown.
     const QSize titleBar(0, window.style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, &window));
     window.resize(window.size().boundedTo(available.size() - titleBar));
     QRect frame(QPoint(), window.size() + titleBar);
@@ -74,7 +74,7 @@ void MVAttestationWindowController::connectActions(QAction& print, QAction& clos
 void MVAttestationWindowController::setVitale(const CardRecord& vitale)
 {
     m_attestation.setVitale(vitale);
-    // First name first here, surname first on the page: both are meant.
+    // First name first; on the page it is the surname, on purpose.
     m_window->setWindowTitle(objectText(vitale.text(CardKey::firstName)) + u' ' +
                              objectText(vitale.text(CardKey::lastName)));
 }

@@ -61,7 +61,7 @@ void MVNewAttestationView::redisplay(const AttestationPage& page)
     Q_EMIT pageChanged();
 }
 
-// The whole page each time, whatever part of it is asked for.
+// Always draws the whole page.
 void MVNewAttestationView::drawRect(QPainter& painter) const
 {
     if (m_fonts == nullptr) {

@@ -10,9 +10,8 @@
 class MVNewAttestation;
 class PageFonts;
 
-/// The attestation's page on the screen: always white with black ink, whatever the desktop's colours, and drawn by the
-/// same routine as on paper and in a file, with a grey border that those do not get. A page is laid out when it is
-/// first drawn, and not again until its values, its fonts or its frame change. Main thread only.
+/// The attestation's page on the screen: black on white, drawn by the same function as on paper and in a file, plus a
+/// grey border. It is laid out when it is first painted after its values, fonts or frame have changed. Main thread.
 class MVNewAttestationView final : public DocumentView
 {
     Q_OBJECT
@@ -20,24 +19,22 @@ class MVNewAttestationView final : public DocumentView
 public:
     explicit MVNewAttestationView(QWidget* parent = nullptr);
 
-    /// The view of an attestation, with the page's frame: it shows the values that the attestation has, and each change
-    /// of them. The fonts and the attestation must outlive it.
+    /// A view that shows the attestation and follows its changes. Fonts and attestation must outlive it.
     [[nodiscard]] static std::unique_ptr<MVNewAttestationView> viewOf(const MVNewAttestation& attestation,
                                                                       const PageFonts& fonts);
 
-    /// The origin is the top-left corner and y grows downwards.
+    /// The origin is at the top left, and y grows downwards.
     [[nodiscard]] bool isFlipped() const { return true; }
-    /// The page covers its whole frame: nothing behind it shows.
+    /// The page covers its whole frame.
     [[nodiscard]] bool isOpaque() const { return true; }
 
-    /// What is shown. A view without fonts is a blank page.
+    /// The shown page. A view without fonts is blank.
     [[nodiscard]] const AttestationPage& page() const { return m_page; }
     void setPage(const AttestationPage& page);
     [[nodiscard]] const PageFonts* fonts() const { return m_fonts; }
     void setFonts(const PageFonts& fonts);
 
 Q_SIGNALS:
-    /// Another page is shown.
     void pageChanged();
 
 protected:
@@ -50,5 +47,5 @@ private:
 
     AttestationPage m_page;
     const PageFonts* m_fonts = nullptr;
-    mutable std::optional<PageInk> m_ink; // absent until the page is drawn as it now is
+    mutable std::optional<PageInk> m_ink; // absent until the current page is drawn
 };

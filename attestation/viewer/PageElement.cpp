@@ -40,7 +40,7 @@ QRect PageElement::rect() const
 
 QAccessible::State PageElement::state() const
 {
-    // Seen whenever the page is.
+    // As visible as the page.
     const QAccessible::State ofParent = m_parent.state();
     QAccessible::State state;
     state.readOnly = true;

@@ -9,8 +9,7 @@
 
 class DocumentView;
 
-/// A part of the page in the accessible tree. Elements are made for one page and never change: another page has others.
-/// Main thread only.
+/// A part of the page for assistive technology. A changed page gets new elements. Main thread only.
 class PageElement : public QAccessibleInterface
 {
 public:
@@ -18,10 +17,10 @@ public:
     {
         QAccessible::Role role = QAccessible::StaticText;
         QString name;
-        QRectF part; ///< of the page, in its points
+        QRectF part; ///< in points of the page
     };
 
-    /// The parent, the view's interface or another element, lives longer.
+    /// The parent (the view's interface or another element) must outlive it.
     PageElement(DocumentView& view, QAccessibleInterface& parent, Content content);
 
     [[nodiscard]] bool isValid() const override { return !m_view.isNull(); }
@@ -33,9 +32,9 @@ public:
     [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override;
     [[nodiscard]] QAccessibleInterface* childAt(int x, int y) const override;
     [[nodiscard]] QString text(QAccessible::Text kind) const override;
-    /// The page is for reading only: this changes nothing.
+    /// Does nothing: the page is read-only.
     void setText(QAccessible::Text kind, const QString& text) override;
-    /// Where the part is seen, in the screen's logical pixels.
+    /// The part's place on the screen, in logical pixels.
     [[nodiscard]] QRect rect() const override;
     [[nodiscard]] QAccessible::Role role() const override { return m_content.role; }
     [[nodiscard]] QAccessible::State state() const override;
@@ -53,7 +52,6 @@ private:
     AccessibleChildren m_children;
 };
 
-/// A text of the page.
 class PageTextElement final : public PageElement
 {
 public:

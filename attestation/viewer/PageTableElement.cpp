@@ -11,7 +11,7 @@ QString titleText(const PageTable& table, qsizetype column)
     return table.columns[column].value(TableColumnKey::title).toString();
 }
 
-// A table goes by the first line of its first title.
+// The first line of the first title.
 QString tableName(const PageTable& table, const PageTableElement::ShownText& shown)
 {
     return table.columns.isEmpty() ? QString() : shown(titleText(table, 0).section(u'\n', 0, 0), tableTitleSize);

@@ -10,12 +10,12 @@
 
 struct PageTable;
 
-/// A table of the page: its children are the titles of its columns, then its cells, row by row. Rows are those of the
-/// cells. A column without a title shares that of the column to its left.
+/// A table of the page. Its children are the column titles, then the cells row by row. A column without a title shares
+/// that of the column to its left.
 class PageTableElement final : public PageElement, public QAccessibleTableInterface
 {
 public:
-    /// What the page shows of a text in letters of that size (points).
+    /// The text as the page shows it in that size (points).
     using ShownText = std::function<QString(const QString&, double)>;
 
     PageTableElement(DocumentView& view, QAccessibleInterface& parent, const PageTable& table, const ShownText& shown);
@@ -27,13 +27,13 @@ public:
     [[nodiscard]] int rowCount() const override { return m_rowCount; }
     [[nodiscard]] QString columnDescription(int column) const override;
     [[nodiscard]] QString rowDescription(int /*row*/) const override { return {}; }
-    /// The child that is that column's title.
+    /// The child with the column's title.
     [[nodiscard]] QAccessibleInterface* titleOf(int column) const;
 
     [[nodiscard]] QAccessibleInterface* caption() const override { return nullptr; }
     [[nodiscard]] QAccessibleInterface* summary() const override { return nullptr; }
 
-    // Nothing on the page can be selected.
+    // Nothing can be selected.
     [[nodiscard]] int selectedCellCount() const override { return 0; }
     [[nodiscard]] QList<QAccessibleInterface*> selectedCells() const override { return {}; }
     [[nodiscard]] int selectedColumnCount() const override { return 0; }
@@ -52,12 +52,11 @@ private:
     void addTitles(DocumentView& view, const PageTable& table, const ShownText& shown);
     void addCells(DocumentView& view, const PageTable& table, const ShownText& shown);
 
-    std::vector<int> m_titles; // by column: which child is its title
+    std::vector<int> m_titles; // for each column, the index of its title
     int m_titleCount = 0;
     int m_rowCount = 0;
 };
 
-/// A cell of a table of the page.
 class PageCellElement final : public PageElement, public QAccessibleTableCellInterface
 {
 public:
