@@ -1,4 +1,4 @@
-# Warnings, Qt's strictness and hardening, in one interface target that every target of the house links.
+# Warnings, Qt's strict definitions and hardening, in one interface target that all targets link.
 add_library(pelmora_options INTERFACE)
 
 option(PELMORA_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" ON)
@@ -19,16 +19,16 @@ target_compile_definitions(pelmora_options INTERFACE
 if(PELMORA_SANITIZERS)
   target_compile_options(pelmora_options INTERFACE
     -fsanitize=${PELMORA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
-    # Of sources that are compiled together, all but the first look like headers.
+    # In a unity build all sources but the first look like headers.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
   target_link_options(pelmora_options INTERFACE -fsanitize=${PELMORA_SANITIZERS})
 else()
-  # _FORTIFY_SOURCE needs optimisation, and the sanitizers replace what it checks.
+  # _FORTIFY_SOURCE needs optimisation, and sanitizers replace the functions that it checks.
   target_compile_options(pelmora_options INTERFACE
     $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong>)
 endif()
 
-# What is delivered does not tell where it was built: the same sources make the same bytes in every folder.
+# Programs do not contain the build folder's path, so the same sources give the same files in any folder.
 target_compile_options(pelmora_options INTERFACE "$<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>")
 
 target_link_options(pelmora_options INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed)

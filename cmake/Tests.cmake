@@ -1,9 +1,9 @@
-# A folder that is never made, for what a test must not find.
+# A folder that does not exist, for files that a test must not find.
 set(PELMORA_ABSENT ${CMAKE_BINARY_DIR}/absent)
 
 # pelmora_test(<name> SOURCES <file>... LIBRARIES <target>... [LABELS <label>...] [DEPENDS <target>...] [ENVIRONMENT ...])
-# One QtTest program: a test of the same name, without a display unless its label says otherwise, and without the card
-# readers of the machine.
+# A QtTest program and a test of the same name. It has no display, unless its label asks for one, and does not use the
+# machine's card readers.
 function(pelmora_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS;DEPENDS;ENVIRONMENT")
   add_executable(${name} ${arg_SOURCES})

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the release and runs every benchmark beside the floor that it is measured against. The window's idleness is
-# watched for the seconds that PELMORA_IDLE_SECONDS names (60).
+# Builds the release and runs every benchmark with its baseline. PELMORA_IDLE_SECONDS sets for how long the idle window
+# is measured (60).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Formats the sources; with --check, only tells which ones are not formatted, and fails if there are any.
+# Formats the sources; with --check, only lists unformatted ones and fails if there are any.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh

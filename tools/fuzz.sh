@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets and runs each for a while (seconds as the argument, 30 otherwise) from its seed corpus. What the
-# fuzzer finds on its way stays in build/fuzz, and so does an input that breaks something.
+# Builds the fuzz targets and runs each from its seed corpus for the given number of seconds (default 30). New inputs and
+# failing ones are kept in build/fuzz.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the release and makes the portable copy of it, build/pelmora-<version>-portable.tar.zst: a folder Pelmora.app
-# that runs from wherever it is unpacked. Prints its path. The same sources make the same bytes.
+# Builds the release and packs the portable copy, build/pelmora-<version>-portable.tar.zst: a folder Pelmora.app that runs
+# in any place. Prints the path. The same sources give the same archive.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh
@@ -14,7 +14,7 @@ archive=$PWD/build/pelmora-$version-portable.tar.zst
 tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT
 chmod 755 "$tree"
-# Without what only developers need, which is a component of its own.
+# Without the component for developers.
 cmake --install build/release --prefix "$tree/Pelmora.app" --strip --component Unspecified >&2
 
 made=$(git log -1 --format=%ct 2>/dev/null || date +%s)

@@ -1,50 +1,50 @@
-# Debian packages that Pelmora needs, by purpose, and the one way to install them. Sourced by the other scripts.
+# Debian packages that Pelmora needs, by purpose, and a function to install them. Sourced by the other scripts.
 
 build_packages=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-svg-dev libxml2-dev libplist-dev libfmt-dev libcups2-dev libsodium-dev libxcb1-dev
     libpcsclite-dev libseccomp-dev
-    # The French texts of Qt's own dialogs.
+    # French texts of Qt's own dialogs.
     qt6-translations-l10n
     # The page's fonts are cut from Roboto when the program is built.
     fonts-roboto-unhinted python3 python3-fonttools
 )
 
-# What the portable copy is packed with.
+# For packing the portable copy.
 portable_packages=(zstd)
 
 test_packages=(
-    # What the tests read PDF files with; the validator of PDF/A is a Java program.
+    # For reading PDF files in tests; the validator of PDF/A is a Java program.
     poppler-utils qpdf default-jre-headless
     libpdfbox2-java libfontbox2-java libcommons-logging-java libjaxb-api-java libactivation-java
-    # Windows: a display, a window manager, and the accessibility bus that the tests drive them by.
+    # Windows: a display, a window manager, and the accessibility bus for controlling them.
     xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils wmctrl trayer
-    # Windows once more where there is no X server: a compositor, and Qt's part for it.
+    # Windows on Wayland: a compositor and Qt's plugin.
     sway qt6-wayland
-    # What the tests' own session manager is made of.
+    # For the tests' session manager.
     libsm-dev
-    # What the man page is checked with.
+    # For checking the man page.
     mandoc
-    # A print server of the tests' own.
+    # For the tests' print server.
     cups-daemon cups-client cups-filters-core-drivers
-    # Validators of what desktops are told.
+    # Validators of the files for desktops.
     desktop-file-utils appstream
-    # A font of the system's, for what the page's own font lacks.
+    # A system font for characters that are missing in the page's font.
     fonts-dejavu-core
-    # Certificates, keys and signatures of the tests' own.
+    # For the tests' certificates, keys and signatures.
     openssl
-    # Card readers that are programs, behind a PC/SC service of the tests' own, and the card service's own channel.
+    # Simulated card readers with the tests' PC/SC service, and the card service's channel.
     pcscd vsmartcard-vpcd python3-cbor2
-    # Faults and limits.
+    # For faults and limits.
     procps strace
-    # The portable copy's form.
+    # For the portable copy.
     zstd
 )
 
 bench_packages=(
-    # A desktop for the window, and what watches it.
+    # A desktop for the window, and tools to measure it.
     xvfb xauth openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 procps libxcb-damage0-dev libxcb-xtest0-dev
-    # A card reader that is a program.
+    # A simulated card reader.
     pcscd vsmartcard-vpcd
 )
 
@@ -52,7 +52,7 @@ check_packages=(
     git clang-format-19 clang-tidy-19 clang-19 libclang-rt-19-dev
 )
 
-# ensure_packages NAME...: installs those that are missing, as root or through sudo.
+# ensure_packages NAME...: installs missing packages, as root or with sudo.
 ensure_packages() {
     local missing=() name
     for name in "$@"; do

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds Pelmora, and starts it with the simulated reader. Without a display it makes the
-# specimen attestation instead and prints its path.
+# attestation of the specimen card and prints its path.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Every test under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer; the card client's under
-# ThreadSanitizer; and each fuzz target for a while (seconds each, 30 unless given).
+# ThreadSanitizer; and each fuzz target for the given number of seconds (default 30).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh

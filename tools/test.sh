@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what the tests need, builds, and runs every test; ends with the summary of ctest.
+# Installs what the tests need, builds, and runs all tests.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh
