@@ -1,14 +1,14 @@
-"""Hears the display's bell."""
+"""Observes the display's bell."""
 
 import ctypes
 
-# Of the X keyboard extension.
+# Numbers of the X keyboard extension.
 _CORE_KEYBOARD = 0x100
 _BELL_NOTIFY = 8
 
 
 class Bell:
-    """Counts how often the bell has rung since this was made."""
+    """The number of bells since this object was made."""
 
     def __init__(self):
         self._x11 = ctypes.CDLL("libX11.so.6")

@@ -1,11 +1,11 @@
-"""Card services that behave as they are told."""
+"""Card services with a given behaviour."""
 
 import json
 import os
 
 
 class CardService:
-    """A program in the folder that is a card service with that behaviour, and notes what it is asked for."""
+    """Makes a card service program with that behaviour in the folder. It records its requests."""
 
     def __init__(self, folder, program, *behaviour):
         self.path = os.path.join(folder, "service")
@@ -16,6 +16,6 @@ class CardService:
         os.chmod(self.path, 0o755)
 
     def requests(self, command):
-        """How often it was asked for that."""
+        """The number of requests with that command."""
         with open(self._record, encoding="utf-8") as file:
             return sum(json.loads(line).get("Command") == command for line in file if line.startswith("{"))

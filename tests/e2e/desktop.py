@@ -1,4 +1,4 @@
-"""Drives programs in real windows, through the accessibility tree."""
+"""Controls programs with real windows through the accessibility tree."""
 
 import os
 import re
@@ -17,7 +17,7 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 
 def walk(node):
-    """The node and all below it; nodes that die meanwhile are passed over."""
+    """The node and all nodes below it; nodes that disappear meanwhile are skipped."""
     yield node
     try:
         children = [node.get_child_at_index(index) for index in range(node.get_child_count())]
@@ -38,13 +38,13 @@ def wait(condition, seconds=15):
             value = None
         if value:
             return value
-        # The accessibility bus has no event for everything that is waited for here.
+        # Polls: the accessibility bus does not have an event for everything.
         time.sleep(0.01)
     raise AssertionError("waited in vain")
 
 
 def act(found):
-    """Does what the control that is found is for. One that is disabled has no actions, and is waited for."""
+    """Activates the found control. A disabled control has no actions: waits until it is enabled."""
     def actions():
         control = found()
         action = control and control.get_action_iface()
@@ -53,7 +53,7 @@ def act(found):
 
 
 class Application:
-    """A running program with a home of its own; a context manager that leaves nothing behind.
+    """A running program with its own home; a context manager that cleans up.
 
     The environment's values replace or add to the usual ones (None takes one away); a home that is given is kept."""
 
@@ -113,7 +113,7 @@ class Application:
         wait(lambda: self.find_now(role, name) is None)
 
     def names(self):
-        """What is on the screen, for people who read that a test failed."""
+        """The content of the screen, for messages of failed tests."""
         found = []
         for node in walk(self.node()):
             try:
@@ -124,7 +124,7 @@ class Application:
         return found
 
     def press(self, role, name, showing=True):
-        """Does what the control is for: presses the button, chooses the menu's entry."""
+        """Activates the control: presses the button, chooses the menu entry."""
         self.find(role, name, showing)
         act(lambda: self.find_now(role, name, showing))
 
@@ -167,13 +167,13 @@ class Application:
                         *["click", button] * abs(notches)], check=True)
 
     def _middle_on_wayland(self, control):
-        """The control's middle on the screen: programs know places in their windows only."""
+        """The control's centre on the screen: programs know only positions in their windows."""
         window = control
         while window.get_parent().get_role_name() != "application":
             window = window.get_parent()
 
         def place():
-            """Where the window is, once the compositor gives it the size that the program has."""
+            """The window's position, when the compositor has given it the program's size."""
             size = Atspi.Component.get_extents(window, Atspi.CoordType.WINDOW)
             for shown in wayland.windows(window.get_name()):
                 outside, inside = shown["rect"], shown["window_rect"]
@@ -195,7 +195,7 @@ class Application:
 
 
 class Opener:
-    """Stands in for the desktop's way to open files and addresses, and notes what it was asked for."""
+    """Replaces the desktop's program for opening files and addresses, and records the requests."""
 
     def __init__(self, folder):
         self._record = os.path.join(folder, "opened")
@@ -208,7 +208,7 @@ class Opener:
         self.environment = {"PATH": programs + os.pathsep + os.environ["PATH"]}
 
     def opened(self):
-        """What it was asked to open, in order."""
+        """The opened files and addresses, in order."""
         try:
             with open(self._record, encoding="utf-8") as file:
                 return file.read().splitlines()
@@ -217,7 +217,7 @@ class Opener:
 
 
 def _some_window_is_active():
-    """Whether a program knows that it has the keyboard, which on Wayland it learns after the window is there."""
+    """Whether a program knows that it has the keyboard focus: on Wayland it gets that later than its window."""
     desktop = Atspi.get_desktop(0)
     for index in range(desktop.get_child_count()):
         try:
@@ -231,7 +231,7 @@ def _some_window_is_active():
 
 
 def key(*names):
-    """Strikes keys or combinations of keys (as "ctrl+w") in the active window."""
+    """Presses keys or combinations of keys (such as "ctrl+w") in the active window."""
     if wayland.HERE:
         wait(_some_window_is_active)
         for name in names:
@@ -241,7 +241,7 @@ def key(*names):
 
 
 def is_running(pid):
-    """Whether the process lives; one that has ended and waits to be asked for does not."""
+    """Whether the process is running. A zombie process is not."""
     try:
         with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
             return file.read().rpartition(")")[2].split()[0] not in "ZX"

@@ -1,4 +1,4 @@
-"""Reads PDF documents back: their sheets, their texts with their places, their ink."""
+"""Reads PDF documents: pages, texts with positions, painted areas."""
 
 import re
 import subprocess
@@ -19,7 +19,7 @@ def sheet_of(path):
 
 
 def words_of(path):
-    """The words and their boxes (left, top, right, bottom) in points, in an order that their places do not change."""
+    """The words and their boxes (left, top, right, bottom) in points, in the document's order."""
     text = output_of("pdftotext", "-bbox", path, "-").decode()
     found = re.findall(r'<word xMin="([-\d.]+)" yMin="([-\d.]+)" xMax="([-\d.]+)" yMax="([-\d.]+)">(.*?)</word>', text)
     return [(word, tuple(float(value) for value in box)) for *box, word in found]

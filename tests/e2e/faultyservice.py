@@ -1,4 +1,4 @@
-"""A card service with a fault, which follows from a number. Usage: faultyservice.py NUMBER SPECIMEN [--patient]
+"""A card service with a fault that is computed from a number. Usage: faultyservice.py NUMBER SPECIMEN [--patient]
 
 One that is for the patient may also keep silent or talk for ever, until the application no longer waits. The first line on
 standard error names the fault. The memory of a run is measured with the service's own, which takes little whatever it sends.
@@ -46,7 +46,7 @@ def encode(value):
 
 
 class Raw:
-    """Bytes in the place of a value."""
+    """Raw bytes instead of a value."""
 
     def __init__(self, data):
         self.data = data
@@ -56,7 +56,7 @@ class Raw:
 
 
 def requests():
-    """The number and the command of each request. The application's own messages are sound: no more is looked at."""
+    """The number and the command of each request. The application's messages are valid: nothing else is checked."""
     buffer = b""
     while True:
         part = os.read(0, 65536)
@@ -312,7 +312,7 @@ def closed(chance, number, reply):
 
 
 def child(chance, number, reply):
-    """Leaves a child that holds the pipes."""
+    """Leaves a child process that keeps the pipes open."""
     if os.fork() == 0:
         signal.alarm(10)
         wait_for_ever()
@@ -353,7 +353,7 @@ def chatter_for_ever(chance, number, reply):
         os.write(2, b"bruit\n" * 1000)
 
 
-# The right card comes all the same.
+# The correct card is sent too.
 HARMLESS = (late, in_pieces, unsolicited, chatter)
 QUICK = HARMLESS + (garbage, cut, flipped, huge, tags, unknown_keys, deep, lie, odd_frame, missing, wrong_number, twice,
                     no_answer, failure, crash, closed, child, readers, card, card, card, card, card, card)
@@ -361,7 +361,7 @@ LASTING = (silence, flood, chatter_for_ever)
 
 
 def choice(number, patient):
-    """The chance that follows from the number, the fault and the command that it comes at."""
+    """A random generator seeded by the number, the fault and its command."""
     chance = random.Random(number)
     if patient and chance.random() < 0.03:
         fault = chance.choice(LASTING)
@@ -377,7 +377,7 @@ def choice(number, patient):
 
 def main():
     with open(sys.argv[2], encoding="utf-8") as file:
-        # Each card is somebody else's.
+        # Each card is another person's.
         specimen = file.read().replace("Hélène", f"Hélène {sys.argv[1]}")
     chance, fault, at = choice(int(sys.argv[1]), "--patient" in sys.argv)
     os.write(2, f"{fault.__name__} at {at}\n".encode())

@@ -1,4 +1,4 @@
-"""A reading library that is installed on the system, where a test alone sees it: in a mount namespace of its own."""
+"""Installs a reading library where only the test sees it: in its own mount namespace."""
 
 import os
 import shutil
@@ -10,7 +10,7 @@ LIBRARY = os.path.join(FOLDER, "reading-library.so")
 
 
 def lay_over_system():
-    """Lets this process change /usr/lib for itself alone."""
+    """Lets this process change its own view of /usr/lib."""
     layer = tempfile.mkdtemp()
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "none", layer], check=True)
     for name in ("upper", "work"):

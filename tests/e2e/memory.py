@@ -1,4 +1,4 @@
-"""What is left in another process's memory."""
+"""Searches another process's memory."""
 
 import re
 
@@ -20,13 +20,13 @@ def writable_memory(pid):
 
 
 def traces(pid, texts):
-    """Where the process's memory holds one of the texts: "text as encoding in mapping"."""
+    """The places of the texts in the process's memory: "text as encoding in mapping"."""
     forms = [(text, encoding, text.encode(encoding)) for text in texts for encoding in ENCODINGS]
     return [f"{text} as {encoding} in {line}" for line, content in writable_memory(pid)
             for text, encoding, form in forms if form in content]
 
 
 def is_sanitized(pid):
-    """Whether the process keeps what it gives back, so that mistakes are found."""
+    """Whether the process keeps freed memory, as sanitizers do."""
     with open(f"/proc/{pid}/maps", encoding="utf-8") as maps:
         return any("libasan" in line or "libtsan" in line for line in maps)

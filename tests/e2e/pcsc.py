@@ -14,7 +14,7 @@ import tempfile
 import time
 
 DRIVER = "/usr/lib/pcsc/drivers/serial/libifdvpcd.so"
-# The one model that the application accepts.
+# The only model that the application accepts.
 MODEL = "Feitian SCR301"
 
 CONFIGURATION = """\
@@ -25,7 +25,7 @@ CHANNELID {channel}
 """
 
 
-# A test that is killed leaves nothing behind. What it is put before ends with the thread that started it.
+# Ends the started program with the thread that started it, also when a test is killed.
 ENDING_WITH_PARENT = ("setpriv", "--pdeathsig", "KILL")
 
 
@@ -50,7 +50,7 @@ def wait_until(condition, seconds=15, what="the condition"):
 
 
 def is_listening(port):
-    """Whether somebody listens on that port, told without connecting to it, which would put a card in."""
+    """Whether a program listens on that port. Does not connect, which would insert a card."""
     with open("/proc/self/net/tcp", encoding="ascii") as table, open("/proc/self/net/tcp6", encoding="ascii") as more:
         rows = [line.split() for line in [*table, *more]]
     LISTEN = "0A"
@@ -58,9 +58,9 @@ def is_listening(port):
 
 
 class Reader:
-    """A reader for virtual cards, which come to the port. Its driver gives each reader a second, empty slot."""
+    """A reader for virtual cards, which connect to the port. Its driver gives each reader a second, empty slot."""
 
-    # Below those that the kernel gives to the cards' own ends.
+    # Below the ports that the kernel gives to the cards' sockets.
     ports = itertools.count(20000, 2)
 
     def __init__(self, name=MODEL):
@@ -68,7 +68,7 @@ class Reader:
         self.port = next(self.ports)
 
     def configuration(self, folder):
-        # With one driver file for two readers the cards of one would turn up in the other.
+        # With one driver file for two readers the cards of one would appear in the other.
         driver = os.path.join(folder, f"libifd-{self.port}.so")
         if not os.path.exists(driver):
             shutil.copyfile(DRIVER, driver)
@@ -80,7 +80,7 @@ class Reader:
 
 
 class DriverReader:
-    """A reader of another driver, which is told a device."""
+    """A reader with another driver and a device."""
 
     def __init__(self, driver, device, name=MODEL):
         self.name = name
@@ -95,7 +95,7 @@ class DriverReader:
 
 
 class PcscService:
-    """A running pcscd with the given readers; a context manager that leaves nothing behind."""
+    """A running pcscd with the given readers; a context manager that cleans up."""
 
     def __init__(self, *readers, **environment):
         self.readers = readers
@@ -127,12 +127,12 @@ class PcscService:
         return os.path.join(self.root, "run", "pcscd", "pcscd.comm")
 
     def environment(self):
-        """The variables that lead a program to this service."""
+        """The environment variables for using this service."""
         return {"PCSCLITE_CSOCK_NAME": self.socket}
 
     def start(self):
         """Starts the service and waits until it has its readers."""
-        # The service's folder has a fixed place, which it is given where it alone sees it.
+        # The service's folder has a fixed path: it is mounted in the service's own namespace.
         script = 'mount --bind "$0/run" /run && exec /usr/sbin/pcscd --foreground --config "$0/readers" "$@"'
         self.process = subprocess.Popen(
             [*ENDING_WITH_PARENT, "unshare", "--mount", "sh", "-c", script, self.root, *self.polkit_option()],
@@ -174,7 +174,7 @@ class PcscService:
 
 
 class OtherProgram:
-    """Another program that uses the reader meanwhile (fakes/pcscclient.py); a context manager."""
+    """Another program that uses the reader (fakes/pcscclient.py); a context manager."""
 
     PROGRAM = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes", "pcscclient.py")
 

@@ -22,7 +22,7 @@ DOWNLOADS_NOTE = "This will keep your Downloads folder uncluttered."
 PASSWORD_NOTE = "Note that this will require an administrator password."
 MOVE = "Move to Applications Folder"
 STAY = "Do Not Move"
-# Of the system log: the user's programs, and each line's weight.
+# The system log's facility for user programs, and priorities.
 INFO, WARNING, ERROR = 8 + 6, 8 + 4, 8 + 3
 BOX = "Do not show this message again"
 
@@ -33,7 +33,7 @@ def program_of(bundle):
 
 
 def make_bundle(path):
-    """A portable copy at the path: the small program in the place of the window's, among the texts."""
+    """A portable copy at the path, with the small program instead of the window's, and the texts."""
     for folder in ("bin", os.path.join("libexec", "pelmora")):
         os.makedirs(os.path.join(path, folder))
     shutil.copy(os.path.join(STAGE, "bin", "pelmora"), os.path.join(path, "bin", "pelmora"))
@@ -44,7 +44,7 @@ def make_bundle(path):
 
 
 def unpack(path):
-    """A portable copy of the whole tree, through the form that it is delivered in."""
+    """A portable copy of the whole tree, unpacked from an archive."""
     folder, name = os.path.split(path)
     os.makedirs(folder, exist_ok=True)
     archive = os.path.join(folder, "portable.tar.zst")

@@ -1,4 +1,4 @@
-"""A print server of the test's own: nothing of the system's is touched, and several can run side by side."""
+"""A print server for tests: it does not change the system's one, and several can run at the same time."""
 
 import ctypes
 import os
@@ -9,7 +9,7 @@ import subprocess
 import tempfile
 import time
 
-# What stands in for a printer: it keeps what would be printed, and what is said about it.
+# Replaces a printer: stores the print data and the job's options.
 BACKEND = r"""#!/bin/sh
 [ $# -eq 0 ] && { echo 'direct catch "Unknown" "Catch"'; exit 0; }
 umask 022
@@ -79,7 +79,7 @@ def printer_description(sheet, margin):
 
 
 def end_with_parent():
-    """In a child: a test that is killed leaves no server behind."""
+    """In the child process: ends the server when the test is killed."""
     PR_SET_PDEATHSIG = 1
     ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
@@ -94,7 +94,7 @@ class Job:
 
 
 class PrintServer:
-    """A running CUPS server; a context manager that leaves nothing behind."""
+    """A running CUPS server; a context manager that cleans up."""
 
     def __enter__(self):
         self.root = tempfile.mkdtemp()
@@ -156,7 +156,7 @@ class PrintServer:
             return ""
 
     def environment(self):
-        """The variables that lead a program to this server."""
+        """The environment variables for using this server."""
         return {"CUPS_SERVER": self.socket}
 
     def run(self, *command, check=True):
@@ -181,7 +181,7 @@ class PrintServer:
         self.run("lpadmin", "-d", name)
 
     def jobs(self, queue):
-        """What was caught so far, oldest first."""
+        """The received jobs, oldest first."""
         folder = self.path("caught-" + queue)
         names = [name for name in os.listdir(folder) if re.fullmatch(r"\d+\.pdf", name)]
         return [Job(os.path.join(folder, name)) for name in sorted(names, key=lambda name: int(name[:-4]))]
@@ -190,7 +190,7 @@ class PrintServer:
         return self.wait(lambda: len(self.jobs(queue)) >= count and self.jobs(queue))
 
     def stall(self):
-        """From now on connections are accepted, and nothing is ever answered."""
+        """Accepts connections from now on, but never answers."""
         self.process.send_signal(signal.SIGSTOP)
 
     def resume(self):

@@ -14,7 +14,7 @@ PATIENCE = 40  # seconds; more than any call to a reader may take
 
 
 class _Replies:
-    """The file that messages are decoded from, which is waited for no longer than the patience lasts."""
+    """The file that messages are decoded from, with a time limit."""
 
     def __init__(self, descriptor):
         self.descriptor = descriptor
@@ -49,7 +49,7 @@ class CardService:
         self.before = None  # what its process does before it becomes the service
 
     def __enter__(self):
-        # A file, not a pipe: what is told is read when it is wanted, and never stops the service.
+        # A file, not a pipe: it never blocks the service.
         self.errors = os.memfd_create("errors")
         self.process = subprocess.Popen([*ENDING_WITH_PARENT, self.program, *self.arguments], env=self.environment,
                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors,
@@ -95,7 +95,7 @@ class CardService:
         return reply["Vitale"] if reply["Status"] == "success" else reply.get("Result")
 
     def read_soon(self):
-        """What a read gives once the reader is not taken for empty any more: a card that comes is known a moment later."""
+        """The result of a read after the card was noticed, which takes a moment."""
         CARD_ABSENT = 11
         return next(result for result in (self.read() for _ in range(10)) if result != CARD_ABSENT)
 
@@ -105,7 +105,7 @@ class CardService:
         return self.process.wait(timeout=PATIENCE)
 
     def log(self):
-        """What it has told so far."""
+        """Its log so far."""
         size = os.fstat(self.errors).st_size
         return os.pread(self.errors, size, 0).decode()
 
@@ -116,11 +116,11 @@ class CardService:
         return len(os.listdir(f"/proc/{self.process.pid}/task"))
 
     def is_sanitized(self):
-        """Whether it keeps what it gives back for a while, to find uses of it."""
+        """Whether it keeps freed memory for a while, as sanitizers do."""
         with open(f"/proc/{self.process.pid}/maps", encoding="utf-8") as file:
             return "libasan" in file.read()
 
     def private_memory(self):
-        """Kilobytes that are its own, and not those of a file."""
+        """Its private memory in kilobytes."""
         with open(f"/proc/{self.process.pid}/smaps_rollup", encoding="ascii") as file:
             return sum(int(line.split()[1]) for line in file if line.startswith(("Private_Dirty:", "Swap:")))

@@ -64,7 +64,7 @@ def main():
         return True
 
     GLib.io_add_watch(sys.stdin.fileno(), GLib.IO_IN | GLib.IO_HUP, hear)
-    # Ready is when the name is there: nobody sees the object before.
+    # Ready when the name is owned.
     Gio.bus_own_name_on_connection(watcher.bus, NAME, Gio.BusNameOwnerFlags.NONE,
                                    lambda *_: print("ready", flush=True), None)
     loop.run()

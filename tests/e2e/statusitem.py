@@ -1,4 +1,4 @@
-"""Items of the desktop's status bar, as the bar sees them."""
+"""Status items as a status bar sees them."""
 
 import os
 import subprocess

@@ -1,4 +1,4 @@
-"""A system log of the test's own, in a mount namespace of its own."""
+"""A system log for a test, in its own mount namespace."""
 
 import os
 import socket
@@ -11,7 +11,7 @@ def mount(*arguments):
 
 
 class SystemLog:
-    """A /dev that this namespace alone sees, with a socket where programs log."""
+    """A /dev in this namespace only, with the system log's socket."""
 
     def __init__(self):
         self._folder = tempfile.mkdtemp()
@@ -26,7 +26,7 @@ class SystemLog:
         self.socket.settimeout(10)
 
     def lines(self):
-        """What was logged and has not been read, without waiting."""
+        """New log lines, without waiting."""
         self.socket.setblocking(False)
         lines = []
         while True:

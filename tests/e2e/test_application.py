@@ -1,4 +1,4 @@
-"""The application at the counter, from the first window to the last. Usage: test_application.py STAGE FAKE_SERVICE"""
+"""The application's windows from start to end. Usage: test_application.py STAGE FAKE_SERVICE"""
 
 import os
 import shutil
@@ -161,7 +161,7 @@ class Reading(Desk):
 
     def test_a_read_that_takes_long_can_be_cancelled_and_the_next_one_has_a_new_service(self):
         pelmora = self.start_bound("--simulate")
-        # Stopped, it is as silent as one that hangs in its reader, and answers late once it goes on.
+        # A stopped service does not answer, like one with a hanging reader, and answers late when it continues.
         service = pelmora.children()[0]
         os.kill(service, signal.SIGSTOP)
         pelmora.press("push button", "Lire")

@@ -1,4 +1,4 @@
-"""A card that leaves, or is swapped for another, at the commands of a read. Usage: test_card_removal.py STAGE, in a network
+"""A card that is removed or exchanged at each command of a read. Usage: test_card_removal.py STAGE, in a network
 of its own"""
 
 import contextlib
@@ -16,7 +16,7 @@ from virtualcard import VirtualCard, remove, swap_for  # noqa: E402
 
 STAGE = sys.argv.pop(1)
 CARD_ABSENT, CARD_CHANGED = 11, 15
-# Rounds that go on side by side: most of a round is waiting for the next look into the reader.
+# Parallel rounds: most of a round is waiting for PC/SC to check the reader.
 WORKERS = 8
 
 
@@ -88,7 +88,7 @@ class CardRemoval(unittest.TestCase):
             card = first_card()
             card.before = {number: remove}
             return read(card, Reader())
-        # Before its first answer nobody knows more than that it is not there.
+        # Before its first answer, the card is only known to be absent.
         self.assertEqual(self.results(leave), self.expected(CARD_ABSENT, CARD_CHANGED, CARD_CHANGED))
 
     def test_a_card_that_leaves_after_its_answer_is_not_read_unless_it_was_the_last(self):
@@ -113,7 +113,7 @@ class CardRemoval(unittest.TestCase):
 
     def test_a_card_that_is_swapped_before_its_answer_is_not_read(self):
         results = self.swapped("before")
-        # The other card, before the first has said anything, is a card like another.
+        # If the first card has not answered, the other one is read normally.
         self.assertEqual({number: result for number, (result, _) in results.items()},
                          self.expected(self.second, CARD_CHANGED, CARD_CHANGED))
         self.assert_read_whole(after for _, after in results.values())

@@ -1,4 +1,4 @@
-"""What the card service tells a technician. Usage: test_diagnosis.py STAGE, in a network of its own"""
+"""The card service's diagnosis. Usage: test_diagnosis.py STAGE, in a network of its own"""
 
 import os
 import re
@@ -35,12 +35,12 @@ class DiagnosisTest(unittest.TestCase):
                 lines.append((line[2:22].rstrip(), line[22:]))
             else:
                 lines = sections.setdefault(line, [])
-        # Nothing of the specimen card.
+        # No data of the specimen card.
         self.assertIsNone(re.search("SPECIMEN|2850575", text))
         return run.returncode, {title: dict(found) for title, found in sections.items()}, text
 
     def until(self, reader, label, value, environment):
-        """Diagnoses until PC/SC has seen what was done to the reader."""
+        """Repeats the diagnosis until PC/SC has noticed the change of the reader."""
         end = time.monotonic() + 15
         while time.monotonic() < end:
             code, sections, text = self.diagnose(**environment)

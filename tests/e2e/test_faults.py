@@ -1,4 +1,4 @@
-"""The application where the machine around it is at fault.
+"""The application on a machine with faults.
 
 Usage: test_faults.py STAGE FAKE_SERVICE, in a mount namespace of its own"""
 
@@ -95,7 +95,7 @@ class Faults(unittest.TestCase):
         pelmora.find("label", SUMMARY)
 
     def save(self, pelmora, fails=False):
-        """Saves the card, sees that the application says so, and the truth where it fails, and goes on."""
+        """Saves the card; checks the success message, a warning after a failure, and that the application goes on."""
         pelmora.press("push button", "Enregistrer")
         alert = pelmora.find("alert", "Enregistrement de l'attestation")
         pelmora.find("label", SAVED)

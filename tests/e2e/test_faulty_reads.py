@@ -30,7 +30,7 @@ CARD_CHANGED, READ_ERROR, CARD_MUTE = 15, 17, 25
 
 with open(os.path.join(STAGE, "share", "pelmora", "specimen.xml"), encoding="utf-8") as specimen:
     SPECIMEN_XML = specimen.read()
-# Of two cards every name, number and date differs.
+# Every name, number and date differs between the two cards.
 OTHER_XML = (SPECIMEN_XML.replace("12345<", "99999<").replace("SPECIMEN", "AUTRE").replace("MOD", "TOM")
              .replace("751", "752").replace("1985", "1986").replace("2016", "2017"))
 
@@ -39,7 +39,7 @@ REFUSALS = [bytes.fromhex(status) for status in ("6982", "6A82", "6985", "6A86",
 
 
 def short(answer, _other, chance):
-    """Less data than there are, and the status as it was."""
+    """Fewer data with the right status."""
     return answer[:chance.randrange(max(1, len(answer) - 2))] + answer[-2:]
 
 
@@ -49,14 +49,14 @@ def cut(answer, _other, chance):
 
 
 def flipped(answer, _other, chance):
-    """One bit is another."""
+    """One bit is inverted."""
     changed = bytearray(answer)
     changed[chance.randrange(len(answer))] ^= 1 << chance.randrange(8)
     return bytes(changed)
 
 
 def exchanged(_answer, other, _chance):
-    """What another card says to the same command."""
+    """Another card's answer to the same command."""
     return other
 
 
@@ -72,7 +72,7 @@ class FaultyCard(VirtualCard):
 
     def __init__(self, **options):
         super().__init__(cardlayout.specimen_files(SPECIMEN_XML), **options)
-        # Gets the same commands and is never heard, but for its answer in the place of this card's.
+        # Gets the same commands; only one of its answers is used, instead of this card's.
         self.shadow = VirtualCard(cardlayout.specimen_files(OTHER_XML), **options)
         self.fault_at, self.fault, self.chance = 0, None, None
 
@@ -151,7 +151,7 @@ class Campaign:
             true = service.read()
             card.before = {len(card.commands) + number: be_mute}
             self.note("mute", number, service.read(), true, (CARD_MUTE,))
-            # A PC/SC service does not end while a card keeps it waiting.
+            # A PC/SC service does not end while it waits for a card.
             card.remove()
 
     def run(self, reads, mute):
@@ -180,7 +180,7 @@ class FaultyReads(unittest.TestCase):
                 print(f"{kind:14} {outcome!s:6} {count:6}")
         self.assertEqual(campaign.wrong, [])
         self.assertEqual(sum(campaign.outcomes.values()), (READS or DEFAULT_READS) + MUTE)
-        # What is only shorter is read on.
+        # After a short answer the rest is read.
         self.assertGreater(campaign.outcomes["short", "whole"], 0)
         for kind in KINDS.keys() - {"short"}:
             self.assertGreater(campaign.outcomes[kind, READ_ERROR], 0, kind)

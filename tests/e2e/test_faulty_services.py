@@ -143,7 +143,7 @@ class FaultyServices(unittest.TestCase):
     def test_one_window_outlives_one_service_after_another(self):
         folder = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, folder)
-        # Those that last would take a minute each.
+        # Slow ones would take a minute each.
         with Application(PELMORA, "--card-service", write_service(folder, OPTIONS.first, False)) as pelmora:
             pelmora.find("frame", TITLE)
             while len(services(folder)) < OPTIONS.windows:

@@ -1,4 +1,4 @@
-"""One application on the desk, however often it is started; and how it ends. Usage: test_instance.py STAGE FAKE_SERVICE SESSION_MANAGER"""
+"""A single instance of the application, and its end. Usage: test_instance.py STAGE FAKE_SERVICE SESSION_MANAGER"""
 
 import os
 import signal
@@ -22,7 +22,7 @@ NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/absent/bus"}
 
 
 def start_again(*arguments, environment=None, folder=None, seconds=10):
-    """A later start: its exit code, what it says, and the seconds that it took."""
+    """A later start: its exit code, its output, and its duration in seconds."""
     start = time.monotonic()
     done = subprocess.run([PELMORA, "--simulate", *arguments], env={**os.environ, **(environment or {})}, cwd=folder,
                           capture_output=True, text=True, timeout=seconds, check=False)
@@ -103,7 +103,7 @@ class Instance(unittest.TestCase):
             with open(SPECIMEN, encoding="utf-8") as specimen, open(card, "w", encoding="utf-8") as copy:
                 copy.write(specimen.read().replace(">SPECIMEN<", ">AUTRE<"))
             wait_until_shown(TITLE)
-            # Its name counts from where the later start was made.
+            # A relative path is relative to the folder of the later start.
             self.comes_back_by(lambda: self.assertEqual(
                 start_again(os.path.basename(card), folder=folder)[:2], (0, "")))
             pelmora.find("label", ".*AUTRE.*")
@@ -200,7 +200,7 @@ class End(unittest.TestCase):
             self.assertEqual(len(shown_windows(TITLE)), 1)
 
     def stalling(self, folder, command):
-        """A card service that leaves a command unanswered, and stays when it is told to leave."""
+        """A card service that does not answer a command and does not exit when its input ends."""
         return CardService(folder, FAKE_SERVICE, "--ignore-end", "--do", command, "silent").path
 
     def test_it_ends_while_the_card_service_stalls(self):

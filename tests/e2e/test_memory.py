@@ -17,7 +17,7 @@ STAGE = sys.argv.pop(1)
 UNCLEARED = sys.argv.pop(1)
 ALLOCATOR = sys.argv.pop(1)
 
-# Words that no program has a reason to know.
+# Words that occur in no program.
 TEXTS = ("ZYGOTSPECIMEN", "QUIRINALE", "2870675998877", "12, IMPASSE DES XYLOPHONES")
 CARD = f"""<?xml version="1.0" encoding="UTF-8"?>
 <T_AsnDonneesVitale><tech><numSerie>1</numSerie></tech><listeBenef><T_AsnBeneficiaire><ident>
@@ -55,7 +55,7 @@ class SimulatedCardTest(unittest.TestCase):
         for size in (0, 10_000, 1_000_000):
             with self.subTest(size=size), self.service() as service:
                 self.assertEqual(self.read_and_look(service, size), [])
-                # Nor after more of them.
+                # Also after several reads.
                 self.assertEqual(self.read_and_look(service, size // 3), [])
 
     def test_nor_where_the_machine_has_another_allocator(self):
@@ -70,7 +70,7 @@ class SimulatedCardTest(unittest.TestCase):
 
 
 class CardInAReaderTest(unittest.TestCase):
-    """The whole way of a card: PC/SC, its files, its map."""
+    """A complete read: PC/SC, files, map."""
 
     reader = Reader()
 

@@ -79,7 +79,7 @@ class Portable(PortableTest):
 
     def test_a_file_system_without_locks_keeps_nobody_from_starting(self):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
-        # As a network's file system answers; the tracer is not the program's parent, and sees no leaks.
+        # Like a network file system. The tracer is not the program's parent and does not see leaks.
         with Application("strace", "-D", "-o", "/dev/null", "-e", "inject=flock:error=EBADF",
                          os.path.join(bundle, "bin", "pelmora"), home=self.home,
                          environment={**self.environment, "ASAN_OPTIONS": "detect_leaks=0"}) as pelmora:
@@ -110,7 +110,7 @@ class Portable(PortableTest):
                 self.assertEqual(pelmora.process.wait(timeout=20), 0)
             self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder"),
                                              (INFO, "INFO -- Switching to an already running version")])
-            # This one knows nothing of the first: opening it is starting it once more.
+            # The copy does not know the first one: opening it starts it again.
             wait(lambda: len(processes_of(program_of(self.destination))) == 2)
         self.assertTrue(os.path.exists(bundle))
 
@@ -154,7 +154,7 @@ class Portable(PortableTest):
                 self.assertEqual(again.process.wait(timeout=20), 0)
             self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder"),
                                              (INFO, "INFO -- Switching to an already running version")])
-            # The one that was opened has handed over to the one that runs.
+            # The opened copy has passed its request to the running one.
             wait(lambda: len(processes_of(program)) == 1)
             self.assertEqual(processes_of(program), [moved.process.pid])
         self.assertTrue(os.path.exists(bundle))

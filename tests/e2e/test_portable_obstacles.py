@@ -52,7 +52,7 @@ class Obstacles(PortableTest):
             pass
         self.lock_applications('mount -o remount,bind,rw "$folder" && exec "$@"')
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
-        # As somebody careful unpacks it: afterwards the administrator owns it, and the user is to start it.
+        # Unpacked for one user only; after the move the administrator owns it and users must be able to start it.
         for folder, _, _ in os.walk(bundle):
             os.chmod(folder, 0o700)
         for program in (os.path.join(bundle, "bin", "pelmora"), program_of(bundle)):

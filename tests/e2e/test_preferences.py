@@ -67,7 +67,7 @@ class Preferences(unittest.TestCase):
         return [request[field] for request in found if field in request]
 
     def setting(self, name):
-        """What the settings file says; None where it says nothing."""
+        """The value in the settings file, or None."""
         try:
             with open(self.path("config", "MORVEL", "Pelmora.conf"), encoding="utf-8") as file:
                 lines = dict(line.rstrip("\n").split("=", 1) for line in file if "=" in line)
@@ -138,7 +138,7 @@ class Window(Preferences):
         pelmora = self.start("--simulate")
         wait(lambda: is_in_front(WINDOW))
         key("Right", "Left")
-        # Nothing tells of a fade's end: it is looked at for longer than both fades take.
+        # A fade has no event at its end: checks for longer than both fades take.
         end = time.monotonic() + 1.5
         wait(lambda: self.shown(pelmora) == ["Configuration"] and self.present(pelmora) != ["Configuration"])
         while time.monotonic() < end:
@@ -256,7 +256,7 @@ class Panes(Preferences):
         self.wait_for_mode(pelmora, "Embarquée avec Pelmora")
         wait(lambda: self.requests("Mode") == ["0", "2"])
         wait(lambda: self.setting("MVLVitMode") == "2")
-        # Tab leaves the menu, and does not wait.
+        # Tab leaves the menu, so the choice takes effect at once.
         key("Up", "Up", "Tab")
         self.wait_for_mode(pelmora, "Automatique")
         wait(lambda: self.setting("MVLVitMode") == "0")
@@ -271,7 +271,7 @@ class Panes(Preferences):
         key("alt+l")
         pelmora.turn_wheel("combo box", ".*", 2)
         pelmora.turn_wheel("combo box", ".*", -1)
-        # The key comes after the wheel: what it leads to tells where the wheel has left the menu.
+        # A key after the wheel shows which entry the wheel has left selected.
         key("Down", "Return")
         self.wait_for_mode(pelmora, "Installée sur le système")
         wait(lambda: self.setting("MVLVitMode") == "1")

@@ -54,7 +54,7 @@ class Desk(Application):
 
 @contextlib.contextmanager
 def troubled_desk():
-    """A print server with one queue, which the test is about to trouble, and the application before its viewer."""
+    """A print server with one queue, for tests with faults, and the application with its viewer."""
     with PrintServer() as server:
         server.add_queue("queue")
         server.set_default("queue")
@@ -72,7 +72,7 @@ def key(*names):
 
 
 def key_in(title, name):
-    """Strikes a key once the window has the keyboard."""
+    """Presses a key when the window has the focus."""
     wait(lambda: is_in_front(title))
     key(name)
 
@@ -306,7 +306,7 @@ class PrintDialog(unittest.TestCase):
             desk.press("push button", "Annuler")
             desk.wait_until_gone("label", SEARCH)
             silent.resume()
-            # The next one begins anew, and is the only one.
+            # The next search starts again, and is the only one.
             key_in(VIEWER, "ctrl+p")
             desk.press_in_dialog("Imprimer")
             silent.wait_for_jobs("queue")
@@ -322,7 +322,7 @@ class PrintDialog(unittest.TestCase):
             desk.press_in_dialog("Imprimer")
             desk.find("label", "Le serveur d’impression ne répond pas.")
             desk.press("push button", "OK")
-            # The keyboard goes on where it was.
+            # The focus is where it was.
             wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
 
     def test_a_dialog_that_is_closed_while_the_print_server_stalls_prints_nothing(self):

@@ -73,7 +73,7 @@ class Readers(ObstacleTest):
         self.inserted(specimen_card(), reader)
         self.assertEqual(service.ask("init", Mode="2")["Status"], "success")
         self.assert_read(service)
-        # Nor does a choice that is refused keep it from reading.
+        # A refused choice does not prevent reading either.
         self.assertEqual(service.ask("init", Mode="2")["Status"], "success")
         self.assertEqual(service.ask("set_readers", vitale_reader_name="?", cps_reader_name="?")["Status"], "error")
         self.assert_read(service)

@@ -1,4 +1,4 @@
-"""Cards that come and go all day long. Usage: test_reader_rounds.py STAGE, in a network of its own"""
+"""Many cards one after another. Usage: test_reader_rounds.py STAGE, in a network of its own"""
 
 import os
 import sys
@@ -14,7 +14,7 @@ from virtualcard import VirtualCard  # noqa: E402
 STAGE = sys.argv.pop(1)
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 
-# A round is mostly waiting for the PC/SC service's looks into the reader: some go on side by side.
+# Parallel rounds: most of a round is waiting for PC/SC to check the reader.
 ROUNDS, SERVICES = 200, 4
 WARM_UP = 10  # rounds after which nothing more is to grow
 GROWTH = 64  # kilobytes that are no leak; with one, 40 documents of 3000 characters would be more

@@ -45,7 +45,7 @@ class ReaderUnplugged(unittest.TestCase):
         self.assertEqual(self.service.read(), CARD_ABSENT)
         self.reader.looked.clear()
         self.assertTrue(self.reader.looked.wait(5))
-        # The next look is about to come.
+        # PC/SC is about to check the reader.
         time.sleep(0.25)
         self.service.send("vitale_read")
         time.sleep(0.05)
@@ -101,7 +101,7 @@ class ReaderUnplugged(unittest.TestCase):
         self.reader.insert(VirtualCard({}, atr=b""))
         self.assertEqual(self.service.read(), CARD_MUTE)
         self.reader.remove()
-        # That it has left is not known at once, and it was mute when it was seen last.
+        # PC/SC notices the removal later; the card was mute before.
         wait_until(lambda: self.service.read() == CARD_ABSENT, what="an empty reader")
         self.reader.insert(self.card)
         self.assertEqual(self.service.read(), self.document)

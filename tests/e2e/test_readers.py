@@ -124,7 +124,7 @@ class OneReader(ReaderTest):
     def test_a_card_that_comes_right_after_another_is_read(self):
         with self.specimen():
             self.assertEqual(tree(self.service.read()), tree(SPECIMEN_XML))
-        # Faster than the PC/SC service looks: it knows nothing of the change.
+        # Faster than PC/SC checks the reader: it does not notice the change.
         with VirtualCard(cardlayout.specimen_files(OTHER_XML)) as other:
             other.slip_in(self.readers[0].port)
             self.assertEqual(tree(self.service.read_soon()), tree(OTHER_XML))
@@ -305,7 +305,7 @@ class WithoutTheService(ReaderTest):
         service = self.started()
         self.inserted(card)
         self.assertEqual(service.read(), READER_FAULT)
-        # Its thread may still be at the kill.
+        # Its thread may still be ending it.
         card.remove()
         self.pcsc.start()
         card.before = {}

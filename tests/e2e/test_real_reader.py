@@ -108,7 +108,7 @@ class RealReader(unittest.TestCase):
     def test_a_pcsc_service_that_is_started_late_or_anew_is_found(self):
         self.pcsc.stop()
         pelmora = self.start()
-        # The catalogue's text, and beside it what is really the matter.
+        # The error's text, and the actual reason below it.
         pelmora.find("label", r"Le service des lecteurs de cartes \(PC/SC\) ne répond pas.*")
         self.assert_alert(pelmora, NO_READER)
         self.pcsc.start()
@@ -140,12 +140,12 @@ class RealReader(unittest.TestCase):
         start = time.monotonic()
         pelmora.press("push button", "Lire")
         pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
-        # The window lives meanwhile.
+        # The window responds meanwhile.
         pelmora.find("label", ".*tarde.*")
         wait(lambda: pelmora.find_now("label", READ_ERROR), seconds=DEADLINE + MARGIN)
         self.assertLess(time.monotonic() - start, DEADLINE + MARGIN)
         self.assert_alert(pelmora, READ_ERROR)
-        # Nobody changes cards faster than the reader notices.
+        # Waits until PC/SC has noticed the removal.
         card.remove()
         watch.expect("empty")
         self.inserted()

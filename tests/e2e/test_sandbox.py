@@ -37,7 +37,7 @@ REFUSALS = {
 }
 PERMITTED = dict.fromkeys(("unix", "pcsc", "read", "null", "log", "settings", "self"), "OK")
 
-# A service of the session bus that leaves a trace when it is started.
+# A service of the session bus that writes a file when it is started.
 STARTED_OUTSIDE = "[D-BUS Service]\nName=com.example.Probe\nExec=/usr/bin/touch {trace}\n"
 
 

@@ -31,7 +31,7 @@ def mount(*arguments):
 
 
 class Gate:
-    """A disk whose writes wait while the gate is shut."""
+    """A disk whose writes wait while the gate is closed."""
 
     def __init__(self, folder):
         self._path = os.path.join(folder, "gate")
@@ -103,7 +103,7 @@ class SavingTroubles(unittest.TestCase):
         pelmora.wait_until_gone("alert", title)
 
     def assert_not_saved(self, pelmora, reason, remedy):
-        """The success is announced, then the truth is told, and stays in the panel."""
+        """The success is announced, then the failure is shown, and stays in the panel."""
         pelmora.press("push button", "Enregistrer")
         self.close_alert(pelmora, "Enregistrement de l'attestation", SAVED)
         self.close_alert(pelmora, NOT_SAVED, f"Malgré le message précédent, rien n’a été écrit\xa0: .* {reason}\\.\n\n"
@@ -202,7 +202,7 @@ class SavingTroubles(unittest.TestCase):
                 wait(lambda: Atspi.Component.get_extents(pelmora.find("frame", TITLE),
                                                          Atspi.CoordType.SCREEN).width == size)
                 self.assertLess(time.monotonic() - before, 1)
-            # No other card takes the place of the one that is being saved.
+            # The card that is being saved is not replaced.
             subprocess.run([PELMORA, f"--simulate={self.card}", other], check=True, timeout=10,
                            env={**os.environ, "HOME": self.home, "XDG_CONFIG_HOME": os.path.join(self.home, "config")})
             pelmora.find("label", "Lue le .*\nUn enregistrement est en cours\\.")

@@ -1,4 +1,4 @@
-"""What reaches the system log. Usage: test_system_log.py STAGE, in a mount namespace of its own"""
+"""The system log's lines. Usage: test_system_log.py STAGE, in a mount namespace of its own"""
 
 import os
 import re
@@ -41,7 +41,7 @@ class SystemLogTest(unittest.TestCase):
         line = self.log.recv(65536).decode()
         self.assertRegex(line, rf"(?s)^<11>.{{15}} pelmora\[{pid}\]: Error on folder create '/proc/é\nx' : "
                                "No such file or directory\x00?$")
-        # Standard error is no terminal here: it holds what the command says, and not the log.
+        # Standard error is not a terminal here: it has the command's messages, but not the log.
         self.assertEqual(len(re.findall("Error on folder", errors)), 0)
 
     def test_the_card_service_tells_what_is_missing_once(self):

@@ -1,4 +1,4 @@
-// A card file's bytes to its text, coverage and fund's label, as the simulated reader takes them.
+// Decodes the bytes of a card file and finds its coverage and its fund's label, as the simulated reader does.
 #include "card/wire/XmlBytes.h"
 #include "service/CardCoverage.h"
 #include "service/FundTable.h"
@@ -9,7 +9,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArrayView bytes(data, static_cast<qsizetype>(size));
-    // The same bytes as a fund table too: it is the other file that the service reads.
+    // The same bytes as a fund table, the other file that the service reads.
     FundTable funds;
     [[maybe_unused]] const QStringList skipped = funds.add(QStringLiteral("table"), bytes);
     if (const std::optional<QString> text = decodeXmlBytes(bytes)) {

@@ -1,5 +1,5 @@
-// A decoded card text to its record: nothing but a record or an error, whatever the text. The service looks for the
-// insured person's coverage in the same text by other means, and must find the same.
+// Parses a card's text: the result is a record or an error. The service has another parser for the insured person's
+// coverage, which must find the same.
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
 #include "service/CardCoverage.h"

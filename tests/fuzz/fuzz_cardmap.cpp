@@ -1,6 +1,6 @@
-// What was read of a card, and a map to walk along it: a document that the application understands, or a gap that says
-// what is wrong. The first byte tells which map; after 2, the map itself comes first, up to a null byte. Then come the
-// files that the map wants, each two bytes of length and its content; the highest length stands for a refusal.
+// Makes a document of a card's files by a map: the result is a document that the application understands, or a gap with
+// an explanation. The first byte chooses the map; after 2, the map follows, up to a null byte. Then follow the map's
+// files, each as two bytes of length and its content; the highest length means a refusal.
 #include "card/CardParser.h"
 #include "service/CardCoverage.h"
 #include "service/embedded/CardDocument.h"
@@ -22,7 +22,7 @@ std::expected<CardMap, QString> shippedMap(const char* path)
     return file.open(QIODevice::ReadOnly) ? parseCardMap(file.readAll()) : std::unexpected(file.errorString());
 }
 
-/// Takes bytes off the front, as far as there are any.
+/// Takes bytes from the front, as many as there are.
 class Input
 {
 public:
@@ -79,7 +79,7 @@ void takeFiles(const std::vector<CardFileToRead>& files, Input& input, CardConte
     }
 }
 
-/// Whether the application takes it for a card, or for one without beneficiaries.
+/// Whether the application parses it as a card, with or without beneficiaries.
 bool isCard(const QString& text)
 {
     const std::expected<XmlDocument, Error> document = XmlDocument::fromText(text);

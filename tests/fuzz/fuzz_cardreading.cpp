@@ -1,5 +1,5 @@
-// A card that answers whatever it likes to each command: a document that the application understands, or a failure, and
-// always an end. Each answer is two bytes of length and its content; after the last one the card is gone.
+// Reads a card with arbitrary answers: the result is a document that the application understands, or a failure, and the
+// read always ends. Each answer is two bytes of length and its content; after the last one the card is removed.
 #include "card/CardParser.h"
 #include "service/embedded/CardReading.h"
 #include "service/embedded/SiteMaps.h"
@@ -20,7 +20,7 @@ public:
 
     std::expected<QByteArray, CardFault> transmit(QByteArrayView command) override
     {
-        // Of a short command: the header, and data with their length or what is expected.
+        // A short command: the header, then data with their length, or the expected length.
         if (command.size() < 5 || command.size() > 261)
             std::abort();
         if (m_answers.size() < 2)

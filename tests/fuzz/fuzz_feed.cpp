@@ -1,4 +1,4 @@
-// A feed's bytes to the update that is chosen from it.
+// Parses a feed and chooses an update.
 #include "update/UpdateFeed.h"
 
 #include <cstddef>

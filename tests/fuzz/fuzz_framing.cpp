@@ -1,5 +1,5 @@
-// The channel's bytes to messages, with any keys and with those of replies: whatever comes in, however it is cut, gives
-// the same messages and the same end.
+// Reads messages from a byte stream, with any keys and with those of replies. The messages and the end do not depend on
+// how the stream is split.
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
 

@@ -1,11 +1,11 @@
-"""The folders of the sources as rooms: what each says that it may use, and what it includes."""
+"""The folders of the sources ("rooms"): what each may use, and what it includes."""
 
 import os
 import re
 
 TOPS = ("platform", "support", "update", "card", "service", "prefs", "attestation", "app")
 MOST_MODULES = 20
-# What a room may use that is not a folder of ours.
+# Libraries that a room may use.
 LIBRARIES = {"Qt Core", "Qt Gui", "Qt Widgets", "Qt Svg", "Qt Print Support", "Qt DBus", "Qt Network", "XCB", "PC/SC", "libcups",
              "libplist", "libseccomp", "libsodium", "libxml2", "fmt", "nothing"}
 
@@ -26,7 +26,7 @@ class Room:
             self.modules.add(module)
             with open(os.path.join(folder, name), encoding="utf-8") as file:
                 for included in re.findall(r'^#include "([^"]+)"', file.read(), re.MULTILINE):
-                    # What uic makes lies in the build folder.
+                    # Headers made by uic are in the build folder.
                     if os.path.basename(included).startswith("ui_"):
                         continue
                     where = os.path.dirname(included)
@@ -38,7 +38,7 @@ class Room:
 
 
 def _header(path):
-    """The first lines of a room's build file: what the room is for, and the set of what it may use."""
+    """The first lines of a room's CMakeLists.txt: its purpose, and the set of rooms that it may use."""
     purpose, may_use = "", None
     try:
         with open(path, encoding="utf-8") as file:
@@ -71,7 +71,7 @@ def rooms(root):
 
 
 def faults(found):
-    """What is wrong with the rooms, a line each."""
+    """The faults of the rooms, one line each."""
     lines = []
     for room in found.values():
         if not room.purpose:
@@ -90,7 +90,7 @@ def faults(found):
 
 
 def circles(found):
-    """The first circle of includes, if there is one."""
+    """The first cycle of includes, if there is one."""
     done, path = set(), []
 
     def visit(name):
@@ -115,7 +115,7 @@ def circles(found):
 
 
 def picture(found):
-    """The rooms in the order in which they are built upon each other: modules, and arrows to other rooms."""
+    """The rooms sorted by their dependencies: modules, and arrows to other rooms."""
     order = []
 
     def visit(name):

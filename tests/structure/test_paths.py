@@ -1,4 +1,4 @@
-"""The files that the documentation of the structure names. test_paths.py SOURCES"""
+"""The files named in docs/architecture.md exist. test_paths.py SOURCES"""
 
 import os
 import re

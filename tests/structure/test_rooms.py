@@ -1,4 +1,4 @@
-"""The rule of the folders: each says what it may use, and keeps to it.
+"""Each folder uses only what its CMakeLists.txt allows.
 
 test_rooms.py SOURCES; with --picture after it, prints the rooms instead."""
 
@@ -24,7 +24,7 @@ class Sources(unittest.TestCase):
 
 
 class Rule(unittest.TestCase):
-    """Each fault that the rule is about is found where it is planted."""
+    """Each kind of fault is found in a made-up tree."""
 
     def setUp(self):
         self.root = tempfile.mkdtemp()
