@@ -2,7 +2,6 @@
 
 #include "app/windows/MainWindow.h"
 #include "attestation/print/PrintDesk.h"
-#include "platform/gui/Beep.h"
 #include "platform/gui/WindowActivation.h"
 
 #include <QApplication>
@@ -28,8 +27,8 @@ void FrontWindow::bringBack()
 
 void FrontWindow::alertUser()
 {
-    beep();
-    // What the window says about it is to be seen: it may be the status bar that has asked, over other programs.
+    QApplication::beep();
+    // The request may come from the status item while another program is in front.
     if (QApplication::activeWindow() == nullptr)
         show();
     bringBack();

@@ -5,28 +5,10 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QVariantMap informationIn(const QString& path)
-{
-    QFile file(path);
-    std::optional<QVariant> list;
-    if (file.open(QIODevice::ReadOnly))
-        list = parsePropertyList(file.read(maximumPropertyListSize + 1));
-    if (list && list->typeId() == QMetaType::QVariantMap)
-        return list->toMap();
-    qCritical("The information dictionary cannot be read.");
-    return {};
-}
-
-} // namespace
 
 Bundle::Bundle(QString resourceFolder)
     : m_resourceFolder(std::move(resourceFolder))
@@ -36,13 +18,13 @@ Bundle::Bundle(QString resourceFolder)
 
 Bundle Bundle::mainBundle()
 {
-    // A clean path: users see it in the browser that shows the help.
+    // Without "..": users see the path in the browser that shows the help.
     return Bundle(QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../../share/pelmora"_L1));
 }
 
 std::optional<QString> Bundle::pathForResource(const QString& name, const QString& type) const
 {
-    // Names may come from a card: none may lead out of the resource folder.
+    // Names may come from a card: they must not leave the resource folder.
     if (name.isEmpty() || name.contains(u'/'))
         return std::nullopt;
     QString path = m_resourceFolder + u'/' + name + u'.' + type;
@@ -54,7 +36,7 @@ std::optional<QString> Bundle::pathForResource(const QString& name, const QStrin
 std::optional<QString> Bundle::pathForLocalizedResource(const QString& name, const QString& type,
                                                         const QString& language) const
 {
-    // Languages come from the user's environment: none may lead out of the resource folder either.
+    // Languages come from the user's environment: they must not leave the resource folder.
     if (language.isEmpty() || language.contains(u'/'))
         return std::nullopt;
     return Bundle(m_resourceFolder + u'/' + language + ".lproj"_L1).pathForResource(name, type);
@@ -62,7 +44,12 @@ std::optional<QString> Bundle::pathForLocalizedResource(const QString& name, con
 
 QVariant Bundle::objectForInfoDictionaryKey(QStringView key) const
 {
-    if (!*m_information)
-        *m_information = informationIn(m_resourceFolder + "/Info.plist"_L1);
+    if (!*m_information) {
+        *m_information = dictionaryInFile(m_resourceFolder + "/Info.plist"_L1);
+        if (!*m_information) {
+            qCritical("The information dictionary cannot be read.");
+            m_information->emplace();
+        }
+    }
     return (*m_information)->value(key.toString());
 }

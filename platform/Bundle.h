@@ -1,36 +1,33 @@
 #pragma once
 
-#include <QString>
 #include <QVariant>
 
 #include <memory>
 #include <optional>
 
-/// The installed tree as the programs see it: found from the program's own place, so that the whole tree can be moved.
-/// Main thread only.
+/// The resource folder, found from the program's own path, so that the tree can be moved. Main thread only.
 class Bundle
 {
 public:
-    /// A bundle whose resources lie in the given folder.
+    /// A bundle whose resources are in the given folder.
     explicit Bundle(QString resourceFolder);
 
-    /// The bundle of the running program, which lies in libexec/pelmora: the tree's share/pelmora. Needs a
-    /// QCoreApplication.
+    /// The bundle of the running program: share/pelmora beside libexec/pelmora. Needs a QCoreApplication.
     [[nodiscard]] static Bundle mainBundle();
 
-    /// Path of the resource file "name.type"; absent when there is none. A name that is not a plain file name has none.
+    /// Path of the resource file "name.type"; absent when there is none or when the name contains "/".
     [[nodiscard]] std::optional<QString> pathForResource(const QString& name, const QString& type) const;
 
-    /// Path of that file in a language (as "fr"), in the folder "fr.lproj"; absent when there is none.
+    /// Path of that file in the folder of a language: "fr.lproj" for "fr". Absent when there is none.
     [[nodiscard]] std::optional<QString> pathForLocalizedResource(const QString& name, const QString& type,
                                                                   const QString& language) const;
 
-    /// The value of a key of the information dictionary, the resource "Info.plist"; invalid when it has none. The
-    /// dictionary is read when it is first asked for; one that is missing or broken is empty.
+    /// A value of the resource "Info.plist"; invalid when the key is missing. The file is read at the first call; a
+    /// missing or broken file counts as empty.
     [[nodiscard]] QVariant objectForInfoDictionaryKey(QStringView key) const;
 
 private:
     QString m_resourceFolder;
-    // Copies of the bundle share what one of them has read.
+    // Shared by the copies of a bundle, so that the file is read once.
     std::shared_ptr<std::optional<QVariantMap>> m_information;
 };

@@ -1,13 +1,11 @@
 #pragma once
 
 #include <QMetaType>
-#include <QString>
 #include <QVariant>
 
 #include <optional>
 
-/// A failure as a value: a domain, a code within it and, where there is one, a text for people.
-/// Two errors are equal when domain and code are.
+/// A failure: domain, code and optionally a text for users. Errors with the same domain and code are equal.
 class Error
 {
 public:
@@ -16,17 +14,17 @@ public:
     [[nodiscard]] const QString& domain() const { return m_domain; }
     [[nodiscard]] int code() const { return m_code; }
 
-    /// The text given with the error; absent for errors that carry no user information.
+    /// Absent for errors that were made without a text.
     [[nodiscard]] const std::optional<QString>& description() const { return m_description; }
 
-    /// The same error with more for people to know beside its text: what they can do.
+    /// The same error with a second text for users: what they can do.
     [[nodiscard]] Error withDetail(const QString& detail) const;
-    /// Empty when there is nothing more to know.
+    /// Empty when there is none.
     [[nodiscard]] const QString& detail() const { return m_detail; }
 
-    /// What an alert shows: the description or, where there is none, a sentence that names the domain and the code.
+    /// What an alert shows: the description or else a sentence with the domain and the code.
     [[nodiscard]] QString localizedDescription() const;
-    /// The same where there is one text only, as on a terminal: with the detail on a line of its own.
+    /// The same with the detail on a second line, for a terminal.
     [[nodiscard]] QString localizedDescriptionWithDetail() const;
 
     friend bool operator==(const Error& left, const Error& right)
@@ -43,5 +41,5 @@ private:
 
 Q_DECLARE_METATYPE(Error)
 
-/// The error that a value holds, as user information does; nothing when it holds none.
+/// The error in a value of a notification's user information; absent when the value is something else.
 [[nodiscard]] std::optional<Error> errorInValue(const QVariant& value);

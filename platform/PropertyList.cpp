@@ -1,17 +1,13 @@
 #include "platform/PropertyList.h"
 
 #include <QDateTime>
-#include <QTimeZone>
-#include <QVariantList>
-#include <QVariantMap>
+#include <QFile>
 
 #include <cmath>
 #include <cstdlib>
 #include <memory>
 
 #include <plist/plist.h>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -28,7 +24,9 @@ struct MemoryDeleter
 using IteratorMemory = std::unique_ptr<void, MemoryDeleter>;
 using TextMemory = std::unique_ptr<char, MemoryDeleter>;
 
-// The library walks what is nested by recursion, when it frees it too: deeper lists are refused before it sees them.
+constexpr qsizetype maximumSize = qsizetype{1024} * 1024; // bytes
+
+// libplist reads and frees nested lists by recursion: deeper lists are refused before that.
 constexpr int maximumDepth = 64;
 
 QDateTime referenceDate()
@@ -143,7 +141,7 @@ QVariant valueOf(plist_t node)
     }
 }
 
-// What XML 1.0 has no way to write is replaced; the library would write it as it is.
+// libplist would write characters that XML 1.0 does not allow.
 QByteArray xmlText(QString text)
 {
     for (QChar& character : text) {
@@ -203,7 +201,7 @@ Node nodeOf(const QVariant& value, int depth)
         return Node(plist_new_bool(static_cast<uint8_t>(value.toBool())));
     case QMetaType::Int:
     case QMetaType::LongLong:
-        // The library keeps the bits of a negative number, and writes it with its sign.
+        // libplist keeps the bits of a negative number and writes it with its sign.
         return Node(plist_new_uint(static_cast<uint64_t>(value.toLongLong())));
     case QMetaType::Double:
         return Node(plist_new_real(value.toDouble()));
@@ -227,7 +225,7 @@ Node nodeOf(const QVariant& value, int depth)
 
 std::optional<QVariant> parsePropertyList(const QByteArray& xml)
 {
-    if (xml.isEmpty() || xml.size() > maximumPropertyListSize || isNestedTooDeep(xml))
+    if (xml.isEmpty() || xml.size() > maximumSize || isNestedTooDeep(xml))
         return std::nullopt;
     plist_t read = nullptr;
     plist_from_xml(xml.constData(), static_cast<uint32_t>(xml.size()), &read);
@@ -235,6 +233,17 @@ std::optional<QVariant> parsePropertyList(const QByteArray& xml)
     if (!root)
         return std::nullopt;
     return valueOf(root.get());
+}
+
+std::optional<QVariantMap> dictionaryInFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const std::optional<QVariant> list = parsePropertyList(file.read(maximumSize + 1));
+    if (!list || list->typeId() != QMetaType::QVariantMap)
+        return std::nullopt;
+    return list->toMap();
 }
 
 std::optional<QByteArray> writePropertyList(const QVariant& value)

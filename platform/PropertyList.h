@@ -1,19 +1,17 @@
 #pragma once
 
-#include <QByteArray>
 #include <QVariant>
 
 #include <optional>
 
-// Property lists in XML. A dictionary is a QVariantMap, an array a QVariantList, and their values are texts, booleans,
-// integers of up to 64 bits, reals, dates (QDateTime, in UTC) and data (QByteArray). Usable on any thread.
+// Property lists in XML. A dictionary is a QVariantMap, an array a QVariantList. Values are texts, booleans, integers
+// of up to 64 bits, reals, dates (QDateTime, in UTC) and data (QByteArray). Any thread.
 
-/// Bytes beyond which a property list is not read.
-inline constexpr qsizetype maximumPropertyListSize = qsizetype{1024} * 1024;
-
-/// Reads a property list; nothing when it is not one, or is too large or nested too deep.
+/// Reads a property list; absent when it is not one, is too large or is nested too deep.
 [[nodiscard]] std::optional<QVariant> parsePropertyList(const QByteArray& xml);
 
-/// Writes a property list; nothing when a value in it is of another type. Characters that XML cannot hold become
-/// U+FFFD.
+/// The dictionary in a property list file; absent when the file cannot be read or holds something else.
+[[nodiscard]] std::optional<QVariantMap> dictionaryInFile(const QString& path);
+
+/// Writes a property list; absent for values of other types. Invalid XML characters become U+FFFD.
 [[nodiscard]] std::optional<QByteArray> writePropertyList(const QVariant& value);

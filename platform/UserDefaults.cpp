@@ -1,13 +1,12 @@
 #include "platform/UserDefaults.h"
 
+#include "platform/FileDescriptor.h"
 #include "platform/IntegerValue.h"
 #include "platform/PrivateFolder.h"
 
 #include <QDebug>
 #include <QEvent>
-#include <QFile>
 #include <QFileInfo>
-#include <QMap>
 #include <QSettings>
 #include <QStandardPaths>
 
@@ -18,20 +17,20 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-// An INI file gives a list of one text back as a text, and an empty list as nothing: arrays are written item by item.
+// QSettings reads a list of one text back as a text, and an empty list as nothing: arrays are written item by item.
 constexpr QLatin1StringView arrayItem{"value"};
 constexpr QLatin1StringView arraySize{"/size"};
 
-// QSettings keeps in memory what it cannot write, and below this device nothing can be.
+// No file can be made below this device: QSettings then keeps the values in memory.
 constexpr QLatin1StringView memoryPath{"/dev/null/settings"};
 
 constexpr mode_t others = S_IRWXG | S_IRWXO;
 
-/// Takes the rights of others away from what is open, where it is this user's own.
-void makePrivate(int file, const struct stat& status)
+/// Removes the permissions of others from an open file of this user.
+void makePrivate(const FileDescriptor& file, const struct stat& status)
 {
     if (status.st_uid == geteuid() && (status.st_mode & others) != 0)
-        fchmod(file, status.st_mode & mode_t{07777} & ~others);
+        fchmod(file.get(), status.st_mode & mode_t{07777} & ~others);
 }
 
 enum class Missing
@@ -40,36 +39,32 @@ enum class Missing
     IsMade
 };
 
-/// Makes a settings file its owner's alone. False when what is there is no plain file; nothing then waits for it.
+/// Removes the permissions of others. False when the path is not a plain file. Never waits.
 bool makeFilePrivate(const QString& filePath, Missing missing)
 {
     const int whenMissing = missing == Missing::IsMade ? O_CREAT : 0;
-    const int file = open(QFile::encodeName(filePath).constData(),
-                          O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | whenMissing, S_IRUSR | S_IWUSR);
-    // Absent, or not for us to read: QSettings tells one from the other.
-    if (file < 0)
+    const FileDescriptor file(open(QFile::encodeName(filePath).constData(),
+                                   O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | whenMissing, S_IRUSR | S_IWUSR));
+    // Missing or not readable: QSettings handles both.
+    if (!file.isValid())
         return true;
     struct stat status = {};
-    const bool isPlain = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    const bool isPlain = fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
     if (isPlain)
         makePrivate(file, status);
-    close(file);
     return isPlain;
 }
 
-/// Other users can neither list nor open the program's folder, nor what the user has put there.
+/// Keeps other users from listing the program's folder.
 void makeFolderPrivate(const QString& folderPath)
 {
-    const int folder = open(QFile::encodeName(folderPath).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
-        return;
+    const FileDescriptor folder(open(QFile::encodeName(folderPath).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     struct stat status = {};
-    if (fstat(folder, &status) == 0)
+    if (folder.isValid() && fstat(folder.get(), &status) == 0)
         makePrivate(folder, status);
-    close(folder);
 }
 
-/// Where the store is: in its file, or in memory.
+/// The file, or the path that keeps the store in memory.
 QString storePath(const QString& filePath)
 {
     if (filePath == UserDefaults::standardFilePath())
@@ -82,8 +77,8 @@ QString storePath(const QString& filePath)
 
 } // namespace
 
-/// QSettings replaces its file at each write and gives the new one the rights of the old one; a first one has those
-/// that the umask leaves. So before each write a private file is there.
+/// QSettings replaces its file at each write. The new file gets the permissions of the old one or, when there was none,
+/// those of the umask. So a private file is made before the first write.
 class UserDefaults::Store final : public QSettings
 {
 public:
@@ -91,23 +86,22 @@ public:
         : QSettings(filePath, QSettings::IniFormat)
     {
     }
-    Store(const Store&) = delete;
-    Store& operator=(const Store&) = delete;
-    // The base's destructor writes.
+    Q_DISABLE_COPY(Store)
+    // QSettings writes in its destructor.
     ~Store() override { prepareWriting(); }
 
     void synchronize()
     {
         prepareWriting();
         sync();
-        // What another store of this process had set to the same file was written with it.
+        // QSettings writes the values of all its objects for one file together.
         makeFilePrivate(fileName(), Missing::StaysMissing);
     }
 
     void setChanged() { m_isChanged = true; }
 
 protected:
-    // What was set is written when the event loop comes to it.
+    // QSettings writes at this event.
     bool event(QEvent* event) override
     {
         if (event->type() == QEvent::UpdateRequest)
@@ -159,10 +153,10 @@ QVariant UserDefaults::object(const QString& key) const
 
 QVariantList UserDefaults::arrayObject(const QString& key) const
 {
-    // Reading a group moves the store's current one, which no caller sees.
+    // beginGroup changes the object, but restores it at endGroup.
     QSettings& settings = *m_settings;
     settings.beginGroup(key);
-    // The items that are there, and not as many as the file says: that may be any number.
+    // The loop goes over the items in the file: the stored size may be any number.
     const qint64 size = integerValue(settings.value(arraySize.sliced(1)).toString());
     QMap<qint64, QVariant> items;
     for (const QString& number : settings.childGroups()) {

@@ -1,38 +1,31 @@
 #pragma once
 
-#include <QString>
 #include <QVariant>
 
 #include <memory>
 
-class QSettings;
-
-/// The per-user store of settings: an INI file, over registered defaults that live in memory and are never written. The
-/// file names patients (recent attestations): it is its owner's alone (0600), and so is a folder that is made for it.
-/// Main thread only.
+/// The user's settings: an INI file, and registered defaults in memory. The file names patients (recent attestations):
+/// it and a folder made for it can be read by its owner only. Main thread only.
 class UserDefaults
 {
 public:
-    /// A store in the given file, which need not exist; rights of others to an existing one are taken away. In the
-    /// place of anything but a plain file, a pipe for one, the settings live in memory until the store's end.
+    /// A store in the given file, which may be missing. Permissions of others to an existing file are removed. When the
+    /// path is not a plain file, for example a pipe, the settings are kept in memory only.
     explicit UserDefaults(const QString& filePath);
-    UserDefaults(const UserDefaults&) = delete;
-    UserDefaults& operator=(const UserDefaults&) = delete;
-    /// Writes what was set.
+    Q_DISABLE_COPY(UserDefaults)
     ~UserDefaults();
 
-    /// The file of the current user: MORVEL/Pelmora.conf in the XDG configuration folder.
     [[nodiscard]] static QString standardFilePath();
 
-    /// Values that are read where the user has stored none.
+    /// Values for keys that the user has not set.
     void registerDefaults(const QVariantMap& defaults);
 
-    /// The stored value, else the registered one, else an invalid value. An array is a QVariantList of any length.
+    /// The stored value or else the registered one; invalid when there is neither. An array is a QVariantList.
     [[nodiscard]] QVariant object(const QString& key) const;
     void setObject(const QString& key, const QVariant& value);
     void remove(const QString& key);
 
-    /// Forces what was set to the disk.
+    /// Writes changes to the file, and reads those of other processes.
     void synchronize();
 
 private:

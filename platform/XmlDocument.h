@@ -2,7 +2,6 @@
 
 #include "platform/Error.h"
 
-#include <QByteArray>
 #include <QString>
 
 #include <cstddef>
@@ -20,17 +19,17 @@ struct _xmlNode; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-
 class XmlNode
 {
 public:
-    /// Elements that a path leads to, in document order. A path is element names joined by "/"; one that begins with
-    /// "/" starts at the document node, any other at this node.
+    /// The elements at a path, in document order. A path is element names joined by "/"; it starts at this node or,
+    /// with a leading "/", at the document node.
     [[nodiscard]] std::vector<XmlNode> nodes(std::string_view path) const;
 
     /// The first of nodes(path).
     [[nodiscard]] std::optional<XmlNode> firstNode(std::string_view path) const;
 
-    /// Whether the node has a child of any kind (an element, a text, a comment).
+    /// Whether the node has an element, a text or a comment in it.
     [[nodiscard]] bool hasChildren() const;
 
-    /// The text of the node and of all that it contains, joined.
+    /// All texts in the node, joined.
     [[nodiscard]] QString stringValue() const;
 
 private:
@@ -43,19 +42,17 @@ private:
     const _xmlNode* m_node;
 };
 
-/// A well-formed XML document, parsed strictly: a document type without declarations is ignored, one with declarations
-/// is refused; no entity of its own, nothing fetched, nesting and text sizes bounded. Usable on any one thread at a
-/// time.
+/// A well-formed XML document. A document type is ignored, and refused when it contains declarations; entities are
+/// refused and no other file is read. Size and nesting are limited. Used by one thread at a time.
 class XmlDocument
 {
 public:
-    /// The domain of the errors that parsing gives.
     static constexpr QLatin1StringView errorDomain{"XML"};
 
-    /// Bytes, in UTF-8, beyond which a text is refused before it is parsed.
+    /// Bytes, in UTF-8.
     static constexpr std::size_t maximumSize = std::size_t{16} * 1024 * 1024;
 
-    /// Parses a text that is already decoded: the encoding that it declares is ignored.
+    /// Parses decoded text: an encoding that it declares is ignored.
     [[nodiscard]] static std::expected<XmlDocument, Error> fromText(const QString& text);
 
     [[nodiscard]] XmlNode documentNode() const;

@@ -7,36 +7,35 @@
 #include <memory>
 #include <thread>
 
-/// Does slow work with files on a thread of its own, one piece after another in the order of the calls, so that a slow
-/// disk cannot hold up the windows. The thread comes with the work and goes when there is none. Main thread only.
+/// Runs slow work with files on its own thread, one task after another, so that a slow disk does not block the windows.
+/// The thread exists only while there is work. Main thread only.
 class FileWorker final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Runs on the worker's thread. What it gives back runs on the main thread.
+    /// Runs on the worker's thread. The function that it returns runs on the main thread.
     using Work = std::function<std::function<void()>()>;
 
-    /// How long the end of a worker waits for the work that was begun: a disk may never answer.
+    /// How long the destructor waits for the running task: a disk may never answer.
     static constexpr std::chrono::milliseconds usualPatience{2000};
 
     explicit FileWorker(std::chrono::milliseconds patience = usualPatience);
-    FileWorker(const FileWorker&) = delete;
-    FileWorker& operator=(const FileWorker&) = delete;
-    /// Waits for the work. When this takes too long, the rest is left to its thread and nothing is told any more.
+    Q_DISABLE_COPY(FileWorker)
+    /// Waits for the work. After the time limit the thread is detached and no results are delivered.
     ~FileWorker() override;
 
-    /// The one of the process, so that whoever wants to leave knows of all that is still being written.
+    /// The process-wide worker: before the program ends, it must know of every file that is still being written.
     [[nodiscard]] static FileWorker& shared();
 
-    /// Begins the work, or queues it. What it gives back runs if the asker is still there.
+    /// Starts the work, or queues it. Its result runs only if the asker still exists.
     void start(QObject* asker, Work work);
 
-    /// From the start of a piece of work until what it gives back runs.
+    /// True from the start of a task until its result has run.
     [[nodiscard]] bool isBusy() const { return m_pending > 0; }
 
 Q_SIGNALS:
-    /// All work is done and its askers were told.
+    /// All work is done and all results have run.
     void ended();
 
 private:

@@ -1,5 +1,6 @@
 #include "platform/files/PrivateFile.h"
 
+#include "platform/FileDescriptor.h"
 #include "platform/NativePath.h"
 
 #include <algorithm>
@@ -21,45 +22,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A short name of its own in the same folder: the longest names leave no room for more.
+// The temporary name does not contain the file's name: that may have the maximum length already.
 constexpr std::string_view temporaryPrefix = ".pelmora-";
 constexpr std::size_t randomLength = 6;
 constexpr std::string_view randomCharacters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-// Tries to find a name that is free, or to finish where other machines sweep and do not see our locks.
+// Attempts to find a free name, or to finish while another machine, without our locks, removes files.
 constexpr int maximumAttempts = 100;
 
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
-
-class OpenFile final
-{
-public:
-    explicit OpenFile(int descriptor)
-        : m_descriptor(descriptor)
-    {
-    }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-    ~OpenFile()
-    {
-        if (isOpen())
-            close(m_descriptor);
-    }
-
-    [[nodiscard]] int get() const { return m_descriptor; }
-    [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
-
-private:
-    const int m_descriptor;
-};
 
 struct CloseFolder
 {
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
-// A path that leads to what is open, whatever has become of its name.
-std::string pathOf(const OpenFile& file)
+// A path to the open file or folder, even after it was renamed.
+std::string pathOf(const FileDescriptor& file)
 {
     return "/proc/self/fd/" + std::to_string(file.get());
 }
@@ -85,28 +64,28 @@ bool isTemporaryName(std::string_view name)
            name.find_first_not_of(randomCharacters, temporaryPrefix.size()) == std::string_view::npos;
 }
 
-// Whoever writes a temporary file holds this lock until the file has its name, and the kernel drops it with the
-// process. Where a file system has no locks, nothing can be locked there, and so nothing is swept.
-bool lock(const OpenFile& file)
+// A writer holds this lock until its temporary file is renamed. The kernel drops the lock when the process ends. On
+// file systems without locks no file is removed.
+bool lock(const FileDescriptor& file)
 {
     return flock(file.get(), LOCK_EX | LOCK_NB) == 0;
 }
 
-// Removes a temporary file without a writer. Links are not followed, and nothing that is not a plain file is opened.
+// Removes a temporary file that no process has locked. Links are not followed, and only plain files are opened.
 void removeIfAbandoned(int folder, const char* name, uid_t owner)
 {
     struct stat status = {};
     if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISREG(status.st_mode) || status.st_uid != owner)
         return;
-    // For writing, without which a file on a network cannot be locked.
-    const OpenFile file(openat(folder, name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (file.isOpen() && lock(file))
+    // Open for writing: network file systems require that for a lock.
+    const FileDescriptor file(openat(folder, name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (file.isValid() && lock(file))
         unlinkat(folder, name, 0);
 }
 
-// Leftovers of writers that were killed. Those of other users are left alone: the owner is whoever the file system
-// says that a new file of ours belongs to.
-void sweep(const OpenFile& folder, uid_t owner)
+// Removes files that killed writers left. Files of other users are not touched. The owner is the one that the file
+// system gave to our new file.
+void sweep(const FileDescriptor& folder, uid_t owner)
 {
     const std::string ownPath = pathOf(folder) + "/.";
     const std::unique_ptr<DIR, CloseFolder> entries(opendir(ownPath.c_str()));
@@ -118,14 +97,14 @@ void sweep(const OpenFile& folder, uid_t owner)
     }
 }
 
-// All of the content, on the disk.
-std::error_code writeAll(const OpenFile& file, QByteArrayView content)
+// Writes all of the content and waits until it is on the disk.
+std::error_code writeAll(const FileDescriptor& file, QByteArrayView content)
 {
     while (!content.isEmpty()) {
         const ssize_t count = write(file.get(), content.data(), static_cast<std::size_t>(content.size()));
         if (count < 0 && errno != EINTR)
             return errorWhere(true);
-        // A write that stops without an error has met the end of the disk.
+        // A write of 0 bytes without an error means that the disk is full.
         if (count == 0)
             return std::make_error_code(std::errc::no_space_on_device);
         content = content.sliced(std::max(count, ssize_t{0}));
@@ -133,7 +112,7 @@ std::error_code writeAll(const OpenFile& file, QByteArrayView content)
     return errorWhere(fdatasync(file.get()) != 0);
 }
 
-std::error_code fill(const OpenFile& folder, const OpenFile& file, const QByteArray& content)
+std::error_code fill(const FileDescriptor& folder, const FileDescriptor& file, const QByteArray& content)
 {
     struct stat status = {};
     if (fstat(file.get(), &status) == 0)
@@ -141,8 +120,8 @@ std::error_code fill(const OpenFile& folder, const OpenFile& file, const QByteAr
     return writeAll(file, content);
 }
 
-// A link that has the file's name is replaced, not followed.
-std::error_code rename(const OpenFile& folder, const std::string& temporary, const std::string& name)
+// A symbolic link at the destination is replaced, not followed.
+std::error_code rename(const FileDescriptor& folder, const std::string& temporary, const std::string& name)
 {
     const std::error_code error =
         errorWhere(renameat(folder.get(), temporary.c_str(), folder.get(), name.c_str()) != 0);
@@ -151,12 +130,12 @@ std::error_code rename(const OpenFile& folder, const std::string& temporary, con
     return error;
 }
 
-// By a file that has no name until it is whole, so that a killed writer leaves nothing. The error "not supported" when
-// the file system, or a system without /proc, has no such files.
-std::error_code writeUnnamed(const OpenFile& folder, const std::string& name, const QByteArray& content)
+// Writes to a file without a name, so that a killed writer leaves nothing. Gives the error "not supported" when the
+// file system has no such files, or there is no /proc.
+std::error_code writeUnnamed(const FileDescriptor& folder, const std::string& name, const QByteArray& content)
 {
-    const OpenFile file(openat(folder.get(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, ownerOnly));
-    if (!file.isOpen())
+    const FileDescriptor file(openat(folder.get(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, ownerOnly));
+    if (!file.isValid())
         return std::make_error_code(std::errc::not_supported);
     lock(file);
     if (const std::error_code error = fill(folder, file, content))
@@ -172,14 +151,14 @@ std::error_code writeUnnamed(const OpenFile& folder, const std::string& name, co
     return std::make_error_code(std::errc::not_supported);
 }
 
-std::error_code writeNamed(const OpenFile& folder, const std::string& name, const QByteArray& content)
+std::error_code writeNamed(const FileDescriptor& folder, const std::string& name, const QByteArray& content)
 {
     std::error_code error;
     for (int attempt = 0; attempt < maximumAttempts; ++attempt) {
         const std::string temporary = temporaryName();
-        const OpenFile file(
+        const FileDescriptor file(
             openat(folder.get(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, ownerOnly));
-        error = errorWhere(!file.isOpen());
+        error = errorWhere(!file.isValid());
         if (error == std::errc::file_exists)
             continue;
         if (error)
@@ -191,7 +170,7 @@ std::error_code writeNamed(const OpenFile& folder, const std::string& name, cons
             return error;
         }
         error = rename(folder, temporary, name);
-        // Swept away: between its creation and its lock, or by a machine that does not see our locks.
+        // Removed by another process before it was locked, or by a machine that does not see our locks.
         if (error != std::errc::no_such_file_or_directory)
             return error;
     }
@@ -204,12 +183,12 @@ std::expected<void, WriteFailure> writePrivateFile(const QString& path, const QB
 {
     const fs::path native = bytesOfPath(path).toStdString();
     const std::string folderName = native.has_parent_path() ? native.parent_path().string() : ".";
-    const OpenFile folder(open(folderName.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    std::error_code error = errorWhere(!folder.isOpen());
+    const FileDescriptor folder(open(folderName.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    std::error_code error = errorWhere(!folder.isValid());
     if (!error) {
         const std::string name = native.filename().string();
         error = name.empty() ? std::make_error_code(std::errc::is_a_directory) : writeUnnamed(folder, name, content);
-        // Not supported, or swept away by a machine that does not see our locks.
+        // Not supported, or removed by a machine that does not see our locks.
         if (error == std::errc::not_supported || error == std::errc::no_such_file_or_directory)
             error = writeNamed(folder, name, content);
     }

@@ -2,13 +2,11 @@
 
 #include "platform/files/WriteFailure.h"
 
-#include <QByteArray>
 #include <QString>
 
 #include <expected>
 
-/// Writes a file that holds personal data: readable by its owner alone (0600) from its first byte, and atomically, so
-/// that whatever happens the path holds the old file or the whole new one. What a killed writer has left in the folder
-/// (.pelmora-XXXXXX, six letters or digits) is removed once no process holds its lock. The path is as pathFromBytes
-/// gives it. Any thread.
+/// Writes a file with personal data: only its owner can read it (0600), and it is written atomically, so the path
+/// always has the old file or the whole new one. Files that a killed writer left in the folder (.pelmora-XXXXXX) are
+/// removed when no process has locked them. The path is as pathFromBytes gives it. Any thread.
 [[nodiscard]] std::expected<void, WriteFailure> writePrivateFile(const QString& path, const QByteArray& content);

@@ -3,11 +3,9 @@
 #include <QEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QWidget>
 #include <QWindow>
 
 #include <algorithm>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -30,22 +28,19 @@ void AlertQueue::presentError(const Error& error)
 
 void AlertQueue::presentMessage(const QString& title, const QString& text)
 {
-    const std::vector<Alert> alerts{{QMessageBox::Information, title, text, {}}};
-    if (!endsWith(alerts))
-        append(alerts);
+    appendUnlessLast({{QMessageBox::Information, title, text, {}}});
 }
 
 void AlertQueue::presentMessageThenWarning(const AlertText& message, const AlertText& warning)
 {
-    const std::vector<Alert> alerts{{QMessageBox::Information, message.title, message.text, {}},
-                                    {QMessageBox::Warning, warning.title, warning.text, {}}};
-    if (!endsWith(alerts))
-        append(alerts);
+    appendUnlessLast({{QMessageBox::Information, message.title, message.text, {}},
+                      {QMessageBox::Warning, warning.title, warning.text, {}}});
 }
 
-bool AlertQueue::endsWith(const std::vector<Alert>& alerts) const
+void AlertQueue::appendUnlessLast(const std::vector<Alert>& alerts)
 {
-    return m_alerts.size() >= alerts.size() && std::equal(alerts.rbegin(), alerts.rend(), m_alerts.rbegin());
+    if (m_alerts.size() < alerts.size() || !std::equal(alerts.rbegin(), alerts.rend(), m_alerts.rbegin()))
+        append(alerts);
 }
 
 void AlertQueue::append(const std::vector<Alert>& alerts)
@@ -57,7 +52,7 @@ void AlertQueue::append(const std::vector<Alert>& alerts)
 
 void AlertQueue::showFirstOnceWindowIsPlaced()
 {
-    // A window that has just been shown does not know yet where it lies, and the alert is to lie over it.
+    // A window that was just shown has no position yet, and the alert is placed over it.
     QWindow* window = m_window->windowHandle();
     if (m_window->isVisible() && !m_window->isMinimized() && window != nullptr && !window->isExposed())
         window->installEventFilter(this);
@@ -69,7 +64,7 @@ bool AlertQueue::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Expose) {
         watched->removeEventFilter(this);
-        // Once the window itself has seen the event.
+        // Later, after the window has handled the event.
         QMetaObject::invokeMethod(this, &AlertQueue::showFirst, Qt::QueuedConnection);
     }
     return QObject::eventFilter(watched, event);
@@ -82,12 +77,12 @@ void AlertQueue::showFirst()
     const Alert& alert = m_alerts.front();
     m_box = new QMessageBox(alert.icon, alert.title, QString(), QMessageBox::NoButton, m_window);
     m_box->setAttribute(Qt::WA_DeleteOnClose);
-    // Texts may hold what others wrote: nothing in them is markup.
+    // Texts may come from cards: they are never markup.
     m_box->setTextFormat(Qt::PlainText);
     m_box->setText(alert.text);
     if (!alert.detail.isEmpty()) {
         m_box->setInformativeText(alert.detail);
-        // The box has given its format to the other text alone.
+        // setTextFormat does not apply to the informative text.
         if (auto* label = m_box->findChild<QLabel*>(u"qt_msgbox_informativelabel"_s))
             label->setTextFormat(Qt::PlainText);
     }

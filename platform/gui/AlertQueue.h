@@ -3,7 +3,6 @@
 #include "platform/Error.h"
 
 #include <QMessageBox>
-#include <QObject>
 #include <QPointer>
 #include <QString>
 
@@ -12,33 +11,31 @@
 
 class QWidget;
 
-/// What an alert says; never markup.
+/// Plain text.
 struct AlertText
 {
     QString title;
     QString text;
 };
 
-/// The alerts of one window, shown over it one after another, each until its "OK" is pressed. They never stack up: an
-/// error that is shown or waits already is not shown again. Main thread only; the window must outlive the queue.
+/// Shows the alerts of one window one after another, each until its "OK" is pressed. An error that is already shown or
+/// queued is not shown again. The window must outlive the queue. Main thread only.
 class AlertQueue final : public QObject
 {
     Q_OBJECT
 
 public:
     explicit AlertQueue(QWidget* window);
-    AlertQueue(const AlertQueue&) = delete;
-    AlertQueue& operator=(const AlertQueue&) = delete;
-    /// Closes the alert that is shown; those that wait are dropped.
+    Q_DISABLE_COPY(AlertQueue)
+    /// Closes the shown alert; queued ones are dropped.
     ~AlertQueue() override;
 
-    /// The standard error alert: the error's text as it stands, and its detail below.
+    /// Shows the error's text, and its detail below.
     void presentError(const Error& error);
 
-    /// An alert with a title and a text; not shown again when it is the last one already.
+    /// Not shown again when it is the last alert of the queue.
     void presentMessage(const QString& title, const QString& text);
-    /// The same, and once it is closed a warning that puts it right; not shown again when they are the last two
-    /// already.
+    /// The same with a warning after it.
     void presentMessageThenWarning(const AlertText& message, const AlertText& warning);
 
 protected:
@@ -50,19 +47,19 @@ private:
         QMessageBox::Icon icon;
         QString title;
         QString text;
-        QString detail; // in smaller letters below it, if any
+        QString detail; // shown below the text; may be empty
 
         friend bool operator==(const Alert&, const Alert&) = default;
     };
 
-    [[nodiscard]] bool endsWith(const std::vector<Alert>& alerts) const;
+    void appendUnlessLast(const std::vector<Alert>& alerts);
     void append(const std::vector<Alert>& alerts);
     void showFirstOnceWindowIsPlaced();
     void showFirst();
     void removeFirst();
 
     QWidget* m_window;
-    // The first one is shown, the others wait.
+    // The first one is shown.
     std::deque<Alert> m_alerts;
     QPointer<QMessageBox> m_box;
 };

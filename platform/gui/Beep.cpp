@@ -1,8 +1,0 @@
-#include "platform/gui/Beep.h"
-
-#include <QApplication>
-
-void beep()
-{
-    QApplication::beep();
-}

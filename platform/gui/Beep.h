@@ -1,4 +1,0 @@
-#pragma once
-
-/// The desktop's alert sound. Main thread, with an application.
-void beep();
