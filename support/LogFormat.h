@@ -2,12 +2,10 @@
 
 #include "platform/Error.h"
 
-#include <QByteArray>
-#include <QString>
 #include <QStringList>
 #include <fmt/format.h>
 
-// Qt's texts in log formats, as UTF-8. Records about people have no formatter, and get none.
+// Qt's texts in log formats, as UTF-8. Records about patients have no formatter on purpose.
 
 template <>
 struct fmt::formatter<QString> : fmt::formatter<fmt::string_view>

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <utility>
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -17,7 +16,7 @@ namespace {
 
 constexpr int forEver = -1;
 constexpr int dismissed = 126; // see pkexec(1)
-// A shell gives a program that a signal has ended this and the signal's number.
+// A shell reports a program that was ended by a signal as this plus the signal's number.
 constexpr int endedBySignal = 128;
 
 QString programThatAsks()
@@ -65,24 +64,22 @@ bool Administrator::startShell()
     std::array<int, 2> ends{-1, -1};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
         return false;
-    m_channel = ends[0];
+    m_channel = FileDescriptor(ends[0]);
+    const FileDescriptor shellsEnd(ends[1]);
     m_shell.setProcessChannelMode(QProcess::ForwardedChannels);
     m_shell.setInputChannelMode(QProcess::ForwardedInputChannel);
-    m_shell.setChildProcessModifier([shellsEnd = ends[1]] {
-        ::dup2(shellsEnd, STDIN_FILENO);
-        ::dup2(shellsEnd, STDOUT_FILENO);
+    m_shell.setChildProcessModifier([end = shellsEnd.get()] {
+        ::dup2(end, STDIN_FILENO);
+        ::dup2(end, STDOUT_FILENO);
     });
     m_shell.start(programThatAsks(), {u"/bin/sh"_s, u"-s"_s});
-    const bool isStarted = m_shell.waitForStarted(forEver);
-    ::close(ends[1]);
-    return isStarted;
+    return m_shell.waitForStarted(forEver);
 }
 
 void Administrator::endShell()
 {
-    // The end of what it reads ends the shell.
-    if (m_channel >= 0)
-        ::close(std::exchange(m_channel, -1));
+    // The shell ends at the end of its input.
+    m_channel.reset();
     if (m_shell.state() != QProcess::NotRunning)
         m_shell.waitForFinished(forEver);
 }
@@ -90,12 +87,12 @@ void Administrator::endShell()
 std::optional<QByteArray> Administrator::answerTo(const QByteArray& line)
 {
     const QByteArray command = line + '\n';
-    if (::send(m_channel, command.constData(), static_cast<std::size_t>(command.size()), MSG_NOSIGNAL) !=
+    if (::send(m_channel.get(), command.constData(), static_cast<std::size_t>(command.size()), MSG_NOSIGNAL) !=
         command.size())
         return std::nullopt;
     while (!m_unread.contains('\n')) {
         std::array<char, 256> slice{};
-        const ssize_t count = ::recv(m_channel, slice.data(), slice.size(), 0);
+        const ssize_t count = ::recv(m_channel.get(), slice.data(), slice.size(), 0);
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)

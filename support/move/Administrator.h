@@ -1,37 +1,29 @@
 #pragma once
 
-#include <QByteArray>
+#include "platform/FileDescriptor.h"
+#include "support/move/MoveOperations.h"
+
 #include <QProcess>
-#include <QStringList>
 
 #include <optional>
 
-/// An administrator's rights, asked of the user once by the desktop's own dialog (polkit's pkexec), for a few commands.
-/// They end with the object. Main thread; every operation waits, the request for as long as the user thinks.
+/// Runs commands with an administrator's rights, which the desktop's own dialog asks for once (polkit's pkexec). The
+/// rights end with the object. Every operation waits; the request waits for the user. Main thread.
 class Administrator
 {
 public:
-    enum class Answer
-    {
-        Granted,
-        /// The user has closed the dialog.
-        Cancelled,
-        /// Nobody may have them here, or they cannot be asked for.
-        Refused
-    };
+    using Answer = MoveOperations::Right;
 
     Administrator() = default;
     ~Administrator();
-    Administrator(const Administrator&) = delete;
-    Administrator& operator=(const Administrator&) = delete;
+    Q_DISABLE_COPY(Administrator)
 
-    /// Whether this system has the means to ask.
+    /// Whether pkexec is installed.
     [[nodiscard]] static bool canBeAsked();
 
     [[nodiscard]] Answer request();
 
-    /// Runs a program, with its arguments, and waits for its end. Its exit status; nothing when it could not be run, or
-    /// did not end by itself.
+    /// Runs a program and waits for its end. The exit status; absent when it could not be run or was ended by a signal.
     [[nodiscard]] std::optional<int> run(const QStringList& command);
 
 private:
@@ -39,9 +31,9 @@ private:
     void endShell();
     [[nodiscard]] std::optional<QByteArray> answerTo(const QByteArray& line);
 
-    // A shell with those rights. It reads commands from a socket: a pipe could be opened by other processes of the
-    // user through this process's descriptors in /proc, a socket cannot.
+    // A shell with those rights, which reads commands from a socket. A pipe would be unsafe: other processes of the
+    // user could open it through /proc.
     QProcess m_shell;
-    int m_channel = -1;  // this end of the socket
-    QByteArray m_unread; // of the answers
+    FileDescriptor m_channel; // this end of the socket
+    QByteArray m_unread;      // of the answers
 };

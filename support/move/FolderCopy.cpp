@@ -1,5 +1,7 @@
 #include "support/move/FolderCopy.h"
 
+#include "platform/FileDescriptor.h"
+
 #include <QFile>
 
 #include <cerrno>
@@ -21,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using Result = std::expected<void, std::error_code>;
 
-// What an interrupted run leaves bears these names, hidden, beside what it worked on.
+// Names of hidden temporary folders beside the folder in question. An interrupted run leaves them behind.
 constexpr std::string_view copyPrefix = ".pelmora-copy-";
 constexpr std::string_view removalPrefix = ".pelmora-removed-";
 
@@ -47,7 +49,7 @@ std::expected<void, QString> worded(const Result& result)
     return std::unexpected(QString::fromStdString(result.error().message()));
 }
 
-// An empty folder of a name that nobody else has.
+// Makes an empty folder with a unique name.
 std::expected<fs::path, std::error_code> temporaryFolder(const fs::path& parent, std::string_view prefix)
 {
     std::string path = parent / (std::string(prefix) + "XXXXXX");
@@ -58,15 +60,11 @@ std::expected<fs::path, std::error_code> temporaryFolder(const fs::path& parent,
 
 Result writeToDisk(const fs::path& path)
 {
-    const int file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-    if (file < 0)
-        return lastResult(false);
-    const Result result = lastResult(fsync(file) == 0);
-    close(file);
-    return result;
+    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    return lastResult(file.isValid() && fsync(file.get()) == 0);
 }
 
-// Permissions and times of the source, and its owner may write: what cannot be written to cannot be replaced later.
+// Copies permissions and times, and lets the owner write: otherwise the copy could not be replaced later.
 Result copyAttributes(const fs::path& source, const fs::path& copy)
 {
     std::error_code error;
@@ -81,25 +79,21 @@ Result copyAttributes(const fs::path& source, const fs::path& copy)
     return error ? std::unexpected(error) : writeToDisk(copy);
 }
 
-// The library's own copy gives no reason but "input/output error" when the disk is full.
+// Not std::filesystem::copy_file: it reports a full disk as "input/output error".
 Result copyFile(const fs::path& source, const fs::path& copy)
 {
     constexpr std::size_t atOnce = 1U << 20U;
-    const int input = open(source.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-    if (input < 0)
+    const FileDescriptor input(open(source.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (!input.isValid())
         return lastResult(false);
-    const int output = open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    Result result = lastResult(output >= 0);
-    if (result) {
-        ssize_t sent = 0;
-        do
-            sent = sendfile(output, input, nullptr, atOnce);
-        while (sent > 0);
-        result = lastResult(sent == 0);
-        close(output);
-    }
-    close(input);
-    return result;
+    const FileDescriptor output(open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!output.isValid())
+        return lastResult(false);
+    ssize_t sent = 0;
+    do
+        sent = sendfile(output.get(), input.get(), nullptr, atOnce);
+    while (sent > 0);
+    return lastResult(sent == 0);
 }
 
 Result copyEntry(const fs::directory_entry& entry, const fs::path& copy)
@@ -135,7 +129,7 @@ Result copyContent(const fs::path& source, const fs::path& copy)
     }
     if (error)
         return std::unexpected(error);
-    // Folders last, the deepest first: what is made in them changes their times, and their permissions may forbid it.
+    // Folders last, the deepest first: making entries changes their times, and their permissions may forbid it.
     for (const fs::path& folder : folders | std::views::reverse) {
         if (Result result = copyAttributes(source / folder, copy / folder); !result)
             return result;
@@ -143,15 +137,12 @@ Result copyContent(const fs::path& source, const fs::path& copy)
     return {};
 }
 
-// A copy in the making is locked by who makes it: what nobody holds was interrupted. The lock ends with its number,
-// which is negative when another one has it.
-int lockFolder(const fs::path& folder)
+// Locks a folder while it is copied to. Invalid when another process has the lock.
+FileDescriptor lockFolder(const fs::path& folder)
 {
-    const int lock = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
-        close(lock);
-        return -1;
-    }
+    FileDescriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (lock.isValid() && flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        lock.reset();
     return lock;
 }
 
@@ -165,18 +156,15 @@ void removeWhatWasInterrupted(const fs::path& parent)
             found.push_back(entry->path());
     }
     for (const fs::path& path : found) {
-        const int lock = lockFolder(path);
-        if (lock < 0)
-            continue;
-        fs::remove_all(path, ignored);
-        close(lock);
+        if (const FileDescriptor lock = lockFolder(path); lock.isValid())
+            fs::remove_all(path, ignored);
     }
 }
 
 Result moveIntoPlace(const fs::path& copy, const fs::path& destination)
 {
     std::error_code error;
-    // A folder may replace an empty one, which somebody may just have made.
+    // rename() would replace an empty folder, which another program may just have made.
     if (fs::exists(fs::symlink_status(destination, error)))
         return std::unexpected(std::make_error_code(std::errc::file_exists));
     fs::rename(copy, destination, error);
@@ -192,8 +180,8 @@ std::expected<void, QString> copyFolder(const QString& source, const QString& de
     const std::expected<fs::path, std::error_code> copy = temporaryFolder(target.parent_path(), copyPrefix);
     if (!copy)
         return worded(std::unexpected(copy.error()));
-    const int lock = lockFolder(*copy);
-    Result result = lastResult(lock >= 0);
+    const FileDescriptor lock = lockFolder(*copy);
+    Result result = lastResult(lock.isValid());
     if (result)
         result = copyContent(nativePath(source), *copy);
     if (result)
@@ -202,8 +190,6 @@ std::expected<void, QString> copyFolder(const QString& source, const QString& de
         std::error_code ignored;
         fs::remove_all(*copy, ignored);
     }
-    if (lock >= 0)
-        close(lock);
     return worded(result);
 }
 
@@ -221,7 +207,7 @@ std::expected<void, QString> removeFolder(const QString& path)
         return worded(std::unexpected(error));
     }
     fs::remove_all(*removed, error);
-    // What is left gets its name back.
+    // The rest gets its name back.
     if (error)
         fs::rename(*removed, folder, ignored);
     return worded(resultOf(error));

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <QString>
 #include <QStringList>
 
-/// The format with its placeholders, "%@" and "%d", replaced by the values in their order; a value's own text is never
-/// taken for a placeholder. Values that are left over are dropped, placeholders that are left over stay.
+/// Replaces the placeholders "%@" and "%d" by the values in their order. Placeholders within a value are not replaced.
+/// Values without a placeholder are dropped, placeholders without a value stay.
 [[nodiscard]] QString formattedText(QStringView format, const QStringList& values);

@@ -7,12 +7,8 @@
 #include "support/move/RunningPrograms.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
-
-#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -39,8 +35,7 @@ int priorityOf(MoveOperations::LogLevel level)
     return LOG_ERR;
 }
 
-// Qt makes the trash, but not the folder that the user's own lies in; and where it finds none it trashes into the
-// current folder.
+// QFile::moveToTrash makes the trash folder but not its parent, and without a trash it moves to the current folder.
 bool hasTrash()
 {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
@@ -50,8 +45,8 @@ bool hasTrash()
     return QFileInfo(folder + "/Trash"_L1).isDir();
 }
 
-// Whether the program of this process is the one that lies in that open folder, which was found by its path.
-bool holdsThisProgram(int folder, const QString& path)
+// Whether the running program is the file in that open folder.
+bool holdsThisProgram(const FileDescriptor& folder, const QString& path)
 {
     constexpr auto thisProgram = "/proc/self/exe";
     const QString program = QFile::symLinkTarget(QLatin1StringView(thisProgram));
@@ -61,8 +56,8 @@ bool holdsThisProgram(int folder, const QString& path)
     struct stat running = {};
     struct stat found = {};
     return ::stat(thisProgram, &running) == 0 &&
-           ::fstatat(folder, inside.constData(), &found, AT_SYMLINK_NOFOLLOW) == 0 && found.st_dev == running.st_dev &&
-           found.st_ino == running.st_ino;
+           ::fstatat(folder.get(), inside.constData(), &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+           found.st_dev == running.st_dev && found.st_ino == running.st_ino;
 }
 
 } // namespace
@@ -71,11 +66,6 @@ LinuxMoveOperations::LinuxMoveOperations(UserDefaults& defaults)
     : m_defaults(defaults)
     , m_images(MountedImages::ofSystem())
 {
-}
-
-LinuxMoveOperations::~LinuxMoveOperations()
-{
-    freeAuthorization();
 }
 
 bool LinuxMoveOperations::isQuestionSuppressed()
@@ -108,10 +98,7 @@ QString LinuxMoveOperations::resolvingSymbolicLinks(const QString& path)
 
 std::optional<MoveOperations::Volume> LinuxMoveOperations::volumeOf(const QString& folder)
 {
-    const std::optional<MountedImages::Volume> volume = m_images.volumeOf(folder);
-    if (!volume)
-        return std::nullopt;
-    return Volume{volume->isRootFileSystem, volume->device};
+    return m_images.volumeOf(folder);
 }
 
 std::expected<void, QString> LinuxMoveOperations::copyItem(const QString& source, const QString& destination)
@@ -131,7 +118,7 @@ bool LinuxMoveOperations::trashItem(const QString& path)
 
 bool LinuxMoveOperations::recycleItem(const QString& name, const QString& parentFolder)
 {
-    // The desktop's own way knows trashes that the common convention does not.
+    // gio knows more kinds of trash than Qt.
     return run({u"gio"_s, {u"trash"_s, u"--"_s, parentFolder + u'/' + name}}) == 0;
 }
 
@@ -165,7 +152,7 @@ std::optional<int> LinuxMoveOperations::run(const MoveCommand& command)
 
 void LinuxMoveOperations::start(const MoveCommand& command)
 {
-    // A session of its own: the end of a terminal does not end it.
+    // In a new session, so that closing the terminal does not end it.
     QProcess::startDetached(command.program, command.arguments);
 }
 
@@ -176,7 +163,7 @@ bool LinuxMoveOperations::isApplicationActive()
 
 void LinuxMoveOperations::activateApplication()
 {
-    // An application comes to the front with its windows: the question's is the first.
+    // The question's window is the first one: it comes to the front when it is shown.
     m_comesToTheFront = true;
 }
 
@@ -195,24 +182,17 @@ void LinuxMoveOperations::showAlert(const QString& title)
 
 std::optional<QString> LinuxMoveOperations::holdForAuthorized(const QString& bundle)
 {
-    m_heldBundle = ::open(QFile::encodeName(bundle).constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (m_heldBundle < 0 || !holdsThisProgram(m_heldBundle, bundle))
+    m_heldBundle =
+        FileDescriptor(::open(QFile::encodeName(bundle).constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!m_heldBundle.isValid() || !holdsThisProgram(m_heldBundle, bundle))
         return std::nullopt;
-    return u"/proc/%1/fd/%2"_s.arg(::getpid()).arg(m_heldBundle);
+    return u"/proc/%1/fd/%2"_s.arg(::getpid()).arg(m_heldBundle.get());
 }
 
 MoveOperations::Right LinuxMoveOperations::requestRight()
 {
     m_administrator = std::make_unique<Administrator>();
-    switch (m_administrator->request()) {
-    case Administrator::Answer::Granted:
-        return Right::Granted;
-    case Administrator::Answer::Cancelled:
-        return Right::Cancelled;
-    case Administrator::Answer::Refused:
-        break;
-    }
-    return Right::Refused;
+    return m_administrator->request();
 }
 
 std::optional<int> LinuxMoveOperations::runAuthorized(const MoveCommand& command)
@@ -223,8 +203,7 @@ std::optional<int> LinuxMoveOperations::runAuthorized(const MoveCommand& command
 void LinuxMoveOperations::freeAuthorization()
 {
     m_administrator.reset();
-    if (m_heldBundle >= 0)
-        ::close(std::exchange(m_heldBundle, -1));
+    m_heldBundle.reset();
 }
 
 void LinuxMoveOperations::log(LogLevel level, const QString& line)

@@ -7,15 +7,12 @@
 
 #include <memory>
 
-/// What moving asks of the platform, on a Linux desktop. Needs a QApplication.
+/// The operations on Linux. Needs a QApplication.
 class LinuxMoveOperations final : public MoveOperations
 {
 public:
-    /// The settings are the user's own; they must outlive the object.
+    /// The settings must outlive the object.
     explicit LinuxMoveOperations(UserDefaults& defaults);
-    LinuxMoveOperations(const LinuxMoveOperations&) = delete;
-    LinuxMoveOperations& operator=(const LinuxMoveOperations&) = delete;
-    ~LinuxMoveOperations() override;
 
     [[nodiscard]] bool isQuestionSuppressed() override;
     void suppressQuestion() override;
@@ -43,9 +40,9 @@ public:
 
 private:
     UserDefaults& m_defaults;
-    // Taken once, so that what is found mounted and what is listed agree.
+    // Read once, so that volumeOf() and mountedImages() agree.
     MountedImages m_images;
     bool m_comesToTheFront = false;
+    FileDescriptor m_heldBundle; // the folder
     std::unique_ptr<Administrator> m_administrator;
-    int m_heldBundle = -1; // a descriptor of the folder
 };

@@ -2,14 +2,13 @@
 
 #include "platform/PropertyList.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// The fields of a line, see proc_pid_mountinfo(5): those before the separator "-" have fixed places, but for the last.
+// Fields of a line, see proc_pid_mountinfo(5). The last one is counted from the separator "-".
 constexpr qsizetype deviceNumberField = 2;
 constexpr qsizetype mountPointField = 4;
 constexpr qsizetype deviceAfterSeparator = 2;
@@ -20,7 +19,7 @@ QByteArray contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Blanks, line ends and backslashes in names are written as a backslash and three octal digits.
+// Blanks, line ends and backslashes are written as a backslash and three octal digits.
 QString unescaped(const QByteArray& field)
 {
     QByteArray name;
@@ -35,7 +34,7 @@ QString unescaped(const QByteArray& field)
 
 bool isRemovable(const QString& blockDevice)
 {
-    // A partition has no such file: that of its disk stands one folder above, where the device's link leads.
+    // For a partition, the file is in the folder of its disk, one level above.
     return contentOf(blockDevice + "/removable"_L1).startsWith('1') ||
            contentOf(blockDevice + "/../removable"_L1).startsWith('1');
 }
@@ -74,7 +73,7 @@ std::optional<MountedImages::Volume> MountedImages::volumeOf(const QString& fold
         return std::nullopt;
     const Mount* nearest = nullptr;
     for (const Mount& mount : m_mounts) {
-        // What is mounted later at the same place hides what was there.
+        // A later mount at the same place hides the earlier one.
         if (isInside(folder, mount.mountPoint) &&
             (nearest == nullptr || mount.mountPoint.size() >= nearest->mountPoint.size()))
             nearest = &mount;

@@ -1,33 +1,27 @@
 #pragma once
 
-#include <QByteArray>
+#include "support/move/MoveOperations.h"
+
 #include <QList>
-#include <QString>
 
 #include <optional>
 
-/// What is mounted, and which of it is there for a while only: disk images (loop devices) and removable media. A value,
-/// taken when it is made. Usable on any thread.
+/// The mounted volumes, and which of them are disk images (loop devices) or removable media, as they were when the
+/// object was made. Any thread.
 class MountedImages
 {
 public:
-    struct Volume
-    {
-        bool isRootFileSystem;
-        /// What the volume is mounted from, as "/dev/loop0".
-        QString device;
-    };
+    using Volume = MoveOperations::Volume;
 
-    /// What this process sees now.
     [[nodiscard]] static MountedImages ofSystem();
 
     /// From the text of /proc/self/mountinfo, and the folder of the kernel's block devices (/sys/dev/block).
     MountedImages(const QByteArray& mountInformation, const QString& blockDeviceFolder);
 
-    /// The volume that holds a folder, whose path has no symbolic links; nothing when the folder does not exist.
+    /// The volume of a folder, whose path has no symbolic links; absent when the folder does not exist.
     [[nodiscard]] std::optional<Volume> volumeOf(const QString& folder) const;
 
-    /// The disk images and removable media as a property list: "images", each with "system-entities", each with its
+    /// The disk images and removable media as a property list: "images", each with "system-entities", each with
     /// "dev-entry" and "mount-point".
     [[nodiscard]] QByteArray propertyList() const;
 
@@ -39,6 +33,6 @@ private:
         bool isImage;
     };
 
-    // In the order in which they were mounted.
+    // In the order of mounting.
     QList<Mount> m_mounts;
 };

@@ -2,7 +2,6 @@
 
 #include "platform/PropertyList.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QVariantMap>
 
@@ -30,8 +29,7 @@ bool isInApplicationsFolder(const MoveSurroundings& surroundings)
            componentsOf(path).contains("Applications"_L1);
 }
 
-// Whether an image of the list is mounted from the device. Whatever in the list is not of the type that it should be
-// ends the search.
+// Whether an image in the list is mounted from the device. A value of the wrong type ends the search.
 bool isDeviceOfImage(const QVariant& list, const QString& device)
 {
     if (list.typeId() != QMetaType::QVariantMap)
@@ -92,7 +90,7 @@ std::optional<InstallFolder> installFolderOf(const MoveSurroundings& surrounding
 
 bool hasApplicationExtension(QStringView name)
 {
-    // A name that is only the extension has none.
+    // ".app" alone has no extension.
     return name.endsWith(".app"_L1) && name.size() > 4;
 }
 

@@ -1,12 +1,10 @@
 #include "support/move/PortableBundle.h"
 
 #include "support/move/Administrator.h"
-#include "support/move/MoveCommands.h"
 #include "support/move/MoveDecision.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
@@ -18,7 +16,7 @@ QString localApplicationsFolder()
     return u"/Applications"_s;
 }
 
-// The folder as it is named and, where that differs, without symbolic links: running programs know themselves so.
+// The folder as it is named and also without symbolic links: paths of running programs have none.
 QStringList withoutLinksToo(const QString& folder)
 {
     QStringList names{folder};
@@ -31,13 +29,13 @@ QStringList withoutLinksToo(const QString& folder)
 QStringList downloadsFolders()
 {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
-    // Users who want no such folder name their home.
+    // Users without a Downloads folder set it to their home.
     if (folder.isEmpty() || folder == QDir::homePath())
         return {};
     return withoutLinksToo(folder);
 }
 
-// Few systems have one; one that nobody here may write to, nor ask an administrator about, is none to move to.
+// The machine's folder, if it exists and the user or an administrator can write to it.
 QStringList usableLocalFolders()
 {
     const QFileInfo folder(localApplicationsFolder());

@@ -1,7 +1,6 @@
 #include "support/move/RunningPrograms.h"
 
 #include <QDir>
-#include <QFile>
 
 #include <filesystem>
 #include <system_error>

@@ -4,25 +4,8 @@
 #include "platform/PropertyList.h"
 
 #include <QDebug>
-#include <QFile>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QVariantMap tableAt(const QString& path)
-{
-    QFile file(path);
-    std::optional<QVariant> table;
-    if (file.open(QIODevice::ReadOnly))
-        table = parsePropertyList(file.read(maximumPropertyListSize + 1));
-    if (table && table->typeId() == QMetaType::QVariantMap)
-        return table->toMap();
-    qCritical("A table of texts cannot be read.");
-    return {};
-}
-
-} // namespace
 
 StringTable StringTable::load(const Bundle& bundle, const QString& name, const QStringList& languages)
 {
@@ -34,10 +17,14 @@ StringTable StringTable::load(const Bundle& bundle, const QString& name, const Q
         const std::optional<QString> path = bundle.pathForLocalizedResource(name, u"strings"_s, language);
         if (!path)
             continue;
-        const QVariantMap texts = tableAt(*path);
-        for (auto text = texts.cbegin(); text != texts.cend(); ++text) {
-            if (text->typeId() == QMetaType::QString)
-                table.m_texts.insert(text.key(), text->toString());
+        const std::optional<QVariantMap> texts = dictionaryInFile(*path);
+        if (!texts) {
+            qCritical("A table of texts cannot be read.");
+            return table;
+        }
+        for (const auto& [english, text] : texts->asKeyValueRange()) {
+            if (text.typeId() == QMetaType::QString)
+                table.m_texts.insert(english, text.toString());
         }
         return table;
     }

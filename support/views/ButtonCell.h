@@ -2,13 +2,12 @@
 
 #include <QColor>
 #include <QRect>
-#include <QSize>
 
 class QPainter;
 class QPushButton;
 
-/// Draws a push button with its image above its title: the platform's way, for other looks to build on. A cell keeps
-/// nothing of the button; rectangles are in the button's coordinates, y grows downwards.
+/// Draws a push button with its image above its title in the platform's style. Rectangles are in the button's
+/// coordinates, y grows downwards.
 class ButtonCell
 {
 public:
@@ -16,16 +15,15 @@ public:
     virtual ~ButtonCell() = default;
     Q_DISABLE_COPY_MOVE(ButtonCell)
 
-    /// Where the image goes: at the top of the block that image and title make, which is centred in the bounds.
+    /// Image and title together are centred in the bounds; the image is at the top.
     [[nodiscard]] virtual QRect imageRectForBounds(const QRect& bounds, const QPushButton& controlView) const;
-    /// Where the title goes: the last line of that block.
+    /// The title is the last line.
     [[nodiscard]] QRect titleRectForBounds(const QRect& bounds, const QPushButton& controlView) const;
-    /// The room that image and title need.
+    /// The size that image and title need.
     [[nodiscard]] QSize cellSize(const QPushButton& controlView) const;
 
-    /// Everything, in painting order.
     void drawWithFrame(const QRect& frame, const QPushButton& controlView, QPainter& painter) const;
-    /// What lies below image and title.
+    /// The background.
     virtual void drawBezelWithFrame(const QRect& frame, const QPushButton& controlView, QPainter& painter) const;
     /// The colour of image, title and focus ring.
     [[nodiscard]] virtual QColor inkColor(const QPushButton& controlView) const;
