@@ -4,17 +4,16 @@
 
 #include <QDebug>
 #include <QList>
-#include <QString>
 #include <QVariantMap>
 
 #include <optional>
 
-/// A dictionary of texts about a person, with the keys of CardKeys.h. It has no printer of any kind, on purpose:
+/// A dictionary of texts about a person, with the keys of CardKeys.h. It cannot be printed, on purpose, so that
 /// patients' data cannot reach a log by accident.
 class PersonalRecord
 {
 public:
-    /// The value of a key of CardKeys.h; absent (never an empty placeholder) when the card does not carry it.
+    /// Absent (never an empty text in its place) when the card does not have the value.
     [[nodiscard]] std::optional<QString> text(QStringView key) const;
     void setText(RecordKey key, const QString& value);
 
@@ -25,7 +24,7 @@ public:
     friend QDebug operator<<(QDebug, const PersonalRecord&) = delete;
 
 protected:
-    // Only whole records are made and destroyed, never this part of one.
+    // Only the derived records are made, copied and destroyed.
     PersonalRecord() = default;
     ~PersonalRecord() = default;
     PersonalRecord(const PersonalRecord&) = default;
@@ -40,17 +39,15 @@ private:
     QVariantMap m_values;
 };
 
-/// One person of a card.
 class BeneficiaryRecord final : public PersonalRecord
 {
 public:
-    /// The rights periods: absent for a person without any, otherwise an array that is kept empty.
+    /// Absent for a person without rights periods, else an empty array.
     [[nodiscard]] std::optional<QVariantList> rights() const;
     void setRights(const QVariantList& rights);
 };
 
-/// What was read of one card: its serial number, its beneficiaries in the card's order and, at the top level, a copy of
-/// the main beneficiary's identity and coverage.
+/// A card: its serial number, its beneficiaries in order, and the main beneficiary's identity and coverage.
 class CardRecord final : public PersonalRecord
 {
 public:

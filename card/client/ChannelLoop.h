@@ -9,15 +9,13 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <span>
 #include <string>
 #include <system_error>
 #include <vector>
 
-/// What the channel's thread runs: its mailbox, the connection, and the services that are leaving. The mailbox (tasks,
-/// and whether to stop) is shared between threads under its mutex; everything else is touched on the channel's thread
-/// alone.
+/// The work of the channel's thread: its task queue, the connection, and services that are exiting. Tasks and stop
+/// request are shared between threads under the mutex; everything else belongs to the channel's thread.
 class ChannelLoop final
 {
 public:
@@ -25,30 +23,30 @@ public:
 
     ChannelLoop(const ServiceCommand& command, ChannelLimits limits);
 
-    /// The thread's whole life.
+    /// The thread's function.
     void run();
 
-    // Any thread.
+    // Callable from any thread.
     void post(Task task);
     void requestStop();
 
-    // The channel's thread.
+    // Callable on the channel's thread only.
     [[nodiscard]] bool isOpen() const { return m_connection != nullptr; }
     [[nodiscard]] std::expected<void, std::error_code> open(ChannelEventHandler eventHandler);
     void close();
     void send(const QCborMap& body, ServiceReplyHandler handler);
 
 private:
-    // A connection is kept alive by whoever works on it: a handler may close it meanwhile.
+    // Shared: a handler may close the connection while it is in use.
     using ConnectionPointer = std::shared_ptr<ServiceConnection>;
 
-    /// A service whose input is closed.
+    /// A service whose input was closed and that has not exited yet.
     struct LeavingService
     {
         ServiceProcess process;
         ServiceErrorLog errorLog;
-        ChannelClock::time_point deadline; // to be killed then or, once it was, to be given up
-        bool wasAsked = false;             // to leave, by the client: it ends as it should with the exit status 0
+        ChannelClock::time_point deadline; // then it is killed or, if it was killed, given up
+        bool wasAsked = false;             // the client closed its input: exit status 0 is expected
         bool isKilled = false;
         bool isGone = false;
     };
@@ -78,13 +76,13 @@ private:
     ConnectionPointer takeConnection(bool isAsked);
     static void failRequests(ServiceConnection& connection);
 
-    // Plain texts: nothing is shared with the command that was given, which belongs to another thread.
+    // A copy of the command, which belongs to another thread.
     const std::vector<std::string> m_command;
     const ChannelLimits m_limits;
 
     std::mutex m_mutex;
-    // What wakes the thread when the mailbox has something new: the condition as long as there was nothing else to wait
-    // for, then the event counter, which poll can wait for. It is made with the first connection, and can fail with it.
+    // The thread waits for the condition until the first connection, then for the event counter, which poll can watch.
+    // The counter is made with the first connection, which fails when that is not possible.
     std::condition_variable m_mailboxChanged;
     FileDescriptor m_wakeUp;
     std::vector<Task> m_tasks;

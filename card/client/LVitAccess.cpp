@@ -5,7 +5,6 @@
 #include "card/client/BindOutcome.h"
 #include "card/client/MessageLogText.h"
 #include "card/client/ReaderChoice.h"
-#include "card/client/ServiceReply.h"
 #include "card/wire/ServiceVocabulary.h"
 #include "support/MXLog.h"
 
@@ -21,7 +20,7 @@ namespace {
 
 using Reply = std::expected<QCborMap, Error>;
 
-/// What the function makes of the reply, or why there is none.
+/// The function's result for the reply, or the reply's error.
 template <typename Function>
 std::invoke_result_t<Function, const QCborMap&> readReply(const Reply& reply, Function function)
 {
@@ -36,7 +35,7 @@ std::optional<Error> errorOf(const std::expected<Result, Error>& outcome)
     return outcome ? std::nullopt : std::optional(outcome.error());
 }
 
-/// The last step of an operation: tells the caller's handler, if there is one.
+/// The last step of an operation: calls the caller's handler, if there is one.
 template <typename Result, typename Handler>
 auto lastStep(Handler handler)
 {
@@ -55,7 +54,7 @@ bool logsDebug()
     return MXLog::defaultLogger().logLevel() >= MXLog::Debug;
 }
 
-/// The log line of whatever comes from the service. The handler's name is the one that the log has always had.
+/// Logs a message of the service. The handler names are those of the original log.
 void logReceived(std::string_view handlerName, const std::optional<QCborMap>& message)
 {
     if (logsDebug())
@@ -63,7 +62,7 @@ void logReceived(std::string_view handlerName, const std::optional<QCborMap>& me
                         message ? messageLogText(*message) : u"no dictionary"_s);
 }
 
-/// The text of a dictionary under a key; nullopt when there is none.
+/// The text under a key of a dictionary.
 std::optional<QString> textValue(const QVariantMap& dictionary, QStringView key)
 {
     const QVariant value = dictionary.value(key.toString());
@@ -72,7 +71,7 @@ std::optional<QString> textValue(const QVariantMap& dictionary, QStringView key)
     return value.toString();
 }
 
-/// A command that threads share under its mutex.
+/// Shared by threads under its mutex.
 struct SharedCommand
 {
     std::mutex mutex;
@@ -95,8 +94,8 @@ void LVitAccess::setDefaultCommand(const ServiceCommand& command)
 
 std::shared_ptr<LVitAccess> LVitAccess::defaultInstance()
 {
-    // Its channel is stopped with the process, whoever still holds the client: handlers must not run while the statics
-    // that they use are destroyed. The logger, one of these, is made first to go last.
+    // The channel is stopped at the end of the process even if the client is still in use: handlers must not run while
+    // static objects are destroyed. The logger is made first, so it is destroyed last.
     struct DefaultClient
     {
         DefaultClient()
@@ -129,7 +128,7 @@ void LVitAccess::bindWithCompletionHandler(BindHandler handler)
 void LVitAccess::bind(BindHandler handler)
 {
     const quint64 number = ++m_lastBind;
-    // The end of the connection ends the bind that is under way, whose number is not the last one any more.
+    // Shutting down ends a running bind, whose number is no longer the last one.
     _shutdownConnection();
     if (!_initConnection()) {
         if (handler)
@@ -155,7 +154,7 @@ void LVitAccess::getInformationsWithCompletionHandler(InformationsHandler handle
             [self, handler = std::move(handler)](const Reply& reply) mutable {
                 const std::expected<void, Error> kept =
                     readReply(reply, [&self](const QCborMap& map) { return self->keepInformations(map); });
-                // A reply that is a failure comes with the last information. Without a reply there is none.
+                // A failure that the service reports still gives the last information; a missing reply gives none.
                 if (handler)
                     handler(kept.has_value(), errorOf(kept), reply ? self->informations() : std::nullopt);
             });
@@ -185,10 +184,10 @@ void LVitAccess::readeVitaleWithCompletionHandler(ReadHandler handler)
 
 void LVitAccess::cancelReads()
 {
-    // At once, so that a read that is asked for next binds first.
+    // At once, so that the next read binds first.
     forgetBind();
     m_channel.post([self = shared_from_this()] {
-        // A connection on which no read waits is another matter's by now: a bind has ended the reads already.
+        // Without waiting reads this is a new connection: a bind has ended them already.
         if (self->m_waitingReads > 0)
             self->_shutdownConnection();
     });
@@ -271,7 +270,7 @@ void LVitAccess::_sendSimpleMessageWithCompletionHandler(const RequestFields& fi
     if (logsDebug())
         MXLog::logDebug("Message:\n{}", messageLogText(request));
 
-    // The client is held until the reply is there.
+    // Keeps the client alive until the reply.
     m_channel.send(request,
                    [self = shared_from_this(), handler = std::move(handler)](std::optional<QCborMap> reply) mutable {
                        logReceived("_sendSimpleMessage:withCompletionHandler:", reply);
@@ -333,8 +332,8 @@ void LVitAccess::chooseReaders(const QVariantMap& readers, StepHandler<void> han
     }
     setReaders(*choice, [self = shared_from_this(),
                          handler = std::move(handler)](const std::expected<void, Error>& outcome) mutable {
-        // A bind that came as far as this counts as done, whatever the service made of the choice. The end of the
-        // connection is another matter: it is told here too, after it has undone what a bind does.
+        // The bind counts as done even if the service refused the choice. When the connection has ended, this handler
+        // runs too, and the client must stay uninitialized.
         if (self->m_channel.isOpen())
             self->setState(&State::initialized, true);
         handler(outcome);

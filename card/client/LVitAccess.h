@@ -10,7 +10,6 @@
 #include "platform/XmlDocument.h"
 
 #include <QCborMap>
-#include <QMap>
 #include <QVariantMap>
 
 #include <expected>
@@ -19,76 +18,73 @@
 #include <mutex>
 #include <optional>
 
-/// Client of the card service. Every operation may be called on any thread and returns at once. Handlers run on the
-/// channel's thread, never on the main one, each exactly once, and may call further operations. A client is made with
+/// Client of the card service. Operations may be called on any thread and return at once. Handlers run on the channel's
+/// thread, never on the main one, each exactly once, and may call further operations. A client is made with
 /// std::make_shared; an operation keeps it alive until its handler has run.
 class LVitAccess final : public std::enable_shared_from_this<LVitAccess>
 {
 public:
-    // What handlers receive: whether it went well; the error when it did not; and the result, where there is one.
+    // Arguments of handlers: success, the error of a failure, the result of a success.
     using BindHandler = std::move_only_function<void(bool, std::optional<Error>)>;
     using InformationsHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QVariantMap>)>;
     using ReadersHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QVariantMap>)>;
     using SetReadersHandler = std::move_only_function<void(bool, std::optional<Error>)>;
     using ReadHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<CardRecord>)>;
 
-    /// The program that defaultInstance() starts; set once, before its first use.
+    /// The program that defaultInstance() starts. Set before its first use.
     static void setDefaultCommand(const ServiceCommand& command);
 
-    /// The process-wide client, made at first use. At the end of the process its channel is stopped.
+    /// The process-wide client. Its channel is stopped at the end of the process.
     [[nodiscard]] static std::shared_ptr<LVitAccess> defaultInstance();
 
     explicit LVitAccess(const ServiceCommand& command, ChannelLimits limits = {});
 
     /// Fresh connection, access mode, reader list, reader choice. (false, nullopt) when no connection can be made. A
-    /// bind that is under way is given up: it ends with (false, replacedBindError()).
+    /// running bind ends with (false, replacedBindError()).
     void bindWithCompletionHandler(BindHandler handler);
 
-    /// The reading library's versions: texts under the keys of InformationKey. On a failure of the service, the last
-    /// ones.
+    /// The reading library's versions under the keys of InformationKey; the last known ones when the service fails.
     void getInformationsWithCompletionHandler(InformationsHandler handler);
 
-    /// The readers that the service sees: {ReaderKey::readers: names}.
+    /// The names of the readers: {ReaderKey::readers: names}.
     void getReadersWithCompletionHandler(ReadersHandler handler);
 
-    /// Chooses the readers by the names under ReaderKey::vitale and ReaderKey::cps (by default the former's).
+    /// Chooses the readers under ReaderKey::vitale and ReaderKey::cps; the first one is used for both if it is alone.
     void setReadersWithCompletionHandler(std::optional<QVariantMap> readers, SetReadersHandler handler);
 
-    /// Reads the card in the reader.
     void readeVitaleWithCompletionHandler(ReadHandler handler);
 
-    /// Gives up the reads that wait for their reply: the connection is shut down, which ends the service, and they end
-    /// with the general error. Not initialized from this call on, even when no read waits any more.
+    /// Cancels reads without a reply: the connection is shut down, which ends the service, and they end with the
+    /// general error. From this call on initialized() is false, even when no read was waiting.
     void cancelReads();
 
     /// The record of a card's document, without "FundCodeLibelle" and "XMLString". Any thread.
     [[nodiscard]] static std::expected<CardRecord, Error> parseVitaleXML(const XmlDocument* document);
 
-    /// Whether a bind has come as far as the choice of readers since the connection was last shut down.
+    /// Whether a bind has chosen readers since the connection was last shut down.
     [[nodiscard]] bool initialized() const { return state(&State::initialized); }
-    /// Whether the last bind went well and its connection still stands: a card can be read without another bind.
+    /// Whether the last bind succeeded and its connection is still open: a card can be read without another bind.
     [[nodiscard]] bool bound() const { return state(&State::bound); }
-    /// Whether the service said at the last "init" that it uses its own reading library.
+    /// Whether the service reported at the last "init" that it uses its own reading library.
     [[nodiscard]] bool embedded() const { return state(&State::embedded); }
-    /// Which reading library the next "init" asks for: an index of AccessMode::names.
+    /// The access mode of the next "init": an index of AccessMode::names.
     [[nodiscard]] unsigned accessMode() const { return state(&State::accessMode); }
     /// A value other than 0, 1 and 2 is stored as 0.
     void setAccessMode(unsigned mode);
-    /// The last information obtained; absent from an "init" on until the next one is obtained.
+    /// The last received information; absent after an "init" until new information is received.
     [[nodiscard]] std::optional<QVariantMap> informations() const;
 
-    /// The number of an access mode's name; 0 for an unknown one.
+    /// The number of an access mode; 0 for an unknown name.
     [[nodiscard]] static unsigned _modeToInteger(QStringView name);
 
 private:
     using RequestFields = QMap<QString, std::optional<QString>>;
-    /// What a step hands on: its result, or why there is none. Unlike a caller's handler it is never empty.
+    /// Receives the result of a step or its error. Unlike a caller's handler it is never empty.
     template <typename Result>
     using StepHandler = std::move_only_function<void(std::expected<Result, Error>)>;
 
-    // What other threads read and write. Everything is reached through the functions above and setState(), one lock
-    // each: the values are independent, and nobody needs two of them at one moment. They are plain values: what a
-    // thread gets shares nothing with what another has.
+    // Values that several threads use, each under the lock of state() and setState(). They are independent of each
+    // other, so one lock for each access is enough. They are copied without implicit sharing.
     struct State
     {
         bool initialized = false;
@@ -98,7 +94,7 @@ private:
         std::optional<InformationTexts> informations = InformationTexts();
     };
 
-    // All of these run on the channel's thread.
+    // These run on the channel's thread.
     [[nodiscard]] bool _initConnection();
     void _shutdownConnection();
     void forgetBind(); // any thread
@@ -130,11 +126,11 @@ private:
     mutable std::mutex m_stateMutex;
     State m_state;
 
-    // On the channel's thread alone.
+    // Used on the channel's thread only.
     int m_waitingReads = 0;
     quint64 m_lastBind = 0;
     LogLimit m_unsolicitedMessages{MXLog::Debug, ChannelLogLines::unsolicitedMessages};
 
-    // Last, so that it ends before what its handlers use.
+    // Last member: it is destroyed before what its handlers use.
     ServiceChannel m_channel;
 };

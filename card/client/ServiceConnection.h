@@ -15,11 +15,10 @@
 
 using ChannelClock = std::chrono::steady_clock;
 
-/// Receives a reply's body; nullopt stands for whatever is not a dictionary: a null body, a broken or closed
-/// connection.
+/// Receives a reply's body; nullopt for a body that is not a dictionary and for a closed connection.
 using ServiceReplyHandler = std::move_only_function<void(std::optional<QCborMap>)>;
 
-/// What a connection tells besides replies.
+/// Events besides replies.
 struct ChannelEvent
 {
     enum class Kind
@@ -32,25 +31,17 @@ struct ChannelEvent
 };
 using ChannelEventHandler = std::function<void(const ChannelEvent&)>;
 
-/// A request that has no reply yet.
 struct WaitingRequest
 {
     ServiceReplyHandler handler;
     ChannelClock::time_point deadline;
 };
 
-/// A running service with what goes to it and what comes from it. Calls no handler itself. On the channel's thread
-/// alone.
+/// A running service, its requests and its output. Calls no handlers. Used on the channel's thread only.
 class ServiceConnection final
 {
 public:
-    /// What a read of the service's output came to.
-    enum class Reading
-    {
-        Some,
-        Nothing,
-        Ended
-    };
+    using Reading = ServiceErrorLog::Reading;
 
     static constexpr std::size_t pollCount = 4;
     using PollSet = std::array<pollfd, pollCount>;
@@ -63,30 +54,29 @@ public:
 
     [[nodiscard]] const ChannelEventHandler& eventHandler() const { return m_eventHandler; }
 
-    /// Numbers the request and sends what the pipe takes of it; the rest goes when the pipe is ready.
+    /// Numbers the request and writes as much as the pipe takes; the rest is written when the pipe is ready.
     void send(const QCborMap& body, WaitingRequest request);
 
-    /// Takes the request of that number off the list; nullopt when none waits under it.
+    /// Removes the request with that number; nullopt when there is none.
     [[nodiscard]] std::optional<ServiceReplyHandler> takeRequest(qint64 number);
-    /// Takes them all, in the order of their numbers.
+    /// Removes all requests, in the order of their numbers.
     [[nodiscard]] std::map<qint64, WaitingRequest> takeRequests() { return std::exchange(m_waiting, {}); }
-    /// When the request that has waited longest has waited too long.
+    /// The deadline of the oldest request.
     [[nodiscard]] std::optional<ChannelClock::time_point> firstDeadline() const;
 
-    /// What to wait for.
     [[nodiscard]] PollSet pollSet() const;
-    /// Logs and writes what a poll found ready.
+    /// Reads the error output and writes requests, as far as poll found them ready.
     void serveErrorsAndInput(const PollSet& ready);
-    /// Whether a poll found output to read, or its end.
+    /// Whether there is output to read, or its end.
     [[nodiscard]] static bool hasOutput(const PollSet& ready);
-    /// Whether a poll found that the service has ended or has closed its input.
+    /// Whether the service has exited or closed its input.
     [[nodiscard]] static bool isOver(const PollSet& ready);
-    /// Reads a bounded slice of output, without waiting.
+    /// Reads one slice of output without waiting.
     [[nodiscard]] Reading readOutput();
-    /// The next message of what was read.
+    /// The next complete message.
     [[nodiscard]] auto nextMessage() { return m_reader.next(); }
 
-    /// Closes the service's input and output and hands it over, with its log, to whoever waits for its end.
+    /// Closes the service's input and output, and gives its process and error log away.
     [[nodiscard]] std::pair<ServiceProcess, ServiceErrorLog> leave();
 
 private:

@@ -2,7 +2,6 @@
 
 #include "platform/FileDescriptor.h"
 
-#include <QString>
 #include <QStringList>
 
 #include <expected>
@@ -13,17 +12,17 @@
 
 #include <sys/types.h>
 
-/// A program and its arguments. The program is a path; no search path is looked at.
+/// A program, as a path, and its arguments.
 struct ServiceCommand
 {
     QString program;
     QStringList arguments;
 };
 
-/// The command as the system takes it: the program and its arguments in the file system's encoding.
+/// Program and arguments in the file system's encoding.
 [[nodiscard]] std::vector<std::string> systemArguments(const ServiceCommand& command);
 
-/// How a child ended: by a signal, or with an exit status.
+/// How a child ended.
 struct ProcessEnd
 {
     std::optional<int> signal;
@@ -33,39 +32,38 @@ struct ProcessEnd
     [[nodiscard]] std::string description() const;
 };
 
-/// A child process with its standard input, output and error on pipes. The child is killed when the thread that started
-/// it ends, however it ends: no orphan is left. Owned by that thread.
+/// A child process with pipes for standard input, output and error. The kernel kills it when the thread that started it
+/// ends. Used by that thread only.
 class ServiceProcess final
 {
 public:
-    /// Starts the program that the first text names, with what a service is given of the environment; the failure says
-    /// why it could not be executed (absent, not executable...).
+    /// Starts the program named by the first text, with a reduced environment.
     [[nodiscard]] static std::expected<ServiceProcess, std::error_code> start(std::vector<std::string> command);
 
     ServiceProcess(const ServiceProcess&) = delete;
     ServiceProcess(ServiceProcess&& other) noexcept = default;
     ServiceProcess& operator=(const ServiceProcess&) = delete;
     ServiceProcess& operator=(ServiceProcess&& other) noexcept;
-    /// Kills the child if it is still there.
+    /// Kills the child if it still runs.
     ~ServiceProcess();
 
-    /// This side's ends of the pipes, which never block; -1 once closed.
+    /// This process's ends of the pipes, which never block; -1 once closed.
     [[nodiscard]] int standardInput() const { return m_input.get(); }
     [[nodiscard]] int standardOutput() const { return m_output.get(); }
     [[nodiscard]] int standardError() const { return m_errors.get(); }
-    /// Readable (for poll) once the child has ended.
+    /// Readable (for poll) when the child has ended.
     [[nodiscard]] int endOfProcess() const { return m_process.get(); }
 
     void closeStandardInput() { m_input.reset(); }
     void closeStandardOutput() { m_output.reset(); }
     void closeStandardError() { m_errors.reset(); }
 
-    /// SIGKILL; nothing when the child has ended.
+    /// Sends SIGKILL unless the child was reaped.
     void kill() const;
 
-    /// Takes an ended child off the system's list; false while it runs.
+    /// Reaps an ended child; false while it runs.
     [[nodiscard]] bool reap();
-    /// How the child ended, once it was reaped. Absent where the application ignores its children's ends.
+    /// Set when the child was reaped; absent when the application ignores SIGCHLD.
     [[nodiscard]] const std::optional<ProcessEnd>& howItEnded() const { return m_end; }
 
 private:
@@ -75,6 +73,6 @@ private:
     FileDescriptor m_input;
     FileDescriptor m_output;
     FileDescriptor m_errors;
-    FileDescriptor m_process; // a process descriptor; none once the child was reaped
+    FileDescriptor m_process; // a process descriptor; invalid once the child was reaped
     std::optional<ProcessEnd> m_end;
 };

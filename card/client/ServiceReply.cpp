@@ -8,12 +8,11 @@
 #include "card/wire/TextDecoding.h"
 
 #include <QCborArray>
-#include <QCborValue>
 #include <QStringList>
 
 namespace {
 
-/// The card's document as text; nullopt when the reply has none, or one in no known encoding.
+/// The card's document; nullopt when it is missing or in no known encoding.
 std::optional<QString> cardText(const QCborMap& reply)
 {
     const QCborValue value = reply.value(ServiceWord::vitale);

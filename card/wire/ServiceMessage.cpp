@@ -2,11 +2,10 @@
 
 #include <QCborArray>
 #include <QCborStreamReader>
-#include <QCborValue>
 
 namespace {
 
-/// A whole item of a message's shape, decoded; nullopt when a text in it is not UTF-8, or a simple value is none.
+/// Decodes a message that the scanner has checked; nullopt for invalid UTF-8 or an invalid simple value.
 std::optional<ServiceMessage> decodeItem(QByteArrayView item)
 {
     QCborStreamReader reader(item.data(), item.size());

@@ -6,38 +6,35 @@
 #include <QCborMap>
 #include <QLatin1StringView>
 
-#include <cstddef>
 #include <expected>
 #include <optional>
 #include <span>
 
-/// One item of the channel between the application and the card service: a number and a body. Requests count from 1, a
-/// reply bears its request's number, 0 marks an unsolicited message. An absent body stands for null.
+/// A message between the application and the card service: a number and a body. Requests count from 1, a reply has its
+/// request's number, an unsolicited message has 0. An absent body is null.
 struct ServiceMessage
 {
     qint64 number = 0;
     std::optional<QCborMap> body;
 };
 
-/// The item as CBOR: an array of two.
+/// The message as CBOR: an array of two.
 [[nodiscard]] QByteArray encodeServiceMessage(const ServiceMessage& message);
 
-/// Why a stream can no longer be read.
 enum class FramingError
 {
     Malformed,
     TooLarge
 };
 
-/// Cuts a stream of bytes (a CBOR sequence) into messages. Once it has failed it stays failed. One thread at a time.
+/// Splits a byte stream (a CBOR sequence) into messages. After a failure it keeps failing. One thread at a time.
 class ServiceMessageReader
 {
 public:
-    /// Bytes that one item may take; a larger one is refused as soon as that can be told. The client's other limits are
-    /// in ChannelLimits.h.
+    /// Bytes of a message; a larger one is refused as early as possible.
     static constexpr qsizetype maximumItemSize = qsizetype{4} * 1024 * 1024;
 
-    /// Accepts messages with these keys alone, or with any if there are none. They must outlive the reader.
+    /// Accepts only messages with these keys, or with any keys if the list is empty. The keys must outlive the reader.
     explicit ServiceMessageReader(std::span<const QLatin1StringView> keys = {})
         : m_keys(keys)
     {
@@ -45,7 +42,7 @@ public:
 
     void append(QByteArrayView bytes);
 
-    /// The next whole message; nullopt when more bytes are needed.
+    /// The next complete message; nullopt when more bytes are needed.
     [[nodiscard]] std::expected<std::optional<ServiceMessage>, FramingError> next();
 
 private:
@@ -53,7 +50,7 @@ private:
     std::unexpected<FramingError> fail(FramingError error);
 
     QByteArray m_buffer;
-    qsizetype m_start = 0; // of the first item that was not handed out
+    qsizetype m_start = 0; // of the first message that was not returned
     std::span<const QLatin1StringView> m_keys;
     ServiceMessageScanner m_scanner{maximumItemSize, m_keys};
     std::optional<FramingError> m_failure;

@@ -1,23 +1,21 @@
 #pragma once
 
-#include <QByteArrayView>
 #include <QString>
 
 #include <optional>
 
-// From bytes to text and back, strictly: nothing when the encoding lacks one of the bytes or of the characters.
+// Strict conversions between bytes and text: absent when the encoding does not have one of the bytes or characters.
 
-/// UTF-8, without the byte order mark that it may start with. A last character that is cut short is an error too.
+/// UTF-8 without its byte order mark. An incomplete last character is an error.
 [[nodiscard]] std::optional<QString> decodeUtf8(QByteArrayView bytes);
 
-/// ISO Latin 1 without bytes 80 to 9F, which in a text are another encoding's letters and not the controls they stand
-/// for.
+/// ISO Latin 1 without the bytes 80 to 9F: in practice those are characters of another encoding.
 [[nodiscard]] std::optional<QString> decodeLatin1(QByteArrayView bytes);
 
-/// windows-1252, which lacks 81, 8D, 8F, 90 and 9D.
+/// windows-1252, which does not have 81, 8D, 8F, 90 and 9D.
 [[nodiscard]] std::optional<QString> decodeWindows1252(QByteArrayView bytes);
 
-/// UTF-8, which lacks halves of surrogate pairs.
+/// UTF-8, which does not have lone surrogates.
 [[nodiscard]] std::optional<QByteArray> encodeUtf8(QStringView text);
 
 /// windows-1252.

@@ -6,15 +6,13 @@
 
 #include <algorithm>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 std::optional<QString> decodeUtf16(QByteArrayView bytes, QStringConverter::Encoding encoding)
 {
     QStringDecoder decoder(encoding);
     QString text = decoder(bytes);
-    // Half a unit or half a pair at the end is only held back, not reported.
+    // Half a unit or half a surrogate pair at the end is not reported by the decoder.
     if (bytes.size() % 2 != 0 || decoder.hasError() || !text.isValidUtf16())
         return std::nullopt;
     return text;
@@ -26,13 +24,12 @@ std::optional<QString> decodeAscii(QByteArrayView bytes)
     return isAscii ? std::optional(QString::fromLatin1(bytes)) : std::nullopt;
 }
 
-/// The encoding that an XML declaration at the start of an ASCII-compatible text names, in lower case; empty without
-/// one.
+/// The encoding in the XML declaration of an ASCII-compatible text, in lower case; empty without one.
 QByteArray declaredEncoding(QByteArrayView bytes)
 {
     if (!bytes.startsWith("<?xml"))
         return {};
-    // A declaration is short; a document without its end is not searched for it.
+    // The search for the declaration's end is limited.
     constexpr qsizetype longestDeclaration = 256;
     const qsizetype end = bytes.first(std::min(bytes.size(), longestDeclaration)).indexOf("?>");
     if (end < 0)
@@ -59,7 +56,7 @@ std::optional<QString> decodeXmlBytes(QByteArrayView bytes)
         return decodeUtf8(bytes);
     if (bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF"))
         return decodeUtf16(bytes, QStringConverter::Utf16);
-    // Without a mark a UTF-16 document shows in the two bytes of its first "<".
+    // UTF-16 without a byte order mark is recognised by the first "<".
     if (bytes.startsWith(QByteArrayView("<\0", 2)))
         return decodeUtf16(bytes, QStringConverter::Utf16LE);
     if (bytes.startsWith(QByteArrayView("\0<", 2)))
@@ -68,7 +65,7 @@ std::optional<QString> decodeXmlBytes(QByteArrayView bytes)
     const QByteArray encoding = declaredEncoding(bytes);
     if (encoding.isEmpty() || encoding == "utf-8")
         return decodeUtf8(bytes);
-    // Its controls from 80 to 9F are characters of a document that says so.
+    // Here 80 to 9F are the control characters that the document declares.
     if (encoding == "iso-8859-1")
         return QString::fromLatin1(bytes);
     if (encoding == "windows-1252")
