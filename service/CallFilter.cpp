@@ -1,6 +1,5 @@
 #include "service/CallFilter.h"
 
-#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <initializer_list>
@@ -16,17 +15,17 @@
 
 namespace {
 
-// Younger than libseccomp, and of the same number on all processors.
+// Newer than libseccomp. The numbers are the same on all processors.
 constexpr int callFchmodat2 = 452;
 constexpr int callSetxattrat = 463;
 constexpr int callRemovexattrat = 466;
 constexpr int callFileSetattr = 469;
 
-constexpr std::uint64_t socketTypeMask = 0xf;     // without the flags
-constexpr std::uint64_t wordMask = 0xffff'ffffUL; // the kernel looks at no more of an int
+constexpr std::uint64_t socketTypeMask = 0xf;     // the type without flags
+constexpr std::uint64_t wordMask = 0xffff'ffffUL; // an int, as the kernel reads it
 constexpr std::uint64_t truncatingMask = O_ACCMODE | O_TRUNC;
 
-/// A filter that lets pass what no rule names.
+/// A filter that allows calls without a rule.
 class Filter
 {
 public:
@@ -54,7 +53,7 @@ public:
             m_failure = ::seccomp_load(m_filter.get());
         return m_failure == 0 ? std::expected<void, int>() : std::unexpected(-m_failure);
     }
-    /// Of a loaded filter with notifications.
+    /// For a loaded filter with notifications.
     [[nodiscard]] FileDescriptor notifications() const { return FileDescriptor(::seccomp_notify_fd(m_filter.get())); }
 
 private:
@@ -64,7 +63,7 @@ private:
     };
 
     std::unique_ptr<void, Release> m_filter;
-    int m_failure; // of the first step that failed, negative
+    int m_failure; // errno of the first failed step, negative
 };
 
 scmp_arg_cmp isNot(unsigned argument, std::uint64_t value)
@@ -81,18 +80,18 @@ void refuseSockets(Filter& filter)
 {
     constexpr auto refused = SCMP_ACT_ERRNO(EACCES);
     filter.add(refused, SCMP_SYS(socket), {isNot(0, AF_UNIX)});
-    // A datagram can name its receiver where no filter sees it: in memory.
+    // A datagram names its receiver in memory, which a filter cannot read.
     for (const int type : {SOCK_DGRAM, SOCK_RAW}) {
         const auto value = static_cast<std::uint64_t>(type);
         filter.add(refused, SCMP_SYS(socket), {isMasked(1, socketTypeMask, value)});
         filter.add(refused, SCMP_SYS(socketpair), {isMasked(1, socketTypeMask, value)});
     }
     filter.refuse(EACCES, {SCMP_SYS(bind), SCMP_SYS(listen)});
-    // These do what other calls do, sockets too, where a filter does not see it. Programs go on without them.
+    // io_uring makes calls, also for sockets, that filters do not see. Programs work without it.
     filter.refuse(ENOSYS, {SCMP_SYS(io_uring_setup), SCMP_SYS(io_uring_enter), SCMP_SYS(io_uring_register)});
 }
 
-/// What the kernel's rules on files leave: all of it works on files that are not open for writing.
+/// Landlock does not cover these: they work on files that are not open for writing.
 void refuseChangesOfFiles(Filter& filter)
 {
     filter.refuse(EPERM, {SCMP_SYS(chmod),       SCMP_SYS(fchmod),       SCMP_SYS(fchmodat),     callFchmodat2,
@@ -103,23 +102,23 @@ void refuseChangesOfFiles(Filter& filter)
                           SCMP_SYS(truncate),    callFileSetattr});
     for (const std::uint64_t request : {std::uint64_t{FS_IOC_SETFLAGS}, std::uint64_t{FS_IOC_FSSETXATTR}})
         filter.add(SCMP_ACT_ERRNO(EPERM), SCMP_SYS(ioctl), {isMasked(1, wordMask, request)});
-    // A file that is opened without the right to write is truncated all the same.
+    // O_TRUNC truncates a file even when it is opened for reading.
     for (const std::uint64_t access : {std::uint64_t{O_RDONLY}, std::uint64_t{O_ACCMODE}}) {
         filter.add(SCMP_ACT_ERRNO(EACCES), SCMP_SYS(open), {isMasked(1, truncatingMask, access | O_TRUNC)});
         filter.add(SCMP_ACT_ERRNO(EACCES), SCMP_SYS(openat), {isMasked(2, truncatingMask, access | O_TRUNC)});
     }
-    // It has its flags in memory; programs go on with openat.
+    // openat2 has its flags in memory. Programs fall back to openat.
     filter.refuse(ENOSYS, {SCMP_SYS(openat2)});
 }
 
 void refuseOtherProcesses(Filter& filter, bool areSignalsRefused)
 {
-    // A limit of processor time ends a process as well as a signal does.
+    // A limit of processor time can end another process.
     filter.add(SCMP_ACT_ERRNO(EPERM), SCMP_SYS(prlimit64), {isNot(0, 0)});
-    // What is typed into a terminal, its shell runs.
+    // These put text into a terminal, which its shell would run.
     for (const std::uint64_t request : {std::uint64_t{TIOCSTI}, std::uint64_t{TIOCLINUX}})
         filter.add(SCMP_ACT_ERRNO(EPERM), SCMP_SYS(ioctl), {isMasked(1, wordMask, request)});
-#ifndef __SANITIZE_ADDRESS__ // which looks for leaks so
+#ifndef __SANITIZE_ADDRESS__ // its leak detection uses these calls
     filter.refuse(EPERM,
                   {SCMP_SYS(ptrace), SCMP_SYS(process_vm_readv), SCMP_SYS(process_vm_writev), SCMP_SYS(pidfd_getfd)});
 #endif
@@ -129,7 +128,7 @@ void refuseOtherProcesses(Filter& filter, bool areSignalsRefused)
     for (const int call : {SCMP_SYS(kill), SCMP_SYS(tgkill), SCMP_SYS(rt_sigqueueinfo), SCMP_SYS(rt_tgsigqueueinfo)})
         filter.add(SCMP_ACT_ERRNO(EPERM), call, {isNot(0, own)});
     filter.refuse(EPERM, {SCMP_SYS(tkill), SCMP_SYS(pidfd_send_signal)});
-    // With these the kernel sends signals to whoever is named.
+    // These make the kernel send signals to another process.
     for (const std::uint64_t command : {std::uint64_t{F_SETOWN}, std::uint64_t{F_SETOWN_EX}})
         filter.add(SCMP_ACT_ERRNO(EPERM), SCMP_SYS(fcntl), {isMasked(1, wordMask, command)});
     for (const std::uint64_t request : {std::uint64_t{FIOSETOWN}, std::uint64_t{SIOCSPGRP}})
@@ -151,7 +150,7 @@ std::expected<FileDescriptor, int> handOverConnections()
 {
     Filter filter;
     filter.add(SCMP_ACT_NOTIFY, SCMP_SYS(connect));
-    // Whoever could answer for himself would be let pass.
+    // A second listener could allow its own calls.
     filter.add(SCMP_ACT_ERRNO(EPERM), SCMP_SYS(seccomp),
                {isMasked(1, SECCOMP_FILTER_FLAG_NEW_LISTENER, SECCOMP_FILTER_FLAG_NEW_LISTENER)});
     if (const std::expected<void, int> loaded = filter.load(); !loaded)

@@ -2,7 +2,6 @@
 
 #include "service/CardCoverage.h"
 
-#include <QByteArrayView>
 #include <QHash>
 #include <QStringList>
 
@@ -13,16 +12,15 @@
 class FundTable
 {
 public:
-    /// Adds a table's entries, over those of the same scheme and fund. Returns a sentence for each line that is
-    /// skipped, with the name given here and the line's number.
+    /// Adds a table's entries; later ones replace earlier ones. Returns a sentence for each skipped line.
     [[nodiscard]] QStringList add(const QString& name, QByteArrayView content);
 
-    /// The same for a file, of at most 1 MiB.
+    /// The same for a file of at most 1 MiB.
     [[nodiscard]] QStringList addFile(const QString& path);
 
-    /// The fund's own label, else its scheme's, else nothing.
+    /// The fund's label, else its scheme's.
     [[nodiscard]] std::optional<QString> label(const CardCoverage& coverage) const;
 
 private:
-    QHash<QString, QString> m_labels; // by scheme and fund, joined
+    QHash<QString, QString> m_labels; // by scheme and fund joined
 };

@@ -5,35 +5,33 @@
 #include <QByteArray>
 
 #include <expected>
-#include <optional>
 
 #include <sys/types.h>
 
-/// The socket at which programs find the PC/SC service, as pcsc-lite looks for it.
+/// The socket of the PC/SC service, as pcsc-lite looks it up.
 [[nodiscard]] QByteArray pcscSocketPath();
 
-/// A process outside the sandbox that makes one kind of connection for the process inside: to the PC/SC service. It
-/// ends with the process that started it. It is started before anything of a card or of a library is in memory, and
-/// reads nothing but addresses.
+/// A process outside of the sandbox that connects the process inside to the PC/SC service, and to nothing else. It ends
+/// with its parent, is started before there is data of a card in memory, and reads only addresses.
 class PcscBroker final
 {
 public:
-    /// Starts it; it waits for the notifications. The failure is an errno. For the only thread of a process.
+    /// Starts the process. The error is an errno. For a process with one thread.
     [[nodiscard]] static std::expected<PcscBroker, int> start(const QByteArray& socketPath);
 
     PcscBroker(const PcscBroker&) = delete;
     PcscBroker(PcscBroker&& other) noexcept;
     PcscBroker& operator=(const PcscBroker&) = delete;
     PcscBroker& operator=(PcscBroker&&) = delete;
-    /// Ends it, and waits for that.
+    /// Ends the process and waits for it.
     ~PcscBroker();
 
-    /// Gives it this process's connections to answer for (see handOverConnections). The failure is an errno.
+    /// Passes the descriptor of handOverConnections() to it. The error is an errno.
     [[nodiscard]] std::expected<void, int> serve(const FileDescriptor& notifications) const;
 
 private:
     PcscBroker(pid_t process, FileDescriptor lifeline);
 
-    pid_t m_process; // -1 once it was handed on
+    pid_t m_process; // -1 once moved from
     FileDescriptor m_lifeline;
 };

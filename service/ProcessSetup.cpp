@@ -9,11 +9,9 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-// Above the three standard ones, whichever of them is closed.
+// Above 2, even if a standard descriptor is closed.
 FileDescriptor privateCopy(int descriptor)
 {
     return FileDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
@@ -29,7 +27,7 @@ std::optional<ChannelDescriptors> takeStandardChannel()
     const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     if (!nothing.isValid() || ::dup2(nothing.get(), STDIN_FILENO) < 0)
         return std::nullopt;
-    // Where standard error is closed, prints go nowhere.
+    // When standard error is closed, prints are dropped.
     if (::dup2(STDERR_FILENO, STDOUT_FILENO) < 0 && ::dup2(nothing.get(), STDOUT_FILENO) < 0)
         return std::nullopt;
     return channel;
@@ -37,9 +35,8 @@ std::optional<ChannelDescriptors> takeStandardChannel()
 
 bool protectProcess()
 {
-    // 1 byte, not 0: where cores go to a program (systemd-coredump), the kernel hands it the core whatever the limit,
-    // unless the limit is exactly 1. Into a file, a core of one byte is not written. Where the limit is lower already
-    // it cannot be raised, and there is another way.
+    // 1 byte, not 0: with any other limit the kernel still pipes the core to a program such as systemd-coredump. The
+    // call fails when the limit is 0 already.
     constexpr rlimit noCore{.rlim_cur = 1, .rlim_max = 1};
     const bool coresAreOff = ::setrlimit(RLIMIT_CORE, &noCore) == 0 || ::prctl(PR_SET_DUMPABLE, 0) == 0;
     return coresAreOff && std::signal(SIGPIPE, SIG_IGN) != SIG_ERR && std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR;

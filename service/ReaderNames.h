@@ -1,21 +1,18 @@
 #pragma once
 
-#include <QByteArray>
 #include <QList>
 #include <QString>
 
-/// A reader, as people and as the system name it.
 struct ReaderName
 {
     QString shown;
-    QByteArray system; // by which PC/SC knows it, in its own bytes
-    QString model;     // without the number that tells two of a model apart
+    QByteArray system; // PC/SC's name, unchanged
+    QString model;     // the name without the number that distinguishes readers of one model
 
     friend bool operator==(const ReaderName&, const ReaderName&) = default;
 };
 
-/// Names readers by their models, in the given order: without the interface, the serial number and the numbers of the
-/// reader and of its slot, with which pcsc-lite completes a name. Further readers of one model are told apart by a
-/// number: "Feitian SCR301", "Feitian SCR301 (2)". The accepted model has one spelling, whatever the system's: drivers
-/// differ in case, in blanks and in how they write the maker.
+/// Names readers by their models, in the given order. The interface, the serial number and the reader and slot numbers
+/// that pcsc-lite adds are removed. Readers of the same model are numbered: "Feitian SCR301", "Feitian SCR301 (2)". The
+/// accepted model always has the same spelling: drivers differ in case, blanks and the maker's name.
 [[nodiscard]] QList<ReaderName> readerNames(const QList<QByteArray>& systemNames);

@@ -5,8 +5,6 @@
 #include "service/FileRules.h"
 
 #include <QDir>
-#include <QFile>
-#include <QStringList>
 
 #include <cerrno>
 #include <system_error>
@@ -41,7 +39,7 @@ std::optional<int> failureOf(const std::expected<Value, int>& result)
 
 Sandbox::Sandbox(const SandboxPlaces& places)
 {
-    // First of all: what it holds itself would hold its broker, too.
+    // First, because the broker must not be restricted.
     if (std::expected<PcscBroker, int> broker = PcscBroker::start(places.pcscSocket))
         m_broker.emplace(*std::move(broker));
     else
@@ -70,7 +68,7 @@ std::optional<int> Sandbox::holdConnections()
     const std::expected<FileDescriptor, int> notifications = handOverConnections();
     if (!notifications)
         return notifications.error();
-    // The broker gets its descriptor by one of the calls that are refused after that.
+    // After this: sending the descriptor to the broker needs a call that is refused then.
     if (const std::optional<int> failure = failureOf(m_broker->serve(*notifications)))
         return failure;
     return failureOf(refuseReceivers());

@@ -2,52 +2,50 @@
 
 #include "service/PcscBroker.h"
 
-#include <QByteArray>
 #include <QList>
 #include <QString>
 
 #include <optional>
 
-/// Something that a process gives up for good, or the reason why it could not.
+/// A restriction of the process, or the reason why it is not in place.
 struct Protection
 {
-    QString name;     // French, for a list
-    QString meaning;  // what holds
-    QString obstacle; // empty when it does
+    QString name;     // in French
+    QString meaning;  // what it guarantees
+    QString obstacle; // why it is not in place; empty when it is
 
     [[nodiscard]] bool holds() const { return obstacle.isEmpty(); }
 };
 
-/// What is left to a process in the sandbox.
+/// What the sandbox allows.
 struct SandboxPlaces
 {
     QList<QByteArray> writableFolders;
     QByteArray pcscSocket;
 };
 
-/// The confinement of this process, its threads and its children, for good. What it is to do must live as long as the
-/// object: with it go connections to the PC/SC service.
+/// Permanent restrictions of this process and its children. Connections to PC/SC need the living object.
 class Sandbox final
 {
 public:
-    /// Gives up what a card service never needs: new privileges, the network, local sockets but the PC/SC service's,
-    /// changes of files, signals to others. Left are descriptors that are open, and what lies in the given folders. A
-    /// protection that this system does not have is told, the others hold. For the only thread of a process.
+    /// Gives up new privileges, the network, local sockets except that of the PC/SC service, changes of files, and
+    /// signals to other processes. Open descriptors and the given folders stay usable. Restrictions that the system
+    /// does not have are reported; the others are applied. For a process with one thread.
     explicit Sandbox(const SandboxPlaces& places);
 
-    /// All of them, in a fixed order.
+    /// In a fixed order.
     [[nodiscard]] const QList<Protection>& protections() const { return m_protections; }
 
-    /// A French sentence on those that do not hold; nothing when all do.
+    /// A French sentence about missing protections; absent when there are none.
     [[nodiscard]] std::optional<QString> obstacles() const;
 
 private:
     [[nodiscard]] std::optional<int> holdConnections();
 
     std::optional<PcscBroker> m_broker;
-    int m_brokerFailure = 0; // an errno
+    int m_brokerFailure = 0;
     QList<Protection> m_protections;
 };
 
-/// The folders in which an installed reading library keeps its files.
+/// The folders of an installed reading library.
 [[nodiscard]] QList<QByteArray> libraryFolders();

@@ -6,6 +6,8 @@
 #include "service/CardCoverage.h"
 #include "service/LibraryVersions.h"
 
+#include <QFile>
+
 #include <cerrno>
 #include <optional>
 
@@ -16,38 +18,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Reads up to the limit and one byte more, which tells that the file is longer. Nothing on an error.
-std::optional<QByteArray> readUpTo(const FileDescriptor& file, qsizetype limit, qsizetype expectedSize)
-{
-    QByteArray bytes;
-    bytes.reserve(std::min(expectedSize, limit) + 1);
-    constexpr qsizetype step = qsizetype{64} * 1024;
-    while (bytes.size() <= limit) {
-        const qsizetype size = bytes.size();
-        bytes.resize(size + std::min(step, limit + 1 - size));
-        const ssize_t count = ::read(file.get(), bytes.data() + size, static_cast<std::size_t>(bytes.size() - size));
-        if (count < 0 && errno != EINTR)
-            return std::nullopt;
-        bytes.resize(size + std::max(count, ssize_t(0)));
-        if (count == 0)
-            break;
-    }
-    return bytes;
-}
-
 std::expected<QByteArray, ReadResult> readCardFile(const QByteArray& path)
 {
-    // Not to wait for a writer where the path is a named pipe, which is refused below.
+    // Non-blocking, so that opening a named pipe, which is refused below, does not wait.
     const FileDescriptor file(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.isValid())
         return std::unexpected(errno == ENOENT || errno == ENOTDIR ? ReadResult::CardAbsent : ReadResult::ReadError);
     struct stat status = {};
-    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+    QFile content;
+    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        status.st_size > SimulatedReader::maximumFileSize ||
+        !content.open(file.get(), QIODevice::ReadOnly | QIODevice::Unbuffered))
         return std::unexpected(ReadResult::ReadError);
-    std::optional<QByteArray> bytes = readUpTo(file, SimulatedReader::maximumFileSize, status.st_size);
-    if (!bytes || bytes->size() > SimulatedReader::maximumFileSize)
+    QByteArray bytes = content.readAll();
+    if (content.error() != QFileDevice::NoError)
         return std::unexpected(ReadResult::ReadError);
-    return *std::move(bytes);
+    return bytes;
 }
 
 } // namespace

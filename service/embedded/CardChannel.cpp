@@ -1,5 +1,7 @@
 #include "service/embedded/CardChannel.h"
 
+#include <QtEndian>
+
 #include <array>
 
 namespace {
@@ -19,7 +21,7 @@ char secondByte(quint16 status)
     return static_cast<char>(status & 0xFFU);
 }
 
-/// Whether the command says at its end how much it expects.
+/// Whether the command ends with an expected length.
 bool expectsData(QByteArrayView command)
 {
     if (command.size() <= headerSize)
@@ -63,8 +65,7 @@ std::expected<CardReply, CardFault> CardChannel::send(QByteArrayView command)
         return std::unexpected(CardFault::CardNonsense);
     m_hasAnswered = true;
     const qsizetype size = bytes->size() - statusSize;
-    const auto status =
-        static_cast<quint16>((static_cast<quint8>(bytes->at(size)) << 8U) | static_cast<quint8>(bytes->at(size + 1)));
+    const auto status = qFromBigEndian<quint16>(bytes->constData() + size);
     bytes->truncate(size);
     return CardReply{.data = *std::move(bytes), .status = status};
 }
@@ -80,7 +81,7 @@ std::expected<CardReply, CardFault> CardChannel::fetchRest(CardReply reply)
         }
         if (!part)
             return part;
-        // A card that has ever more ready without giving any of it would be listened to for ever.
+        // A card that always announces more without giving it would be read forever.
         if (firstByte(part->status) == moreIsReady && part->data.isEmpty())
             return std::unexpected(CardFault::CardNonsense);
         reply.data += part->data;

@@ -5,15 +5,14 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace {
 
 constexpr quint16 allIsWell = 0x9000;
-constexpr quint16 endReachedEarly = 0x6282; // the data are good
+constexpr quint16 endReachedEarly = 0x6282; // the data are valid
 constexpr quint16 beyondTheEnd = 0x6B00;
 constexpr qsizetype blockSize = 256;
-// Further on there is no offset to say.
+// The largest offset of READ BINARY.
 constexpr qsizetype longestFile = 0x8000;
 
 enum class SelectBy : char
@@ -33,13 +32,13 @@ std::array<char, 5> readCommand(qsizetype offset)
     return {'\x00', '\xB0', static_cast<char>(offset >> 8U), static_cast<char>(offset & 0xFFU), '\x00'};
 }
 
-/// Selected, be it with a warning (62xx).
+/// Also with a warning (62xx).
 bool isSelected(quint16 status)
 {
     return status == allIsWell || status >> 8U == 0x62;
 }
 
-/// The number of a file's bytes, where the reply to its selection has one: the object 80 of a template 62 or 6F.
+/// The file size in the reply to SELECT, if any: object 80 in a template 62 or 6F.
 std::optional<qsizetype> fileSize(QByteArrayView selectionReply)
 {
     constexpr quint32 sizeTag = 0x80;
@@ -62,8 +61,8 @@ std::optional<qsizetype> fileSize(QByteArrayView selectionReply)
     return std::nullopt;
 }
 
-/// Whether a status says that nothing stands at the offset. Cards say it in many ways; all but one of these are a
-/// refusal, too, and are the end only when as much was read as the card has promised.
+/// Whether a status means the end of the file. Cards use several. All but one also mean a refusal, so they count only
+/// when the announced size was read.
 bool isBeyondTheEnd(quint16 status, qsizetype offset, std::optional<qsizetype> size)
 {
     constexpr std::array otherWays{quint16{0x6A82}, quint16{0x6A86}, quint16{0x6A87}, quint16{0x6700}};
@@ -89,7 +88,7 @@ std::expected<bool, CardFault> CardFiles::selectApplication(const QByteArray& na
         m_channel->exchange(selectCommand(SelectBy::ApplicationName, name));
     if (!reply)
         return std::unexpected(reply.error());
-    // Cards that know nothing of applications have many ways to say so.
+    // Cards without applications answer in many ways.
     if (!isSelected(reply->status))
         return false;
     m_application = name;
@@ -119,7 +118,7 @@ std::expected<QByteArray, CardFault> CardFiles::readSelected(std::optional<qsize
         if (reply->data.size() > blockSize)
             return std::unexpected(CardFault::CardNonsense);
         if (reply->status == allIsWell || reply->status == endReachedEarly) {
-            // Less than was asked for is no end: cards and readers have limits of their own.
+            // A short block is not the end: cards and readers have their own limits.
             content += reply->data;
             isAtEnd = reply->data.isEmpty() || reply->status == endReachedEarly;
         } else if (isBeyondTheEnd(reply->status, content.size(), size)) {

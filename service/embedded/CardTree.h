@@ -1,13 +1,12 @@
 #pragma once
 
 #include <QString>
-#include <QStringView>
 
 #include <vector>
 
 class QXmlStreamWriter;
 
-/// An element of the card's document while it is made.
+/// An element of a card's document.
 class CardTree
 {
 public:
@@ -16,19 +15,19 @@ public:
     {
     }
 
-    /// The element at a path of names below this one, made as far as it lacks; of several, the last one. The reference
-    /// lasts until an element is added beside it, or beside one that holds it.
+    /// The last element at a path of names; missing elements are made. The reference is valid until a sibling of the
+    /// element or of a parent is added.
     [[nodiscard]] CardTree& at(QStringView path);
-    /// A new element at the path, after all others of its name.
+    /// Adds an element at the path, after others of its name.
     [[nodiscard]] CardTree& append(QStringView path);
 
-    /// The text of the element at the path; null when there is none.
+    /// The text of the first element at the path; null without one.
     [[nodiscard]] QString textAt(QStringView path) const;
-    /// The elements at the path, in their order.
+    /// In document order.
     [[nodiscard]] std::vector<const CardTree*> elements(QStringView path) const;
     void setText(const QString& text) { m_text = text; }
 
-    /// The document whose root this is.
+    /// The XML document with this root.
     [[nodiscard]] QString toXml() const;
 
 private:

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 TagPath joined(TagPath path, const TagPath& more)
@@ -27,7 +25,7 @@ void addSource(std::vector<TagPath>& paths, const CardRecordSource& source)
     }
 }
 
-/// The paths of all objects that the map knows in that file.
+/// The paths of all objects in that file that the map knows.
 std::vector<TagPath> knownPaths(const CardMap& map, const CardFile& file)
 {
     std::vector<TagPath> paths = file.ignored;
@@ -45,7 +43,7 @@ std::vector<TagPath> knownPaths(const CardMap& map, const CardFile& file)
     return paths;
 }
 
-/// Whether one path begins with the other and goes on.
+/// Whether the path continues the other one.
 bool leadsOn(const TagPath& path, const TagPath& start)
 {
     return path.size() > start.size() && std::ranges::equal(std::span(path).first(start.size()), start);
@@ -59,8 +57,7 @@ QString tagsText(const TagPath& path)
     return tags.join(u'/');
 }
 
-// The recursion ends with the known paths, which are shorter than deepestTlv.
-// NOLINTNEXTLINE(misc-no-recursion)
+// The depth is limited by the known paths, which are shorter than deepestTlv.
 std::optional<QString> firstUnknown(const std::vector<TlvObject>& objects, const TagPath& above,
                                     const std::vector<TagPath>& known)
 {

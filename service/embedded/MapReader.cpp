@@ -3,6 +3,7 @@
 #include "service/embedded/Tlv.h"
 
 #include <QJsonArray>
+#include <QtEndian>
 
 #include <algorithm>
 #include <array>
@@ -11,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The bytes that hexadecimal digits make, blanks between them left out. Nothing for other texts.
+/// The bytes of hexadecimal digits, without blanks; absent for other texts.
 std::optional<QByteArray> fromDigits(QString text)
 {
     text.remove(u' ');
@@ -65,9 +66,7 @@ QByteArray MapReader::application(QLatin1StringView key) const
 quint16 MapReader::fileNumber(QLatin1StringView key) const
 {
     const QByteArray number = bytes(key, 2, 2);
-    if (number.isEmpty())
-        return 0;
-    return static_cast<quint16>(static_cast<quint8>(number[0]) << 8U | static_cast<quint8>(number[1]));
+    return number.isEmpty() ? quint16{0} : qFromBigEndian<quint16>(number.constData());
 }
 
 TagPath MapReader::tags(QLatin1StringView key) const

@@ -2,6 +2,8 @@
 
 #include "service/embedded/Tlv.h"
 
+#include <QtEndian>
+
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -40,11 +42,6 @@ std::optional<Applications> readApplications(const TlvObject& directory)
     return applications;
 }
 
-quint16 bigEndian(QByteArrayView bytes)
-{
-    return static_cast<quint16>(static_cast<quint8>(bytes[0]) << 8U | static_cast<quint8>(bytes[1]));
-}
-
 } // namespace
 
 std::expected<std::vector<PointedFile>, QString> parsePointersFile(QByteArrayView bytes)
@@ -70,7 +67,7 @@ std::expected<std::vector<PointedFile>, QString> parsePointersFile(QByteArrayVie
             if (found == applications->end())
                 return std::unexpected(u"fichier d’une application sans nom"_s);
             files.push_back({object.value.first(nameSize).trimmed().toByteArray(),
-                             {found->second, bigEndian(object.value.last(fileSize))}});
+                             {found->second, qFromBigEndian<quint16>(object.value.last(fileSize).data())}});
         }
     }
     if (!hasDirectory)

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <array>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr quint8 constructedBit = 0x20;
@@ -16,7 +14,6 @@ constexpr quint8 longLengthBit = 0x80;
 constexpr int longestTag = 3;
 constexpr int longestLength = 4;
 
-/// Takes bytes off the front.
 class TlvCursor
 {
 public:
@@ -48,7 +45,7 @@ public:
             if (atEnd())
                 return std::unexpected(TlvFault::TruncatedTag);
             const quint8 byte = take();
-            // A number that begins with zeros. Small ones, which the first byte could have held, are in use on cards.
+            // A number with leading zeros. Small numbers, which would fit into the first byte, do occur on cards.
             if (count == 2 && byte == continuationBit)
                 return std::unexpected(TlvFault::OverlongTag);
             tag = tag << 8U | byte;
@@ -94,8 +91,7 @@ private:
     QByteArrayView m_rest;
 };
 
-// The recursion ends at deepestTlv.
-// NOLINTNEXTLINE(misc-no-recursion)
+// The depth is limited by deepestTlv.
 std::expected<std::vector<TlvObject>, TlvFault> parseLevel(QByteArrayView bytes, int depth)
 {
     if (depth > deepestTlv)
@@ -155,8 +151,7 @@ bool isConstructedTag(quint32 tag)
     return (first & constructedBit) != 0;
 }
 
-// The path is that of a map, which is shorter than deepestTlv.
-// NOLINTNEXTLINE(misc-no-recursion)
+// The depth is limited by a map's paths, which are shorter than deepestTlv.
 std::vector<const TlvObject*> findTlv(const std::vector<TlvObject>& objects, std::span<const quint32> path)
 {
     std::vector<const TlvObject*> found;

@@ -7,19 +7,17 @@
 #include <optional>
 #include <vector>
 
-/// Room for a text of an installed library; cleared when it goes.
+/// A buffer for a text of an installed library, cleared by its destructor.
 class ClearedText final
 {
 public:
     explicit ClearedText(std::size_t capacity);
-    ClearedText(const ClearedText&) = delete;
-    ClearedText& operator=(const ClearedText&) = delete;
+    Q_DISABLE_COPY(ClearedText)
     ~ClearedText();
 
-    /// What a library is given.
     [[nodiscard]] pelmora_reading_text* forLibrary() { return &m_text; }
 
-    /// What it has written. Nothing when it claims to have written more than there is room for.
+    /// The written text; absent when the reported length is larger than the buffer.
     [[nodiscard]] std::optional<QByteArrayView> written() const;
 
 private:

@@ -2,8 +2,6 @@
 
 #include "platform/FileDescriptor.h"
 
-#include <QByteArray>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -26,10 +24,10 @@ using Clock = std::chrono::steady_clock;
 namespace {
 
 constexpr int reportInChild = STDERR_FILENO + 1;
-constexpr char endOfReport = '\0'; // a process that the trial has started may keep the pipe open
+constexpr char endOfReport = '\0'; // a process started by the trial may keep the pipe open
 constexpr qsizetype maximumReport = 4096;
 
-/// What a trial prints goes nowhere, and what else is open must close with its owner.
+/// Discards what the trial prints, and closes inherited descriptors.
 bool standAlone(const FileDescriptor& report)
 {
     const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
@@ -59,7 +57,7 @@ bool standAlone(const FileDescriptor& report)
     ::_exit(written == reason.size() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
-/// What was written up to the end of the report, or up to the end of its writer, or until then.
+/// Reads until the end of the report, the end of the child, or the deadline.
 QByteArray readReport(const FileDescriptor& report, Clock::time_point deadline)
 {
     QByteArray text;
@@ -83,7 +81,7 @@ QString lastReason()
     return QString::fromLocal8Bit(std::system_category().message(errno).c_str());
 }
 
-/// What a trial came to that has told nothing.
+/// How a trial without a report ended.
 QString describe(int status, bool isLate, std::chrono::milliseconds patience)
 {
     if (isLate)
@@ -109,7 +107,7 @@ std::expected<void, QString> tryInChild(const std::function<QString()>& trial, s
     pid_t child = -1;
     QByteArray report;
     QString failure;
-    // The kernel kills the child when the thread that made it ends: a process in the sandbox may not be able to.
+    // PR_SET_PDEATHSIG kills the child when this thread ends: in the sandbox kill() may be refused.
     std::thread keeper([&] {
         child = ::fork();
         if (child == 0)

@@ -6,16 +6,14 @@
 
 #include <expected>
 
-/// The way to a card that is powered: one command at a time.
+/// A connection to a powered card: one command at a time.
 class CardTransport
 {
 public:
     CardTransport() = default;
-    CardTransport(const CardTransport&) = delete;
-    CardTransport& operator=(const CardTransport&) = delete;
+    Q_DISABLE_COPY(CardTransport)
     virtual ~CardTransport() = default;
 
-    /// Sends a command APDU and blocks until the card has answered, which a mute card never does. The answer is as the
-    /// card gave it, but never empty: it may lack its status.
+    /// Sends a command APDU and waits for the answer, which is never empty, but may have no status.
     [[nodiscard]] virtual std::expected<QByteArray, CardFault> transmit(QByteArrayView command) = 0;
 };

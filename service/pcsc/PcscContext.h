@@ -9,17 +9,17 @@
 #include <expected>
 #include <utility>
 
-/// What a reader tells without being connected to.
+/// A reader's state, found without connecting to it.
 struct ReaderState
 {
     bool hasCard = false;
-    bool isMute = false;  // there is a card, and it does not answer when it is powered
-    bool isInUse = false; // by whatever program
-    bool isKept = false;  // by a program that shares it with no other
-    QByteArray atr;       // what the card says of itself when it is powered
+    bool isMute = false;  // a card that does not answer
+    bool isInUse = false; // by any program
+    bool isKept = false;  // exclusively
+    QByteArray atr;       // the card's answer to reset
 };
 
-/// A connection to the system's service for readers (PC/SC), which ends with it.
+/// A connection to the PC/SC service, closed by its destructor.
 class PcscContext
 {
 public:
@@ -30,17 +30,15 @@ public:
     {
     }
     PcscContext& operator=(PcscContext&& other) noexcept;
-    PcscContext(const PcscContext&) = delete;
-    PcscContext& operator=(const PcscContext&) = delete;
+    Q_DISABLE_COPY(PcscContext)
     ~PcscContext();
 
-    /// The system's names of the readers that are connected now; none is no error.
+    /// System names of the connected readers; none is no error.
     [[nodiscard]] std::expected<QList<QByteArray>, CardFault> readers() const;
 
-    /// What a reader tells at this moment.
     [[nodiscard]] std::expected<ReaderState, CardFault> state(const QByteArray& reader) const;
 
-    /// Waits until there is a card in that reader, or none, but no longer than that. The value is whether it came so.
+    /// Waits until that reader has a card, or has none, at most for that time. False when the time was over.
     [[nodiscard]] std::expected<bool, CardFault> waitForCard(const QByteArray& reader, bool present,
                                                              std::chrono::milliseconds longest) const;
 
