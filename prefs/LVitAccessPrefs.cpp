@@ -5,7 +5,6 @@
 #include "prefs/ModeMenu.h"
 #include "prefs/settings/MVSettings.h"
 #include "prefs/ui_LVitAccessView.h"
-#include "support/MXLog.h"
 
 #include <QPointer>
 
@@ -17,14 +16,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A mode of the menu; its place is its tag.
+/// The index of a mode is its tag.
 struct Mode
 {
     QStringView title;
     QStringView explanation;
 };
 
-// The explanations are shown exactly as they stand.
+// The texts are shown as they are.
 constexpr std::array<Mode, AccessMode::names.size()> modes{{
     {u"Automatique", u"Si une librairie de lecture vitale est installé sur le système Pelmora l'utilisera en priorité "
                      "sinon la librarie embarqué sera utilisée."},
@@ -34,7 +33,6 @@ constexpr std::array<Mode, AccessMode::names.size()> modes{{
      u"Pelmora utilise exclusivement la librarie de lecture vitale embarqué avec l'application."},
 }};
 
-/// A field of the view, and the key of what it shows.
 struct VersionField
 {
     QLabel* Ui::LVitAccessView::* field = nullptr;
@@ -58,7 +56,7 @@ constexpr bool isMode(qint64 tag)
 } // namespace
 
 LVitAccessPrefs::LVitAccessPrefs(UserDefaults& settings, std::shared_ptr<LVitAccess> client, Bundle bundle)
-    : PaneViewController(u"Services"_s, std::move(bundle))
+    : PaneViewController({u"com.morvel.prefspane.lvitaccess"_s, u"Lecture Vitale"_s, u"Services"_s}, std::move(bundle))
     , m_settings(settings)
     , m_client(std::move(client))
 {
@@ -66,32 +64,21 @@ LVitAccessPrefs::LVitAccessPrefs(UserDefaults& settings, std::shared_ptr<LVitAcc
 
 LVitAccessPrefs::~LVitAccessPrefs()
 {
-    // The menu goes with the view, after this: it must not find the pane when it loses the keyboard.
+    // The view is destroyed after this. The menu must not call the pane when it then loses the focus.
     if (m_ui)
         m_ui->selectModePopUpButton->disconnect(this);
 }
 
-QString LVitAccessPrefs::paneIdentifier() const
-{
-    return u"com.morvel.prefspane.lvitaccess"_s;
-}
-
-QString LVitAccessPrefs::paneName() const
-{
-    return u"Lecture Vitale"_s;
-}
-
 void LVitAccessPrefs::initialization()
 {
-    MXLog::logDebug("'{}' initialization", metaObject()->className());
-    view();
+    PaneViewController::initialization();
     updatePopUp();
     updateModeInformations();
 }
 
 void LVitAccessPrefs::paneWillAppear()
 {
-    MXLog::logDebug("'{}' paneWillAppear", metaObject()->className());
+    PaneViewController::paneWillAppear();
     clearLibraryInformations();
     fetchLibraryInformations();
 }
@@ -150,7 +137,7 @@ void LVitAccessPrefs::updateLibraryInformations()
 
 void LVitAccessPrefs::fetchLibraryInformations()
 {
-    // Straight from here: the client returns at once, and what it does it does on its own thread.
+    // On the main thread: the client returns at once.
     m_client->getInformationsWithCompletionHandler([pane = QPointer(this)](bool fetched, auto&&...) {
         if (!fetched)
             return;

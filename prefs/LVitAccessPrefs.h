@@ -14,7 +14,7 @@ namespace Ui {
 class LVitAccessView;
 }
 
-/// The pane "Lecture Vitale": which reading library the card service uses, and the versions that it reports.
+/// The pane "Lecture Vitale": the reading library of the card service, and its versions.
 class LVitAccessPrefs final : public PaneViewController
 {
     Q_OBJECT
@@ -28,26 +28,23 @@ public:
     LVitAccessPrefs& operator=(const LVitAccessPrefs&) = delete;
     ~LVitAccessPrefs() override;
 
-    [[nodiscard]] QString paneIdentifier() const override;
-    [[nodiscard]] QString paneName() const override;
     void initialization() override;
     void paneWillAppear() override;
 
-    /// The user has picked a mode: it is stored, and the card service is bound with it.
+    /// The user has chosen a mode: stores it and binds the card service again.
     void changeMode(const QObject* sender);
-    /// Selects the client's access mode in the menu.
+    /// Shows the client's access mode in the menu.
     void updatePopUp();
-    /// Explains the menu's mode.
+    /// Shows the explanation of the menu's mode.
     void updateModeInformations();
     void clearLibraryInformations();
-    /// Shows the versions that the client knows; changes nothing while it knows none.
+    /// Shows the client's versions, if it has any.
     void updateLibraryInformations();
 
-    /// The explanation of the selected mode.
     [[nodiscard]] const QString& modeInformations() const { return m_modeInformations; }
     void setModeInformations(const QString& text);
 
-    // Controls of the view, null before it is loaded. The menu's entries have their tags as data.
+    // Controls of the view; null before it is loaded. The data of the menu's entries are their tags.
     [[nodiscard]] ModeMenu* selectModePopUpButton() const;
     [[nodiscard]] QLabel* infosTestField() const;
     [[nodiscard]] QLabel* apiVersionTextField() const;
@@ -66,7 +63,7 @@ protected:
 private:
     void fetchLibraryInformations();
     [[nodiscard]] qint64 selectedTag();
-    /// The controls; loads the view if need be.
+    /// Loads the view if needed.
     [[nodiscard]] Ui::LVitAccessView& ui();
 
     UserDefaults& m_settings;

@@ -3,11 +3,9 @@
 #include "prefs/SettingTie.h"
 #include "prefs/settings/MVSettings.h"
 #include "prefs/ui_AttestationConfigView.h"
-#include "support/MXLog.h"
 
 #include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <utility>
@@ -16,14 +14,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Where documents are, whatever folder is current; a panel that is sent to a folder that is not there starts in that.
+// The documents folder or, when it does not exist, the home folder.
 QString startFolder()
 {
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
-// A link stands for the folder that it leads to, however many others are on the way.
+// Follows the path if it is a link; links in folders above are kept.
 QString withoutLink(const QString& path)
 {
     const QFileInfo folder(path);
@@ -34,33 +32,13 @@ QString withoutLink(const QString& path)
 } // namespace
 
 MVAttestationPrefs::MVAttestationPrefs(UserDefaults& settings, Bundle bundle)
-    : PaneViewController(u"Attestation"_s, std::move(bundle))
+    : PaneViewController({u"com.morvel.prefspane.attestation"_s, u"Attestations"_s, u"Attestation"_s},
+                         std::move(bundle))
     , m_settings(settings)
 {
 }
 
 MVAttestationPrefs::~MVAttestationPrefs() = default;
-
-QString MVAttestationPrefs::paneIdentifier() const
-{
-    return u"com.morvel.prefspane.attestation"_s;
-}
-
-QString MVAttestationPrefs::paneName() const
-{
-    return u"Attestations"_s;
-}
-
-void MVAttestationPrefs::initialization()
-{
-    MXLog::logDebug("'{}' initialization", metaObject()->className());
-    view();
-}
-
-void MVAttestationPrefs::paneWillAppear()
-{
-    MXLog::logDebug("'{}' paneWillAppear", metaObject()->className());
-}
 
 void MVAttestationPrefs::changeAttestationsFolder(const QObject* /*sender*/)
 {

@@ -11,7 +11,7 @@ namespace Ui {
 class AttestationConfigView;
 }
 
-/// The pane "Attestations": the folder where they are saved, and whether their title is drawn.
+/// The pane "Attestations": their folder, and whether their title is drawn.
 class MVAttestationPrefs final : public PaneViewController
 {
     Q_OBJECT
@@ -21,12 +21,7 @@ public:
     explicit MVAttestationPrefs(UserDefaults& settings, Bundle bundle = Bundle::mainBundle());
     ~MVAttestationPrefs() override;
 
-    [[nodiscard]] QString paneIdentifier() const override;
-    [[nodiscard]] QString paneName() const override;
-    void initialization() override;
-    void paneWillAppear() override;
-
-    /// Lets the user choose the folder, in a panel over the window that the pane is in; nothing when it is in none.
+    /// Lets the user choose the folder in a panel over the pane's window; does nothing without a window.
     void changeAttestationsFolder(const QObject* sender);
 
 protected:

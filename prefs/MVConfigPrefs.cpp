@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A check box can be in a state between on and off, which is not on.
+// A partially checked box is not on.
 bool isOn(const QAbstractButton& button)
 {
     const auto* box = qobject_cast<const QCheckBox*>(&button);
@@ -24,23 +24,13 @@ bool isOn(const QAbstractButton& button)
 } // namespace
 
 MVConfigPrefs::MVConfigPrefs(UserDefaults& settings, StatusItemControl& statusItem, Bundle bundle)
-    : PaneViewController(u"Config"_s, std::move(bundle))
+    : PaneViewController({u"com.morvel.prefspane.config"_s, u"Configuration"_s, u"Config"_s}, std::move(bundle))
     , m_settings(settings)
     , m_statusItem(statusItem)
 {
 }
 
 MVConfigPrefs::~MVConfigPrefs() = default;
-
-QString MVConfigPrefs::paneIdentifier() const
-{
-    return u"com.morvel.prefspane.config"_s;
-}
-
-QString MVConfigPrefs::paneName() const
-{
-    return u"Configuration"_s;
-}
 
 void MVConfigPrefs::initialization()
 {
@@ -51,7 +41,7 @@ void MVConfigPrefs::paneWillAppear()
 {
     MXLog::logDebug("paneWillAppear");
     view();
-    // The keyboard is asked, as assistive technology opens panes without an event that would tell of held keys.
+    // queryKeyboardModifiers(): assistive technology opens panes without a keyboard event.
     const bool altIsDown = QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier);
     const bool isVisible = altIsDown || MVSettings::booleanPreferencesForKey(m_settings, Settings::debugMode);
     debugModeButton()->setVisible(isVisible);
@@ -87,10 +77,10 @@ void MVConfigPrefs::loadView(QScrollArea& view)
 
 void MVConfigPrefs::viewDidLoad()
 {
-    // The ties come first: what is stored is there for the actions.
+    // The ties come first, so that the setting is stored before the actions run.
     tieToSetting(*m_ui->statusItemButton, m_settings, Settings::statusItemMenu);
     tieToSetting(*m_ui->debugModeButton, m_settings, Settings::debugMode);
-    // toggled() and not clicked(), which assistive technology can do without.
+    // toggled(): assistive technology does not always send clicked().
     connect(m_ui->statusItemButton, &QAbstractButton::toggled, this,
             [this] { changeStatusItemPrefs(m_ui->statusItemButton); });
     connect(m_ui->debugModeButton, &QAbstractButton::toggled, this, [this] { changeDebugMode(debugModeButton()); });

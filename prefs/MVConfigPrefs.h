@@ -12,25 +12,23 @@ namespace Ui {
 class ConfigView;
 }
 
-/// The pane "Configuration": whether the status item is shown and, for those who hold Alt down when they open the pane,
-/// the debug mode of this run.
+/// The pane "Configuration": whether the status item is shown, and the debug mode of this run, which is visible when
+/// Alt is held down while the pane opens.
 class MVConfigPrefs final : public PaneViewController
 {
     Q_OBJECT
 
 public:
-    /// The settings and the status item's control must outlive the pane's use.
+    /// The settings and the status item's control must outlive the pane.
     MVConfigPrefs(UserDefaults& settings, StatusItemControl& statusItem, Bundle bundle = Bundle::mainBundle());
     ~MVConfigPrefs() override;
 
-    [[nodiscard]] QString paneIdentifier() const override;
-    [[nodiscard]] QString paneName() const override;
     void initialization() override;
     void paneWillAppear() override;
 
-    /// The check box of the status item was switched. Its setting is stored by then. Other senders are ignored.
+    /// The status item's check box was switched and has stored its setting. Other senders are ignored.
     void changeStatusItemPrefs(const QObject* sender);
-    /// Nothing is left to do: the check box has stored its setting.
+    /// Does nothing: the check box has stored its setting.
     void changeDebugMode(const QObject* sender);
 
     /// Null before the view is loaded.

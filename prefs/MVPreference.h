@@ -5,31 +5,30 @@
 
 class QWidget;
 
-/// A pane of the preferences window. The messages that a pane need not answer do nothing here. Main thread only.
+/// A pane of the preferences window. Optional messages do nothing here. Main thread only.
 class MVPreference
 {
 public:
     MVPreference() = default;
-    MVPreference(const MVPreference&) = delete;
-    MVPreference& operator=(const MVPreference&) = delete;
+    Q_DISABLE_COPY(MVPreference)
     virtual ~MVPreference() = default;
 
-    /// Tells the pane from all others; also its button's identifier.
+    /// Unique; also the identifier of its button.
     [[nodiscard]] virtual QString paneIdentifier() const = 0;
-    /// What its button in the toolbar shows.
+    /// Icon and label of its button in the toolbar.
     [[nodiscard]] virtual QIcon paneIcon() const = 0;
     [[nodiscard]] virtual QString paneName() const = 0;
-    /// What the window shows of it: always the same widget, which the pane owns.
+    /// Always the same widget, which the pane owns.
     [[nodiscard]] virtual QWidget* paneView() = 0;
 
-    /// One-time preparation, when the pane is registered.
+    /// Called once, when the pane is registered.
     virtual void initialization() {}
-    /// The counterpart of initialization(); never sent.
+    /// The counterpart of initialization(); never called.
     virtual void deinitialization() {}
-    /// The pane is about to be shown, or is shown.
+    /// Called before and after the pane is shown.
     virtual void paneWillAppear() {}
     virtual void paneDidAppear() {}
-    /// Another pane is about to replace it, or has done so.
+    /// Called before and after another pane replaces it.
     virtual void paneWillDisappear() {}
     virtual void paneDidDisappear() {}
 };

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QMainWindow>
-#include <QObject>
 #include <QStringList>
 
 #include <memory>
@@ -13,8 +12,8 @@ class PaneContentView;
 class PaneToolbar;
 class QAction;
 
-/// The controller of the preferences window: a toolbar with one button per registered pane, and the view of the current
-/// pane below it. The window is loaded when it is first shown and kept from then on. Main thread only.
+/// The controller of the preferences window: a toolbar with a button per pane, and the current pane's view below it.
+/// The window is loaded when it is first shown. Main thread only.
 class MVPreferencesController final : public QObject
 {
     Q_OBJECT
@@ -23,29 +22,27 @@ public:
     using Panes = std::vector<std::shared_ptr<MVPreference>>;
 
     MVPreferencesController();
-    MVPreferencesController(const MVPreferencesController&) = delete;
-    MVPreferencesController& operator=(const MVPreferencesController&) = delete;
+    Q_DISABLE_COPY(MVPreferencesController)
     ~MVPreferencesController() override;
 
-    /// The pane whose view is in the window; null until the window first shows one.
+    /// The pane in the window; null until the window is first shown.
     [[nodiscard]] MVPreference* currentPane() const { return m_currentPane; }
-    /// The registered panes, in the order of their registration.
+    /// In the order of their registration.
     [[nodiscard]] const Panes& panes() const { return m_panes; }
-    /// The panes' identifiers as they were when they were first asked for: a pane that comes later gets no button.
+    /// The panes' identifiers at the first call: panes that are added later get no button.
     [[nodiscard]] const QStringList& identifiers();
     [[nodiscard]] PaneToolbar& toolbar() const { return *m_toolbar; }
 
-    /// Registers a pane, once: it is appended, prepared, and shown when no other is. Null is no pane.
+    /// Adds a pane unless it is registered: initialises it, and shows it when there is no other. Null is ignored.
     void resigterPreferencesPane(std::shared_ptr<MVPreference> pane);
     void unregisterPreferencesPane(const MVPreference* pane);
     void addPane(std::shared_ptr<MVPreference> pane);
-    /// Leaves the pane where it is: panes live as long as the window.
+    /// Does nothing: panes stay as long as the window.
     void removePane(const MVPreference* pane);
 
-    /// Makes a registered pane the current one, with a cross-fade from the one before; null empties the window. Does
-    /// nothing before the window is loaded.
+    /// Shows a registered pane with a cross-fade; null empties the window. Does nothing before the window is loaded.
     void showPane(MVPreference* pane);
-    /// A button of the toolbar was chosen.
+    /// A toolbar button was chosen.
     void selectPane(const QAction* sender);
 
     void show();
@@ -57,17 +54,16 @@ public:
     [[nodiscard]] MVPreference* paneForIdentifier(QStringView identifier) const;
 
     void setupToolbar();
-    /// Lets the toolbar ask for its buttons anew, when the window is loaded.
+    /// Makes the toolbar's buttons again, if the window is loaded.
     void resetToolbar();
     void initWindow();
-    /// Loads the window if it is not loaded yet.
     void checkWindowLoaded();
 
-    /// The window, and where it shows the panes' views; null before it is loaded.
+    /// The window, and the view for its panes; null before it is loaded.
     [[nodiscard]] QMainWindow* window() const { return m_window.get(); }
     [[nodiscard]] PaneContentView* contentView() const { return m_contentView; }
 
-    // Send the message to the pane, if there is one.
+    // These call the pane, if it is not null.
     static void paneWillAppear(MVPreference* pane);
     static void paneDidAppear(MVPreference* pane);
     static void paneWillDisappear(MVPreference* pane);
@@ -83,7 +79,7 @@ private:
     std::optional<QStringList> m_identifiers;
     MVPreference* m_currentPane = nullptr; // one of m_panes
     std::unique_ptr<QMainWindow> m_window;
-    PaneContentView* m_contentView = nullptr; // the window's
-    // Goes before the window, whose child it is while it is attached.
+    PaneContentView* m_contentView = nullptr; // belongs to the window
+    // Last member: the toolbar must be destroyed before the window, whose child it is.
     std::unique_ptr<PaneToolbar> m_toolbar;
 };

@@ -1,7 +1,6 @@
 #include "prefs/MVUpdatePrefs.h"
 
 #include "prefs/ui_UpdatePrefsView.h"
-#include "support/MXLog.h"
 #include "update/client/SUUpdater.h"
 
 #include <utility>
@@ -9,7 +8,7 @@
 using namespace Qt::StringLiterals;
 
 MVUpdatePrefs::MVUpdatePrefs(Bundle bundle)
-    : PaneViewController(u"Update"_s, std::move(bundle))
+    : PaneViewController({u"com.morvel.prefspane.update"_s, u"Mise à jour"_s, u"Update"_s}, std::move(bundle))
 {
 }
 
@@ -25,26 +24,10 @@ void MVUpdatePrefs::setUpdater(SUUpdater* updater)
     m_updater = updater;
 }
 
-QString MVUpdatePrefs::paneIdentifier() const
-{
-    return u"com.morvel.prefspane.update"_s;
-}
-
-QString MVUpdatePrefs::paneName() const
-{
-    return u"Mise à jour"_s;
-}
-
 void MVUpdatePrefs::initialization()
 {
-    MXLog::logDebug("'{}' initialization", metaObject()->className());
-    view();
+    PaneViewController::initialization();
     updateUI();
-}
-
-void MVUpdatePrefs::paneWillAppear()
-{
-    MXLog::logDebug("'{}' paneWillAppear", metaObject()->className());
 }
 
 void MVUpdatePrefs::checkForUpdateNow(const QObject* /*sender*/)

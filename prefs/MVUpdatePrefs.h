@@ -13,7 +13,7 @@ namespace Ui {
 class UpdatePrefsView;
 }
 
-/// The pane "Mise à jour": a check for updates, and when the last one was made.
+/// The pane "Mise à jour": checks for updates, and shows the date of the last check.
 class MVUpdatePrefs final : public PaneViewController
 {
     Q_OBJECT
@@ -22,17 +22,14 @@ public:
     explicit MVUpdatePrefs(Bundle bundle = Bundle::mainBundle());
     ~MVUpdatePrefs() override;
 
-    /// Given before the pane is registered; not owned, and may go before the pane.
+    /// Set before the pane is registered. Not owned; it may be destroyed before the pane.
     [[nodiscard]] SUUpdater* updater() const;
     void setUpdater(SUUpdater* updater);
 
-    [[nodiscard]] QString paneIdentifier() const override;
-    [[nodiscard]] QString paneName() const override;
     void initialization() override;
-    void paneWillAppear() override;
 
     void checkForUpdateNow(const QObject* sender);
-    /// Shows when the last check was made, as the updater knows it now.
+    /// Shows the updater's date of the last check.
     void updateUI();
 
     /// Null before the view is loaded.

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A picture that becomes transparent, and stands in nobody's way.
+/// A picture that becomes transparent and ignores the mouse.
 class FadingPicture final : public QWidget
 {
 public:
@@ -39,11 +39,6 @@ private:
 };
 
 } // namespace
-
-PaneContentView::PaneContentView(QWidget* parent)
-    : QWidget(parent)
-{
-}
 
 QList<QWidget*> PaneContentView::subviews() const
 {
@@ -78,7 +73,7 @@ void PaneContentView::addTransparentSubview(QWidget& view)
 
 void PaneContentView::fadeToTop(std::function<void()> completion)
 {
-    // What an earlier fade still shows is part of the picture that this one begins with.
+    // m_before contains what an earlier fade still shows.
     delete m_overlay;
     auto* overlay = new FadingPicture(std::exchange(m_before, {}), this);
     m_overlay = overlay;
@@ -114,7 +109,7 @@ void PaneContentView::put(QWidget& view)
     view.setParent(this);
     view.raise();
     view.setGeometry(rect());
-    // What lies beneath does not show through.
+    // Covers the views below.
     view.setAutoFillBackground(true);
     m_subviews.removeAll(&view);
     m_subviews.append(&view);

@@ -8,8 +8,8 @@
 #include <chrono>
 #include <functional>
 
-/// Where the preferences window shows the panes' views. They lie one above the other and belong to the panes; only the
-/// one on top is seen, takes keys and clicks, and is read out.
+/// The part of the preferences window with the panes' views, one above the other. The panes own the views. Only the top
+/// view is visible and gets events.
 class PaneContentView final : public QWidget
 {
     Q_OBJECT
@@ -18,26 +18,26 @@ public:
     static constexpr QSize paneSize{500, 280}; // points
     static constexpr std::chrono::milliseconds fadeTime{300};
 
-    explicit PaneContentView(QWidget* parent = nullptr);
+    using QWidget::QWidget;
 
-    /// The views in it, the lowest one first.
+    /// The views, lowest first.
     [[nodiscard]] QList<QWidget*> subviews() const;
     void removeAllSubviews();
-    /// Shows the view, alone.
+    /// Shows only this view.
     void setOnlySubview(QWidget& view);
 
-    /// Puts the view on top, wherever it was, but shows it only with the fade that follows.
+    /// Puts the view on top; it becomes visible with the next fade.
     void addTransparentSubview(QWidget& view);
-    /// Fades from what is seen to the view on top, which is there for keys and clicks at once; then calls back.
+    /// Fades to the top view, which gets events at once, then calls back.
     void fadeToTop(std::function<void()> completion);
-    /// Takes the view out, if it is in; what then lies on top is shown.
+    /// Removes the view, if it is there, and shows the top one.
     void removeSubview(QWidget* view);
 
 private:
     void put(QWidget& view);
     void showTopOnly();
 
-    QList<QPointer<QWidget>> m_subviews; // the lowest one first
-    QPixmap m_before;                    // what was seen before the coming fade
-    QPointer<QWidget> m_overlay;         // the picture that fades away, while there is one
+    QList<QPointer<QWidget>> m_subviews; // lowest first
+    QPixmap m_before;                    // what was visible before the next fade
+    QPointer<QWidget> m_overlay;         // the fading picture, during a fade
 };

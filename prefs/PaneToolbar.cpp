@@ -4,13 +4,7 @@
 #include <QActionGroup>
 #include <QToolButton>
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
-
-namespace {
-constexpr QSize imageSize(32, 32);
-} // namespace
 
 PaneToolbar::PaneToolbar(const QString& identifier)
     : m_items(std::make_unique<QActionGroup>(nullptr))
@@ -19,10 +13,10 @@ PaneToolbar::PaneToolbar(const QString& identifier)
     setAccessibleName(u"Volets des préférences"_s);
     setWindowTitle(accessibleName());
     setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-    setIconSize(imageSize);
+    setIconSize({32, 32});
     setMovable(false);
     setFloatable(false);
-    // It cannot be hidden: the panes would be out of reach.
+    // The context menu would allow hiding the toolbar.
     setContextMenuPolicy(Qt::PreventContextMenu);
 }
 
@@ -60,10 +54,10 @@ void PaneToolbar::addItem(const Item& item)
     QAction* action = m_items->addAction(item.image, item.label);
     action->setCheckable(true);
     action->setData(item.identifier);
-    // The name is under the icon already.
+    // The label is visible already.
     action->setToolTip({});
     addAction(action);
-    // Assistive technology toggles a button without triggering it; who presses the selected one triggers it only.
+    // Assistive technology toggles a button without triggering it; pressing the selected one only triggers it.
     connect(action, &QAction::toggled, this, [this, action](bool on) { itemToggled(*action, on); });
     connect(action, &QAction::triggered, this, [this, action] { Q_EMIT itemChosen(action); });
     if (auto* button = qobject_cast<QToolButton*>(widgetForAction(action))) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QIcon>
-#include <QString>
 #include <QStringList>
 #include <QToolBar>
 
@@ -11,7 +10,7 @@
 class QAction;
 class QActionGroup;
 
-/// The toolbar of the preferences window: one button per pane, its icon over its label, one of them selected.
+/// The toolbar of the preferences window: one button per pane with icon and label; one is selected.
 class PaneToolbar final : public QToolBar
 {
     Q_OBJECT
@@ -27,17 +26,17 @@ public:
     explicit PaneToolbar(const QString& identifier);
     ~PaneToolbar() override;
 
-    /// Replaces the buttons; the selection stays with its identifier.
+    /// Replaces the buttons and keeps the selected identifier.
     void setItems(const std::vector<Item>& items);
     [[nodiscard]] QStringList itemIdentifiers() const;
     [[nodiscard]] static QString itemIdentifier(const QAction& item);
 
-    /// Empty when no button was selected yet.
+    /// Empty before a button was selected.
     [[nodiscard]] const QString& selectedItemIdentifier() const { return m_selected; }
     void setSelectedItemIdentifier(const QString& identifier);
 
 Q_SIGNALS:
-    /// A button was chosen, by mouse, keyboard or assistive technology; perhaps the selected one again.
+    /// A button was chosen, also when it was selected already.
     void itemChosen(const QAction* item);
 
 private:
@@ -46,5 +45,5 @@ private:
     void showSelection();
 
     QString m_selected;
-    std::unique_ptr<QActionGroup> m_items; // owns the buttons' actions
+    std::unique_ptr<QActionGroup> m_items; // owns the actions
 };

@@ -2,6 +2,7 @@
 
 #include "prefs/PaneContentView.h"
 #include "prefs/PaneGrid.h"
+#include "support/MXLog.h"
 #include "support/views/GlyphIcon.h"
 
 #include <QGridLayout>
@@ -18,7 +19,7 @@ void prepare(QScrollArea& view)
 {
     if (auto* grid = view.findChild<QGridLayout*>(u"grid"_s))
         arrangePaneGrid(*grid, PaneContentView::paneSize.width());
-    // There is something to scroll only where the user has chosen large letters; the keyboard reaches it then.
+    // The view scrolls only with large fonts; then it can get the keyboard focus.
     view.setFocusPolicy(Qt::NoFocus);
     QObject::connect(view.verticalScrollBar(), &QScrollBar::rangeChanged, &view,
                      [&view](int /*first*/, int last) { view.setFocusPolicy(last > 0 ? Qt::TabFocus : Qt::NoFocus); });
@@ -26,8 +27,8 @@ void prepare(QScrollArea& view)
 
 } // namespace
 
-PaneViewController::PaneViewController(QString imageName, Bundle bundle)
-    : m_imageName(std::move(imageName))
+PaneViewController::PaneViewController(Description description, Bundle bundle)
+    : m_description(std::move(description))
     , m_bundle(std::move(bundle))
 {
 }
@@ -36,13 +37,24 @@ PaneViewController::~PaneViewController() = default;
 
 QIcon PaneViewController::paneIcon() const
 {
-    const std::optional<QString> path = m_bundle.pathForResource(m_imageName, u"svg"_s);
+    const std::optional<QString> path = m_bundle.pathForResource(m_description.image, u"svg"_s);
     return path ? glyphIcon(*path) : QIcon();
 }
 
 QWidget* PaneViewController::paneView()
 {
     return &view();
+}
+
+void PaneViewController::initialization()
+{
+    MXLog::logDebug("'{}' initialization", metaObject()->className());
+    view();
+}
+
+void PaneViewController::paneWillAppear()
+{
+    MXLog::logDebug("'{}' paneWillAppear", metaObject()->className());
 }
 
 QScrollArea& PaneViewController::view()

@@ -9,8 +9,7 @@
 
 class QScrollArea;
 
-/// What the panes share: a view that comes from a layout file, loaded when it is first asked for, and an icon among the
-/// application's images.
+/// Base of the panes: a view from a layout file, loaded at first use, and an icon from the resources.
 class PaneViewController : public QObject, public MVPreference
 {
     Q_OBJECT
@@ -18,24 +17,36 @@ class PaneViewController : public QObject, public MVPreference
 public:
     ~PaneViewController() override;
 
+    [[nodiscard]] QString paneIdentifier() const override { return m_description.identifier; }
+    [[nodiscard]] QString paneName() const override { return m_description.name; }
     [[nodiscard]] QIcon paneIcon() const override;
     [[nodiscard]] QWidget* paneView() override;
 
-    /// The pane's view; loads it if need be.
+    /// Loads the view.
+    void initialization() override;
+    void paneWillAppear() override;
+
+    /// Loads the view if needed.
     QScrollArea& view();
     [[nodiscard]] bool isViewLoaded() const { return m_view != nullptr; }
 
 protected:
-    /// The name is the image's, without its type.
-    PaneViewController(QString imageName, Bundle bundle);
+    struct Description
+    {
+        QString identifier;
+        QString name;
+        QString image; // without its type
+    };
 
-    /// Builds what the layout file describes in the view.
+    PaneViewController(Description description, Bundle bundle);
+
+    /// Builds the layout in the view.
     virtual void loadView(QScrollArea& view) = 0;
-    /// The view is there, and empty of values.
+    /// Called when the view was loaded, without values.
     virtual void viewDidLoad() = 0;
 
 private:
-    QString m_imageName;
+    Description m_description;
     Bundle m_bundle;
     std::unique_ptr<QScrollArea> m_view;
 };

@@ -3,15 +3,13 @@
 #include "prefs/settings/Settings.h"
 
 #include <QDateTime>
-#include <QString>
 #include <QVariant>
 
 #include <optional>
 
 class UserDefaults;
 
-/// The typed door to the per-user settings; never instantiated, and without a state of its own: the store is handed in.
-/// A read of an absent key gives the type's empty value. Main thread only.
+/// Typed access to the settings in a store. An absent key gives the type's empty value. Main thread only.
 class MVSettings final
 {
 public:
@@ -30,12 +28,11 @@ public:
     [[nodiscard]] static std::optional<QString> stringPreferencesForKey(const UserDefaults& store,
                                                                         const Setting<QString>& setting);
     [[nodiscard]] static qint64 integerPreferencesForKey(const UserDefaults& store, const Setting<qint64>& setting);
-    /// Whatever is stored, invalid when nothing is: the caller checks the type.
+    /// The stored value of any type, or invalid: the caller checks the type.
     [[nodiscard]] static QVariant datePreferenceForKey(const UserDefaults& store, const Setting<QDateTime>& setting);
-    /// Whatever is stored, invalid when nothing is: the caller checks the type.
     [[nodiscard]] static QVariant arrayPreferenceForKey(const UserDefaults& store,
                                                         const Setting<QVariantList>& setting);
 
-    /// Removes each key, then forces the store to the disk, once.
+    /// Removes the keys and writes the store once.
     static void removePreferences(UserDefaults& store, const QList<QStringView>& keys);
 };
