@@ -3,7 +3,6 @@
 #include "update/UpdateFailure.h"
 #include "update/UpdateSignature.h"
 
-#include <QByteArray>
 #include <QString>
 #include <QUrl>
 
@@ -11,15 +10,14 @@
 #include <optional>
 #include <vector>
 
-/// A version that a feed announces.
 struct UpdateItem
 {
-    /// The version that is compared, and the one that people know.
+    /// The version for comparison, and the one for users.
     QString version;
     QString shortVersion;
-    /// The oldest system that it runs on; empty when any will do.
+    /// Empty for any system.
     QString minimumSystemVersion;
-    /// What is new, as the maker wrote it; may be empty, and may be HTML.
+    /// The maker's text on what is new; may be empty or HTML.
     QString notes;
     bool notesMayBeHtml = true;
     QUrl package;
@@ -28,19 +26,19 @@ struct UpdateItem
     UpdateSignature signature = {};
 };
 
-/// What a feed says about the versions of a program: RSS 2.0 with enclosures, in the form that update frameworks use.
-/// The items that it holds are for this system and for everybody; whatever else it says is passed over.
+/// The versions in a feed: RSS 2.0 with enclosures and the elements of the Sparkle update framework. Only items for
+/// this system and for everybody are kept.
 class UpdateFeed
 {
 public:
-    /// An item that announces a version, with the reason why it cannot be offered, if any.
+    /// An item, and the reason why it cannot be offered, if any.
     struct Announcement
     {
         UpdateItem item;
         std::optional<UpdateFailure> fault;
     };
 
-    /// Reads a feed of bounded size that came from the given address.
+    /// Parses a feed from the given address.
     [[nodiscard]] static std::expected<UpdateFeed, UpdateFailure> parse(const QByteArray& xml, const QUrl& address,
                                                                         qint64 maximumLength);
 
@@ -50,7 +48,7 @@ private:
     std::vector<Announcement> m_announcements;
 };
 
-/// What there is for someone who uses a version.
+/// The result for the current version.
 struct UpdateChoice
 {
     enum class Kind
@@ -61,11 +59,11 @@ struct UpdateChoice
     };
 
     Kind kind = Kind::UpToDate;
-    /// The version that is available, or that needs a newer system.
+    /// The available version, or the one that needs a newer system.
     UpdateItem item;
 };
 
-/// The newest version that runs on the system, never one that is not newer than the current one. A failure when newer
-/// ones are announced, but so badly that none of them can be offered.
+/// The newest version that runs on the system and is newer than the current one. A failure when newer versions are
+/// announced but none can be offered.
 [[nodiscard]] std::expected<UpdateChoice, UpdateFailure>
 chooseUpdate(const UpdateFeed& feed, const QString& currentVersion, const QString& systemVersion);

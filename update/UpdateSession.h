@@ -5,7 +5,6 @@
 #include "update/UpdateSignature.h"
 #include "update/client/UpdateConfiguration.h"
 
-#include <QByteArray>
 #include <QObject>
 #include <QString>
 
@@ -17,13 +16,13 @@ class QNetworkAccessManager;
 class UpdatePackage;
 class UpdateTransfer;
 
-/// One search for an update, and the download of what it found.
+/// One search for an update, and its download.
 ///
 ///   start: Checking -> UpToDate | Available | NeedsNewerSystem | Failed
 ///   download: Available -> Downloading -> Verifying -> Ready | Failed
 ///   cancelDownload: Downloading | Verifying -> Available
 ///
-/// Main thread; needs a GUI application. Dropped at any moment, it leaves nothing behind but a package that was Ready.
+/// Main thread; needs a GUI application. When it is destroyed, only a package that is Ready is left.
 class UpdateSession final : public QObject
 {
     Q_OBJECT
@@ -45,23 +44,23 @@ public:
     explicit UpdateSession(UpdateConfiguration configuration);
     ~UpdateSession() override;
 
-    /// Asks the feed. Fails at once, and asks nobody, where the configuration leaves nothing to ask.
+    /// Fetches the feed; fails at once when the configuration does not allow a search.
     void start();
     void download();
     void cancelDownload();
 
     [[nodiscard]] State state() const { return m_state; }
     [[nodiscard]] const UpdateConfiguration& configuration() const { return m_configuration; }
-    /// The version found; only in the states after Checking that tell of one.
+    /// The version found, in the states that have one.
     [[nodiscard]] const UpdateItem& item() const { return m_item; }
-    /// Why it Failed.
+    /// The reason, in the state Failed.
     [[nodiscard]] UpdateFailure failure() const { return m_failure; }
-    /// Where the verified package is, once Ready.
+    /// The verified package, in the state Ready.
     [[nodiscard]] const QString& packagePath() const { return m_packagePath; }
 
 Q_SIGNALS:
     void stateChanged();
-    /// How much of the package has come, in bytes.
+    /// Received bytes of the package.
     void progressed(qint64 received);
 
 private:
@@ -81,12 +80,12 @@ private:
     UpdateItem m_item;
     QString m_packagePath;
     QByteArray m_feed;
-    // Made when it is first needed: programs that look for no update never set the network up.
+    // Made at the first use of the network.
     std::unique_ptr<QNetworkAccessManager> m_network;
     std::unique_ptr<UpdateTransfer> m_transfer;
     std::unique_ptr<UpdatePackage> m_package;
-    // Tells the result of a verification that was cancelled from that of the present one.
+    // The number of the current download: results of earlier verifications are ignored.
     int m_download = 0;
-    // Shares nothing: it is given the path, the signature and the key, and its result comes by the main queue.
+    // The thread gets copies of path, signature and key, and posts its result to the main queue.
     std::jthread m_verification;
 };

@@ -2,23 +2,21 @@
 
 #include "update/UpdateFailure.h"
 
-#include <QByteArray>
 #include <QString>
 
 #include <array>
 #include <optional>
 
-/// The Ed25519 public key of the maker.
+/// The maker's Ed25519 public key.
 using UpdatePublicKey = std::array<unsigned char, 32>;
 
-/// An Ed25519 signature of a whole file.
+/// An Ed25519 signature of a file.
 using UpdateSignature = std::array<unsigned char, 64>;
 
-/// The key, or the signature, that a text in base64 holds; absent when it holds none.
+/// A key or a signature from base64 text.
 [[nodiscard]] std::optional<UpdatePublicKey> publicKeyFromBase64(const QByteArray& text);
 [[nodiscard]] std::optional<UpdateSignature> signatureFromBase64(const QByteArray& text);
 
-/// Checks the signature of a file that nobody changes meanwhile; absent when it is the key's. Reads the whole file,
-/// about half a second for 256 MB. Usable on any thread.
+/// Verifies a file's signature; absent when it is valid. Takes about half a second for 256 MB. Any thread.
 [[nodiscard]] std::optional<UpdateFailure> findSignatureFault(const QString& path, const UpdateSignature& signature,
                                                               const UpdatePublicKey& key);

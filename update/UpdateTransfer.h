@@ -14,8 +14,8 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 
-/// One GET of an address, within bounds. It says the same about every user and machine: no cookies, no cache, no
-/// language, a neutral name; redirects lead to HTTPS only. Main thread; one use.
+/// One GET request with limits. It reveals nothing about the user or the machine: no cookies, no cache, no language, a
+/// neutral name. Redirects must use HTTPS. Main thread; used once.
 class UpdateTransfer final : public QObject
 {
     Q_OBJECT
@@ -24,30 +24,28 @@ public:
     struct Bounds
     {
         qint64 size;            // bytes
-        UpdateFailure tooLarge; // what it is when there are more
+        UpdateFailure tooLarge; // the failure when there are more
         int redirects;
         std::chrono::milliseconds stall;
         std::chrono::milliseconds time;
     };
 
-    /// Judges the server's answer by its media type, in lower case and without parameters, and its announced length,
-    /// -1 when there is none.
+    /// Checks the media type (lower case, without parameters) and the announced length (-1 if unknown) of an answer.
     using AnswerCheck = std::function<std::optional<UpdateFailure>(const QByteArray& type, qint64 length)>;
-    /// Takes the content, piece by piece.
+    /// Receives the content piece by piece.
     using Sink = std::function<std::optional<UpdateFailure>(const QByteArray& piece)>;
 
-    /// The manager must outlive the transfer. A failure of the check or the sink ends it.
+    /// The manager must outlive the transfer. A failure of the check or of the sink ends the transfer.
     UpdateTransfer(QNetworkAccessManager& manager, const Bounds& bounds, AnswerCheck check, Sink sink);
-    /// Drops the transfer when it still runs.
+    /// Aborts a running transfer.
     ~UpdateTransfer() override;
-    UpdateTransfer(const UpdateTransfer&) = delete;
-    UpdateTransfer& operator=(const UpdateTransfer&) = delete;
+    Q_DISABLE_COPY(UpdateTransfer)
 
     void start(const QUrl& address);
 
 Q_SIGNALS:
     void progressed(qint64 received);
-    /// The end, once, and as the last thing that the transfer does; without a failure all of the content was taken.
+    /// Emitted once, as the last action. Without a failure all content was received.
     void finished(std::optional<UpdateFailure> failure);
 
 private:

@@ -1,7 +1,6 @@
 #include "update/VersionComparison.h"
 
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -23,8 +22,7 @@ bool isSeparator(QChar character)
     return QStringView(u".-+~_").contains(character);
 }
 
-// Numbers and words, one after the other; what separates them means nothing. Numbers lose their leading zeros: those of
-// different lengths then differ in size, however long they are.
+// The numbers and words of a version. Leading zeros are removed, so that the longer of two numbers is the larger one.
 std::vector<QStringView> partsOf(QStringView version)
 {
     std::vector<QStringView> parts;
@@ -43,7 +41,7 @@ std::vector<QStringView> partsOf(QStringView version)
     return parts;
 }
 
-// A word is older than any number.
+// A word is older than a number.
 std::weak_ordering comparePart(QStringView left, QStringView right)
 {
     const bool leftIsNumber = isDigit(left.front());

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 #include <QUrl>
 
@@ -9,7 +8,7 @@
 
 class Bundle;
 
-/// How far a check may go. Whatever a server does, it ends within these bounds.
+/// Limits of a check, whatever the server does.
 struct UpdateLimits
 {
     qint64 feedSize = qint64{1024} * 1024;            // bytes
@@ -22,30 +21,30 @@ struct UpdateLimits
     std::chrono::milliseconds interval{86'400'000};   // between two automatic checks
 };
 
-/// What the updates of one installed program depend on.
+/// The update configuration of an installed program.
 struct UpdateConfiguration
 {
-    /// Where the feed is; absent when the program was given none.
+    /// The address of the feed; absent when none is configured.
     std::optional<QUrl> feed;
-    /// The maker's Ed25519 public key, in base64 as it was given.
+    /// The maker's Ed25519 public key in base64.
     QByteArray publicKey;
-    /// Whether the program looks for updates by itself.
+    /// Whether checks are made automatically.
     bool automaticChecks = false;
-    /// The running version: the one that is compared, and the one that people know.
+    /// The running version: for comparison, and for users.
     QString version;
     QString shortVersion;
-    /// The version of the system's C library, which decides what programs run on it.
+    /// The version of the C library, which decides which programs run.
     QString systemVersion;
-    /// Whether a package manager installed the program, and looks after its updates.
+    /// Whether a package manager installed the program and updates it.
     bool isPackaged = false;
-    /// Where packages are downloaded to.
+    /// The folder for downloads.
     QString folder;
     UpdateLimits limits;
 
-    /// The configuration of the running program: the information dictionary's "SUFeedURL", "SUPublicEDKey",
-    /// "SUEnableAutomaticChecks" and versions, and the user's cache folder. Needs a QCoreApplication.
+    /// Reads "SUFeedURL", "SUPublicEDKey", "SUEnableAutomaticChecks" and the versions of the information dictionary,
+    /// and the user's cache folder. Needs a QCoreApplication.
     [[nodiscard]] static UpdateConfiguration fromBundle(const Bundle& bundle);
 };
 
-/// Whether programs in that folder belong to the system's package manager: under /usr, but not under /usr/local.
+/// Whether a package manager owns programs in that folder, for example under /usr but not under /usr/local.
 [[nodiscard]] bool isPackageManagersFolder(const QString& folder);

@@ -3,7 +3,6 @@
 #include "platform/FileDescriptor.h"
 
 #include <QObject>
-#include <QString>
 #include <QStringList>
 
 #include <expected>
@@ -12,22 +11,21 @@
 
 #include <sys/types.h>
 
-/// The running program for updates. Its standard input comes from here: each byte asks for its window, and the end of
-/// the input, which the end of this process brings about too, is the end of the program. Main thread only.
+/// The running update program. Each byte on its standard input asks for its window; the end of the input, also when
+/// this process ends, ends the program. Main thread only.
 class UpdateProgram final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Starts it; the failure says why it could not be executed.
+    /// The error of a program that could not be executed.
     [[nodiscard]] static std::expected<std::unique_ptr<UpdateProgram>, std::error_code>
     start(const QString& program, const QStringList& arguments);
 
-    /// Asks it to show its window.
     void showWindow();
 
 Q_SIGNALS:
-    /// It has ended, of itself or not; with a request that it has not read, or without.
+    /// It has ended, perhaps with a request that it has not read.
     void ended(bool hasLeftRequest);
 
 private:
