@@ -7,8 +7,6 @@
 #include "attestation/viewer/PageElement.h"
 #include "attestation/viewer/PageTableElement.h"
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 QAccessibleInterface* interfaceOf(const QString& className, QObject* object)
@@ -18,7 +16,7 @@ QAccessibleInterface* interfaceOf(const QString& className, QObject* object)
     return isPage ? new AccessiblePage(*view) : nullptr;
 }
 
-// A text in one line: where the page breaks it is of no use to those who hear it.
+// The text in one line, without the page's line breaks.
 QString spoken(const QString& text, const PageFont& font)
 {
     return shownText(text, font).replace(u'\n', u' ');
@@ -73,7 +71,7 @@ void AccessiblePage::addElements()
         m_children.add(new PageTableElement(page, *this, table, shown));
 }
 
-// Those who listen are told: they keep what they have read.
+// Assistive technology is informed, because it keeps what it has read.
 void AccessiblePage::replaceElements()
 {
     for (int index = 0; index < childCount(); ++index)

@@ -2,17 +2,13 @@
 
 #include "attestation/viewer/ClipArithmetic.h"
 
-#include <QPointF>
 #include <QPointer>
-#include <QRect>
 #include <QRectF>
-#include <QSizeF>
 #include <QWidget>
 
 class DocumentView;
 
-/// The part of a scroll view that shows its document. What is seen of the document, and at which scale, is the view's
-/// own transform from bounds to frame. Main thread only.
+/// The part of a scroll view that shows its document, by a transform from bounds to frame. Main thread only.
 class ClipView : public QWidget
 {
     Q_OBJECT
@@ -23,44 +19,45 @@ public:
     [[nodiscard]] DocumentView* documentView() const;
     /// Becomes the view's parent.
     void setDocumentView(DocumentView* documentView);
-    /// The document's frame size in points; null when there is none.
+    /// The document's size in points; null without a document.
     [[nodiscard]] QSizeF documentSize() const;
 
-    /// Where the view lies in the scroll view, and which part of the document's coordinates it shows.
+    /// The view's place in the scroll view, and the visible part of the document.
     [[nodiscard]] const QRectF& frame() const { return m_transform.frame(); }
     [[nodiscard]] QRectF bounds() const { return m_transform.bounds(); }
 
-    virtual void setFrame(const QRect& frame);
-    virtual void setFrameOrigin(QPoint origin);
-    virtual void setFrameSize(QSize size);
-    /// Widgets lie upright whatever the angle (degrees): to them this is a change of frame that turns nothing.
-    virtual void setFrameRotation(double angle);
+    void setFrame(const QRect& frame);
+    void setFrameOrigin(QPoint origin);
+    void setFrameSize(QSize size);
+    /// Widgets cannot be rotated: this counts as a change of frame without effect.
+    void setFrameRotation(double angle);
 
-    /// A size of the view's own coordinates as it is in the window, and back.
+    /// Converts sizes between the view's own coordinates and the window.
     [[nodiscard]] QSizeF sizeToWindow(QSizeF size) const { return m_transform.sizeToWindow(size); }
     [[nodiscard]] QSizeF sizeFromWindow(QSizeF size) const { return m_transform.sizeFromWindow(size); }
     void scaleUnitSquareToSize(QSizeF factors);
 
-    /// The point where the bounds may begin when that one is asked for.
+    /// The allowed origin of the bounds for a proposed one.
     [[nodiscard]] virtual QPointF constrainScrollPoint(QPointF proposed) const;
-    /// Lets the bounds begin there.
     void scrollToPoint(QPointF origin);
 
-    /// The bounds have changed: the scroll view shows the new position.
+    /// The bounds have changed: updates the scroll view.
     virtual void viewBoundsChanged();
-    /// The document's frame has changed: the bounds are kept to where they may be.
+    /// The document's frame has changed: limits the bounds.
     virtual void viewFrameChanged();
 
 protected:
-    /// Takes away what would resize the views inside: a layout.
+    /// Removes a layout, which would resize the views inside.
     void turnOffAutoresizing();
+    /// Called after each change of the frame.
+    virtual void frameWasSet();
+
     void resizeEvent(QResizeEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
-    /// Tells the scroll view that holds this view, if any, where the bounds are.
+    /// Updates the scroll view that contains this view, if any.
     void reflectScrolledClipView();
 
 private:
-    void frameWasSet();
     void documentFrameWasSet();
     void placeDocument();
 

@@ -2,11 +2,6 @@
 
 #include <QPainter>
 
-DocumentView::DocumentView(QWidget* parent)
-    : QWidget(parent)
-{
-}
-
 void DocumentView::setDocumentSize(QSizeF size)
 {
     if (size == m_documentSize)
@@ -18,7 +13,7 @@ void DocumentView::setDocumentSize(QSizeF size)
 
 void DocumentView::setPlacement(const QTransform& toParent)
 {
-    // Widgets have whole places only: this one covers the pixels that the document touches.
+    // Widgets have integer geometry: this one covers all pixels that the document touches.
     const QRect place = toParent.mapRect(QRectF(QPointF(), m_documentSize)).toAlignedRect();
     const QTransform toWidget = toParent * QTransform::fromTranslate(-place.x(), -place.y());
     setGeometry(place);

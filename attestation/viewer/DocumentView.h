@@ -7,22 +7,22 @@
 
 class QPainter;
 
-/// What a clip view shows: a view with a frame and points of its own, which stay as they are while the clip view scales
-/// and moves what is seen of it. It is drawn anew at every scale: vectors and texts stay sharp. Main thread only.
+/// The document of a clip view. Its frame and its points are independent of the clip view's scale and scrolling. It is
+/// painted again at each scale, so that vectors and texts stay sharp. Main thread only.
 class DocumentView : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit DocumentView(QWidget* parent = nullptr);
+    using QWidget::QWidget;
 
-    /// The view's own frame, in points.
+    /// In points.
     [[nodiscard]] QSizeF documentSize() const { return m_documentSize; }
     void setDocumentSize(QSizeF size);
 
-    /// Shows the document where that transform takes its points in the parent's coordinates.
+    /// Shows the document at the place of that transform to the parent's coordinates.
     void setPlacement(const QTransform& toParent);
-    /// Where a part of the document is in this widget: the whole pixels that it touches.
+    /// The whole pixels that a part of the document touches in this widget.
     [[nodiscard]] QRect placeOf(const QRectF& part) const;
 
     [[nodiscard]] QSize sizeHint() const override { return m_documentSize.toSize(); }
@@ -33,7 +33,7 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent* event) override;
 
-    /// Draws the document; the painter's unit is its point, with the origin in its top-left corner.
+    /// Draws the document in points from its top-left corner.
     virtual void drawRect(QPainter& painter) const = 0;
 
 private:

@@ -5,7 +5,6 @@
 #include "platform/gui/AlertQueue.h"
 
 #include <QMainWindow>
-#include <QObject>
 
 #include <memory>
 
@@ -16,31 +15,29 @@ class PrintDesk;
 class SchemeLogos;
 class UserDefaults;
 
-/// The viewer: a window on one attestation page, reused for every card. Closing the window hides it. Main thread only.
+/// The viewer: one window with an attestation page, used for every card. Closing the window hides it. Main thread only.
 class MVAttestationWindowController final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Loads the window, which stays hidden. The settings, the logos, the fonts and the print desk must outlive the
-    /// controller.
+    /// Loads the hidden window. All arguments except the parent must outlive the controller.
     MVAttestationWindowController(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts,
                                   PrintDesk& printDesk, QObject* parent = nullptr);
     ~MVAttestationWindowController() override;
 
-    /// The card being shown; a new one takes its place on the page and in the window's title.
+    /// The shown card; setting it changes the page and the window's title.
     [[nodiscard]] const CardRecord& vitale() const { return m_attestation.vitale(); }
     void setVitale(const CardRecord& vitale);
 
-    /// Prints a page of its own made from the card, if the print desk permits it: at which scale the window shows the
-    /// card plays no part.
+    /// Prints a new page of the card if the print desk permits it, whatever the window's scale.
     void printAttestation(const QObject* sender);
 
-    /// Brings the window to the front, from wherever it is.
+    /// Shows the window in front.
     void showWindow(const QObject* sender);
 
     [[nodiscard]] QMainWindow* window() const { return m_window.get(); }
-    /// The scroll view whose document is the page.
+    /// The scroll view with the page.
     [[nodiscard]] MVScrollView* scrollView() const { return m_scrollView; }
     [[nodiscard]] const MVNewAttestation& attestation() const { return m_attestation; }
 
@@ -53,5 +50,5 @@ private:
     MVNewAttestation m_attestation;
     std::unique_ptr<QMainWindow> m_window;
     AlertQueue m_alerts;
-    MVScrollView* m_scrollView = nullptr; // the window's own
+    MVScrollView* m_scrollView = nullptr; // belongs to the window
 };

@@ -28,46 +28,16 @@ void MVClipView::viewBoundsChanged()
     centerView();
 }
 
-// On purpose what a change of bounds does: the document is centred here, the base would move it first.
+// On purpose like a change of bounds: the base class would move the document before it is centred.
 void MVClipView::viewFrameChanged()
 {
     ClipView::viewBoundsChanged();
     centerView();
 }
 
-void MVClipView::setFrame(const QRect& frame)
+void MVClipView::frameWasSet()
 {
-    ClipView::setFrame(frame);
-    centerView();
-}
-
-void MVClipView::setFrameOrigin(QPoint origin)
-{
-    ClipView::setFrameOrigin(origin);
-    centerView();
-}
-
-void MVClipView::setFrameSize(QSize size)
-{
-    ClipView::setFrameSize(size);
-    centerView();
-}
-
-void MVClipView::setFrameRotation(double angle)
-{
-    ClipView::setFrameRotation(angle);
-    centerView();
-}
-
-void MVClipView::resizeEvent(QResizeEvent* event)
-{
-    ClipView::resizeEvent(event);
-    centerView();
-}
-
-void MVClipView::moveEvent(QMoveEvent* event)
-{
-    ClipView::moveEvent(event);
+    ClipView::frameWasSet();
     centerView();
 }
 

@@ -2,8 +2,7 @@
 
 #include "attestation/viewer/ClipView.h"
 
-/// The clip view of the viewer: applies the scale that the scroll view asks for and keeps the page centred. Main thread
-/// only.
+/// The viewer's clip view: applies the scale of the scroll view and keeps the page centred. Main thread only.
 class MVClipView final : public ClipView
 {
     Q_OBJECT
@@ -11,27 +10,22 @@ class MVClipView final : public ClipView
 public:
     explicit MVClipView(QWidget* parent = nullptr);
 
-    /// To be called when the layout file has been loaded: nothing of it may resize the page.
+    /// Called when the layout file was loaded: removes layouts that would resize the page.
     void awakeFromNib();
 
-    /// Centres the document where there is more room than it needs, and lets the scroll view follow.
+    /// Centres the document if there is room, and updates the scroll view.
     void centerView();
     [[nodiscard]] QPointF constrainScrollPoint(QPointF proposed) const override;
 
     void viewBoundsChanged() override;
     void viewFrameChanged() override;
-    void setFrame(const QRect& frame) override;
-    void setFrameOrigin(QPoint origin) override;
-    void setFrameSize(QSize size) override;
-    void setFrameRotation(double angle) override;
 
-    /// The size in the window of one point of the page by one. The scale is the view's transform, kept nowhere else.
+    /// The size of a point of the page in the window. It is not stored: it is part of the view's transform.
     [[nodiscard]] QSizeF scale() const;
     void setScale(QSizeF scale);
-    /// Back to exactly one to one.
+    /// Sets the scale to exactly 1.
     void resetScaling();
 
 protected:
-    void resizeEvent(QResizeEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
+    void frameWasSet() override;
 };

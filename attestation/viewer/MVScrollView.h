@@ -4,28 +4,22 @@
 
 #include <QSizeF>
 
-/// The scroll view of the viewer: shrinks the page to fit when there is less room than it needs, and never enlarges it.
-/// Main thread only.
+/// The viewer's scroll view: scales the page down to fit into the window, and never enlarges it. Main thread only.
 class MVScrollView final : public ScrollView
 {
     Q_OBJECT
 
 public:
-    explicit MVScrollView(QWidget* parent = nullptr);
+    using ScrollView::ScrollView;
 
-    /// Gives an MVClipView the scale at which the page, with some air around it, fits into this view's frame.
+    /// Sets the scale of an MVClipView so that the page with its margin fits into this view.
     void changeClipViewScale();
 
-    void setFrame(const QRect& frame) override;
-    void setFrameOrigin(QPoint origin) override;
-    void setFrameSize(QSize size) override;
-    void setFrameRotation(double angle) override;
-
-    /// The size that shows the document as it is, with some air around it.
+    /// The size of the unscaled document with its margin.
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
-    bool event(QEvent* event) override;
+    void frameWasSet() override { changeClipViewScale(); }
 
 private:
     [[nodiscard]] QSizeF neededSize() const;

@@ -11,7 +11,7 @@
 
 namespace {
 
-// One direction, in points.
+// In points.
 void reflect(QScrollBar& bar, double origin, double bounds, double document)
 {
     bar.setPageStep(qRound(bounds));
@@ -20,11 +20,6 @@ void reflect(QScrollBar& bar, double origin, double bounds, double document)
 }
 
 } // namespace
-
-ScrollView::ScrollView(QWidget* parent)
-    : QAbstractScrollArea(parent)
-{
-}
 
 void ScrollView::setContentView(QWidget* contentView)
 {
@@ -51,20 +46,33 @@ void ScrollView::setDocumentView(DocumentView* documentView)
 void ScrollView::setFrame(const QRect& frame)
 {
     setGeometry(frame);
+    frameWasSet();
 }
 
 void ScrollView::setFrameOrigin(QPoint origin)
 {
     move(origin);
+    frameWasSet();
 }
 
 void ScrollView::setFrameSize(QSize size)
 {
     resize(size);
+    frameWasSet();
 }
 
 void ScrollView::setFrameRotation(double /*angle*/)
 {
+    frameWasSet();
+}
+
+// Layouts and the user change the frame too.
+bool ScrollView::event(QEvent* event)
+{
+    const bool wasHandled = QAbstractScrollArea::event(event);
+    if (event->type() == QEvent::Resize || event->type() == QEvent::Move)
+        frameWasSet();
+    return wasHandled;
 }
 
 void ScrollView::reflectScrolledClipView()
@@ -74,13 +82,13 @@ void ScrollView::reflectScrolledClipView()
         return;
     const QRectF bounds = clip->bounds();
     const QSizeF document = clip->documentSize();
-    // What the bars are told here must not come back as a wish to scroll.
+    // The scroll bars' signals must not scroll the document here.
     const QScopedValueRollback reflecting(m_isReflecting, true);
     reflect(*horizontalScrollBar(), bounds.x(), bounds.width(), document.width());
     reflect(*verticalScrollBar(), bounds.y(), bounds.height(), document.height());
 }
 
-// The clip view sees to its own size and painting.
+// The clip view handles its own size and painting.
 bool ScrollView::viewportEvent(QEvent* event)
 {
     switch (event->type()) {

@@ -1,41 +1,41 @@
 #pragma once
 
 #include <QAbstractScrollArea>
-#include <QPoint>
 #include <QRect>
-#include <QSize>
 
 class ClipView;
 class DocumentView;
 
-/// A view that shows a document through its content view, a clip view, and tells by its scroll bars where that is. Main
-/// thread only.
+/// A view that shows a document through a clip view, with scroll bars. Main thread only.
 class ScrollView : public QAbstractScrollArea
 {
     Q_OBJECT
 
 public:
-    explicit ScrollView(QWidget* parent = nullptr);
+    using QAbstractScrollArea::QAbstractScrollArea;
 
-    /// The view that the document is seen through, which this one comes to own; any other than a clip view shows no
-    /// document.
+    /// The clip view, which this view owns; with another widget there is no document.
     [[nodiscard]] QWidget* contentView() const { return viewport(); }
     void setContentView(QWidget* contentView);
 
-    /// The clip view's document; nothing without a clip view or a document.
+    /// The clip view's document, or null.
     [[nodiscard]] DocumentView* documentView() const;
     void setDocumentView(DocumentView* documentView);
 
-    virtual void setFrame(const QRect& frame);
-    virtual void setFrameOrigin(QPoint origin);
-    virtual void setFrameSize(QSize size);
-    /// Widgets lie upright whatever the angle (degrees): to them this is a change of frame that turns nothing.
-    virtual void setFrameRotation(double angle);
+    void setFrame(const QRect& frame);
+    void setFrameOrigin(QPoint origin);
+    void setFrameSize(QSize size);
+    /// Widgets cannot be rotated: this counts as a change of frame without effect.
+    void setFrameRotation(double angle);
 
-    /// Lets the scroll bars follow the clip view's bounds, in the document's points.
+    /// Sets the scroll bars from the clip view's bounds, in points of the document.
     void reflectScrolledClipView();
 
 protected:
+    /// Called after each change of the frame.
+    virtual void frameWasSet() {}
+
+    bool event(QEvent* event) override;
     bool viewportEvent(QEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
 
