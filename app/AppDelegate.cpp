@@ -1,6 +1,5 @@
 #include "app/AppDelegate.h"
 
-#include "app/PreferencePanes.h"
 #include "app/WindowRequests.h"
 #include "app/models/CardFile.h"
 #include "app/models/CardSummary.h"
@@ -9,14 +8,17 @@
 #include "attestation/viewer/MVAttestationWindowController.h"
 #include "card/client/LVitAccess.h"
 #include "platform/UserDefaults.h"
+#include "prefs/LVitAccessPrefs.h"
+#include "prefs/MVAttestationPrefs.h"
+#include "prefs/MVConfigPrefs.h"
 #include "prefs/MVPreferences.h"
+#include "prefs/MVUpdatePrefs.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "support/MXLog.h"
 #include "support/move/MoveAtLaunch.h"
 #include "update/client/SUUpdater.h"
 
 #include <QAction>
-#include <QDateTime>
 #include <QGuiApplication>
 #include <QLabel>
 
@@ -24,12 +26,6 @@
 
 using namespace Qt::StringLiterals;
 using Occupied = CardOccupation::By;
-
-namespace {
-
-constexpr QStringView debugLevelKey{u"MVDebugLevel"};
-
-} // namespace
 
 AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitAccess> client)
     : m_bundle(surroundings.bundle)
@@ -50,7 +46,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     , m_recentsMenu(m_recents, m_window)
 {
     m_printDesk.setPermission([this] { return permitPrint(); });
-    // What the window said was about what has been written.
+    // The notice was about the write.
     connect(&m_writing, &WritingDesk::ended, this, [this] { m_window.setNotice(QString()); });
     connect(&m_statusItem, &StatusItemKeeper::executeAction, this, &AppDelegate::executeAction);
     connect(&m_statusItem, &StatusItemKeeper::showRequested, this, &AppDelegate::showMainWindow);
@@ -73,7 +69,7 @@ void AppDelegate::awakeFromNib()
 
 MoveOutcome AppDelegate::applicationWillFinishLaunching(const Bundle& bundle)
 {
-    const QVariant level = bundle.objectForInfoDictionaryKey(debugLevelKey);
+    const QVariant level = bundle.objectForInfoDictionaryKey(u"MVDebugLevel");
     if (level.isValid())
         MXLog::defaultLogger().setLogLevel(level.toUInt());
     return moveToApplicationsFolderIfNecessary();
@@ -81,7 +77,7 @@ MoveOutcome AppDelegate::applicationWillFinishLaunching(const Bundle& bundle)
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    // Before all that takes time, and not left in a buffer meanwhile: people see the window at once.
+    // Shown and sent to the display first, because the next steps take time.
     m_window.show();
     QGuiApplication::sync();
     m_attestationViewer = std::make_unique<FollowingViewer>(
@@ -121,7 +117,12 @@ void AppDelegate::initPrefs()
                                             QCoreApplication::applicationDirPath() + "/pelmora-update"_L1,
                                             std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
     connect(m_updater.get(), &SUUpdater::failed, this, &AppDelegate::presentError);
-    registerPreferencePanes(m_settings, m_bundle, *this, m_lvit, *m_updater);
+    MVPreferences::resigterPreferencesPane(std::make_shared<MVConfigPrefs>(m_settings, *this, m_bundle));
+    MVPreferences::resigterPreferencesPane(std::make_shared<MVAttestationPrefs>(m_settings, m_bundle));
+    MVPreferences::resigterPreferencesPane(std::make_shared<LVitAccessPrefs>(m_settings, m_lvit, m_bundle));
+    const auto updatePrefs = std::make_shared<MVUpdatePrefs>(m_bundle);
+    updatePrefs->setUpdater(m_updater.get());
+    MVPreferences::resigterPreferencesPane(updatePrefs);
 }
 
 void AppDelegate::enableUI()
@@ -162,7 +163,7 @@ void AppDelegate::refuseDrop()
         refuse(u"Fichier refusé\u00A0: fermez d’abord la fenêtre ouverte devant celle-ci."_s);
 }
 
-// The viewer prints what it shows, which must be the current card, and stay so.
+// The viewer prints its page, which must show the current card.
 bool AppDelegate::permitPrint()
 {
     if (refuseWhile(CardOccupation::anything))
@@ -194,7 +195,7 @@ void AppDelegate::cardWasRead(const CardRecord& record)
     showCard(PanelLine::CardOrigin::Reader);
 }
 
-// Nothing happens when no card is there and none can be read: the read has told why.
+// Does nothing without a card: the read has reported its error.
 void AppDelegate::whenCardIsThere(void (AppDelegate::*action)(const CardRecord&))
 {
     if (refuseWhile(Occupied::PrintDialog))
@@ -221,7 +222,7 @@ void AppDelegate::saveAttestation()
 
 void AppDelegate::print(const CardRecord& record)
 {
-    // A read that waits for the card service would bring another card under the dialog.
+    // A waiting read could change the card while the dialog is open.
     if (refuseWhile(Occupied::Reading))
         return;
     m_front.bringBack();

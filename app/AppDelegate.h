@@ -33,14 +33,14 @@ class SchemeLogos;
 class SUUpdater;
 class UserDefaults;
 
-/// The application's one controller: it owns what lives for the whole run and lets what the user does reach those that
-/// do it. Each operation is a few lines over a class of its own. Main thread only.
+/// The application's controller: owns the objects of the whole run and connects them with the user's requests. Each
+/// operation is a few lines that use another class. Main thread only.
 class AppDelegate final : public QObject, public StatusItemControl, private ReadWorkflowDelegate
 {
     Q_OBJECT
 
 public:
-    /// What the controller works with; all of it outlives the controller.
+    /// All of them outlive the controller.
     struct Surroundings
     {
         const Bundle& bundle;
@@ -51,89 +51,83 @@ public:
     };
 
     AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitAccess> client);
-    AppDelegate(const AppDelegate&) = delete;
-    AppDelegate& operator=(const AppDelegate&) = delete;
+    Q_DISABLE_COPY(AppDelegate)
     ~AppDelegate() override;
 
-    /// The window is there: its first looks, and its buttons and menus find their operations.
+    /// The window was loaded: connects it and sets its first state.
     void awakeFromNib();
-    /// The first steps of the start-up, before anything is set up: the log's level, and the question whether the
-    /// program is to move to the Applications folder. Waits for the answer; the program may have to end then.
+    /// First step of the start: sets the log's level and asks whether to move to the Applications folder. Waits for the
+    /// answer, after which the program may have to end.
     [[nodiscard]] static MoveOutcome applicationWillFinishLaunching(const Bundle& bundle);
-    /// The rest of the start-up sequence, once.
+    /// The rest of the start, once.
     void applicationDidFinishLaunching();
-    /// The controller observes nothing any more.
     void applicationWillTerminate() { m_bindObserver.reset(); }
-    /// The program was started again, or asked for: a window that is not visible comes back. Whether the caller is to
-    /// do anything else about it: never.
+    /// The program was started or requested again: shows the window if none is visible. Always false.
     bool applicationShouldHandleReopen(bool hasVisibleWindows);
 
-    /// Makes the main window the active one, in front of the others, but for a print that asks.
+    /// Brings the main window to the front, behind a print dialog.
     void showMainWindow() { m_front.show(); }
-    /// The user leaves, or the application has to end: once the files that are being written are whole (WritingDesk).
+    /// Ends the application, at the user's request or for another reason, after files have been written (WritingDesk).
     void quit() { m_writing.quit(); }
     void terminate() { m_writing.terminate(); }
 
     [[nodiscard]] bool isEnabled() const { return m_enabled; }
     [[nodiscard]] bool isReading() const { return m_reading.isReading(); }
 
-    // What the user can ask for.
-    /// The sender is the button or the menu's entry; none when the status item asks.
+    // Operations of the user.
+    /// The sender is a button or a menu entry, or null for the status item.
     void readVitale(const QObject* sender);
     void cancelRead() { m_reading.cancelRead(); }
     void viewAttestation() { whenCardIsThere(&AppDelegate::view); }
     void printAttestation();
     void saveAttestation();
     void openAttestationsFolder() { m_desktop.openFolder(m_saving.folder()); }
-    /// The file that the sender, an entry of the recents' menu, stands for.
+    /// Opens the file of an entry of the recents menu.
     void openRecentAttestation(const QObject* sender);
     void clearRecentsMenu() { m_recentsMenu.clear(); }
     void sendComment() { m_desktop.sendComment(); }
     void showHelp() { m_desktop.showHelp(); }
     void preferences();
     void checkForUpdates();
-    /// What an entry of the status item's menu stands for, by its tag. Any other sender is ignored.
+    /// Runs an entry of the status item's menu by its tag. Other senders are ignored.
     void executeAction(const QObject* sender);
-    /// Whether an entry of the menu bar can be chosen: those of the card actions once the card service is bound.
+    /// Whether a menu entry is enabled: card actions need a bound card service.
     [[nodiscard]] bool validateMenuItem(const QAction& menuItem) const
     {
         return m_enabled || !m_window.isCardAction(menuItem);
     }
 
-    /// Lets the user choose a card XML file, and loads it.
+    /// Asks for a card XML file and loads it.
     void loadXMLFile();
-    /// Shows the card of a file as if it had been read; the failure is presented. Refused while a card is read, a
-    /// print asks, or a file is written.
+    /// Shows the card of a file, or presents the error. Refused during a read, a print dialog or a write.
     void loadXMLFile(const QString& path);
-    /// A file was dropped on the main window while another window blocks it.
+    /// A file was dropped while another window blocks the main window.
     void refuseDrop();
 
     void showStatusItem() override { m_statusItem.show(); }
     void hideStatusItem() override;
 
 private:
-    // The steps of the start-up.
+    // Steps of the start.
     void setObservers();
     void initPrefs();
 
-    // The main window.
     void disableUI();
     void enableUI();
     void setEnabled(bool enabled);
     void showCard(PanelLine::CardOrigin origin);
 
-    /// Refuses the user's request while the current card is occupied so; says whether it did.
+    /// Refuses a request during one of these; true if refused.
     bool refuseWhile(CardOccupation::Any kinds);
     bool permitPrint();
 
-    // The files.
     void updateRecentsMenu() { m_recentsMenu.update(); }
     void whenCardIsThere(void (AppDelegate::*action)(const CardRecord&));
     void view(const CardRecord& record) { m_attestationViewer->show(record); }
     void print(const CardRecord& record);
     void save(const CardRecord& record) { m_saving.save(record); }
 
-    // What the reading of a card needs.
+    // ReadWorkflowDelegate.
     void beginSheet(const QString& message) override;
     void endSheed() override { m_window.endSheed(); }
     void showBinding(bool isBinding) override { m_window.setConnecting(isBinding); }

@@ -10,15 +10,9 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr QStringView contactMailKey{u"MVContactMail"};
-
-} // namespace
-
 void DesktopRequests::sendComment()
 {
-    const QVariant contact = m_bundle.objectForInfoDictionaryKey(contactMailKey);
+    const QVariant contact = m_bundle.objectForInfoDictionaryKey(u"MVContactMail");
     if (contact.typeId() != QMetaType::QString) {
         m_front.refuse(u"Aucune adresse n’est connue pour les suggestions."_s);
         return;

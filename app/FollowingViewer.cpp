@@ -7,13 +7,6 @@
 
 using namespace std::chrono_literals;
 
-namespace {
-
-// The summary is painted by then: Qt collects what is to be painted for a few milliseconds.
-constexpr auto untilPainted = 50ms;
-
-} // namespace
-
 FollowingViewer::FollowingViewer(std::unique_ptr<MVAttestationWindowController> viewer)
     : m_viewer(std::move(viewer))
 {
@@ -25,7 +18,7 @@ void FollowingViewer::follow(const CardRecord& record)
     if (m_viewer->window()->isVisible())
         update();
     else
-        QTimer::singleShot(untilPainted, this, &FollowingViewer::update);
+        QTimer::singleShot(50ms, this, &FollowingViewer::update); // Qt delays painting by a few milliseconds
 }
 
 void FollowingViewer::update()

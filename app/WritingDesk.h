@@ -10,8 +10,8 @@
 class MainWindow;
 class SavingSheet;
 
-/// What is written to the disk for the main window, and the end of the application meanwhile. A slow disk holds up
-/// nothing: all of it is written aside, and a sheet says so. Main thread only.
+/// Writes files for the main window on another thread, with a sheet during a slow write, and delays the end of the
+/// application meanwhile. Main thread only.
 class WritingDesk final : public QObject
 {
     Q_OBJECT
@@ -19,25 +19,24 @@ class WritingDesk final : public QObject
 public:
     /// The window must outlive it.
     explicit WritingDesk(MainWindow& window);
-    WritingDesk(const WritingDesk&) = delete;
-    WritingDesk& operator=(const WritingDesk&) = delete;
+    Q_DISABLE_COPY(WritingDesk)
     ~WritingDesk() override;
 
-    /// Begins the work, or queues it. What it gives back runs on the main thread, with no sheet in the way.
+    /// Starts the work, or queues it. Its result runs on the main thread after the sheet is closed.
     void write(FileWorker::Work work);
 
-    /// The user leaves: ends the application once the files that are being written are whole.
+    /// Ends the application at the user's request, after all files have been written.
     void quit();
-    /// The same, even when a save fails meanwhile.
+    /// The same, also when a save fails meanwhile.
     void terminate();
-    /// How long quit() and terminate() wait, with the windows, for a disk that does not answer. After that FileWorker
-    /// waits for its own time without them.
+    /// How long quit() and terminate() wait, with visible windows, for a disk that does not answer. Then FileWorker
+    /// waits for its own limit without them.
     static constexpr std::chrono::seconds patienceAtTheEnd{8};
-    /// A save has failed, which the user is to see: whoever has quit meanwhile stays.
+    /// A save has failed: cancels quit(), so that the user sees the error.
     void stayAfterFailedSave();
 
 Q_SIGNALS:
-    /// All that was to be written is done.
+    /// All files have been written.
     void ended();
 
 private:

@@ -4,12 +4,9 @@
 
 #include <QCborMap>
 #include <QCborParserError>
-#include <QCborValue>
 
 #include <filesystem>
 #include <system_error>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -23,7 +20,7 @@ bool isAbsolutePath(const QString& path)
     return path.startsWith(u'/') && !path.contains(QChar::Null);
 }
 
-/// A path that is UTF-8 travels as a text, any other as its bytes.
+/// A UTF-8 path is sent as a text, any other as bytes.
 QCborValue valueOf(const QString& path)
 {
     const QByteArray bytes = bytesOfPath(path);
@@ -41,7 +38,7 @@ InstanceMessage InstanceMessage::forCard(const std::optional<QString>& card)
 {
     if (!card || card->startsWith(u'/'))
         return {card};
-    // The path is not tidied: "folder/.." is not the same place when the folder is a link.
+    // The path is not normalised: "folder/.." is another place when the folder is a link.
     std::error_code error;
     return {pathFromBytes(std::filesystem::current_path(error).native()) + u'/' + *card};
 }

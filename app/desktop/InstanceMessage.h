@@ -1,26 +1,24 @@
 #pragma once
 
-#include <QByteArray>
-#include <QByteArrayView>
 #include <QString>
 
 #include <optional>
 
-/// What a second start has to tell the running instance: that it is wanted, and the card file to show, if any.
+/// The message of a second start to the running instance: show yourself, perhaps with a card file.
 struct InstanceMessage
 {
-    /// Longest message in bytes; a card file's path has room in it whatever the file system.
+    /// Maximum size in bytes, large enough for any path.
     static constexpr qsizetype maximumSize = qsizetype{16} * 1024;
 
-    /// Absolute path of the card file; absent for a mere start.
+    /// Absolute path of the card file; absent without one.
     std::optional<QString> cardPath;
 
-    /// The message for a card as the command line names it; a relative path counts from the current folder.
+    /// The message for a card file; a relative path is relative to the current folder.
     [[nodiscard]] static InstanceMessage forCard(const std::optional<QString>& card);
 
-    /// The message as it travels; empty when it is over the maximum size.
+    /// The message as bytes; empty when it is over the maximum size.
     [[nodiscard]] QByteArray encoded() const;
 
-    /// The message that the bytes hold; nullopt for anything malformed.
+    /// The message in the bytes; nullopt if they are malformed.
     [[nodiscard]] static std::optional<InstanceMessage> decoded(QByteArrayView bytes);
 };

@@ -1,38 +1,35 @@
 #pragma once
 
 #include <QObject>
-#include <QString>
 #include <QStringList>
 #include <QVariantMap>
 
-/// The application on the session bus: the name "com.morvel.Pelmora" with the interface that desktops start and re-open
-/// applications by (org.freedesktop.Application). Without a bus it does nothing; it never waits for one. Main thread.
+/// The application's name on the session bus, "com.morvel.Pelmora", with the interface org.freedesktop.Application, by
+/// which desktops start and reopen applications. Does nothing without a bus and never waits for one. Main thread.
 class ReopenService final : public QObject
 {
     Q_OBJECT
 
 public:
     explicit ReopenService(QObject* parent = nullptr);
-    ReopenService(const ReopenService&) = delete;
-    ReopenService& operator=(const ReopenService&) = delete;
-    /// Leaves the bus.
+    Q_DISABLE_COPY(ReopenService)
+    /// Releases the name.
     ~ReopenService() override;
 
-    /// Appears on the bus. While another instance has the name, this one waits in line for it. Best called once the
-    /// window is shown.
+    /// Requests the name; waits in the bus's queue while another instance has it. Called after the window is shown.
     void start();
 
 Q_SIGNALS:
-    /// The desktop wants the application back.
+    /// The desktop requests the application.
     void reopenRequested();
-    /// The desktop wants a card file shown (its absolute path).
+    /// The desktop requests a card file (absolute path).
     void openRequested(const QString& path);
 
 private:
     bool m_isStarted = false;
 };
 
-/// What the bus sees of it; the names of operations and parameters are the interface's.
+/// The object on the bus; operations and parameters have the interface's names.
 class ReopenInterface final : public QObject
 {
     Q_OBJECT
@@ -41,7 +38,7 @@ class ReopenInterface final : public QObject
 public:
     explicit ReopenInterface(ReopenService* service);
 
-    /// The one of the files that is opened, as there is room for one card: the first on this machine; empty without.
+    /// The first local file, because only one card is shown; empty without one.
     [[nodiscard]] static QString firstLocalFile(const QStringList& uris);
 
     Q_SCRIPTABLE Q_INVOKABLE void Activate(const QVariantMap& platformData);

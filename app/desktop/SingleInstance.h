@@ -9,14 +9,12 @@
 #include <chrono>
 #include <deque>
 #include <memory>
-#include <optional>
 
 class QSocketNotifier;
 struct CommandLine;
 
-/// One running application per user, desktop and card service: a later start hands over to it and ends. The claim is a
-/// lock that the kernel drops with its process, however that ends, so that nothing stale can be left behind; the word
-/// is passed over a socket beside it. Neither needs a session bus. Main thread.
+/// One running application per user, desktop and card service: a later start passes its request on and ends. The first
+/// one has a lock, which the kernel drops at its end, and a socket for requests. Main thread.
 class SingleInstance final : public QObject
 {
     Q_OBJECT
@@ -24,51 +22,49 @@ class SingleInstance final : public QObject
 public:
     enum class Claim
     {
-        /// Nobody was there: this process is the one.
+        /// This process is the first.
         First,
-        /// The running instance was told and has answered.
+        /// The running instance has answered the request.
         AlreadyRunning,
-        /// There is a running instance, but it does not answer.
+        /// The running instance does not answer.
         NoAnswer
     };
 
-    /// How long a running instance may take to answer.
+    /// Time limit for the answer.
     static constexpr std::chrono::milliseconds defaultPatience{1500};
 
-    /// What the command line's runs have in common: the desktop that they show on and the card service that they use.
+    /// The key of runs with the same desktop and card service.
     [[nodiscard]] static QString keyFor(const CommandLine& command);
 
-    /// What a start says on the standard error that could not hand over.
+    /// The error text of a start without an answer.
     [[nodiscard]] static QString noAnswerText();
 
-    /// In the user's runtime folder. The key is a part of a file name.
+    /// Uses the user's runtime folder. The key becomes part of a file name.
     explicit SingleInstance(const QString& key);
-    /// In a folder of the caller's.
+    /// Uses the given folder.
     SingleInstance(FileDescriptor folder, const QString& key, std::chrono::milliseconds patience = defaultPatience);
-    SingleInstance(const SingleInstance&) = delete;
-    SingleInstance& operator=(const SingleInstance&) = delete;
-    /// Does what release() does.
+    Q_DISABLE_COPY(SingleInstance)
+    /// Calls release().
     ~SingleInstance() override;
 
-    /// Becomes the instance, or tells the one that runs. Takes a fraction of a millisecond when it is the first; waits
-    /// for an answer otherwise, so that it belongs before any window. Needs no application object. Once only.
+    /// Becomes the first instance or sends the message to it. The first instance returns at once; others wait for the
+    /// answer, so it is called before any window is made. No application object is needed. Called once.
     [[nodiscard]] Claim claim(const InstanceMessage& message);
 
-    /// From now on later starts are answered; those that came meanwhile, too. Needs the application object and a claim
-    /// that was the first.
+    /// Starts answering later starts. Needs the application object and a claim that was First.
     void startListening();
 
-    /// Makes place: the next start is a first one. Done at the latest when the application's event loop ends.
+    /// Gives the claim up. Called at the end of the application's event loop at the latest.
     void release();
 
 Q_SIGNALS:
-    /// A later start without a card file: the window is to come back.
+    /// A later start without a card file.
     void reopenRequested();
-    /// A later start with a card file (its absolute path): it is to be shown.
+    /// A later start with a card file (absolute path).
     void openRequested(const QString& path);
 
 private:
-    /// A later start that is connected and has not spoken yet.
+    /// A connected client that has sent nothing yet.
     struct Guest
     {
         FileDescriptor socket;

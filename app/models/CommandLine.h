@@ -1,12 +1,11 @@
 #pragma once
 
-#include <QString>
 #include <QStringList>
 
 #include <expected>
 #include <optional>
 
-/// What the command line asks for.
+/// The parsed command line.
 struct CommandLine
 {
     enum class Action
@@ -19,19 +18,16 @@ struct CommandLine
     };
 
     Action action = Action::ShowWindow;
-    /// Folder of the attestations to save.
+    /// The folder for --save.
     QString folder;
-    /// Card files, in the order given.
     QStringList cards;
-    /// Whether the simulated reader is asked for, and with which card file; the specimen card when none is named.
+    /// Whether the reader is simulated, and its card file; absent for the specimen card.
     bool simulate = false;
     std::optional<QString> simulatedCard;
-    /// Another card service program than our own.
     std::optional<QString> cardService;
 
-    /// Reads the arguments, the program's name first. The failure is a sentence on what is wrong with them.
+    /// Parses the arguments with the program's name first. The error is a sentence.
     [[nodiscard]] static std::expected<CommandLine, QString> parse(const QStringList& arguments);
 
-    /// The help that --help prints.
     [[nodiscard]] static QString helpText();
 };

@@ -4,7 +4,6 @@
 #include "platform/TildePath.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 

@@ -1,9 +1,7 @@
 #include "app/models/ReadWorkflow.h"
 
 #include "app/models/CardReading.h"
-#include "card/client/CardServiceKeys.h"
 #include "card/client/LVitAccess.h"
-#include "platform/NotificationCenter.h"
 #include "support/MXLog.h"
 
 #include <QPointer>
@@ -17,19 +15,8 @@ ReadWorkflow::ReadWorkflow(std::shared_ptr<LVitAccess> client, const UserDefault
     : m_client(std::move(client))
     , m_settings(settings)
     , m_delegate(delegate)
+    , m_bindObserver([this] { finishOtherBind(true); }, [this](const auto&) { finishOtherBind(false); })
 {
-    NotificationCenter::defaultCenter().addObserver(
-        this, BindNotification::name.toString(), [this](const Notification& notification) {
-            if (m_waitsForOtherBind)
-                finishOtherBind(
-                    notification.userInfo.value_or(QVariantMap()).value(BindNotification::status.toString()) ==
-                    BindNotification::success.toString());
-        });
-}
-
-ReadWorkflow::~ReadWorkflow()
-{
-    NotificationCenter::defaultCenter().removeObserver(this);
 }
 
 void ReadWorkflow::lVitInit()
@@ -41,7 +28,7 @@ void ReadWorkflow::lVitInit()
 
 void ReadWorkflow::bind()
 {
-    // A second bind would cut the first one's connection, and so make it fail.
+    // A second bind would end the first one's connection.
     if (std::exchange(m_isBinding, true))
         return;
     m_delegate.showBinding(true);
@@ -71,9 +58,10 @@ void ReadWorkflow::finishBind(const BindOutcome& outcome)
 
 void ReadWorkflow::finishOtherBind(bool isBound)
 {
-    m_waitsForOtherBind = false;
+    if (!std::exchange(m_waitsForOtherBind, false))
+        return;
     m_delegate.showBinding(false);
-    // Once all who observe the bind know how it went.
+    // Later, after all observers of the notification have run.
     QMetaObject::invokeMethod(this, [this, isBound] { finishWait(isBound); }, Qt::QueuedConnection);
 }
 
@@ -109,7 +97,7 @@ void ReadWorkflow::readVitaleIfNeedWithCompletionHandler(CompletionHandler handl
 
 void ReadWorkflow::runWhenBound(Step step)
 {
-    // Not when it is initialized alone: that it is after a choice of readers that the service has refused, too.
+    // Not initialized(): that is also true when the service refused the readers.
     if (m_client->bound()) {
         step();
         return;
@@ -118,8 +106,7 @@ void ReadWorkflow::runWhenBound(Step step)
     bind();
 }
 
-/// A read that has a handler is over for the next one as soon as the reader has answered; one that has none, when the
-/// window shows its outcome.
+/// With a handler, the next read may start when the reader has answered; else when the window shows the result.
 void ReadWorkflow::read(const QString& message, CompletionHandler handler)
 {
     const ReadNumber number = ++m_lastRead;
@@ -141,7 +128,7 @@ void ReadWorkflow::read(const QString& message, CompletionHandler handler)
 void ReadWorkflow::finishRead(ReadNumber number, const std::expected<CardRecord, Error>& outcome)
 {
     const auto read = m_dueReads.extract(number);
-    // None when the read was cancelled.
+    // Empty when the read was cancelled.
     if (read.empty())
         return;
     m_delegate.endSheed();

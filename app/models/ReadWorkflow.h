@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/models/BindObserver.h"
 #include "card/CardRecord.h"
 #include "card/client/BindOutcome.h"
 #include "platform/Error.h"
@@ -17,77 +18,69 @@
 class LVitAccess;
 class UserDefaults;
 
-/// What the reading of a card needs of the window around it. Called on the main thread only.
+/// The window's side of reading a card. Called on the main thread only.
 class ReadWorkflowDelegate
 {
 public:
     ReadWorkflowDelegate() = default;
-    ReadWorkflowDelegate(const ReadWorkflowDelegate&) = delete;
-    ReadWorkflowDelegate& operator=(const ReadWorkflowDelegate&) = delete;
+    Q_DISABLE_COPY(ReadWorkflowDelegate)
     virtual ~ReadWorkflowDelegate() = default;
 
-    /// Shows the progress sheet, or changes the message of the one that is shown.
+    /// Shows the progress sheet, or changes its message.
     virtual void beginSheet(const QString& message) = 0;
-    /// Closes the progress sheet, if it is shown.
+    /// Closes the progress sheet.
     virtual void endSheed() = 0;
-    /// The card service is being bound, or is not any more. A bind has no sheet: cards that are there stay usable.
+    /// A bind has started or ended. It has no sheet: earlier cards stay usable.
     virtual void showBinding(bool isBinding) = 0;
-    /// A request cannot be granted now: beeps, and says why.
+    /// Beeps and shows the reason.
     virtual void refuse(const QString& reason) = 0;
     virtual void presentError(const Error& error) = 0;
-    /// The card that is there already, if there is one.
+    /// The current card, if any.
     [[nodiscard]] virtual const std::optional<CardRecord>& currentVitale() const = 0;
-    /// Keeps the card as the current one and shows its summary.
+    /// Makes it the current card.
     virtual void cardWasRead(const CardRecord& record) = 0;
-    /// A read has failed: the card that is there, if any, is an earlier one.
+    /// A read failed: the current card, if any, is an earlier one.
     virtual void readFailed() = 0;
-    /// A read was cancelled: the same is true.
+    /// The same for a cancelled read.
     virtual void readCancelled() = 0;
-    /// The copy for support, after a read that was asked for as such.
+    /// Writes the copy for support after a read that the user asked for.
     virtual void saveXMLIfNeeded() = 0;
 };
 
-/// Reads cards: binds the card service when it is not bound, asks the reader, and tells the window. One read at a time,
-/// one bind at a time. A bind from elsewhere may replace its own: the read that waits then waits for that one. Main
-/// thread only; the client's handlers that come after its end do nothing.
+/// Reads cards: binds the card service if needed, asks the reader, and informs the window. One read and one bind at a
+/// time. When another bind replaces its own, a waiting read waits for the other one. The client's handlers do nothing
+/// after its end. Main thread only.
 class ReadWorkflow final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Receives whether a card is there and, after a read that failed, why.
+    /// Whether there is a card, and the error of a failed read.
     using CompletionHandler = std::function<void(bool, const std::optional<Error>&)>;
 
-    /// The settings and the delegate must outlive it.
+    /// Settings and delegate must outlive it.
     ReadWorkflow(std::shared_ptr<LVitAccess> client, const UserDefaults& settings, ReadWorkflowDelegate& delegate);
-    ReadWorkflow(const ReadWorkflow&) = delete;
-    ReadWorkflow& operator=(const ReadWorkflow&) = delete;
-    ~ReadWorkflow() override;
 
-    /// Start-up of the card service: hands the client the access mode of the settings, then binds.
+    /// Start: sets the client's access mode from the settings, then binds.
     void lVitInit();
 
-    /// Binds the card service and posts the bind notification with the outcome. While a bind is under way no other is
-    /// begun.
+    /// Binds the card service and posts the bind notification. Does nothing during another bind of its own.
     void bind();
 
-    /// Reads the card now, whatever was read before. Beeps when a read is under way, or waits for the bind.
+    /// Reads a card in any case. Refused while a read is running or waiting.
     void readVitale();
 
-    /// Sees to it that a card is there, and reads one only when there is none. The handler is called at once, or after
-    /// the read, or never when the bind fails; with (false, nullopt) at once while a read is under way, and when the
-    /// read is cancelled.
+    /// Reads a card only if there is none. The handler is called at once, after the read, or never if the bind fails;
+    /// with (false, nullopt) during another read, or when the read is cancelled.
     void readVitaleIfNeedWithCompletionHandler(CompletionHandler handler);
 
-    /// Gives up the read under way: what it comes to is dropped, and the card service is replaced by the next read.
-    /// Nothing when no read is under way.
+    /// Cancels the read: its result is dropped, and the next read starts a new card service.
     void cancelRead();
 
     /// Whether the reader is being asked.
     [[nodiscard]] bool isReading() const { return m_askedRead->load() != noRead; }
 
-    /// Whether a read was asked for whose card may still come: it waits for the bind, or for the reader, or its outcome
-    /// is on its way to the main thread.
+    /// Whether a card may still arrive: a read waits for the bind or the reader, or its result is on the way.
     [[nodiscard]] bool isUnderWay() const { return m_dueStep || !m_dueReads.empty(); }
 
 private:
@@ -108,15 +101,16 @@ private:
     std::shared_ptr<LVitAccess> m_client;
     const UserDefaults& m_settings;
     ReadWorkflowDelegate& m_delegate;
+    BindObserver m_bindObserver;
     bool m_isBinding = false;
-    // A bind that is not from here has replaced the one that the read waits for.
+    // Another bind has replaced the one that the read waits for.
     bool m_waitsForOtherBind = false;
-    // The read that waits for a bind, if any.
+    // A read that waits for a bind, if any.
     Step m_dueStep;
     ReadNumber m_lastRead = noRead;
-    // The reads whose outcome has not come to the main thread, with the handlers of those that were needed.
+    // Reads without a result on the main thread. The handler is empty for a read by readVitale().
     DueReads m_dueReads;
-    // The read that the reader is asked for. Shared with the handlers on the client's thread, which may come after this
-    // object's end, or after the read was cancelled and another one begun.
+    // The number of the running read. Shared with handlers on the client's thread, which may run after this object's
+    // end or after a cancelled read.
     std::shared_ptr<std::atomic<ReadNumber>> m_askedRead = std::make_shared<std::atomic<ReadNumber>>(noRead);
 };

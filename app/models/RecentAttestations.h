@@ -2,7 +2,6 @@
 
 #include "app/models/MenuEntry.h"
 
-#include <QString>
 #include <QStringList>
 
 #include <optional>
@@ -10,12 +9,11 @@
 
 class UserDefaults;
 
-/// The list of recently saved attestations, newest first, which lives in the settings alone. Whatever else the setting
-/// holds counts as no entry. Main thread only.
+/// The recently saved attestations, newest first, in the settings. Invalid values there are ignored. Main thread only.
 class RecentAttestations
 {
 public:
-    /// So many entries at most: when the list is full, nothing is added and nothing dropped.
+    /// A full list stays as it is.
     static constexpr qsizetype maximumCount = 10;
 
     static constexpr QStringView menuTitle{u"Recents"};
@@ -28,21 +26,18 @@ public:
     {
     }
 
-    /// The paths that are stored.
     [[nodiscard]] QStringList paths() const;
 
-    /// Puts a path at the head of the list. An empty one, one that is in the list already and one more than the list
-    /// holds change nothing. True when the list has changed.
+    /// Adds a path at the front, unless it is empty, in the list already, or the list is full. True when it was added.
     bool add(const QString& path);
 
-    /// Empties the list; the files are not touched.
+    /// Empties the list; the files stay.
     void clear();
 
-    /// The path that a menu entry's tag stands for; nothing for a tag out of range.
+    /// The path of a menu entry's tag; absent for other tags.
     [[nodiscard]] std::optional<QString> pathAt(int tag) const;
 
-    /// The submenu: an entry per path, tagged by its index, a separator, and the entry that clears. A list that
-    /// somebody else has made too long is shown up to the maximum.
+    /// The submenu: at most maximumCount paths tagged by their index, a separator, and the entry that clears.
     [[nodiscard]] std::vector<MenuEntry> menu() const;
 
 private:

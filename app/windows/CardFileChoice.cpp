@@ -4,14 +4,9 @@
 
 #include <QGuiApplication>
 
-namespace {
-
-constexpr Qt::KeyboardModifiers fileKeys = Qt::ControlModifier | Qt::AltModifier;
-
-} // namespace
-
 bool CardFileChoice::areKeysHeld(bool hasEvent)
 {
+    constexpr Qt::KeyboardModifiers fileKeys = Qt::ControlModifier | Qt::AltModifier;
     const Qt::KeyboardModifiers keys =
         hasEvent ? QGuiApplication::keyboardModifiers() : QGuiApplication::queryKeyboardModifiers();
     return (keys & fileKeys) == fileKeys;

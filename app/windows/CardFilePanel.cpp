@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
@@ -12,14 +11,14 @@ QPointer<QFileDialog> makeCardFilePanel(QWidget& window, const QString& folder)
 {
     constexpr QSize size(720, 480); // pixels
 
-    // The folder exists once something was saved; the panel would open on the program's own otherwise.
+    // The folder is missing before the first save; the panel would then start in the current folder.
     QPointer<QFileDialog> panel(new QFileDialog(&window, u"Sélectionnez un fichier XML"_s,
                                                 QFileInfo(folder).isDir() ? folder : QDir::homePath()));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setFileMode(QFileDialog::ExistingFile);
-    // The desktops' own panels enter what is opened in lists of recent documents, and the names are patients'.
+    // Native panels add the file, whose name is a patient's, to the desktop's list of recent documents.
     panel->setOption(QFileDialog::DontUseNativeDialog);
-    // Names alone: sizes and dates would leave no room for them.
+    // Without sizes and dates, which leave little room for names.
     panel->setViewMode(QFileDialog::List);
     panel->resize(boundedToScreen(window, size));
     return panel;

@@ -30,43 +30,34 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct Colour
-{
-    int red = 0;
-    int green = 0;
-    int blue = 0;
-
-    [[nodiscard]] QColor color() const { return {red, green, blue}; }
-};
-
 using Request = void (MainWindow::*)();
 
 struct Tile
 {
     MXButton* Ui_MainWindow::* button = nullptr;
-    std::optional<Colour> colour;
+    std::optional<QColor> colour;
     QLatin1String icon;
     Request request = nullptr;
 };
 
-constexpr Colour panelColour{0, 162, 1};
-// Behind a card that is not from the last read. The panel's ink stands out from it, too.
-constexpr Colour plateColour{122, 170, 122};
+constexpr QColor panelColour(0, 162, 1);
+// Background of an earlier card. The panel's text colour is legible on it too.
+constexpr QColor plateColour(122, 170, 122);
 
-// Sizes of texts beside the desktop's own.
+// Text sizes relative to the desktop's.
 constexpr double titleSize = 1.2;
 constexpr double largeSize = 1.4;
 
-// The card service is there in a few tenths of a second.
+// Binding usually takes a few tenths of a second.
 constexpr auto usualConnecting = 1s;
 
 constexpr std::array tiles{
-    Tile{&Ui_MainWindow::readButton, Colour{0, 162, 1}, "ReadIcon"_L1, &MainWindow::readRequested},
-    Tile{&Ui_MainWindow::viewButton, Colour{146, 39, 221}, "ViewIcon"_L1, &MainWindow::viewRequested},
-    Tile{&Ui_MainWindow::printButton, Colour{223, 0, 19}, "PrintIcon"_L1, &MainWindow::printRequested},
-    Tile{&Ui_MainWindow::saveButton, Colour{0, 160, 211}, "SaveIcon"_L1, &MainWindow::saveRequested},
-    Tile{&Ui_MainWindow::mailButton, Colour{250, 104, 12}, "MailIcon"_L1, &MainWindow::mailRequested},
-    Tile{&Ui_MainWindow::settingsButton, Colour{88, 88, 88}, "SettingsIcon"_L1, &MainWindow::settingsRequested},
+    Tile{&Ui_MainWindow::readButton, QColor{0, 162, 1}, "ReadIcon"_L1, &MainWindow::readRequested},
+    Tile{&Ui_MainWindow::viewButton, QColor{146, 39, 221}, "ViewIcon"_L1, &MainWindow::viewRequested},
+    Tile{&Ui_MainWindow::printButton, QColor{223, 0, 19}, "PrintIcon"_L1, &MainWindow::printRequested},
+    Tile{&Ui_MainWindow::saveButton, QColor{0, 160, 211}, "SaveIcon"_L1, &MainWindow::saveRequested},
+    Tile{&Ui_MainWindow::mailButton, QColor{250, 104, 12}, "MailIcon"_L1, &MainWindow::mailRequested},
+    Tile{&Ui_MainWindow::settingsButton, QColor{88, 88, 88}, "SettingsIcon"_L1, &MainWindow::settingsRequested},
     Tile{&Ui_MainWindow::quitButton, std::nullopt, "QuitIcon"_L1, &MainWindow::quitRequested},
 };
 
@@ -97,11 +88,11 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     : QMainWindow(parent)
     , m_ui(std::make_unique<Ui::MainWindow>())
 {
-    // The menu bar is in the window on every desktop; to look for another place costs a question on the session bus.
+    // Looking for a native menu bar costs a call on the session bus.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     m_ui->setupUi(this);
     m_spokenNotice = new SpokenNotice(m_ui->vitaleInfoView);
-    // Whatever other windows are open: closing this one ends nothing.
+    // Closing this window never quits.
     setAttribute(Qt::WA_QuitOnClose, false);
     m_connectingTimer.setSingleShot(true);
     m_connectingTimer.setInterval(usualConnecting);
@@ -118,12 +109,11 @@ MainWindow::~MainWindow() = default;
 void MainWindow::initUI()
 {
     for (const Tile& tile : tiles)
-        (*m_ui.*tile.button)->setBackgroundColor(tile.colour ? std::optional(tile.colour->color()) : std::nullopt);
+        (*m_ui.*tile.button)->setBackgroundColor(tile.colour);
 
-    const QColor background = panelColour.color();
-    m_ui->vitaleInfoView->setBackgroundColor(background);
+    m_ui->vitaleInfoView->setBackgroundColor(panelColour);
     QPalette inks = m_ui->vitaleInfoView->palette();
-    inks.setColor(QPalette::WindowText, readableInk(background));
+    inks.setColor(QPalette::WindowText, readableInk(panelColour));
     m_ui->vitaleInfoView->setPalette(inks);
     m_ui->vitaleInfoTextField->setText(summaryBeforeAnyCard.toString());
     m_panelLine = PanelLine();
@@ -132,7 +122,7 @@ void MainWindow::initUI()
 
 void MainWindow::setUpTexts()
 {
-    // Few fonts: each one costs its share of the start.
+    // Few fonts, because each costs time at the start.
     const QFont title = scaledFont(font(), titleSize, QFont::Bold);
     for (const Tile& tile : tiles)
         (*m_ui.*tile.button)->setFont(title);
@@ -140,7 +130,7 @@ void MainWindow::setUpTexts()
     m_ui->readButton->setFont(scaledFont(font(), largeSize, QFont::Bold));
     m_ui->vitaleInfoTextField->setFont(scaledFont(font(), largeSize));
 
-    // Columns as wide as each other, also where the window is as small as it gets.
+    // Equal columns, also at the minimum size.
     int widest = 0;
     for (const Tile& tile : tiles)
         widest = std::max(widest, (*m_ui.*tile.button)->minimumSizeHint().width());
@@ -230,7 +220,7 @@ void MainWindow::setNotice(const QString& text)
     showPanelLine();
 }
 
-// Screen readers say what is new. What was said before stays as long as the panel tells it.
+// Screen readers announce new texts. An announced text stays as long as the panel shows it.
 void MainWindow::announce(const QString& text)
 {
     if (!text.isEmpty() || m_spokenNotice->accessibleName() != m_panelLine.told())
@@ -251,9 +241,9 @@ void MainWindow::setConnecting(bool isConnecting)
 void MainWindow::showPanelLine()
 {
     m_ui->panelLineField->setText(m_panelLine.text());
-    // Not by colours alone: the letters are others, and screen readers are told.
+    // Not only by colour: also in italics, and for screen readers.
     const bool isEarlier = m_panelLine.isCardEarlier();
-    m_ui->vitaleInfoTextField->setPlate(isEarlier ? std::optional(plateColour.color()) : std::nullopt);
+    m_ui->vitaleInfoTextField->setPlate(isEarlier ? std::optional(plateColour) : std::nullopt);
     const QString description =
         isEarlier ? u"Carte précédente\u00A0: la dernière lecture n’a pas abouti."_s : QString();
     if (m_ui->vitaleInfoTextField->accessibleDescription() != description)
@@ -265,7 +255,7 @@ void MainWindow::beginSheet(const QString& message)
     setNotice(QString());
     if (!m_sheet) {
         m_sheet = std::make_unique<ProgressSheet>(this);
-        // Leaving stays possible while a reader keeps silent.
+        // Quitting stays possible while a reader does not answer.
         m_sheet->addAction(m_ui->quitAction);
         connect(m_sheet.get(), &ProgressSheet::cancelRequested, this, &MainWindow::readCancelRequested);
     }
@@ -276,7 +266,7 @@ void MainWindow::endSheed()
 {
     if (m_sheet)
         m_sheet->end();
-    // It was about this read.
+    // The notice was about this read.
     setNotice(QString());
 }
 
@@ -312,7 +302,7 @@ void MainWindow::dropEvent(QDropEvent* event)
     const std::optional<QString> path = droppedCardFile(*event->mimeData());
     if (!path)
         return;
-    // Since the file came over the window: a drag that begins later is refused as such.
+    // Blocked since the drag entered the window; later drags are refused at once.
     if (isBlocked()) {
         Q_EMIT cardFileDroppedInVain();
         return;
@@ -324,7 +314,7 @@ void MainWindow::dropEvent(QDropEvent* event)
 void MainWindow::showEvent(QShowEvent* event)
 {
     QMainWindow::showEvent(event);
-    // Once the window is there: nobody waits for the icon.
+    // After the window is shown, to save time.
     if (!m_windowIconPath.isEmpty())
         QTimer::singleShot(0, this, &MainWindow::showWindowIcon);
 }
@@ -335,7 +325,7 @@ void MainWindow::showWindowIcon()
         return;
     const QIcon icon = windowIconFrom(std::exchange(m_windowIconPath, QString()));
     setWindowIcon(icon);
-    // And for the windows to come.
+    // For later windows too.
     QGuiApplication::setWindowIcon(icon);
 }
 

@@ -8,22 +8,17 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr int textWidth = 54; // average characters of a line
-
-} // namespace
-
 ProgressSheet::ProgressSheet(QWidget* window, std::chrono::milliseconds patience)
     : QDialog(window, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
     , m_ui(std::make_unique<Ui::ProgressSheet>())
     , m_timer(std::make_unique<QTimer>())
 {
+    constexpr int textWidth = 54; // average characters of a line
     m_ui->setupUi(this);
     setWindowModality(Qt::WindowModal);
     m_ui->informationsTextField->setFont(scaledFont(font(), 1.2, QFont::Bold));
     m_ui->patienceLabel->setFixedWidth(textWidth * fontMetrics().averageCharWidth());
-    // As wide as it will be: a sheet that grew sideways would no longer lie in the middle of its window.
+    // The final width from the start, so that the sheet stays centred on its window.
     m_ui->informationsTextField->setMinimumWidth(m_ui->patienceLabel->width());
     hidePatience();
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &ProgressSheet::cancelRequested);
@@ -65,7 +60,7 @@ void ProgressSheet::askForPatience()
     m_ui->patienceLabel->setText(u"Le lecteur tarde à répondre… Vérifiez que la carte est bien insérée\u00A0: "
                                  "la lecture se poursuit."_s);
     m_ui->patienceLabel->show();
-    // Screen readers tell of the button, which gets the keyboard, and with it of the reason.
+    // Screen readers read this when the button gets the focus.
     m_ui->cancelButton->setAccessibleDescription(m_ui->patienceLabel->text());
     m_ui->cancelButton->show();
     m_ui->cancelButton->setFocus();
