@@ -5,7 +5,7 @@
 #include "app/cards/Console.h"
 #include "app/cards/PrintCommand.h"
 #include "app/cards/SaveCommand.h"
-#include "app/models/CardReading.h"
+#include "app/models/CardServiceRequests.h"
 #include "app/models/CommandLine.h"
 #include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"

@@ -1,6 +1,6 @@
 #include "app/models/ReadWorkflow.h"
 
-#include "app/models/CardReading.h"
+#include "app/models/CardServiceRequests.h"
 #include "card/client/LVitAccess.h"
 #include "support/MXLog.h"
 

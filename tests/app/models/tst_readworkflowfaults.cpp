@@ -1,4 +1,4 @@
-#include "app/models/CardReading.h"
+#include "app/models/CardServiceRequests.h"
 #include "tests/app/models/ReadingDesk.h"
 #include "tests/card/client/ClientOutcome.h"
 #include "tests/common/TestCase.h"

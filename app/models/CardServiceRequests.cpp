@@ -1,4 +1,4 @@
-#include "app/models/CardReading.h"
+#include "app/models/CardServiceRequests.h"
 
 #include "card/PelmoraError.h"
 #include "card/client/LVitAccess.h"
