@@ -1,7 +1,7 @@
 #include "app/WindowRun.h"
 
 #include "app/AppDelegate.h"
-#include "app/cards/CardService.h"
+#include "app/cards/CardServiceCommand.h"
 #include "app/cards/Console.h"
 #include "app/desktop/InstanceMessage.h"
 #include "app/desktop/ReopenService.h"

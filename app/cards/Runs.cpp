@@ -1,7 +1,7 @@
 #include "app/cards/Runs.h"
 
 #include "app/cards/AttestationFiles.h"
-#include "app/cards/CardService.h"
+#include "app/cards/CardServiceCommand.h"
 #include "app/cards/Console.h"
 #include "app/cards/PrintCommand.h"
 #include "app/cards/SaveCommand.h"

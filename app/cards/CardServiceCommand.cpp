@@ -1,4 +1,4 @@
-#include "app/cards/CardService.h"
+#include "app/cards/CardServiceCommand.h"
 
 #include "app/models/CommandLine.h"
 #include "platform/Bundle.h"
