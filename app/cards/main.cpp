@@ -1,6 +1,6 @@
 #include "app/cards/Console.h"
 #include "app/cards/ProgramStart.h"
-#include "app/cards/Runs.h"
+#include "app/cards/RunWithoutWindow.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,4 +1,4 @@
-#include "app/cards/Runs.h"
+#include "app/cards/RunWithoutWindow.h"
 
 #include "app/cards/AttestationFiles.h"
 #include "app/cards/CardServiceCommand.h"
