@@ -114,7 +114,7 @@ void AppDelegate::setObservers()
 void AppDelegate::initPrefs()
 {
     m_updater = std::make_unique<SUUpdater>(UpdateConfiguration::fromBundle(m_bundle),
-                                            QCoreApplication::applicationDirPath() + "/pelmora-update"_L1,
+                                            m_bundle.pathForProgram(u"pelmora-update"_s),
                                             std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
     connect(m_updater.get(), &SUUpdater::failed, this, &AppDelegate::presentError);
     MVPreferences::resigterPreferencesPane(std::make_shared<MVConfigPrefs>(m_settings, *this, m_bundle));

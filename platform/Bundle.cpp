@@ -42,6 +42,11 @@ std::optional<QString> Bundle::pathForLocalizedResource(const QString& name, con
     return Bundle(m_resourceFolder + u'/' + language + ".lproj"_L1).pathForResource(name, type);
 }
 
+QString Bundle::pathForProgram(const QString& name) const
+{
+    return QDir::cleanPath(m_resourceFolder + "/../../libexec/pelmora/"_L1 + name);
+}
+
 QVariant Bundle::objectForInfoDictionaryKey(QStringView key) const
 {
     if (!*m_information) {

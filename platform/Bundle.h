@@ -22,6 +22,9 @@ public:
     [[nodiscard]] std::optional<QString> pathForLocalizedResource(const QString& name, const QString& type,
                                                                   const QString& language) const;
 
+    /// Path of a program of the tree's libexec/pelmora.
+    [[nodiscard]] QString pathForProgram(const QString& name) const;
+
     /// A value of the resource "Info.plist"; invalid when the key is missing. The file is read at the first call; a
     /// missing or broken file counts as empty.
     [[nodiscard]] QVariant objectForInfoDictionaryKey(QStringView key) const;

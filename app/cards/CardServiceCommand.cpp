@@ -3,8 +3,6 @@
 #include "app/models/CommandLine.h"
 #include "platform/Bundle.h"
 
-#include <QCoreApplication>
-
 using namespace Qt::StringLiterals;
 
 ServiceCommand cardServiceCommand(const CommandLine& command, const Bundle& bundle)
@@ -12,7 +10,7 @@ ServiceCommand cardServiceCommand(const CommandLine& command, const Bundle& bund
     if (command.cardService)
         return {*command.cardService, {}};
 
-    ServiceCommand service{QCoreApplication::applicationDirPath() + "/com.morvel.lvit"_L1, {}};
+    ServiceCommand service{bundle.pathForProgram(u"com.morvel.lvit"_s), {}};
     if (command.simulate) {
         // A specimen that is not there any more is a card that is not in the reader.
         const QString specimen = bundle.pathForResource(u"specimen"_s, u"xml"_s).value_or(u"specimen.xml"_s);

@@ -51,6 +51,12 @@ private Q_SLOTS:
         QVERIFY(!bundle.pathForResource(u""_s, u"svg"_s));
     }
 
+    void programsLieBesideTheResources()
+    {
+        QCOMPARE(Bundle(u"/tree/share/pelmora"_s).pathForProgram(u"pelmora-cards"_s),
+                 u"/tree/libexec/pelmora/pelmora-cards"_s);
+    }
+
     void theInformationDictionaryIsReadByItsKeys()
     {
         const Bundle bundle(
