@@ -171,7 +171,7 @@ int main(int argc, char* argv[])
     if (!fonts)
         qFatal("%s", qPrintable(fonts.error().localizedDescription()));
     SchemeLogos logos(bundle);
-    PrintDesk printDesk(settings, logos, *fonts);
+    PrintDesk printDesk(settings, logos, *fonts, bundle.pathForProgram(u"pelmora-cards"_s));
     MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
     viewer.setVitale(specimenCard());
     QWidget& page = *viewer.scrollView()->findChild<MVNewAttestationView*>();

@@ -2,11 +2,24 @@
 
 #include "attestation/page/AttestationPdf.h"
 #include "attestation/page/PageOfCard.h"
+#include "platform/print/PrintServer.h"
+
+#include <QCoreApplication>
 
 #include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// This program is the print helper, too.
+PrintAnswer answerOfServer(const PrintRequest& request)
+{
+    return PrintServer(QCoreApplication::applicationFilePath()).askAndWait(request);
+}
+
+} // namespace
 
 PrintCommand::PrintCommand(PrintInfo info, PageOptions options, SchemeLogos& logos, const PageFonts& fonts)
     : m_info(std::move(info))
@@ -18,7 +31,7 @@ PrintCommand::PrintCommand(PrintInfo info, PageOptions options, SchemeLogos& log
 
 std::expected<PrintInfo, QString> PrintCommand::defaultPrinter()
 {
-    const std::expected<QList<PrintQueue>, Error> queues = PrintServer().queues();
+    const PrintAnswer queues = answerOfServer(std::nullopt);
     if (!queues)
         return std::unexpected(queues.error().localizedDescription());
     const auto chosen = std::ranges::find(*queues, true, &PrintQueue::isDefault);
@@ -32,7 +45,7 @@ std::expected<void, QString> PrintCommand::handle(const CardRecord& record)
     const QByteArray pdf = renderAttestationPdf(pageOfCard(record, m_options, m_logos), m_fonts, m_info.sheet);
     if (pdf.isEmpty())
         return std::unexpected(PrintInfo::documentError().localizedDescription());
-    const std::expected<void, Error> printed = PrintServer().print(m_info.job(pdf));
+    const PrintAnswer printed = answerOfServer(m_info.job(pdf));
     if (!printed)
         return std::unexpected(printed.error().localizedDescription());
     return {};

@@ -1,6 +1,7 @@
 #include "app/cards/Console.h"
 #include "app/cards/ProgramStart.h"
 #include "app/cards/RunWithoutWindow.h"
+#include "platform/cups/PrintHelper.h"
 
 using namespace Qt::StringLiterals;
 
@@ -27,6 +28,8 @@ int main(int argc, char* argv[])
         return runSave(*command, argv[0]);
     case CommandLine::Action::Print:
         return runPrint(*command, argv[0]);
+    case CommandLine::Action::AnswerPrintRequest:
+        return runPrintHelper();
     case CommandLine::Action::ShowWindow:
         break;
     }

@@ -13,6 +13,7 @@ struct CommandLine
         ShowWindow,
         Save,
         Print,
+        AnswerPrintRequest, // between the programs: people have no use for it
         ShowHelp,
         ShowVersion
     };

@@ -22,7 +22,7 @@ PrintInfo PrintInfo::defaultsOf(const PrintQueue& queue)
 
 Error PrintInfo::documentError()
 {
-    return {PrintServer::errorDomain, 0, u"L’attestation n’a pas pu être préparée pour l’impression."_s};
+    return {printErrorDomain.toString(), 0, u"L’attestation n’a pas pu être préparée pour l’impression."_s};
 }
 
 void PrintInfo::set(const QByteArray& name, const QByteArray& value)

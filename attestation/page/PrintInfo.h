@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/print/PrintServer.h"
+#include "platform/print/PrintMessages.h"
 
 #include <QByteArray>
 #include <QList>

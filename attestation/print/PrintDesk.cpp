@@ -7,10 +7,11 @@
 
 #include <utility>
 
-PrintDesk::PrintDesk(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts)
+PrintDesk::PrintDesk(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts, QString printHelper)
     : m_settings(settings)
     , m_logos(logos)
     , m_fonts(fonts)
+    , m_printHelper(std::move(printHelper))
 {
 }
 
@@ -34,7 +35,7 @@ void PrintDesk::print(const CardRecord& record, AlertQueue& alerts, QWidget& win
     }
     AttestationPage page = pageOfCard(record, pageOptions(m_settings), m_logos);
     // It deletes itself when it is done, and goes with the window otherwise.
-    m_operation = new PrintOperation(std::move(page), m_fonts, alerts, &window);
+    m_operation = new PrintOperation(std::move(page), m_fonts, m_printHelper, alerts, &window);
     m_operation->run();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QString>
 
 #include <functional>
 
@@ -14,11 +15,11 @@ class UserDefaults;
 
 /// Where the application prints attestations: one at a time asks the user, from the request to the end of its dialog.
 /// As long as it asks, no other card may take the place of the one whose page it prints. Main thread only; the
-/// settings, the logos and the fonts must outlive it.
+/// settings, the logos and the fonts must outlive it. The print helper is the program that PrintServer starts.
 class PrintDesk final
 {
 public:
-    PrintDesk(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts);
+    PrintDesk(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts, QString printHelper);
     PrintDesk(const PrintDesk&) = delete;
     PrintDesk& operator=(const PrintDesk&) = delete;
     ~PrintDesk();
@@ -44,6 +45,7 @@ private:
     const UserDefaults& m_settings;
     SchemeLogos& m_logos;
     const PageFonts& m_fonts;
+    QString m_printHelper;
     std::function<bool()> m_permission;
     QPointer<PrintOperation> m_operation; // the last one; it deletes itself
 };

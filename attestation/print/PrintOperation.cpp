@@ -3,7 +3,7 @@
 #include "attestation/page/AttestationPdf.h"
 #include "attestation/print/PrintDialog.h"
 #include "attestation/print/PrinterSearch.h"
-#include "platform/MainQueue.h"
+#include "attestation/print/WithoutPrintServer.h"
 #include "platform/ObjectText.h"
 #include "platform/files/FileWorker.h"
 #include "platform/files/PrivateFile.h"
@@ -35,12 +35,14 @@ QStringList optionsOfDialog(const QPrinter& printer)
 
 } // namespace
 
-PrintOperation::PrintOperation(AttestationPage page, const PageFonts& fonts, AlertQueue& alerts, QWidget* window)
+PrintOperation::PrintOperation(AttestationPage page, const PageFonts& fonts, const QString& printHelper,
+                               AlertQueue& alerts, QWidget* window)
     : QObject(window)
     , m_page(std::move(page))
     , m_fonts(fonts)
     , m_alerts(alerts)
     , m_window(window)
+    , m_server(printHelper)
 {
 }
 
@@ -68,40 +70,18 @@ void PrintOperation::run()
     m_search = new PrinterSearch(m_window);
     connect(m_search, &QDialog::rejected, this, &PrintOperation::cancel);
     m_search->showIfItTakesLong();
-    doAside([this](const std::stop_token& stop) -> std::function<void()> {
-        return [this, queues = PrintServer(stop).queues()] { queuesAreKnown(queues); };
-    });
+    m_server.listQueues([this](const PrintAnswer& queues) { queuesAreKnown(queues); });
 }
 
-// The work runs on the operation's thread, and what it gives back on the main one, if the operation is still there and
-// goes on.
-void PrintOperation::doAside(const Work& work)
-{
-    m_isWorking = true;
-    m_worker = std::jthread([work, self = QPointer(this)](const std::stop_token& stop) {
-        postToMainQueue([self, afterwards = work(stop)] {
-            if (!self)
-                return;
-            self->m_isWorking = false;
-            if (self->m_isCancelled)
-                self->deleteLater();
-            else
-                afterwards();
-        });
-    });
-}
-
-// Nothing is printed. The thread is asked to stop, and not waited for: the operation ends with it.
+// Nothing is printed.
 void PrintOperation::cancel()
 {
     m_asking = false;
-    m_isCancelled = true;
-    m_worker.request_stop();
-    if (!m_isWorking)
-        deleteLater();
+    m_server.cancel();
+    deleteLater();
 }
 
-void PrintOperation::queuesAreKnown(const std::expected<QList<PrintQueue>, Error>& queues)
+void PrintOperation::queuesAreKnown(const PrintAnswer& queues)
 {
     m_queues = queues.value_or(QList<PrintQueue>());
     // The dialog asks the server again, on the interface thread: never one that is known to give nothing.
@@ -113,7 +93,7 @@ void PrintOperation::queuesAreKnown(const std::expected<QList<PrintQueue>, Error
     if (queues)
         return;
     const Error& error = queues.error();
-    MXLog::logError("Print server: {}", PrintServer::statusName(error));
+    MXLog::logError("Print server: {}", error.localizedDescription());
     m_dialog->presentError({error.domain(), error.code(),
                             error.localizedDescription() +
                                 u" Pour l’instant, l’attestation ne peut être imprimée que dans un fichier PDF."_s});
@@ -210,7 +190,7 @@ void PrintOperation::acceptFile()
     const QString path = m_dialog->fileName();
     const QFileInfo file(path);
     if (file.fileName().isEmpty() || file.isDir())
-        m_dialog->presentError({PrintServer::errorDomain, 0, u"Indiquez le nom du fichier à enregistrer."_s});
+        m_dialog->presentError({printErrorDomain.toString(), 0, u"Indiquez le nom du fichier à enregistrer."_s});
     else if (file.exists())
         askToReplace(path);
     else
@@ -235,14 +215,12 @@ void PrintOperation::askToReplace(const QString& path)
 void PrintOperation::acceptPrinter()
 {
     m_dialog->setEnabled(false);
-    doAside([this](const std::stop_token& stop) -> std::function<void()> {
-        return [this, queues = PrintServer(stop).queues()] {
-            m_dialog->setEnabled(true);
-            if (queues)
-                m_dialog->acceptNow();
-            else
-                m_dialog->presentError(queues.error());
-        };
+    m_server.listQueues([this](const PrintAnswer& queues) {
+        m_dialog->setEnabled(true);
+        if (queues)
+            m_dialog->acceptNow();
+        else
+            m_dialog->presentError(queues.error());
     });
 }
 
@@ -251,29 +229,19 @@ void PrintOperation::print()
     m_asking = false;
     // It is for the dialog, and the next print's may open before this page is where it goes.
     m_isolation.reset();
-    if (m_printer->outputFormat() == QPrinter::PdfFormat) {
-        writeFile();
-        return;
-    }
     const PrintInfo info = chosenInfo();
     const QByteArray pdf = renderAttestationPdf(m_page, m_fonts, info.sheet);
-    if (pdf.isEmpty()) {
+    if (pdf.isEmpty())
         finish(std::unexpected(PrintInfo::documentError()));
-        return;
-    }
-    doAside([this, job = info.job(pdf)](const std::stop_token& stop) -> std::function<void()> {
-        return [this, outcome = PrintServer(stop).print(job)] { finish(outcome); };
-    });
+    else if (m_printer->outputFormat() == QPrinter::PdfFormat)
+        writeFile(pdf);
+    else
+        m_server.print(info.job(pdf), [this](const PrintAnswer& outcome) { finish(outcome); });
 }
 
-void PrintOperation::writeFile()
+void PrintOperation::writeFile(const QByteArray& pdf)
 {
     const QString path = m_printer->outputFileName();
-    const QByteArray pdf = renderAttestationPdf(m_page, m_fonts, chosenInfo().sheet);
-    if (pdf.isEmpty()) {
-        finish(std::unexpected(PrintInfo::documentError()));
-        return;
-    }
     m_savingSheet = new SavingSheet(m_window);
     m_savingSheet->begin();
     FileWorker::shared().start(this, [this, path, pdf]() -> std::function<void()> {
@@ -287,18 +255,15 @@ void PrintOperation::fileIsWritten(const QString& path, const std::expected<void
     if (written)
         finish({});
     else
-        finish(std::unexpected(Error(PrintServer::errorDomain, 0,
+        finish(std::unexpected(Error(printErrorDomain.toString(), 0,
                                      u"« %1 » n’a pas été enregistré : %2."_s.arg(path, written.error().reason))));
 }
 
-void PrintOperation::finish(const std::expected<void, Error>& outcome)
+void PrintOperation::finish(const PrintAnswer& outcome)
 {
     deleteLater();
     if (outcome)
         return;
-    if (outcome.error().code() != 0)
-        MXLog::logError("Printing: {}", PrintServer::statusName(outcome.error()));
-    else
-        MXLog::logError("Printing: no document");
+    MXLog::logError("Printing failed: error {}", outcome.error().code());
     m_alerts.presentError(outcome.error());
 }

@@ -3,15 +3,14 @@
 #include "attestation/page/AttestationPage.h"
 #include "attestation/page/PrintInfo.h"
 #include "platform/files/WriteFailure.h"
+#include "platform/print/PrintServer.h"
 
 #include <QObject>
 #include <QPointer>
 #include <QPrinter>
 
 #include <expected>
-#include <functional>
 #include <memory>
-#include <thread>
 
 class AlertQueue;
 class PageFonts;
@@ -19,18 +18,19 @@ class PrintDialog;
 class PrinterSearch;
 class QWidget;
 class SavingSheet;
+class WithoutPrintServer;
 
 /// One print from a window: asks which queues there are, opens the print dialog on the window, and hands the page to
-/// the queue that is chosen, or writes it to the file. The print server is only ever waited for on a thread of the
-/// operation's own, so that a server which stalls cannot hold up the windows; what fails is told over the dialog, or by
-/// the window's alerts once that has closed. It deletes itself at its end. Main thread only; the fonts, the alerts and
-/// the window must outlive it.
+/// the queue that is chosen, or writes it to the file. What fails is told over the dialog, or by the window's alerts
+/// once that has closed. It deletes itself at its end. Main thread only; the fonts, the alerts and the window must
+/// outlive it.
 class PrintOperation final : public QObject
 {
     Q_OBJECT
 
 public:
-    PrintOperation(AttestationPage page, const PageFonts& fonts, AlertQueue& alerts, QWidget* window);
+    PrintOperation(AttestationPage page, const PageFonts& fonts, const QString& printHelper, AlertQueue& alerts,
+                   QWidget* window);
     /// A job that is on its way arrives first, unless the print server has stopped answering.
     ~PrintOperation() override;
     Q_DISABLE_COPY_MOVE(PrintOperation)
@@ -44,11 +44,8 @@ public:
     void run();
 
 private:
-    using Work = std::function<std::function<void()>(std::stop_token)>;
-
-    void doAside(const Work& work);
     void cancel();
-    void queuesAreKnown(const std::expected<QList<PrintQueue>, Error>& queues);
+    void queuesAreKnown(const PrintAnswer& queues);
     void openDialog();
     void offerFile();
     void adoptQueue();
@@ -57,24 +54,22 @@ private:
     void askToReplace(const QString& path);
     void acceptPrinter();
     void print();
-    void writeFile();
+    void writeFile(const QByteArray& pdf);
     void fileIsWritten(const QString& path, const std::expected<void, WriteFailure>& written);
     [[nodiscard]] PrintInfo chosenInfo() const;
     [[nodiscard]] PrintInfo defaultsOfChosenQueue() const;
-    void finish(const std::expected<void, Error>& outcome);
+    void finish(const PrintAnswer& outcome);
 
     AttestationPage m_page;
     const PageFonts& m_fonts;
     AlertQueue& m_alerts;
     QWidget* m_window;
     bool m_asking = true;
-    bool m_isWorking = false; // the thread of its own has something to do
-    bool m_isCancelled = false;
+    PrintServer m_server;
     QList<PrintQueue> m_queues;
     std::unique_ptr<WithoutPrintServer> m_isolation;
     std::unique_ptr<QPrinter> m_printer;
     QPointer<PrinterSearch> m_search;
     QPointer<PrintDialog> m_dialog;
     QPointer<SavingSheet> m_savingSheet;
-    std::jthread m_worker;
 };

@@ -1,79 +1,53 @@
 #pragma once
 
-#include "platform/Error.h"
+#include "platform/print/PrintMessages.h"
 
-#include <QByteArray>
-#include <QList>
-#include <QSizeF>
-#include <QString>
+#include <QObject>
+#include <QProcess>
+#include <QTimer>
 
 #include <chrono>
-#include <expected>
-#include <stop_token>
+#include <functional>
+#include <utility>
 
-/// A setting of a print job, under the name and with the value that CUPS knows.
-struct PrintOption
+/// The print server that the user prints to, asked by a program of its own for each operation: the print helper. A
+/// server that stalls keeps that program waiting alone, which can be ended. One operation at a time. Main thread only.
+class PrintServer final : public QObject
 {
-    QByteArray name;
-    QByteArray value;
+    Q_OBJECT
 
-    friend bool operator==(const PrintOption&, const PrintOption&) = default;
-};
-
-/// A queue as its administrator and the user have set it up.
-struct PrintQueue
-{
-    QString name; ///< with the instance after a slash, where the user has made one
-    bool isDefault = false;
-    QByteArray media;            ///< the paper's name, as CUPS wrote it; empty when the queue tells none
-    QSizeF paper;                ///< the paper's size in points, upright; empty when it is not known
-    bool landscape = false;      ///< whether sheets are to be read with their long side across
-    QList<PrintOption> defaults; ///< the other settings that jobs get unless they say otherwise
-};
-
-struct PrintJob
-{
-    QString queue;
-    QString title; ///< what others see of the job: nothing personal
-    QByteArray pdf;
-    QList<PrintOption> options;
-};
-
-/// The CUPS server that the user prints to. Every operation waits for the server, but never long: on the interface
-/// thread they have no place while there are windows. Any thread; one operation at a time.
-class PrintServer
-{
 public:
-    /// A server that stays silent that long, all silences together, is given up.
+    /// A server that has not answered by then is given up.
     static constexpr std::chrono::milliseconds patience{3000};
 
-    /// An operation that the server leaves without an answer is given up when the token asks for it.
-    explicit PrintServer(std::stop_token stop = {});
+    /// The program is the print helper when it gets helperOption.
+    explicit PrintServer(QString program);
+    /// A job that is on its way arrives first, unless the server has stopped answering.
+    ~PrintServer() override;
+    Q_DISABLE_COPY_MOVE(PrintServer)
 
-    /// The queues that there are. No server at all is an empty list; a silent one is a failure.
-    [[nodiscard]] std::expected<QList<PrintQueue>, Error> queues() const;
-
+    using Told = std::function<void(const PrintAnswer&)>;
+    /// Asks which queues there are. No server at all is an empty list; a silent one is a failure.
+    void listQueues(Told whenKnown) { ask(std::nullopt, std::move(whenKnown)); }
     /// Hands a document over, from memory. The failure says in French why the server did not take it.
-    [[nodiscard]] std::expected<void, Error> print(const PrintJob& job) const;
+    void print(const PrintJob& job, Told whenTaken) { ask(job, std::move(whenTaken)); }
+    /// Ends the operation, if there is one. Nothing is told any more.
+    void cancel();
 
-    /// The domain of the errors. Codes are IPP's status codes, and isSilent tells the one that is none.
-    static const QString errorDomain;
-    /// Whether the server was given up because it did not answer.
-    [[nodiscard]] static bool isSilent(const Error& error);
-    /// IPP's own name of the error's code, for the log.
-    [[nodiscard]] static QString statusName(const Error& error);
+    /// Either one for programs without windows, which may wait.
+    [[nodiscard]] PrintAnswer askAndWait(const PrintRequest& request);
+
+    static constexpr QStringView helperOption = u"--print-helper";
 
 private:
-    std::stop_token m_stop;
-};
+    void ask(const PrintRequest& request, Told tell);
+    void wait();
+    void takeAnswer();
+    void tell(const PrintAnswer& answer);
 
-/// Keeps CUPS out of what is done on this thread, as if no server were there, for as long as it lives. Qt's print
-/// dialog waits for the server on the interface thread, for minutes if need be.
-class WithoutPrintServer
-{
-public:
-    WithoutPrintServer();
-    ~WithoutPrintServer();
-    WithoutPrintServer(const WithoutPrintServer&) = delete;
-    WithoutPrintServer& operator=(const WithoutPrintServer&) = delete;
+    QString m_program;
+    QProcess m_helper;
+    QTimer m_patience; // runs from the question to its answer
+    bool m_isPrinting = false;
+    Told m_tell; // empty while nobody waits for an answer
 };

@@ -148,7 +148,7 @@ private Q_SLOTS:
         const MainWindow window(stagedBundle());
         const QTemporaryDir folder;
         const UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
-        PrintDesk printDesk(settings, logos, *fonts);
+        PrintDesk printDesk(settings, logos, *fonts, {});
         const MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
         const QSet<QKeySequence> real = shortcutsOf(window) + shortcutsOf(*viewer.window());
 

@@ -298,6 +298,12 @@ class PrintDialog(unittest.TestCase):
             desk.wait_until_gone("push button", "OK")
             key_in(DIALOG, "Escape")
             desk.wait_until_gone("dialog", DIALOG)
+            # The next print finds the server that answers again.
+            silent.resume()
+            key_in(VIEWER, "ctrl+p")
+            desk.in_dialog("combo box", "queue")
+            desk.press_in_dialog("Imprimer")
+            silent.wait_for_jobs("queue")
 
     def test_a_search_for_printers_can_be_stopped(self):
         with troubled_desk() as (silent, desk):

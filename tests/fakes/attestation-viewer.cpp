@@ -39,7 +39,7 @@ int main(int argc, char* argv[])
     if (!fonts)
         qFatal("%s", qPrintable(fonts.error().localizedDescription()));
     SchemeLogos logos(bundle);
-    PrintDesk printDesk(settings, logos, *fonts);
+    PrintDesk printDesk(settings, logos, *fonts, bundle.pathForProgram(QStringLiteral("pelmora-cards")));
     MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
     show(viewer, QApplication::arguments().value(1));
 

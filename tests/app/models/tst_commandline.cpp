@@ -45,6 +45,12 @@ private Q_SLOTS:
         QCOMPARE(command.cards, (QStringList{u"a.xml"_s, u"b.xml"_s}));
     }
 
+    void theProgramsOwnOptionIsNotForPeople()
+    {
+        QCOMPARE(parsed({u"--print-helper"_s}).value().action, CommandLine::Action::AnswerPrintRequest);
+        QVERIFY(!CommandLine::helpText().contains(u"helper"_s));
+    }
+
     void printWithoutACardTakesTheReaders()
     {
         const CommandLine command = parsed({u"--simulate"_s, u"--print"_s}).value();

@@ -3,6 +3,7 @@
 #include "attestation/print/PrintDialog.h"
 #include "attestation/print/PrintOperation.h"
 #include "attestation/print/PrinterSearch.h"
+#include "attestation/print/WithoutPrintServer.h"
 #include "platform/gui/AlertQueue.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/attestation/page/Tools.h"
@@ -19,6 +20,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPrinter>
+#include <QPrinterInfo>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -61,6 +63,11 @@ class tst_PrintDesk : public TestCase
     Q_OBJECT
 
 private:
+    void useHelper(const QString& program)
+    {
+        m_desk = std::make_unique<PrintDesk>(m_settings.store(), *m_logos, *m_fonts, program);
+    }
+
     void print() { m_desk->print(specimenCard(2), *m_alerts, *m_window); }
 
     [[nodiscard]] QList<PrintOperation*> operations() const { return m_window->findChildren<PrintOperation*>(); }
@@ -117,7 +124,7 @@ private Q_SLOTS:
 
     void init()
     {
-        m_desk = std::make_unique<PrintDesk>(m_settings.store(), *m_logos, *m_fonts);
+        useHelper(stagedBundle().pathForProgram(u"pelmora-cards"_s));
         m_window = std::make_unique<QWidget>();
         m_alerts = std::make_unique<AlertQueue>(m_window.get());
         m_window->show();
@@ -309,6 +316,36 @@ private Q_SLOTS:
         const QPointer<PrintDialog> dialog = openDialog();
         QVERIFY(dialog);
         QVERIFY(m_desk->isAsking());
+    }
+
+    void withoutItsProgramAPrintGoesToAFile()
+    {
+        const QTemporaryDir folder;
+        useHelper(folder.filePath(u"absent"_s));
+        const QPointer<PrintDialog> dialog = openDialog();
+        QVERIFY(dialog);
+        QTRY_VERIFY(questionIn(*dialog) != nullptr);
+        QCOMPARE(questionIn(*dialog)->text(),
+                 u"Le programme d’impression de Pelmora ne fonctionne pas. Pour l’instant, l’attestation ne peut être "
+                 "imprimée que dans un fichier PDF."_s);
+        questionIn(*dialog)->accept();
+        chooseFile(*dialog, folder.filePath(u"page.pdf"_s));
+        pressPrint(*dialog);
+        QTRY_VERIFY(contentOf(folder.filePath(u"page.pdf"_s)).startsWith("%PDF"));
+    }
+
+    void qtCanDoWithoutTheServer()
+    {
+        {
+            // Its end makes this thread forget the server that it has used so far.
+            const WithoutPrintServer before;
+        }
+        const StalledServer server;
+        QVERIFY(server.isListening());
+        const WithoutPrintServer without;
+        QCOMPARE(QPrinterInfo::availablePrinterNames(), QStringList());
+        QCoreApplication::processEvents();
+        QVERIFY(!server.isAsked());
     }
 
     void theFileIsPrivateAndWhole()

@@ -1,32 +1,27 @@
+#include "platform/Bundle.h"
 #include "platform/print/PrintServer.h"
+#include "tests/common/Files.h"
 #include "tests/common/TestCase.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLocalServer>
+#include <QLocalSocket>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <memory>
 #include <optional>
-#include <thread>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString brokenHelperText = u"Le programme d’impression de Pelmora ne fonctionne pas."_s;
+
 PrintJob job()
 {
-    return {u"accueil"_s, u"Attestation de droits"_s, "%PDF-1.4"_ba, {}};
-}
-
-// libcups looks once on each thread where its server is.
-template <typename Work>
-auto onNewThread(const Work& work)
-{
-    std::optional<decltype(work())> result;
-    std::thread([&work, &result] { result.emplace(work()); }).join();
-    return *std::move(result);
+    return {u"accueil"_s, u"Attestation de droits"_s, "%PDF-1.4"_ba, {{"copies", "2"}}};
 }
 
 } // namespace
@@ -39,85 +34,242 @@ class tst_PrintServer : public TestCase
 private Q_SLOTS:
     void init()
     {
-        QVERIFY(m_folder.isValid());
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
         useServer(u"absent"_s);
     }
 
     void withoutAServerThereAreNoQueues()
     {
-        const auto queues = onNewThread([] { return PrintServer().queues(); });
+        PrintServer server(realHelper());
+        const PrintAnswer queues = server.askAndWait(std::nullopt);
         QVERIFY(queues.has_value());
         QVERIFY(queues->isEmpty());
     }
 
     void withoutAServerNothingIsPrinted()
     {
-        const auto printed = onNewThread([] { return PrintServer().print(job()); });
-        QVERIFY(!printed.has_value());
-        QVERIFY(!PrintServer::isSilent(printed.error()));
-        QCOMPARE(printed.error().localizedDescription(), u"Le serveur d’impression n’est pas joignable."_s);
+        PrintServer server(realHelper());
+        const PrintAnswer outcome = server.askAndWait(job());
+        QVERIFY(!outcome.has_value());
+        QCOMPARE(outcome.error().localizedDescription(), u"Le serveur d’impression n’est pas joignable."_s);
     }
 
     void aServerThatNeverAnswersIsGivenUp()
     {
-        const std::unique_ptr<QLocalServer> server = silentServer();
-        QVERIFY(server->isListening());
+        const std::unique_ptr<QLocalServer> silent = silentServer();
         QElapsedTimer clock;
         clock.start();
-        const auto queues = onNewThread([] { return PrintServer().queues(); });
-        QVERIFY(!queues.has_value());
-        QVERIFY(PrintServer::isSilent(queues.error()));
-        QCOMPARE(PrintServer::statusName(queues.error()), u"silent"_s);
-        QCOMPARE(queues.error().localizedDescription(), u"Le serveur d’impression ne répond pas."_s);
-        QVERIFY(clock.elapsed() >= PrintServer::patience.count());
+        PrintServer server(realHelper());
+        std::optional<PrintAnswer> queues;
+        server.listQueues([&queues](const auto& known) { queues = known; });
+        QTRY_VERIFY(queues);
+        QVERIFY(!queues->has_value());
+        QCOMPARE(queues->error(), Error(u"Impression"_s, -1));
+        QCOMPARE(queues->error().localizedDescription(), u"Le serveur d’impression ne répond pas."_s);
+        // Timers may be early by a twentieth.
+        QVERIFY(clock.elapsed() >= PrintServer::patience.count() * 9 / 10);
         QVERIFY(clock.elapsed() < 5 * PrintServer::patience.count());
+        QVERIFY(isLeft(*silent));
     }
 
-    void whoeverLeavesNeedNotWait()
+    void whoeverWaitsGivesItUpInTheSameWay()
     {
-        const std::unique_ptr<QLocalServer> server = silentServer();
-        QVERIFY(server->isListening());
-        std::expected<void, Error> printed;
+        const std::unique_ptr<QLocalServer> silent = silentServer();
+        PrintServer server(realHelper());
+        const PrintAnswer outcome = server.askAndWait(job());
+        QVERIFY(!outcome.has_value());
+        QCOMPARE(outcome.error().localizedDescription(), u"Le serveur d’impression ne répond pas."_s);
+        QVERIFY(isLeft(*silent));
+    }
+
+    void whoeverCancelsIsToldNothingAndLeavesTheServer()
+    {
+        const std::unique_ptr<QLocalServer> silent = silentServer();
+        PrintServer server(realHelper());
+        bool isTold = false;
+        server.listQueues([&isTold](const auto&) { isTold = true; });
+        QTRY_VERIFY(silent->hasPendingConnections());
+        server.cancel();
+        QVERIFY(isLeft(*silent));
+        QVERIFY(!isTold);
+    }
+
+    void whoeverLeavesNeedNotWaitForQueues()
+    {
+        const std::unique_ptr<QLocalServer> silent = silentServer();
+        QElapsedTimer clock;
+        {
+            PrintServer server(realHelper());
+            server.listQueues([](const auto&) { QFAIL("nobody is there any more"); });
+            QTRY_VERIFY(silent->hasPendingConnections());
+            clock.start();
+        }
+        QVERIFY(clock.elapsed() < PrintServer::patience.count());
+        QVERIFY(isLeft(*silent));
+    }
+
+    void aHelperThatNobodyEndsEndsByItself()
+    {
+        const std::unique_ptr<QLocalServer> silent = silentServer();
+        QProcess helper;
+        helper.start(realHelper(), {PrintServer::helperOption.toString()});
+        helper.write(encodePrintRequest(job()));
+        helper.closeWriteChannel();
+        QVERIFY(helper.waitForFinished());
+        QCOMPARE(helper.readAllStandardOutput(), ""_ba);
+    }
+
+    void aHelperThatGetsAPartOfItsRequestFails()
+    {
+        QProcess helper;
+        helper.start(realHelper(), {PrintServer::helperOption.toString()});
+        helper.write(encodePrintRequest(job()).chopped(1));
+        helper.closeWriteChannel();
+        QVERIFY(helper.waitForFinished());
+        QCOMPARE(helper.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(helper.exitCode(), 1);
+        QCOMPARE(helper.readAllStandardOutput(), ""_ba);
+    }
+
+    void theHelperGetsTheJobOnItsInputAlone()
+    {
+        PrintServer server(fakeHelper("cat > $0.input; echo \"$@\" > $0.arguments; cat $0.answer", {}));
+        QVERIFY(server.askAndWait(job()).has_value());
+        QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(job()));
+        QCOMPARE(contentOf(fakePath() + ".arguments"_L1), "--print-helper\n"_ba);
+    }
+
+    void theQueuesAreThoseThatTheHelperTells()
+    {
+        const QList<PrintQueue> queues{{u"accueil"_s, true, "A5", QSizeF(420, 595), false, {}}};
+        PrintServer server(fakeHelper("cat $0.answer", queues));
+        QCOMPARE(server.askAndWait(std::nullopt).value(), queues);
+        // One operation after the other.
+        QCOMPARE(server.askAndWait(std::nullopt).value(), queues);
+    }
+
+    void aRefusalIsTheOneThatTheHelperTells()
+    {
+        const Error refusal(u"Impression"_s, 1286, u"L’imprimante dort."_s);
+        PrintServer server(fakeHelper("cat $0.answer", std::unexpected(refusal)));
+        const PrintAnswer outcome = server.askAndWait(job());
+        QVERIFY(!outcome.has_value());
+        QCOMPARE(outcome.error(), refusal);
+        QCOMPARE(outcome.error().localizedDescription(), u"L’imprimante dort."_s);
+    }
+
+    void theNextOperationMayBeginWhenOneIsTold()
+    {
+        PrintServer server(fakeHelper("cat > $0.input; cat $0.answer", {}));
+        bool isPrinted = false;
+        server.listQueues([&](const auto& queues) {
+            QVERIFY(queues.has_value());
+            server.print(job(), [&isPrinted](const auto& taken) { isPrinted = taken.has_value(); });
+        });
+        QTRY_VERIFY(isPrinted);
+        QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(job()));
+    }
+
+    void aHelperThatDoesNotWorkIsTold_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::newRow("crash") << "kill -SEGV $$"_ba;
+        QTest::newRow("crash after its answer") << "cat $0.answer; kill -SEGV $$"_ba;
+        QTest::newRow("failure") << "cat $0.answer; exit 1"_ba;
+        QTest::newRow("nothing") << ":"_ba;
+        QTest::newRow("nonsense") << "echo Bonjour"_ba;
+        QTest::newRow("two answers") << "cat $0.answer $0.answer"_ba;
+    }
+
+    void aHelperThatDoesNotWorkIsTold()
+    {
+        QFETCH(const QByteArray, script);
+        PrintServer server(fakeHelper(script, {}));
+        const PrintAnswer queues = server.askAndWait(std::nullopt);
+        QVERIFY(!queues.has_value());
+        QCOMPARE(queues.error(), Error(u"Impression"_s, -2));
+        QCOMPARE(queues.error().localizedDescription(), brokenHelperText);
+        const PrintAnswer outcome = server.askAndWait(job());
+        QVERIFY(!outcome.has_value());
+        QCOMPARE(outcome.error().localizedDescription(), brokenHelperText);
+    }
+
+    void aHelperThatIsMissingIsTold()
+    {
+        PrintServer server(fakePath());
+        std::optional<PrintAnswer> queues;
+        server.listQueues([&queues](const auto& known) { queues = known; });
+        QTRY_VERIFY(queues);
+        QVERIFY(!queues->has_value());
+        QCOMPARE(queues->error().localizedDescription(), brokenHelperText);
+        const PrintAnswer outcome = server.askAndWait(job());
+        QVERIFY(!outcome.has_value());
+        QCOMPARE(outcome.error().localizedDescription(), brokenHelperText);
+    }
+
+    void aJobOnItsWayArrivesBeforeTheEnd()
+    {
+        PrintJob large = job();
+        large.pdf = QByteArray(1'000'000, 'x'); // no pipe takes that at once
+        {
+            PrintServer server(fakeHelper("cat > $0.part; mv $0.part $0.input; cat $0.answer", {}));
+            server.print(large, [](const auto&) { QFAIL("nobody is there any more"); });
+        }
+        QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(large));
+    }
+
+    void theEndDoesNotWaitForAJobThatNobodyTakes()
+    {
+        const std::unique_ptr<QLocalServer> silent = silentServer();
         QElapsedTimer clock;
         clock.start();
         {
-            // Its end asks it to stop.
-            const std::jthread thread(
-                [&printed](const std::stop_token& stop) { printed = PrintServer(stop).print(job()); });
+            PrintServer server(realHelper());
+            server.print(job(), [](const auto&) { QFAIL("nobody is there any more"); });
         }
-        QVERIFY(!printed.has_value());
-        QVERIFY(clock.elapsed() < PrintServer::patience.count());
-    }
-
-    void aThreadCanDoWithoutTheServer()
-    {
-        const std::unique_ptr<QLocalServer> server = silentServer();
-        QVERIFY(server->isListening());
-        const auto queues = onNewThread([] {
-            const WithoutPrintServer without;
-            return PrintServer().queues();
-        });
-        QVERIFY(queues.has_value());
-        QVERIFY(queues->isEmpty());
+        QVERIFY(clock.elapsed() < 2 * PrintServer::patience.count());
+        QVERIFY(isLeft(*silent));
     }
 
 private:
+    static QString realHelper() { return Bundle(u"" PELMORA_STAGE_SHARE ""_s).pathForProgram(u"pelmora-cards"_s); }
+
+    [[nodiscard]] QString fakePath() const { return m_folder->filePath(u"helper"_s); }
+
+    // A shell script in the helper's place, with an answer to give beside it; empty when it cannot be made.
+    [[nodiscard]] QString fakeHelper(const QByteArray& script, const PrintAnswer& answer) const
+    {
+        const bool isMade = writeFile(fakePath(), "#!/bin/sh\n" + script + '\n') &&
+                            writeFile(fakePath() + ".answer"_L1, encodePrintAnswer(answer)) &&
+                            QFile::setPermissions(fakePath(), QFile::ReadOwner | QFile::ExeOwner);
+        return isMade ? fakePath() : QString();
+    }
+
     void useServer(const QString& name)
     {
-        m_path = m_folder.filePath(name);
+        m_path = m_folder->filePath(name);
         qputenv("CUPS_SERVER", QFile::encodeName(m_path));
     }
 
-    // Connections come in, and nobody ever takes them.
+    // Connections come in, and nobody ever answers.
     std::unique_ptr<QLocalServer> silentServer()
     {
         useServer(u"silent"_s);
         auto server = std::make_unique<QLocalServer>();
-        server->listen(m_path);
-        return server;
+        return server->listen(m_path) ? std::move(server) : nullptr;
     }
 
-    QTemporaryDir m_folder;
+    // Whether the server was asked, and whoever asked has gone since.
+    static bool isLeft(QLocalServer& server)
+    {
+        const QLocalSocket* connection =
+            server.waitForNewConnection(0) || server.hasPendingConnections() ? server.nextPendingConnection() : nullptr;
+        return connection != nullptr &&
+               QTest::qWaitFor([connection] { return connection->state() == QLocalSocket::UnconnectedState; });
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
     QString m_path;
 };
 
