@@ -234,6 +234,18 @@ class PrintDialog(unittest.TestCase):
             self.assertEqual(desk.terminate(), 0)
         self.assertEqual(len(self.server.jobs("A4")), self.counts["A4"])
 
+    def test_the_window_does_without_the_print_library_until_its_dialog_opens(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+
+            def has_library():
+                with open(f"/proc/{desk.process.pid}/maps", encoding="utf-8") as file:
+                    return "libcups" in file.read()
+            self.assertFalse(has_library())
+            key_in(VIEWER, "ctrl+p")
+            desk.find("dialog", DIALOG)
+            self.assertTrue(has_library())
+
     def test_a_job_that_is_on_its_way_arrives_when_the_application_ends(self):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
