@@ -9,10 +9,10 @@
 #include "support/views/MVSimpleOpaqueView.h"
 #include "support/views/MXButton.h"
 #include "tests/app/Office.h"
-#include "tests/card/client/FakeService.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
 #include "tests/common/TestCase.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QAction>
 #include <QLabel>
@@ -28,8 +28,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList silent{u"--do"_s, u"any"_s, u"silent"_s};
-const QStringList withoutReader{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s};
+const FakeScript silent = FakeScript().doing("any", "silent");
+const FakeScript withoutReader = FakeScript().readers({});
 
 ServiceCommand simulation(const QString& card)
 {
@@ -272,7 +272,7 @@ private Q_SLOTS:
 
     void aCancelledReadIsToldInTheWindowAloneAndKeepsTheCardThatWasThere()
     {
-        const auto office = boundOffice(m_fake.command({u"--do"_s, u"vitale_read"_s, u"silent"_s}));
+        const auto office = boundOffice(m_fake.command(FakeScript().doing("vitale_read", "silent")));
         QVERIFY(office);
         office->delegate->loadXMLFile(specimen());
         const QString before = summary(*office);

@@ -2,8 +2,8 @@
 #include "attestation/print/PrintDialog.h"
 #include "attestation/print/PrintOperation.h"
 #include "tests/app/Office.h"
-#include "tests/card/client/FakeService.h"
 #include "tests/common/TestCase.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QAction>
 #include <QDragEnterEvent>
@@ -21,8 +21,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList silentRead{u"--do"_s, u"vitale_read"_s, u"silent"_s};
-const QStringList slowBind{u"--do"_s, u"init"_s, u"slow"_s};
+const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
+const FakeScript slowBind = FakeScript().doing("init", "slow");
 
 const QString refusedWhileReading = u"Demande refusée pendant la lecture d’une carte."_s;
 const QString refusedWhilePrinting =
@@ -135,7 +135,7 @@ class tst_AppDelegateCards : public TestCase
 
 private:
     // An office whose card service has that behaviour, once it is bound.
-    [[nodiscard]] std::unique_ptr<Office> boundOffice(const QStringList& behaviour = {}) const
+    [[nodiscard]] std::unique_ptr<Office> boundOffice(const FakeScript& behaviour = {}) const
     {
         auto office = std::make_unique<Office>(m_fake->command(behaviour));
         office->start();
@@ -375,7 +375,7 @@ private Q_SLOTS:
 
     void whileAReadWaitsForTheBindNoFileTakesItsPlace()
     {
-        const Office office(m_fake->command(silentRead + slowBind));
+        const Office office(m_fake->command(silentRead.doing("init", "slow")));
         office.start();
         office.delegate->readVitale(nullptr);
         QVERIFY(!office.delegate->isReading());
@@ -387,7 +387,7 @@ private Q_SLOTS:
 
     void whileAReadWaitsForTheBindNothingIsPrinted()
     {
-        const Office office(m_fake->command(silentRead + slowBind));
+        const Office office(m_fake->command(silentRead.doing("init", "slow")));
         office.start();
         office.delegate->loadXMLFile(cardOf(u"Alix"_s));
         office.delegate->readVitale(nullptr);

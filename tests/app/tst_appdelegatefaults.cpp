@@ -1,7 +1,7 @@
 #include "card/PelmoraError.h"
 #include "tests/app/Office.h"
-#include "tests/card/client/FakeService.h"
 #include "tests/common/TestCase.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QAction>
 #include <QDesktopServices>
@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList silent{u"--do"_s, u"any"_s, u"silent"_s};
+const FakeScript silent = FakeScript().doing("any", "silent");
 
 // What the linker puts in the place of two functions of the program: see CMakeLists.txt.
 int beeps = 0;

@@ -2,8 +2,8 @@
 #include "app/models/StatusMenu.h"
 #include "support/views/MXButton.h"
 #include "tests/app/Office.h"
-#include "tests/card/client/FakeService.h"
 #include "tests/common/TestCase.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QAction>
 #include <QFileDialog>
@@ -14,8 +14,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList silent{u"--do"_s, u"any"_s, u"silent"_s};
-const QStringList silentRead{u"--do"_s, u"vitale_read"_s, u"silent"_s};
+const FakeScript silent = FakeScript().doing("any", "silent");
+const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
 
 QString specimen()
 {
@@ -42,7 +42,7 @@ class tst_AppDelegateMenus : public TestCase
 
 private:
     // An office whose card service has that behaviour, once it is bound.
-    [[nodiscard]] std::unique_ptr<Office> boundOffice(const QStringList& behaviour = {}) const
+    [[nodiscard]] std::unique_ptr<Office> boundOffice(const FakeScript& behaviour = {}) const
     {
         auto office = std::make_unique<Office>(m_fake->command(behaviour));
         office->start();
@@ -205,7 +205,7 @@ private Q_SLOTS:
 
     void aReadOfTheStatusMenuBeforeTheBindIsNotMadeUpFor()
     {
-        const Office office(m_fake->command(silentRead + QStringList{u"--do"_s, u"init"_s, u"slow"_s}));
+        const Office office(m_fake->command(silentRead.doing("init", "slow")));
         office.start();
         QAction read;
         read.setData(10);

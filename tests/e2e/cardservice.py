@@ -1,21 +1,50 @@
-"""Card services with a given behaviour."""
+"""The fake card service, told what to do by the same words as in tests/fakes/FakeScript.h."""
 
 import json
 import os
 
 
-class CardService:
-    """Makes a card service program with that behaviour in the folder. It records its requests."""
+class FakeService:
+    """A program in the folder that starts the fake card service, and a record of what that is asked for. The service
+    does well whatever it is not told."""
 
-    def __init__(self, folder, program, *behaviour):
+    def __init__(self, folder, program):
         self.path = os.path.join(folder, "service")
-        self._record = os.path.join(folder, "record")
-        words = " ".join(f"'{word}'" for word in (program, "--record", self._record, *behaviour))
+        self.record = os.path.join(folder, "record")
+        self._words = [program, "--record", self.record]
+        self._told()
+
+    def doing(self, command, behaviour):
+        return self._told("--do", command, behaviour)
+
+    def readers(self, *names):
+        return self._told("--list", "readers_list", "Readers", "|".join(names))
+
+    def failing(self, command):
+        return self.text(command, "Status", "error")
+
+    def text(self, command, key, value):
+        return self._told("--set", command, key, value)
+
+    def ignoring_the_end(self):
+        return self._told("--ignore-end")
+
+    def only_at_start(self, start):
+        return self._told("--starts", str(start))
+
+    def _told(self, *words):
+        self._words += words
         with open(self.path, "w", encoding="utf-8") as script:
-            script.write(f"#!/bin/sh\nexec {words}\n")
+            script.write("#!/bin/sh\nexec " + " ".join(f"'{word}'" for word in self._words) + "\n")
         os.chmod(self.path, 0o755)
+        return self
+
+    def requested(self, field):
+        """That field of the requests that have it."""
+        with open(self.record, encoding="utf-8") as file:
+            found = [json.loads(line) for line in file if line.startswith("{")]
+        return [request[field] for request in found if field in request]
 
     def requests(self, command):
-        """The number of requests with that command."""
-        with open(self._record, encoding="utf-8") as file:
-            return sum(json.loads(line).get("Command") == command for line in file if line.startswith("{"))
+        """How often it was asked for that."""
+        return self.requested("Command").count(command)

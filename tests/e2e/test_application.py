@@ -9,7 +9,7 @@ import tempfile
 import unittest
 
 from bell import Bell
-from cardservice import CardService
+from cardservice import FakeService
 from desktop import Application, Opener, is_running, key, wait
 from windows import close, is_iconified
 
@@ -44,8 +44,8 @@ class Desk(unittest.TestCase):
         wait(lambda: pelmora.is_enabled("push button", "Voir"))
         return pelmora
 
-    def service(self, *behaviour):
-        return CardService(self.folder, FAKE_SERVICE, *behaviour)
+    def service(self):
+        return FakeService(self.folder, FAKE_SERVICE)
 
     def tiles(self, pelmora):
         return {name: pelmora.is_enabled("push button", name) for name in TILES}
@@ -71,7 +71,7 @@ class Desk(unittest.TestCase):
 
 class Start(Desk):
     def test_until_the_service_is_bound_cards_can_only_be_read(self):
-        pelmora = self.start("--card-service", self.service("--do", "any", "silent").path)
+        pelmora = self.start("--card-service", self.service().doing("any", "silent").path)
         pelmora.find("label", "Aucune")
         off = {"Voir", "Imprimer", "Enregistrer", "Quitter"}
         self.assertEqual(self.tiles(pelmora), {name: name not in off for name in TILES})
@@ -135,7 +135,7 @@ class Reading(Desk):
         pelmora.find("label", SUMMARY)
 
     def test_while_a_card_is_read_a_sheet_says_so(self):
-        service = self.service("--do", "vitale_read", "silent")
+        service = self.service().doing("vitale_read", "silent")
         pelmora = self.start_bound("--card-service", service.path)
         pelmora.click("push button", "Lire")
         pelmora.find("label", READING)
@@ -145,7 +145,7 @@ class Reading(Desk):
         self.assertEqual(service.requests("vitale_read"), 1)
 
     def test_a_second_press_while_the_first_waits_for_the_service_only_beeps(self):
-        service = self.service("--do", "init", "silent")
+        service = self.service().doing("init", "silent")
         pelmora = self.start("--card-service", service.path)
         bell = Bell()
         self.addCleanup(bell.close)
@@ -155,7 +155,7 @@ class Reading(Desk):
         self.assertEqual(service.requests("init"), 1)
 
     def test_a_read_that_another_action_needs_has_its_own_message(self):
-        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent").path)
+        pelmora = self.start_bound("--card-service", self.service().doing("vitale_read", "silent").path)
         pelmora.press("push button", "Enregistrer")
         pelmora.find("label", "Lecture de la carte vitale en cours…")
 
@@ -197,7 +197,7 @@ class Reading(Desk):
         self.assertFalse(os.path.exists(os.path.join(self.attestations(pelmora), FILE)))
 
     def test_a_service_that_keeps_silent_is_told_of_and_the_application_can_be_left(self):
-        pelmora = self.start_bound("--card-service", self.service("--do", "vitale_read", "silent").path)
+        pelmora = self.start_bound("--card-service", self.service().doing("vitale_read", "silent").path)
         pelmora.press("push button", "Lire")
         pelmora.find("label", READING)
         pelmora.find("label", ".*tarde.*")

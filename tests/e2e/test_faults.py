@@ -12,7 +12,7 @@ import time
 import unittest
 
 from bell import Bell
-from cardservice import CardService
+from cardservice import FakeService
 from desktop import Application, Atspi, Opener, is_running, key, wait
 from windows import shown_windows, wait_until_shown
 
@@ -281,7 +281,7 @@ class Faults(unittest.TestCase):
             self.assertIsNone(pelmora.find_now("alert", ".*"))
 
     def test_a_card_service_that_stalls_leaves_the_window_alive(self):
-        service = CardService(self.home, FAKE_SERVICE, "--do", "vitale_read", "silent")
+        service = FakeService(self.home, FAKE_SERVICE).doing("vitale_read", "silent")
         with self.start(arguments=("--card-service", service.path)) as pelmora:
             wait(lambda: pelmora.is_enabled("push button", "Voir"))
             pelmora.press("push button", "Lire")
@@ -294,7 +294,7 @@ class Faults(unittest.TestCase):
             pelmora.find("label", "Aucune")
 
     def test_a_card_service_that_stalls_at_the_start_is_told_of_and_leaves_the_window_alive(self):
-        service = CardService(self.home, FAKE_SERVICE, "--do", "init", "silent")
+        service = FakeService(self.home, FAKE_SERVICE).doing("init", "silent")
         with self.start(arguments=("--card-service", service.path)) as pelmora:
             pelmora.find("label", "Connexion au lecteur de cartes…")
             pelmora.press("push button", "Préférences")
@@ -312,7 +312,7 @@ class Faults(unittest.TestCase):
 
     def test_a_card_service_that_dies_in_the_bind_is_told_of_once_each_time(self):
         for command in ("init", "readers_list"):
-            service = CardService(self.home, FAKE_SERVICE, "--do", command, "crash")
+            service = FakeService(self.home, FAKE_SERVICE).doing(command, "crash")
             with self.subTest(command), self.start(arguments=("--card-service", service.path)) as pelmora:
                 for _ in range(2):
                     pelmora.find("label", GENERAL_ERROR)
@@ -323,11 +323,11 @@ class Faults(unittest.TestCase):
                 self.assertFalse(pelmora.is_enabled("push button", "Voir"))
 
     def test_a_card_service_that_fails_once_in_the_choice_of_readers_is_used_by_the_next_read(self):
-        for behaviour in (("--do", "set_readers", "crash"), ("--set", "set_readers", "Status", "error")):
-            folder = self.path(behaviour[0][2:])
-            os.mkdir(folder)
-            service = CardService(folder, FAKE_SERVICE, *behaviour, "--starts", "1")
-            with self.subTest(behaviour), self.start(arguments=("--card-service", service.path)) as pelmora:
+        for name, tell in (("crash", lambda service: service.doing("set_readers", "crash")),
+                           ("error", lambda service: service.failing("set_readers"))):
+            os.mkdir(self.path(name))
+            service = tell(FakeService(self.path(name), FAKE_SERVICE)).only_at_start(1)
+            with self.subTest(name), self.start(arguments=("--card-service", service.path)) as pelmora:
                 pelmora.find("label", GENERAL_ERROR)
                 self.assertFalse(pelmora.is_enabled("push button", "Voir"))
                 pelmora.press("push button", "OK")

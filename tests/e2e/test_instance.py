@@ -10,7 +10,7 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from cardservice import CardService
+from cardservice import FakeService
 from desktop import Application, is_running, wait
 from windows import iconify, is_in_front, shown_windows, wait_until_shown
 
@@ -201,7 +201,7 @@ class End(unittest.TestCase):
 
     def stalling(self, folder, command):
         """A card service that does not answer a command and does not exit when its input ends."""
-        return CardService(folder, FAKE_SERVICE, "--ignore-end", "--do", command, "silent").path
+        return FakeService(folder, FAKE_SERVICE).ignoring_the_end().doing(command, "silent").path
 
     def test_it_ends_while_the_card_service_stalls(self):
         with tempfile.TemporaryDirectory() as folder:

@@ -1,6 +1,5 @@
 """The preferences window, pane by pane, in real windows. Usage: test_preferences.py STAGE FAKE_SERVICE"""
 
-import json
 import os
 import shutil
 import subprocess
@@ -9,6 +8,7 @@ import tempfile
 import time
 import unittest
 
+from cardservice import FakeService
 from desktop import Application, Atspi, Running, key, wait
 from windows import close, is_in_front
 
@@ -38,6 +38,7 @@ class Preferences(unittest.TestCase):
     def setUp(self):
         self.home = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, self.home)
+        self.service = FakeService(self.home, FAKE_SERVICE)
 
     def path(self, *names):
         return os.path.join(self.home, *names)
@@ -50,21 +51,6 @@ class Preferences(unittest.TestCase):
         pelmora.find("frame", WINDOW)
         pelmora.find(*PANES["Configuration"])
         return pelmora
-
-    def service(self, *behaviour):
-        """A program that is a card service with that behaviour."""
-        path = self.path("service")
-        with open(path, "w", encoding="utf-8") as script:
-            words = " ".join(f"'{word}'" for word in ("--record", self.path("record"), *behaviour))
-            script.write(f"#!/bin/sh\nexec '{FAKE_SERVICE}' {words}\n")
-        os.chmod(path, 0o755)
-        return path
-
-    def requests(self, field):
-        """That field of the requests that have it."""
-        with open(self.path("record"), encoding="utf-8") as file:
-            found = [json.loads(line) for line in file if line.startswith("{")]
-        return [request[field] for request in found if field in request]
 
     def setting(self, name):
         """The value in the settings file, or None."""
@@ -249,23 +235,23 @@ class Panes(Preferences):
         pelmora.find("label", MODES["Embarquée avec Pelmora"].replace(".", "\\."))
 
     def test_a_walk_through_the_closed_menu_binds_once_when_the_keys_have_rested(self):
-        pelmora = self.start("--card-service", self.service())
+        pelmora = self.start("--card-service", self.service.path)
         self.pane(pelmora, "Lecture Vitale")
         wait(lambda: is_in_front(WINDOW))
         key("alt+l", "Down", "Down")
         self.wait_for_mode(pelmora, "Embarquée avec Pelmora")
-        wait(lambda: self.requests("Mode") == ["0", "2"])
+        wait(lambda: self.service.requested("Mode") == ["0", "2"])
         wait(lambda: self.setting("MVLVitMode") == "2")
         # Tab leaves the menu, so the choice takes effect at once.
         key("Up", "Up", "Tab")
         self.wait_for_mode(pelmora, "Automatique")
         wait(lambda: self.setting("MVLVitMode") == "0")
         pelmora.find("panel", EMBEDDED)
-        self.assertEqual(self.requests("Mode"), ["0", "2", "0"])
+        self.assertEqual(self.service.requested("Mode"), ["0", "2", "0"])
         self.assertIsNone(pelmora.find_now("alert", ".*"))
 
     def test_the_wheel_does_not_change_the_mode(self):
-        pelmora = self.start("--card-service", self.service())
+        pelmora = self.start("--card-service", self.service.path)
         self.pane(pelmora, "Lecture Vitale")
         wait(lambda: is_in_front(WINDOW))
         key("alt+l")
@@ -275,49 +261,49 @@ class Panes(Preferences):
         key("Down", "Return")
         self.wait_for_mode(pelmora, "Installée sur le système")
         wait(lambda: self.setting("MVLVitMode") == "1")
-        self.assertEqual(self.requests("Mode"), ["0", "1"])
+        self.assertEqual(self.service.requested("Mode"), ["0", "1"])
 
     def test_a_bind_that_a_newer_one_replaces_is_no_failure(self):
         for replace in (lambda pelmora: self.choose_mode(pelmora, "Embarquée avec Pelmora"),
                         lambda pelmora: pelmora.press("push button", "Lire")):
             # The first start is the application's, the second one that of the first choice.
-            pelmora = self.start("--card-service", self.service("--do", "init", "silent", "--starts", "2"))
+            pelmora = self.start("--card-service", self.service.doing("init", "silent").only_at_start(2).path)
             self.pane(pelmora, "Lecture Vitale")
             pelmora.find("panel", EMBEDDED)
             self.choose_mode(pelmora, "Installée sur le système")
-            wait(lambda: len(self.requests("Mode")) == 2)
+            wait(lambda: len(self.service.requested("Mode")) == 2)
             replace(pelmora)
             pelmora.find("panel", EMBEDDED)
-            if "vitale_read" in self.requests("Command"):
+            if "vitale_read" in self.service.requested("Command"):
                 pelmora.find("label", "SPECIMEN.*")
             wait(lambda shown=pelmora: shown.is_enabled("push button", "Voir"))
             self.assertIsNone(pelmora.find_now("alert", ".*"))
-            self.assertEqual(len(self.requests("Mode")), 3)
+            self.assertEqual(len(self.service.requested("Mode")), 3)
             pelmora.__exit__()
-            os.remove(self.path("record"))
+            os.remove(self.service.record)
 
     def test_a_mode_that_the_service_refuses_is_told_and_kept(self):
-        pelmora = self.start("--card-service", self.service("--list", "readers_list", "Readers", ""))
+        pelmora = self.start("--card-service", self.service.readers().path)
         pelmora.press("push button", "OK")
         pelmora.wait_until_gone("alert", ".*")
         self.pane(pelmora, "Lecture Vitale")
         self.choose_mode(pelmora, "Installée sur le système")
         pelmora.find("label", r"Aucun lecteur de carte n'a été trouvé\. Vérifiez les branchements\.")
         wait(lambda: self.setting("MVLVitMode") == "1")
-        self.assertEqual(self.requests("Mode")[-1], "1")
+        self.assertEqual(self.service.requested("Mode")[-1], "1")
         self.assertFalse(pelmora.is_enabled("push button", "Voir"))
 
     def test_a_service_without_versions_leaves_them_unknown(self):
-        pelmora = self.start("--card-service", self.service("--set", "informations", "Status", "error"))
+        pelmora = self.start("--card-service", self.service.failing("informations").path)
         self.pane(pelmora, "Lecture Vitale")
-        wait(lambda: "informations" in self.requests("Command"))
+        wait(lambda: "informations" in self.service.requested("Command"))
         pelmora.find("panel", CLEARED)
         self.assertEqual(set(self.versions(pelmora).values()), {"Non connu"})
 
     def test_a_version_that_the_service_does_not_know_is_unknown_alone(self):
         document = "<informations><apiLecVitale><version>7.10</version></apiLecVitale></informations>"
-        pelmora = self.start("--card-service", self.service("--set", "informations", "Informations", document,
-                                                            "--set", "init", "Embedded", "false"))
+        self.service.text("informations", "Informations", document).text("init", "Embedded", "false")
+        pelmora = self.start("--card-service", self.service.path)
         self.pane(pelmora, "Lecture Vitale")
         pelmora.find("panel", INSTALLED)
         self.assertEqual(list(self.versions(pelmora).values()), ["7.10"] + ["Non connu"] * 3)
@@ -328,13 +314,13 @@ class Panes(Preferences):
             with self.subTest(value):
                 with open(self.path("config", "MORVEL", "Pelmora.conf"), "w", encoding="utf-8") as file:
                     file.write(f"[General]\nMVLVitMode={value}\n")
-                pelmora = self.start("--card-service", self.service())
+                pelmora = self.start("--card-service", self.service.path)
                 self.pane(pelmora, "Lecture Vitale")
                 pelmora.find("label", MODES["Automatique"].replace(".", "\\."))
-                self.assertEqual(self.requests("Mode"), ["0"])
+                self.assertEqual(self.service.requested("Mode"), ["0"])
                 self.assertEqual(self.setting("MVLVitMode"), value)
                 pelmora.__exit__()
-                os.remove(self.path("record"))
+                os.remove(self.service.record)
 
     def test_the_last_check_for_updates_is_shown(self):
         os.makedirs(self.path("config", "MORVEL"))

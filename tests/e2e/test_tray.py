@@ -8,7 +8,7 @@ import tempfile
 import unittest
 
 from bell import Bell
-from cardservice import CardService
+from cardservice import FakeService
 from desktop import Application, Opener, wait
 from statusitem import StatusBar, property_of
 from windows import close, is_hidden, is_iconified, is_in_front, wait_until_shown
@@ -79,7 +79,7 @@ class Tray(unittest.TestCase):
 
     def test_a_second_read_beeps_and_the_reader_is_asked_once(self):
         with tempfile.TemporaryDirectory() as folder, StatusBar() as bar:
-            service = CardService(folder, FAKE_SERVICE, "--do", "vitale_read", "silent")
+            service = FakeService(folder, FAKE_SERVICE).doing("vitale_read", "silent")
             with Application(PELMORA, "--card-service", service.path) as pelmora:
                 wait(lambda: pelmora.is_enabled("push button", "Voir"))
                 item = bar.item()
@@ -100,7 +100,7 @@ class Tray(unittest.TestCase):
     def test_before_the_bind_cards_beep_and_folder_and_end_work(self):
         with tempfile.TemporaryDirectory() as folder, StatusBar() as bar:
             opener = Opener(folder)
-            service = CardService(folder, FAKE_SERVICE, "--do", "any", "silent")
+            service = FakeService(folder, FAKE_SERVICE).doing("any", "silent")
             with Application(PELMORA, "--card-service", service.path, environment=opener.environment) as pelmora:
                 wait_until_shown(TITLE)
                 item = bar.item()

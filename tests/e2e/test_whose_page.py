@@ -12,7 +12,7 @@ from gi.repository import Gio, GLib
 
 import wayland
 from bell import Bell
-from cardservice import CardService
+from cardservice import FakeService
 from desktop import Application, Atspi, key, wait
 from documents import words_of
 from printserver import PrintServer
@@ -234,7 +234,7 @@ class WhileReading(Cards):
     def desk(self):
         """Its reader never answers."""
         self.service = ["--card-service",
-                        CardService(self.folder, FAKE_SERVICE, "--do", "vitale_read", "silent").path]
+                        FakeService(self.folder, FAKE_SERVICE).doing("vitale_read", "silent").path]
         return Application(PELMORA, *self.service, self.in_reader)
 
     def view_and_read(self, pelmora):

@@ -3,7 +3,7 @@
 #include "platform/NotificationCenter.h"
 #include "prefs/LVitAccessPrefs.h"
 #include "prefs/ModeMenu.h"
-#include "tests/card/client/FakeService.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QComboBox>
 #include <QGroupBox>
@@ -44,7 +44,7 @@ const QString installedTitle = u"Informations sur la librarie installé"_s;
 const QString clearedTitle = u"Informations"_s;
 
 /// The behaviour of a service that reports all versions but one.
-QStringList reporting(const QByteArray& left = {})
+FakeScript reporting(const QByteArray& left = {})
 {
     QString document;
     for (const ExpectedField& field : expectedFields) {
@@ -52,8 +52,8 @@ QStringList reporting(const QByteArray& left = {})
             document += u"<%1>%2</%1>"_s.arg(QLatin1StringView(field.element),
                                              QString::fromLatin1(field.version).toHtmlEscaped());
     }
-    return {u"--set"_s, u"informations"_s, u"Informations"_s,
-            u"<informations><apiLecVitale>"_s + document + u"</apiLecVitale></informations>"_s};
+    return FakeScript().text("informations", "Informations",
+                             u"<informations><apiLecVitale>"_s + document + u"</apiLecVitale></informations>"_s);
 }
 
 } // namespace
@@ -68,14 +68,14 @@ private:
     std::unique_ptr<LVitAccessPrefs> m_pane;
     QStringList m_binds; // what the notifications said
 
-    void make(const QStringList& behaviour = reporting())
+    void make(const FakeScript& behaviour = reporting())
     {
         m_pane.reset();
         m_service = std::make_unique<FakeService>();
         m_client = std::make_shared<LVitAccess>(m_service->command(behaviour));
         m_pane = std::make_unique<LVitAccessPrefs>(*m_settings, m_client, m_bundle);
     }
-    void prepare(const QStringList& behaviour = reporting())
+    void prepare(const FakeScript& behaviour = reporting())
     {
         make(behaviour);
         m_pane->initialization();
@@ -163,7 +163,7 @@ private Q_SLOTS:
 
     void theExplanationFollowsTheMenuAtOnce()
     {
-        prepare({u"--do"_s, u"any"_s, u"silent"_s});
+        prepare(FakeScript().doing("any", "silent"));
         const QSignalSpy changes(m_pane.get(), &LVitAccessPrefs::modeInformationsChanged);
         for (const int index : {2, 1, 0}) {
             choose(index);
@@ -187,7 +187,7 @@ private Q_SLOTS:
     void anUnknownModeIsExplainedByNothingAndStoredAsAutomatic()
     {
         QFETCH(const QVariant, tag);
-        prepare({u"--do"_s, u"any"_s, u"silent"_s});
+        prepare(FakeScript().doing("any", "silent"));
         m_client->setAccessMode(2);
         m_pane->selectModePopUpButton()->addItem(u"Autre"_s, tag);
         choose(3);
@@ -221,7 +221,7 @@ private Q_SLOTS:
     void theBoxNamesTheLibraryThatTheServiceReports()
     {
         QFETCH(const QString, embedded);
-        prepare(reporting() + QStringList{u"--set"_s, u"init"_s, u"Embedded"_s, embedded});
+        prepare(reporting().text("init", "Embedded", embedded));
         choose(2);
         QCOMPARE(title(), clearedTitle);
         QTRY_COMPARE(fields(), versions());
@@ -247,7 +247,7 @@ private Q_SLOTS:
 
     void whileTheClientKnowsNothingTheFieldsStay()
     {
-        prepare({u"--do"_s, u"init"_s, u"silent"_s});
+        prepare(FakeScript().doing("init", "silent"));
         choose(1);
         QTRY_VERIFY(!m_client->informations());
         m_pane->apiVersionTextField()->setText(u"8.0"_s);
@@ -259,15 +259,15 @@ private Q_SLOTS:
 
     void aServiceThatFailsLeavesTheVersionsUnknown_data()
     {
-        QTest::addColumn<QStringList>("behaviour");
-        QTest::newRow("error") << QStringList{u"--set"_s, u"informations"_s, u"Status"_s, u"error"_s};
-        QTest::newRow("null") << QStringList{u"--do"_s, u"informations"_s, u"null"_s};
-        QTest::newRow("garbage") << QStringList{u"--do"_s, u"informations"_s, u"garbage"_s};
-        QTest::newRow("crash") << QStringList{u"--do"_s, u"informations"_s, u"crash"_s};
+        QTest::addColumn<FakeScript>("behaviour");
+        QTest::newRow("error") << FakeScript().failing("informations");
+        QTest::newRow("null") << FakeScript().doing("informations", "null");
+        QTest::newRow("garbage") << FakeScript().doing("informations", "garbage");
+        QTest::newRow("crash") << FakeScript().doing("informations", "crash");
     }
     void aServiceThatFailsLeavesTheVersionsUnknown()
     {
-        QFETCH(const QStringList, behaviour);
+        QFETCH(const FakeScript, behaviour);
         prepare(behaviour);
         QSignalSpy failed(this, &tst_LVitAccessPrefs::asking);
         m_pane->paneWillAppear();
@@ -281,17 +281,15 @@ private Q_SLOTS:
 
     void aFailedBindIsToldWithAnErrorAndTheModeIsKept_data()
     {
-        QTest::addColumn<QStringList>("behaviour");
+        QTest::addColumn<FakeScript>("behaviour");
         QTest::addColumn<QString>("told");
-        QTest::newRow("no reader") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s}
-                                   << u"failure Pelmora -20"_s;
-        QTest::newRow("another reader") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u"Autre"_s}
-                                        << u"failure Pelmora -21"_s;
-        QTest::newRow("crash") << QStringList{u"--do"_s, u"init"_s, u"crash"_s} << u"failure Pelmora -10"_s;
+        QTest::newRow("no reader") << FakeScript().readers({}) << u"failure Pelmora -20"_s;
+        QTest::newRow("another reader") << FakeScript().readers({u"Autre"_s}) << u"failure Pelmora -21"_s;
+        QTest::newRow("crash") << FakeScript().doing("init", "crash") << u"failure Pelmora -10"_s;
     }
     void aFailedBindIsToldWithAnErrorAndTheModeIsKept()
     {
-        QFETCH(const QStringList, behaviour);
+        QFETCH(const FakeScript, behaviour);
         QFETCH(const QString, told);
         prepare(behaviour);
         choose(2);
@@ -371,7 +369,7 @@ private Q_SLOTS:
 
     void ofTwoChoicesInARowTheSecondAloneIsTold()
     {
-        prepare({u"--do"_s, u"init"_s, u"silent"_s, u"--starts"_s, u"1"_s});
+        prepare(FakeScript().doing("init", "silent").onlyAtStart(1));
         QVERIFY(show(*m_pane));
         QTest::keyClick(m_pane->selectModePopUpButton(), Qt::Key_Down);
         QTRY_COMPARE(m_service->requested(u"Mode"_s), QStringList{u"1"_s});

@@ -6,7 +6,7 @@
 #include "card/client/LVitAccess.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
-#include "tests/card/client/FakeService.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QStringList>
 #include <QThread>
@@ -18,7 +18,7 @@
 class ReadingDesk final : public ReadWorkflowDelegate
 {
 public:
-    explicit ReadingDesk(const QStringList& behaviour = {}, ChannelLimits limits = {})
+    explicit ReadingDesk(const FakeScript& behaviour = {}, ChannelLimits limits = {})
         : client(std::make_shared<LVitAccess>(service.command(behaviour), limits))
         , workflow(std::make_unique<ReadWorkflow>(client, settings, *this))
     {

@@ -14,14 +14,13 @@ namespace {
 const QString busy = u"refused Une lecture est déjà en cours."_s;
 const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
 const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
-const QStringList slowInit{u"--do"_s, u"init"_s, u"slow"_s};
-const QStringList slowRead{u"--do"_s, u"vitale_read"_s, u"slow"_s};
-const QStringList noCard{u"--set"_s,    u"vitale_read"_s, u"Status"_s, u"error"_s,
-                         u"--number"_s, u"vitale_read"_s, u"Result"_s, u"11"_s};
-const QStringList wrongReader{u"--list"_s, u"readers_list"_s, u"Readers"_s, u"X|Y"_s};
+const FakeScript slowInit = FakeScript().doing("init", "slow");
+const FakeScript slowRead = FakeScript().doing("vitale_read", "slow");
+const FakeScript noCard = FakeScript().failing("vitale_read", 11);
+const FakeScript wrongReader = FakeScript().readers({u"X"_s, u"Y"_s});
 
 // A desk whose card service is bound, and that has noted nothing yet.
-std::unique_ptr<ReadingDesk> boundDesk(const QStringList& behaviour = {})
+std::unique_ptr<ReadingDesk> boundDesk(const FakeScript& behaviour = {})
 {
     auto desk = std::make_unique<ReadingDesk>(behaviour);
     desk->workflow->bind();
@@ -112,14 +111,14 @@ private Q_SLOTS:
 
     void aBindIsShownUntilItEnds_data()
     {
-        QTest::addColumn<QStringList>("behaviour");
+        QTest::addColumn<FakeScript>("behaviour");
         QTest::newRow("success") << QStringList();
         QTest::newRow("failure") << wrongReader;
     }
 
     void aBindIsShownUntilItEnds()
     {
-        QFETCH(const QStringList, behaviour);
+        QFETCH(const FakeScript, behaviour);
         ReadingDesk desk(behaviour);
         QVERIFY(!desk.showsBinding);
         desk.workflow->bind();
@@ -361,7 +360,7 @@ private Q_SLOTS:
     void aPressDuringTheReadOfANeededCardBeeps()
     {
         // The busy state ends on the client's thread, so a read is needed that lasts until it is ended.
-        const auto desk = boundDesk({u"--do"_s, u"vitale_read"_s, u"silent"_s});
+        const auto desk = boundDesk(FakeScript().doing("vitale_read", "silent"));
         QVERIFY(desk);
         desk->readIfNeed();
         QVERIFY(desk->workflow->isReading());

@@ -11,10 +11,10 @@ namespace {
 
 const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
 const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
-const QStringList silentRead{u"--do"_s, u"vitale_read"_s, u"silent"_s};
+const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
 
 // A desk whose card service is bound, and that has noted nothing yet.
-std::unique_ptr<ReadingDesk> boundDesk(const QStringList& behaviour = {})
+std::unique_ptr<ReadingDesk> boundDesk(const FakeScript& behaviour = {})
 {
     auto desk = std::make_unique<ReadingDesk>(behaviour);
     desk->workflow->bind();
@@ -140,7 +140,7 @@ private Q_SLOTS:
 
     void aReadThatWaitsForItsBindGoesOn()
     {
-        ReadingDesk desk({u"--do"_s, u"init"_s, u"slow"_s});
+        ReadingDesk desk(FakeScript().doing("init", "slow"));
         desk.workflow->readVitale();
         desk.workflow->cancelRead();
         QTRY_COMPARE(desk.notes,

@@ -17,11 +17,6 @@ const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
 // A service that does not answer is given up after this; long enough for one that does on a busy machine.
 constexpr ChannelLimits impatient{.requestTimeout = 1s, .exitGrace = 100ms, .stopGrace = 100ms};
 
-QStringList doing(const QString& command, const QString& behaviour)
-{
-    return {u"--do"_s, command, behaviour};
-}
-
 /// A bind as the preferences make it.
 void bindFromElsewhere(const ReadingDesk& desk)
 {
@@ -45,7 +40,7 @@ private Q_SLOTS:
     void aServiceThatFailsInTheReadEndsItWithTheGeneralError()
     {
         QFETCH(const QString, behaviour);
-        ReadingDesk desk(doing(u"vitale_read"_s, behaviour), impatient);
+        ReadingDesk desk(FakeScript().doing("vitale_read", behaviour), impatient);
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.notes,
                      (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"read failed"_s, u"error -10"_s}));
@@ -75,7 +70,7 @@ private Q_SLOTS:
     {
         QFETCH(const QString, command);
         QFETCH(const QString, behaviour);
-        ReadingDesk desk(doing(command, behaviour), impatient);
+        ReadingDesk desk(FakeScript().doing(command, behaviour), impatient);
         desk.workflow->readVitale();
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.notes, (QStringList{busy, u"bind failure -10"_s, u"read failed"_s}));
@@ -85,18 +80,18 @@ private Q_SLOTS:
 
     void afterAFailedBindTheNextReadBindsAgain_data()
     {
-        QTest::addColumn<QStringList>("behaviour");
-        QTest::newRow("refused mode") << QStringList{u"--set"_s, u"init"_s, u"Status"_s, u"error"_s};
-        QTest::newRow("no reader") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s};
-        QTest::newRow("refused readers") << QStringList{u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s};
+        QTest::addColumn<FakeScript>("behaviour");
+        QTest::newRow("refused mode") << FakeScript().failing("init");
+        QTest::newRow("no reader") << FakeScript().readers({});
+        QTest::newRow("refused readers") << FakeScript().failing("set_readers");
         for (const auto* const behaviour : {"null", "crash", "silent"})
-            QTest::addRow("set_readers %s", behaviour) << doing(u"set_readers"_s, QString::fromLatin1(behaviour));
+            QTest::addRow("set_readers %s", behaviour) << FakeScript().doing("set_readers", behaviour);
     }
 
     void afterAFailedBindTheNextReadBindsAgain()
     {
-        QFETCH(const QStringList, behaviour);
-        ReadingDesk desk(behaviour + QStringList{u"--starts"_s, u"1"_s}, impatient);
+        QFETCH(const FakeScript, behaviour);
+        ReadingDesk desk(behaviour.onlyAtStart(1), impatient);
         desk.workflow->lVitInit();
         QTRY_COMPARE(desk.notes.size(), 1);
         QVERIFY(desk.notes.constFirst().startsWith(u"bind failure"_s));
@@ -110,7 +105,7 @@ private Q_SLOTS:
 
     void aBindFromElsewhereThatFailedIsMadeUpForByTheNextRead()
     {
-        ReadingDesk desk(QStringList{u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s, u"--starts"_s, u"1"_s});
+        ReadingDesk desk(FakeScript().failing("set_readers").onlyAtStart(1));
         QCOMPARE(ClientOutcome::summary(ClientOutcome::awaitBind(desk.client)), u"Pelmora -10"_s);
         QVERIFY(desk.client->initialized());
         desk.workflow->readVitale();
@@ -120,7 +115,7 @@ private Q_SLOTS:
 
     void aReadDuringABindFromElsewhereReplacesItQuietly()
     {
-        ReadingDesk desk(doing(u"init"_s, u"silent"_s) + QStringList{u"--starts"_s, u"1"_s});
+        ReadingDesk desk(FakeScript().doing("init", "silent").onlyAtStart(1));
         bindFromElsewhere(desk);
         QTRY_COMPARE(desk.binds(), 1);
         desk.workflow->readVitale();
@@ -131,7 +126,7 @@ private Q_SLOTS:
 
     void aReadWhoseBindIsReplacedFromElsewhereWaitsForThatOne()
     {
-        ReadingDesk desk(doing(u"init"_s, u"silent"_s) + QStringList{u"--starts"_s, u"1"_s});
+        ReadingDesk desk(FakeScript().doing("init", "silent").onlyAtStart(1));
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.binds(), 1);
         bindFromElsewhere(desk);
@@ -144,7 +139,7 @@ private Q_SLOTS:
 
     void aReadWhoseBindIsReplacedByOneThatFailsIsGivenUp()
     {
-        ReadingDesk desk(doing(u"init"_s, u"silent"_s));
+        ReadingDesk desk(FakeScript().doing("init", "silent"));
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.binds(), 1);
         bindFromElsewhere(desk);
@@ -166,7 +161,7 @@ private Q_SLOTS:
 
     void aBindThatIsReplacedWhileNothingWaitsEndsQuietly()
     {
-        ReadingDesk desk(doing(u"init"_s, u"silent"_s) + QStringList{u"--starts"_s, u"1"_s});
+        ReadingDesk desk(FakeScript().doing("init", "silent").onlyAtStart(1));
         desk.workflow->lVitInit();
         QTRY_COMPARE(desk.binds(), 1);
         bindFromElsewhere(desk);
@@ -176,7 +171,7 @@ private Q_SLOTS:
 
     void aServiceThatIsKilledFromOutsideEndsTheRead()
     {
-        ReadingDesk desk(doing(u"vitale_read"_s, u"silent"_s));
+        ReadingDesk desk(FakeScript().doing("vitale_read", "silent"));
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.reads(), 1);
         QCOMPARE(::kill(desk.service.processes().constFirst(), SIGKILL), 0);
@@ -186,7 +181,7 @@ private Q_SLOTS:
 
     void anotherBindEndsTheReadThatItCuts()
     {
-        ReadingDesk desk(doing(u"vitale_read"_s, u"silent"_s));
+        ReadingDesk desk(FakeScript().doing("vitale_read", "silent"));
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.reads(), 1);
         desk.workflow->bind();
@@ -197,17 +192,17 @@ private Q_SLOTS:
 
     void whatComesAfterTheEndDoesNothing_data()
     {
-        QTest::addColumn<QStringList>("behaviour");
+        QTest::addColumn<FakeScript>("behaviour");
         QTest::addColumn<QString>("command");
         QTest::addColumn<bool>("ifNeeded");
-        QTest::newRow("bind") << doing(u"init"_s, u"slow"_s) << u"init"_s << false;
-        QTest::newRow("read") << doing(u"vitale_read"_s, u"slow"_s) << u"vitale_read"_s << false;
-        QTest::newRow("read if needed") << doing(u"vitale_read"_s, u"slow"_s) << u"vitale_read"_s << true;
+        QTest::newRow("bind") << FakeScript().doing("init", "slow") << u"init"_s << false;
+        QTest::newRow("read") << FakeScript().doing("vitale_read", "slow") << u"vitale_read"_s << false;
+        QTest::newRow("read if needed") << FakeScript().doing("vitale_read", "slow") << u"vitale_read"_s << true;
     }
 
     void whatComesAfterTheEndDoesNothing()
     {
-        QFETCH(const QStringList, behaviour);
+        QFETCH(const FakeScript, behaviour);
         QFETCH(const QString, command);
         QFETCH(const bool, ifNeeded);
         ReadingDesk desk(behaviour);
@@ -226,7 +221,7 @@ private Q_SLOTS:
 
     void theClientMayOutliveTheApplicationsInterest()
     {
-        auto desk = std::make_unique<ReadingDesk>(doing(u"vitale_read"_s, u"silent"_s), impatient);
+        auto desk = std::make_unique<ReadingDesk>(FakeScript().doing("vitale_read", "silent"), impatient);
         desk->workflow->readVitale();
         QTRY_COMPARE(desk->reads(), 1);
         const std::shared_ptr<LVitAccess> client = desk->client;

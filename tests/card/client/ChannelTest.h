@@ -2,8 +2,8 @@
 
 #include "card/client/ServiceChannel.h"
 #include "tests/card/client/ChannelTestMain.h"
-#include "tests/card/client/FakeService.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QCborMap>
 #include <QDeadlineTimer>

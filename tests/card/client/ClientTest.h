@@ -5,7 +5,7 @@
 #include "card/wire/ServiceVocabulary.h"
 #include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/ClientOutcome.h"
-#include "tests/card/client/FakeService.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QRegularExpression>
 #include <QtTest>
@@ -43,11 +43,10 @@ inline QVariantMap readerChoice(const QString& vitale, const QString& cps)
     return choice;
 }
 
-inline QByteArray hexCard(const QByteArray& lastName)
+inline QByteArray cardOf(const QByteArray& lastName)
 {
-    return ("<T_AsnDonneesVitale><listeBenef><T_AsnBeneficiaire><ident><nomUsuel>" + lastName +
-            "</nomUsuel></ident></T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>")
-        .toHex();
+    return "<T_AsnDonneesVitale><listeBenef><T_AsnBeneficiaire><ident><nomUsuel>" + lastName +
+           "</nomUsuel></ident></T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>";
 }
 
 inline QString lastName(const std::optional<Outcome<CardRecord>>& outcome)

@@ -122,23 +122,24 @@ void TestLVitAccess::bindSendsInitThenReadersListThenSetReaders()
 
 void TestLVitAccess::bindChoosesReaders_data()
 {
-    QTest::addColumn<QString>("list");
+    QTest::addColumn<QStringList>("list");
     QTest::addColumn<QString>("cps");
-    QTest::newRow("alone") << u"Feitian SCR301"_s << u"Feitian SCR301"_s;
-    QTest::newRow("first of two") << u"Feitian SCR301|X"_s << u"X"_s;
-    QTest::newRow("second of two") << u"X|Feitian SCR301"_s << u"X"_s;
-    QTest::newRow("third of three") << u"A|B|Feitian SCR301"_s << u"B"_s;
-    QTest::newRow("second of three") << u"A|Feitian SCR301|B"_s << u"A"_s;
-    QTest::newRow("twice") << u"A|Feitian SCR301|Feitian SCR301"_s << u"A"_s;
-    QTest::newRow("with another letter case before it") << u"feitian scr301|Feitian SCR301"_s << u"feitian scr301"_s;
+    QTest::newRow("alone") << QStringList{u"Feitian SCR301"_s} << u"Feitian SCR301"_s;
+    QTest::newRow("first of two") << QStringList{u"Feitian SCR301"_s, u"X"_s} << u"X"_s;
+    QTest::newRow("second of two") << QStringList{u"X"_s, u"Feitian SCR301"_s} << u"X"_s;
+    QTest::newRow("third of three") << QStringList{u"A"_s, u"B"_s, u"Feitian SCR301"_s} << u"B"_s;
+    QTest::newRow("second of three") << QStringList{u"A"_s, u"Feitian SCR301"_s, u"B"_s} << u"A"_s;
+    QTest::newRow("twice") << QStringList{u"A"_s, u"Feitian SCR301"_s, u"Feitian SCR301"_s} << u"A"_s;
+    QTest::newRow("with another letter case before it")
+        << QStringList{u"feitian scr301"_s, u"Feitian SCR301"_s} << u"feitian scr301"_s;
 }
 
 void TestLVitAccess::bindChoosesReaders()
 {
-    QFETCH(const QString, list);
+    QFETCH(const QStringList, list);
     QFETCH(const QString, cps);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command({u"--list"_s, u"readers_list"_s, u"Readers"_s, list}));
+    const FakeService fake(FakeScript().readers(list));
+    const ClientPointer client = makeClient(fake.command());
     QCOMPARE(summary(awaitBind(client)), success);
     QCOMPARE(fake.requested(u"vitale_reader_name"_s), QStringList{u"Feitian SCR301"_s});
     QCOMPARE(fake.requested(u"cps_reader_name"_s), QStringList{cps});
@@ -146,9 +147,9 @@ void TestLVitAccess::bindChoosesReaders()
 
 void TestLVitAccess::bindWithoutTheAcceptedReaderFails()
 {
-    for (const QString& list : {u"X|Y"_s, u"Feitian SCR301 00 00"_s, u"feitian scr301"_s}) {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command({u"--list"_s, u"readers_list"_s, u"Readers"_s, list}));
+    for (const QStringList& list : {QStringList{u"X"_s, u"Y"_s}, {u"Feitian SCR301 00 00"_s}, {u"feitian scr301"_s}}) {
+        const FakeService fake(FakeScript().readers(list));
+        const ClientPointer client = makeClient(fake.command());
         QCOMPARE(summary(awaitBind(client)), badReader);
         QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s}));
         QCOMPARE(client->initialized(), false);
@@ -157,17 +158,17 @@ void TestLVitAccess::bindWithoutTheAcceptedReaderFails()
 
 void TestLVitAccess::bindFailsWithoutReaders_data()
 {
-    QTest::addColumn<QStringList>("script");
-    QTest::newRow("empty list") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s};
-    QTest::newRow("no list") << QStringList{u"--unset"_s, u"readers_list"_s, u"Readers"_s};
-    QTest::newRow("a text for a list") << QStringList{u"--set"_s, u"readers_list"_s, u"Readers"_s, u"Feitian SCR301"_s};
+    QTest::addColumn<FakeScript>("script");
+    QTest::newRow("empty list") << FakeScript().readers({});
+    QTest::newRow("no list") << FakeScript().without("readers_list", "Readers");
+    QTest::newRow("a text for a list") << FakeScript().text("readers_list", "Readers", "Feitian SCR301");
 }
 
 void TestLVitAccess::bindFailsWithoutReaders()
 {
-    QFETCH(const QStringList, script);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command(script));
+    QFETCH(const FakeScript, script);
+    const FakeService fake(script);
+    const ClientPointer client = makeClient(fake.command());
     QCOMPARE(summary(awaitBind(client)), noReader);
     QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s}));
     QCOMPARE(client->initialized(), false);
@@ -176,8 +177,8 @@ void TestLVitAccess::bindFailsWithoutReaders()
 void TestLVitAccess::whyThereAreNoReadersComesWithTheError()
 {
     const FakeService fake;
-    const QStringList script{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s,
-                             u"--set"_s,  u"readers_list"_s, u"Detail"_s,  u"Le service PC/SC ne répond pas."_s};
+    const FakeScript script =
+        FakeScript().readers({}).text("readers_list", "Detail", "Le service PC/SC ne répond pas.");
     const auto bound = awaitBind(makeClient(fake.command(script)));
     QCOMPARE(summary(bound), noReader);
     QCOMPARE(bound->error->detail(), u"Le service PC/SC ne répond pas."_s);
@@ -185,30 +186,27 @@ void TestLVitAccess::whyThereAreNoReadersComesWithTheError()
 
 void TestLVitAccess::bindStopsAtTheCommandThatFails_data()
 {
-    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<FakeScript>("script");
     QTest::addColumn<QStringList>("sent");
     for (const auto& [command, sent] : {std::pair(u"init"_s, QStringList{u"init"_s}),
                                         std::pair(u"readers_list"_s, QStringList{u"init"_s, u"readers_list"_s})}) {
         const QByteArray name = command.toLatin1();
-        QTest::addRow("%s: no status", name.constData()) << QStringList{u"--unset"_s, command, u"Status"_s} << sent;
-        QTest::addRow("%s: error", name.constData())
-            << QStringList{u"--set"_s, command, u"Status"_s, u"error"_s} << sent;
-        QTest::addRow("%s: Success", name.constData())
-            << QStringList{u"--set"_s, command, u"Status"_s, u"Success"_s} << sent;
-        QTest::addRow("%s: a number", name.constData())
-            << QStringList{u"--number"_s, command, u"Status"_s, u"1"_s} << sent;
-        QTest::addRow("%s: null", name.constData()) << QStringList{u"--do"_s, command, u"null"_s} << sent;
-        QTest::addRow("%s: crash", name.constData()) << QStringList{u"--do"_s, command, u"crash"_s} << sent;
-        QTest::addRow("%s: garbage", name.constData()) << QStringList{u"--do"_s, command, u"garbage"_s} << sent;
+        QTest::addRow("%s: no status", name.constData()) << FakeScript().without(command, "Status") << sent;
+        QTest::addRow("%s: error", name.constData()) << FakeScript().failing(command) << sent;
+        QTest::addRow("%s: Success", name.constData()) << FakeScript().text(command, "Status", "Success") << sent;
+        QTest::addRow("%s: a number", name.constData()) << FakeScript().number(command, "Status", 1) << sent;
+        QTest::addRow("%s: null", name.constData()) << FakeScript().doing(command, "null") << sent;
+        QTest::addRow("%s: crash", name.constData()) << FakeScript().doing(command, "crash") << sent;
+        QTest::addRow("%s: garbage", name.constData()) << FakeScript().doing(command, "garbage") << sent;
     }
 }
 
 void TestLVitAccess::bindStopsAtTheCommandThatFails()
 {
-    QFETCH(const QStringList, script);
+    QFETCH(const FakeScript, script);
     QFETCH(const QStringList, sent);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command(script));
+    const FakeService fake(script);
+    const ClientPointer client = makeClient(fake.command());
     QCOMPARE(summary(awaitBind(client)), general);
     QCOMPARE(commands(fake), sent);
     QCOMPARE(client->initialized(), false);
@@ -216,22 +214,21 @@ void TestLVitAccess::bindStopsAtTheCommandThatFails()
 
 void TestLVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data()
 {
-    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<FakeScript>("script");
     QTest::addColumn<bool>("isConnected");
-    QTest::newRow("error") << QStringList{u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s} << true;
-    QTest::newRow("no status") << QStringList{u"--unset"_s, u"set_readers"_s, u"Status"_s} << true;
-    QTest::newRow("null") << QStringList{u"--do"_s, u"set_readers"_s, u"null"_s} << true;
+    QTest::newRow("error") << FakeScript().failing("set_readers") << true;
+    QTest::newRow("no status") << FakeScript().without("set_readers", "Status") << true;
+    QTest::newRow("null") << FakeScript().doing("set_readers", "null") << true;
     for (const auto* const behaviour : {"crash", "exit", "garbage", "silent"})
-        QTest::newRow(behaviour) << QStringList{u"--do"_s, u"set_readers"_s, QString::fromLatin1(behaviour)} << false;
+        QTest::newRow(behaviour) << FakeScript().doing("set_readers", behaviour) << false;
 }
 
 void TestLVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected()
 {
-    QFETCH(const QStringList, script);
+    QFETCH(const FakeScript, script);
     QFETCH(const bool, isConnected);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command(script + QStringList{u"--starts"_s, u"1"_s}),
-                                            {.requestTimeout = 1s, .exitGrace = 100ms});
+    const FakeService fake(script.onlyAtStart(1));
+    const ClientPointer client = makeClient(fake.command(), {.requestTimeout = 1s, .exitGrace = 100ms});
     QCOMPARE(summary(awaitBind(client)), general);
     QCOMPARE(client->initialized(), isConnected);
     QCOMPARE(client->bound(), false);
@@ -271,8 +268,8 @@ void TestLVitAccess::bindStartsFromAFreshConnection()
 
 void TestLVitAccess::bindAnswersWhatWaitedOnTheOldConnection()
 {
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command({u"--do"_s, u"vitale_read"_s, u"silent"_s}));
+    const FakeService fake(FakeScript().doing("vitale_read", "silent"));
+    const ClientPointer client = makeClient(fake.command());
     auto waiting = beginRead(client);
     QCOMPARE(summary(awaitBind(client)), success);
     QVERIFY(waiting.isThere());
@@ -282,44 +279,43 @@ void TestLVitAccess::bindAnswersWhatWaitedOnTheOldConnection()
 
 void TestLVitAccess::onlyTheWordTrueMeansEmbedded_data()
 {
-    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<FakeScript>("script");
     QTest::addColumn<bool>("embedded");
-    QTest::newRow("true") << QStringList{u"--set"_s, u"init"_s, u"Embedded"_s, u"true"_s} << true;
-    QTest::newRow("TRUE") << QStringList{u"--set"_s, u"init"_s, u"Embedded"_s, u"TRUE"_s} << false;
-    QTest::newRow("false") << QStringList{u"--set"_s, u"init"_s, u"Embedded"_s, u"false"_s} << false;
-    QTest::newRow("with a blank") << QStringList{u"--set"_s, u"init"_s, u"Embedded"_s, u"true "_s} << false;
-    QTest::newRow("absent") << QStringList{u"--unset"_s, u"init"_s, u"Embedded"_s} << false;
-    QTest::newRow("1") << QStringList{u"--number"_s, u"init"_s, u"Embedded"_s, u"1"_s} << false;
-    QTest::newRow("true in a failure") << QStringList{u"--set"_s, u"init"_s, u"Status"_s, u"error"_s} << true;
+    QTest::newRow("true") << FakeScript().text("init", "Embedded", "true") << true;
+    QTest::newRow("TRUE") << FakeScript().text("init", "Embedded", "TRUE") << false;
+    QTest::newRow("false") << FakeScript().text("init", "Embedded", "false") << false;
+    QTest::newRow("with a blank") << FakeScript().text("init", "Embedded", "true ") << false;
+    QTest::newRow("absent") << FakeScript().without("init", "Embedded") << false;
+    QTest::newRow("1") << FakeScript().number("init", "Embedded", 1) << false;
+    QTest::newRow("true in a failure") << FakeScript().failing("init") << true;
 }
 
 void TestLVitAccess::onlyTheWordTrueMeansEmbedded()
 {
-    QFETCH(const QStringList, script);
+    QFETCH(const FakeScript, script);
     QFETCH(const bool, embedded);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command(script));
+    const FakeService fake(script);
+    const ClientPointer client = makeClient(fake.command());
     QVERIFY(awaitBind(client));
     QCOMPARE(client->embedded(), embedded);
 }
 
 void TestLVitAccess::getReadersGivesTheNamesInTheServicesOrder_data()
 {
-    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<FakeScript>("script");
     QTest::addColumn<QStringList>("names");
-    QTest::newRow("three") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u"B|A|Lecteur é"_s}
+    QTest::newRow("three") << FakeScript().readers({u"B"_s, u"A"_s, u"Lecteur é"_s})
                            << QStringList{u"B"_s, u"A"_s, u"Lecteur é"_s};
-    QTest::newRow("none") << QStringList{u"--list"_s, u"readers_list"_s, u"Readers"_s, u""_s} << QStringList();
-    QTest::newRow("some that are no texts")
-        << QStringList{u"--odd-list"_s, u"readers_list"_s, u"Readers"_s} << QStringList{u"A"_s, u"Feitian SCR301"_s};
+    QTest::newRow("none") << FakeScript().readers({}) << QStringList();
+    QTest::newRow("some that are no texts") << FakeScript().oddReaders() << QStringList{u"A"_s, u"Feitian SCR301"_s};
 }
 
 void TestLVitAccess::getReadersGivesTheNamesInTheServicesOrder()
 {
-    QFETCH(const QStringList, script);
+    QFETCH(const FakeScript, script);
     QFETCH(const QStringList, names);
-    const FakeService fake;
-    const auto outcome = awaitReaders(makeClient(fake.command(script)));
+    const FakeService fake(script);
+    const auto outcome = awaitReaders(makeClient(fake.command()));
     QCOMPARE(summary(outcome), success);
     QCOMPARE(outcome->result, (QVariantMap{{u"Readers"_s, names}}));
 }
@@ -344,8 +340,8 @@ void TestLVitAccess::setReadersSendsBothNames()
     QCOMPARE(summary(awaitSetReaders(makeClient(fake.command()), choice)), success);
     QCOMPARE(fake.requests(), QStringList{request});
 
-    const FakeService refusing;
-    const ClientPointer client = makeClient(refusing.command({u"--set"_s, u"set_readers"_s, u"Status"_s, u"no"_s}));
+    const FakeService refusing(FakeScript().text("set_readers", "Status", "no"));
+    const ClientPointer client = makeClient(refusing.command());
     QCOMPARE(summary(awaitSetReaders(client, choice)), general);
     QCOMPARE(client->initialized(), false);
 }

@@ -25,10 +25,11 @@ public:
     AllocationLimit& operator=(const AllocationLimit&) = delete;
 };
 
-QStringList informations(const QString& version)
+FakeScript informations(const QString& version)
 {
-    return {u"--set"_s, u"informations"_s, u"Informations"_s,
-            u"<r><apiLecVitale><version>7.10</version><tableHab>%1</tableHab></apiLecVitale></r>"_s.arg(version)};
+    return FakeScript().text(
+        "informations", "Informations",
+        u"<r><apiLecVitale><version>7.10</version><tableHab>%1</tableHab></apiLecVitale></r>"_s.arg(version));
 }
 
 } // namespace
@@ -58,8 +59,8 @@ class TestLVitAccessExceptions : public TestCase
 private Q_SLOTS:
     void informationsThatThrowAreTheGeneralErrorAndLeaveNone()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command(informations(QString(20'000, u'7'))));
+        const FakeService fake(informations(QString(20'000, u'7')));
+        const ClientPointer client = makeClient(fake.command());
         QCOMPARE(summary(awaitInformations(client)), success);
         QCOMPARE(client->informations()->size(), 2);
         QCOMPARE(client->informations()->value(u"MVTableHabVersion"_s).toString().size(), 20'000);
@@ -84,8 +85,8 @@ private Q_SLOTS:
         constexpr int persons = 400;
         const QString card = u"<T_AsnDonneesVitale><listeBenef>%1</listeBenef></T_AsnDonneesVitale>"_s.arg(
             u"<T_AsnBeneficiaire><ident><nomUsuel>SPECIMEN</nomUsuel></ident></T_AsnBeneficiaire>"_s.repeated(persons));
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command({u"--set"_s, u"vitale_read"_s, u"Vitale"_s, card}));
+        const FakeService fake(FakeScript().text("vitale_read", "Vitale", card));
+        const ClientPointer client = makeClient(fake.command());
         const auto good = awaitRead(client);
         QCOMPARE(summary(good), success);
         QCOMPARE(good->result->beneficiaries().size(), persons);

@@ -78,12 +78,12 @@ void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError()
 {
     QFETCH(const QString, behaviour);
     QFETCH(const bool, isSeenByTimeout);
-    const FakeService fake;
+    const FakeService fake(FakeScript().doing("any", behaviour));
     using namespace std::chrono_literals;
     ChannelLimits limits{.exitGrace = 100ms};
     if (isSeenByTimeout)
         limits.requestTimeout = 300ms;
-    const ClientPointer client = makeClient(fake.command({u"--do"_s, u"any"_s, behaviour}), limits);
+    const ClientPointer client = makeClient(fake.command(), limits);
     QCOMPARE(summary(awaitBind(client)), general);
     QCOMPARE(summary(awaitReaders(client)), general);
     QCOMPARE(summary(awaitSetReaders(client, readerChoice(u"V"_s, u"C"_s))), general);
@@ -102,8 +102,8 @@ void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError()
 
 void TestLVitAccessFailures::aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection()
 {
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command({u"--do"_s, u"vitale_read"_s, u"null"_s}));
+    const FakeService fake(FakeScript().doing("vitale_read", "null"));
+    const ClientPointer client = makeClient(fake.command());
     QCOMPARE(summary(awaitBind(client)), success);
     QCOMPARE(summary(awaitRead(client)), general);
     QCOMPARE(client->initialized(), true);
@@ -113,18 +113,17 @@ void TestLVitAccessFailures::aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTh
 
 void TestLVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection_data()
 {
-    QTest::addColumn<QStringList>("script");
-    QTest::newRow("unknown key") << QStringList{u"--set"_s, u"vitale_read"_s, u"Card"_s, u"<r/>"_s};
-    QTest::newRow("a key in another case") << QStringList{u"--set"_s, u"vitale_read"_s, u"vitale"_s, u"<r/>"_s};
-    QTest::newRow("too many readers") << QStringList{u"--list"_s, u"vitale_read"_s, u"Readers"_s,
-                                                     u"X|"_s.repeated(5000)};
+    QTest::addColumn<FakeScript>("script");
+    QTest::newRow("unknown key") << FakeScript().text("vitale_read", "Card", "<r/>");
+    QTest::newRow("a key in another case") << FakeScript().text("vitale_read", "vitale", "<r/>");
+    QTest::newRow("too many readers") << FakeScript().list("vitale_read", "Readers", QStringList(5000, u"X"_s));
 }
 
 void TestLVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection()
 {
-    QFETCH(const QStringList, script);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command(script));
+    QFETCH(const FakeScript, script);
+    const FakeService fake(script);
+    const ClientPointer client = makeClient(fake.command());
     QCOMPARE(summary(awaitBind(client)), success);
     QCOMPARE(summary(awaitRead(client)), general);
     QCOMPARE(client->initialized(), false);
@@ -157,8 +156,8 @@ void TestLVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced_data()
 void TestLVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced()
 {
     QFETCH(const QString, command);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command({u"--do"_s, command, u"silent"_s, u"--starts"_s, u"1"_s}));
+    const FakeService fake(FakeScript().doing(command, "silent").onlyAtStart(1));
+    const ClientPointer client = makeClient(fake.command());
     auto replaced = beginBind(client);
     QTRY_VERIFY_WITH_TIMEOUT(commands(fake).contains(command), 30'000);
     QCOMPARE(summary(awaitBind(client)), success);
@@ -189,9 +188,8 @@ void TestLVitAccessFailures::ofManyBindsTheNewestEndsWell()
 
 void TestLVitAccessFailures::overlappingRequestsEachGetTheirOwnReply()
 {
-    const FakeService fake;
-    const ClientPointer client =
-        makeClient(fake.command({u"--reverse"_s, u"5"_s, u"--set"_s, u"set_readers"_s, u"Status"_s, u"error"_s}));
+    const FakeService fake(FakeScript().reversing(5).failing("set_readers"));
+    const ClientPointer client = makeClient(fake.command());
     auto firstRead = beginRead(client);
     auto listed = beginReaders(client);
     auto chosen = beginSetReaders(client, readerChoice(u"V"_s, u"C"_s));
@@ -255,8 +253,8 @@ void TestLVitAccessFailures::operationsWithoutAHandlerDoNoHarm()
 
 void TestLVitAccessFailures::aDroppedClientLivesUntilItsReplyHasCome()
 {
-    const FakeService fake;
-    ClientPointer client = makeClient(fake.command({u"--do"_s, u"any"_s, u"slow"_s}));
+    const FakeService fake(FakeScript().doing("any", "slow"));
+    ClientPointer client = makeClient(fake.command());
     const std::weak_ptr<LVitAccess> watched = client;
     auto bound = beginBind(client);
     auto wasRead = beginRead(client);
@@ -296,8 +294,8 @@ void TestLVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled_data()
 void TestLVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled()
 {
     QFETCH(const int, signal);
-    const FakeService fake;
-    const ServiceCommand service = fake.command({u"--ignore-end"_s});
+    const FakeService fake(FakeScript().ignoringTheEnd());
+    const ServiceCommand service = fake.command();
     QProcess application;
     application.start(QStringLiteral(PELMORA_CARD_CLIENT), QStringList{service.program} + service.arguments);
     QVERIFY(application.waitForStarted(30'000));

@@ -1,9 +1,9 @@
 #include "card/client/LVitAccess.h"
 #include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/ClientOutcome.h"
-#include "tests/card/client/FakeService.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/common/TestCase.h"
+#include "tests/fakes/FakeService.h"
 
 #include <QRegularExpression>
 #include <QtTest>
@@ -62,20 +62,20 @@ void TestLVitAccessLog::requestsAndRepliesAreLoggedAtDebugLevel()
 
 void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne_data()
 {
-    QTest::addColumn<QString>("list");
+    QTest::addColumn<QStringList>("list");
     QTest::addColumn<QStringList>("logged");
-    QTest::newRow("two, none accepted") << u"X|Y"_s << QStringList{u"Readers: (X, Y)"_s};
-    QTest::newRow("control characters") << u"X\n\x1b[31m|Y\u009B"_s << QStringList{u"Readers: (X??[31m, Y?)"_s};
-    QTest::newRow("none") << u""_s << QStringList();
+    QTest::newRow("two, none accepted") << QStringList{u"X"_s, u"Y"_s} << QStringList{u"Readers: (X, Y)"_s};
+    QTest::newRow("control characters") << QStringList{u"X\n\x1b[31m"_s, u"Y\u009B"_s}
+                                        << QStringList{u"Readers: (X??[31m, Y?)"_s};
+    QTest::newRow("none") << QStringList() << QStringList();
 }
 
 void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne()
 {
-    QFETCH(const QString, list);
+    QFETCH(const QStringList, list);
     QFETCH(const QStringList, logged);
-    const FakeService fake;
-    const auto client =
-        std::make_shared<LVitAccess>(fake.command({u"--list"_s, u"readers_list"_s, u"Readers"_s, list}));
+    const FakeService fake(FakeScript().readers(list));
+    const auto client = std::make_shared<LVitAccess>(fake.command());
     QVERIFY(awaitBind(client));
     QCOMPARE(lines().filter(QRegularExpression(u"^Readers: "_s)), logged);
 }
@@ -90,8 +90,8 @@ void TestLVitAccessLog::anAbsentReaderNameIsLoggedAsAnError()
 
 void TestLVitAccessLog::anInterruptionIsLogged()
 {
-    const FakeService fake;
-    const auto client = std::make_shared<LVitAccess>(fake.command({u"--do"_s, u"any"_s, u"crash"_s}));
+    const FakeService fake(FakeScript().doing("any", "crash"));
+    const auto client = std::make_shared<LVitAccess>(fake.command());
     QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
     QCOMPARE(lines(), (QStringList{
                           u"Message:\n{\"Command\": \"vitale_read\"}"_s,
@@ -103,8 +103,8 @@ void TestLVitAccessLog::anInterruptionIsLogged()
 
 void TestLVitAccessLog::anUnsolicitedMessageIsLogged()
 {
-    const FakeService fake;
-    const auto client = std::make_shared<LVitAccess>(fake.command({u"--do"_s, u"any"_s, u"unsolicited"_s}));
+    const FakeService fake(FakeScript().doing("any", "unsolicited"));
+    const auto client = std::make_shared<LVitAccess>(fake.command());
     QCOMPARE(summary(awaitRead(client)), u"success"_s);
     QCOMPARE(lines().value(1),
              u"Received response in _initConnection event handler: ADDRESS\n{\"Event\": \"something\"}"_s);
@@ -112,8 +112,8 @@ void TestLVitAccessLog::anUnsolicitedMessageIsLogged()
 
 void TestLVitAccessLog::manyUnsolicitedMessagesFillNoLog()
 {
-    const FakeService fake;
-    const auto client = std::make_shared<LVitAccess>(fake.command({u"--do"_s, u"vitale_read"_s, u"burst"_s}));
+    const FakeService fake(FakeScript().doing("vitale_read", "burst"));
+    const auto client = std::make_shared<LVitAccess>(fake.command());
     QCOMPARE(summary(awaitRead(client)), u"success"_s);
     QCOMPARE(summary(awaitBind(client)), u"success"_s);
     QCOMPARE(lines().filter(u"_initConnection"_s).size(), 200);
@@ -122,8 +122,8 @@ void TestLVitAccessLog::manyUnsolicitedMessagesFillNoLog()
 
 void TestLVitAccessLog::aReplyThatIsNoDictionaryIsLogged()
 {
-    const FakeService fake;
-    const auto client = std::make_shared<LVitAccess>(fake.command({u"--do"_s, u"any"_s, u"null"_s}));
+    const FakeService fake(FakeScript().doing("any", "null"));
+    const auto client = std::make_shared<LVitAccess>(fake.command());
     QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
     QCOMPARE(lines().value(1), u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: "
                                "ADDRESS\nno dictionary"_s);
@@ -144,11 +144,11 @@ void TestLVitAccessLog::nothingOfACardIsLogged()
     const auto client = std::make_shared<LVitAccess>(fake.command());
     QCOMPARE(summary(awaitRead(client)), u"success"_s);
     const ClientPointer failing =
-        std::make_shared<LVitAccess>(fake.command({u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u"SPECIMEN"_s}));
+        std::make_shared<LVitAccess>(fake.command(FakeScript().text("vitale_read", "Vitale", "SPECIMEN")));
     QVERIFY(awaitRead(failing));
     const FakeService inBytes;
     const ClientPointer bytes =
-        std::make_shared<LVitAccess>(inBytes.command({u"--bytes"_s, u"vitale_read"_s, u"Vitale"_s, u"5350454349"_s}));
+        std::make_shared<LVitAccess>(inBytes.command(FakeScript().bytes("vitale_read", "Vitale", "SPECI")));
     QVERIFY(awaitRead(bytes));
     const QString logged = m_log.lines().join(u'\n');
     QVERIFY2(!logged.contains(u"SPECI"), qPrintable(logged));

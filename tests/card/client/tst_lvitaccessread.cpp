@@ -57,8 +57,8 @@ void TestLVitAccessRead::informationsAreReadByTheirPaths()
 {
     QFETCH(const QString, document);
     QFETCH(const QVariantMap, informations);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command({u"--set"_s, u"informations"_s, u"Informations"_s, document}));
+    const FakeService fake(FakeScript().text("informations", "Informations", document));
+    const ClientPointer client = makeClient(fake.command());
     const auto outcome = awaitInformations(client);
     QCOMPARE(summary(outcome), success);
     QCOMPARE(outcome->result, informations);
@@ -81,24 +81,23 @@ void TestLVitAccessRead::informationsAreAbsentFromInitUntilObtained()
 
 void TestLVitAccessRead::failedInformationsGiveTheLastOnes_data()
 {
-    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<FakeScript>("script");
     QTest::addColumn<QString>("error");
-    QTest::newRow("error") << QStringList{u"--set"_s, u"informations"_s, u"Status"_s, u"error"_s} << general;
-    QTest::newRow("no status") << QStringList{u"--unset"_s, u"informations"_s, u"Status"_s} << general;
-    QTest::newRow("no document") << QStringList{u"--unset"_s, u"informations"_s, u"Informations"_s} << general;
+    QTest::newRow("error") << FakeScript().failing("informations") << general;
+    QTest::newRow("no status") << FakeScript().without("informations", "Status") << general;
+    QTest::newRow("no document") << FakeScript().without("informations", "Informations") << general;
     QTest::newRow("a document that is not UTF-8")
-        << QStringList{u"--bytes"_s, u"informations"_s, u"Informations"_s, u"3c723ee93c2f723e"_s} << general;
-    QTest::newRow("not XML") << QStringList{u"--set"_s, u"informations"_s, u"Informations"_s, u"versions"_s}
-                             << u"XML"_s;
-    QTest::newRow("empty") << QStringList{u"--set"_s, u"informations"_s, u"Informations"_s, u""_s} << u"XML"_s;
+        << FakeScript().bytes("informations", "Informations", "<r>\xE9</r>") << general;
+    QTest::newRow("not XML") << FakeScript().text("informations", "Informations", "versions") << u"XML"_s;
+    QTest::newRow("empty") << FakeScript().text("informations", "Informations", "") << u"XML"_s;
 }
 
 void TestLVitAccessRead::failedInformationsGiveTheLastOnes()
 {
-    QFETCH(const QStringList, script);
+    QFETCH(const FakeScript, script);
     QFETCH(const QString, error);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command(script));
+    const FakeService fake(script);
+    const ClientPointer client = makeClient(fake.command());
     auto outcome = awaitInformations(client);
     QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
     QCOMPARE(outcome->result, QVariantMap());
@@ -129,35 +128,31 @@ void TestLVitAccessRead::aReadGivesTheRecordWithItsLabelAndItsText()
 
 void TestLVitAccessRead::aReadWithoutALabelGivesARecordWithoutIt()
 {
-    const FakeService fake;
-    const auto outcome = awaitRead(makeClient(fake.command({u"--unset"_s, u"vitale_read"_s, u"FundCodeLibelle"_s})));
+    const FakeService fake(FakeScript().without("vitale_read", "FundCodeLibelle"));
+    const auto outcome = awaitRead(makeClient(fake.command()));
     QCOMPARE(summary(outcome), success);
     QCOMPARE(outcome->result->text(CardKey::fundCodeLibelle), std::nullopt);
 }
 
 void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult_data()
 {
-    QTest::addColumn<QString>("result");
+    QTest::addColumn<std::optional<int>>("result");
     QTest::addColumn<QString>("error");
-    for (const auto& [result, code] : {std::pair("11", "-30"), std::pair("13", "-22"), std::pair("15", "-31"),
-                                       std::pair("17", "-31"), std::pair("25", "-31"), std::pair("12", "-10"),
-                                       std::pair("0", "-10"), std::pair("-11", "-10"), std::pair("", "-10")})
-        QTest::addRow("result %s", result)
-            << QString::fromLatin1(result) << u"Pelmora %1"_s.arg(QLatin1StringView(code));
+    for (const auto& [result, code] : {std::pair(11, -30), std::pair(13, -22), std::pair(15, -31), std::pair(17, -31),
+                                       std::pair(25, -31), std::pair(12, -10), std::pair(0, -10), std::pair(-11, -10)})
+        QTest::addRow("result %d", result) << std::optional(result) << u"Pelmora %1"_s.arg(code);
+    QTest::newRow("no result") << std::optional<int>() << general;
 }
 
 void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult()
 {
-    QFETCH(const QString, result);
+    QFETCH(const std::optional<int>, result);
     QFETCH(const QString, error);
-    QStringList number;
-    if (!result.isEmpty())
-        number = {u"--number"_s, u"vitale_read"_s, u"Result"_s, result};
+    const FakeScript failing = FakeScript().failing("vitale_read", result);
     // A document beside a failure is not looked at.
-    for (const QStringList& status : {QStringList{u"--set"_s, u"vitale_read"_s, u"Status"_s, u"error"_s},
-                                      QStringList{u"--unset"_s, u"vitale_read"_s, u"Status"_s}}) {
-        const FakeService fake;
-        const auto outcome = awaitRead(makeClient(fake.command(status + number)));
+    for (const FakeScript& script : {failing, failing.without("vitale_read", "Status")}) {
+        const FakeService fake(script);
+        const auto outcome = awaitRead(makeClient(fake.command()));
         QCOMPARE(summary(outcome), error);
         QVERIFY(!outcome->result);
     }
@@ -165,44 +160,37 @@ void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult()
 
 void TestLVitAccessRead::whatTheServiceHasToSayOfAFailureComesWithItsError()
 {
-    const QStringList failure{u"--set"_s,    u"vitale_read"_s, u"Status"_s, u"error"_s,
-                              u"--number"_s, u"vitale_read"_s, u"Result"_s, u"13"_s};
-    const QStringList detail{u"--set"_s, u"vitale_read"_s, u"Detail"_s, u"Fermez l’autre programme."_s};
-    const FakeService telling;
-    const auto told = awaitRead(makeClient(telling.command(failure + detail)));
+    const FakeScript failing = FakeScript().failing("vitale_read", 13);
+    const FakeService telling(failing.text("vitale_read", "Detail", "Fermez l’autre programme."));
+    const auto told = awaitRead(makeClient(telling.command()));
     QCOMPARE(summary(told), u"Pelmora -22"_s);
     QCOMPARE(told->error->detail(), u"Fermez l’autre programme."_s);
-    const FakeService silent;
-    QCOMPARE(awaitRead(makeClient(silent.command(failure)))->error->detail(), QString());
+    const FakeService silent(failing);
+    QCOMPARE(awaitRead(makeClient(silent.command()))->error->detail(), QString());
 }
 
 void TestLVitAccessRead::aReadWhoseDocumentIsBadFails_data()
 {
-    QTest::addColumn<QStringList>("script");
+    QTest::addColumn<FakeScript>("script");
     QTest::addColumn<QString>("error");
-    QTest::newRow("missing") << QStringList{u"--unset"_s, u"vitale_read"_s, u"Vitale"_s} << general;
-    QTest::newRow("a number") << QStringList{u"--number"_s, u"vitale_read"_s, u"Vitale"_s, u"7"_s} << general;
-    QTest::newRow("empty") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u""_s} << u"XML"_s;
-    QTest::newRow("not XML") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u"carte"_s} << u"XML"_s;
-    QTest::newRow("cut") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u"<T_AsnDonneesVitale><tech>"_s}
-                         << u"XML"_s;
-    QTest::newRow("no beneficiary") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s,
-                                                   u"<T_AsnDonneesVitale/>"_s}
+    QTest::newRow("missing") << FakeScript().without("vitale_read", "Vitale") << general;
+    QTest::newRow("a number") << FakeScript().number("vitale_read", "Vitale", 7) << general;
+    QTest::newRow("empty") << FakeScript().text("vitale_read", "Vitale", "") << u"XML"_s;
+    QTest::newRow("not XML") << FakeScript().text("vitale_read", "Vitale", "carte") << u"XML"_s;
+    QTest::newRow("cut") << FakeScript().text("vitale_read", "Vitale", "<T_AsnDonneesVitale><tech>") << u"XML"_s;
+    QTest::newRow("no beneficiary") << FakeScript().text("vitale_read", "Vitale", "<T_AsnDonneesVitale/>")
                                     << u"Pelmora -40"_s;
-    QTest::newRow("another root") << QStringList{u"--set"_s, u"vitale_read"_s, u"Vitale"_s, u"<card/>"_s}
-                                  << u"Pelmora -40"_s;
+    QTest::newRow("another root") << FakeScript().text("vitale_read", "Vitale", "<card/>") << u"Pelmora -40"_s;
     // 0x81 is nothing in any of the encodings.
-    QTest::newRow("in no encoding") << QStringList{u"--bytes"_s, u"vitale_read"_s, u"Vitale"_s,
-                                                   QString::fromLatin1(hexCard("SPECIMEN \x81"))}
-                                    << general;
+    QTest::newRow("in no encoding") << FakeScript().bytes("vitale_read", "Vitale", cardOf("SPECIMEN \x81")) << general;
 }
 
 void TestLVitAccessRead::aReadWhoseDocumentIsBadFails()
 {
-    QFETCH(const QStringList, script);
+    QFETCH(const FakeScript, script);
     QFETCH(const QString, error);
-    const FakeService fake;
-    const auto outcome = awaitRead(makeClient(fake.command(script)));
+    const FakeService fake(script);
+    const auto outcome = awaitRead(makeClient(fake.command()));
     QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
     QVERIFY(!outcome->result);
 }
@@ -226,9 +214,8 @@ void TestLVitAccessRead::aDocumentInBytesIsDecoded()
 {
     QFETCH(const QByteArray, name);
     QFETCH(const QString, read);
-    const FakeService fake;
-    const auto outcome = awaitRead(
-        makeClient(fake.command({u"--bytes"_s, u"vitale_read"_s, u"Vitale"_s, QString::fromLatin1(hexCard(name))})));
+    const FakeService fake(FakeScript().bytes("vitale_read", "Vitale", cardOf(name)));
+    const auto outcome = awaitRead(makeClient(fake.command()));
     QCOMPARE(summary(outcome), success);
     QCOMPARE(lastName(outcome), read);
     QVERIFY(outcome->result->text(CardKey::xmlString).value_or(QString()).contains(read));
@@ -237,9 +224,8 @@ void TestLVitAccessRead::aDocumentInBytesIsDecoded()
 void TestLVitAccessRead::aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother()
 {
     // Busy with the reader, the service does not even see that its input ends.
-    const FakeService fake;
-    const ClientPointer client =
-        makeClient(fake.command({u"--do"_s, u"vitale_read"_s, u"stop-reading"_s}), {.exitGrace = 100ms});
+    const FakeService fake(FakeScript().doing("vitale_read", "stop-reading"));
+    const ClientPointer client = makeClient(fake.command(), {.exitGrace = 100ms});
     QCOMPARE(summary(awaitBind(client)), success);
     auto read = beginRead(client);
     QTRY_VERIFY(commands(fake).contains(u"vitale_read"_s));
@@ -268,8 +254,8 @@ void TestLVitAccessRead::aCancellationWithoutAReadLeavesTheConnection()
 
 void TestLVitAccessRead::aCancellationLeavesABindThatHasEndedTheReadAlready()
 {
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command({u"--do"_s, u"vitale_read"_s, u"silent"_s}));
+    const FakeService fake(FakeScript().doing("vitale_read", "silent"));
+    const ClientPointer client = makeClient(fake.command());
     QCOMPARE(summary(awaitBind(client)), success);
     auto read = beginRead(client);
     auto bind = beginBind(client);

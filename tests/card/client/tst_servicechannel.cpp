@@ -63,9 +63,9 @@ void TestServiceChannel::aRequestGetsItsReply()
 
 void TestServiceChannel::repliesReachTheirRequestsInAnyOrder()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--reverse"_s, u"3"_s, u"--set"_s, u"a"_s, u"Status"_s, u"A"_s, u"--set"_s,
-                                         u"b"_s, u"Status"_s, u"B"_s, u"--set"_s, u"c"_s, u"Status"_s, u"C"_s}));
+    const FakeService fake(
+        FakeScript().reversing(3).text("a", "Status", "A").text("b", "Status", "B").text("c", "Status", "C"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"a"_s, u"b"_s, u"c"_s}));
     QVERIFY(waitForEnd(*story));
@@ -75,8 +75,8 @@ void TestServiceChannel::repliesReachTheirRequestsInAnyOrder()
 
 void TestServiceChannel::aReplyThatDribblesInIsWaitedFor()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"in-pieces"_s}));
+    const FakeService fake(FakeScript().doing("any", "in-pieces"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"vitale_read"_s, u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -86,8 +86,8 @@ void TestServiceChannel::aReplyThatDribblesInIsWaitedFor()
 
 void TestServiceChannel::aSlowReplyIsWaitedFor()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"slow"_s}));
+    const FakeService fake(FakeScript().doing("any", "slow"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s, u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -97,8 +97,8 @@ void TestServiceChannel::aSlowReplyIsWaitedFor()
 
 void TestServiceChannel::aNullBodyIsNoDictionaryAndBreaksNothing()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"vitale_read"_s, u"null"_s}));
+    const FakeService fake(FakeScript().doing("vitale_read", "null"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"vitale_read"_s, u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -108,33 +108,29 @@ void TestServiceChannel::aNullBodyIsNoDictionaryAndBreaksNothing()
 
 void TestServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest_data()
 {
-    QTest::addColumn<QString>("option");
-    QTest::addColumn<QString>("behaviour");
+    QTest::addColumn<FakeScript>("script");
     QTest::addColumn<bool>("isSeenByTimeout");
     for (const auto* const behaviour :
          {"garbage", "chatter", "huge", "crash", "crash-midway", "exit", "close-output", "close-input"})
-        QTest::newRow(behaviour) << u"--do"_s << QString::fromLatin1(behaviour) << false;
+        QTest::newRow(behaviour) << FakeScript().doing("vitale_read", behaviour) << false;
     for (const auto* const behaviour : {"half", "silent", "stop-reading", "flood"})
-        QTest::newRow(behaviour) << u"--do"_s << QString::fromLatin1(behaviour) << true;
+        QTest::newRow(behaviour) << FakeScript().doing("vitale_read", behaviour) << true;
     for (const auto* const behaviour : {"garbage", "huge", "crash", "exit", "close-output", "close-input"})
-        QTest::addRow("%s at start", behaviour) << u"--at-start"_s << QString::fromLatin1(behaviour) << false;
+        QTest::addRow("%s at start", behaviour) << FakeScript().startingWith(behaviour) << false;
 }
 
 void TestServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest()
 {
-    QFETCH(const QString, option);
-    QFETCH(const QString, behaviour);
+    QFETCH(const FakeScript, script);
     QFETCH(const bool, isSeenByTimeout);
-    const FakeService fake;
-    const QStringList arguments =
-        option == u"--do" ? QStringList{option, u"vitale_read"_s, behaviour} : QStringList{option, behaviour};
-    ServiceChannel channel(fake.command(arguments), isSeenByTimeout ? hasty : ChannelLimits{.exitGrace = 200ms});
+    const FakeService fake(script);
+    ServiceChannel channel(fake.command(), isSeenByTimeout ? hasty : ChannelLimits{.exitGrace = 200ms});
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"vitale_read"_s, u"vitale_read"_s, u"vitale_read"_s}));
     QVERIFY(waitForEnd(*story));
     channel.stop();
     // The flood may come too late for a message of it to arrive.
-    QVERIFY(story->events.removeAll(u"unsolicited"_s) == 0 || behaviour == u"flood");
+    QVERIFY(story->events.removeAll(u"unsolicited"_s) == 0 || QLatin1StringView(QTest::currentDataTag()) == "flood"_L1);
     QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s, u"2: none"_s, u"3: none"_s}));
     QVERIFY(std::ranges::all_of(fake.processes(), FakeService::isReaped));
 }
@@ -149,9 +145,8 @@ void TestServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout_data()
 void TestServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout()
 {
     QFETCH(const QString, behaviour);
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, behaviour}),
-                           {.requestTimeout = 10min, .exitGrace = 100ms});
+    const FakeService fake(FakeScript().doing("any", behaviour));
+    ServiceChannel channel(fake.command(), {.requestTimeout = 10min, .exitGrace = 100ms});
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     // Less than the life of the child that one of them leaves behind.
@@ -162,8 +157,8 @@ void TestServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout()
 
 void TestServiceChannel::aRequestToAServiceThatHasJustDiedIsAnsweredAndKillsNobody()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--at-start"_s, u"exit"_s}));
+    const FakeService fake(FakeScript().startingWith("exit"));
+    ServiceChannel channel(fake.command());
     std::promise<QString> replied;
     auto reply = replied.get_future();
     QCOMPARE(onChannel(channel,
@@ -185,8 +180,8 @@ void TestServiceChannel::aRequestToAServiceThatHasJustDiedIsAnsweredAndKillsNobo
 
 void TestServiceChannel::theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"crash"_s}));
+    const FakeService fake(FakeScript().doing("any", "crash"));
+    ServiceChannel channel(fake.command());
     std::promise<QString> told;
     auto future = told.get_future();
     QCOMPARE(onChannel(channel,
@@ -204,8 +199,8 @@ void TestServiceChannel::theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()
 
 void TestServiceChannel::whatAServiceAnsweredBeforeItDiedStillCounts()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"crash-after"_s}));
+    const FakeService fake(FakeScript().doing("any", "crash-after"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s, u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -215,8 +210,8 @@ void TestServiceChannel::whatAServiceAnsweredBeforeItDiedStillCounts()
 
 void TestServiceChannel::aServiceThatEndsWhileNothingWaitsInterrupts()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--at-start"_s, u"exit"_s}));
+    const FakeService fake(FakeScript().startingWith("exit"));
+    ServiceChannel channel(fake.command());
     std::promise<ChannelEvent::Kind> told;
     auto future = told.get_future();
     QCOMPARE(
@@ -231,8 +226,8 @@ void TestServiceChannel::aServiceThatEndsWhileNothingWaitsInterrupts()
 
 void TestServiceChannel::duplicateAndUnknownRepliesAreDroppedWithAWarning()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"a"_s, u"twice"_s, u"--do"_s, u"b"_s, u"to-nobody"_s}));
+    const FakeService fake(FakeScript().doing("a", "twice").doing("b", "to-nobody"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"a"_s, u"b"_s, u"c"_s}));
     QVERIFY(waitForEnd(*story));
@@ -244,8 +239,8 @@ void TestServiceChannel::duplicateAndUnknownRepliesAreDroppedWithAWarning()
 
 void TestServiceChannel::repliesToNobodyFillNoLog()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"to-nobody-often"_s}));
+    const FakeService fake(FakeScript().doing("any", "to-nobody-often"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -257,9 +252,8 @@ void TestServiceChannel::repliesToNobodyFillNoLog()
 
 void TestServiceChannel::unsolicitedMessagesReachTheEventHandler()
 {
-    const FakeService fake;
-    ServiceChannel channel(
-        fake.command({u"--do"_s, u"a"_s, u"unsolicited"_s, u"--do"_s, u"b"_s, u"unsolicited-null"_s}));
+    const FakeService fake(FakeScript().doing("a", "unsolicited").doing("b", "unsolicited-null"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
     QVERIFY(waitForEnd(*story));
@@ -270,8 +264,8 @@ void TestServiceChannel::unsolicitedMessagesReachTheEventHandler()
 
 void TestServiceChannel::tasksAndTimeoutsAreServedDuringAFlood()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"a"_s, u"flood"_s}), {.requestTimeout = 2s, .exitGrace = 200ms});
+    const FakeService fake(FakeScript().doing("a", "flood"));
+    ServiceChannel channel(fake.command(), {.requestTimeout = 2s, .exitGrace = 200ms});
     std::promise<void> flooded;
     std::promise<bool> replied;
     auto flood = flooded.get_future();
@@ -318,8 +312,8 @@ void TestServiceChannel::aRequestLargerThanThePipeArrivesWhole()
 
 void TestServiceChannel::aServiceThatReadsNothingDoesNotHoldTheThread()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--at-start"_s, u"stop-reading"_s}), {.exitGrace = 100ms});
+    const FakeService fake(FakeScript().startingWith("stop-reading"));
+    ServiceChannel channel(fake.command(), {.exitGrace = 100ms});
     std::promise<bool> replied;
     auto reply = replied.get_future();
     QCOMPARE(onChannel(channel,

@@ -120,9 +120,8 @@ private Q_SLOTS:
 
     void aConnectionThatCannotBeWatchedAnyMoreIsBrokenAndNothingSpins()
     {
-        const FakeService fake;
-        ServiceChannel channel(fake.command({u"--do"_s, u"vitale_read"_s, u"silent"_s}),
-                               {.requestTimeout = 10min, .exitGrace = 1500ms});
+        const FakeService fake(FakeScript().doing("vitale_read", "silent"));
+        ServiceChannel channel(fake.command(), {.requestTimeout = 10min, .exitGrace = 1500ms});
         const auto first = std::make_shared<Story>();
         QVERIFY(converse(channel, first, {u"init"_s}));
         QVERIFY(waitForEnd(*first));

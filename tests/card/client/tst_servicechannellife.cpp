@@ -28,8 +28,8 @@ private:
 
 void TestServiceChannelLife::closingAnswersWhatWaitsAndTellsNoEvent()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"silent"_s}));
+    const FakeService fake(FakeScript().doing("any", "silent"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
     QCOMPARE(onChannel(channel,
@@ -59,8 +59,8 @@ void TestServiceChannelLife::requestsWithoutAConnectionAreAnsweredAtOnce()
 void TestServiceChannelLife::numbersStartAgainOnANewConnection()
 {
     // The second service drops replies to the numbers of the first: each connection counts from 1.
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"b"_s, u"twice"_s}));
+    const FakeService fake(FakeScript().doing("b", "twice"));
+    ServiceChannel channel(fake.command());
     const auto first = std::make_shared<Story>();
     QVERIFY(converse(channel, first, {u"a"_s}));
     QVERIFY(waitForEnd(*first));
@@ -76,10 +76,10 @@ void TestServiceChannelLife::numbersStartAgainOnANewConnection()
 
 void TestServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheService()
 {
-    const FakeService fake;
+    const FakeService fake(FakeScript().doing("any", "silent"));
     const auto story = std::make_shared<Story>();
     {
-        ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"silent"_s}));
+        ServiceChannel channel(fake.command());
         QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
         QTRY_COMPARE_WITH_TIMEOUT(fake.requests().size(), 2, 30'000);
     }
@@ -90,11 +90,11 @@ void TestServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheService()
 
 void TestServiceChannelLife::destructionOutlastsAServiceThatIgnoresTheEndOfItsInput()
 {
-    const FakeService fake;
+    const FakeService fake(FakeScript().ignoringTheEnd());
     const auto story = std::make_shared<Story>();
     QElapsedTimer timer;
     {
-        ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 300ms});
+        ServiceChannel channel(fake.command(), {.exitGrace = 300ms});
         QVERIFY(converse(channel, story, {u"init"_s}));
         QVERIFY(waitForEnd(*story));
         timer.start();

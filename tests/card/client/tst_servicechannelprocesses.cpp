@@ -56,8 +56,8 @@ void TestServiceChannelProcesses::aServiceLeavesWhenItsInputEnds()
 
 void TestServiceChannelProcesses::closingDoesNotWaitForAServiceThatStaysAndThatIsKilled()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 1s});
+    const FakeService fake(FakeScript().ignoringTheEnd());
+    ServiceChannel channel(fake.command(), {.exitGrace = 1s});
     const auto first = std::make_shared<Story>();
     QVERIFY(converse(channel, first, {u"init"_s}));
     QVERIFY(waitForEnd(*first));
@@ -79,8 +79,8 @@ void TestServiceChannelProcesses::closingDoesNotWaitForAServiceThatStaysAndThatI
 void TestServiceChannelProcesses::theEndHurriesServicesThatIgnoreTheEndOfTheirInput()
 {
     // One that was leaving already, and one that is told to.
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 10min, .stopGrace = 300ms});
+    const FakeService fake(FakeScript().ignoringTheEnd());
+    ServiceChannel channel(fake.command(), {.exitGrace = 10min, .stopGrace = 300ms});
     const auto first = std::make_shared<Story>();
     QVERIFY(converse(channel, first, {u"init"_s}));
     QVERIFY(waitForEnd(*first));
@@ -178,8 +178,8 @@ void TestServiceChannelProcesses::theServiceCanBeStartedWithoutStandardDescripto
 
 void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"chatter-on-errors"_s}));
+    const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -193,8 +193,8 @@ void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsLoggedAtDeb
 
 void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"chatter-on-errors"_s}));
+    const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     MXLog::defaultLogger().setLogLevel(MXLog::Notice);
     QVERIFY(converse(channel, story, {u"init"_s}));
@@ -215,8 +215,8 @@ void TestServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABound
 void TestServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged()
 {
     QFETCH(const QString, behaviour);
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, behaviour}));
+    const FakeService fake(FakeScript().doing("any", behaviour));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -229,8 +229,8 @@ void TestServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABound
 
 void TestServiceChannelProcesses::aNoisyChildDoesNotHoldUpLeaveTakingOfItsService()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"die-and-leave-a-noisy-child"_s}), {.exitGrace = 10min});
+    const FakeService fake(FakeScript().doing("any", "die-and-leave-a-noisy-child"));
+    ServiceChannel channel(fake.command(), {.exitGrace = 10min});
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     // Less than the child's life.
@@ -239,8 +239,8 @@ void TestServiceChannelProcesses::aNoisyChildDoesNotHoldUpLeaveTakingOfItsServic
 
 void TestServiceChannelProcesses::aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--do"_s, u"any"_s, u"flood-on-errors"_s}), {.exitGrace = 200ms});
+    const FakeService fake(FakeScript().doing("any", "flood-on-errors"));
+    ServiceChannel channel(fake.command(), {.exitGrace = 200ms});
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -257,24 +257,21 @@ void TestServiceChannelProcesses::aFloodOnStandardErrorHoldsNothingUpAndFillsNoL
 
 void TestServiceChannelProcesses::howAProcessEndedIsLoggedByDefault_data()
 {
-    QTest::addColumn<QStringList>("behaviour");
+    QTest::addColumn<QString>("behaviour");
     QTest::addColumn<QString>("logged");
-    const auto doing = [](const char* behaviour) {
-        return QStringList{u"--do"_s, u"any"_s, QString::fromLatin1(behaviour)};
-    };
-    QTest::newRow("fault in memory") << doing("segfault") << u"The card service ended: signal 11 (SIGSEGV)"_s;
-    QTest::newRow("kill") << doing("crash") << u"The card service ended: signal 9 (SIGKILL)"_s;
-    QTest::newRow("exit") << doing("exit") << u"The card service ended: exit status 0"_s;
-    QTest::newRow("exit with 3") << doing("exit-with-3") << u"The card service ended: exit status 3"_s;
-    QTest::newRow("bad arguments") << QStringList{u"--absent"_s} << u"The card service ended: exit status 2"_s;
+    QTest::newRow("fault in memory") << u"segfault"_s << u"The card service ended: signal 11 (SIGSEGV)"_s;
+    QTest::newRow("kill") << u"crash"_s << u"The card service ended: signal 9 (SIGKILL)"_s;
+    QTest::newRow("exit") << u"exit"_s << u"The card service ended: exit status 0"_s;
+    QTest::newRow("exit with 3") << u"exit-with-3"_s << u"The card service ended: exit status 3"_s;
+    QTest::newRow("bad arguments") << u"absent"_s << u"The card service ended: exit status 2"_s;
 }
 
 void TestServiceChannelProcesses::howAProcessEndedIsLoggedByDefault()
 {
-    QFETCH(const QStringList, behaviour);
+    QFETCH(const QString, behaviour);
     QFETCH(const QString, logged);
-    const FakeService fake;
-    ServiceChannel channel(fake.command(behaviour));
+    const FakeService fake(FakeScript().doing("any", behaviour));
+    ServiceChannel channel(fake.command());
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));
@@ -297,8 +294,8 @@ void TestServiceChannelProcesses::aServiceThatLeavesWhenItIsAskedToIsNotLogged()
 
 void TestServiceChannelProcesses::aServiceThatHadToBeKilledIsLoggedAsThat()
 {
-    const FakeService fake;
-    ServiceChannel channel(fake.command({u"--ignore-end"_s}), {.exitGrace = 100ms});
+    const FakeService fake(FakeScript().ignoringTheEnd());
+    ServiceChannel channel(fake.command(), {.exitGrace = 100ms});
     const auto story = std::make_shared<Story>();
     QVERIFY(converse(channel, story, {u"init"_s}));
     QVERIFY(waitForEnd(*story));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "card/client/ServiceProcess.h"
+#include "tests/fakes/FakeScript.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,7 +12,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <optional>
+#include <utility>
 
 #include <signal.h>
 
@@ -19,11 +20,17 @@
 class FakeService
 {
 public:
-    /// How to start it with the given behaviour. A service may be started several times; all note in one record.
-    [[nodiscard]] ServiceCommand command(const QStringList& arguments = {}) const
+    explicit FakeService(FakeScript script = {})
+        : m_script(std::move(script))
+    {
+    }
+
+    /// How to start it. A service may be started several times, with other scripts too; all note in one record.
+    [[nodiscard]] ServiceCommand command() const { return command(m_script); }
+    [[nodiscard]] ServiceCommand command(const FakeScript& script) const
     {
         return {QStringLiteral(PELMORA_FAKE_SERVICE),
-                QStringList{QStringLiteral("--record"), recordPath()} + arguments};
+                QStringList{QStringLiteral("--record"), recordPath()} + script.arguments()};
     }
 
     /// What was noted so far, a line each.
@@ -74,11 +81,12 @@ public:
         return content.isEmpty() || content.sliced(content.lastIndexOf(')') + 2).startsWith('Z');
     }
 
-    /// Whether a process is gone and was taken leave of.
+    /// Whether a process is gone, and its parent has noticed that.
     [[nodiscard]] static bool isReaped(pid_t process) { return ::kill(process, 0) != 0; }
 
 private:
     [[nodiscard]] QString recordPath() const { return m_folder.filePath(QStringLiteral("record")); }
 
+    FakeScript m_script;
     QTemporaryDir m_folder;
 };

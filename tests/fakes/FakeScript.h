@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QAnyStringView>
+#include <QByteArrayView>
+#include <QString>
+#include <QStringList>
+
+#include <initializer_list>
+#include <optional>
+
+/// What the fake card service does. It does well whatever is not said here. The names of commands, of the fields of
+/// replies, and of behaviours are those of the channel and of fake-card-service.cpp.
+class FakeScript
+{
+public:
+    /// How it answers a command; "any" stands for all commands.
+    [[nodiscard]] FakeScript doing(QAnyStringView command, QAnyStringView behaviour) const
+    {
+        return with({"--do", command, behaviour});
+    }
+    /// What it does before it reads anything.
+    [[nodiscard]] FakeScript startingWith(QAnyStringView behaviour) const { return with({"--at-start", behaviour}); }
+
+    /// The card readers that it lists.
+    [[nodiscard]] FakeScript readers(const QStringList& names) const
+    {
+        return with({"--list", "readers_list", "Readers", names.join(u'|')});
+    }
+    /// A list of readers with items that are no texts; its texts are "A" and "Feitian SCR301".
+    [[nodiscard]] FakeScript oddReaders() const { return with({"--odd-list", "readers_list", "Readers"}); }
+
+    /// It answers a command with an error, and with that result code if one is given.
+    [[nodiscard]] FakeScript failing(QAnyStringView command, std::optional<int> result = std::nullopt) const
+    {
+        const FakeScript failed = text(command, "Status", "error");
+        return result ? failed.number(command, "Result", *result) : failed;
+    }
+
+    // A field of the reply to a command.
+    [[nodiscard]] FakeScript text(QAnyStringView command, QAnyStringView key, QAnyStringView value) const
+    {
+        return with({"--set", command, key, value});
+    }
+    [[nodiscard]] FakeScript number(QAnyStringView command, QAnyStringView key, int value) const
+    {
+        return with({"--number", command, key, QString::number(value)});
+    }
+    [[nodiscard]] FakeScript bytes(QAnyStringView command, QAnyStringView key, QByteArrayView value) const
+    {
+        return with({"--bytes", command, key, value.toByteArray().toHex()});
+    }
+    [[nodiscard]] FakeScript list(QAnyStringView command, QAnyStringView key, const QStringList& values) const
+    {
+        return with({"--list", command, key, values.join(u'|')});
+    }
+    [[nodiscard]] FakeScript without(QAnyStringView command, QAnyStringView key) const
+    {
+        return with({"--unset", command, key});
+    }
+
+    /// Its replies wait until there are so many, and then go out last first.
+    [[nodiscard]] FakeScript reversing(int replies) const { return with({"--reverse", QString::number(replies)}); }
+    /// It goes on running when its input ends.
+    [[nodiscard]] FakeScript ignoringTheEnd() const { return with({"--ignore-end"}); }
+    /// It behaves so at that start only, counted from 1, and well at the others.
+    [[nodiscard]] FakeScript onlyAtStart(int start) const { return with({"--starts", QString::number(start)}); }
+
+    /// The arguments that tell the program all this.
+    [[nodiscard]] const QStringList& arguments() const { return m_arguments; }
+
+private:
+    [[nodiscard]] FakeScript with(std::initializer_list<QAnyStringView> words) const
+    {
+        FakeScript longer = *this;
+        for (const QAnyStringView word : words)
+            longer.m_arguments.append(word.toString());
+        return longer;
+    }
+
+    QStringList m_arguments;
+};
