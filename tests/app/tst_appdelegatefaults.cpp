@@ -53,12 +53,12 @@ class Desktop final : public QObject
 public:
     Desktop()
     {
-        for (const QString& scheme : schemes)
+        for (const QString& scheme : m_schemes)
             QDesktopServices::setUrlHandler(scheme, this, "open");
     }
     ~Desktop() override
     {
-        for (const QString& scheme : schemes)
+        for (const QString& scheme : m_schemes)
             QDesktopServices::unsetUrlHandler(scheme);
     }
     Desktop(const Desktop&) = delete;
@@ -70,7 +70,7 @@ public Q_SLOTS:
     void open(const QUrl& address) { m_opened.append(address); }
 
 private:
-    const QStringList schemes{u"file"_s, u"mailto"_s};
+    const QStringList m_schemes{u"file"_s, u"mailto"_s};
     QList<QUrl> m_opened;
 };
 

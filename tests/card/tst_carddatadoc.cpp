@@ -27,7 +27,7 @@ QString documentedTable(const QString& document)
 
 } // namespace
 
-class TestCardDataDoc : public TestCase
+class tst_CardDataDoc : public TestCase
 {
     Q_OBJECT
 
@@ -52,5 +52,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardDataDoc)
+QTEST_GUILESS_MAIN(tst_CardDataDoc)
 #include "tst_carddatadoc.moc"

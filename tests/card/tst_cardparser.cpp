@@ -66,7 +66,7 @@ const QStringList topLevelKeys{u"SSN"_s,      u"LastName"_s,         u"FirstName
 
 } // namespace
 
-class TestCardParser : public TestCase
+class tst_CardParser : public TestCase
 {
     Q_OBJECT
 
@@ -284,5 +284,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardParser)
+QTEST_GUILESS_MAIN(tst_CardParser)
 #include "tst_cardparser.moc"

@@ -34,7 +34,7 @@ static_assert(PrintableByQDebug<QString> && fmt::is_formattable<QString>::value 
 
 } // namespace
 
-class TestCardRecord : public TestCase
+class tst_CardRecord : public TestCase
 {
     Q_OBJECT
 
@@ -101,5 +101,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardRecord)
+QTEST_GUILESS_MAIN(tst_CardRecord)
 #include "tst_cardrecord.moc"

@@ -19,9 +19,7 @@ using Factory = Error (*)();
 
 } // namespace
 
-Q_DECLARE_METATYPE(Factory)
-
-class TestPelmoraError : public TestCase
+class tst_PelmoraError : public TestCase
 {
     Q_OBJECT
 
@@ -119,5 +117,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestPelmoraError)
+QTEST_GUILESS_MAIN(tst_PelmoraError)
 #include "tst_pelmoraerror.moc"

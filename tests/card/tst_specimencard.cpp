@@ -34,7 +34,7 @@ bool hasValidKey(const QString& number)
 
 } // namespace
 
-class TestSpecimenCard : public TestCase
+class tst_SpecimenCard : public TestCase
 {
     Q_OBJECT
 
@@ -84,5 +84,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSpecimenCard)
+QTEST_GUILESS_MAIN(tst_SpecimenCard)
 #include "tst_specimencard.moc"

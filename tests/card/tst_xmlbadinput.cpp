@@ -104,7 +104,7 @@ QString manyPersons(int count)
 
 } // namespace
 
-class TestXmlBadInput : public TestCase
+class tst_XmlBadInput : public TestCase
 {
     Q_OBJECT
 
@@ -386,5 +386,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestXmlBadInput)
+QTEST_GUILESS_MAIN(tst_XmlBadInput)
 #include "tst_xmlbadinput.moc"

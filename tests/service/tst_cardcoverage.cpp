@@ -32,7 +32,7 @@ QString coverageOf(const QString& text)
 
 } // namespace
 
-class TestCardCoverage : public TestCase
+class tst_CardCoverage : public TestCase
 {
     Q_OBJECT
 
@@ -140,5 +140,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardCoverage)
+QTEST_GUILESS_MAIN(tst_CardCoverage)
 #include "tst_cardcoverage.moc"

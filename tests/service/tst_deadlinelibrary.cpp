@@ -138,7 +138,7 @@ QString answersOf(ReadingLibrary& library, Call only = Call::None)
 
 } // namespace
 
-class TestDeadlineLibrary : public TestCase
+class tst_DeadlineLibrary : public TestCase
 {
     Q_OBJECT
 
@@ -248,6 +248,6 @@ private Q_SLOTS:
 
 int main(int argc, char* argv[])
 {
-    return runChannelTest<TestDeadlineLibrary>(argc, argv);
+    return runChannelTest<tst_DeadlineLibrary>(argc, argv);
 }
 #include "tst_deadlinelibrary.moc"

@@ -19,7 +19,7 @@ QString labelOf(const FundTable& table, const QString& scheme, const QString& fu
 
 } // namespace
 
-class TestFundTable : public TestCase
+class tst_FundTable : public TestCase
 {
     Q_OBJECT
 
@@ -131,5 +131,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestFundTable)
+QTEST_GUILESS_MAIN(tst_FundTable)
 #include "tst_fundtable.moc"

@@ -58,7 +58,7 @@ struct Subject
 
 } // namespace
 
-class TestLibraryChoice : public TestCase
+class tst_LibraryChoice : public TestCase
 {
     Q_OBJECT
 
@@ -122,5 +122,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestLibraryChoice)
+QTEST_APPLESS_MAIN(tst_LibraryChoice)
 #include "tst_librarychoice.moc"

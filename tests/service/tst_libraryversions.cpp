@@ -39,7 +39,7 @@ const QStringList versionPaths{u"apiLecVitale/version"_s, u"apiLecVitale/tableLi
 
 } // namespace
 
-class TestLibraryVersions : public TestCase
+class tst_LibraryVersions : public TestCase
 {
     Q_OBJECT
 
@@ -63,5 +63,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLibraryVersions)
+QTEST_GUILESS_MAIN(tst_LibraryVersions)
 #include "tst_libraryversions.moc"

@@ -53,7 +53,7 @@ bool writesBeyondTheLimit()
 
 } // namespace
 
-class TestProcessSetup : public TestCase
+class tst_ProcessSetup : public TestCase
 {
     Q_OBJECT
 
@@ -93,5 +93,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestProcessSetup)
+QTEST_APPLESS_MAIN(tst_ProcessSetup)
 #include "tst_processsetup.moc"

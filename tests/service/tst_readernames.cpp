@@ -17,7 +17,7 @@ QStringList shownNames(const QList<QByteArray>& systemNames)
 
 } // namespace
 
-class TestReaderNames : public TestCase
+class tst_ReaderNames : public TestCase
 {
     Q_OBJECT
 
@@ -86,5 +86,5 @@ private Q_SLOTS:
     void withoutReadersThereAreNoNames() { QCOMPARE(readerNames({}), QList<ReaderName>()); }
 };
 
-QTEST_GUILESS_MAIN(TestReaderNames)
+QTEST_GUILESS_MAIN(tst_ReaderNames)
 #include "tst_readernames.moc"

@@ -163,7 +163,7 @@ Outcome outcomeOf(const Surroundings& around)
 
 } // namespace
 
-class TestSandbox : public TestCase
+class tst_Sandbox : public TestCase
 {
     Q_OBJECT
 
@@ -232,5 +232,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestSandbox)
+QTEST_APPLESS_MAIN(tst_Sandbox)
 #include "tst_sandbox.moc"

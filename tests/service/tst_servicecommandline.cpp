@@ -26,7 +26,7 @@ QByteArray outcome(const QList<QByteArray>& arguments)
 
 } // namespace
 
-class TestServiceCommandLine : public TestCase
+class tst_ServiceCommandLine : public TestCase
 {
     Q_OBJECT
 
@@ -63,5 +63,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestServiceCommandLine)
+QTEST_GUILESS_MAIN(tst_ServiceCommandLine)
 #include "tst_servicecommandline.moc"

@@ -89,7 +89,7 @@ std::optional<QCborMap> readAfterBind(ServiceCommands subject)
 
 } // namespace
 
-class TestServiceCommands : public TestCase
+class tst_ServiceCommands : public TestCase
 {
     Q_OBJECT
 
@@ -255,5 +255,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestServiceCommands)
+QTEST_GUILESS_MAIN(tst_ServiceCommands)
 #include "tst_servicecommands.moc"

@@ -105,7 +105,7 @@ QByteArray noReaders(qint64 number)
 
 } // namespace
 
-class TestServiceLoop : public TestCase
+class tst_ServiceLoop : public TestCase
 {
     Q_OBJECT
 
@@ -212,5 +212,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestServiceLoop)
+QTEST_GUILESS_MAIN(tst_ServiceLoop)
 #include "tst_serviceloop.moc"

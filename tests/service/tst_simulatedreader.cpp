@@ -24,7 +24,7 @@ qint64 resultOf(const QString& path)
 
 } // namespace
 
-class TestSimulatedReader : public TestCase
+class tst_SimulatedReader : public TestCase
 {
     Q_OBJECT
 
@@ -146,5 +146,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSimulatedReader)
+QTEST_GUILESS_MAIN(tst_SimulatedReader)
 #include "tst_simulatedreader.moc"

@@ -112,7 +112,7 @@ private Q_SLOTS:
     void aBindIsShownUntilItEnds_data()
     {
         QTest::addColumn<FakeScript>("behaviour");
-        QTest::newRow("success") << QStringList();
+        QTest::newRow("success") << FakeScript();
         QTest::newRow("failure") << wrongReader;
     }
 

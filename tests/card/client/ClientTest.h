@@ -43,7 +43,7 @@ inline QVariantMap readerChoice(const QString& vitale, const QString& cps)
     return choice;
 }
 
-inline QByteArray cardOf(const QByteArray& lastName)
+inline QByteArray vitaleOf(const QByteArray& lastName)
 {
     return "<T_AsnDonneesVitale><listeBenef><T_AsnBeneficiaire><ident><nomUsuel>" + lastName +
            "</nomUsuel></ident></T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>";

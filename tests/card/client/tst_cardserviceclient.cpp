@@ -25,7 +25,7 @@ ClientPointer makeClient(const QStringList& arguments)
 } // namespace
 
 /// The client and the card service that is shipped, together.
-class TestCardServiceClient : public TestCase
+class tst_CardServiceClient : public TestCase
 {
     Q_OBJECT
 
@@ -39,7 +39,7 @@ private Q_SLOTS:
     void aBindOfAProgramThatCannotStartItsReaderFails();
 };
 
-void TestCardServiceClient::bindInformationsAndReadOfTheSpecimenCard()
+void tst_CardServiceClient::bindInformationsAndReadOfTheSpecimenCard()
 {
     const ClientPointer client = makeClient({u"--simulate"_s, specimen});
     QCOMPARE(summary(awaitBind(client)), success);
@@ -60,7 +60,7 @@ void TestCardServiceClient::bindInformationsAndReadOfTheSpecimenCard()
     QVERIFY(!card->result->text(CardKey::fundCodeLibelle).value_or(QString()).isEmpty());
 }
 
-void TestCardServiceClient::theCardIsAbsentWhileItsFileIs()
+void tst_CardServiceClient::theCardIsAbsentWhileItsFileIs()
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"card.xml"_s);
@@ -75,7 +75,7 @@ void TestCardServiceClient::theCardIsAbsentWhileItsFileIs()
     QCOMPARE(client->initialized(), true);
 }
 
-void TestCardServiceClient::aCardThatCannotBeReadIsAReadError()
+void tst_CardServiceClient::aCardThatCannotBeReadIsAReadError()
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"card.xml"_s);
@@ -89,21 +89,21 @@ void TestCardServiceClient::aCardThatCannotBeReadIsAReadError()
     QCOMPARE(summary(awaitRead(client)), u"Pelmora -40"_s);
 }
 
-void TestCardServiceClient::withoutASimulatedReaderThereIsNone()
+void tst_CardServiceClient::withoutASimulatedReaderThereIsNone()
 {
     const ClientPointer client = makeClient({});
     QCOMPARE(summary(awaitBind(client)), u"Pelmora -20"_s);
     QCOMPARE(client->initialized(), false);
 }
 
-void TestCardServiceClient::everyAccessModeBinds_data()
+void tst_CardServiceClient::everyAccessModeBinds_data()
 {
     QTest::addColumn<unsigned>("mode");
     for (const unsigned mode : {0U, 1U, 2U})
         QTest::addRow("%u", mode) << mode;
 }
 
-void TestCardServiceClient::everyAccessModeBinds()
+void tst_CardServiceClient::everyAccessModeBinds()
 {
     QFETCH(const unsigned, mode);
     const ClientPointer client = makeClient({u"--simulate"_s, specimen});
@@ -111,7 +111,7 @@ void TestCardServiceClient::everyAccessModeBinds()
     QCOMPARE(summary(awaitBind(client)), success);
 }
 
-void TestCardServiceClient::aBindOfAProgramThatCannotStartItsReaderFails()
+void tst_CardServiceClient::aBindOfAProgramThatCannotStartItsReaderFails()
 {
     const ClientPointer client = makeClient({u"--simulate"_s});
     QCOMPARE(summary(awaitBind(client)), u"Pelmora -10"_s);
@@ -120,7 +120,7 @@ void TestCardServiceClient::aBindOfAProgramThatCannotStartItsReaderFails()
 
 int main(int argc, char* argv[])
 {
-    return runChannelTest<TestCardServiceClient>(argc, argv);
+    return runChannelTest<tst_CardServiceClient>(argc, argv);
 }
 
 #include "tst_cardserviceclient.moc"

@@ -49,7 +49,7 @@ private:
 } // namespace
 
 /// The client and the card service that is shipped, when the system's readers hang.
-class TestCardServiceDeadline : public TestCase
+class tst_CardServiceDeadline : public TestCase
 {
     Q_OBJECT
 
@@ -81,7 +81,7 @@ private Q_SLOTS:
 
 int main(int argc, char* argv[])
 {
-    return runChannelTest<TestCardServiceDeadline>(argc, argv);
+    return runChannelTest<tst_CardServiceDeadline>(argc, argv);
 }
 
 #include "tst_cardservicedeadline.moc"

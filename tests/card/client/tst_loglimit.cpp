@@ -7,7 +7,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-class TestLogLimit : public TestCase
+class tst_LogLimit : public TestCase
 {
     Q_OBJECT
 
@@ -60,5 +60,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLogLimit)
+QTEST_GUILESS_MAIN(tst_LogLimit)
 #include "tst_loglimit.moc"

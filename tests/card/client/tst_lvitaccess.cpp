@@ -6,7 +6,7 @@ using namespace ClientOutcome;
 using namespace ClientTest;
 using namespace std::chrono_literals;
 
-class TestLVitAccess : public TestCase
+class tst_LVitAccess : public TestCase
 {
     Q_OBJECT
 
@@ -40,7 +40,7 @@ private Q_SLOTS:
     void setReadersWithoutNamesFailsAndSendsNothing();
 };
 
-void TestLVitAccess::aNewClientHasDefaults()
+void tst_LVitAccess::aNewClientHasDefaults()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -51,7 +51,7 @@ void TestLVitAccess::aNewClientHasDefaults()
     QVERIFY(fake.notes().isEmpty());
 }
 
-void TestLVitAccess::theDefaultInstanceIsMadeOnce()
+void tst_LVitAccess::theDefaultInstanceIsMadeOnce()
 {
     const FakeService fake;
     LVitAccess::setDefaultCommand(fake.command());
@@ -64,7 +64,7 @@ void TestLVitAccess::theDefaultInstanceIsMadeOnce()
     QCOMPARE(fake.processes().size(), 1);
 }
 
-void TestLVitAccess::accessModeTakesZeroToTwoAndItsTextIsSent_data()
+void tst_LVitAccess::accessModeTakesZeroToTwoAndItsTextIsSent_data()
 {
     QTest::addColumn<unsigned>("mode");
     QTest::addColumn<unsigned>("stored");
@@ -76,7 +76,7 @@ void TestLVitAccess::accessModeTakesZeroToTwoAndItsTextIsSent_data()
     QTest::newRow("the largest") << std::numeric_limits<unsigned>::max() << 0U;
 }
 
-void TestLVitAccess::accessModeTakesZeroToTwoAndItsTextIsSent()
+void tst_LVitAccess::accessModeTakesZeroToTwoAndItsTextIsSent()
 {
     QFETCH(const unsigned, mode);
     QFETCH(const unsigned, stored);
@@ -89,7 +89,7 @@ void TestLVitAccess::accessModeTakesZeroToTwoAndItsTextIsSent()
     QCOMPARE(fake.requested(u"Mode"_s), QStringList{QString::number(stored)});
 }
 
-void TestLVitAccess::modeNamesAreComparedExactly_data()
+void tst_LVitAccess::modeNamesAreComparedExactly_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<unsigned>("mode");
@@ -102,14 +102,14 @@ void TestLVitAccess::modeNamesAreComparedExactly_data()
     QTest::newRow("empty") << QString() << 0U;
 }
 
-void TestLVitAccess::modeNamesAreComparedExactly()
+void tst_LVitAccess::modeNamesAreComparedExactly()
 {
     QFETCH(const QString, name);
     QFETCH(const unsigned, mode);
     QCOMPARE(LVitAccess::_modeToInteger(name), mode);
 }
 
-void TestLVitAccess::bindSendsInitThenReadersListThenSetReaders()
+void tst_LVitAccess::bindSendsInitThenReadersListThenSetReaders()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -120,7 +120,7 @@ void TestLVitAccess::bindSendsInitThenReadersListThenSetReaders()
                                            uR"("vitale_reader_name":"Feitian SCR301"})"_s}));
 }
 
-void TestLVitAccess::bindChoosesReaders_data()
+void tst_LVitAccess::bindChoosesReaders_data()
 {
     QTest::addColumn<QStringList>("list");
     QTest::addColumn<QString>("cps");
@@ -134,7 +134,7 @@ void TestLVitAccess::bindChoosesReaders_data()
         << QStringList{u"feitian scr301"_s, u"Feitian SCR301"_s} << u"feitian scr301"_s;
 }
 
-void TestLVitAccess::bindChoosesReaders()
+void tst_LVitAccess::bindChoosesReaders()
 {
     QFETCH(const QStringList, list);
     QFETCH(const QString, cps);
@@ -145,7 +145,7 @@ void TestLVitAccess::bindChoosesReaders()
     QCOMPARE(fake.requested(u"cps_reader_name"_s), QStringList{cps});
 }
 
-void TestLVitAccess::bindWithoutTheAcceptedReaderFails()
+void tst_LVitAccess::bindWithoutTheAcceptedReaderFails()
 {
     for (const QStringList& list : {QStringList{u"X"_s, u"Y"_s}, {u"Feitian SCR301 00 00"_s}, {u"feitian scr301"_s}}) {
         const FakeService fake(FakeScript().readers(list));
@@ -156,7 +156,7 @@ void TestLVitAccess::bindWithoutTheAcceptedReaderFails()
     }
 }
 
-void TestLVitAccess::bindFailsWithoutReaders_data()
+void tst_LVitAccess::bindFailsWithoutReaders_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::newRow("empty list") << FakeScript().readers({});
@@ -164,7 +164,7 @@ void TestLVitAccess::bindFailsWithoutReaders_data()
     QTest::newRow("a text for a list") << FakeScript().text("readers_list", "Readers", "Feitian SCR301");
 }
 
-void TestLVitAccess::bindFailsWithoutReaders()
+void tst_LVitAccess::bindFailsWithoutReaders()
 {
     QFETCH(const FakeScript, script);
     const FakeService fake(script);
@@ -174,7 +174,7 @@ void TestLVitAccess::bindFailsWithoutReaders()
     QCOMPARE(client->initialized(), false);
 }
 
-void TestLVitAccess::whyThereAreNoReadersComesWithTheError()
+void tst_LVitAccess::whyThereAreNoReadersComesWithTheError()
 {
     const FakeService fake;
     const FakeScript script =
@@ -184,7 +184,7 @@ void TestLVitAccess::whyThereAreNoReadersComesWithTheError()
     QCOMPARE(bound->error->detail(), u"Le service PC/SC ne répond pas."_s);
 }
 
-void TestLVitAccess::bindStopsAtTheCommandThatFails_data()
+void tst_LVitAccess::bindStopsAtTheCommandThatFails_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::addColumn<QStringList>("sent");
@@ -201,7 +201,7 @@ void TestLVitAccess::bindStopsAtTheCommandThatFails_data()
     }
 }
 
-void TestLVitAccess::bindStopsAtTheCommandThatFails()
+void tst_LVitAccess::bindStopsAtTheCommandThatFails()
 {
     QFETCH(const FakeScript, script);
     QFETCH(const QStringList, sent);
@@ -212,7 +212,7 @@ void TestLVitAccess::bindStopsAtTheCommandThatFails()
     QCOMPARE(client->initialized(), false);
 }
 
-void TestLVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data()
+void tst_LVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::addColumn<bool>("isConnected");
@@ -223,7 +223,7 @@ void TestLVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItI
         QTest::newRow(behaviour) << FakeScript().doing("set_readers", behaviour) << false;
 }
 
-void TestLVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected()
+void tst_LVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected()
 {
     QFETCH(const FakeScript, script);
     QFETCH(const bool, isConnected);
@@ -238,7 +238,7 @@ void TestLVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItI
     QCOMPARE(client->bound(), true);
 }
 
-void TestLVitAccess::theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds()
+void tst_LVitAccess::theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -253,7 +253,7 @@ void TestLVitAccess::theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnd
     QCOMPARE(client->bound(), false);
 }
 
-void TestLVitAccess::bindStartsFromAFreshConnection()
+void tst_LVitAccess::bindStartsFromAFreshConnection()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -266,7 +266,7 @@ void TestLVitAccess::bindStartsFromAFreshConnection()
     QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
 }
 
-void TestLVitAccess::bindAnswersWhatWaitedOnTheOldConnection()
+void tst_LVitAccess::bindAnswersWhatWaitedOnTheOldConnection()
 {
     const FakeService fake(FakeScript().doing("vitale_read", "silent"));
     const ClientPointer client = makeClient(fake.command());
@@ -277,7 +277,7 @@ void TestLVitAccess::bindAnswersWhatWaitedOnTheOldConnection()
     QCOMPARE(client->initialized(), true);
 }
 
-void TestLVitAccess::onlyTheWordTrueMeansEmbedded_data()
+void tst_LVitAccess::onlyTheWordTrueMeansEmbedded_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::addColumn<bool>("embedded");
@@ -290,7 +290,7 @@ void TestLVitAccess::onlyTheWordTrueMeansEmbedded_data()
     QTest::newRow("true in a failure") << FakeScript().failing("init") << true;
 }
 
-void TestLVitAccess::onlyTheWordTrueMeansEmbedded()
+void tst_LVitAccess::onlyTheWordTrueMeansEmbedded()
 {
     QFETCH(const FakeScript, script);
     QFETCH(const bool, embedded);
@@ -300,7 +300,7 @@ void TestLVitAccess::onlyTheWordTrueMeansEmbedded()
     QCOMPARE(client->embedded(), embedded);
 }
 
-void TestLVitAccess::getReadersGivesTheNamesInTheServicesOrder_data()
+void tst_LVitAccess::getReadersGivesTheNamesInTheServicesOrder_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::addColumn<QStringList>("names");
@@ -310,7 +310,7 @@ void TestLVitAccess::getReadersGivesTheNamesInTheServicesOrder_data()
     QTest::newRow("some that are no texts") << FakeScript().oddReaders() << QStringList{u"A"_s, u"Feitian SCR301"_s};
 }
 
-void TestLVitAccess::getReadersGivesTheNamesInTheServicesOrder()
+void tst_LVitAccess::getReadersGivesTheNamesInTheServicesOrder()
 {
     QFETCH(const FakeScript, script);
     QFETCH(const QStringList, names);
@@ -320,7 +320,7 @@ void TestLVitAccess::getReadersGivesTheNamesInTheServicesOrder()
     QCOMPARE(outcome->result, (QVariantMap{{u"Readers"_s, names}}));
 }
 
-void TestLVitAccess::setReadersSendsBothNames_data()
+void tst_LVitAccess::setReadersSendsBothNames_data()
 {
     QTest::addColumn<QVariantMap>("choice");
     QTest::addColumn<QString>("request");
@@ -332,7 +332,7 @@ void TestLVitAccess::setReadersSendsBothNames_data()
         << readerChoice({}, u"C"_s) << uR"({"Command":"set_readers","cps_reader_name":"C"})"_s;
 }
 
-void TestLVitAccess::setReadersSendsBothNames()
+void tst_LVitAccess::setReadersSendsBothNames()
 {
     QFETCH(const QVariantMap, choice);
     QFETCH(const QString, request);
@@ -346,7 +346,7 @@ void TestLVitAccess::setReadersSendsBothNames()
     QCOMPARE(client->initialized(), false);
 }
 
-void TestLVitAccess::setReadersWithoutNamesFailsAndSendsNothing()
+void tst_LVitAccess::setReadersWithoutNamesFailsAndSendsNothing()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -358,7 +358,7 @@ void TestLVitAccess::setReadersWithoutNamesFailsAndSendsNothing()
 
 int main(int argc, char** argv)
 {
-    return runChannelTest<TestLVitAccess>(argc, argv);
+    return runChannelTest<tst_LVitAccess>(argc, argv);
 }
 
 #include "tst_lvitaccess.moc"

@@ -52,7 +52,7 @@ void operator delete(void* memory, std::size_t) noexcept
 }
 
 /// The client when reading a document throws: it has no memory for it.
-class TestLVitAccessExceptions : public TestCase
+class tst_LVitAccessExceptions : public TestCase
 {
     Q_OBJECT
 
@@ -106,7 +106,7 @@ private Q_SLOTS:
 
 int main(int argc, char** argv)
 {
-    return runChannelTest<TestLVitAccessExceptions>(argc, argv);
+    return runChannelTest<tst_LVitAccessExceptions>(argc, argv);
 }
 
 #include "tst_lvitaccessexceptions.moc"

@@ -6,7 +6,7 @@ using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
 using namespace ClientTest;
 
-class TestLVitAccessFailures : public TestCase
+class tst_LVitAccessFailures : public TestCase
 {
     Q_OBJECT
 
@@ -32,14 +32,14 @@ private Q_SLOTS:
     void noServiceSurvivesAnApplicationThatIsKilled();
 };
 
-void TestLVitAccessFailures::withoutAConnectionEveryCommandFails_data()
+void tst_LVitAccessFailures::withoutAConnectionEveryCommandFails_data()
 {
     QTest::addColumn<bool>("isThere");
     QTest::newRow("absent program") << false;
     QTest::newRow("program that is not executable") << true;
 }
 
-void TestLVitAccessFailures::withoutAConnectionEveryCommandFails()
+void tst_LVitAccessFailures::withoutAConnectionEveryCommandFails()
 {
     QFETCH(const bool, isThere);
     const FakeService fake;
@@ -63,7 +63,7 @@ void TestLVitAccessFailures::withoutAConnectionEveryCommandFails()
     QCOMPARE(client->initialized(), false);
 }
 
-void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError_data()
+void tst_LVitAccessFailures::aBrokenReplyIsTheGeneralError_data()
 {
     QTest::addColumn<QString>("behaviour");
     QTest::addColumn<bool>("isSeenByTimeout");
@@ -74,7 +74,7 @@ void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError_data()
         QTest::newRow(behaviour) << QString::fromLatin1(behaviour) << true;
 }
 
-void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError()
+void tst_LVitAccessFailures::aBrokenReplyIsTheGeneralError()
 {
     QFETCH(const QString, behaviour);
     QFETCH(const bool, isSeenByTimeout);
@@ -100,7 +100,7 @@ void TestLVitAccessFailures::aBrokenReplyIsTheGeneralError()
                  (QStringList{u"init"_s, u"readers_list"_s, u"set_readers"_s, u"informations"_s, u"vitale_read"_s}));
 }
 
-void TestLVitAccessFailures::aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection()
+void tst_LVitAccessFailures::aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection()
 {
     const FakeService fake(FakeScript().doing("vitale_read", "null"));
     const ClientPointer client = makeClient(fake.command());
@@ -111,7 +111,7 @@ void TestLVitAccessFailures::aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTh
     QCOMPARE(fake.processes().size(), 1);
 }
 
-void TestLVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection_data()
+void tst_LVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::newRow("unknown key") << FakeScript().text("vitale_read", "Card", "<r/>");
@@ -119,7 +119,7 @@ void TestLVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheCo
     QTest::newRow("too many readers") << FakeScript().list("vitale_read", "Readers", QStringList(5000, u"X"_s));
 }
 
-void TestLVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection()
+void tst_LVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection()
 {
     QFETCH(const FakeScript, script);
     const FakeService fake(script);
@@ -132,7 +132,7 @@ void TestLVitAccessFailures::aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheCo
     QCOMPARE(fake.processes().size(), 2);
 }
 
-void TestLVitAccessFailures::anInterruptionLeavesTheClientUnboundAndTheNextReadConnectsAgain()
+void tst_LVitAccessFailures::anInterruptionLeavesTheClientUnboundAndTheNextReadConnectsAgain()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -146,14 +146,14 @@ void TestLVitAccessFailures::anInterruptionLeavesTheClientUnboundAndTheNextReadC
     QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s, u"set_readers"_s, u"vitale_read"_s}));
 }
 
-void TestLVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced_data()
+void tst_LVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced_data()
 {
     QTest::addColumn<QString>("command");
     for (const auto* const command : {"init", "readers_list", "set_readers"})
         QTest::newRow(command) << QString::fromLatin1(command);
 }
 
-void TestLVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced()
+void tst_LVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced()
 {
     QFETCH(const QString, command);
     const FakeService fake(FakeScript().doing(command, "silent").onlyAtStart(1));
@@ -169,7 +169,7 @@ void TestLVitAccessFailures::aBindThatANewerOneReplacesEndsAsReplaced()
     QCOMPARE(client->bound(), true);
 }
 
-void TestLVitAccessFailures::ofManyBindsTheNewestEndsWell()
+void tst_LVitAccessFailures::ofManyBindsTheNewestEndsWell()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -186,7 +186,7 @@ void TestLVitAccessFailures::ofManyBindsTheNewestEndsWell()
     QCOMPARE(client->bound(), true);
 }
 
-void TestLVitAccessFailures::overlappingRequestsEachGetTheirOwnReply()
+void tst_LVitAccessFailures::overlappingRequestsEachGetTheirOwnReply()
 {
     const FakeService fake(FakeScript().reversing(5).failing("set_readers"));
     const ClientPointer client = makeClient(fake.command());
@@ -205,7 +205,7 @@ void TestLVitAccessFailures::overlappingRequestsEachGetTheirOwnReply()
     QCOMPARE(fake.processes().size(), 1);
 }
 
-void TestLVitAccessFailures::handlersRunOnOneThreadThatIsNotTheCallers()
+void tst_LVitAccessFailures::handlersRunOnOneThreadThatIsNotTheCallers()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -218,7 +218,7 @@ void TestLVitAccessFailures::handlersRunOnOneThreadThatIsNotTheCallers()
     QVERIFY(awaitSetReaders(client, std::nullopt)->thread == bound->thread);
 }
 
-void TestLVitAccessFailures::aCommandIssuedFromAHandlerWorks()
+void tst_LVitAccessFailures::aCommandIssuedFromAHandlerWorks()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -234,7 +234,7 @@ void TestLVitAccessFailures::aCommandIssuedFromAHandlerWorks()
     QCOMPARE(fake.processes().size(), 1);
 }
 
-void TestLVitAccessFailures::operationsWithoutAHandlerDoNoHarm()
+void tst_LVitAccessFailures::operationsWithoutAHandlerDoNoHarm()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -251,7 +251,7 @@ void TestLVitAccessFailures::operationsWithoutAHandlerDoNoHarm()
     QCOMPARE(summary(awaitRead(unconnected)), general);
 }
 
-void TestLVitAccessFailures::aDroppedClientLivesUntilItsReplyHasCome()
+void tst_LVitAccessFailures::aDroppedClientLivesUntilItsReplyHasCome()
 {
     const FakeService fake(FakeScript().doing("any", "slow"));
     ClientPointer client = makeClient(fake.command());
@@ -265,7 +265,7 @@ void TestLVitAccessFailures::aDroppedClientLivesUntilItsReplyHasCome()
     QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
 }
 
-void TestLVitAccessFailures::theLastReferenceCanBeDroppedInAHandler()
+void tst_LVitAccessFailures::theLastReferenceCanBeDroppedInAHandler()
 {
     const FakeService fake;
     ClientPointer client = makeClient(fake.command());
@@ -284,14 +284,14 @@ void TestLVitAccessFailures::theLastReferenceCanBeDroppedInAHandler()
     QCOMPARE(fake.notes().last(), u"end of input"_s);
 }
 
-void TestLVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled_data()
+void tst_LVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled_data()
 {
     QTest::addColumn<int>("signal");
     QTest::newRow("SIGKILL") << SIGKILL;
     QTest::newRow("SIGTERM") << SIGTERM;
 }
 
-void TestLVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled()
+void tst_LVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled()
 {
     QFETCH(const int, signal);
     const FakeService fake(FakeScript().ignoringTheEnd());
@@ -310,7 +310,7 @@ void TestLVitAccessFailures::noServiceSurvivesAnApplicationThatIsKilled()
 
 int main(int argc, char** argv)
 {
-    return runChannelTest<TestLVitAccessFailures>(argc, argv);
+    return runChannelTest<tst_LVitAccessFailures>(argc, argv);
 }
 
 #include "tst_lvitaccessfailures.moc"

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
 
 /// What the client writes to the log.
-class TestLVitAccessLog : public TestCase
+class tst_LVitAccessLog : public TestCase
 {
     Q_OBJECT
 
@@ -42,7 +42,7 @@ private:
     LogCapture m_log;
 };
 
-void TestLVitAccessLog::requestsAndRepliesAreLoggedAtDebugLevel()
+void tst_LVitAccessLog::requestsAndRepliesAreLoggedAtDebugLevel()
 {
     const FakeService fake;
     QCOMPARE(summary(awaitBind(std::make_shared<LVitAccess>(fake.command()))), u"success"_s);
@@ -60,7 +60,7 @@ void TestLVitAccessLog::requestsAndRepliesAreLoggedAtDebugLevel()
                       }));
 }
 
-void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne_data()
+void tst_LVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne_data()
 {
     QTest::addColumn<QStringList>("list");
     QTest::addColumn<QStringList>("logged");
@@ -70,7 +70,7 @@ void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne_data()
     QTest::newRow("none") << QStringList() << QStringList();
 }
 
-void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne()
+void tst_LVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne()
 {
     QFETCH(const QStringList, list);
     QFETCH(const QStringList, logged);
@@ -80,7 +80,7 @@ void TestLVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne()
     QCOMPARE(lines().filter(QRegularExpression(u"^Readers: "_s)), logged);
 }
 
-void TestLVitAccessLog::anAbsentReaderNameIsLoggedAsAnError()
+void tst_LVitAccessLog::anAbsentReaderNameIsLoggedAsAnError()
 {
     const FakeService fake;
     const auto client = std::make_shared<LVitAccess>(fake.command());
@@ -88,7 +88,7 @@ void TestLVitAccessLog::anAbsentReaderNameIsLoggedAsAnError()
     QCOMPARE(m_log.lines(MXLog::Error), QStringList{u"NULL value in message"_s});
 }
 
-void TestLVitAccessLog::anInterruptionIsLogged()
+void tst_LVitAccessLog::anInterruptionIsLogged()
 {
     const FakeService fake(FakeScript().doing("any", "crash"));
     const auto client = std::make_shared<LVitAccess>(fake.command());
@@ -101,7 +101,7 @@ void TestLVitAccessLog::anInterruptionIsLogged()
                       }));
 }
 
-void TestLVitAccessLog::anUnsolicitedMessageIsLogged()
+void tst_LVitAccessLog::anUnsolicitedMessageIsLogged()
 {
     const FakeService fake(FakeScript().doing("any", "unsolicited"));
     const auto client = std::make_shared<LVitAccess>(fake.command());
@@ -110,7 +110,7 @@ void TestLVitAccessLog::anUnsolicitedMessageIsLogged()
              u"Received response in _initConnection event handler: ADDRESS\n{\"Event\": \"something\"}"_s);
 }
 
-void TestLVitAccessLog::manyUnsolicitedMessagesFillNoLog()
+void tst_LVitAccessLog::manyUnsolicitedMessagesFillNoLog()
 {
     const FakeService fake(FakeScript().doing("vitale_read", "burst"));
     const auto client = std::make_shared<LVitAccess>(fake.command());
@@ -120,7 +120,7 @@ void TestLVitAccessLog::manyUnsolicitedMessagesFillNoLog()
     QVERIFY(lines().contains(u"Card service: 99800 more lines left out"_s));
 }
 
-void TestLVitAccessLog::aReplyThatIsNoDictionaryIsLogged()
+void tst_LVitAccessLog::aReplyThatIsNoDictionaryIsLogged()
 {
     const FakeService fake(FakeScript().doing("any", "null"));
     const auto client = std::make_shared<LVitAccess>(fake.command());
@@ -129,7 +129,7 @@ void TestLVitAccessLog::aReplyThatIsNoDictionaryIsLogged()
                                "ADDRESS\nno dictionary"_s);
 }
 
-void TestLVitAccessLog::aConnectionThatCannotBeMadeIsNotLogged()
+void tst_LVitAccessLog::aConnectionThatCannotBeMadeIsNotLogged()
 {
     const FakeService fake;
     const auto client = std::make_shared<LVitAccess>(ServiceCommand{fake.filePath(u"absent"_s), {}});
@@ -138,7 +138,7 @@ void TestLVitAccessLog::aConnectionThatCannotBeMadeIsNotLogged()
     QCOMPARE(m_log.lines(), QStringList());
 }
 
-void TestLVitAccessLog::nothingOfACardIsLogged()
+void tst_LVitAccessLog::nothingOfACardIsLogged()
 {
     const FakeService fake;
     const auto client = std::make_shared<LVitAccess>(fake.command());
@@ -160,7 +160,7 @@ void TestLVitAccessLog::nothingOfACardIsLogged()
 
 int main(int argc, char* argv[])
 {
-    return runChannelTest<TestLVitAccessLog>(argc, argv);
+    return runChannelTest<tst_LVitAccessLog>(argc, argv);
 }
 
 #include "tst_lvitaccesslog.moc"

@@ -6,7 +6,7 @@ using namespace ClientOutcome;
 using namespace ClientTest;
 using namespace std::chrono_literals;
 
-class TestLVitAccessRead : public TestCase
+class tst_LVitAccessRead : public TestCase
 {
     Q_OBJECT
 
@@ -30,7 +30,7 @@ private Q_SLOTS:
     void aCancellationLeavesABindThatHasEndedTheReadAlready();
 };
 
-void TestLVitAccessRead::informationsAreReadByTheirPaths_data()
+void tst_LVitAccessRead::informationsAreReadByTheirPaths_data()
 {
     QTest::addColumn<QString>("document");
     QTest::addColumn<QVariantMap>("informations");
@@ -53,7 +53,7 @@ void TestLVitAccessRead::informationsAreReadByTheirPaths_data()
     QTest::newRow("nothing of it") << u"<r/>"_s << QVariantMap();
 }
 
-void TestLVitAccessRead::informationsAreReadByTheirPaths()
+void tst_LVitAccessRead::informationsAreReadByTheirPaths()
 {
     QFETCH(const QString, document);
     QFETCH(const QVariantMap, informations);
@@ -66,7 +66,7 @@ void TestLVitAccessRead::informationsAreReadByTheirPaths()
     QCOMPARE(fake.requests(), QStringList{uR"({"Command":"informations"})"_s});
 }
 
-void TestLVitAccessRead::informationsAreAbsentFromInitUntilObtained()
+void tst_LVitAccessRead::informationsAreAbsentFromInitUntilObtained()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -79,7 +79,7 @@ void TestLVitAccessRead::informationsAreAbsentFromInitUntilObtained()
     QCOMPARE(client->informations(), obtained);
 }
 
-void TestLVitAccessRead::failedInformationsGiveTheLastOnes_data()
+void tst_LVitAccessRead::failedInformationsGiveTheLastOnes_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::addColumn<QString>("error");
@@ -92,7 +92,7 @@ void TestLVitAccessRead::failedInformationsGiveTheLastOnes_data()
     QTest::newRow("empty") << FakeScript().text("informations", "Informations", "") << u"XML"_s;
 }
 
-void TestLVitAccessRead::failedInformationsGiveTheLastOnes()
+void tst_LVitAccessRead::failedInformationsGiveTheLastOnes()
 {
     QFETCH(const FakeScript, script);
     QFETCH(const QString, error);
@@ -109,7 +109,7 @@ void TestLVitAccessRead::failedInformationsGiveTheLastOnes()
     QCOMPARE(client->informations(), std::nullopt);
 }
 
-void TestLVitAccessRead::aReadGivesTheRecordWithItsLabelAndItsText()
+void tst_LVitAccessRead::aReadGivesTheRecordWithItsLabelAndItsText()
 {
     const FakeService fake;
     const auto outcome = awaitRead(makeClient(fake.command()));
@@ -126,7 +126,7 @@ void TestLVitAccessRead::aReadGivesTheRecordWithItsLabelAndItsText()
     QCOMPARE(fake.requests(), QStringList{uR"({"Command":"vitale_read"})"_s});
 }
 
-void TestLVitAccessRead::aReadWithoutALabelGivesARecordWithoutIt()
+void tst_LVitAccessRead::aReadWithoutALabelGivesARecordWithoutIt()
 {
     const FakeService fake(FakeScript().without("vitale_read", "FundCodeLibelle"));
     const auto outcome = awaitRead(makeClient(fake.command()));
@@ -134,7 +134,7 @@ void TestLVitAccessRead::aReadWithoutALabelGivesARecordWithoutIt()
     QCOMPARE(outcome->result->text(CardKey::fundCodeLibelle), std::nullopt);
 }
 
-void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult_data()
+void tst_LVitAccessRead::aFailedReadGivesTheErrorOfItsResult_data()
 {
     QTest::addColumn<std::optional<int>>("result");
     QTest::addColumn<QString>("error");
@@ -144,7 +144,7 @@ void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult_data()
     QTest::newRow("no result") << std::optional<int>() << general;
 }
 
-void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult()
+void tst_LVitAccessRead::aFailedReadGivesTheErrorOfItsResult()
 {
     QFETCH(const std::optional<int>, result);
     QFETCH(const QString, error);
@@ -158,7 +158,7 @@ void TestLVitAccessRead::aFailedReadGivesTheErrorOfItsResult()
     }
 }
 
-void TestLVitAccessRead::whatTheServiceHasToSayOfAFailureComesWithItsError()
+void tst_LVitAccessRead::whatTheServiceHasToSayOfAFailureComesWithItsError()
 {
     const FakeScript failing = FakeScript().failing("vitale_read", 13);
     const FakeService telling(failing.text("vitale_read", "Detail", "Fermez l’autre programme."));
@@ -169,7 +169,7 @@ void TestLVitAccessRead::whatTheServiceHasToSayOfAFailureComesWithItsError()
     QCOMPARE(awaitRead(makeClient(silent.command()))->error->detail(), QString());
 }
 
-void TestLVitAccessRead::aReadWhoseDocumentIsBadFails_data()
+void tst_LVitAccessRead::aReadWhoseDocumentIsBadFails_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::addColumn<QString>("error");
@@ -182,10 +182,10 @@ void TestLVitAccessRead::aReadWhoseDocumentIsBadFails_data()
                                     << u"Pelmora -40"_s;
     QTest::newRow("another root") << FakeScript().text("vitale_read", "Vitale", "<card/>") << u"Pelmora -40"_s;
     // 0x81 is nothing in any of the encodings.
-    QTest::newRow("in no encoding") << FakeScript().bytes("vitale_read", "Vitale", cardOf("SPECIMEN \x81")) << general;
+    QTest::newRow("in no encoding") << FakeScript().bytes("vitale_read", "Vitale", vitaleOf("SPECIMEN \x81")) << general;
 }
 
-void TestLVitAccessRead::aReadWhoseDocumentIsBadFails()
+void tst_LVitAccessRead::aReadWhoseDocumentIsBadFails()
 {
     QFETCH(const FakeScript, script);
     QFETCH(const QString, error);
@@ -195,7 +195,7 @@ void TestLVitAccessRead::aReadWhoseDocumentIsBadFails()
     QVERIFY(!outcome->result);
 }
 
-void TestLVitAccessRead::aDocumentInBytesIsDecoded_data()
+void tst_LVitAccessRead::aDocumentInBytesIsDecoded_data()
 {
     QTest::addColumn<QByteArray>("name");
     QTest::addColumn<QString>("read");
@@ -210,18 +210,18 @@ void TestLVitAccessRead::aDocumentInBytesIsDecoded_data()
                                     << u"SPÉCIMEN-CŒUR"_s;
 }
 
-void TestLVitAccessRead::aDocumentInBytesIsDecoded()
+void tst_LVitAccessRead::aDocumentInBytesIsDecoded()
 {
     QFETCH(const QByteArray, name);
     QFETCH(const QString, read);
-    const FakeService fake(FakeScript().bytes("vitale_read", "Vitale", cardOf(name)));
+    const FakeService fake(FakeScript().bytes("vitale_read", "Vitale", vitaleOf(name)));
     const auto outcome = awaitRead(makeClient(fake.command()));
     QCOMPARE(summary(outcome), success);
     QCOMPARE(lastName(outcome), read);
     QVERIFY(outcome->result->text(CardKey::xmlString).value_or(QString()).contains(read));
 }
 
-void TestLVitAccessRead::aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother()
+void tst_LVitAccessRead::aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother()
 {
     // Busy with the reader, the service does not even see that its input ends.
     const FakeService fake(FakeScript().doing("vitale_read", "stop-reading"));
@@ -240,7 +240,7 @@ void TestLVitAccessRead::aCancelledReadEndsOnceWithItsServiceAndTheNextBindStart
     QCOMPARE(fake.processes().size(), 2);
 }
 
-void TestLVitAccessRead::aCancellationWithoutAReadLeavesTheConnection()
+void tst_LVitAccessRead::aCancellationWithoutAReadLeavesTheConnection()
 {
     const FakeService fake;
     const ClientPointer client = makeClient(fake.command());
@@ -252,7 +252,7 @@ void TestLVitAccessRead::aCancellationWithoutAReadLeavesTheConnection()
     QCOMPARE(fake.processes().size(), 1);
 }
 
-void TestLVitAccessRead::aCancellationLeavesABindThatHasEndedTheReadAlready()
+void tst_LVitAccessRead::aCancellationLeavesABindThatHasEndedTheReadAlready()
 {
     const FakeService fake(FakeScript().doing("vitale_read", "silent"));
     const ClientPointer client = makeClient(fake.command());
@@ -267,7 +267,7 @@ void TestLVitAccessRead::aCancellationLeavesABindThatHasEndedTheReadAlready()
 
 int main(int argc, char** argv)
 {
-    return runChannelTest<TestLVitAccessRead>(argc, argv);
+    return runChannelTest<tst_LVitAccessRead>(argc, argv);
 }
 
 #include "tst_lvitaccessread.moc"

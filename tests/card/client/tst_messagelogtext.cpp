@@ -6,7 +6,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestMessageLogText : public TestCase
+class tst_MessageLogText : public TestCase
 {
     Q_OBJECT
 
@@ -17,7 +17,7 @@ private Q_SLOTS:
     void controlCharactersAreReplaced();
 };
 
-void TestMessageLogText::keysAndShortValuesAreTold_data()
+void tst_MessageLogText::keysAndShortValuesAreTold_data()
 {
     QTest::addColumn<QCborMap>("body");
     QTest::addColumn<QString>("text");
@@ -43,14 +43,14 @@ void TestMessageLogText::keysAndShortValuesAreTold_data()
     QTest::newRow("other types") << QCborMap{{1, true}, {u"k"_s, 1.5}} << uR"({1: other value, "k": other value})"_s;
 }
 
-void TestMessageLogText::keysAndShortValuesAreTold()
+void tst_MessageLogText::keysAndShortValuesAreTold()
 {
     QFETCH(const QCborMap, body);
     QFETCH(const QString, text);
     QCOMPARE(messageLogText(body), text);
 }
 
-void TestMessageLogText::theLogTextOfAnyMessageIsShort()
+void tst_MessageLogText::theLogTextOfAnyMessageIsShort()
 {
     QCborArray array;
     for (int index = 0; index < 10'000; ++index)
@@ -63,11 +63,11 @@ void TestMessageLogText::theLogTextOfAnyMessageIsShort()
     QVERIFY(messageLogText({{QString(10'000, u'k'), 1}}).size() < 100);
 }
 
-void TestMessageLogText::controlCharactersAreReplaced()
+void tst_MessageLogText::controlCharactersAreReplaced()
 {
     QCOMPARE(printableText(u"a\nb\x1b[31mé\u0085\u007f€"_s), u"a?b?[31mé??€"_s);
     QCOMPARE(messageLogText({{u"k\n"_s, u"v\r\n"_s}}), uR"({"k?": "v??"})"_s);
 }
 
-QTEST_GUILESS_MAIN(TestMessageLogText)
+QTEST_GUILESS_MAIN(tst_MessageLogText)
 #include "tst_messagelogtext.moc"

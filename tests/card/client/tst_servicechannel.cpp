@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ChannelTest;
 
-class TestServiceChannel : public TestCase
+class tst_ServiceChannel : public TestCase
 {
     Q_OBJECT
 
@@ -42,14 +42,14 @@ private:
     LogCapture m_log;
 };
 
-void TestServiceChannel::byDefaultAReplyMayTakeAMinuteAndLeavingTwoSeconds()
+void tst_ServiceChannel::byDefaultAReplyMayTakeAMinuteAndLeavingTwoSeconds()
 {
     QVERIFY(ChannelLimits{}.requestTimeout == 60s);
     QVERIFY(ChannelLimits{}.exitGrace == 2s);
     QVERIFY(ChannelLimits{}.stopGrace == 1s);
 }
 
-void TestServiceChannel::aRequestGetsItsReply()
+void tst_ServiceChannel::aRequestGetsItsReply()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command());
@@ -61,7 +61,7 @@ void TestServiceChannel::aRequestGetsItsReply()
     QCOMPARE(fake.requests(), QStringList{uR"({"Command":"init"})"_s});
 }
 
-void TestServiceChannel::repliesReachTheirRequestsInAnyOrder()
+void tst_ServiceChannel::repliesReachTheirRequestsInAnyOrder()
 {
     const FakeService fake(
         FakeScript().reversing(3).text("a", "Status", "A").text("b", "Status", "B").text("c", "Status", "C"));
@@ -73,7 +73,7 @@ void TestServiceChannel::repliesReachTheirRequestsInAnyOrder()
     QCOMPARE(story->events, (QStringList{u"3: C"_s, u"2: B"_s, u"1: A"_s}));
 }
 
-void TestServiceChannel::aReplyThatDribblesInIsWaitedFor()
+void tst_ServiceChannel::aReplyThatDribblesInIsWaitedFor()
 {
     const FakeService fake(FakeScript().doing("any", "in-pieces"));
     ServiceChannel channel(fake.command());
@@ -84,7 +84,7 @@ void TestServiceChannel::aReplyThatDribblesInIsWaitedFor()
     QCOMPARE(story->events, (QStringList{u"1: success"_s, u"2: success"_s}));
 }
 
-void TestServiceChannel::aSlowReplyIsWaitedFor()
+void tst_ServiceChannel::aSlowReplyIsWaitedFor()
 {
     const FakeService fake(FakeScript().doing("any", "slow"));
     ServiceChannel channel(fake.command());
@@ -95,7 +95,7 @@ void TestServiceChannel::aSlowReplyIsWaitedFor()
     QCOMPARE(story->events, (QStringList{u"1: success"_s, u"2: success"_s}));
 }
 
-void TestServiceChannel::aNullBodyIsNoDictionaryAndBreaksNothing()
+void tst_ServiceChannel::aNullBodyIsNoDictionaryAndBreaksNothing()
 {
     const FakeService fake(FakeScript().doing("vitale_read", "null"));
     ServiceChannel channel(fake.command());
@@ -106,7 +106,7 @@ void TestServiceChannel::aNullBodyIsNoDictionaryAndBreaksNothing()
     QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: success"_s}));
 }
 
-void TestServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest_data()
+void tst_ServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest_data()
 {
     QTest::addColumn<FakeScript>("script");
     QTest::addColumn<bool>("isSeenByTimeout");
@@ -119,7 +119,7 @@ void TestServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequ
         QTest::addRow("%s at start", behaviour) << FakeScript().startingWith(behaviour) << false;
 }
 
-void TestServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest()
+void tst_ServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest()
 {
     QFETCH(const FakeScript, script);
     QFETCH(const bool, isSeenByTimeout);
@@ -135,14 +135,14 @@ void TestServiceChannel::aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequ
     QVERIFY(std::ranges::all_of(fake.processes(), FakeService::isReaped));
 }
 
-void TestServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout_data()
+void tst_ServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout_data()
 {
     QTest::addColumn<QString>("behaviour");
     for (const auto* const behaviour : {"exit", "crash", "close-output", "close-input", "die-and-leave-a-child"})
         QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
 }
 
-void TestServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout()
+void tst_ServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout()
 {
     QFETCH(const QString, behaviour);
     const FakeService fake(FakeScript().doing("any", behaviour));
@@ -155,7 +155,7 @@ void TestServiceChannel::aServiceIsSeenToEndWithoutWaitingForATimeout()
     QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
 }
 
-void TestServiceChannel::aRequestToAServiceThatHasJustDiedIsAnsweredAndKillsNobody()
+void tst_ServiceChannel::aRequestToAServiceThatHasJustDiedIsAnsweredAndKillsNobody()
 {
     const FakeService fake(FakeScript().startingWith("exit"));
     ServiceChannel channel(fake.command());
@@ -178,7 +178,7 @@ void TestServiceChannel::aRequestToAServiceThatHasJustDiedIsAnsweredAndKillsNobo
     QCOMPARE(reply.get(), u"none"_s);
 }
 
-void TestServiceChannel::theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()
+void tst_ServiceChannel::theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()
 {
     const FakeService fake(FakeScript().doing("any", "crash"));
     ServiceChannel channel(fake.command());
@@ -197,7 +197,7 @@ void TestServiceChannel::theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()
     QCOMPARE(future.get(), u"closed"_s);
 }
 
-void TestServiceChannel::whatAServiceAnsweredBeforeItDiedStillCounts()
+void tst_ServiceChannel::whatAServiceAnsweredBeforeItDiedStillCounts()
 {
     const FakeService fake(FakeScript().doing("any", "crash-after"));
     ServiceChannel channel(fake.command());
@@ -208,7 +208,7 @@ void TestServiceChannel::whatAServiceAnsweredBeforeItDiedStillCounts()
     QCOMPARE(story->events, (QStringList{u"1: success"_s, u"interrupted"_s, u"2: none"_s}));
 }
 
-void TestServiceChannel::aServiceThatEndsWhileNothingWaitsInterrupts()
+void tst_ServiceChannel::aServiceThatEndsWhileNothingWaitsInterrupts()
 {
     const FakeService fake(FakeScript().startingWith("exit"));
     ServiceChannel channel(fake.command());
@@ -224,7 +224,7 @@ void TestServiceChannel::aServiceThatEndsWhileNothingWaitsInterrupts()
     QCOMPARE(onChannel(channel, [&] { return channel.isOpen(); }), false);
 }
 
-void TestServiceChannel::duplicateAndUnknownRepliesAreDroppedWithAWarning()
+void tst_ServiceChannel::duplicateAndUnknownRepliesAreDroppedWithAWarning()
 {
     const FakeService fake(FakeScript().doing("a", "twice").doing("b", "to-nobody"));
     ServiceChannel channel(fake.command());
@@ -237,7 +237,7 @@ void TestServiceChannel::duplicateAndUnknownRepliesAreDroppedWithAWarning()
                                                        u"Card service: reply to request 4711, which does not wait"_s}));
 }
 
-void TestServiceChannel::repliesToNobodyFillNoLog()
+void tst_ServiceChannel::repliesToNobodyFillNoLog()
 {
     const FakeService fake(FakeScript().doing("any", "to-nobody-often"));
     ServiceChannel channel(fake.command());
@@ -250,7 +250,7 @@ void TestServiceChannel::repliesToNobodyFillNoLog()
     QCOMPARE(m_log.lines(MXLog::Warning), expected);
 }
 
-void TestServiceChannel::unsolicitedMessagesReachTheEventHandler()
+void tst_ServiceChannel::unsolicitedMessagesReachTheEventHandler()
 {
     const FakeService fake(FakeScript().doing("a", "unsolicited").doing("b", "unsolicited-null"));
     ServiceChannel channel(fake.command());
@@ -262,7 +262,7 @@ void TestServiceChannel::unsolicitedMessagesReachTheEventHandler()
     QCOMPARE(story->events[0], u"unsolicited"_s);
 }
 
-void TestServiceChannel::tasksAndTimeoutsAreServedDuringAFlood()
+void tst_ServiceChannel::tasksAndTimeoutsAreServedDuringAFlood()
 {
     const FakeService fake(FakeScript().doing("a", "flood"));
     ServiceChannel channel(fake.command(), {.requestTimeout = 2s, .exitGrace = 200ms});
@@ -288,7 +288,7 @@ void TestServiceChannel::tasksAndTimeoutsAreServedDuringAFlood()
     QCOMPARE(reply.get(), false);
 }
 
-void TestServiceChannel::aRequestLargerThanThePipeArrivesWhole()
+void tst_ServiceChannel::aRequestLargerThanThePipeArrivesWhole()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command());
@@ -310,7 +310,7 @@ void TestServiceChannel::aRequestLargerThanThePipeArrivesWhole()
     QCOMPARE(fake.requested(u"Padding"_s), QStringList{QString(1'000'000, u'x')});
 }
 
-void TestServiceChannel::aServiceThatReadsNothingDoesNotHoldTheThread()
+void tst_ServiceChannel::aServiceThatReadsNothingDoesNotHoldTheThread()
 {
     const FakeService fake(FakeScript().startingWith("stop-reading"));
     ServiceChannel channel(fake.command(), {.exitGrace = 100ms});
@@ -334,7 +334,7 @@ void TestServiceChannel::aServiceThatReadsNothingDoesNotHoldTheThread()
 
 int main(int argc, char** argv)
 {
-    return runChannelTest<TestServiceChannel>(argc, argv);
+    return runChannelTest<tst_ServiceChannel>(argc, argv);
 }
 
 #include "tst_servicechannel.moc"

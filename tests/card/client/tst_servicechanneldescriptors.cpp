@@ -64,7 +64,7 @@ int openError(ServiceChannel& channel)
 } // namespace
 
 /// The channel where the process may have no more descriptors.
-class TestServiceChannelDescriptors : public TestCase
+class tst_ServiceChannelDescriptors : public TestCase
 {
     Q_OBJECT
 
@@ -159,7 +159,7 @@ private Q_SLOTS:
 
 int main(int argc, char* argv[])
 {
-    return runChannelTest<TestServiceChannelDescriptors>(argc, argv);
+    return runChannelTest<tst_ServiceChannelDescriptors>(argc, argv);
 }
 
 #include "tst_servicechanneldescriptors.moc"

@@ -5,7 +5,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ChannelTest;
 
-class TestServiceChannelLife : public TestCase
+class tst_ServiceChannelLife : public TestCase
 {
     Q_OBJECT
 
@@ -26,7 +26,7 @@ private:
     LogCapture m_log;
 };
 
-void TestServiceChannelLife::closingAnswersWhatWaitsAndTellsNoEvent()
+void tst_ServiceChannelLife::closingAnswersWhatWaitsAndTellsNoEvent()
 {
     const FakeService fake(FakeScript().doing("any", "silent"));
     ServiceChannel channel(fake.command());
@@ -43,7 +43,7 @@ void TestServiceChannelLife::closingAnswersWhatWaitsAndTellsNoEvent()
     QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
 }
 
-void TestServiceChannelLife::requestsWithoutAConnectionAreAnsweredAtOnce()
+void tst_ServiceChannelLife::requestsWithoutAConnectionAreAnsweredAtOnce()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command());
@@ -56,7 +56,7 @@ void TestServiceChannelLife::requestsWithoutAConnectionAreAnsweredAtOnce()
     QVERIFY(fake.notes().isEmpty());
 }
 
-void TestServiceChannelLife::numbersStartAgainOnANewConnection()
+void tst_ServiceChannelLife::numbersStartAgainOnANewConnection()
 {
     // The second service drops replies to the numbers of the first: each connection counts from 1.
     const FakeService fake(FakeScript().doing("b", "twice"));
@@ -74,7 +74,7 @@ void TestServiceChannelLife::numbersStartAgainOnANewConnection()
     QCOMPARE(fake.processes().size(), 2);
 }
 
-void TestServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheService()
+void tst_ServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheService()
 {
     const FakeService fake(FakeScript().doing("any", "silent"));
     const auto story = std::make_shared<Story>();
@@ -88,7 +88,7 @@ void TestServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheService()
     QVERIFY(FakeService::isReaped(fake.processes().value(0)));
 }
 
-void TestServiceChannelLife::destructionOutlastsAServiceThatIgnoresTheEndOfItsInput()
+void tst_ServiceChannelLife::destructionOutlastsAServiceThatIgnoresTheEndOfItsInput()
 {
     const FakeService fake(FakeScript().ignoringTheEnd());
     const auto story = std::make_shared<Story>();
@@ -103,7 +103,7 @@ void TestServiceChannelLife::destructionOutlastsAServiceThatIgnoresTheEndOfItsIn
     QVERIFY(FakeService::isReaped(fake.processes().value(0)));
 }
 
-void TestServiceChannelLife::destructionFromAHandlerIsPossible()
+void tst_ServiceChannelLife::destructionFromAHandlerIsPossible()
 {
     const FakeService fake;
     auto channel = std::make_unique<ServiceChannel>(fake.command());
@@ -134,7 +134,7 @@ void TestServiceChannelLife::destructionFromAHandlerIsPossible()
     QCOMPARE(fake.notes().last(), u"end of input"_s);
 }
 
-void TestServiceChannelLife::tasksRunInOrderOnOneThreadOfTheirOwn()
+void tst_ServiceChannelLife::tasksRunInOrderOnOneThreadOfTheirOwn()
 {
     const FakeService fake;
     ServiceChannel channel({fake.filePath(u"absent"_s), {}});
@@ -151,7 +151,7 @@ void TestServiceChannelLife::tasksRunInOrderOnOneThreadOfTheirOwn()
     }
 }
 
-void TestServiceChannelLife::tasksPostedBeforeTheEndAreRunAndCannotConnect()
+void tst_ServiceChannelLife::tasksPostedBeforeTheEndAreRunAndCannotConnect()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command());
@@ -175,7 +175,7 @@ void TestServiceChannelLife::tasksPostedBeforeTheEndAreRunAndCannotConnect()
     QVERIFY(fake.processes().isEmpty() == refusal.has_value());
 }
 
-void TestServiceChannelLife::tasksPostedAfterTheEndAreDropped()
+void tst_ServiceChannelLife::tasksPostedAfterTheEndAreDropped()
 {
     const FakeService fake;
     ServiceChannel channel({fake.filePath(u"absent"_s), {}});
@@ -187,7 +187,7 @@ void TestServiceChannelLife::tasksPostedAfterTheEndAreDropped()
 
 int main(int argc, char** argv)
 {
-    return runChannelTest<TestServiceChannelLife>(argc, argv);
+    return runChannelTest<tst_ServiceChannelLife>(argc, argv);
 }
 
 #include "tst_servicechannellife.moc"

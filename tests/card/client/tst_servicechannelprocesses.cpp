@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ChannelTest;
 
-class TestServiceChannelProcesses : public TestCase
+class tst_ServiceChannelProcesses : public TestCase
 {
     Q_OBJECT
 
@@ -41,7 +41,7 @@ private:
     LogCapture m_log;
 };
 
-void TestServiceChannelProcesses::aServiceLeavesWhenItsInputEnds()
+void tst_ServiceChannelProcesses::aServiceLeavesWhenItsInputEnds()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command());
@@ -54,7 +54,7 @@ void TestServiceChannelProcesses::aServiceLeavesWhenItsInputEnds()
     QVERIFY(FakeService::isReaped(fake.processes()[0]));
 }
 
-void TestServiceChannelProcesses::closingDoesNotWaitForAServiceThatStaysAndThatIsKilled()
+void tst_ServiceChannelProcesses::closingDoesNotWaitForAServiceThatStaysAndThatIsKilled()
 {
     const FakeService fake(FakeScript().ignoringTheEnd());
     ServiceChannel channel(fake.command(), {.exitGrace = 1s});
@@ -76,7 +76,7 @@ void TestServiceChannelProcesses::closingDoesNotWaitForAServiceThatStaysAndThatI
     QVERIFY(!FakeService::isDead(fake.processes().value(1)));
 }
 
-void TestServiceChannelProcesses::theEndHurriesServicesThatIgnoreTheEndOfTheirInput()
+void tst_ServiceChannelProcesses::theEndHurriesServicesThatIgnoreTheEndOfTheirInput()
 {
     // One that was leaving already, and one that is told to.
     const FakeService fake(FakeScript().ignoringTheEnd());
@@ -97,7 +97,7 @@ void TestServiceChannelProcesses::theEndHurriesServicesThatIgnoreTheEndOfTheirIn
     QVERIFY(FakeService::isReaped(fake.processes()[1]));
 }
 
-void TestServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce_data()
+void tst_ServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::addColumn<int>("error");
@@ -109,7 +109,7 @@ void TestServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce_d
     QTest::newRow("interpreter absent") << u"script"_s << ENOENT;
 }
 
-void TestServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce()
+void tst_ServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce()
 {
     QFETCH(const QString, kind);
     QFETCH(const int, error);
@@ -134,7 +134,7 @@ void TestServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce()
     QCOMPARE(result, error);
 }
 
-void TestServiceChannelProcesses::theServiceStartsWithCleanSignalsAndThreeDescriptors()
+void tst_ServiceChannelProcesses::theServiceStartsWithCleanSignalsAndThreeDescriptors()
 {
     const FakeService fake;
     // What the application blocks, ignores and has open is not passed on.
@@ -157,7 +157,7 @@ void TestServiceChannelProcesses::theServiceStartsWithCleanSignalsAndThreeDescri
     QCOMPARE(descriptors, (QStringList{u"0"_s, u"1"_s, u"2"_s, u"3"_s}));
 }
 
-void TestServiceChannelProcesses::theServiceCanBeStartedWithoutStandardDescriptors()
+void tst_ServiceChannelProcesses::theServiceCanBeStartedWithoutStandardDescriptors()
 {
     const FakeService fake;
     const FileDescriptor input(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 10));
@@ -176,7 +176,7 @@ void TestServiceChannelProcesses::theServiceCanBeStartedWithoutStandardDescripto
     QCOMPARE(story->events, QStringList{u"1: success"_s});
 }
 
-void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
+void tst_ServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
 {
     const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
     ServiceChannel channel(fake.command());
@@ -191,7 +191,7 @@ void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsLoggedAtDeb
     QCOMPARE(said(), m_log.lines());
 }
 
-void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault()
+void tst_ServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault()
 {
     const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
     ServiceChannel channel(fake.command());
@@ -205,14 +205,14 @@ void TestServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsNotLoggedBy
     QCOMPARE(m_log.lines(), QStringList());
 }
 
-void TestServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged_data()
+void tst_ServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged_data()
 {
     QTest::addColumn<QString>("behaviour");
     for (const auto* const behaviour : {"last-words", "last-words-and-leave-a-child"})
         QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
 }
 
-void TestServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged()
+void tst_ServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged()
 {
     QFETCH(const QString, behaviour);
     const FakeService fake(FakeScript().doing("any", behaviour));
@@ -227,7 +227,7 @@ void TestServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABound
     QCOMPARE(said(), expected);
 }
 
-void TestServiceChannelProcesses::aNoisyChildDoesNotHoldUpLeaveTakingOfItsService()
+void tst_ServiceChannelProcesses::aNoisyChildDoesNotHoldUpLeaveTakingOfItsService()
 {
     const FakeService fake(FakeScript().doing("any", "die-and-leave-a-noisy-child"));
     ServiceChannel channel(fake.command(), {.exitGrace = 10min});
@@ -237,7 +237,7 @@ void TestServiceChannelProcesses::aNoisyChildDoesNotHoldUpLeaveTakingOfItsServic
     QTRY_VERIFY_WITH_TIMEOUT(!fake.processes().isEmpty() && FakeService::isReaped(fake.processes()[0]), 10'000);
 }
 
-void TestServiceChannelProcesses::aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
+void tst_ServiceChannelProcesses::aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
 {
     const FakeService fake(FakeScript().doing("any", "flood-on-errors"));
     ServiceChannel channel(fake.command(), {.exitGrace = 200ms});
@@ -255,7 +255,7 @@ void TestServiceChannelProcesses::aFloodOnStandardErrorHoldsNothingUpAndFillsNoL
     QVERIFY(leftOut.match(said().constLast()).captured(1).toLongLong() > 1000);
 }
 
-void TestServiceChannelProcesses::howAProcessEndedIsLoggedByDefault_data()
+void tst_ServiceChannelProcesses::howAProcessEndedIsLoggedByDefault_data()
 {
     QTest::addColumn<QString>("behaviour");
     QTest::addColumn<QString>("logged");
@@ -266,7 +266,7 @@ void TestServiceChannelProcesses::howAProcessEndedIsLoggedByDefault_data()
     QTest::newRow("bad arguments") << u"absent"_s << u"The card service ended: exit status 2"_s;
 }
 
-void TestServiceChannelProcesses::howAProcessEndedIsLoggedByDefault()
+void tst_ServiceChannelProcesses::howAProcessEndedIsLoggedByDefault()
 {
     QFETCH(const QString, behaviour);
     QFETCH(const QString, logged);
@@ -279,7 +279,7 @@ void TestServiceChannelProcesses::howAProcessEndedIsLoggedByDefault()
     QCOMPARE(m_log.lines(MXLog::Warning), QStringList{logged});
 }
 
-void TestServiceChannelProcesses::aServiceThatLeavesWhenItIsAskedToIsNotLogged()
+void tst_ServiceChannelProcesses::aServiceThatLeavesWhenItIsAskedToIsNotLogged()
 {
     const FakeService fake;
     ServiceChannel channel(fake.command());
@@ -292,7 +292,7 @@ void TestServiceChannelProcesses::aServiceThatLeavesWhenItIsAskedToIsNotLogged()
     QCOMPARE(m_log.lines(), QStringList());
 }
 
-void TestServiceChannelProcesses::aServiceThatHadToBeKilledIsLoggedAsThat()
+void tst_ServiceChannelProcesses::aServiceThatHadToBeKilledIsLoggedAsThat()
 {
     const FakeService fake(FakeScript().ignoringTheEnd());
     ServiceChannel channel(fake.command(), {.exitGrace = 100ms});
@@ -305,7 +305,7 @@ void TestServiceChannelProcesses::aServiceThatHadToBeKilledIsLoggedAsThat()
 
 int main(int argc, char** argv)
 {
-    return runChannelTest<TestServiceChannelProcesses>(argc, argv);
+    return runChannelTest<tst_ServiceChannelProcesses>(argc, argv);
 }
 
 #include "tst_servicechannelprocesses.moc"

@@ -47,7 +47,7 @@ Variables environmentOfAService()
 
 } // namespace
 
-class TestServiceEnvironment : public TestCase
+class tst_ServiceEnvironment : public TestCase
 {
     Q_OBJECT
 
@@ -79,5 +79,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestServiceEnvironment)
+QTEST_APPLESS_MAIN(tst_ServiceEnvironment)
 #include "tst_serviceenvironment.moc"

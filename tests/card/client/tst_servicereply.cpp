@@ -6,7 +6,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestServiceReply : public TestCase
+class tst_ServiceReply : public TestCase
 {
     Q_OBJECT
 
@@ -22,7 +22,7 @@ private Q_SLOTS:
     void onlyTheExactWordIsASuccess();
 };
 
-void TestServiceReply::aCardsBytesAreReadInTheFirstEncodingThatFits_data()
+void tst_ServiceReply::aCardsBytesAreReadInTheFirstEncodingThatFits_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("text");
@@ -40,27 +40,27 @@ void TestServiceReply::aCardsBytesAreReadInTheFirstEncodingThatFits_data()
                                                         << u"€‚ƒ„…†‡ˆ‰Š‹ŒŽ‘’“”•–—˜™š›œžŸ"_s;
 }
 
-void TestServiceReply::aCardsBytesAreReadInTheFirstEncodingThatFits()
+void tst_ServiceReply::aCardsBytesAreReadInTheFirstEncodingThatFits()
 {
     QFETCH(const QByteArray, bytes);
     QFETCH(const QString, text);
     QCOMPARE(decodeCardText(bytes), text);
 }
 
-void TestServiceReply::bytesInNoEncodingAreNoText_data()
+void tst_ServiceReply::bytesInNoEncodingAreNoText_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     for (const char* const hex : {"81", "8d", "8f", "90", "9d", "c9419d"})
         QTest::newRow(hex) << QByteArray::fromHex(hex);
 }
 
-void TestServiceReply::bytesInNoEncodingAreNoText()
+void tst_ServiceReply::bytesInNoEncodingAreNoText()
 {
     QFETCH(const QByteArray, bytes);
     QCOMPARE(decodeCardText(bytes), std::nullopt);
 }
 
-void TestServiceReply::aReplysTextIsATextOrBytesOfUtf8_data()
+void tst_ServiceReply::aReplysTextIsATextOrBytesOfUtf8_data()
 {
     QTest::addColumn<QCborValue>("value");
     QTest::addColumn<bool>("isText");
@@ -73,7 +73,7 @@ void TestServiceReply::aReplysTextIsATextOrBytesOfUtf8_data()
     QTest::newRow("absent") << QCborValue() << false;
 }
 
-void TestServiceReply::aReplysTextIsATextOrBytesOfUtf8()
+void tst_ServiceReply::aReplysTextIsATextOrBytesOfUtf8()
 {
     QFETCH(const QCborValue, value);
     QFETCH(const bool, isText);
@@ -83,7 +83,7 @@ void TestServiceReply::aReplysTextIsATextOrBytesOfUtf8()
     QCOMPARE(replyText(reply, "Key"_L1), isText ? std::optional(u"é"_s) : std::nullopt);
 }
 
-void TestServiceReply::aDetailIsALineThatAnAlertCanShow()
+void tst_ServiceReply::aDetailIsALineThatAnAlertCanShow()
 {
     QCOMPARE(replyDetail({}), QString());
     QCOMPARE(replyDetail({{u"Detail"_s, 7}}), QString());
@@ -92,7 +92,7 @@ void TestServiceReply::aDetailIsALineThatAnAlertCanShow()
     QCOMPARE(replyDetail({{u"Detail"_s, QString(1000, u'x')}}), QString(300, u'x'));
 }
 
-void TestServiceReply::onlyTheExactWordIsASuccess_data()
+void tst_ServiceReply::onlyTheExactWordIsASuccess_data()
 {
     QTest::addColumn<QCborMap>("reply");
     QTest::addColumn<bool>("success");
@@ -105,7 +105,7 @@ void TestServiceReply::onlyTheExactWordIsASuccess_data()
     QTest::newRow("nothing") << QCborMap() << false;
 }
 
-void TestServiceReply::onlyTheExactWordIsASuccess()
+void tst_ServiceReply::onlyTheExactWordIsASuccess()
 {
     QFETCH(const QCborMap, reply);
     QFETCH(const bool, success);
@@ -114,5 +114,5 @@ void TestServiceReply::onlyTheExactWordIsASuccess()
     QVERIFY(success || status.error() == PelmoraError::generalError());
 }
 
-QTEST_GUILESS_MAIN(TestServiceReply)
+QTEST_GUILESS_MAIN(tst_ServiceReply)
 #include "tst_servicereply.moc"

@@ -59,7 +59,7 @@ QByteArray messageWithText(qsizetype textSize, qsizetype missing = 0)
 
 } // namespace
 
-class TestServiceMessage : public TestCase
+class tst_ServiceMessage : public TestCase
 {
     Q_OBJECT
 
@@ -83,7 +83,7 @@ private Q_SLOTS:
     void aLargeItemOfManyPartsThatDribblesInIsReadInLinearTime();
 };
 
-void TestServiceMessage::aMessageIsAnArrayOfItsNumberAndItsBody()
+void tst_ServiceMessage::aMessageIsAnArrayOfItsNumberAndItsBody()
 {
     QCOMPARE(encodeServiceMessage({.number = 1, .body = std::nullopt}), QByteArray::fromHex("8201f6"));
     QCOMPARE(encodeServiceMessage({.number = 0, .body = QCborMap{}}), QByteArray::fromHex("8200a0"));
@@ -94,7 +94,7 @@ void TestServiceMessage::aMessageIsAnArrayOfItsNumberAndItsBody()
                                                                                                       "init");
 }
 
-void TestServiceMessage::whatIsWrittenIsReadBack_data()
+void tst_ServiceMessage::whatIsWrittenIsReadBack_data()
 {
     QTest::addColumn<qint64>("number");
     QTest::addColumn<bool>("isMap");
@@ -111,7 +111,7 @@ void TestServiceMessage::whatIsWrittenIsReadBack_data()
     QTest::newRow("the largest number") << std::numeric_limits<qint64>::max() << false << QCborMap{};
 }
 
-void TestServiceMessage::whatIsWrittenIsReadBack()
+void tst_ServiceMessage::whatIsWrittenIsReadBack()
 {
     QFETCH(const qint64, number);
     QFETCH(const bool, isMap);
@@ -125,14 +125,14 @@ void TestServiceMessage::whatIsWrittenIsReadBack()
     QCOMPARE(outcome.messages[0].body, written);
 }
 
-void TestServiceMessage::aStreamIsReadTheSameInSlicesOfAnySize_data()
+void tst_ServiceMessage::aStreamIsReadTheSameInSlicesOfAnySize_data()
 {
     QTest::addColumn<qsizetype>("slice");
     for (const qsizetype slice : {1, 2, 3, 7, 64, 1000, 65536})
         QTest::addRow("%lld", static_cast<long long>(slice)) << slice;
 }
 
-void TestServiceMessage::aStreamIsReadTheSameInSlicesOfAnySize()
+void tst_ServiceMessage::aStreamIsReadTheSameInSlicesOfAnySize()
 {
     QFETCH(const qsizetype, slice);
     QByteArray stream;
@@ -150,7 +150,7 @@ void TestServiceMessage::aStreamIsReadTheSameInSlicesOfAnySize()
     QCOMPARE(again, stream);
 }
 
-void TestServiceMessage::everyEncodingOfLengthsIsAccepted_data()
+void tst_ServiceMessage::everyEncodingOfLengthsIsAccepted_data()
 {
     QTest::addColumn<QByteArray>("item");
     QTest::newRow("indefinite array") << QByteArray::fromHex("9f07a1616b6176ff");
@@ -162,7 +162,7 @@ void TestServiceMessage::everyEncodingOfLengthsIsAccepted_data()
     QTest::newRow("map and text lengths in two bytes") << QByteArray::fromHex("8207b90001616b79000176");
 }
 
-void TestServiceMessage::everyEncodingOfLengthsIsAccepted()
+void tst_ServiceMessage::everyEncodingOfLengthsIsAccepted()
 {
     QFETCH(const QByteArray, item);
     const Outcome outcome = readAll(item, 1);
@@ -172,7 +172,7 @@ void TestServiceMessage::everyEncodingOfLengthsIsAccepted()
     QCOMPARE(outcome.messages[0].body, (QCborMap{{u"k"_s, u"v"_s}}));
 }
 
-void TestServiceMessage::whatIsNoMessageFailsForGood_data()
+void tst_ServiceMessage::whatIsNoMessageFailsForGood_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("text of a human") << QByteArray("hello, world\n");
@@ -208,7 +208,7 @@ void TestServiceMessage::whatIsNoMessageFailsForGood_data()
     QTest::newRow("100,000 tags") << QByteArray::fromHex("8201a1616b") + QByteArray(100'000, '\xc1');
 }
 
-void TestServiceMessage::whatIsNoMessageFailsForGood()
+void tst_ServiceMessage::whatIsNoMessageFailsForGood()
 {
     QFETCH(const QByteArray, bytes);
     const Outcome atOnce = readAll(bytes);
@@ -227,14 +227,14 @@ void TestServiceMessage::whatIsNoMessageFailsForGood()
     QCOMPARE(afterwards.error(), FramingError::Malformed);
 }
 
-void TestServiceMessage::messagesBeforeAMalformedItemAreHandedOut()
+void tst_ServiceMessage::messagesBeforeAMalformedItemAreHandedOut()
 {
     const Outcome outcome = readAll(encodeServiceMessage({.number = 1, .body = QCborMap{}}) + "garbage");
     QCOMPARE(outcome.messages.size(), 1);
     QCOMPARE(outcome.failure, FramingError::Malformed);
 }
 
-void TestServiceMessage::everyBeginningOfAnItemNeedsMore()
+void tst_ServiceMessage::everyBeginningOfAnItemNeedsMore()
 {
     const QByteArray item = encodeServiceMessage(
         {.number = 70'000,
@@ -245,7 +245,7 @@ void TestServiceMessage::everyBeginningOfAnItemNeedsMore()
     }
 }
 
-void TestServiceMessage::anItemOfTheMaximumSizeIsRead()
+void tst_ServiceMessage::anItemOfTheMaximumSizeIsRead()
 {
     const qsizetype overhead = messageWithText(limit - 100).size() - (limit - 100);
     const QByteArray item = messageWithText(limit - overhead);
@@ -258,7 +258,7 @@ void TestServiceMessage::anItemOfTheMaximumSizeIsRead()
     QCOMPARE(readAll(messageWithText(limit - overhead + 1)).failure, FramingError::TooLarge);
 }
 
-void TestServiceMessage::anItemOverTheMaximumSizeIsRefusedByItsHead_data()
+void tst_ServiceMessage::anItemOverTheMaximumSizeIsRefusedByItsHead_data()
 {
     QTest::addColumn<QByteArray>("beginning");
     QTest::newRow("text of 5 MiB") << messageWithText(5 * 1024 * 1024, 5 * 1024 * 1024);
@@ -269,7 +269,7 @@ void TestServiceMessage::anItemOverTheMaximumSizeIsRefusedByItsHead_data()
     QTest::newRow("map of 5 million pairs") << QByteArray::fromHex("8201ba004c4b40");
 }
 
-void TestServiceMessage::anItemOverTheMaximumSizeIsRefusedByItsHead()
+void tst_ServiceMessage::anItemOverTheMaximumSizeIsRefusedByItsHead()
 {
     QFETCH(const QByteArray, beginning);
     QVERIFY(beginning.size() < 100);
@@ -277,7 +277,7 @@ void TestServiceMessage::anItemOverTheMaximumSizeIsRefusedByItsHead()
     QCOMPARE(readAll(beginning, 1).failure, FramingError::TooLarge);
 }
 
-void TestServiceMessage::anItemThatGrowsBeyondTheMaximumSizeIsRefused()
+void tst_ServiceMessage::anItemThatGrowsBeyondTheMaximumSizeIsRefused()
 {
     const QByteArray endlessMap = QByteArray::fromHex("8201bf");
     const QByteArray pair = QByteArray::fromHex("616b6176").repeated(16384);
@@ -296,7 +296,7 @@ void TestServiceMessage::anItemThatGrowsBeyondTheMaximumSizeIsRefused()
 }
 
 // The two below take minutes, not milliseconds, where the time is quadratic; their limits are far from both.
-void TestServiceMessage::manySmallMessagesInOneBufferAreReadInLinearTime()
+void tst_ServiceMessage::manySmallMessagesInOneBufferAreReadInLinearTime()
 {
     const QByteArray stream = encodeServiceMessage({.number = 0, .body = QCborMap{}}).repeated(250'000);
     QElapsedTimer timer;
@@ -310,7 +310,7 @@ void TestServiceMessage::manySmallMessagesInOneBufferAreReadInLinearTime()
     QVERIFY(timer.elapsed() < 20'000);
 }
 
-void TestServiceMessage::aLargeItemOfManyPartsThatDribblesInIsReadInLinearTime()
+void tst_ServiceMessage::aLargeItemOfManyPartsThatDribblesInIsReadInLinearTime()
 {
     constexpr int parts = 4000;
     constexpr int partSize = 1024;
@@ -327,7 +327,7 @@ void TestServiceMessage::aLargeItemOfManyPartsThatDribblesInIsReadInLinearTime()
 
 int main(int argc, char* argv[])
 {
-    return runChannelTest<TestServiceMessage>(argc, argv);
+    return runChannelTest<tst_ServiceMessage>(argc, argv);
 }
 
 #include "tst_servicemessage.moc"

@@ -70,7 +70,7 @@ qint64 memory(QByteArrayView line)
 } // namespace
 
 /// What the client accepts of a card service before it decodes it.
-class TestServiceMessageShape : public TestCase
+class tst_ServiceMessageShape : public TestCase
 {
     Q_OBJECT
 
@@ -89,7 +89,7 @@ private Q_SLOTS:
     void messagesThatWereHandedOutAreForgotten();
 };
 
-void TestServiceMessageShape::everyMessageOfTheContractIsAccepted_data()
+void tst_ServiceMessageShape::everyMessageOfTheContractIsAccepted_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QCborMap all;
@@ -109,7 +109,7 @@ void TestServiceMessageShape::everyMessageOfTheContractIsAccepted_data()
     QTest::newRow("a key's length in eight bytes") << hex("8201a1 7b0000000000000006 537461747573 60");
 }
 
-void TestServiceMessageShape::everyMessageOfTheContractIsAccepted()
+void tst_ServiceMessageShape::everyMessageOfTheContractIsAccepted()
 {
     QFETCH(const QByteArray, bytes);
     QCOMPARE(outcomeOf(bytes), u"1 messages"_s);
@@ -117,7 +117,7 @@ void TestServiceMessageShape::everyMessageOfTheContractIsAccepted()
     QCOMPARE(outcomeOf(bytes.chopped(1)), u"0 messages"_s);
 }
 
-void TestServiceMessageShape::whatHasAnotherShapeIsRefused_data()
+void tst_ServiceMessageShape::whatHasAnotherShapeIsRefused_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("an unknown key") << hex("8201a1 6553746174 7560");
@@ -151,13 +151,13 @@ void TestServiceMessageShape::whatHasAnotherShapeIsRefused_data()
     QTest::newRow("an endless message of three") << hex("9f01f6f6ff");
 }
 
-void TestServiceMessageShape::whatHasAnotherShapeIsRefused()
+void tst_ServiceMessageShape::whatHasAnotherShapeIsRefused()
 {
     QFETCH(const QByteArray, bytes);
     QCOMPARE(outcomeOf(bytes), u"malformed"_s);
 }
 
-void TestServiceMessageShape::aShapeIsRefusedBeforeItsContentIsThere_data()
+void tst_ServiceMessageShape::aShapeIsRefusedBeforeItsContentIsThere_data()
 {
     QTest::addColumn<QByteArray>("beginning");
     QTest::newRow("a key that is too long") << hex("8201a1 7841");
@@ -167,13 +167,13 @@ void TestServiceMessageShape::aShapeIsRefusedBeforeItsContentIsThere_data()
     QTest::newRow("a tag") << hex("8201a1 66537461747573 c1");
 }
 
-void TestServiceMessageShape::aShapeIsRefusedBeforeItsContentIsThere()
+void tst_ServiceMessageShape::aShapeIsRefusedBeforeItsContentIsThere()
 {
     QFETCH(const QByteArray, beginning);
     QCOMPARE(outcomeOf(beginning), u"malformed"_s);
 }
 
-void TestServiceMessageShape::withoutAListOfKeysAnyTextIsOne()
+void tst_ServiceMessageShape::withoutAListOfKeysAnyTextIsOne()
 {
     const QByteArray shortKeys = hex("8201a2 6161 60 60 60");
     QCOMPARE(outcomeOf(shortKeys, {}), u"1 messages"_s);
@@ -181,7 +181,7 @@ void TestServiceMessageShape::withoutAListOfKeysAnyTextIsOne()
     QCOMPARE(outcomeOf(hex("8201a1 7841") + QByteArray(65, 'k') + hex("60"), {}), u"malformed"_s);
 }
 
-void TestServiceMessageShape::aMessageHasABoundedNumberOfItems_data()
+void tst_ServiceMessageShape::aMessageHasABoundedNumberOfItems_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("outcome");
@@ -201,13 +201,13 @@ void TestServiceMessageShape::aMessageHasABoundedNumberOfItems_data()
                                    << u"too large"_s;
 }
 
-void TestServiceMessageShape::aMessageHasABoundedNumberOfItems()
+void tst_ServiceMessageShape::aMessageHasABoundedNumberOfItems()
 {
     QFETCH(const QByteArray, bytes);
     QTEST(outcomeOf(bytes), "outcome");
 }
 
-void TestServiceMessageShape::noMessageTakesMuchMemory_data()
+void tst_ServiceMessageShape::noMessageTakesMuchMemory_data()
 {
     QTest::addColumn<QByteArray>("beginning");
     QTest::addColumn<QByteArray>("unit"); // comes as often as a message has room for it
@@ -235,7 +235,7 @@ void TestServiceMessageShape::noMessageTakesMuchMemory_data()
     QTest::newRow("a byte string") << value + hex("5a003fffc0") << QByteArray("\xff") << QByteArray();
 }
 
-void TestServiceMessageShape::noMessageTakesMuchMemory()
+void tst_ServiceMessageShape::noMessageTakesMuchMemory()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     QSKIP("the sanitizer's own memory counts too");
@@ -269,7 +269,7 @@ void TestServiceMessageShape::noMessageTakesMuchMemory()
     QVERIFY2(taken < 64 * 1024, qPrintable(u"%1 KiB"_s.arg(taken)));
 }
 
-void TestServiceMessageShape::messagesThatWereHandedOutAreForgotten()
+void tst_ServiceMessageShape::messagesThatWereHandedOutAreForgotten()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     QSKIP("the sanitizer's own memory counts too");
@@ -295,7 +295,7 @@ void TestServiceMessageShape::messagesThatWereHandedOutAreForgotten()
 
 int main(int argc, char* argv[])
 {
-    return runChannelTest<TestServiceMessageShape>(argc, argv);
+    return runChannelTest<tst_ServiceMessageShape>(argc, argv);
 }
 
 #include "tst_servicemessageshape.moc"

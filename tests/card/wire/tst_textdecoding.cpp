@@ -5,7 +5,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestTextDecoding : public TestCase
+class tst_TextDecoding : public TestCase
 {
     Q_OBJECT
 
@@ -110,5 +110,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestTextDecoding)
+QTEST_GUILESS_MAIN(tst_TextDecoding)
 #include "tst_textdecoding.moc"

@@ -18,7 +18,7 @@ const QString sample = u"<n>Zoé Œdipe €</n>"_s;
 
 } // namespace
 
-class TestXmlBytes : public TestCase
+class tst_XmlBytes : public TestCase
 {
     Q_OBJECT
 
@@ -100,5 +100,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestXmlBytes)
+QTEST_GUILESS_MAIN(tst_XmlBytes)
 #include "tst_xmlbytes.moc"

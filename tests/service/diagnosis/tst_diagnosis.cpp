@@ -48,7 +48,7 @@ QString withLine(const Diagnosis& diagnosis, const QString& line)
 
 } // namespace
 
-class TestDiagnosis : public TestCase
+class tst_Diagnosis : public TestCase
 {
     Q_OBJECT
 
@@ -181,5 +181,5 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les ca
     }
 };
 
-QTEST_APPLESS_MAIN(TestDiagnosis)
+QTEST_APPLESS_MAIN(tst_Diagnosis)
 #include "tst_diagnosis.moc"

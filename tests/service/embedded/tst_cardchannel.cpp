@@ -36,7 +36,7 @@ Exchange exchangeWith(const Answers& answers, const QByteArray& command = readBl
 
 } // namespace
 
-class TestCardChannel : public TestCase
+class tst_CardChannel : public TestCase
 {
     Q_OBJECT
 
@@ -138,5 +138,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardChannel)
+QTEST_GUILESS_MAIN(tst_CardChannel)
 #include "tst_cardchannel.moc"

@@ -6,7 +6,7 @@
 using namespace Qt::StringLiterals;
 
 // Damaged cards, each with the reason that the log is given.
-class TestCardDamage : public TestCase
+class tst_CardDamage : public TestCase
 {
     Q_OBJECT
 
@@ -202,5 +202,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardDamage)
+QTEST_GUILESS_MAIN(tst_CardDamage)
 #include "tst_carddamage.moc"

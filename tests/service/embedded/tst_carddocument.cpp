@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestCardDocument : public TestCase
+class tst_CardDocument : public TestCase
 {
     Q_OBJECT
 
@@ -114,7 +114,7 @@ private Q_SLOTS:
         parts.erase("93");
         QCOMPARE(gapOf(cardOf(insured() + person(parts, {}))),
                  u"il manque au bénéficiaire 2 : ident/rangDeNaissance"_s);
-        QCOMPARE(gapOf(cardOf(insured() + child() + person({}, {}))),
+        QCOMPARE(gapOf(cardOf(insured() + child() + person(Parts(), {}))),
                  u"il manque au bénéficiaire 3 : ident/nomUsuel, ident/prenomUsuel, ident/rangDeNaissance"_s);
     }
 
@@ -187,7 +187,7 @@ private Q_SLOTS:
 
     void whatIsMissingIsNamedWithoutAnyValue()
     {
-        const auto document = cardDocument(mapOf(smallMap()), cardOf(person({{"80", "SPECIMEN"}}, {})));
+        const auto document = cardDocument(mapOf(smallMap()), cardOf(person(Parts{{"80", "SPECIMEN"}}, {})));
         QVERIFY(!document);
         QCOMPARE(document.error().kind, CardGap::Kind::Missing);
         QVERIFY(document.error().explanation.startsWith(u"il manque à l’assuré : "_s));
@@ -236,5 +236,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardDocument)
+QTEST_GUILESS_MAIN(tst_CardDocument)
 #include "tst_carddocument.moc"

@@ -79,7 +79,7 @@ QString pointed(const QByteArray& bytes)
 
 } // namespace
 
-class TestCardFileList : public TestCase
+class tst_CardFileList : public TestCase
 {
     Q_OBJECT
 
@@ -182,5 +182,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardFileList)
+QTEST_GUILESS_MAIN(tst_CardFileList)
 #include "tst_cardfilelist.moc"

@@ -41,7 +41,7 @@ QByteArray answer(const QByteArray& data, const char* status = "9000")
 
 } // namespace
 
-class TestCardFiles : public TestCase
+class tst_CardFiles : public TestCase
 {
     Q_OBJECT
 
@@ -214,5 +214,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardFiles)
+QTEST_GUILESS_MAIN(tst_CardFiles)
 #include "tst_cardfiles.moc"

@@ -5,8 +5,6 @@
 
 using namespace Qt::StringLiterals;
 
-Q_DECLARE_METATYPE(CardForm)
-
 namespace {
 
 /// The text, or "(damaged)".
@@ -22,7 +20,7 @@ QString damaged()
 
 } // namespace
 
-class TestCardForms : public TestCase
+class tst_CardForms : public TestCase
 {
     Q_OBJECT
 
@@ -167,5 +165,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardForms)
+QTEST_GUILESS_MAIN(tst_CardForms)
 #include "tst_cardforms.moc"

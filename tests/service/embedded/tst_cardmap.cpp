@@ -131,7 +131,7 @@ QList<Refusal> refusalsOfContent()
 
 } // namespace
 
-class TestCardMap : public TestCase
+class tst_CardMap : public TestCase
 {
     Q_OBJECT
 
@@ -251,5 +251,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardMap)
+QTEST_GUILESS_MAIN(tst_CardMap)
 #include "tst_cardmap.moc"

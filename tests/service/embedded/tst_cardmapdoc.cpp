@@ -79,7 +79,7 @@ CardContent exampleCard(const CardMap& map)
 
 } // namespace
 
-class TestCardMapDoc : public TestCase
+class tst_CardMapDoc : public TestCase
 {
     Q_OBJECT
 
@@ -142,5 +142,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardMapDoc)
+QTEST_GUILESS_MAIN(tst_CardMapDoc)
 #include "tst_cardmapdoc.moc"

@@ -141,7 +141,7 @@ FileCard::Event swappedAt(int number, const CardContent& other)
 
 } // namespace
 
-class TestCardReading : public TestCase
+class tst_CardReading : public TestCase
 {
     Q_OBJECT
 
@@ -328,5 +328,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardReading)
+QTEST_GUILESS_MAIN(tst_CardReading)
 #include "tst_cardreading.moc"

@@ -117,7 +117,7 @@ Card wholeCard()
 
 } // namespace
 
-class TestEmbeddedLibrary : public TestCase
+class tst_EmbeddedLibrary : public TestCase
 {
     Q_OBJECT
 
@@ -389,5 +389,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestEmbeddedLibrary)
+QTEST_GUILESS_MAIN(tst_EmbeddedLibrary)
 #include "tst_embeddedlibrary.moc"

@@ -29,7 +29,7 @@ QStringList namesOf(const SiteMaps& site)
 
 } // namespace
 
-class TestSiteMaps : public TestCase
+class tst_SiteMaps : public TestCase
 {
     Q_OBJECT
 
@@ -102,5 +102,5 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-QTEST_GUILESS_MAIN(TestSiteMaps)
+QTEST_GUILESS_MAIN(tst_SiteMaps)
 #include "tst_sitemaps.moc"

@@ -104,7 +104,7 @@ QString largeFamily()
 
 } // namespace
 
-class TestSpecimenLayout : public TestCase
+class tst_SpecimenLayout : public TestCase
 {
     Q_OBJECT
 
@@ -217,5 +217,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSpecimenLayout)
+QTEST_GUILESS_MAIN(tst_SpecimenLayout)
 #include "tst_specimenlayout.moc"

@@ -53,7 +53,7 @@ QString valuesAt(const QByteArray& bytes, const std::vector<quint32>& path)
 
 } // namespace
 
-class TestTlv : public TestCase
+class tst_Tlv : public TestCase
 {
     Q_OBJECT
 
@@ -182,5 +182,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestTlv)
+QTEST_GUILESS_MAIN(tst_Tlv)
 #include "tst_tlv.moc"

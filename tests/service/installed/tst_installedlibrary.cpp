@@ -90,7 +90,7 @@ QString cardOrResult(const std::expected<QString, ReadResult>& read)
 
 } // namespace
 
-class TestInstalledLibrary : public TestCase
+class tst_InstalledLibrary : public TestCase
 {
     Q_OBJECT
 
@@ -409,5 +409,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestInstalledLibrary)
+QTEST_GUILESS_MAIN(tst_InstalledLibrary)
 #include "tst_installedlibrary.moc"

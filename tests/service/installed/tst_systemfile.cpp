@@ -63,7 +63,7 @@ const QStringList levels{u"usr"_s, u"usr/lib"_s, u"usr/lib/library.so"_s};
 
 } // namespace
 
-class TestSystemFile : public TestCase
+class tst_SystemFile : public TestCase
 {
     Q_OBJECT
 
@@ -145,5 +145,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestSystemFile)
+QTEST_APPLESS_MAIN(tst_SystemFile)
 #include "tst_systemfile.moc"

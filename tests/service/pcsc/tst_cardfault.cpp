@@ -11,7 +11,7 @@ constexpr int lastFault = static_cast<int>(CardFault::Unexpected);
 
 } // namespace
 
-class TestCardFault : public TestCase
+class tst_CardFault : public TestCase
 {
     Q_OBJECT
 
@@ -83,5 +83,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardFault)
+QTEST_GUILESS_MAIN(tst_CardFault)
 #include "tst_cardfault.moc"

@@ -120,7 +120,7 @@ Run runWith(const QStringList& arguments)
 
 } // namespace
 
-class TestCardService : public TestCase
+class tst_CardService : public TestCase
 {
     Q_OBJECT
 
@@ -321,5 +321,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCardService)
+QTEST_GUILESS_MAIN(tst_CardService)
 #include "tst_cardservice.moc"

@@ -1,0 +1,69 @@
+"""Writes all tests as one source, with its compilation database, for a check that needs to see names alone: reading the
+headers again for each test would take minutes. tests-as-one.py BUILD FOLDER"""
+
+import json
+import os
+import re
+import shlex
+import sys
+
+BUILD, FOLDER = sys.argv[1:]
+ROOT = os.getcwd()
+
+
+def sources():
+    """The tests and what belongs to them, with the words of their compilation."""
+    with open(os.path.join(BUILD, "compile_commands.json"), encoding="utf-8") as file:
+        commands = json.load(file)
+    for command in commands:
+        path = os.path.relpath(command["file"], ROOT)
+        if path.startswith("tests/") and not path.startswith(("tests/fuzz/", "tests/headers/")) and path.endswith(".cpp"):
+            yield path, shlex.split(command["command"])
+
+
+def flags(compilations):
+    """The definitions and the folders of headers of all of them; of a macro the first definition."""
+    definitions, folders = {}, []
+    for words in compilations:
+        for word, after in zip(words, [*words[1:], ""]):
+            if word.startswith("-D"):
+                definitions.setdefault(word.split("=")[0], word)
+            elif word.startswith("-I") or word == "-isystem":
+                folder = [word, after] if word == "-isystem" else [word]
+                if folder not in folders and "/tests/" not in word:
+                    folders.append(folder)
+    return [*definitions.values(), *(word for folder in folders for word in folder)]
+
+
+def includes(path, text):
+    """What a source includes, as it is included from the root."""
+    for name in re.findall(r'^#include ([<"].+[>"])$', text, re.MULTILINE):
+        if not name.endswith('.moc"'):
+            beside = name[0] == '"' and "/" not in name
+            yield f'"{os.path.dirname(path)}/{name[1:]}' if beside else name
+
+
+def main():
+    found = dict(sources())
+    texts = {}
+    for path in found:
+        with open(path, encoding="utf-8") as file:
+            text = file.read()
+        # The macros of X11's headers do not go together with Qt's names.
+        if "<X11/" not in text:
+            texts[path] = text
+    lines = [f"#include {name}" for name in dict.fromkeys(name for item in texts.items() for name in includes(*item))]
+    for number, (path, text) in enumerate(sorted(texts.items())):
+        # Programs define the same names as each other. Operators of the whole program have to be outside of namespaces.
+        is_program = re.search(r"\bmain\(|QTEST_\w*MAIN\(", text) and "operator new(" not in text
+        lines.append(f'namespace Program{number} {{\n#include "{path}"\n}}' if is_program else f'#include "{path}"')
+        with open(os.path.join(FOLDER, os.path.basename(path)[:-3] + "moc"), "w", encoding="utf-8"):
+            pass
+    with open(os.path.join(FOLDER, "tests.cpp"), "w", encoding="utf-8") as file:
+        file.write("\n".join(lines) + "\n")
+    arguments = ["clang++", "-std=c++23", *flags(found.values()), f"-I{FOLDER}", "-w", "-c", "tests.cpp"]
+    with open(os.path.join(FOLDER, "compile_commands.json"), "w", encoding="utf-8") as file:
+        json.dump([{"directory": FOLDER, "file": "tests.cpp", "arguments": arguments}], file)
+
+
+main()
