@@ -1,5 +1,6 @@
 #include "app/door/Door.h"
 #include "app/models/CommandLine.h"
+#include "tests/common/TestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -54,7 +55,7 @@ QByteArray expected(const std::vector<const char*>& words)
 
 } // namespace
 
-class tst_Door : public QObject
+class tst_Door : public TestCase
 {
     Q_OBJECT
 

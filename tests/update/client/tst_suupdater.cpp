@@ -1,4 +1,5 @@
 #include "platform/UserDefaults.h"
+#include "tests/common/TestCase.h"
 #include "tests/update/client/FakeUpdateProgram.h"
 #include "update/client/SUUpdater.h"
 
@@ -9,7 +10,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-class tst_SUUpdater : public QObject
+class tst_SUUpdater : public TestCase
 {
     Q_OBJECT
 
