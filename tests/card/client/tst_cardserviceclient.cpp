@@ -30,93 +30,85 @@ class tst_CardServiceClient : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void bindInformationsAndReadOfTheSpecimenCard();
-    void theCardIsAbsentWhileItsFileIs();
-    void aCardThatCannotBeReadIsAReadError();
-    void withoutASimulatedReaderThereIsNone();
-    void everyAccessModeBinds_data();
-    void everyAccessModeBinds();
-    void aBindOfAProgramThatCannotStartItsReaderFails();
+    void bindInformationsAndReadOfTheSpecimenCard()
+    {
+        const ClientPointer client = makeClient({u"--simulate"_s, specimen});
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(client->initialized(), true);
+
+        QCOMPARE(awaitReaders(client)->result, (QVariantMap{{u"Readers"_s, QStringList{u"Feitian SCR301"_s}}}));
+
+        const auto informations = awaitInformations(client);
+        QCOMPARE(summary(informations), success);
+        for (const InformationField& field : informationFields)
+            QVERIFY2(!informations->result->value(field.key.toString()).toString().isEmpty(), field.path.data());
+
+        const auto card = awaitRead(client);
+        QCOMPARE(summary(card), success);
+        QCOMPARE(card->result->text(CardKey::lastName), u"SPECIMEN"_s);
+        QCOMPARE(card->result->beneficiaries().size(), 3);
+        QCOMPARE(card->result->text(CardKey::xmlString), textOfFile(specimen));
+        QVERIFY(!card->result->text(CardKey::fundCodeLibelle).value_or(QString()).isEmpty());
+    }
+
+    void theCardIsAbsentWhileItsFileIs()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"card.xml"_s);
+        QVERIFY(QFile::copy(specimen, path));
+        const ClientPointer client = makeClient({u"--simulate"_s, path});
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(summary(awaitRead(client)), success);
+        QVERIFY(QFile::remove(path));
+        QCOMPARE(summary(awaitRead(client)), u"Pelmora -30"_s);
+        QVERIFY(QFile::copy(specimen, path));
+        QCOMPARE(summary(awaitRead(client)), success);
+        QCOMPARE(client->initialized(), true);
+    }
+
+    void aCardThatCannotBeReadIsAReadError()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"card.xml"_s);
+        const ClientPointer client = makeClient({u"--simulate"_s, path});
+        QCOMPARE(summary(awaitBind(client)), success);
+        QVERIFY(writeFile(path, "<T_AsnDonneesVitale><tech>"));
+        QCOMPARE(summary(awaitRead(client)), u"Pelmora -31"_s);
+        QVERIFY(writeFile(path, ""));
+        QCOMPARE(summary(awaitRead(client)), u"Pelmora -31"_s);
+        QVERIFY(writeFile(path, "<T_AsnDonneesVitale/>"));
+        QCOMPARE(summary(awaitRead(client)), u"Pelmora -40"_s);
+    }
+
+    void withoutASimulatedReaderThereIsNone()
+    {
+        const ClientPointer client = makeClient({});
+        QCOMPARE(summary(awaitBind(client)), u"Pelmora -20"_s);
+        QCOMPARE(client->initialized(), false);
+    }
+
+    void everyAccessModeBinds_data()
+    {
+        QTest::addColumn<unsigned>("mode");
+        for (const unsigned mode : {0U, 1U, 2U})
+            QTest::addRow("%u", mode) << mode;
+    }
+
+    void everyAccessModeBinds()
+    {
+        QFETCH(const unsigned, mode);
+        const ClientPointer client = makeClient({u"--simulate"_s, specimen});
+        client->setAccessMode(mode);
+        QCOMPARE(summary(awaitBind(client)), success);
+    }
+
+    void aBindOfAProgramThatCannotStartItsReaderFails()
+    {
+        const ClientPointer client = makeClient({u"--simulate"_s});
+        QCOMPARE(summary(awaitBind(client)), u"Pelmora -10"_s);
+        QCOMPARE(client->initialized(), false);
+    }
 };
-
-void tst_CardServiceClient::bindInformationsAndReadOfTheSpecimenCard()
-{
-    const ClientPointer client = makeClient({u"--simulate"_s, specimen});
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(client->initialized(), true);
-
-    QCOMPARE(awaitReaders(client)->result, (QVariantMap{{u"Readers"_s, QStringList{u"Feitian SCR301"_s}}}));
-
-    const auto informations = awaitInformations(client);
-    QCOMPARE(summary(informations), success);
-    for (const InformationField& field : informationFields)
-        QVERIFY2(!informations->result->value(field.key.toString()).toString().isEmpty(), field.path.data());
-
-    const auto card = awaitRead(client);
-    QCOMPARE(summary(card), success);
-    QCOMPARE(card->result->text(CardKey::lastName), u"SPECIMEN"_s);
-    QCOMPARE(card->result->beneficiaries().size(), 3);
-    QCOMPARE(card->result->text(CardKey::xmlString), textOfFile(specimen));
-    QVERIFY(!card->result->text(CardKey::fundCodeLibelle).value_or(QString()).isEmpty());
-}
-
-void tst_CardServiceClient::theCardIsAbsentWhileItsFileIs()
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"card.xml"_s);
-    QVERIFY(QFile::copy(specimen, path));
-    const ClientPointer client = makeClient({u"--simulate"_s, path});
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(summary(awaitRead(client)), success);
-    QVERIFY(QFile::remove(path));
-    QCOMPARE(summary(awaitRead(client)), u"Pelmora -30"_s);
-    QVERIFY(QFile::copy(specimen, path));
-    QCOMPARE(summary(awaitRead(client)), success);
-    QCOMPARE(client->initialized(), true);
-}
-
-void tst_CardServiceClient::aCardThatCannotBeReadIsAReadError()
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"card.xml"_s);
-    const ClientPointer client = makeClient({u"--simulate"_s, path});
-    QCOMPARE(summary(awaitBind(client)), success);
-    QVERIFY(writeFile(path, "<T_AsnDonneesVitale><tech>"));
-    QCOMPARE(summary(awaitRead(client)), u"Pelmora -31"_s);
-    QVERIFY(writeFile(path, ""));
-    QCOMPARE(summary(awaitRead(client)), u"Pelmora -31"_s);
-    QVERIFY(writeFile(path, "<T_AsnDonneesVitale/>"));
-    QCOMPARE(summary(awaitRead(client)), u"Pelmora -40"_s);
-}
-
-void tst_CardServiceClient::withoutASimulatedReaderThereIsNone()
-{
-    const ClientPointer client = makeClient({});
-    QCOMPARE(summary(awaitBind(client)), u"Pelmora -20"_s);
-    QCOMPARE(client->initialized(), false);
-}
-
-void tst_CardServiceClient::everyAccessModeBinds_data()
-{
-    QTest::addColumn<unsigned>("mode");
-    for (const unsigned mode : {0U, 1U, 2U})
-        QTest::addRow("%u", mode) << mode;
-}
-
-void tst_CardServiceClient::everyAccessModeBinds()
-{
-    QFETCH(const unsigned, mode);
-    const ClientPointer client = makeClient({u"--simulate"_s, specimen});
-    client->setAccessMode(mode);
-    QCOMPARE(summary(awaitBind(client)), success);
-}
-
-void tst_CardServiceClient::aBindOfAProgramThatCannotStartItsReaderFails()
-{
-    const ClientPointer client = makeClient({u"--simulate"_s});
-    QCOMPARE(summary(awaitBind(client)), u"Pelmora -10"_s);
-    QCOMPARE(client->initialized(), false);
-}
 
 int main(int argc, char* argv[])
 {

@@ -11,350 +11,326 @@ class tst_LVitAccess : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aNewClientHasDefaults();
-    void theDefaultInstanceIsMadeOnce();
-    void accessModeTakesZeroToTwoAndItsTextIsSent_data();
-    void accessModeTakesZeroToTwoAndItsTextIsSent();
-    void modeNamesAreComparedExactly_data();
-    void modeNamesAreComparedExactly();
-    void bindSendsInitThenReadersListThenSetReaders();
-    void bindChoosesReaders_data();
-    void bindChoosesReaders();
-    void bindWithoutTheAcceptedReaderFails();
-    void bindFailsWithoutReaders_data();
-    void bindFailsWithoutReaders();
-    void whyThereAreNoReadersComesWithTheError();
-    void bindStopsAtTheCommandThatFails_data();
-    void bindStopsAtTheCommandThatFails();
-    void aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data();
-    void aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected();
-    void theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds();
-    void bindStartsFromAFreshConnection();
-    void bindAnswersWhatWaitedOnTheOldConnection();
-    void onlyTheWordTrueMeansEmbedded_data();
-    void onlyTheWordTrueMeansEmbedded();
-    void getReadersGivesTheNamesInTheServicesOrder_data();
-    void getReadersGivesTheNamesInTheServicesOrder();
-    void setReadersSendsBothNames_data();
-    void setReadersSendsBothNames();
-    void setReadersWithoutNamesFailsAndSendsNothing();
-};
+    void aNewClientHasDefaults()
+    {
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(client->initialized(), false);
+        QCOMPARE(client->embedded(), false);
+        QCOMPARE(client->accessMode(), 0U);
+        QCOMPARE(client->informations(), QVariantMap());
+        QVERIFY(fake.notes().isEmpty());
+    }
 
-void tst_LVitAccess::aNewClientHasDefaults()
-{
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(client->initialized(), false);
-    QCOMPARE(client->embedded(), false);
-    QCOMPARE(client->accessMode(), 0U);
-    QCOMPARE(client->informations(), QVariantMap());
-    QVERIFY(fake.notes().isEmpty());
-}
+    void theDefaultInstanceIsMadeOnce()
+    {
+        const FakeService fake;
+        LVitAccess::setDefaultCommand(fake.command());
+        std::vector<std::future<ClientPointer>> clients;
+        for (int index = 0; index < 8; ++index)
+            clients.push_back(std::async(std::launch::async, [] { return LVitAccess::defaultInstance(); }));
+        for (auto& client : clients)
+            QCOMPARE(client.get(), LVitAccess::defaultInstance());
+        QCOMPARE(summary(awaitBind(LVitAccess::defaultInstance())), success);
+        QCOMPARE(fake.processes().size(), 1);
+    }
 
-void tst_LVitAccess::theDefaultInstanceIsMadeOnce()
-{
-    const FakeService fake;
-    LVitAccess::setDefaultCommand(fake.command());
-    std::vector<std::future<ClientPointer>> clients;
-    for (int index = 0; index < 8; ++index)
-        clients.push_back(std::async(std::launch::async, [] { return LVitAccess::defaultInstance(); }));
-    for (auto& client : clients)
-        QCOMPARE(client.get(), LVitAccess::defaultInstance());
-    QCOMPARE(summary(awaitBind(LVitAccess::defaultInstance())), success);
-    QCOMPARE(fake.processes().size(), 1);
-}
+    void accessModeTakesZeroToTwoAndItsTextIsSent_data()
+    {
+        QTest::addColumn<unsigned>("mode");
+        QTest::addColumn<unsigned>("stored");
+        QTest::newRow("automatic") << 0U << 0U;
+        QTest::newRow("system") << 1U << 1U;
+        QTest::newRow("embedded") << 2U << 2U;
+        QTest::newRow("3") << 3U << 0U;
+        QTest::newRow("7") << 7U << 0U;
+        QTest::newRow("the largest") << std::numeric_limits<unsigned>::max() << 0U;
+    }
 
-void tst_LVitAccess::accessModeTakesZeroToTwoAndItsTextIsSent_data()
-{
-    QTest::addColumn<unsigned>("mode");
-    QTest::addColumn<unsigned>("stored");
-    QTest::newRow("automatic") << 0U << 0U;
-    QTest::newRow("system") << 1U << 1U;
-    QTest::newRow("embedded") << 2U << 2U;
-    QTest::newRow("3") << 3U << 0U;
-    QTest::newRow("7") << 7U << 0U;
-    QTest::newRow("the largest") << std::numeric_limits<unsigned>::max() << 0U;
-}
+    void accessModeTakesZeroToTwoAndItsTextIsSent()
+    {
+        QFETCH(const unsigned, mode);
+        QFETCH(const unsigned, stored);
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command());
+        client->setAccessMode(1);
+        client->setAccessMode(mode);
+        QCOMPARE(client->accessMode(), stored);
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(fake.requested(u"Mode"_s), QStringList{QString::number(stored)});
+    }
 
-void tst_LVitAccess::accessModeTakesZeroToTwoAndItsTextIsSent()
-{
-    QFETCH(const unsigned, mode);
-    QFETCH(const unsigned, stored);
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command());
-    client->setAccessMode(1);
-    client->setAccessMode(mode);
-    QCOMPARE(client->accessMode(), stored);
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(fake.requested(u"Mode"_s), QStringList{QString::number(stored)});
-}
+    void modeNamesAreComparedExactly_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<unsigned>("mode");
+        QTest::newRow("Auto") << u"Auto"_s << 0U;
+        QTest::newRow("System") << u"System"_s << 1U;
+        QTest::newRow("Embedded") << u"Embedded"_s << 2U;
+        QTest::newRow("auto") << u"auto"_s << 0U;
+        QTest::newRow("embedded") << u"embedded"_s << 0U;
+        QTest::newRow("system with a blank") << u"System "_s << 0U;
+        QTest::newRow("empty") << QString() << 0U;
+    }
 
-void tst_LVitAccess::modeNamesAreComparedExactly_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<unsigned>("mode");
-    QTest::newRow("Auto") << u"Auto"_s << 0U;
-    QTest::newRow("System") << u"System"_s << 1U;
-    QTest::newRow("Embedded") << u"Embedded"_s << 2U;
-    QTest::newRow("auto") << u"auto"_s << 0U;
-    QTest::newRow("embedded") << u"embedded"_s << 0U;
-    QTest::newRow("system with a blank") << u"System "_s << 0U;
-    QTest::newRow("empty") << QString() << 0U;
-}
+    void modeNamesAreComparedExactly()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const unsigned, mode);
+        QCOMPARE(LVitAccess::_modeToInteger(name), mode);
+    }
 
-void tst_LVitAccess::modeNamesAreComparedExactly()
-{
-    QFETCH(const QString, name);
-    QFETCH(const unsigned, mode);
-    QCOMPARE(LVitAccess::_modeToInteger(name), mode);
-}
+    void bindSendsInitThenReadersListThenSetReaders()
+    {
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(client->initialized(), true);
+        QCOMPARE(fake.requests(),
+                 (QStringList{uR"({"Command":"init","Mode":"0"})"_s, uR"({"Command":"readers_list"})"_s,
+                              uR"({"Command":"set_readers","cps_reader_name":"Feitian SCR301",)"
+                              uR"("vitale_reader_name":"Feitian SCR301"})"_s}));
+    }
 
-void tst_LVitAccess::bindSendsInitThenReadersListThenSetReaders()
-{
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(client->initialized(), true);
-    QCOMPARE(fake.requests(), (QStringList{uR"({"Command":"init","Mode":"0"})"_s, uR"({"Command":"readers_list"})"_s,
-                                           uR"({"Command":"set_readers","cps_reader_name":"Feitian SCR301",)"
-                                           uR"("vitale_reader_name":"Feitian SCR301"})"_s}));
-}
+    void bindChoosesReaders_data()
+    {
+        QTest::addColumn<QStringList>("list");
+        QTest::addColumn<QString>("cps");
+        QTest::newRow("alone") << QStringList{u"Feitian SCR301"_s} << u"Feitian SCR301"_s;
+        QTest::newRow("first of two") << QStringList{u"Feitian SCR301"_s, u"X"_s} << u"X"_s;
+        QTest::newRow("second of two") << QStringList{u"X"_s, u"Feitian SCR301"_s} << u"X"_s;
+        QTest::newRow("third of three") << QStringList{u"A"_s, u"B"_s, u"Feitian SCR301"_s} << u"B"_s;
+        QTest::newRow("second of three") << QStringList{u"A"_s, u"Feitian SCR301"_s, u"B"_s} << u"A"_s;
+        QTest::newRow("twice") << QStringList{u"A"_s, u"Feitian SCR301"_s, u"Feitian SCR301"_s} << u"A"_s;
+        QTest::newRow("with another letter case before it")
+            << QStringList{u"feitian scr301"_s, u"Feitian SCR301"_s} << u"feitian scr301"_s;
+    }
 
-void tst_LVitAccess::bindChoosesReaders_data()
-{
-    QTest::addColumn<QStringList>("list");
-    QTest::addColumn<QString>("cps");
-    QTest::newRow("alone") << QStringList{u"Feitian SCR301"_s} << u"Feitian SCR301"_s;
-    QTest::newRow("first of two") << QStringList{u"Feitian SCR301"_s, u"X"_s} << u"X"_s;
-    QTest::newRow("second of two") << QStringList{u"X"_s, u"Feitian SCR301"_s} << u"X"_s;
-    QTest::newRow("third of three") << QStringList{u"A"_s, u"B"_s, u"Feitian SCR301"_s} << u"B"_s;
-    QTest::newRow("second of three") << QStringList{u"A"_s, u"Feitian SCR301"_s, u"B"_s} << u"A"_s;
-    QTest::newRow("twice") << QStringList{u"A"_s, u"Feitian SCR301"_s, u"Feitian SCR301"_s} << u"A"_s;
-    QTest::newRow("with another letter case before it")
-        << QStringList{u"feitian scr301"_s, u"Feitian SCR301"_s} << u"feitian scr301"_s;
-}
-
-void tst_LVitAccess::bindChoosesReaders()
-{
-    QFETCH(const QStringList, list);
-    QFETCH(const QString, cps);
-    const FakeService fake(FakeScript().readers(list));
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(fake.requested(u"vitale_reader_name"_s), QStringList{u"Feitian SCR301"_s});
-    QCOMPARE(fake.requested(u"cps_reader_name"_s), QStringList{cps});
-}
-
-void tst_LVitAccess::bindWithoutTheAcceptedReaderFails()
-{
-    for (const QStringList& list : {QStringList{u"X"_s, u"Y"_s}, {u"Feitian SCR301 00 00"_s}, {u"feitian scr301"_s}}) {
+    void bindChoosesReaders()
+    {
+        QFETCH(const QStringList, list);
+        QFETCH(const QString, cps);
         const FakeService fake(FakeScript().readers(list));
         const ClientPointer client = makeClient(fake.command());
-        QCOMPARE(summary(awaitBind(client)), badReader);
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(fake.requested(u"vitale_reader_name"_s), QStringList{u"Feitian SCR301"_s});
+        QCOMPARE(fake.requested(u"cps_reader_name"_s), QStringList{cps});
+    }
+
+    void bindWithoutTheAcceptedReaderFails()
+    {
+        for (const QStringList& list :
+             {QStringList{u"X"_s, u"Y"_s}, {u"Feitian SCR301 00 00"_s}, {u"feitian scr301"_s}}) {
+            const FakeService fake(FakeScript().readers(list));
+            const ClientPointer client = makeClient(fake.command());
+            QCOMPARE(summary(awaitBind(client)), badReader);
+            QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s}));
+            QCOMPARE(client->initialized(), false);
+        }
+    }
+
+    void bindFailsWithoutReaders_data()
+    {
+        QTest::addColumn<FakeScript>("script");
+        QTest::newRow("empty list") << FakeScript().readers({});
+        QTest::newRow("no list") << FakeScript().without("readers_list", "Readers");
+        QTest::newRow("a text for a list") << FakeScript().text("readers_list", "Readers", "Feitian SCR301");
+    }
+
+    void bindFailsWithoutReaders()
+    {
+        QFETCH(const FakeScript, script);
+        const FakeService fake(script);
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(summary(awaitBind(client)), noReader);
         QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s}));
         QCOMPARE(client->initialized(), false);
     }
-}
 
-void tst_LVitAccess::bindFailsWithoutReaders_data()
-{
-    QTest::addColumn<FakeScript>("script");
-    QTest::newRow("empty list") << FakeScript().readers({});
-    QTest::newRow("no list") << FakeScript().without("readers_list", "Readers");
-    QTest::newRow("a text for a list") << FakeScript().text("readers_list", "Readers", "Feitian SCR301");
-}
-
-void tst_LVitAccess::bindFailsWithoutReaders()
-{
-    QFETCH(const FakeScript, script);
-    const FakeService fake(script);
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(summary(awaitBind(client)), noReader);
-    QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s}));
-    QCOMPARE(client->initialized(), false);
-}
-
-void tst_LVitAccess::whyThereAreNoReadersComesWithTheError()
-{
-    const FakeService fake;
-    const FakeScript script =
-        FakeScript().readers({}).text("readers_list", "Detail", "Le service PC/SC ne répond pas.");
-    const auto bound = awaitBind(makeClient(fake.command(script)));
-    QCOMPARE(summary(bound), noReader);
-    QCOMPARE(bound->error->detail(), u"Le service PC/SC ne répond pas."_s);
-}
-
-void tst_LVitAccess::bindStopsAtTheCommandThatFails_data()
-{
-    QTest::addColumn<FakeScript>("script");
-    QTest::addColumn<QStringList>("sent");
-    for (const auto& [command, sent] : {std::pair(u"init"_s, QStringList{u"init"_s}),
-                                        std::pair(u"readers_list"_s, QStringList{u"init"_s, u"readers_list"_s})}) {
-        const QByteArray name = command.toLatin1();
-        QTest::addRow("%s: no status", name.constData()) << FakeScript().without(command, "Status") << sent;
-        QTest::addRow("%s: error", name.constData()) << FakeScript().failing(command) << sent;
-        QTest::addRow("%s: Success", name.constData()) << FakeScript().text(command, "Status", "Success") << sent;
-        QTest::addRow("%s: a number", name.constData()) << FakeScript().number(command, "Status", 1) << sent;
-        QTest::addRow("%s: null", name.constData()) << FakeScript().doing(command, "null") << sent;
-        QTest::addRow("%s: crash", name.constData()) << FakeScript().doing(command, "crash") << sent;
-        QTest::addRow("%s: garbage", name.constData()) << FakeScript().doing(command, "garbage") << sent;
+    void whyThereAreNoReadersComesWithTheError()
+    {
+        const FakeService fake;
+        const FakeScript script =
+            FakeScript().readers({}).text("readers_list", "Detail", "Le service PC/SC ne répond pas.");
+        const auto bound = awaitBind(makeClient(fake.command(script)));
+        QCOMPARE(summary(bound), noReader);
+        QCOMPARE(bound->error->detail(), u"Le service PC/SC ne répond pas."_s);
     }
-}
 
-void tst_LVitAccess::bindStopsAtTheCommandThatFails()
-{
-    QFETCH(const FakeScript, script);
-    QFETCH(const QStringList, sent);
-    const FakeService fake(script);
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(summary(awaitBind(client)), general);
-    QCOMPARE(commands(fake), sent);
-    QCOMPARE(client->initialized(), false);
-}
+    void bindStopsAtTheCommandThatFails_data()
+    {
+        QTest::addColumn<FakeScript>("script");
+        QTest::addColumn<QStringList>("sent");
+        for (const auto& [command, sent] : {std::pair(u"init"_s, QStringList{u"init"_s}),
+                                            std::pair(u"readers_list"_s, QStringList{u"init"_s, u"readers_list"_s})}) {
+            const QByteArray name = command.toLatin1();
+            QTest::addRow("%s: no status", name.constData()) << FakeScript().without(command, "Status") << sent;
+            QTest::addRow("%s: error", name.constData()) << FakeScript().failing(command) << sent;
+            QTest::addRow("%s: Success", name.constData()) << FakeScript().text(command, "Status", "Success") << sent;
+            QTest::addRow("%s: a number", name.constData()) << FakeScript().number(command, "Status", 1) << sent;
+            QTest::addRow("%s: null", name.constData()) << FakeScript().doing(command, "null") << sent;
+            QTest::addRow("%s: crash", name.constData()) << FakeScript().doing(command, "crash") << sent;
+            QTest::addRow("%s: garbage", name.constData()) << FakeScript().doing(command, "garbage") << sent;
+        }
+    }
 
-void tst_LVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data()
-{
-    QTest::addColumn<FakeScript>("script");
-    QTest::addColumn<bool>("isConnected");
-    QTest::newRow("error") << FakeScript().failing("set_readers") << true;
-    QTest::newRow("no status") << FakeScript().without("set_readers", "Status") << true;
-    QTest::newRow("null") << FakeScript().doing("set_readers", "null") << true;
-    for (const auto* const behaviour : {"crash", "exit", "garbage", "silent"})
-        QTest::newRow(behaviour) << FakeScript().doing("set_readers", behaviour) << false;
-}
+    void bindStopsAtTheCommandThatFails()
+    {
+        QFETCH(const FakeScript, script);
+        QFETCH(const QStringList, sent);
+        const FakeService fake(script);
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(summary(awaitBind(client)), general);
+        QCOMPARE(commands(fake), sent);
+        QCOMPARE(client->initialized(), false);
+    }
 
-void tst_LVitAccess::aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected()
-{
-    QFETCH(const FakeScript, script);
-    QFETCH(const bool, isConnected);
-    const FakeService fake(script.onlyAtStart(1));
-    const ClientPointer client = makeClient(fake.command(), {.requestTimeout = 1s, .exitGrace = 100ms});
-    QCOMPARE(summary(awaitBind(client)), general);
-    QCOMPARE(client->initialized(), isConnected);
-    QCOMPARE(client->bound(), false);
-    // The service works when it is started again.
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(client->initialized(), true);
-    QCOMPARE(client->bound(), true);
-}
+    void aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data()
+    {
+        QTest::addColumn<FakeScript>("script");
+        QTest::addColumn<bool>("isConnected");
+        QTest::newRow("error") << FakeScript().failing("set_readers") << true;
+        QTest::newRow("no status") << FakeScript().without("set_readers", "Status") << true;
+        QTest::newRow("null") << FakeScript().doing("set_readers", "null") << true;
+        for (const auto* const behaviour : {"crash", "exit", "garbage", "silent"})
+            QTest::newRow(behaviour) << FakeScript().doing("set_readers", behaviour) << false;
+    }
 
-void tst_LVitAccess::theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds()
-{
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(client->bound(), false);
-    QCOMPARE(summary(awaitSetReaders(client, readerChoice(u"V"_s, {}))), success);
-    QCOMPARE(client->bound(), false);
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(client->bound(), true);
-    QCOMPARE(::kill(fake.processes().value(1), SIGKILL), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(client->bound(), false, 30'000);
-    QCOMPARE(summary(awaitRead(client)), success);
-    QCOMPARE(client->bound(), false);
-}
+    void aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected()
+    {
+        QFETCH(const FakeScript, script);
+        QFETCH(const bool, isConnected);
+        const FakeService fake(script.onlyAtStart(1));
+        const ClientPointer client = makeClient(fake.command(), {.requestTimeout = 1s, .exitGrace = 100ms});
+        QCOMPARE(summary(awaitBind(client)), general);
+        QCOMPARE(client->initialized(), isConnected);
+        QCOMPARE(client->bound(), false);
+        // The service works when it is started again.
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(client->initialized(), true);
+        QCOMPARE(client->bound(), true);
+    }
 
-void tst_LVitAccess::bindStartsFromAFreshConnection()
-{
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(summary(awaitRead(client)), success);
-    QCOMPARE(fake.processes().size(), 1);
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(fake.processes().size(), 2);
-    QCOMPARE(client->initialized(), true);
-    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
-}
+    void theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds()
+    {
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(client->bound(), false);
+        QCOMPARE(summary(awaitSetReaders(client, readerChoice(u"V"_s, {}))), success);
+        QCOMPARE(client->bound(), false);
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(client->bound(), true);
+        QCOMPARE(::kill(fake.processes().value(1), SIGKILL), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(client->bound(), false, 30'000);
+        QCOMPARE(summary(awaitRead(client)), success);
+        QCOMPARE(client->bound(), false);
+    }
 
-void tst_LVitAccess::bindAnswersWhatWaitedOnTheOldConnection()
-{
-    const FakeService fake(FakeScript().doing("vitale_read", "silent"));
-    const ClientPointer client = makeClient(fake.command());
-    auto waiting = beginRead(client);
-    QCOMPARE(summary(awaitBind(client)), success);
-    QVERIFY(waiting.isThere());
-    QCOMPARE(summary(waiting.wait()), general);
-    QCOMPARE(client->initialized(), true);
-}
+    void bindStartsFromAFreshConnection()
+    {
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(summary(awaitRead(client)), success);
+        QCOMPARE(fake.processes().size(), 1);
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(fake.processes().size(), 2);
+        QCOMPARE(client->initialized(), true);
+        QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
+    }
 
-void tst_LVitAccess::onlyTheWordTrueMeansEmbedded_data()
-{
-    QTest::addColumn<FakeScript>("script");
-    QTest::addColumn<bool>("embedded");
-    QTest::newRow("true") << FakeScript().text("init", "Embedded", "true") << true;
-    QTest::newRow("TRUE") << FakeScript().text("init", "Embedded", "TRUE") << false;
-    QTest::newRow("false") << FakeScript().text("init", "Embedded", "false") << false;
-    QTest::newRow("with a blank") << FakeScript().text("init", "Embedded", "true ") << false;
-    QTest::newRow("absent") << FakeScript().without("init", "Embedded") << false;
-    QTest::newRow("1") << FakeScript().number("init", "Embedded", 1) << false;
-    QTest::newRow("true in a failure") << FakeScript().failing("init") << true;
-}
+    void bindAnswersWhatWaitedOnTheOldConnection()
+    {
+        const FakeService fake(FakeScript().doing("vitale_read", "silent"));
+        const ClientPointer client = makeClient(fake.command());
+        auto waiting = beginRead(client);
+        QCOMPARE(summary(awaitBind(client)), success);
+        QVERIFY(waiting.isThere());
+        QCOMPARE(summary(waiting.wait()), general);
+        QCOMPARE(client->initialized(), true);
+    }
 
-void tst_LVitAccess::onlyTheWordTrueMeansEmbedded()
-{
-    QFETCH(const FakeScript, script);
-    QFETCH(const bool, embedded);
-    const FakeService fake(script);
-    const ClientPointer client = makeClient(fake.command());
-    QVERIFY(awaitBind(client));
-    QCOMPARE(client->embedded(), embedded);
-}
+    void onlyTheWordTrueMeansEmbedded_data()
+    {
+        QTest::addColumn<FakeScript>("script");
+        QTest::addColumn<bool>("embedded");
+        QTest::newRow("true") << FakeScript().text("init", "Embedded", "true") << true;
+        QTest::newRow("TRUE") << FakeScript().text("init", "Embedded", "TRUE") << false;
+        QTest::newRow("false") << FakeScript().text("init", "Embedded", "false") << false;
+        QTest::newRow("with a blank") << FakeScript().text("init", "Embedded", "true ") << false;
+        QTest::newRow("absent") << FakeScript().without("init", "Embedded") << false;
+        QTest::newRow("1") << FakeScript().number("init", "Embedded", 1) << false;
+        QTest::newRow("true in a failure") << FakeScript().failing("init") << true;
+    }
 
-void tst_LVitAccess::getReadersGivesTheNamesInTheServicesOrder_data()
-{
-    QTest::addColumn<FakeScript>("script");
-    QTest::addColumn<QStringList>("names");
-    QTest::newRow("three") << FakeScript().readers({u"B"_s, u"A"_s, u"Lecteur é"_s})
-                           << QStringList{u"B"_s, u"A"_s, u"Lecteur é"_s};
-    QTest::newRow("none") << FakeScript().readers({}) << QStringList();
-    QTest::newRow("some that are no texts") << FakeScript().oddReaders() << QStringList{u"A"_s, u"Feitian SCR301"_s};
-}
+    void onlyTheWordTrueMeansEmbedded()
+    {
+        QFETCH(const FakeScript, script);
+        QFETCH(const bool, embedded);
+        const FakeService fake(script);
+        const ClientPointer client = makeClient(fake.command());
+        QVERIFY(awaitBind(client));
+        QCOMPARE(client->embedded(), embedded);
+    }
 
-void tst_LVitAccess::getReadersGivesTheNamesInTheServicesOrder()
-{
-    QFETCH(const FakeScript, script);
-    QFETCH(const QStringList, names);
-    const FakeService fake(script);
-    const auto outcome = awaitReaders(makeClient(fake.command()));
-    QCOMPARE(summary(outcome), success);
-    QCOMPARE(outcome->result, (QVariantMap{{u"Readers"_s, names}}));
-}
+    void getReadersGivesTheNamesInTheServicesOrder_data()
+    {
+        QTest::addColumn<FakeScript>("script");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("three") << FakeScript().readers({u"B"_s, u"A"_s, u"Lecteur é"_s})
+                               << QStringList{u"B"_s, u"A"_s, u"Lecteur é"_s};
+        QTest::newRow("none") << FakeScript().readers({}) << QStringList();
+        QTest::newRow("some that are no texts")
+            << FakeScript().oddReaders() << QStringList{u"A"_s, u"Feitian SCR301"_s};
+    }
 
-void tst_LVitAccess::setReadersSendsBothNames_data()
-{
-    QTest::addColumn<QVariantMap>("choice");
-    QTest::addColumn<QString>("request");
-    QTest::newRow("both") << readerChoice(u"V"_s, u"C"_s)
-                          << uR"({"Command":"set_readers","cps_reader_name":"C","vitale_reader_name":"V"})"_s;
-    QTest::newRow("health card's alone")
-        << readerChoice(u"V"_s, {}) << uR"({"Command":"set_readers","cps_reader_name":"V","vitale_reader_name":"V"})"_s;
-    QTest::newRow("professional card's alone")
-        << readerChoice({}, u"C"_s) << uR"({"Command":"set_readers","cps_reader_name":"C"})"_s;
-}
+    void getReadersGivesTheNamesInTheServicesOrder()
+    {
+        QFETCH(const FakeScript, script);
+        QFETCH(const QStringList, names);
+        const FakeService fake(script);
+        const auto outcome = awaitReaders(makeClient(fake.command()));
+        QCOMPARE(summary(outcome), success);
+        QCOMPARE(outcome->result, (QVariantMap{{u"Readers"_s, names}}));
+    }
 
-void tst_LVitAccess::setReadersSendsBothNames()
-{
-    QFETCH(const QVariantMap, choice);
-    QFETCH(const QString, request);
-    const FakeService fake;
-    QCOMPARE(summary(awaitSetReaders(makeClient(fake.command()), choice)), success);
-    QCOMPARE(fake.requests(), QStringList{request});
+    void setReadersSendsBothNames_data()
+    {
+        QTest::addColumn<QVariantMap>("choice");
+        QTest::addColumn<QString>("request");
+        QTest::newRow("both") << readerChoice(u"V"_s, u"C"_s)
+                              << uR"({"Command":"set_readers","cps_reader_name":"C","vitale_reader_name":"V"})"_s;
+        QTest::newRow("health card's alone")
+            << readerChoice(u"V"_s, {})
+            << uR"({"Command":"set_readers","cps_reader_name":"V","vitale_reader_name":"V"})"_s;
+        QTest::newRow("professional card's alone")
+            << readerChoice({}, u"C"_s) << uR"({"Command":"set_readers","cps_reader_name":"C"})"_s;
+    }
 
-    const FakeService refusing(FakeScript().text("set_readers", "Status", "no"));
-    const ClientPointer client = makeClient(refusing.command());
-    QCOMPARE(summary(awaitSetReaders(client, choice)), general);
-    QCOMPARE(client->initialized(), false);
-}
+    void setReadersSendsBothNames()
+    {
+        QFETCH(const QVariantMap, choice);
+        QFETCH(const QString, request);
+        const FakeService fake;
+        QCOMPARE(summary(awaitSetReaders(makeClient(fake.command()), choice)), success);
+        QCOMPARE(fake.requests(), QStringList{request});
 
-void tst_LVitAccess::setReadersWithoutNamesFailsAndSendsNothing()
-{
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(summary(awaitSetReaders(client, std::nullopt)), internal);
-    QCOMPARE(summary(awaitSetReaders(client, QVariantMap())), internal);
-    QCOMPARE(summary(awaitSetReaders(client, QVariantMap{{u"Vitale"_s, 7}, {u"Other"_s, u"V"_s}})), internal);
-    QVERIFY(fake.notes().isEmpty());
-}
+        const FakeService refusing(FakeScript().text("set_readers", "Status", "no"));
+        const ClientPointer client = makeClient(refusing.command());
+        QCOMPARE(summary(awaitSetReaders(client, choice)), general);
+        QCOMPARE(client->initialized(), false);
+    }
+
+    void setReadersWithoutNamesFailsAndSendsNothing()
+    {
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(summary(awaitSetReaders(client, std::nullopt)), internal);
+        QCOMPARE(summary(awaitSetReaders(client, QVariantMap())), internal);
+        QCOMPARE(summary(awaitSetReaders(client, QVariantMap{{u"Vitale"_s, 7}, {u"Other"_s, u"V"_s}})), internal);
+        QVERIFY(fake.notes().isEmpty());
+    }
+};
 
 int main(int argc, char** argv)
 {

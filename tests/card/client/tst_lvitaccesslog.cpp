@@ -19,16 +19,121 @@ class tst_LVitAccessLog : public TestCase
 private Q_SLOTS:
     void init() { m_log.clear(); }
 
-    void requestsAndRepliesAreLoggedAtDebugLevel();
-    void theListOfReadersIsLoggedWhenThereIsOne_data();
-    void theListOfReadersIsLoggedWhenThereIsOne();
-    void anAbsentReaderNameIsLoggedAsAnError();
-    void anInterruptionIsLogged();
-    void anUnsolicitedMessageIsLogged();
-    void manyUnsolicitedMessagesFillNoLog();
-    void aReplyThatIsNoDictionaryIsLogged();
-    void aConnectionThatCannotBeMadeIsNotLogged();
-    void nothingOfACardIsLogged();
+    void requestsAndRepliesAreLoggedAtDebugLevel()
+    {
+        const FakeService fake;
+        QCOMPARE(summary(awaitBind(std::make_shared<LVitAccess>(fake.command()))), u"success"_s);
+        const QString received =
+            u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: ADDRESS\n"_s;
+        QCOMPARE(lines(), (QStringList{
+                              u"Message:\n{\"Command\": \"init\", \"Mode\": \"0\"}"_s,
+                              received + uR"({"Status": "success", "Embedded": "true"})"_s,
+                              u"Message:\n{\"Command\": \"readers_list\"}"_s,
+                              received + uR"({"Status": "success", "Readers": ["Feitian SCR301"]})"_s,
+                              u"Readers: (Feitian SCR301)"_s,
+                              u"Message:\n{\"Command\": \"set_readers\", \"cps_reader_name\": \"Feitian SCR301\", "
+                              "\"vitale_reader_name\": \"Feitian SCR301\"}"_s,
+                              received + uR"({"Status": "success"})"_s,
+                          }));
+    }
+
+    void theListOfReadersIsLoggedWhenThereIsOne_data()
+    {
+        QTest::addColumn<QStringList>("list");
+        QTest::addColumn<QStringList>("logged");
+        QTest::newRow("two, none accepted") << QStringList{u"X"_s, u"Y"_s} << QStringList{u"Readers: (X, Y)"_s};
+        QTest::newRow("control characters")
+            << QStringList{u"X\n\x1b[31m"_s, u"Y\u009B"_s} << QStringList{u"Readers: (X??[31m, Y?)"_s};
+        QTest::newRow("none") << QStringList() << QStringList();
+    }
+
+    void theListOfReadersIsLoggedWhenThereIsOne()
+    {
+        QFETCH(const QStringList, list);
+        QFETCH(const QStringList, logged);
+        const FakeService fake(FakeScript().readers(list));
+        const auto client = std::make_shared<LVitAccess>(fake.command());
+        QVERIFY(awaitBind(client));
+        QCOMPARE(lines().filter(QRegularExpression(u"^Readers: "_s)), logged);
+    }
+
+    void anAbsentReaderNameIsLoggedAsAnError()
+    {
+        const FakeService fake;
+        const auto client = std::make_shared<LVitAccess>(fake.command());
+        QCOMPARE(summary(awaitSetReaders(client, QVariantMap{{u"CPS"_s, u"C"_s}})), u"success"_s);
+        QCOMPARE(m_log.lines(MXLog::Error), QStringList{u"NULL value in message"_s});
+    }
+
+    void anInterruptionIsLogged()
+    {
+        const FakeService fake(FakeScript().doing("any", "crash"));
+        const auto client = std::make_shared<LVitAccess>(fake.command());
+        QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+        QCOMPARE(lines(), (QStringList{
+                              u"Message:\n{\"Command\": \"vitale_read\"}"_s,
+                              u"Received XPC_ERROR_CONNECTION_INTERRUPTED"_s,
+                              u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: ADDRESS\n"
+                              "no dictionary"_s,
+                          }));
+    }
+
+    void anUnsolicitedMessageIsLogged()
+    {
+        const FakeService fake(FakeScript().doing("any", "unsolicited"));
+        const auto client = std::make_shared<LVitAccess>(fake.command());
+        QCOMPARE(summary(awaitRead(client)), u"success"_s);
+        QCOMPARE(lines().value(1),
+                 u"Received response in _initConnection event handler: ADDRESS\n{\"Event\": \"something\"}"_s);
+    }
+
+    void manyUnsolicitedMessagesFillNoLog()
+    {
+        const FakeService fake(FakeScript().doing("vitale_read", "burst"));
+        const auto client = std::make_shared<LVitAccess>(fake.command());
+        QCOMPARE(summary(awaitRead(client)), u"success"_s);
+        QCOMPARE(summary(awaitBind(client)), u"success"_s);
+        QCOMPARE(lines().filter(u"_initConnection"_s).size(), 200);
+        QVERIFY(lines().contains(u"Card service: 99800 more lines left out"_s));
+    }
+
+    void aReplyThatIsNoDictionaryIsLogged()
+    {
+        const FakeService fake(FakeScript().doing("any", "null"));
+        const auto client = std::make_shared<LVitAccess>(fake.command());
+        QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+        QCOMPARE(lines().value(1), u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: "
+                                   "ADDRESS\nno dictionary"_s);
+    }
+
+    void aConnectionThatCannotBeMadeIsNotLogged()
+    {
+        const FakeService fake;
+        const auto client = std::make_shared<LVitAccess>(ServiceCommand{fake.filePath(u"absent"_s), {}});
+        QCOMPARE(summary(awaitBind(client)), u"failure"_s);
+        QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+        QCOMPARE(m_log.lines(), QStringList());
+    }
+
+    void nothingOfACardIsLogged()
+    {
+        const FakeService fake;
+        const auto client = std::make_shared<LVitAccess>(fake.command());
+        QCOMPARE(summary(awaitRead(client)), u"success"_s);
+        const ClientPointer failing =
+            std::make_shared<LVitAccess>(fake.command(FakeScript().text("vitale_read", "Vitale", "SPECIMEN")));
+        QVERIFY(awaitRead(failing));
+        const FakeService inBytes;
+        const ClientPointer bytes =
+            std::make_shared<LVitAccess>(inBytes.command(FakeScript().bytes("vitale_read", "Vitale", "SPECI")));
+        QVERIFY(awaitRead(bytes));
+        const QString logged = m_log.lines().join(u'\n');
+        QVERIFY2(!logged.contains(u"SPECI"), qPrintable(logged));
+        QVERIFY2(!logged.contains(u"CPAM"), qPrintable(logged));
+        QVERIFY2(logged.contains(uR"("FundCodeLibelle": text of 13 characters)"), qPrintable(logged));
+        QVERIFY2(logged.contains(uR"("Vitale": text of 8 characters)"), qPrintable(logged));
+        QVERIFY2(logged.contains(uR"("Vitale": 5 bytes)"), qPrintable(logged));
+    }
 
 private:
     /// The lines with the addresses of messages made alike.
@@ -41,122 +146,6 @@ private:
 
     LogCapture m_log;
 };
-
-void tst_LVitAccessLog::requestsAndRepliesAreLoggedAtDebugLevel()
-{
-    const FakeService fake;
-    QCOMPARE(summary(awaitBind(std::make_shared<LVitAccess>(fake.command()))), u"success"_s);
-    const QString received =
-        u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: ADDRESS\n"_s;
-    QCOMPARE(lines(), (QStringList{
-                          u"Message:\n{\"Command\": \"init\", \"Mode\": \"0\"}"_s,
-                          received + uR"({"Status": "success", "Embedded": "true"})"_s,
-                          u"Message:\n{\"Command\": \"readers_list\"}"_s,
-                          received + uR"({"Status": "success", "Readers": ["Feitian SCR301"]})"_s,
-                          u"Readers: (Feitian SCR301)"_s,
-                          u"Message:\n{\"Command\": \"set_readers\", \"cps_reader_name\": \"Feitian SCR301\", "
-                          "\"vitale_reader_name\": \"Feitian SCR301\"}"_s,
-                          received + uR"({"Status": "success"})"_s,
-                      }));
-}
-
-void tst_LVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne_data()
-{
-    QTest::addColumn<QStringList>("list");
-    QTest::addColumn<QStringList>("logged");
-    QTest::newRow("two, none accepted") << QStringList{u"X"_s, u"Y"_s} << QStringList{u"Readers: (X, Y)"_s};
-    QTest::newRow("control characters") << QStringList{u"X\n\x1b[31m"_s, u"Y\u009B"_s}
-                                        << QStringList{u"Readers: (X??[31m, Y?)"_s};
-    QTest::newRow("none") << QStringList() << QStringList();
-}
-
-void tst_LVitAccessLog::theListOfReadersIsLoggedWhenThereIsOne()
-{
-    QFETCH(const QStringList, list);
-    QFETCH(const QStringList, logged);
-    const FakeService fake(FakeScript().readers(list));
-    const auto client = std::make_shared<LVitAccess>(fake.command());
-    QVERIFY(awaitBind(client));
-    QCOMPARE(lines().filter(QRegularExpression(u"^Readers: "_s)), logged);
-}
-
-void tst_LVitAccessLog::anAbsentReaderNameIsLoggedAsAnError()
-{
-    const FakeService fake;
-    const auto client = std::make_shared<LVitAccess>(fake.command());
-    QCOMPARE(summary(awaitSetReaders(client, QVariantMap{{u"CPS"_s, u"C"_s}})), u"success"_s);
-    QCOMPARE(m_log.lines(MXLog::Error), QStringList{u"NULL value in message"_s});
-}
-
-void tst_LVitAccessLog::anInterruptionIsLogged()
-{
-    const FakeService fake(FakeScript().doing("any", "crash"));
-    const auto client = std::make_shared<LVitAccess>(fake.command());
-    QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
-    QCOMPARE(lines(), (QStringList{
-                          u"Message:\n{\"Command\": \"vitale_read\"}"_s,
-                          u"Received XPC_ERROR_CONNECTION_INTERRUPTED"_s,
-                          u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: ADDRESS\n"
-                          "no dictionary"_s,
-                      }));
-}
-
-void tst_LVitAccessLog::anUnsolicitedMessageIsLogged()
-{
-    const FakeService fake(FakeScript().doing("any", "unsolicited"));
-    const auto client = std::make_shared<LVitAccess>(fake.command());
-    QCOMPARE(summary(awaitRead(client)), u"success"_s);
-    QCOMPARE(lines().value(1),
-             u"Received response in _initConnection event handler: ADDRESS\n{\"Event\": \"something\"}"_s);
-}
-
-void tst_LVitAccessLog::manyUnsolicitedMessagesFillNoLog()
-{
-    const FakeService fake(FakeScript().doing("vitale_read", "burst"));
-    const auto client = std::make_shared<LVitAccess>(fake.command());
-    QCOMPARE(summary(awaitRead(client)), u"success"_s);
-    QCOMPARE(summary(awaitBind(client)), u"success"_s);
-    QCOMPARE(lines().filter(u"_initConnection"_s).size(), 200);
-    QVERIFY(lines().contains(u"Card service: 99800 more lines left out"_s));
-}
-
-void tst_LVitAccessLog::aReplyThatIsNoDictionaryIsLogged()
-{
-    const FakeService fake(FakeScript().doing("any", "null"));
-    const auto client = std::make_shared<LVitAccess>(fake.command());
-    QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
-    QCOMPARE(lines().value(1), u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: "
-                               "ADDRESS\nno dictionary"_s);
-}
-
-void tst_LVitAccessLog::aConnectionThatCannotBeMadeIsNotLogged()
-{
-    const FakeService fake;
-    const auto client = std::make_shared<LVitAccess>(ServiceCommand{fake.filePath(u"absent"_s), {}});
-    QCOMPARE(summary(awaitBind(client)), u"failure"_s);
-    QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
-    QCOMPARE(m_log.lines(), QStringList());
-}
-
-void tst_LVitAccessLog::nothingOfACardIsLogged()
-{
-    const FakeService fake;
-    const auto client = std::make_shared<LVitAccess>(fake.command());
-    QCOMPARE(summary(awaitRead(client)), u"success"_s);
-    const ClientPointer failing =
-        std::make_shared<LVitAccess>(fake.command(FakeScript().text("vitale_read", "Vitale", "SPECIMEN")));
-    QVERIFY(awaitRead(failing));
-    const FakeService inBytes;
-    const ClientPointer bytes =
-        std::make_shared<LVitAccess>(inBytes.command(FakeScript().bytes("vitale_read", "Vitale", "SPECI")));
-    QVERIFY(awaitRead(bytes));
-    const QString logged = m_log.lines().join(u'\n');
-    QVERIFY2(!logged.contains(u"SPECI"), qPrintable(logged));
-    QVERIFY2(!logged.contains(u"CPAM"), qPrintable(logged));
-    QVERIFY2(logged.contains(uR"("FundCodeLibelle": text of 13 characters)"), qPrintable(logged));
-    QVERIFY2(logged.contains(uR"("Vitale": text of 8 characters)"), qPrintable(logged));
-    QVERIFY2(logged.contains(uR"("Vitale": 5 bytes)"), qPrintable(logged));
-}
 
 int main(int argc, char* argv[])
 {

@@ -11,259 +11,244 @@ class tst_LVitAccessRead : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void informationsAreReadByTheirPaths_data();
-    void informationsAreReadByTheirPaths();
-    void informationsAreAbsentFromInitUntilObtained();
-    void failedInformationsGiveTheLastOnes_data();
-    void failedInformationsGiveTheLastOnes();
-    void aReadGivesTheRecordWithItsLabelAndItsText();
-    void aReadWithoutALabelGivesARecordWithoutIt();
-    void aFailedReadGivesTheErrorOfItsResult_data();
-    void aFailedReadGivesTheErrorOfItsResult();
-    void whatTheServiceHasToSayOfAFailureComesWithItsError();
-    void aReadWhoseDocumentIsBadFails_data();
-    void aReadWhoseDocumentIsBadFails();
-    void aDocumentInBytesIsDecoded_data();
-    void aDocumentInBytesIsDecoded();
-    void aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother();
-    void aCancellationWithoutAReadLeavesTheConnection();
-    void aCancellationLeavesABindThatHasEndedTheReadAlready();
-};
+    void informationsAreReadByTheirPaths_data()
+    {
+        QTest::addColumn<QString>("document");
+        QTest::addColumn<QVariantMap>("informations");
+        QTest::newRow("all four") << u"<r><apiLecVitale><version>7.08</version><tableLibVitale>4</tableLibVitale>"
+                                     "<tableLibOrgDest>5</tableLibOrgDest><tableHab>6</tableHab></apiLecVitale></r>"_s
+                                  << QVariantMap{{u"MVAPILecVersion"_s, u"7.08"_s},
+                                                 {u"MVTableBinVersion"_s, u"4"_s},
+                                                 {u"MVPdtCdcVersion"_s, u"5"_s},
+                                                 {u"MVTableHabVersion"_s, u"6"_s}};
+        QTest::newRow("an empty one")
+            << u"<r><apiLecVitale><version>7</version><tableHab></tableHab></apiLecVitale></r>"_s
+            << QVariantMap{{u"MVAPILecVersion"_s, u"7"_s}};
+        QTest::newRow("the first of two, even empty")
+            << u"<r><apiLecVitale><version/><version>7</version><tableHab>1</tableHab><tableHab>2</tableHab></apiLecVitale></r>"_s
+            << QVariantMap{{u"MVTableHabVersion"_s, u"1"_s}};
+        QTest::newRow("text in parts, as it stands")
+            << u"<r><apiLecVitale><version> <b>7</b>.é </version></apiLecVitale></r>"_s
+            << QVariantMap{{u"MVAPILecVersion"_s, u" 7.é "_s}};
+        QTest::newRow("the root itself is no step")
+            << u"<apiLecVitale><version>7</version></apiLecVitale>"_s << QVariantMap();
+        QTest::newRow("nothing of it") << u"<r/>"_s << QVariantMap();
+    }
 
-void tst_LVitAccessRead::informationsAreReadByTheirPaths_data()
-{
-    QTest::addColumn<QString>("document");
-    QTest::addColumn<QVariantMap>("informations");
-    QTest::newRow("all four") << u"<r><apiLecVitale><version>7.08</version><tableLibVitale>4</tableLibVitale>"
-                                 "<tableLibOrgDest>5</tableLibOrgDest><tableHab>6</tableHab></apiLecVitale></r>"_s
-                              << QVariantMap{{u"MVAPILecVersion"_s, u"7.08"_s},
-                                             {u"MVTableBinVersion"_s, u"4"_s},
-                                             {u"MVPdtCdcVersion"_s, u"5"_s},
-                                             {u"MVTableHabVersion"_s, u"6"_s}};
-    QTest::newRow("an empty one") << u"<r><apiLecVitale><version>7</version><tableHab></tableHab></apiLecVitale></r>"_s
-                                  << QVariantMap{{u"MVAPILecVersion"_s, u"7"_s}};
-    QTest::newRow("the first of two, even empty")
-        << u"<r><apiLecVitale><version/><version>7</version><tableHab>1</tableHab><tableHab>2</tableHab></apiLecVitale></r>"_s
-        << QVariantMap{{u"MVTableHabVersion"_s, u"1"_s}};
-    QTest::newRow("text in parts, as it stands")
-        << u"<r><apiLecVitale><version> <b>7</b>.é </version></apiLecVitale></r>"_s
-        << QVariantMap{{u"MVAPILecVersion"_s, u" 7.é "_s}};
-    QTest::newRow("the root itself is no step")
-        << u"<apiLecVitale><version>7</version></apiLecVitale>"_s << QVariantMap();
-    QTest::newRow("nothing of it") << u"<r/>"_s << QVariantMap();
-}
+    void informationsAreReadByTheirPaths()
+    {
+        QFETCH(const QString, document);
+        QFETCH(const QVariantMap, informations);
+        const FakeService fake(FakeScript().text("informations", "Informations", document));
+        const ClientPointer client = makeClient(fake.command());
+        const auto outcome = awaitInformations(client);
+        QCOMPARE(summary(outcome), success);
+        QCOMPARE(outcome->result, informations);
+        QCOMPARE(client->informations(), informations);
+        QCOMPARE(fake.requests(), QStringList{uR"({"Command":"informations"})"_s});
+    }
 
-void tst_LVitAccessRead::informationsAreReadByTheirPaths()
-{
-    QFETCH(const QString, document);
-    QFETCH(const QVariantMap, informations);
-    const FakeService fake(FakeScript().text("informations", "Informations", document));
-    const ClientPointer client = makeClient(fake.command());
-    const auto outcome = awaitInformations(client);
-    QCOMPARE(summary(outcome), success);
-    QCOMPARE(outcome->result, informations);
-    QCOMPARE(client->informations(), informations);
-    QCOMPARE(fake.requests(), QStringList{uR"({"Command":"informations"})"_s});
-}
+    void informationsAreAbsentFromInitUntilObtained()
+    {
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command());
+        const QVariantMap obtained{{u"MVAPILecVersion"_s, u"1.2.3"_s}};
+        QCOMPARE(summary(awaitInformations(client)), success);
+        QCOMPARE(client->informations(), obtained);
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(client->informations(), std::nullopt);
+        QCOMPARE(summary(awaitInformations(client)), success);
+        QCOMPARE(client->informations(), obtained);
+    }
 
-void tst_LVitAccessRead::informationsAreAbsentFromInitUntilObtained()
-{
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command());
-    const QVariantMap obtained{{u"MVAPILecVersion"_s, u"1.2.3"_s}};
-    QCOMPARE(summary(awaitInformations(client)), success);
-    QCOMPARE(client->informations(), obtained);
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(client->informations(), std::nullopt);
-    QCOMPARE(summary(awaitInformations(client)), success);
-    QCOMPARE(client->informations(), obtained);
-}
+    void failedInformationsGiveTheLastOnes_data()
+    {
+        QTest::addColumn<FakeScript>("script");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("error") << FakeScript().failing("informations") << general;
+        QTest::newRow("no status") << FakeScript().without("informations", "Status") << general;
+        QTest::newRow("no document") << FakeScript().without("informations", "Informations") << general;
+        QTest::newRow("a document that is not UTF-8")
+            << FakeScript().bytes("informations", "Informations", "<r>\xE9</r>") << general;
+        QTest::newRow("not XML") << FakeScript().text("informations", "Informations", "versions") << u"XML"_s;
+        QTest::newRow("empty") << FakeScript().text("informations", "Informations", "") << u"XML"_s;
+    }
 
-void tst_LVitAccessRead::failedInformationsGiveTheLastOnes_data()
-{
-    QTest::addColumn<FakeScript>("script");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("error") << FakeScript().failing("informations") << general;
-    QTest::newRow("no status") << FakeScript().without("informations", "Status") << general;
-    QTest::newRow("no document") << FakeScript().without("informations", "Informations") << general;
-    QTest::newRow("a document that is not UTF-8")
-        << FakeScript().bytes("informations", "Informations", "<r>\xE9</r>") << general;
-    QTest::newRow("not XML") << FakeScript().text("informations", "Informations", "versions") << u"XML"_s;
-    QTest::newRow("empty") << FakeScript().text("informations", "Informations", "") << u"XML"_s;
-}
+    void failedInformationsGiveTheLastOnes()
+    {
+        QFETCH(const FakeScript, script);
+        QFETCH(const QString, error);
+        const FakeService fake(script);
+        const ClientPointer client = makeClient(fake.command());
+        auto outcome = awaitInformations(client);
+        QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
+        QCOMPARE(outcome->result, QVariantMap());
+        // After an "init" there are none to give.
+        QCOMPARE(summary(awaitBind(client)), success);
+        outcome = awaitInformations(client);
+        QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
+        QCOMPARE(outcome->result, std::nullopt);
+        QCOMPARE(client->informations(), std::nullopt);
+    }
 
-void tst_LVitAccessRead::failedInformationsGiveTheLastOnes()
-{
-    QFETCH(const FakeScript, script);
-    QFETCH(const QString, error);
-    const FakeService fake(script);
-    const ClientPointer client = makeClient(fake.command());
-    auto outcome = awaitInformations(client);
-    QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
-    QCOMPARE(outcome->result, QVariantMap());
-    // After an "init" there are none to give.
-    QCOMPARE(summary(awaitBind(client)), success);
-    outcome = awaitInformations(client);
-    QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
-    QCOMPARE(outcome->result, std::nullopt);
-    QCOMPARE(client->informations(), std::nullopt);
-}
+    void aReadGivesTheRecordWithItsLabelAndItsText()
+    {
+        const FakeService fake;
+        const auto outcome = awaitRead(makeClient(fake.command()));
+        QCOMPARE(summary(outcome), success);
+        QVERIFY(outcome->result);
+        const CardRecord& record = *outcome->result;
+        QCOMPARE(record.text(CardKey::vitaleSerial), u"42"_s);
+        QCOMPARE(record.text(CardKey::lastName), u"SPECIMEN"_s);
+        QCOMPARE(record.text(CardKey::fundCodeLibelle), u"CPAM SPECIMEN"_s);
+        QCOMPARE(record.text(CardKey::xmlString),
+                 u"<T_AsnDonneesVitale><tech><numSerie>42</numSerie></tech><listeBenef><T_AsnBeneficiaire><ident>"
+                 "<nomUsuel>SPECIMEN</nomUsuel></ident></T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>"_s);
+        QCOMPARE(record.beneficiaries().size(), 1);
+        QCOMPARE(fake.requests(), QStringList{uR"({"Command":"vitale_read"})"_s});
+    }
 
-void tst_LVitAccessRead::aReadGivesTheRecordWithItsLabelAndItsText()
-{
-    const FakeService fake;
-    const auto outcome = awaitRead(makeClient(fake.command()));
-    QCOMPARE(summary(outcome), success);
-    QVERIFY(outcome->result);
-    const CardRecord& record = *outcome->result;
-    QCOMPARE(record.text(CardKey::vitaleSerial), u"42"_s);
-    QCOMPARE(record.text(CardKey::lastName), u"SPECIMEN"_s);
-    QCOMPARE(record.text(CardKey::fundCodeLibelle), u"CPAM SPECIMEN"_s);
-    QCOMPARE(record.text(CardKey::xmlString),
-             u"<T_AsnDonneesVitale><tech><numSerie>42</numSerie></tech><listeBenef><T_AsnBeneficiaire><ident>"
-             "<nomUsuel>SPECIMEN</nomUsuel></ident></T_AsnBeneficiaire></listeBenef></T_AsnDonneesVitale>"_s);
-    QCOMPARE(record.beneficiaries().size(), 1);
-    QCOMPARE(fake.requests(), QStringList{uR"({"Command":"vitale_read"})"_s});
-}
+    void aReadWithoutALabelGivesARecordWithoutIt()
+    {
+        const FakeService fake(FakeScript().without("vitale_read", "FundCodeLibelle"));
+        const auto outcome = awaitRead(makeClient(fake.command()));
+        QCOMPARE(summary(outcome), success);
+        QCOMPARE(outcome->result->text(CardKey::fundCodeLibelle), std::nullopt);
+    }
 
-void tst_LVitAccessRead::aReadWithoutALabelGivesARecordWithoutIt()
-{
-    const FakeService fake(FakeScript().without("vitale_read", "FundCodeLibelle"));
-    const auto outcome = awaitRead(makeClient(fake.command()));
-    QCOMPARE(summary(outcome), success);
-    QCOMPARE(outcome->result->text(CardKey::fundCodeLibelle), std::nullopt);
-}
+    void aFailedReadGivesTheErrorOfItsResult_data()
+    {
+        QTest::addColumn<std::optional<int>>("result");
+        QTest::addColumn<QString>("error");
+        for (const auto& [result, code] :
+             {std::pair(11, -30), std::pair(13, -22), std::pair(15, -31), std::pair(17, -31), std::pair(25, -31),
+              std::pair(12, -10), std::pair(0, -10), std::pair(-11, -10)})
+            QTest::addRow("result %d", result) << std::optional(result) << u"Pelmora %1"_s.arg(code);
+        QTest::newRow("no result") << std::optional<int>() << general;
+    }
 
-void tst_LVitAccessRead::aFailedReadGivesTheErrorOfItsResult_data()
-{
-    QTest::addColumn<std::optional<int>>("result");
-    QTest::addColumn<QString>("error");
-    for (const auto& [result, code] : {std::pair(11, -30), std::pair(13, -22), std::pair(15, -31), std::pair(17, -31),
-                                       std::pair(25, -31), std::pair(12, -10), std::pair(0, -10), std::pair(-11, -10)})
-        QTest::addRow("result %d", result) << std::optional(result) << u"Pelmora %1"_s.arg(code);
-    QTest::newRow("no result") << std::optional<int>() << general;
-}
+    void aFailedReadGivesTheErrorOfItsResult()
+    {
+        QFETCH(const std::optional<int>, result);
+        QFETCH(const QString, error);
+        const FakeScript failing = FakeScript().failing("vitale_read", result);
+        // A document beside a failure is not looked at.
+        for (const FakeScript& script : {failing, failing.without("vitale_read", "Status")}) {
+            const FakeService fake(script);
+            const auto outcome = awaitRead(makeClient(fake.command()));
+            QCOMPARE(summary(outcome), error);
+            QVERIFY(!outcome->result);
+        }
+    }
 
-void tst_LVitAccessRead::aFailedReadGivesTheErrorOfItsResult()
-{
-    QFETCH(const std::optional<int>, result);
-    QFETCH(const QString, error);
-    const FakeScript failing = FakeScript().failing("vitale_read", result);
-    // A document beside a failure is not looked at.
-    for (const FakeScript& script : {failing, failing.without("vitale_read", "Status")}) {
+    void whatTheServiceHasToSayOfAFailureComesWithItsError()
+    {
+        const FakeScript failing = FakeScript().failing("vitale_read", 13);
+        const FakeService telling(failing.text("vitale_read", "Detail", "Fermez l’autre programme."));
+        const auto told = awaitRead(makeClient(telling.command()));
+        QCOMPARE(summary(told), u"Pelmora -22"_s);
+        QCOMPARE(told->error->detail(), u"Fermez l’autre programme."_s);
+        const FakeService silent(failing);
+        QCOMPARE(awaitRead(makeClient(silent.command()))->error->detail(), QString());
+    }
+
+    void aReadWhoseDocumentIsBadFails_data()
+    {
+        QTest::addColumn<FakeScript>("script");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("missing") << FakeScript().without("vitale_read", "Vitale") << general;
+        QTest::newRow("a number") << FakeScript().number("vitale_read", "Vitale", 7) << general;
+        QTest::newRow("empty") << FakeScript().text("vitale_read", "Vitale", "") << u"XML"_s;
+        QTest::newRow("not XML") << FakeScript().text("vitale_read", "Vitale", "carte") << u"XML"_s;
+        QTest::newRow("cut") << FakeScript().text("vitale_read", "Vitale", "<T_AsnDonneesVitale><tech>") << u"XML"_s;
+        QTest::newRow("no beneficiary") << FakeScript().text("vitale_read", "Vitale", "<T_AsnDonneesVitale/>")
+                                        << u"Pelmora -40"_s;
+        QTest::newRow("another root") << FakeScript().text("vitale_read", "Vitale", "<card/>") << u"Pelmora -40"_s;
+        // 0x81 is nothing in any of the encodings.
+        QTest::newRow("in no encoding") << FakeScript().bytes("vitale_read", "Vitale", vitaleOf("SPECIMEN \x81"))
+                                        << general;
+    }
+
+    void aReadWhoseDocumentIsBadFails()
+    {
+        QFETCH(const FakeScript, script);
+        QFETCH(const QString, error);
         const FakeService fake(script);
         const auto outcome = awaitRead(makeClient(fake.command()));
-        QCOMPARE(summary(outcome), error);
+        QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
         QVERIFY(!outcome->result);
     }
-}
 
-void tst_LVitAccessRead::whatTheServiceHasToSayOfAFailureComesWithItsError()
-{
-    const FakeScript failing = FakeScript().failing("vitale_read", 13);
-    const FakeService telling(failing.text("vitale_read", "Detail", "Fermez l’autre programme."));
-    const auto told = awaitRead(makeClient(telling.command()));
-    QCOMPARE(summary(told), u"Pelmora -22"_s);
-    QCOMPARE(told->error->detail(), u"Fermez l’autre programme."_s);
-    const FakeService silent(failing);
-    QCOMPARE(awaitRead(makeClient(silent.command()))->error->detail(), QString());
-}
+    void aDocumentInBytesIsDecoded_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QString>("read");
+        QTest::newRow("UTF-8") << QByteArray("SP\xC3\x89"
+                                             "CIMEN")
+                               << u"SPÉCIMEN"_s;
+        QTest::newRow("ISO Latin 1") << QByteArray("SP\xC9"
+                                                   "CIMEN")
+                                     << u"SPÉCIMEN"_s;
+        QTest::newRow("code page 1252") << QByteArray("SP\xC9"
+                                                      "CIMEN-C\x8CUR")
+                                        << u"SPÉCIMEN-CŒUR"_s;
+    }
 
-void tst_LVitAccessRead::aReadWhoseDocumentIsBadFails_data()
-{
-    QTest::addColumn<FakeScript>("script");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("missing") << FakeScript().without("vitale_read", "Vitale") << general;
-    QTest::newRow("a number") << FakeScript().number("vitale_read", "Vitale", 7) << general;
-    QTest::newRow("empty") << FakeScript().text("vitale_read", "Vitale", "") << u"XML"_s;
-    QTest::newRow("not XML") << FakeScript().text("vitale_read", "Vitale", "carte") << u"XML"_s;
-    QTest::newRow("cut") << FakeScript().text("vitale_read", "Vitale", "<T_AsnDonneesVitale><tech>") << u"XML"_s;
-    QTest::newRow("no beneficiary") << FakeScript().text("vitale_read", "Vitale", "<T_AsnDonneesVitale/>")
-                                    << u"Pelmora -40"_s;
-    QTest::newRow("another root") << FakeScript().text("vitale_read", "Vitale", "<card/>") << u"Pelmora -40"_s;
-    // 0x81 is nothing in any of the encodings.
-    QTest::newRow("in no encoding") << FakeScript().bytes("vitale_read", "Vitale", vitaleOf("SPECIMEN \x81")) << general;
-}
+    void aDocumentInBytesIsDecoded()
+    {
+        QFETCH(const QByteArray, name);
+        QFETCH(const QString, read);
+        const FakeService fake(FakeScript().bytes("vitale_read", "Vitale", vitaleOf(name)));
+        const auto outcome = awaitRead(makeClient(fake.command()));
+        QCOMPARE(summary(outcome), success);
+        QCOMPARE(lastName(outcome), read);
+        QVERIFY(outcome->result->text(CardKey::xmlString).value_or(QString()).contains(read));
+    }
 
-void tst_LVitAccessRead::aReadWhoseDocumentIsBadFails()
-{
-    QFETCH(const FakeScript, script);
-    QFETCH(const QString, error);
-    const FakeService fake(script);
-    const auto outcome = awaitRead(makeClient(fake.command()));
-    QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
-    QVERIFY(!outcome->result);
-}
+    void aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother()
+    {
+        // Busy with the reader, the service does not even see that its input ends.
+        const FakeService fake(FakeScript().doing("vitale_read", "stop-reading"));
+        const ClientPointer client = makeClient(fake.command(), {.exitGrace = 100ms});
+        QCOMPARE(summary(awaitBind(client)), success);
+        auto read = beginRead(client);
+        QTRY_VERIFY(commands(fake).contains(u"vitale_read"_s));
+        QVERIFY(!read.isThere());
+        client->cancelReads();
+        QVERIFY(!client->initialized());
+        QCOMPARE(summary(read.wait()), general);
+        QTRY_VERIFY(FakeService::isReaped(fake.processes().constFirst()));
 
-void tst_LVitAccessRead::aDocumentInBytesIsDecoded_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    QTest::addColumn<QString>("read");
-    QTest::newRow("UTF-8") << QByteArray("SP\xC3\x89"
-                                         "CIMEN")
-                           << u"SPÉCIMEN"_s;
-    QTest::newRow("ISO Latin 1") << QByteArray("SP\xC9"
-                                               "CIMEN")
-                                 << u"SPÉCIMEN"_s;
-    QTest::newRow("code page 1252") << QByteArray("SP\xC9"
-                                                  "CIMEN-C\x8CUR")
-                                    << u"SPÉCIMEN-CŒUR"_s;
-}
+        QCOMPARE(summary(awaitBind(client)), success);
+        QVERIFY(client->initialized());
+        QCOMPARE(fake.processes().size(), 2);
+    }
 
-void tst_LVitAccessRead::aDocumentInBytesIsDecoded()
-{
-    QFETCH(const QByteArray, name);
-    QFETCH(const QString, read);
-    const FakeService fake(FakeScript().bytes("vitale_read", "Vitale", vitaleOf(name)));
-    const auto outcome = awaitRead(makeClient(fake.command()));
-    QCOMPARE(summary(outcome), success);
-    QCOMPARE(lastName(outcome), read);
-    QVERIFY(outcome->result->text(CardKey::xmlString).value_or(QString()).contains(read));
-}
+    void aCancellationWithoutAReadLeavesTheConnection()
+    {
+        const FakeService fake;
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(summary(awaitBind(client)), success);
+        QCOMPARE(summary(awaitRead(client)), success);
+        client->cancelReads();
+        QVERIFY(!client->initialized());
+        QCOMPARE(summary(awaitReaders(client)), success);
+        QCOMPARE(fake.processes().size(), 1);
+    }
 
-void tst_LVitAccessRead::aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother()
-{
-    // Busy with the reader, the service does not even see that its input ends.
-    const FakeService fake(FakeScript().doing("vitale_read", "stop-reading"));
-    const ClientPointer client = makeClient(fake.command(), {.exitGrace = 100ms});
-    QCOMPARE(summary(awaitBind(client)), success);
-    auto read = beginRead(client);
-    QTRY_VERIFY(commands(fake).contains(u"vitale_read"_s));
-    QVERIFY(!read.isThere());
-    client->cancelReads();
-    QVERIFY(!client->initialized());
-    QCOMPARE(summary(read.wait()), general);
-    QTRY_VERIFY(FakeService::isReaped(fake.processes().constFirst()));
-
-    QCOMPARE(summary(awaitBind(client)), success);
-    QVERIFY(client->initialized());
-    QCOMPARE(fake.processes().size(), 2);
-}
-
-void tst_LVitAccessRead::aCancellationWithoutAReadLeavesTheConnection()
-{
-    const FakeService fake;
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(summary(awaitBind(client)), success);
-    QCOMPARE(summary(awaitRead(client)), success);
-    client->cancelReads();
-    QVERIFY(!client->initialized());
-    QCOMPARE(summary(awaitReaders(client)), success);
-    QCOMPARE(fake.processes().size(), 1);
-}
-
-void tst_LVitAccessRead::aCancellationLeavesABindThatHasEndedTheReadAlready()
-{
-    const FakeService fake(FakeScript().doing("vitale_read", "silent"));
-    const ClientPointer client = makeClient(fake.command());
-    QCOMPARE(summary(awaitBind(client)), success);
-    auto read = beginRead(client);
-    auto bind = beginBind(client);
-    client->cancelReads();
-    QCOMPARE(summary(read.wait()), general);
-    QCOMPARE(summary(bind.wait()), success);
-    QCOMPARE(fake.processes().size(), 2);
-}
+    void aCancellationLeavesABindThatHasEndedTheReadAlready()
+    {
+        const FakeService fake(FakeScript().doing("vitale_read", "silent"));
+        const ClientPointer client = makeClient(fake.command());
+        QCOMPARE(summary(awaitBind(client)), success);
+        auto read = beginRead(client);
+        auto bind = beginBind(client);
+        client->cancelReads();
+        QCOMPARE(summary(read.wait()), general);
+        QCOMPARE(summary(bind.wait()), success);
+        QCOMPARE(fake.processes().size(), 2);
+    }
+};
 
 int main(int argc, char** argv)
 {

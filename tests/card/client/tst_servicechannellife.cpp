@@ -12,178 +12,169 @@ class tst_ServiceChannelLife : public TestCase
 private Q_SLOTS:
     void init() { m_log.clear(); }
 
-    void closingAnswersWhatWaitsAndTellsNoEvent();
-    void requestsWithoutAConnectionAreAnsweredAtOnce();
-    void numbersStartAgainOnANewConnection();
-    void destructionAnswersWhatWaitsAndEndsTheService();
-    void destructionOutlastsAServiceThatIgnoresTheEndOfItsInput();
-    void destructionFromAHandlerIsPossible();
-    void tasksRunInOrderOnOneThreadOfTheirOwn();
-    void tasksPostedBeforeTheEndAreRunAndCannotConnect();
-    void tasksPostedAfterTheEndAreDropped();
+    void closingAnswersWhatWaitsAndTellsNoEvent()
+    {
+        const FakeService fake(FakeScript().doing("any", "silent"));
+        ServiceChannel channel(fake.command());
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
+        QCOMPARE(onChannel(channel,
+                           [&] {
+                               channel.close();
+                               channel.close();
+                               return true;
+                           }),
+                 true);
+        channel.stop();
+        QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
+    }
+
+    void requestsWithoutAConnectionAreAnsweredAtOnce()
+    {
+        const FakeService fake;
+        ServiceChannel channel(fake.command());
+        const auto answer = onChannel(channel, [&] {
+            QString text;
+            channel.send(request(), [&](const std::optional<QCborMap>& reply) { text = textOf(reply); });
+            return text;
+        });
+        QCOMPARE(answer, u"none"_s);
+        QVERIFY(fake.notes().isEmpty());
+    }
+
+    void numbersStartAgainOnANewConnection()
+    {
+        // The second service drops replies to the numbers of the first: each connection counts from 1.
+        const FakeService fake(FakeScript().doing("b", "twice"));
+        ServiceChannel channel(fake.command());
+        const auto first = std::make_shared<Story>();
+        QVERIFY(converse(channel, first, {u"a"_s}));
+        QVERIFY(waitForEnd(*first));
+        QVERIFY(!isOpenAfterClosing(channel));
+        const auto second = std::make_shared<Story>();
+        QVERIFY(converse(channel, second, {u"b"_s, u"c"_s}));
+        QVERIFY(waitForEnd(*second));
+        channel.stop();
+        QCOMPARE(second->events.size(), 2);
+        QCOMPARE(m_log.lines(MXLog::Warning), QStringList{u"Card service: reply to request 1, which does not wait"_s});
+        QCOMPARE(fake.processes().size(), 2);
+    }
+
+    void destructionAnswersWhatWaitsAndEndsTheService()
+    {
+        const FakeService fake(FakeScript().doing("any", "silent"));
+        const auto story = std::make_shared<Story>();
+        {
+            ServiceChannel channel(fake.command());
+            QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
+            QTRY_COMPARE_WITH_TIMEOUT(fake.requests().size(), 2, 30'000);
+        }
+        QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
+        QCOMPARE(fake.notes().last(), u"end of input"_s);
+        QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+    }
+
+    void destructionOutlastsAServiceThatIgnoresTheEndOfItsInput()
+    {
+        const FakeService fake(FakeScript().ignoringTheEnd());
+        const auto story = std::make_shared<Story>();
+        QElapsedTimer timer;
+        {
+            ServiceChannel channel(fake.command(), {.exitGrace = 300ms});
+            QVERIFY(converse(channel, story, {u"init"_s}));
+            QVERIFY(waitForEnd(*story));
+            timer.start();
+        }
+        QVERIFY(timer.elapsed() >= 300);
+        QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+    }
+
+    void destructionFromAHandlerIsPossible()
+    {
+        const FakeService fake;
+        auto channel = std::make_unique<ServiceChannel>(fake.command());
+        std::promise<QStringList> done;
+        auto future = done.get_future();
+        ServiceChannel& reference = *channel;
+        reference.post([channel = std::move(channel), &done]() mutable {
+            ServiceChannel& self = *channel;
+            const auto told = std::make_shared<QStringList>();
+            if (!self.open([](const ChannelEvent&) {}))
+                return;
+            self.send(request(), [told, &done](const std::optional<QCborMap>& reply) {
+                told->append(textOf(reply));
+                if (told->size() == 2)
+                    done.set_value(*told);
+            });
+            self.send(request(u"b"_s),
+                      [told, &done, channel = std::move(channel)](const std::optional<QCborMap>&) mutable {
+                          told->append(u"destroyed"_s);
+                          channel.reset();
+                          if (told->size() == 2)
+                              done.set_value(*told);
+                      });
+        });
+        QVERIFY(future.wait_for(patience) == std::future_status::ready);
+        QCOMPARE(future.get(), (QStringList{u"success"_s, u"destroyed"_s}));
+        // Nobody waits for the thread, which sees its service off nevertheless.
+        QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
+        QCOMPARE(fake.notes().last(), u"end of input"_s);
+    }
+
+    void tasksRunInOrderOnOneThreadOfTheirOwn()
+    {
+        const FakeService fake;
+        ServiceChannel channel({fake.filePath(u"absent"_s), {}});
+        std::vector<std::pair<int, std::thread::id>> runs;
+        for (int number = 0; number < 100; ++number)
+            channel.post([&runs, number] { runs.emplace_back(number, std::this_thread::get_id()); });
+        channel.stop();
+        QCOMPARE(runs.size(), std::size_t{100});
+        for (int number = 0; number < 100; ++number) {
+            const auto& [ranNumber, thread] = runs[static_cast<std::size_t>(number)];
+            QCOMPARE(ranNumber, number);
+            QVERIFY(thread == runs.front().second);
+            QVERIFY(thread != std::this_thread::get_id());
+        }
+    }
+
+    void tasksPostedBeforeTheEndAreRunAndCannotConnect()
+    {
+        const FakeService fake;
+        ServiceChannel channel(fake.command());
+        std::promise<void> gate;
+        std::shared_future<void> opened = gate.get_future().share();
+        std::optional<std::error_code> refusal;
+        bool ranLater = false;
+        channel.post([opened] { opened.wait(); });
+        channel.post([&] {
+            const auto result = channel.open([](const ChannelEvent&) {});
+            if (!result)
+                refusal = result.error();
+            channel.post([&] { ranLater = true; });
+        });
+        const auto stopping = std::async(std::launch::async, [&] { channel.stop(); });
+        // Time for the stop to be asked for; what is checked below holds without it as well.
+        stopping.wait_for(100ms);
+        gate.set_value();
+        stopping.wait();
+        QCOMPARE(ranLater, true);
+        QVERIFY(fake.processes().isEmpty() == refusal.has_value());
+    }
+
+    void tasksPostedAfterTheEndAreDropped()
+    {
+        const FakeService fake;
+        ServiceChannel channel({fake.filePath(u"absent"_s), {}});
+        channel.stop();
+        const auto held = std::make_shared<int>(1);
+        channel.post([held] { qFatal("a task ran after the end"); });
+        QCOMPARE(held.use_count(), 1);
+    }
 
 private:
     LogCapture m_log;
 };
-
-void tst_ServiceChannelLife::closingAnswersWhatWaitsAndTellsNoEvent()
-{
-    const FakeService fake(FakeScript().doing("any", "silent"));
-    ServiceChannel channel(fake.command());
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
-    QCOMPARE(onChannel(channel,
-                       [&] {
-                           channel.close();
-                           channel.close();
-                           return true;
-                       }),
-             true);
-    channel.stop();
-    QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
-}
-
-void tst_ServiceChannelLife::requestsWithoutAConnectionAreAnsweredAtOnce()
-{
-    const FakeService fake;
-    ServiceChannel channel(fake.command());
-    const auto answer = onChannel(channel, [&] {
-        QString text;
-        channel.send(request(), [&](const std::optional<QCborMap>& reply) { text = textOf(reply); });
-        return text;
-    });
-    QCOMPARE(answer, u"none"_s);
-    QVERIFY(fake.notes().isEmpty());
-}
-
-void tst_ServiceChannelLife::numbersStartAgainOnANewConnection()
-{
-    // The second service drops replies to the numbers of the first: each connection counts from 1.
-    const FakeService fake(FakeScript().doing("b", "twice"));
-    ServiceChannel channel(fake.command());
-    const auto first = std::make_shared<Story>();
-    QVERIFY(converse(channel, first, {u"a"_s}));
-    QVERIFY(waitForEnd(*first));
-    QVERIFY(!isOpenAfterClosing(channel));
-    const auto second = std::make_shared<Story>();
-    QVERIFY(converse(channel, second, {u"b"_s, u"c"_s}));
-    QVERIFY(waitForEnd(*second));
-    channel.stop();
-    QCOMPARE(second->events.size(), 2);
-    QCOMPARE(m_log.lines(MXLog::Warning), QStringList{u"Card service: reply to request 1, which does not wait"_s});
-    QCOMPARE(fake.processes().size(), 2);
-}
-
-void tst_ServiceChannelLife::destructionAnswersWhatWaitsAndEndsTheService()
-{
-    const FakeService fake(FakeScript().doing("any", "silent"));
-    const auto story = std::make_shared<Story>();
-    {
-        ServiceChannel channel(fake.command());
-        QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
-        QTRY_COMPARE_WITH_TIMEOUT(fake.requests().size(), 2, 30'000);
-    }
-    QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
-    QCOMPARE(fake.notes().last(), u"end of input"_s);
-    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
-}
-
-void tst_ServiceChannelLife::destructionOutlastsAServiceThatIgnoresTheEndOfItsInput()
-{
-    const FakeService fake(FakeScript().ignoringTheEnd());
-    const auto story = std::make_shared<Story>();
-    QElapsedTimer timer;
-    {
-        ServiceChannel channel(fake.command(), {.exitGrace = 300ms});
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        timer.start();
-    }
-    QVERIFY(timer.elapsed() >= 300);
-    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
-}
-
-void tst_ServiceChannelLife::destructionFromAHandlerIsPossible()
-{
-    const FakeService fake;
-    auto channel = std::make_unique<ServiceChannel>(fake.command());
-    std::promise<QStringList> done;
-    auto future = done.get_future();
-    ServiceChannel& reference = *channel;
-    reference.post([channel = std::move(channel), &done]() mutable {
-        ServiceChannel& self = *channel;
-        const auto told = std::make_shared<QStringList>();
-        if (!self.open([](const ChannelEvent&) {}))
-            return;
-        self.send(request(), [told, &done](const std::optional<QCborMap>& reply) {
-            told->append(textOf(reply));
-            if (told->size() == 2)
-                done.set_value(*told);
-        });
-        self.send(request(u"b"_s), [told, &done, channel = std::move(channel)](const std::optional<QCborMap>&) mutable {
-            told->append(u"destroyed"_s);
-            channel.reset();
-            if (told->size() == 2)
-                done.set_value(*told);
-        });
-    });
-    QVERIFY(future.wait_for(patience) == std::future_status::ready);
-    QCOMPARE(future.get(), (QStringList{u"success"_s, u"destroyed"_s}));
-    // Nobody waits for the thread, which sees its service off nevertheless.
-    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
-    QCOMPARE(fake.notes().last(), u"end of input"_s);
-}
-
-void tst_ServiceChannelLife::tasksRunInOrderOnOneThreadOfTheirOwn()
-{
-    const FakeService fake;
-    ServiceChannel channel({fake.filePath(u"absent"_s), {}});
-    std::vector<std::pair<int, std::thread::id>> runs;
-    for (int number = 0; number < 100; ++number)
-        channel.post([&runs, number] { runs.emplace_back(number, std::this_thread::get_id()); });
-    channel.stop();
-    QCOMPARE(runs.size(), std::size_t{100});
-    for (int number = 0; number < 100; ++number) {
-        const auto& [ranNumber, thread] = runs[static_cast<std::size_t>(number)];
-        QCOMPARE(ranNumber, number);
-        QVERIFY(thread == runs.front().second);
-        QVERIFY(thread != std::this_thread::get_id());
-    }
-}
-
-void tst_ServiceChannelLife::tasksPostedBeforeTheEndAreRunAndCannotConnect()
-{
-    const FakeService fake;
-    ServiceChannel channel(fake.command());
-    std::promise<void> gate;
-    std::shared_future<void> opened = gate.get_future().share();
-    std::optional<std::error_code> refusal;
-    bool ranLater = false;
-    channel.post([opened] { opened.wait(); });
-    channel.post([&] {
-        const auto result = channel.open([](const ChannelEvent&) {});
-        if (!result)
-            refusal = result.error();
-        channel.post([&] { ranLater = true; });
-    });
-    const auto stopping = std::async(std::launch::async, [&] { channel.stop(); });
-    // Time for the stop to be asked for; what is checked below holds without it as well.
-    stopping.wait_for(100ms);
-    gate.set_value();
-    stopping.wait();
-    QCOMPARE(ranLater, true);
-    QVERIFY(fake.processes().isEmpty() == refusal.has_value());
-}
-
-void tst_ServiceChannelLife::tasksPostedAfterTheEndAreDropped()
-{
-    const FakeService fake;
-    ServiceChannel channel({fake.filePath(u"absent"_s), {}});
-    channel.stop();
-    const auto held = std::make_shared<int>(1);
-    channel.post([held] { qFatal("a task ran after the end"); });
-    QCOMPARE(held.use_count(), 1);
-}
 
 int main(int argc, char** argv)
 {

@@ -16,23 +16,268 @@ class tst_ServiceChannelProcesses : public TestCase
 private Q_SLOTS:
     void init() { m_log.clear(); }
 
-    void aServiceLeavesWhenItsInputEnds();
-    void closingDoesNotWaitForAServiceThatStaysAndThatIsKilled();
-    void theEndHurriesServicesThatIgnoreTheEndOfTheirInput();
-    void aProgramThatCannotBeExecutedIsReportedAtOnce_data();
-    void aProgramThatCannotBeExecutedIsReportedAtOnce();
-    void theServiceStartsWithCleanSignalsAndThreeDescriptors();
-    void theServiceCanBeStartedWithoutStandardDescriptors();
-    void whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines();
-    void whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault();
-    void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged_data();
-    void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged();
-    void aNoisyChildDoesNotHoldUpLeaveTakingOfItsService();
-    void aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog();
-    void howAProcessEndedIsLoggedByDefault_data();
-    void howAProcessEndedIsLoggedByDefault();
-    void aServiceThatLeavesWhenItIsAskedToIsNotLogged();
-    void aServiceThatHadToBeKilledIsLoggedAsThat();
+    void aServiceLeavesWhenItsInputEnds()
+    {
+        const FakeService fake;
+        ServiceChannel channel(fake.command());
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(waitForEnd(*story));
+        channel.stop();
+        QCOMPARE(fake.notes().last(), u"end of input"_s);
+        QCOMPARE(fake.processes().size(), 1);
+        QVERIFY(FakeService::isReaped(fake.processes()[0]));
+    }
+
+    void closingDoesNotWaitForAServiceThatStaysAndThatIsKilled()
+    {
+        const FakeService fake(FakeScript().ignoringTheEnd());
+        ServiceChannel channel(fake.command(), {.exitGrace = 1s});
+        const auto first = std::make_shared<Story>();
+        QVERIFY(converse(channel, first, {u"init"_s}));
+        QVERIFY(waitForEnd(*first));
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!isOpenAfterClosing(channel));
+        const auto second = std::make_shared<Story>();
+        QVERIFY(converse(channel, second, {u"init"_s}));
+        QVERIFY(waitForEnd(*second));
+        const pid_t leaving = fake.processes().value(0);
+        const bool stayedMeanwhile = !FakeService::isDead(leaving);
+        const bool wasWithinTheGrace = timer.elapsed() < 1000;
+        QVERIFY(stayedMeanwhile || !wasWithinTheGrace);
+        QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(leaving), 30'000);
+        QVERIFY(timer.elapsed() >= 1000);
+        QVERIFY(!FakeService::isDead(fake.processes().value(1)));
+    }
+
+    void theEndHurriesServicesThatIgnoreTheEndOfTheirInput()
+    {
+        // One that was leaving already, and one that is told to.
+        const FakeService fake(FakeScript().ignoringTheEnd());
+        ServiceChannel channel(fake.command(), {.exitGrace = 10min, .stopGrace = 300ms});
+        const auto first = std::make_shared<Story>();
+        QVERIFY(converse(channel, first, {u"init"_s}));
+        QVERIFY(waitForEnd(*first));
+        QVERIFY(!isOpenAfterClosing(channel));
+        const auto second = std::make_shared<Story>();
+        QVERIFY(converse(channel, second, {u"init"_s}));
+        QVERIFY(waitForEnd(*second));
+        QElapsedTimer timer;
+        timer.start();
+        channel.stop();
+        QVERIFY(timer.elapsed() >= 300);
+        QCOMPARE(fake.processes().size(), 2);
+        QVERIFY(FakeService::isReaped(fake.processes()[0]));
+        QVERIFY(FakeService::isReaped(fake.processes()[1]));
+    }
+
+    void aProgramThatCannotBeExecutedIsReportedAtOnce_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<int>("error");
+        QTest::newRow("absent") << u"absent"_s << ENOENT;
+        QTest::newRow("no name") << u""_s << ENOENT;
+        QTest::newRow("a folder") << u"folder"_s << EACCES;
+        QTest::newRow("not executable") << u"plain"_s << EACCES;
+        QTest::newRow("not a program") << u"text"_s << ENOEXEC;
+        QTest::newRow("interpreter absent") << u"script"_s << ENOENT;
+    }
+
+    void aProgramThatCannotBeExecutedIsReportedAtOnce()
+    {
+        QFETCH(const QString, kind);
+        QFETCH(const int, error);
+        const FakeService fake;
+        const QString path = kind.isEmpty() ? QString() : fake.filePath(kind);
+        if (kind == u"folder")
+            QVERIFY(QDir().mkdir(path));
+        if (kind == u"plain" || kind == u"text" || kind == u"script") {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            const QByteArray interpreter = QFile::encodeName(fake.filePath(u"interpreter"_s));
+            file.write(kind == u"script" ? "#!" + interpreter + '\n' : QByteArray("just text\n"));
+            file.close();
+            const auto executable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+            QVERIFY(file.setPermissions(kind == u"plain" ? QFile::ReadOwner | QFile::WriteOwner : executable));
+        }
+        ServiceChannel channel({path, {}});
+        const auto result = onChannel(channel, [&] {
+            const auto opened = channel.open([](const ChannelEvent&) {});
+            return opened ? 0 : opened.error().value();
+        });
+        QCOMPARE(result, error);
+    }
+
+    void theServiceStartsWithCleanSignalsAndThreeDescriptors()
+    {
+        const FakeService fake;
+        // What the application blocks, ignores and has open is not passed on.
+        const FileDescriptor inheritable(::open("/dev/null", O_RDONLY));
+        const auto previous = std::signal(SIGPIPE, SIG_IGN);
+        ServiceChannel channel(fake.command());
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(waitForEnd(*story));
+        const QString folder = u"/proc/%1"_s.arg(fake.processes().value(0));
+        QFile status(folder + u"/status"_s);
+        QVERIFY(status.open(QIODevice::ReadOnly));
+        const QByteArray content = status.readAll();
+        const QStringList descriptors = QDir(folder + u"/fd"_s).entryList(QDir::Files | QDir::System);
+        channel.stop();
+        std::signal(SIGPIPE, previous);
+        QVERIFY2(content.contains("SigBlk:\t0000000000000000"), content.constData());
+        QVERIFY2(content.contains("SigIgn:\t0000000000000000"), content.constData());
+        // 3 is the record that this service keeps.
+        QCOMPARE(descriptors, (QStringList{u"0"_s, u"1"_s, u"2"_s, u"3"_s}));
+    }
+
+    void theServiceCanBeStartedWithoutStandardDescriptors()
+    {
+        const FakeService fake;
+        const FileDescriptor input(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 10));
+        const FileDescriptor errors(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 10));
+        ServiceChannel channel(fake.command());
+        ::close(STDIN_FILENO);
+        ::close(STDERR_FILENO);
+        const auto story = std::make_shared<Story>();
+        const auto opened = converse(channel, story, {u"init"_s});
+        const bool hasEnded = waitForEnd(*story);
+        channel.stop();
+        dup2(input.get(), STDIN_FILENO);
+        dup2(errors.get(), STDERR_FILENO);
+        QCOMPARE(opened, true);
+        QVERIFY(hasEnded);
+        QCOMPARE(story->events, QStringList{u"1: success"_s});
+    }
+
+    void whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
+    {
+        const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
+        ServiceChannel channel(fake.command());
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(waitForEnd(*story));
+        channel.stop();
+        QCOMPARE(story->events, QStringList{u"1: success"_s});
+        QCOMPARE(m_log.lines(), (QStringList{u"Card service: Lecteur branché"_s, u"Card service: ligne?[31m rouge"_s,
+                                             u"Card service: "_s + QString(1024, u'x') + u"..."_s,
+                                             u"Card service: sans fin de ligne"_s}));
+        QCOMPARE(said(), m_log.lines());
+    }
+
+    void whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault()
+    {
+        const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
+        ServiceChannel channel(fake.command());
+        const auto story = std::make_shared<Story>();
+        MXLog::defaultLogger().setLogLevel(MXLog::Notice);
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        const bool hasEnded = waitForEnd(*story);
+        channel.stop();
+        MXLog::defaultLogger().setLogLevel(MXLog::Debug);
+        QVERIFY(hasEnded);
+        QCOMPARE(m_log.lines(), QStringList());
+    }
+
+    void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged_data()
+    {
+        QTest::addColumn<QString>("behaviour");
+        for (const auto* const behaviour : {"last-words", "last-words-and-leave-a-child"})
+            QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
+    }
+
+    void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged()
+    {
+        QFETCH(const QString, behaviour);
+        const FakeService fake(FakeScript().doing("any", behaviour));
+        ServiceChannel channel(fake.command());
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(waitForEnd(*story));
+        channel.stop();
+        QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
+        QStringList expected(200, u"Card service: une ligne de quarante-neuf lettres, ou presque..."_s);
+        expected.append(u"Card service: 801 more lines left out"_s);
+        QCOMPARE(said(), expected);
+    }
+
+    void aNoisyChildDoesNotHoldUpLeaveTakingOfItsService()
+    {
+        const FakeService fake(FakeScript().doing("any", "die-and-leave-a-noisy-child"));
+        ServiceChannel channel(fake.command(), {.exitGrace = 10min});
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        // Less than the child's life.
+        QTRY_VERIFY_WITH_TIMEOUT(!fake.processes().isEmpty() && FakeService::isReaped(fake.processes()[0]), 10'000);
+    }
+
+    void aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
+    {
+        const FakeService fake(FakeScript().doing("any", "flood-on-errors"));
+        ServiceChannel channel(fake.command(), {.exitGrace = 200ms});
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(waitForEnd(*story));
+        QTRY_VERIFY_WITH_TIMEOUT(said().size() == 200, 30'000);
+        QCOMPARE(onChannel(channel, [] { return 1; }), 1);
+        channel.stop();
+        QCOMPARE(story->events, QStringList{u"1: success"_s});
+        QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+        // Of more than one period, where the machine is slow.
+        QVERIFY2(said().size() < 1000, qPrintable(QString::number(said().size())));
+        const QRegularExpression leftOut(u"^Card service: (\\d+) more lines left out$"_s);
+        QVERIFY(leftOut.match(said().constLast()).captured(1).toLongLong() > 1000);
+    }
+
+    void howAProcessEndedIsLoggedByDefault_data()
+    {
+        QTest::addColumn<QString>("behaviour");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("fault in memory") << u"segfault"_s << u"The card service ended: signal 11 (SIGSEGV)"_s;
+        QTest::newRow("kill") << u"crash"_s << u"The card service ended: signal 9 (SIGKILL)"_s;
+        QTest::newRow("exit") << u"exit"_s << u"The card service ended: exit status 0"_s;
+        QTest::newRow("exit with 3") << u"exit-with-3"_s << u"The card service ended: exit status 3"_s;
+        QTest::newRow("bad arguments") << u"absent"_s << u"The card service ended: exit status 2"_s;
+    }
+
+    void howAProcessEndedIsLoggedByDefault()
+    {
+        QFETCH(const QString, behaviour);
+        QFETCH(const QString, logged);
+        const FakeService fake(FakeScript().doing("any", behaviour));
+        ServiceChannel channel(fake.command());
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(waitForEnd(*story));
+        channel.stop();
+        QCOMPARE(m_log.lines(MXLog::Warning), QStringList{logged});
+    }
+
+    void aServiceThatLeavesWhenItIsAskedToIsNotLogged()
+    {
+        const FakeService fake;
+        ServiceChannel channel(fake.command());
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(waitForEnd(*story));
+        QVERIFY(!isOpenAfterClosing(channel));
+        channel.stop();
+        QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+        QCOMPARE(m_log.lines(), QStringList());
+    }
+
+    void aServiceThatHadToBeKilledIsLoggedAsThat()
+    {
+        const FakeService fake(FakeScript().ignoringTheEnd());
+        ServiceChannel channel(fake.command(), {.exitGrace = 100ms});
+        const auto story = std::make_shared<Story>();
+        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(waitForEnd(*story));
+        channel.stop();
+        QCOMPARE(m_log.lines(),
+                 QStringList{u"The card service ended: signal 9 (SIGKILL), as it had not left by itself"_s});
+    }
 
 private:
     /// What was logged of what services said.
@@ -40,268 +285,6 @@ private:
 
     LogCapture m_log;
 };
-
-void tst_ServiceChannelProcesses::aServiceLeavesWhenItsInputEnds()
-{
-    const FakeService fake;
-    ServiceChannel channel(fake.command());
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    QVERIFY(waitForEnd(*story));
-    channel.stop();
-    QCOMPARE(fake.notes().last(), u"end of input"_s);
-    QCOMPARE(fake.processes().size(), 1);
-    QVERIFY(FakeService::isReaped(fake.processes()[0]));
-}
-
-void tst_ServiceChannelProcesses::closingDoesNotWaitForAServiceThatStaysAndThatIsKilled()
-{
-    const FakeService fake(FakeScript().ignoringTheEnd());
-    ServiceChannel channel(fake.command(), {.exitGrace = 1s});
-    const auto first = std::make_shared<Story>();
-    QVERIFY(converse(channel, first, {u"init"_s}));
-    QVERIFY(waitForEnd(*first));
-    QElapsedTimer timer;
-    timer.start();
-    QVERIFY(!isOpenAfterClosing(channel));
-    const auto second = std::make_shared<Story>();
-    QVERIFY(converse(channel, second, {u"init"_s}));
-    QVERIFY(waitForEnd(*second));
-    const pid_t leaving = fake.processes().value(0);
-    const bool stayedMeanwhile = !FakeService::isDead(leaving);
-    const bool wasWithinTheGrace = timer.elapsed() < 1000;
-    QVERIFY(stayedMeanwhile || !wasWithinTheGrace);
-    QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(leaving), 30'000);
-    QVERIFY(timer.elapsed() >= 1000);
-    QVERIFY(!FakeService::isDead(fake.processes().value(1)));
-}
-
-void tst_ServiceChannelProcesses::theEndHurriesServicesThatIgnoreTheEndOfTheirInput()
-{
-    // One that was leaving already, and one that is told to.
-    const FakeService fake(FakeScript().ignoringTheEnd());
-    ServiceChannel channel(fake.command(), {.exitGrace = 10min, .stopGrace = 300ms});
-    const auto first = std::make_shared<Story>();
-    QVERIFY(converse(channel, first, {u"init"_s}));
-    QVERIFY(waitForEnd(*first));
-    QVERIFY(!isOpenAfterClosing(channel));
-    const auto second = std::make_shared<Story>();
-    QVERIFY(converse(channel, second, {u"init"_s}));
-    QVERIFY(waitForEnd(*second));
-    QElapsedTimer timer;
-    timer.start();
-    channel.stop();
-    QVERIFY(timer.elapsed() >= 300);
-    QCOMPARE(fake.processes().size(), 2);
-    QVERIFY(FakeService::isReaped(fake.processes()[0]));
-    QVERIFY(FakeService::isReaped(fake.processes()[1]));
-}
-
-void tst_ServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("error");
-    QTest::newRow("absent") << u"absent"_s << ENOENT;
-    QTest::newRow("no name") << u""_s << ENOENT;
-    QTest::newRow("a folder") << u"folder"_s << EACCES;
-    QTest::newRow("not executable") << u"plain"_s << EACCES;
-    QTest::newRow("not a program") << u"text"_s << ENOEXEC;
-    QTest::newRow("interpreter absent") << u"script"_s << ENOENT;
-}
-
-void tst_ServiceChannelProcesses::aProgramThatCannotBeExecutedIsReportedAtOnce()
-{
-    QFETCH(const QString, kind);
-    QFETCH(const int, error);
-    const FakeService fake;
-    const QString path = kind.isEmpty() ? QString() : fake.filePath(kind);
-    if (kind == u"folder")
-        QVERIFY(QDir().mkdir(path));
-    if (kind == u"plain" || kind == u"text" || kind == u"script") {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        const QByteArray interpreter = QFile::encodeName(fake.filePath(u"interpreter"_s));
-        file.write(kind == u"script" ? "#!" + interpreter + '\n' : QByteArray("just text\n"));
-        file.close();
-        const auto executable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-        QVERIFY(file.setPermissions(kind == u"plain" ? QFile::ReadOwner | QFile::WriteOwner : executable));
-    }
-    ServiceChannel channel({path, {}});
-    const auto result = onChannel(channel, [&] {
-        const auto opened = channel.open([](const ChannelEvent&) {});
-        return opened ? 0 : opened.error().value();
-    });
-    QCOMPARE(result, error);
-}
-
-void tst_ServiceChannelProcesses::theServiceStartsWithCleanSignalsAndThreeDescriptors()
-{
-    const FakeService fake;
-    // What the application blocks, ignores and has open is not passed on.
-    const FileDescriptor inheritable(::open("/dev/null", O_RDONLY));
-    const auto previous = std::signal(SIGPIPE, SIG_IGN);
-    ServiceChannel channel(fake.command());
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    QVERIFY(waitForEnd(*story));
-    const QString folder = u"/proc/%1"_s.arg(fake.processes().value(0));
-    QFile status(folder + u"/status"_s);
-    QVERIFY(status.open(QIODevice::ReadOnly));
-    const QByteArray content = status.readAll();
-    const QStringList descriptors = QDir(folder + u"/fd"_s).entryList(QDir::Files | QDir::System);
-    channel.stop();
-    std::signal(SIGPIPE, previous);
-    QVERIFY2(content.contains("SigBlk:\t0000000000000000"), content.constData());
-    QVERIFY2(content.contains("SigIgn:\t0000000000000000"), content.constData());
-    // 3 is the record that this service keeps.
-    QCOMPARE(descriptors, (QStringList{u"0"_s, u"1"_s, u"2"_s, u"3"_s}));
-}
-
-void tst_ServiceChannelProcesses::theServiceCanBeStartedWithoutStandardDescriptors()
-{
-    const FakeService fake;
-    const FileDescriptor input(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 10));
-    const FileDescriptor errors(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 10));
-    ServiceChannel channel(fake.command());
-    ::close(STDIN_FILENO);
-    ::close(STDERR_FILENO);
-    const auto story = std::make_shared<Story>();
-    const auto opened = converse(channel, story, {u"init"_s});
-    const bool hasEnded = waitForEnd(*story);
-    channel.stop();
-    dup2(input.get(), STDIN_FILENO);
-    dup2(errors.get(), STDERR_FILENO);
-    QCOMPARE(opened, true);
-    QVERIFY(hasEnded);
-    QCOMPARE(story->events, QStringList{u"1: success"_s});
-}
-
-void tst_ServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
-{
-    const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
-    ServiceChannel channel(fake.command());
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    QVERIFY(waitForEnd(*story));
-    channel.stop();
-    QCOMPARE(story->events, QStringList{u"1: success"_s});
-    QCOMPARE(m_log.lines(),
-             (QStringList{u"Card service: Lecteur branché"_s, u"Card service: ligne?[31m rouge"_s,
-                          u"Card service: "_s + QString(1024, u'x') + u"..."_s, u"Card service: sans fin de ligne"_s}));
-    QCOMPARE(said(), m_log.lines());
-}
-
-void tst_ServiceChannelProcesses::whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault()
-{
-    const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
-    ServiceChannel channel(fake.command());
-    const auto story = std::make_shared<Story>();
-    MXLog::defaultLogger().setLogLevel(MXLog::Notice);
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    const bool hasEnded = waitForEnd(*story);
-    channel.stop();
-    MXLog::defaultLogger().setLogLevel(MXLog::Debug);
-    QVERIFY(hasEnded);
-    QCOMPARE(m_log.lines(), QStringList());
-}
-
-void tst_ServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged_data()
-{
-    QTest::addColumn<QString>("behaviour");
-    for (const auto* const behaviour : {"last-words", "last-words-and-leave-a-child"})
-        QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
-}
-
-void tst_ServiceChannelProcesses::allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged()
-{
-    QFETCH(const QString, behaviour);
-    const FakeService fake(FakeScript().doing("any", behaviour));
-    ServiceChannel channel(fake.command());
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    QVERIFY(waitForEnd(*story));
-    channel.stop();
-    QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
-    QStringList expected(200, u"Card service: une ligne de quarante-neuf lettres, ou presque..."_s);
-    expected.append(u"Card service: 801 more lines left out"_s);
-    QCOMPARE(said(), expected);
-}
-
-void tst_ServiceChannelProcesses::aNoisyChildDoesNotHoldUpLeaveTakingOfItsService()
-{
-    const FakeService fake(FakeScript().doing("any", "die-and-leave-a-noisy-child"));
-    ServiceChannel channel(fake.command(), {.exitGrace = 10min});
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    // Less than the child's life.
-    QTRY_VERIFY_WITH_TIMEOUT(!fake.processes().isEmpty() && FakeService::isReaped(fake.processes()[0]), 10'000);
-}
-
-void tst_ServiceChannelProcesses::aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
-{
-    const FakeService fake(FakeScript().doing("any", "flood-on-errors"));
-    ServiceChannel channel(fake.command(), {.exitGrace = 200ms});
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    QVERIFY(waitForEnd(*story));
-    QTRY_VERIFY_WITH_TIMEOUT(said().size() == 200, 30'000);
-    QCOMPARE(onChannel(channel, [] { return 1; }), 1);
-    channel.stop();
-    QCOMPARE(story->events, QStringList{u"1: success"_s});
-    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
-    // Of more than one period, where the machine is slow.
-    QVERIFY2(said().size() < 1000, qPrintable(QString::number(said().size())));
-    const QRegularExpression leftOut(u"^Card service: (\\d+) more lines left out$"_s);
-    QVERIFY(leftOut.match(said().constLast()).captured(1).toLongLong() > 1000);
-}
-
-void tst_ServiceChannelProcesses::howAProcessEndedIsLoggedByDefault_data()
-{
-    QTest::addColumn<QString>("behaviour");
-    QTest::addColumn<QString>("logged");
-    QTest::newRow("fault in memory") << u"segfault"_s << u"The card service ended: signal 11 (SIGSEGV)"_s;
-    QTest::newRow("kill") << u"crash"_s << u"The card service ended: signal 9 (SIGKILL)"_s;
-    QTest::newRow("exit") << u"exit"_s << u"The card service ended: exit status 0"_s;
-    QTest::newRow("exit with 3") << u"exit-with-3"_s << u"The card service ended: exit status 3"_s;
-    QTest::newRow("bad arguments") << u"absent"_s << u"The card service ended: exit status 2"_s;
-}
-
-void tst_ServiceChannelProcesses::howAProcessEndedIsLoggedByDefault()
-{
-    QFETCH(const QString, behaviour);
-    QFETCH(const QString, logged);
-    const FakeService fake(FakeScript().doing("any", behaviour));
-    ServiceChannel channel(fake.command());
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    QVERIFY(waitForEnd(*story));
-    channel.stop();
-    QCOMPARE(m_log.lines(MXLog::Warning), QStringList{logged});
-}
-
-void tst_ServiceChannelProcesses::aServiceThatLeavesWhenItIsAskedToIsNotLogged()
-{
-    const FakeService fake;
-    ServiceChannel channel(fake.command());
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    QVERIFY(waitForEnd(*story));
-    QVERIFY(!isOpenAfterClosing(channel));
-    channel.stop();
-    QVERIFY(FakeService::isReaped(fake.processes().value(0)));
-    QCOMPARE(m_log.lines(), QStringList());
-}
-
-void tst_ServiceChannelProcesses::aServiceThatHadToBeKilledIsLoggedAsThat()
-{
-    const FakeService fake(FakeScript().ignoringTheEnd());
-    ServiceChannel channel(fake.command(), {.exitGrace = 100ms});
-    const auto story = std::make_shared<Story>();
-    QVERIFY(converse(channel, story, {u"init"_s}));
-    QVERIFY(waitForEnd(*story));
-    channel.stop();
-    QCOMPARE(m_log.lines(), QStringList{u"The card service ended: signal 9 (SIGKILL), as it had not left by itself"_s});
-}
 
 int main(int argc, char** argv)
 {

@@ -55,79 +55,69 @@ class tst_QuestionAlert : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void nothingIsActiveWithoutAWindow();
-    void theBoxSaysWhatItIsAsked();
-    void eachWayToAnswerIsOneOfTheTwo_data();
-    void eachWayToAnswerIsOneOfTheTwo();
-    void theBoxToTickIsTold();
-    void anAlertWaitsForItsButton();
+    void nothingIsActiveWithoutAWindow() { QVERIFY(!isApplicationActive()); }
+
+    void theBoxSaysWhatItIsAsked()
+    {
+        QStringList texts;
+        bool isDefault = false;
+        bool isSmall = false;
+        Qt::TextFormat format = Qt::AutoText;
+        static_cast<void>(answerBy([&](QMessageBox& box) {
+            texts = {box.text(), box.informativeText(), box.checkBox()->text()};
+            isDefault = buttonOf(box, u"Oui"_s)->isDefault() && !buttonOf(box, u"Non"_s)->isDefault();
+            isSmall = box.checkBox()->font().pointSizeF() < box.font().pointSizeF();
+            format = box.textFormat();
+            box.close();
+        }));
+        QCOMPARE(texts, (QStringList{u"Faire ?"_s, u"C’est <b>fait</b>."_s, u"Plus jamais"_s}));
+        QVERIFY(isDefault);
+        QVERIFY(isSmall);
+        QCOMPARE(format, Qt::PlainText);
+    }
+
+    void eachWayToAnswerIsOneOfTheTwo_data()
+    {
+        using Act = std::function<void(QMessageBox&)>;
+        QTest::addColumn<Act>("act");
+        QTest::addColumn<bool>("isAccepted");
+        QTest::newRow("the first button") << Act([](QMessageBox& box) { buttonOf(box, u"Oui"_s)->click(); }) << true;
+        QTest::newRow("Return") << Act([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }) << true;
+        QTest::newRow("the second button") << Act([](QMessageBox& box) { buttonOf(box, u"Non"_s)->click(); }) << false;
+        QTest::newRow("Escape") << Act(pressEscape) << false;
+        QTest::newRow("closing") << Act(closeBox) << false;
+    }
+
+    void eachWayToAnswerIsOneOfTheTwo()
+    {
+        QFETCH(const std::function<void(QMessageBox&)>, act);
+        QFETCH(const bool, isAccepted);
+        const QuestionAnswer answer = answerBy(act);
+        QCOMPARE(answer.isAccepted, isAccepted);
+        QVERIFY(!answer.isSuppressionOn);
+    }
+
+    void theBoxToTickIsTold()
+    {
+        const QuestionAnswer answer = answerBy([](QMessageBox& box) {
+            box.checkBox()->click();
+            pressEscape(box);
+        });
+        QVERIFY(!answer.isAccepted);
+        QVERIFY(answer.isSuppressionOn);
+    }
+
+    void anAlertWaitsForItsButton()
+    {
+        QString text;
+        QTimer::singleShot(0, qApp, [&text] {
+            text = shownBox()->text();
+            shownBox()->buttons().constFirst()->click();
+        });
+        showAlert(u"Raté"_s);
+        QCOMPARE(text, u"Raté"_s);
+    }
 };
-
-void tst_QuestionAlert::theBoxSaysWhatItIsAsked()
-{
-    QStringList texts;
-    bool isDefault = false;
-    bool isSmall = false;
-    Qt::TextFormat format = Qt::AutoText;
-    static_cast<void>(answerBy([&](QMessageBox& box) {
-        texts = {box.text(), box.informativeText(), box.checkBox()->text()};
-        isDefault = buttonOf(box, u"Oui"_s)->isDefault() && !buttonOf(box, u"Non"_s)->isDefault();
-        isSmall = box.checkBox()->font().pointSizeF() < box.font().pointSizeF();
-        format = box.textFormat();
-        box.close();
-    }));
-    QCOMPARE(texts, (QStringList{u"Faire ?"_s, u"C’est <b>fait</b>."_s, u"Plus jamais"_s}));
-    QVERIFY(isDefault);
-    QVERIFY(isSmall);
-    QCOMPARE(format, Qt::PlainText);
-}
-
-void tst_QuestionAlert::eachWayToAnswerIsOneOfTheTwo_data()
-{
-    using Act = std::function<void(QMessageBox&)>;
-    QTest::addColumn<Act>("act");
-    QTest::addColumn<bool>("isAccepted");
-    QTest::newRow("the first button") << Act([](QMessageBox& box) { buttonOf(box, u"Oui"_s)->click(); }) << true;
-    QTest::newRow("Return") << Act([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }) << true;
-    QTest::newRow("the second button") << Act([](QMessageBox& box) { buttonOf(box, u"Non"_s)->click(); }) << false;
-    QTest::newRow("Escape") << Act(pressEscape) << false;
-    QTest::newRow("closing") << Act(closeBox) << false;
-}
-
-void tst_QuestionAlert::eachWayToAnswerIsOneOfTheTwo()
-{
-    QFETCH(const std::function<void(QMessageBox&)>, act);
-    QFETCH(const bool, isAccepted);
-    const QuestionAnswer answer = answerBy(act);
-    QCOMPARE(answer.isAccepted, isAccepted);
-    QVERIFY(!answer.isSuppressionOn);
-}
-
-void tst_QuestionAlert::theBoxToTickIsTold()
-{
-    const QuestionAnswer answer = answerBy([](QMessageBox& box) {
-        box.checkBox()->click();
-        pressEscape(box);
-    });
-    QVERIFY(!answer.isAccepted);
-    QVERIFY(answer.isSuppressionOn);
-}
-
-void tst_QuestionAlert::anAlertWaitsForItsButton()
-{
-    QString text;
-    QTimer::singleShot(0, qApp, [&text] {
-        text = shownBox()->text();
-        shownBox()->buttons().constFirst()->click();
-    });
-    showAlert(u"Raté"_s);
-    QCOMPARE(text, u"Raté"_s);
-}
-
-void tst_QuestionAlert::nothingIsActiveWithoutAWindow()
-{
-    QVERIFY(!isApplicationActive());
-}
 
 QTEST_MAIN(tst_QuestionAlert)
 #include "tst_questionalert.moc"

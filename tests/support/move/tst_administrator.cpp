@@ -53,139 +53,126 @@ class tst_Administrator : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutTheProgramNothingCanBeAsked();
-    void theUserIsAskedOnceForAllCommands();
-    void argumentsArriveAsTheyAre();
-    void theStatusIsTheCommands_data();
-    void theStatusIsTheCommands();
-    void whatACommandPrintsIsNotItsStatus();
-    void aCommandReadsNothing();
-    void aClosedDialogCancels();
-    void anythingElseRefuses_data();
-    void anythingElseRefuses();
-    void rightsThatEndMidwayAreAFailure();
-    void othersCannotWriteToTheShell();
+    void withoutTheProgramNothingCanBeAsked()
+    {
+        const QByteArray before = qgetenv("PATH");
+        qputenv("PATH", "/nulle/part");
+        const bool canBeAsked = Administrator::canBeAsked();
+        Administrator administrator;
+        const Administrator::Answer answer = administrator.request();
+        qputenv("PATH", before);
+        QVERIFY(!canBeAsked);
+        QCOMPARE(answer, Administrator::Answer::Refused);
+    }
+
+    void theUserIsAskedOnceForAllCommands()
+    {
+        const FakeAsking asking(granted);
+        QVERIFY(Administrator::canBeAsked());
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Granted);
+        QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
+        QCOMPARE(administrator.run({u"false"_s}), std::optional(1));
+        QCOMPARE(asking.record(), "/bin/sh -s\n");
+    }
+
+    void argumentsArriveAsTheyAre()
+    {
+        const FakeAsking asking(granted);
+        const QTemporaryDir folder;
+        const QString name = folder.path() + u"/-l'été d\"Anne\" `id` $HOME \\ \n é"_s;
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Granted);
+        QCOMPARE(administrator.run({u"mkdir"_s, u"--"_s, name}), std::optional(0));
+        QVERIFY(QFile::exists(name));
+    }
+
+    void theStatusIsTheCommands_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<std::optional<int>>("status");
+        QTest::newRow("success") << u"exit 0"_s << std::optional(0);
+        QTest::newRow("failure") << u"exit 3"_s << std::optional(3);
+        QTest::newRow("missing") << u"exec /nulle/part"_s << std::optional(127);
+        QTest::newRow("killed") << u"kill -KILL $$"_s << std::optional<int>();
+    }
+
+    void theStatusIsTheCommands()
+    {
+        QFETCH(const QString, script);
+        QFETCH(const std::optional<int>, status);
+        const FakeAsking asking(granted);
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Granted);
+        QCOMPARE(administrator.run({u"/bin/sh"_s, u"-c"_s, script}), status);
+        // And the next command has its own.
+        QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
+    }
+
+    void whatACommandPrintsIsNotItsStatus()
+    {
+        const FakeAsking asking(granted);
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Granted);
+        QCOMPARE(administrator.run({u"echo"_s, u"7"_s}), std::optional(0));
+    }
+
+    void aCommandReadsNothing()
+    {
+        const FakeAsking asking(granted);
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Granted);
+        QCOMPARE(administrator.run({u"cat"_s}), std::optional(0));
+    }
+
+    void aClosedDialogCancels()
+    {
+        const FakeAsking asking("exit 126\n");
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Cancelled);
+    }
+
+    void anythingElseRefuses_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::newRow("not allowed") << QByteArray("exit 127\n");
+        QTest::newRow("success without a shell") << QByteArray("exit 0\n");
+        QTest::newRow("killed") << QByteArray("kill -KILL $$\n");
+        QTest::newRow("another answer") << QByteArray("echo non; exit 1\n");
+    }
+
+    void anythingElseRefuses()
+    {
+        QFETCH(const QByteArray, script);
+        const FakeAsking asking(script);
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Refused);
+    }
+
+    void rightsThatEndMidwayAreAFailure()
+    {
+        const FakeAsking asking("read line; echo ready; read line; exit 0\n");
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Granted);
+        QCOMPARE(administrator.run({u"true"_s}), std::optional<int>());
+    }
+
+    void othersCannotWriteToTheShell()
+    {
+        const FakeAsking asking(granted);
+        const QTemporaryDir folder;
+        Administrator administrator;
+        QCOMPARE(administrator.request(), Administrator::Answer::Granted);
+        // What another process of the same user does: it writes commands to all that this one has open. It may not be
+        // able to open some of it, which is no fault.
+        const QString intrusion =
+            u"for d in /proc/%1/fd/*; do (echo touch %2/intrusion >$d) 2>/dev/null; done; exit 0"_s.arg(
+                QString::number(QCoreApplication::applicationPid()), folder.path());
+        QCOMPARE(QProcess::execute(u"/bin/sh"_s, {u"-c"_s, intrusion}), 0);
+        QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
+        QVERIFY(!QFile::exists(folder.path() + "/intrusion"_L1));
+    }
 };
-
-void tst_Administrator::withoutTheProgramNothingCanBeAsked()
-{
-    const QByteArray before = qgetenv("PATH");
-    qputenv("PATH", "/nulle/part");
-    const bool canBeAsked = Administrator::canBeAsked();
-    Administrator administrator;
-    const Administrator::Answer answer = administrator.request();
-    qputenv("PATH", before);
-    QVERIFY(!canBeAsked);
-    QCOMPARE(answer, Administrator::Answer::Refused);
-}
-
-void tst_Administrator::theUserIsAskedOnceForAllCommands()
-{
-    const FakeAsking asking(granted);
-    QVERIFY(Administrator::canBeAsked());
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-    QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
-    QCOMPARE(administrator.run({u"false"_s}), std::optional(1));
-    QCOMPARE(asking.record(), "/bin/sh -s\n");
-}
-
-void tst_Administrator::argumentsArriveAsTheyAre()
-{
-    const FakeAsking asking(granted);
-    const QTemporaryDir folder;
-    const QString name = folder.path() + u"/-l'été d\"Anne\" `id` $HOME \\ \n é"_s;
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-    QCOMPARE(administrator.run({u"mkdir"_s, u"--"_s, name}), std::optional(0));
-    QVERIFY(QFile::exists(name));
-}
-
-void tst_Administrator::theStatusIsTheCommands_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<std::optional<int>>("status");
-    QTest::newRow("success") << u"exit 0"_s << std::optional(0);
-    QTest::newRow("failure") << u"exit 3"_s << std::optional(3);
-    QTest::newRow("missing") << u"exec /nulle/part"_s << std::optional(127);
-    QTest::newRow("killed") << u"kill -KILL $$"_s << std::optional<int>();
-}
-
-void tst_Administrator::theStatusIsTheCommands()
-{
-    QFETCH(const QString, script);
-    QFETCH(const std::optional<int>, status);
-    const FakeAsking asking(granted);
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-    QCOMPARE(administrator.run({u"/bin/sh"_s, u"-c"_s, script}), status);
-    // And the next command has its own.
-    QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
-}
-
-void tst_Administrator::whatACommandPrintsIsNotItsStatus()
-{
-    const FakeAsking asking(granted);
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-    QCOMPARE(administrator.run({u"echo"_s, u"7"_s}), std::optional(0));
-}
-
-void tst_Administrator::aCommandReadsNothing()
-{
-    const FakeAsking asking(granted);
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-    QCOMPARE(administrator.run({u"cat"_s}), std::optional(0));
-}
-
-void tst_Administrator::aClosedDialogCancels()
-{
-    const FakeAsking asking("exit 126\n");
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Cancelled);
-}
-
-void tst_Administrator::anythingElseRefuses_data()
-{
-    QTest::addColumn<QByteArray>("script");
-    QTest::newRow("not allowed") << QByteArray("exit 127\n");
-    QTest::newRow("success without a shell") << QByteArray("exit 0\n");
-    QTest::newRow("killed") << QByteArray("kill -KILL $$\n");
-    QTest::newRow("another answer") << QByteArray("echo non; exit 1\n");
-}
-
-void tst_Administrator::anythingElseRefuses()
-{
-    QFETCH(const QByteArray, script);
-    const FakeAsking asking(script);
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Refused);
-}
-
-void tst_Administrator::rightsThatEndMidwayAreAFailure()
-{
-    const FakeAsking asking("read line; echo ready; read line; exit 0\n");
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-    QCOMPARE(administrator.run({u"true"_s}), std::optional<int>());
-}
-
-void tst_Administrator::othersCannotWriteToTheShell()
-{
-    const FakeAsking asking(granted);
-    const QTemporaryDir folder;
-    Administrator administrator;
-    QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-    // What another process of the same user does: it writes commands to all that this one has open. It may not be able
-    // to open some of it, which is no fault.
-    const QString intrusion =
-        u"for d in /proc/%1/fd/*; do (echo touch %2/intrusion >$d) 2>/dev/null; done; exit 0"_s.arg(
-            QString::number(QCoreApplication::applicationPid()), folder.path());
-    QCOMPARE(QProcess::execute(u"/bin/sh"_s, {u"-c"_s, intrusion}), 0);
-    QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
-    QVERIFY(!QFile::exists(folder.path() + "/intrusion"_L1));
-}
 
 QTEST_GUILESS_MAIN(tst_Administrator)
 #include "tst_administrator.moc"

@@ -23,20 +23,130 @@ class tst_FolderCopy : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void aCopyIsWhole();
-    void timesAreKept();
-    void aReadOnlySourceMakesACopyThatCanBeReplaced();
-    void aDestinationThatExistsStaysAsItIs();
-    void aFolderThatIsMissingIsNoSource();
-    void whatIsNeitherFileNorFolderIsRefused();
-    void aFailureLeavesNothingBehind();
-    void aFullDiskLeavesNothingBehind();
-    void whatWasInterruptedIsSweptAway();
-    void whatAnotherIsMakingIsNotSweptAway();
-    void aRemovedFolderIsGone();
-    void aMissingFolderCannotBeRemoved();
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(makeFolderTree(source()));
+        QVERIFY(QDir().mkpath(m_folder->path() + "/Applications"_L1));
+    }
+
+    void cleanup() { m_folder.reset(); }
+
+    void aCopyIsWhole()
+    {
+        QVERIFY(copyFolder(source(), target()));
+        QCOMPARE(folderTreeOf(target()), folderTreeOf(source()));
+        QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
+        QCOMPARE(QFileInfo(target()).permissions(), QFileInfo(source()).permissions());
+    }
+
+    void timesAreKept()
+    {
+        const QDateTime time(QDate(2020, 2, 3), QTime(4, 5, 6));
+        QFile file(source() + "/bin/pelmora"_L1);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(time, QFileDevice::FileModificationTime));
+        file.close();
+        const QDateTime folderTime = QFileInfo(source() + "/bin"_L1).lastModified();
+        QVERIFY(copyFolder(source(), target()));
+        QCOMPARE(QFileInfo(target() + "/bin/pelmora"_L1).lastModified(), time);
+        QCOMPARE(QFileInfo(target() + "/bin"_L1).lastModified(), folderTime);
+    }
+
+    void aReadOnlySourceMakesACopyThatCanBeReplaced()
+    {
+        const auto readOnly = QFile::ReadOwner | QFile::ExeOwner;
+        QVERIFY(QFile::setPermissions(source() + "/bin/pelmora"_L1, readOnly));
+        QVERIFY(QFile::setPermissions(source() + "/bin"_L1, readOnly));
+        QVERIFY(QFile::setPermissions(source(), readOnly));
+        const bool isCopied = copyFolder(source(), target()).has_value();
+        QVERIFY(QFile::setPermissions(source() + "/bin"_L1, readOnly | QFile::WriteOwner));
+        QVERIFY(QFile::setPermissions(source(), readOnly | QFile::WriteOwner));
+        QVERIFY(isCopied);
+        for (const QString& path : {target(), target() + "/bin"_L1, target() + "/bin/pelmora"_L1})
+            QVERIFY2(QFileInfo(path).permissions().testFlag(QFile::WriteOwner), qPrintable(path));
+    }
+
+    void aDestinationThatExistsStaysAsItIs()
+    {
+        QVERIFY(QDir().mkpath(target()));
+        QCOMPARE(copyFolder(source(), target()), (std::expected<void, QString>(std::unexpect, u"File exists"_s)));
+        QCOMPARE(folderTreeOf(target()), QStringList());
+        QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
+    }
+
+    void aFolderThatIsMissingIsNoSource()
+    {
+        QVERIFY(!copyFolder(m_folder->path() + "/rien"_L1, target()));
+        QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+        QVERIFY(!copyFolder(source(), m_folder->path() + "/rien/Pelmora.app"_L1));
+    }
+
+    void whatIsNeitherFileNorFolderIsRefused()
+    {
+        QCOMPARE(mkfifo(QFile::encodeName(source() + "/tube"_L1).constData(), 0600), 0);
+        QVERIFY(!copyFolder(source(), target()));
+        QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+    }
+
+    void aFailureLeavesNothingBehind()
+    {
+        // A name that is too long for any file system.
+        QVERIFY(!copyFolder(source(), m_folder->path() + "/Applications/"_L1 + QString(300, u'x')));
+        QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+    }
+
+    void aFullDiskLeavesNothingBehind()
+    {
+        const QStringList whole = folderTreeOf(source());
+        std::expected<void, QString> copied;
+        {
+            // Half of the largest file.
+            ignoreSignalsOfFailedWrites(); // as all our programs do
+            const FileSizeLimit limit(50000);
+            copied = copyFolder(source(), target());
+        }
+        QCOMPARE(copied, (std::expected<void, QString>(std::unexpect, u"File too large"_s)));
+        QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
+        QCOMPARE(folderTreeOf(source()), whole);
+    }
+
+    void whatWasInterruptedIsSweptAway()
+    {
+        QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.pelmora-copy-Ab12xY/bin"_L1));
+        QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.autre"_L1));
+        QVERIFY(copyFolder(source(), target()));
+        QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), (QStringList{u".autre"_s, u"Pelmora.app"_s}));
+    }
+
+    void whatAnotherIsMakingIsNotSweptAway()
+    {
+        const QString other = m_folder->path() + "/Applications/.pelmora-copy-Ab12xY"_L1;
+        QVERIFY(makeFolderTree(other));
+        const QStringList whole = folderTreeOf(other);
+        const int lock = open(QFile::encodeName(other).constData(), O_RDONLY | O_DIRECTORY);
+        QVERIFY(lock >= 0);
+        const int locked = flock(lock, LOCK_EX);
+        const bool isCopied = copyFolder(source(), target()).has_value();
+        close(lock);
+        QCOMPARE(locked, 0);
+        QVERIFY(isCopied);
+        QCOMPARE(folderTreeOf(other), whole);
+    }
+
+    void aRemovedFolderIsGone()
+    {
+        QVERIFY(removeFolder(source()));
+        QCOMPARE(namesIn(QFileInfo(source()).path()), QStringList());
+    }
+
+    void aMissingFolderCannotBeRemoved()
+    {
+        const QStringList before = folderTreeOf(source());
+        QCOMPARE(removeFolder(source() + "/rien"_L1),
+                 (std::expected<void, QString>(std::unexpect, u"No such file or directory"_s)));
+        QCOMPARE(folderTreeOf(source()), before);
+    }
 
 private:
     [[nodiscard]] QString source() const { return m_folder->path() + u"/L'été -à/Pelmora.app"_s; }
@@ -44,134 +154,6 @@ private:
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
-
-void tst_FolderCopy::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(makeFolderTree(source()));
-    QVERIFY(QDir().mkpath(m_folder->path() + "/Applications"_L1));
-}
-
-void tst_FolderCopy::cleanup()
-{
-    m_folder.reset();
-}
-
-void tst_FolderCopy::aCopyIsWhole()
-{
-    QVERIFY(copyFolder(source(), target()));
-    QCOMPARE(folderTreeOf(target()), folderTreeOf(source()));
-    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
-    QCOMPARE(QFileInfo(target()).permissions(), QFileInfo(source()).permissions());
-}
-
-void tst_FolderCopy::timesAreKept()
-{
-    const QDateTime time(QDate(2020, 2, 3), QTime(4, 5, 6));
-    QFile file(source() + "/bin/pelmora"_L1);
-    QVERIFY(file.open(QIODevice::ReadWrite));
-    QVERIFY(file.setFileTime(time, QFileDevice::FileModificationTime));
-    file.close();
-    const QDateTime folderTime = QFileInfo(source() + "/bin"_L1).lastModified();
-    QVERIFY(copyFolder(source(), target()));
-    QCOMPARE(QFileInfo(target() + "/bin/pelmora"_L1).lastModified(), time);
-    QCOMPARE(QFileInfo(target() + "/bin"_L1).lastModified(), folderTime);
-}
-
-void tst_FolderCopy::aReadOnlySourceMakesACopyThatCanBeReplaced()
-{
-    const auto readOnly = QFile::ReadOwner | QFile::ExeOwner;
-    QVERIFY(QFile::setPermissions(source() + "/bin/pelmora"_L1, readOnly));
-    QVERIFY(QFile::setPermissions(source() + "/bin"_L1, readOnly));
-    QVERIFY(QFile::setPermissions(source(), readOnly));
-    const bool isCopied = copyFolder(source(), target()).has_value();
-    QVERIFY(QFile::setPermissions(source() + "/bin"_L1, readOnly | QFile::WriteOwner));
-    QVERIFY(QFile::setPermissions(source(), readOnly | QFile::WriteOwner));
-    QVERIFY(isCopied);
-    for (const QString& path : {target(), target() + "/bin"_L1, target() + "/bin/pelmora"_L1})
-        QVERIFY2(QFileInfo(path).permissions().testFlag(QFile::WriteOwner), qPrintable(path));
-}
-
-void tst_FolderCopy::aDestinationThatExistsStaysAsItIs()
-{
-    QVERIFY(QDir().mkpath(target()));
-    QCOMPARE(copyFolder(source(), target()), (std::expected<void, QString>(std::unexpect, u"File exists"_s)));
-    QCOMPARE(folderTreeOf(target()), QStringList());
-    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
-}
-
-void tst_FolderCopy::aFolderThatIsMissingIsNoSource()
-{
-    QVERIFY(!copyFolder(m_folder->path() + "/rien"_L1, target()));
-    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
-    QVERIFY(!copyFolder(source(), m_folder->path() + "/rien/Pelmora.app"_L1));
-}
-
-void tst_FolderCopy::whatIsNeitherFileNorFolderIsRefused()
-{
-    QCOMPARE(mkfifo(QFile::encodeName(source() + "/tube"_L1).constData(), 0600), 0);
-    QVERIFY(!copyFolder(source(), target()));
-    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
-}
-
-void tst_FolderCopy::aFailureLeavesNothingBehind()
-{
-    // A name that is too long for any file system.
-    QVERIFY(!copyFolder(source(), m_folder->path() + "/Applications/"_L1 + QString(300, u'x')));
-    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
-}
-
-void tst_FolderCopy::aFullDiskLeavesNothingBehind()
-{
-    const QStringList whole = folderTreeOf(source());
-    std::expected<void, QString> copied;
-    {
-        // Half of the largest file.
-        ignoreSignalsOfFailedWrites(); // as all our programs do
-        const FileSizeLimit limit(50000);
-        copied = copyFolder(source(), target());
-    }
-    QCOMPARE(copied, (std::expected<void, QString>(std::unexpect, u"File too large"_s)));
-    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
-    QCOMPARE(folderTreeOf(source()), whole);
-}
-
-void tst_FolderCopy::whatWasInterruptedIsSweptAway()
-{
-    QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.pelmora-copy-Ab12xY/bin"_L1));
-    QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.autre"_L1));
-    QVERIFY(copyFolder(source(), target()));
-    QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), (QStringList{u".autre"_s, u"Pelmora.app"_s}));
-}
-
-void tst_FolderCopy::whatAnotherIsMakingIsNotSweptAway()
-{
-    const QString other = m_folder->path() + "/Applications/.pelmora-copy-Ab12xY"_L1;
-    QVERIFY(makeFolderTree(other));
-    const QStringList whole = folderTreeOf(other);
-    const int lock = open(QFile::encodeName(other).constData(), O_RDONLY | O_DIRECTORY);
-    QVERIFY(lock >= 0);
-    const int locked = flock(lock, LOCK_EX);
-    const bool isCopied = copyFolder(source(), target()).has_value();
-    close(lock);
-    QCOMPARE(locked, 0);
-    QVERIFY(isCopied);
-    QCOMPARE(folderTreeOf(other), whole);
-}
-
-void tst_FolderCopy::aRemovedFolderIsGone()
-{
-    QVERIFY(removeFolder(source()));
-    QCOMPARE(namesIn(QFileInfo(source()).path()), QStringList());
-}
-
-void tst_FolderCopy::aMissingFolderCannotBeRemoved()
-{
-    const QStringList before = folderTreeOf(source());
-    QCOMPARE(removeFolder(source() + "/rien"_L1),
-             (std::expected<void, QString>(std::unexpect, u"No such file or directory"_s)));
-    QCOMPARE(folderTreeOf(source()), before);
-}
 
 QTEST_APPLESS_MAIN(tst_FolderCopy)
 #include "tst_foldercopy.moc"

@@ -22,90 +22,84 @@ class tst_FolderCopyInterrupted : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aCopyIsWholeOrNotThere_data();
-    void aCopyIsWholeOrNotThere();
-    void aCopyInTheMakingIsLocked();
-    void aRemovedFolderIsWholeOrGone_data();
-    void aRemovedFolderIsWholeOrGone();
-};
+    void aCopyIsWholeOrNotThere_data()
+    {
+        QTest::addColumn<QString>("call");
+        for (const char* call : {"mkdir", "openat", "sendfile", "fchmodat", "utimensat", "symlink", "fsync", "rename"})
+            QTest::newRow(call) << QString::fromLatin1(call);
+    }
 
-void tst_FolderCopyInterrupted::aCopyIsWholeOrNotThere_data()
-{
-    QTest::addColumn<QString>("call");
-    for (const char* call : {"mkdir", "openat", "sendfile", "fchmodat", "utimensat", "symlink", "fsync", "rename"})
-        QTest::newRow(call) << QString::fromLatin1(call);
-}
-
-void tst_FolderCopyInterrupted::aCopyIsWholeOrNotThere()
-{
-    QFETCH(const QString, call);
-    const QTemporaryDir folder;
-    const QString source = folder.path() + u"/L'été/Pelmora.app"_s;
-    const QString target = folder.path() + u"/Applications/Pelmora.app"_s;
-    QVERIFY(makeFolderTree(source));
-    QVERIFY(QDir().mkpath(folder.path() + u"/Applications"_s));
-    const QStringList whole = folderTreeOf(source);
-    int count = 0;
-    while (isKilledAt(call, count + 1, {worker, u"copy"_s, source, target})) {
-        ++count;
-        QCOMPARE(folderTreeOf(source), whole);
-        if (QFile::exists(target)) {
-            QCOMPARE(folderTreeOf(target), whole);
-            QVERIFY(removeFolder(target));
+    void aCopyIsWholeOrNotThere()
+    {
+        QFETCH(const QString, call);
+        const QTemporaryDir folder;
+        const QString source = folder.path() + u"/L'été/Pelmora.app"_s;
+        const QString target = folder.path() + u"/Applications/Pelmora.app"_s;
+        QVERIFY(makeFolderTree(source));
+        QVERIFY(QDir().mkpath(folder.path() + u"/Applications"_s));
+        const QStringList whole = folderTreeOf(source);
+        int count = 0;
+        while (isKilledAt(call, count + 1, {worker, u"copy"_s, source, target})) {
+            ++count;
+            QCOMPARE(folderTreeOf(source), whole);
+            if (QFile::exists(target)) {
+                QCOMPARE(folderTreeOf(target), whole);
+                QVERIFY(removeFolder(target));
+            }
+            QVERIFY(count < 200);
         }
-        QVERIFY(count < 200);
+        QVERIFY(count > 0);
+        // The last one went through, and has swept up after those that were killed.
+        QCOMPARE(folderTreeOf(target), whole);
+        QCOMPARE(namesIn(folder.path() + u"/Applications"_s), QStringList{u"Pelmora.app"_s});
     }
-    QVERIFY(count > 0);
-    // The last one went through, and has swept up after those that were killed.
-    QCOMPARE(folderTreeOf(target), whole);
-    QCOMPARE(namesIn(folder.path() + u"/Applications"_s), QStringList{u"Pelmora.app"_s});
-}
 
-void tst_FolderCopyInterrupted::aCopyInTheMakingIsLocked()
-{
-    const QTemporaryDir folder;
-    QVERIFY(makeFolderTree(folder.path() + "/Pelmora.app"_L1));
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);
-    process.setProcessEnvironment(environment);
-    process.start(u"strace"_s, {u"-o"_s, folder.path() + "/calls"_L1, u"-e"_s, u"trace=flock,sendfile"_s, worker,
-                                u"copy"_s, folder.path() + "/Pelmora.app"_L1, folder.path() + "/copie"_L1});
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(process.exitCode(), 0);
-    QFile calls(folder.path() + "/calls"_L1);
-    QVERIFY(calls.open(QIODevice::ReadOnly));
-    const QByteArray first = calls.readLine();
-    QVERIFY2(first.contains("LOCK_EX|LOCK_NB)") && first.endsWith(" = 0\n"), first.constData());
-    QVERIFY(calls.readLine().startsWith("sendfile("));
-}
-
-void tst_FolderCopyInterrupted::aRemovedFolderIsWholeOrGone_data()
-{
-    QTest::addColumn<QString>("call");
-    for (const char* call : {"mkdir", "rename", "unlinkat", "openat"})
-        QTest::newRow(call) << QString::fromLatin1(call);
-}
-
-void tst_FolderCopyInterrupted::aRemovedFolderIsWholeOrGone()
-{
-    QFETCH(const QString, call);
-    const QTemporaryDir folder;
-    const QString path = folder.path() + u"/Pelmora.app"_s;
-    QVERIFY(makeFolderTree(path));
-    const QStringList whole = folderTreeOf(path);
-    int count = 0;
-    while (isKilledAt(call, count + 1, {worker, u"remove"_s, path})) {
-        ++count;
-        if (QFile::exists(path))
-            QCOMPARE(folderTreeOf(path), whole);
-        else
-            QVERIFY(makeFolderTree(path));
-        QVERIFY(count < 200);
+    void aCopyInTheMakingIsLocked()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(makeFolderTree(folder.path() + "/Pelmora.app"_L1));
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);
+        process.setProcessEnvironment(environment);
+        process.start(u"strace"_s, {u"-o"_s, folder.path() + "/calls"_L1, u"-e"_s, u"trace=flock,sendfile"_s, worker,
+                                    u"copy"_s, folder.path() + "/Pelmora.app"_L1, folder.path() + "/copie"_L1});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 0);
+        QFile calls(folder.path() + "/calls"_L1);
+        QVERIFY(calls.open(QIODevice::ReadOnly));
+        const QByteArray first = calls.readLine();
+        QVERIFY2(first.contains("LOCK_EX|LOCK_NB)") && first.endsWith(" = 0\n"), first.constData());
+        QVERIFY(calls.readLine().startsWith("sendfile("));
     }
-    QVERIFY(count > 0);
-    QVERIFY(!QFile::exists(path));
-}
+
+    void aRemovedFolderIsWholeOrGone_data()
+    {
+        QTest::addColumn<QString>("call");
+        for (const char* call : {"mkdir", "rename", "unlinkat", "openat"})
+            QTest::newRow(call) << QString::fromLatin1(call);
+    }
+
+    void aRemovedFolderIsWholeOrGone()
+    {
+        QFETCH(const QString, call);
+        const QTemporaryDir folder;
+        const QString path = folder.path() + u"/Pelmora.app"_s;
+        QVERIFY(makeFolderTree(path));
+        const QStringList whole = folderTreeOf(path);
+        int count = 0;
+        while (isKilledAt(call, count + 1, {worker, u"remove"_s, path})) {
+            ++count;
+            if (QFile::exists(path))
+                QCOMPARE(folderTreeOf(path), whole);
+            else
+                QVERIFY(makeFolderTree(path));
+            QVERIFY(count < 200);
+        }
+        QVERIFY(count > 0);
+        QVERIFY(!QFile::exists(path));
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_FolderCopyInterrupted)
 #include "tst_foldercopyinterrupted.moc"

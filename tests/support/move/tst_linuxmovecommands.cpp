@@ -41,240 +41,228 @@ class tst_LinuxMoveCommands : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theCommandsAreThese();
+    void theCommandsAreThese()
+    {
+        const LinuxMoveCommands commands({u"--simulate"_s, u"l'été.xml"_s});
+        QCOMPARE(textOf(commands.openRunningCopy(bundle)),
+                 u"/bin/sh | -c | "_s + quotedBundle +
+                     u"/bin/pelmora '--simulate' 'l'\\''été.xml' >/dev/null 2>&1 </dev/null &"_s);
+        QCOMPARE(
+            textOf(commands.relaunch(81, bundle)),
+            u"/bin/sh | -c | (p=81; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "
+            "exec "_s +
+                quotedBundle + u"/bin/pelmora '--simulate' 'l'\\''été.xml') >/dev/null 2>&1 </dev/null &"_s);
+        QCOMPARE(textOf(commands.ejectImage(u"/dev/loop0"_s)),
+                 u"/bin/sh | -c | (d='/dev/loop0'; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b "
+                 "\"$d\") >/dev/null 2>&1 &"_s);
+        QCOMPARE(textOf(commands.privilegedDelete(bundle)),
+                 u"/bin/sh | -c | d=$(mktemp -d -- \"${0%/*}/.pelmora-administrator-XXXXXX\") && "
+                 "mv -T -- \"$0\" \"$d/old\" 2>/dev/null; rm -rf -- \"${0%/*}\"/.pelmora-administrator-* | "_s +
+                     bundle);
+        QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)),
+                 u"/bin/sh | -c | rm -rf -- \"${1%/*}\"/.pelmora-administrator-*; umask 022; "
+                 "d=$(mktemp -d -- \"${1%/*}/.pelmora-administrator-XXXXXX\") && mkdir -- \"$d/new\" && "
+                 "tar --create --format=posix --one-file-system --directory=\"$0\" --file=\"$d/tar\" . && "
+                 "tar --extract --no-same-owner --directory=\"$d/new\" --file=\"$d/tar\" && "
+                 "chmod -R a-s,u+rwX,go+rX,go-w -- \"$d/new\" && sync -f -- \"$d/new\" && mv -T -- \"$d/new\" \"$1\"; "
+                 "s=$?; rm -rf -- \"$d\"; exit $s | /a b | "_s +
+                     bundle);
+    }
+
     void theRunningCopyIsOpenedWhateverItsPath_data() { strangePaths(); }
-    void theRunningCopyIsOpenedWhateverItsPath();
+    void theRunningCopyIsOpenedWhateverItsPath()
+    {
+        QFETCH(const QString, name);
+        const QTemporaryDir folder;
+        const QString path = folder.path() + u'/' + name + ".app"_L1;
+        QVERIFY(makeBundle(path));
+        const MoveCommand command = LinuxMoveCommands({name}).openRunningCopy(path);
+        QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
+        QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
+    }
+
     void theCopyIsStartedWhenTheProcessHasEnded_data() { strangePaths(); }
-    void theCopyIsStartedWhenTheProcessHasEnded();
-    void aProcessThatNobodyAsksForHasEndedAllTheSame();
-    void theAdministratorsCopyIsWholeAndReplacesNothing();
-    void theAdministratorsCopyServesEveryUser();
-    void whatAnAdministratorDeletesIsGone_data();
-    void whatAnAdministratorDeletesIsGone();
-    void whatSomebodyKeepsBesideTheCopyStays();
-    void linksInACopyAreNotFollowed();
-    void whatIsBeingCopiedIsClosedToOthers();
+    void theCopyIsStartedWhenTheProcessHasEnded()
+    {
+        QFETCH(const QString, name);
+        const QTemporaryDir folder;
+        const QString path = folder.path() + u'/' + name + ".app"_L1;
+        QVERIFY(makeBundle(path));
+        QProcess running;
+        running.start(u"sleep"_s, {u"60"_s});
+        QVERIFY(running.waitForStarted());
+        const MoveCommand command = LinuxMoveCommands({name}).relaunch(running.processId(), path);
+        QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
+        QVERIFY(!QFile::exists(folder.path() + "/started"_L1));
+        running.kill();
+        QVERIFY(running.waitForFinished());
+        QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
+    }
+
+    void aProcessThatNobodyAsksForHasEndedAllTheSame()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.path() + "/Pelmora.app"_L1;
+        QVERIFY(makeBundle(path));
+        // A shell that becomes a program which never asks for the shell's child. The child ends after that: a shell
+        // might ask.
+        QProcess parent;
+        parent.start(u"/bin/sh"_s,
+                     {u"-c"_s, u"until grep -q sleep /proc/$$/comm; do :; done & echo $!; exec sleep 60"_s});
+        QVERIFY(parent.waitForReadyRead());
+        const qint64 child = parent.readLine().trimmed().toLongLong();
+        QTRY_VERIFY(textOfFile(u"/proc/%1/status"_s.arg(child)).contains("State:\tZ"_L1));
+        const MoveCommand command = LinuxMoveCommands().relaunch(child, path);
+        QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
+        QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s);
+        parent.kill();
+        QVERIFY(parent.waitForFinished());
+    }
+
+    void theAdministratorsCopyIsWholeAndReplacesNothing()
+    {
+        const QTemporaryDir folder;
+        const QString source = folder.path() + "/l'été/-a b.app"_L1;
+        const QString destination = folder.path() + "/Applications/-a b.app"_L1;
+        QVERIFY(makeBundle(source));
+        QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+        // What an interrupted copy has left.
+        QVERIFY(makeBundle(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
+        const LinuxMoveCommands commands;
+        const MoveCommand copy = commands.privilegedCopy(source, destination);
+        QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
+        QCOMPARE(textOfFile(destination + "/bin/pelmora"_L1), textOfFile(source + "/bin/pelmora"_L1));
+        QCOMPARE(QDir(folder.path() + "/Applications"_L1).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList{u"-a b.app"_s});
+        QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
+
+        // One that was not deleted stays as it is.
+        QVERIFY(QProcess::execute(copy.program, copy.arguments) != 0);
+        QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
+    }
+
+    void theAdministratorsCopyServesEveryUser()
+    {
+        const QTemporaryDir folder;
+        const QString source = folder.path() + "/Pelmora.app"_L1;
+        const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+        QVERIFY(makeBundle(source));
+        QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+        QFile text(source + "/texte"_L1);
+        QVERIFY(text.open(QIODevice::WriteOnly));
+        text.close();
+        // Unpacked by somebody careful, and changed by somebody careless.
+        QCOMPARE(chmod(QFile::encodeName(source).constData(), 0700), 0);
+        QCOMPARE(chmod(QFile::encodeName(source + "/bin"_L1).constData(), 0777), 0);
+        QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06500), 0);
+        QCOMPARE(chmod(QFile::encodeName(source + "/texte"_L1).constData(), 0600), 0);
+        const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
+        QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
+        QCOMPARE(modeOf(destination), 0755U);
+        QCOMPARE(modeOf(destination + "/bin"_L1), 0755U);
+        QCOMPARE(modeOf(destination + "/bin/pelmora"_L1), 0755U);
+        QCOMPARE(modeOf(destination + "/texte"_L1), 0644U);
+    }
+
+    void whatAnAdministratorDeletesIsGone_data()
+    {
+        QTest::addColumn<bool>("isThere");
+        QTest::addColumn<bool>("wasInterrupted");
+        QTest::newRow("an old copy") << true << false;
+        QTest::newRow("nothing") << false << false;
+        QTest::newRow("an old copy, and what an interrupted deletion has left") << true << true;
+        QTest::newRow("what an interrupted deletion has left") << false << true;
+    }
+
+    void whatAnAdministratorDeletesIsGone()
+    {
+        QFETCH(const bool, isThere);
+        QFETCH(const bool, wasInterrupted);
+        const QTemporaryDir folder;
+        const QString path = folder.path() + u"/-l'été b.app"_s;
+        QVERIFY(!isThere || makeBundle(path));
+        QVERIFY(!wasInterrupted || makeBundle(folder.path() + "/.pelmora-administrator-abcdef/old"_L1));
+        const MoveCommand deletion = LinuxMoveCommands().privilegedDelete(path);
+        QCOMPARE(QProcess::execute(deletion.program, deletion.arguments), 0);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
+    }
+
+    void whatSomebodyKeepsBesideTheCopyStays()
+    {
+        const QTemporaryDir folder;
+        const QString source = folder.path() + "/Pelmora.app"_L1;
+        const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+        QVERIFY(makeBundle(source));
+        QVERIFY(makeBundle(destination));
+        QVERIFY(makeBundle(destination + ".old"_L1));
+        QVERIFY(makeBundle(destination + ".part"_L1));
+        const LinuxMoveCommands commands;
+        for (const MoveCommand& command :
+             {commands.privilegedDelete(destination), commands.privilegedCopy(source, destination)})
+            QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
+        QVERIFY(QFile::exists(destination + ".old/bin/pelmora"_L1));
+        QVERIFY(QFile::exists(destination + ".part/bin/pelmora"_L1));
+    }
+
+    void linksInACopyAreNotFollowed()
+    {
+        const QTemporaryDir folder;
+        const QString source = folder.path() + "/Pelmora.app"_L1;
+        const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+        const QString secret = folder.path() + "/privé"_L1;
+        QVERIFY(makeBundle(source));
+        QVERIFY(makeBundle(secret));
+        QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+        QCOMPARE(chmod(QFile::encodeName(secret).constData(), 0700), 0);
+        QVERIFY(QFile::link(secret, source + "/lien"_L1));
+        const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
+        QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
+        QCOMPARE(QFile::symLinkTarget(destination + "/lien"_L1), secret);
+        QCOMPARE(modeOf(secret), 0700U);
+    }
+
+    void whatIsBeingCopiedIsClosedToOthers()
+    {
+        const QTemporaryDir folder;
+        const QString source = folder.path() + "/Pelmora.app"_L1;
+        const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+        QVERIFY(makeBundle(source));
+        QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+        QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06755), 0);
+        // In the place of the program that gives the copy its permissions: tells who may enter the folder above it.
+        QFile watcher(folder.path() + "/programmes/chmod"_L1);
+        QVERIFY(QDir().mkpath(folder.path() + "/programmes"_L1) && watcher.open(QIODevice::WriteOnly));
+        watcher.write("#!/bin/sh\nfor copy; do :; done\nstat -c %a -- \"${copy%/*}\" >\"${0%/*}/mode\"\n"
+                      "exec /bin/chmod \"$@\"\n");
+        watcher.close();
+        QVERIFY(watcher.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"PATH"_s, folder.path() + "/programmes:"_L1 + environment.value(u"PATH"_s));
+        process.setProcessEnvironment(environment);
+        const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
+        process.start(copy.program, copy.arguments);
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(textOfFile(folder.path() + "/programmes/mode"_L1), u"700\n"_s);
+        QCOMPARE(modeOf(destination + "/bin/pelmora"_L1), 0755U);
+    }
 
 private:
-    static void strangePaths();
+    static void strangePaths()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("plain") << u"plain"_s;
+        QTest::newRow("blanks") << u" a  b "_s;
+        QTest::newRow("quotes") << u"l'été d'\"Anne\" `id` $HOME"_s;
+        QTest::newRow("only quotes") << u"''''"_s;
+        QTest::newRow("line ends") << u"a\nb\n"_s;
+        QTest::newRow("dashes") << u"-rf --"_s;
+        QTest::newRow("other letters") << u"Ελλάδα 日本 é"_s;
+        QTest::newRow("placeholders") << u"%@ %d %1 \\"_s;
+        QTest::newRow("shell") << u"a;b&c|d>e*?[x]~#"_s;
+    }
 };
-
-void tst_LinuxMoveCommands::strangePaths()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("plain") << u"plain"_s;
-    QTest::newRow("blanks") << u" a  b "_s;
-    QTest::newRow("quotes") << u"l'été d'\"Anne\" `id` $HOME"_s;
-    QTest::newRow("only quotes") << u"''''"_s;
-    QTest::newRow("line ends") << u"a\nb\n"_s;
-    QTest::newRow("dashes") << u"-rf --"_s;
-    QTest::newRow("other letters") << u"Ελλάδα 日本 é"_s;
-    QTest::newRow("placeholders") << u"%@ %d %1 \\"_s;
-    QTest::newRow("shell") << u"a;b&c|d>e*?[x]~#"_s;
-}
-
-void tst_LinuxMoveCommands::theCommandsAreThese()
-{
-    const LinuxMoveCommands commands({u"--simulate"_s, u"l'été.xml"_s});
-    QCOMPARE(textOf(commands.openRunningCopy(bundle)),
-             u"/bin/sh | -c | "_s + quotedBundle +
-                 u"/bin/pelmora '--simulate' 'l'\\''été.xml' >/dev/null 2>&1 </dev/null &"_s);
-    QCOMPARE(textOf(commands.relaunch(81, bundle)),
-             u"/bin/sh | -c | (p=81; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "
-             "exec "_s +
-                 quotedBundle + u"/bin/pelmora '--simulate' 'l'\\''été.xml') >/dev/null 2>&1 </dev/null &"_s);
-    QCOMPARE(textOf(commands.ejectImage(u"/dev/loop0"_s)),
-             u"/bin/sh | -c | (d='/dev/loop0'; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b "
-             "\"$d\") >/dev/null 2>&1 &"_s);
-    QCOMPARE(textOf(commands.privilegedDelete(bundle)),
-             u"/bin/sh | -c | d=$(mktemp -d -- \"${0%/*}/.pelmora-administrator-XXXXXX\") && "
-             "mv -T -- \"$0\" \"$d/old\" 2>/dev/null; rm -rf -- \"${0%/*}\"/.pelmora-administrator-* | "_s +
-                 bundle);
-    QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)),
-             u"/bin/sh | -c | rm -rf -- \"${1%/*}\"/.pelmora-administrator-*; umask 022; "
-             "d=$(mktemp -d -- \"${1%/*}/.pelmora-administrator-XXXXXX\") && mkdir -- \"$d/new\" && "
-             "tar --create --format=posix --one-file-system --directory=\"$0\" --file=\"$d/tar\" . && "
-             "tar --extract --no-same-owner --directory=\"$d/new\" --file=\"$d/tar\" && "
-             "chmod -R a-s,u+rwX,go+rX,go-w -- \"$d/new\" && sync -f -- \"$d/new\" && mv -T -- \"$d/new\" \"$1\"; "
-             "s=$?; rm -rf -- \"$d\"; exit $s | /a b | "_s +
-                 bundle);
-}
-
-void tst_LinuxMoveCommands::theRunningCopyIsOpenedWhateverItsPath()
-{
-    QFETCH(const QString, name);
-    const QTemporaryDir folder;
-    const QString path = folder.path() + u'/' + name + ".app"_L1;
-    QVERIFY(makeBundle(path));
-    const MoveCommand command = LinuxMoveCommands({name}).openRunningCopy(path);
-    QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
-    QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
-}
-
-void tst_LinuxMoveCommands::theCopyIsStartedWhenTheProcessHasEnded()
-{
-    QFETCH(const QString, name);
-    const QTemporaryDir folder;
-    const QString path = folder.path() + u'/' + name + ".app"_L1;
-    QVERIFY(makeBundle(path));
-    QProcess running;
-    running.start(u"sleep"_s, {u"60"_s});
-    QVERIFY(running.waitForStarted());
-    const MoveCommand command = LinuxMoveCommands({name}).relaunch(running.processId(), path);
-    QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
-    QVERIFY(!QFile::exists(folder.path() + "/started"_L1));
-    running.kill();
-    QVERIFY(running.waitForFinished());
-    QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
-}
-
-void tst_LinuxMoveCommands::aProcessThatNobodyAsksForHasEndedAllTheSame()
-{
-    const QTemporaryDir folder;
-    const QString path = folder.path() + "/Pelmora.app"_L1;
-    QVERIFY(makeBundle(path));
-    // A shell that becomes a program which never asks for the shell's child. The child ends after that: a shell might
-    // ask.
-    QProcess parent;
-    parent.start(u"/bin/sh"_s, {u"-c"_s, u"until grep -q sleep /proc/$$/comm; do :; done & echo $!; exec sleep 60"_s});
-    QVERIFY(parent.waitForReadyRead());
-    const qint64 child = parent.readLine().trimmed().toLongLong();
-    QTRY_VERIFY(textOfFile(u"/proc/%1/status"_s.arg(child)).contains("State:\tZ"_L1));
-    const MoveCommand command = LinuxMoveCommands().relaunch(child, path);
-    QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
-    QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s);
-    parent.kill();
-    QVERIFY(parent.waitForFinished());
-}
-
-void tst_LinuxMoveCommands::theAdministratorsCopyIsWholeAndReplacesNothing()
-{
-    const QTemporaryDir folder;
-    const QString source = folder.path() + "/l'été/-a b.app"_L1;
-    const QString destination = folder.path() + "/Applications/-a b.app"_L1;
-    QVERIFY(makeBundle(source));
-    QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
-    // What an interrupted copy has left.
-    QVERIFY(makeBundle(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
-    const LinuxMoveCommands commands;
-    const MoveCommand copy = commands.privilegedCopy(source, destination);
-    QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
-    QCOMPARE(textOfFile(destination + "/bin/pelmora"_L1), textOfFile(source + "/bin/pelmora"_L1));
-    QCOMPARE(QDir(folder.path() + "/Applications"_L1).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList{u"-a b.app"_s});
-    QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
-
-    // One that was not deleted stays as it is.
-    QVERIFY(QProcess::execute(copy.program, copy.arguments) != 0);
-    QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
-}
-
-void tst_LinuxMoveCommands::theAdministratorsCopyServesEveryUser()
-{
-    const QTemporaryDir folder;
-    const QString source = folder.path() + "/Pelmora.app"_L1;
-    const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
-    QVERIFY(makeBundle(source));
-    QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
-    QFile text(source + "/texte"_L1);
-    QVERIFY(text.open(QIODevice::WriteOnly));
-    text.close();
-    // Unpacked by somebody careful, and changed by somebody careless.
-    QCOMPARE(chmod(QFile::encodeName(source).constData(), 0700), 0);
-    QCOMPARE(chmod(QFile::encodeName(source + "/bin"_L1).constData(), 0777), 0);
-    QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06500), 0);
-    QCOMPARE(chmod(QFile::encodeName(source + "/texte"_L1).constData(), 0600), 0);
-    const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
-    QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
-    QCOMPARE(modeOf(destination), 0755U);
-    QCOMPARE(modeOf(destination + "/bin"_L1), 0755U);
-    QCOMPARE(modeOf(destination + "/bin/pelmora"_L1), 0755U);
-    QCOMPARE(modeOf(destination + "/texte"_L1), 0644U);
-}
-
-void tst_LinuxMoveCommands::whatAnAdministratorDeletesIsGone_data()
-{
-    QTest::addColumn<bool>("isThere");
-    QTest::addColumn<bool>("wasInterrupted");
-    QTest::newRow("an old copy") << true << false;
-    QTest::newRow("nothing") << false << false;
-    QTest::newRow("an old copy, and what an interrupted deletion has left") << true << true;
-    QTest::newRow("what an interrupted deletion has left") << false << true;
-}
-
-void tst_LinuxMoveCommands::whatAnAdministratorDeletesIsGone()
-{
-    QFETCH(const bool, isThere);
-    QFETCH(const bool, wasInterrupted);
-    const QTemporaryDir folder;
-    const QString path = folder.path() + u"/-l'été b.app"_s;
-    QVERIFY(!isThere || makeBundle(path));
-    QVERIFY(!wasInterrupted || makeBundle(folder.path() + "/.pelmora-administrator-abcdef/old"_L1));
-    const MoveCommand deletion = LinuxMoveCommands().privilegedDelete(path);
-    QCOMPARE(QProcess::execute(deletion.program, deletion.arguments), 0);
-    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
-}
-
-void tst_LinuxMoveCommands::whatSomebodyKeepsBesideTheCopyStays()
-{
-    const QTemporaryDir folder;
-    const QString source = folder.path() + "/Pelmora.app"_L1;
-    const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
-    QVERIFY(makeBundle(source));
-    QVERIFY(makeBundle(destination));
-    QVERIFY(makeBundle(destination + ".old"_L1));
-    QVERIFY(makeBundle(destination + ".part"_L1));
-    const LinuxMoveCommands commands;
-    for (const MoveCommand& command :
-         {commands.privilegedDelete(destination), commands.privilegedCopy(source, destination)})
-        QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
-    QVERIFY(QFile::exists(destination + ".old/bin/pelmora"_L1));
-    QVERIFY(QFile::exists(destination + ".part/bin/pelmora"_L1));
-}
-
-void tst_LinuxMoveCommands::linksInACopyAreNotFollowed()
-{
-    const QTemporaryDir folder;
-    const QString source = folder.path() + "/Pelmora.app"_L1;
-    const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
-    const QString secret = folder.path() + "/privé"_L1;
-    QVERIFY(makeBundle(source));
-    QVERIFY(makeBundle(secret));
-    QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
-    QCOMPARE(chmod(QFile::encodeName(secret).constData(), 0700), 0);
-    QVERIFY(QFile::link(secret, source + "/lien"_L1));
-    const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
-    QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
-    QCOMPARE(QFile::symLinkTarget(destination + "/lien"_L1), secret);
-    QCOMPARE(modeOf(secret), 0700U);
-}
-
-void tst_LinuxMoveCommands::whatIsBeingCopiedIsClosedToOthers()
-{
-    const QTemporaryDir folder;
-    const QString source = folder.path() + "/Pelmora.app"_L1;
-    const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
-    QVERIFY(makeBundle(source));
-    QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
-    QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06755), 0);
-    // In the place of the program that gives the copy its permissions: tells who may enter the folder above it.
-    QFile watcher(folder.path() + "/programmes/chmod"_L1);
-    QVERIFY(QDir().mkpath(folder.path() + "/programmes"_L1) && watcher.open(QIODevice::WriteOnly));
-    watcher.write("#!/bin/sh\nfor copy; do :; done\nstat -c %a -- \"${copy%/*}\" >\"${0%/*}/mode\"\n"
-                  "exec /bin/chmod \"$@\"\n");
-    watcher.close();
-    QVERIFY(watcher.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"PATH"_s, folder.path() + "/programmes:"_L1 + environment.value(u"PATH"_s));
-    process.setProcessEnvironment(environment);
-    const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
-    process.start(copy.program, copy.arguments);
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(process.exitCode(), 0);
-    QCOMPARE(textOfFile(folder.path() + "/programmes/mode"_L1), u"700\n"_s);
-    QCOMPARE(modeOf(destination + "/bin/pelmora"_L1), 0755U);
-}
 
 QTEST_GUILESS_MAIN(tst_LinuxMoveCommands)
 #include "tst_linuxmovecommands.moc"

@@ -57,88 +57,81 @@ class tst_MacintoshMove : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theCommandsAreThese();
-    void theQuarantineIsRemovedAsTheReleaseKnowsHow_data();
-    void theQuarantineIsRemovedAsTheReleaseKnowsHow();
-    void beforeTheReleaseACommandTellsWhatRuns();
-    void theFirstWayToTheTrashThatSucceedsIsTheLast_data();
-    void theFirstWayToTheTrashThatSucceedsIsTheLast();
-    void aFailureOfAllWaysIsLogged();
+    void theCommandsAreThese()
+    {
+        const MacintoshMoveCommands commands(MacintoshRelease::firstOf10_8);
+        QCOMPARE(textOf(MacintoshMoveCommands::listMountedImages()), u"/usr/bin/hdiutil | info | -plist"_s);
+        QCOMPARE(textOf(commands.openRunningCopy(bundle)), u"/usr/bin/open | "_s + bundle);
+        QCOMPARE(textOf(commands.ejectImage(u"/dev/disk2s1"_s)),
+                 u"/bin/sh | -c | (/bin/sleep 5 && /usr/bin/hdiutil detach '/dev/disk2s1') &"_s);
+        QCOMPARE(textOf(commands.privilegedDelete(bundle)), u"/bin/rm | -rf | "_s + bundle);
+        QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)), u"/bin/cp | -pR | /a b | "_s + bundle);
+    }
+
+    void theQuarantineIsRemovedAsTheReleaseKnowsHow_data()
+    {
+        QTest::addColumn<int>("release");
+        QTest::addColumn<QString>("removal");
+        QTest::newRow("10.4") << 824 << u"/usr/bin/xattr -d com.apple.quarantine "_s;
+        QTest::newRow("10.5") << 949 << u"/usr/bin/xattr -d com.apple.quarantine "_s;
+        QTest::newRow("just later") << 950 << u"/usr/bin/xattr -d -r com.apple.quarantine "_s;
+        QTest::newRow("10.8") << 1187 << u"/usr/bin/xattr -d -r com.apple.quarantine "_s;
+    }
+
+    void theQuarantineIsRemovedAsTheReleaseKnowsHow()
+    {
+        QFETCH(const int, release);
+        QFETCH(const QString, removal);
+        QCOMPARE(textOf(MacintoshMoveCommands(release).relaunch(81, bundle)),
+                 u"/bin/sh | -c | (while /bin/kill -0 81 >&/dev/null; do /bin/sleep 0.1; done; "_s + removal +
+                     quotedBundle + u"; /usr/bin/open "_s + quotedBundle + u") &"_s);
+    }
+
+    void beforeTheReleaseACommandTellsWhatRuns()
+    {
+        const std::optional<MoveCommand> test = MacintoshMoveCommands(949).testRunning(bundle);
+        QVERIFY(test);
+        QCOMPARE(textOf(*test), u"/bin/sh | -c | /bin/ps ax -o comm | /usr/bin/grep "_s + quotedBundle +
+                                    u"/ | /usr/bin/grep -v grep >/dev/null"_s);
+        QVERIFY(!MacintoshMoveCommands(950).testRunning(bundle));
+    }
+
+    void theFirstWayToTheTrashThatSucceedsIsTheLast_data()
+    {
+        QTest::addColumn<int>("release");
+        QTest::addColumn<bool>("trashes");
+        QTest::addColumn<bool>("recycles");
+        QTest::addColumn<QStringList>("record");
+        QTest::newRow("the file manager's") << 1187 << true << true << QStringList{trash};
+        QTest::newRow("the workspace's") << 1187 << false << true << QStringList{trash, recycle};
+        QTest::newRow("the script's") << 1187 << false << false << QStringList{trash, recycle, script};
+        QTest::newRow("before, the workspace's") << 1186 << true << true << QStringList{recycle};
+        QTest::newRow("before, the script's") << 1186 << true << false << QStringList{recycle, script};
+    }
+
+    void theFirstWayToTheTrashThatSucceedsIsTheLast()
+    {
+        QFETCH(const int, release);
+        QFETCH(const bool, trashes);
+        QFETCH(const bool, recycles);
+        QFETCH(const QStringList, record);
+        RecordedTrash platform;
+        platform.trashes = trashes;
+        platform.recycles = recycles;
+        QVERIFY(moveToMacintoshTrash(path, release, platform));
+        QCOMPARE(platform.record, record);
+    }
+
+    void aFailureOfAllWaysIsLogged()
+    {
+        RecordedTrash platform;
+        platform.scriptFailure = u"erreur -43, '%@'"_s;
+        QVERIFY(!moveToMacintoshTrash(path, 1187, platform));
+        QCOMPARE(platform.record,
+                 (QStringList{trash, recycle, script, u"log | Trash AppleScript error: erreur -43, '%@'"_s,
+                              u"log | ERROR -- Could not trash '"_s + path + u'\''}));
+    }
 };
-
-void tst_MacintoshMove::theCommandsAreThese()
-{
-    const MacintoshMoveCommands commands(MacintoshRelease::firstOf10_8);
-    QCOMPARE(textOf(MacintoshMoveCommands::listMountedImages()), u"/usr/bin/hdiutil | info | -plist"_s);
-    QCOMPARE(textOf(commands.openRunningCopy(bundle)), u"/usr/bin/open | "_s + bundle);
-    QCOMPARE(textOf(commands.ejectImage(u"/dev/disk2s1"_s)),
-             u"/bin/sh | -c | (/bin/sleep 5 && /usr/bin/hdiutil detach '/dev/disk2s1') &"_s);
-    QCOMPARE(textOf(commands.privilegedDelete(bundle)), u"/bin/rm | -rf | "_s + bundle);
-    QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)), u"/bin/cp | -pR | /a b | "_s + bundle);
-}
-
-void tst_MacintoshMove::theQuarantineIsRemovedAsTheReleaseKnowsHow_data()
-{
-    QTest::addColumn<int>("release");
-    QTest::addColumn<QString>("removal");
-    QTest::newRow("10.4") << 824 << u"/usr/bin/xattr -d com.apple.quarantine "_s;
-    QTest::newRow("10.5") << 949 << u"/usr/bin/xattr -d com.apple.quarantine "_s;
-    QTest::newRow("just later") << 950 << u"/usr/bin/xattr -d -r com.apple.quarantine "_s;
-    QTest::newRow("10.8") << 1187 << u"/usr/bin/xattr -d -r com.apple.quarantine "_s;
-}
-
-void tst_MacintoshMove::theQuarantineIsRemovedAsTheReleaseKnowsHow()
-{
-    QFETCH(const int, release);
-    QFETCH(const QString, removal);
-    QCOMPARE(textOf(MacintoshMoveCommands(release).relaunch(81, bundle)),
-             u"/bin/sh | -c | (while /bin/kill -0 81 >&/dev/null; do /bin/sleep 0.1; done; "_s + removal +
-                 quotedBundle + u"; /usr/bin/open "_s + quotedBundle + u") &"_s);
-}
-
-void tst_MacintoshMove::beforeTheReleaseACommandTellsWhatRuns()
-{
-    const std::optional<MoveCommand> test = MacintoshMoveCommands(949).testRunning(bundle);
-    QVERIFY(test);
-    QCOMPARE(textOf(*test), u"/bin/sh | -c | /bin/ps ax -o comm | /usr/bin/grep "_s + quotedBundle +
-                                u"/ | /usr/bin/grep -v grep >/dev/null"_s);
-    QVERIFY(!MacintoshMoveCommands(950).testRunning(bundle));
-}
-
-void tst_MacintoshMove::theFirstWayToTheTrashThatSucceedsIsTheLast_data()
-{
-    QTest::addColumn<int>("release");
-    QTest::addColumn<bool>("trashes");
-    QTest::addColumn<bool>("recycles");
-    QTest::addColumn<QStringList>("record");
-    QTest::newRow("the file manager's") << 1187 << true << true << QStringList{trash};
-    QTest::newRow("the workspace's") << 1187 << false << true << QStringList{trash, recycle};
-    QTest::newRow("the script's") << 1187 << false << false << QStringList{trash, recycle, script};
-    QTest::newRow("before, the workspace's") << 1186 << true << true << QStringList{recycle};
-    QTest::newRow("before, the script's") << 1186 << true << false << QStringList{recycle, script};
-}
-
-void tst_MacintoshMove::theFirstWayToTheTrashThatSucceedsIsTheLast()
-{
-    QFETCH(const int, release);
-    QFETCH(const bool, trashes);
-    QFETCH(const bool, recycles);
-    QFETCH(const QStringList, record);
-    RecordedTrash platform;
-    platform.trashes = trashes;
-    platform.recycles = recycles;
-    QVERIFY(moveToMacintoshTrash(path, release, platform));
-    QCOMPARE(platform.record, record);
-}
-
-void tst_MacintoshMove::aFailureOfAllWaysIsLogged()
-{
-    RecordedTrash platform;
-    platform.scriptFailure = u"erreur -43, '%@'"_s;
-    QVERIFY(!moveToMacintoshTrash(path, 1187, platform));
-    QCOMPARE(platform.record, (QStringList{trash, recycle, script, u"log | Trash AppleScript error: erreur -43, '%@'"_s,
-                                           u"log | ERROR -- Could not trash '"_s + path + u'\''}));
-}
 
 QTEST_APPLESS_MAIN(tst_MacintoshMove)
 #include "tst_macintoshmove.moc"

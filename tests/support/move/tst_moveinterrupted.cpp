@@ -127,124 +127,118 @@ class tst_MoveInterrupted : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aWholeCopyIsLeftWhereverItStops_data();
-    void aWholeCopyIsLeftWhereverItStops();
-    void whatAnAdministratorDeletesIsWholeOrGone_data();
-    void whatAnAdministratorDeletesIsWholeOrGone();
-    void whatAnAdministratorCopiesIsWholeOrNotThere_data();
-    void whatAnAdministratorCopiesIsWholeOrNotThere();
+    void aWholeCopyIsLeftWhereverItStops_data()
+    {
+        QTest::addColumn<bool>("isLocked");
+        QTest::addColumn<bool>("hasOldCopy");
+        QTest::addColumn<int>("leastOperations");
+        QTest::newRow("free") << false << false << 13;
+        QTest::newRow("over an old copy") << false << true << 15;
+        QTest::newRow("with an administrator") << true << false << 15;
+        QTest::newRow("with an administrator, over an old copy") << true << true << 15;
+    }
+
+    void aWholeCopyIsLeftWhereverItStops()
+    {
+        QFETCH(const bool, isLocked);
+        QFETCH(const bool, hasOldCopy);
+        QFETCH(const int, leastOperations);
+        const QTemporaryDir home;
+        qputenv("XDG_DATA_HOME", QFile::encodeName(home.path() + "/data"_L1));
+        MoveSurroundings surroundings = MoveScene::surroundings();
+        surroundings.bundlePath = home.path() + u"/Télé chargements/Pelmora.app"_s;
+        surroundings.userApplicationsFolder = home.path() + "/Applications"_L1;
+        const QString destination = home.path() + "/Applications/Pelmora.app"_L1;
+        QVERIFY(makeFolderTree(surroundings.bundlePath));
+        const QStringList whole = folderTreeOf(surroundings.bundlePath);
+        QVERIFY(makeFolderTree(home.path() + "/Applications/Autre.app"_L1));
+
+        int operation = 0;
+        End end = End::Killed;
+        while (end == End::Killed) {
+            // As the interrupted one has left it, but for what the user puts there again.
+            if (!QFile::exists(surroundings.bundlePath))
+                QVERIFY(makeFolderTree(surroundings.bundlePath));
+            if (QFile::exists(destination) != hasOldCopy)
+                QVERIFY(hasOldCopy ? makeFolderTree(destination) : QDir(destination).removeRecursively());
+            end = moveUntil(++operation, surroundings, isLocked);
+            const bool isSourceWhole = folderTreeOf(surroundings.bundlePath) == whole;
+            const bool isDestinationWhole = folderTreeOf(destination) == whole;
+            QVERIFY2(isSourceWhole || isDestinationWhole, qPrintable(QString::number(operation)));
+            // And nothing that looks like a copy is a broken one.
+            QVERIFY(isSourceWhole || !QFile::exists(surroundings.bundlePath));
+            QVERIFY(isDestinationWhole || !QFile::exists(destination));
+        }
+        QCOMPARE(end, End::Moved);
+        QVERIFY2(operation > leastOperations, qPrintable(QString::number(operation)));
+        QCOMPARE(folderTreeOf(destination), whole);
+        QCOMPARE(QFile::exists(home.path() + "/data/Trash/files/Pelmora.app"_L1), hasOldCopy && !isLocked);
+        QVERIFY(!QFile::exists(surroundings.bundlePath));
+    }
+
+    void whatAnAdministratorDeletesIsWholeOrGone_data()
+    {
+        QTest::addColumn<QString>("call");
+        for (const char* call : {"renameat2", "unlinkat"})
+            QTest::newRow(call) << QString::fromLatin1(call);
+    }
+
+    void whatAnAdministratorDeletesIsWholeOrGone()
+    {
+        QFETCH(const QString, call);
+        const QTemporaryDir folder;
+        const QString path = folder.path() + "/Pelmora.app"_L1;
+        QVERIFY(makeFolderTree(path));
+        const QStringList whole = folderTreeOf(path);
+        const MoveCommand deletion = LinuxMoveCommands().privilegedDelete(path);
+        int count = 0;
+        bool isKilled = true;
+        while (isKilled) {
+            isKilled =
+                isKilledAt(call, ++count, QStringList(deletion.program) + deletion.arguments) || QFile::exists(path);
+            QVERIFY(!QFile::exists(path) || folderTreeOf(path) == whole);
+            if (isKilled && !QFile::exists(path))
+                QVERIFY(makeFolderTree(path));
+            QVERIFY(count < 200);
+        }
+        QVERIFY(count > 1);
+        QCOMPARE(namesIn(folder.path()), QStringList());
+    }
+
+    void whatAnAdministratorCopiesIsWholeOrNotThere_data()
+    {
+        QTest::addColumn<QString>("call");
+        for (const char* call : {"/^(openat|mkdir|mkdirat)$", "/^(write|copy_file_range|ioctl)$", "/chmod", "syncfs",
+                                 "renameat2", "unlinkat"})
+            QTest::newRow(call) << QString::fromLatin1(call);
+    }
+
+    void whatAnAdministratorCopiesIsWholeOrNotThere()
+    {
+        QFETCH(const QString, call);
+        const QTemporaryDir folder;
+        const QString source = folder.path() + u"/L'été/Pelmora.app"_s;
+        const QString path = folder.path() + "/Applications/Pelmora.app"_L1;
+        QVERIFY(makeFolderTree(source));
+        const QStringList whole = folderTreeOf(source);
+        // What an interrupted copy has left.
+        QVERIFY(makeFolderTree(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
+        const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, path);
+        int count = 1;
+        // A killed deletion may leave files. The copy has not failed then.
+        while (isKilledAt(call, count, QStringList(copy.program) + copy.arguments) ||
+               namesIn(folder.path() + "/Applications"_L1).size() > 1) {
+            ++count;
+            QCOMPARE(folderTreeOf(source), whole);
+            QVERIFY(!QFile::exists(path) || folderTreeOf(path) == whole);
+            QVERIFY(!QFile::exists(path) || QDir(path).removeRecursively());
+            QVERIFY(count < 200);
+        }
+        QVERIFY(count > 1);
+        QCOMPARE(folderTreeOf(path), whole);
+        QCOMPARE(namesIn(folder.path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
+    }
 };
-
-void tst_MoveInterrupted::aWholeCopyIsLeftWhereverItStops_data()
-{
-    QTest::addColumn<bool>("isLocked");
-    QTest::addColumn<bool>("hasOldCopy");
-    QTest::addColumn<int>("leastOperations");
-    QTest::newRow("free") << false << false << 13;
-    QTest::newRow("over an old copy") << false << true << 15;
-    QTest::newRow("with an administrator") << true << false << 15;
-    QTest::newRow("with an administrator, over an old copy") << true << true << 15;
-}
-
-void tst_MoveInterrupted::aWholeCopyIsLeftWhereverItStops()
-{
-    QFETCH(const bool, isLocked);
-    QFETCH(const bool, hasOldCopy);
-    QFETCH(const int, leastOperations);
-    const QTemporaryDir home;
-    qputenv("XDG_DATA_HOME", QFile::encodeName(home.path() + "/data"_L1));
-    MoveSurroundings surroundings = MoveScene::surroundings();
-    surroundings.bundlePath = home.path() + u"/Télé chargements/Pelmora.app"_s;
-    surroundings.userApplicationsFolder = home.path() + "/Applications"_L1;
-    const QString destination = home.path() + "/Applications/Pelmora.app"_L1;
-    QVERIFY(makeFolderTree(surroundings.bundlePath));
-    const QStringList whole = folderTreeOf(surroundings.bundlePath);
-    QVERIFY(makeFolderTree(home.path() + "/Applications/Autre.app"_L1));
-
-    int operation = 0;
-    End end = End::Killed;
-    while (end == End::Killed) {
-        // As the interrupted one has left it, but for what the user puts there again.
-        if (!QFile::exists(surroundings.bundlePath))
-            QVERIFY(makeFolderTree(surroundings.bundlePath));
-        if (QFile::exists(destination) != hasOldCopy)
-            QVERIFY(hasOldCopy ? makeFolderTree(destination) : QDir(destination).removeRecursively());
-        end = moveUntil(++operation, surroundings, isLocked);
-        const bool isSourceWhole = folderTreeOf(surroundings.bundlePath) == whole;
-        const bool isDestinationWhole = folderTreeOf(destination) == whole;
-        QVERIFY2(isSourceWhole || isDestinationWhole, qPrintable(QString::number(operation)));
-        // And nothing that looks like a copy is a broken one.
-        QVERIFY(isSourceWhole || !QFile::exists(surroundings.bundlePath));
-        QVERIFY(isDestinationWhole || !QFile::exists(destination));
-    }
-    QCOMPARE(end, End::Moved);
-    QVERIFY2(operation > leastOperations, qPrintable(QString::number(operation)));
-    QCOMPARE(folderTreeOf(destination), whole);
-    QCOMPARE(QFile::exists(home.path() + "/data/Trash/files/Pelmora.app"_L1), hasOldCopy && !isLocked);
-    QVERIFY(!QFile::exists(surroundings.bundlePath));
-}
-
-void tst_MoveInterrupted::whatAnAdministratorDeletesIsWholeOrGone_data()
-{
-    QTest::addColumn<QString>("call");
-    for (const char* call : {"renameat2", "unlinkat"})
-        QTest::newRow(call) << QString::fromLatin1(call);
-}
-
-void tst_MoveInterrupted::whatAnAdministratorDeletesIsWholeOrGone()
-{
-    QFETCH(const QString, call);
-    const QTemporaryDir folder;
-    const QString path = folder.path() + "/Pelmora.app"_L1;
-    QVERIFY(makeFolderTree(path));
-    const QStringList whole = folderTreeOf(path);
-    const MoveCommand deletion = LinuxMoveCommands().privilegedDelete(path);
-    int count = 0;
-    bool isKilled = true;
-    while (isKilled) {
-        isKilled = isKilledAt(call, ++count, QStringList(deletion.program) + deletion.arguments) || QFile::exists(path);
-        QVERIFY(!QFile::exists(path) || folderTreeOf(path) == whole);
-        if (isKilled && !QFile::exists(path))
-            QVERIFY(makeFolderTree(path));
-        QVERIFY(count < 200);
-    }
-    QVERIFY(count > 1);
-    QCOMPARE(namesIn(folder.path()), QStringList());
-}
-
-void tst_MoveInterrupted::whatAnAdministratorCopiesIsWholeOrNotThere_data()
-{
-    QTest::addColumn<QString>("call");
-    for (const char* call :
-         {"/^(openat|mkdir|mkdirat)$", "/^(write|copy_file_range|ioctl)$", "/chmod", "syncfs", "renameat2", "unlinkat"})
-        QTest::newRow(call) << QString::fromLatin1(call);
-}
-
-void tst_MoveInterrupted::whatAnAdministratorCopiesIsWholeOrNotThere()
-{
-    QFETCH(const QString, call);
-    const QTemporaryDir folder;
-    const QString source = folder.path() + u"/L'été/Pelmora.app"_s;
-    const QString path = folder.path() + "/Applications/Pelmora.app"_L1;
-    QVERIFY(makeFolderTree(source));
-    const QStringList whole = folderTreeOf(source);
-    // What an interrupted copy has left.
-    QVERIFY(makeFolderTree(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
-    const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, path);
-    int count = 1;
-    // A killed deletion may leave files. The copy has not failed then.
-    while (isKilledAt(call, count, QStringList(copy.program) + copy.arguments) ||
-           namesIn(folder.path() + "/Applications"_L1).size() > 1) {
-        ++count;
-        QCOMPARE(folderTreeOf(source), whole);
-        QVERIFY(!QFile::exists(path) || folderTreeOf(path) == whole);
-        QVERIFY(!QFile::exists(path) || QDir(path).removeRecursively());
-        QVERIFY(count < 200);
-    }
-    QVERIFY(count > 1);
-    QCOMPARE(folderTreeOf(path), whole);
-    QCOMPARE(namesIn(folder.path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
-}
 
 QTEST_GUILESS_MAIN(tst_MoveInterrupted)
 #include "tst_moveinterrupted.moc"

@@ -19,38 +19,34 @@ class tst_MoveTrash : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theFirstWayThatSucceedsIsTheLast_data();
-    void theFirstWayThatSucceedsIsTheLast();
-    void aFailureOfAllIsLogged();
+    void theFirstWayThatSucceedsIsTheLast_data()
+    {
+        QTest::addColumn<bool>("trashes");
+        QTest::addColumn<QStringList>("record");
+        QTest::newRow("the user's trash") << true << QStringList{trash};
+        QTest::newRow("the desktop's own way") << false << QStringList{trash, recycle};
+    }
+
+    void theFirstWayThatSucceedsIsTheLast()
+    {
+        QFETCH(const bool, trashes);
+        QFETCH(const QStringList, record);
+        RecordedMove platform;
+        platform.trashes = trashes;
+        QVERIFY(moveToTrash(path, platform));
+        QCOMPARE(platform.record, record);
+    }
+
+    void aFailureOfAllIsLogged()
+    {
+        RecordedMove platform;
+        platform.trashes = false;
+        platform.recycles = false;
+        QVERIFY(!moveToTrash(path, platform));
+        QCOMPARE(platform.record,
+                 (QStringList{trash, recycle, u"log error | ERROR -- Could not trash '"_s + path + u'\''}));
+    }
 };
-
-void tst_MoveTrash::theFirstWayThatSucceedsIsTheLast_data()
-{
-    QTest::addColumn<bool>("trashes");
-    QTest::addColumn<QStringList>("record");
-    QTest::newRow("the user's trash") << true << QStringList{trash};
-    QTest::newRow("the desktop's own way") << false << QStringList{trash, recycle};
-}
-
-void tst_MoveTrash::theFirstWayThatSucceedsIsTheLast()
-{
-    QFETCH(const bool, trashes);
-    QFETCH(const QStringList, record);
-    RecordedMove platform;
-    platform.trashes = trashes;
-    QVERIFY(moveToTrash(path, platform));
-    QCOMPARE(platform.record, record);
-}
-
-void tst_MoveTrash::aFailureOfAllIsLogged()
-{
-    RecordedMove platform;
-    platform.trashes = false;
-    platform.recycles = false;
-    QVERIFY(!moveToTrash(path, platform));
-    QCOMPARE(platform.record,
-             (QStringList{trash, recycle, u"log error | ERROR -- Could not trash '"_s + path + u'\''}));
-}
 
 QTEST_APPLESS_MAIN(tst_MoveTrash)
 #include "tst_movetrash.moc"

@@ -35,45 +35,41 @@ class tst_RunningPrograms : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void thisProgramRuns();
-    void aProgramRunsUntilItEnds();
-    void aProgramWhoseExecutableIsHiddenIsKnownByItsStart();
+    void thisProgramRuns()
+    {
+        QCOMPARE(executableOf(QCoreApplication::applicationPid(), runningPrograms()),
+                 QCoreApplication::applicationFilePath());
+    }
+
+    void aProgramRunsUntilItEnds()
+    {
+        const QTemporaryDir folder;
+        const QString program = folder.path() + u"/L'été d\"Anne"_s;
+        QVERIFY(QFile::copy(QStandardPaths::findExecutable(u"sleep"_s), program));
+        QProcess process;
+        process.start(program, {u"60"_s});
+        QVERIFY(process.waitForStarted());
+        const qint64 identifier = process.processId();
+        QCOMPARE(executableOf(identifier, runningPrograms()), program);
+        process.kill();
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(executableOf(identifier, runningPrograms()), QString());
+    }
+
+    void aProgramWhoseExecutableIsHiddenIsKnownByItsStart()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(writeCommandLine(folder.path() + "/12"_L1, QByteArray("/opt/a b/pelmora\0--simulate\0", 28)));
+        QVERIFY(writeCommandLine(folder.path() + "/13"_L1, QByteArray("pelmora\0", 8)));
+        QVERIFY(writeCommandLine(folder.path() + "/14"_L1, QByteArray()));
+        QVERIFY(writeCommandLine(folder.path() + "/self"_L1, QByteArray("/bin/x\0", 7)));
+        QVERIFY(QDir().mkpath(folder.path() + "/15"_L1));
+        const QList<RunningProgram> programs = runningPrograms(folder.path());
+        QCOMPARE(programs.size(), 1);
+        QCOMPARE(programs.first().processIdentifier, 12);
+        QCOMPARE(programs.first().executable, u"/opt/a b/pelmora"_s);
+    }
 };
-
-void tst_RunningPrograms::thisProgramRuns()
-{
-    QCOMPARE(executableOf(QCoreApplication::applicationPid(), runningPrograms()),
-             QCoreApplication::applicationFilePath());
-}
-
-void tst_RunningPrograms::aProgramRunsUntilItEnds()
-{
-    const QTemporaryDir folder;
-    const QString program = folder.path() + u"/L'été d\"Anne"_s;
-    QVERIFY(QFile::copy(QStandardPaths::findExecutable(u"sleep"_s), program));
-    QProcess process;
-    process.start(program, {u"60"_s});
-    QVERIFY(process.waitForStarted());
-    const qint64 identifier = process.processId();
-    QCOMPARE(executableOf(identifier, runningPrograms()), program);
-    process.kill();
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(executableOf(identifier, runningPrograms()), QString());
-}
-
-void tst_RunningPrograms::aProgramWhoseExecutableIsHiddenIsKnownByItsStart()
-{
-    const QTemporaryDir folder;
-    QVERIFY(writeCommandLine(folder.path() + "/12"_L1, QByteArray("/opt/a b/pelmora\0--simulate\0", 28)));
-    QVERIFY(writeCommandLine(folder.path() + "/13"_L1, QByteArray("pelmora\0", 8)));
-    QVERIFY(writeCommandLine(folder.path() + "/14"_L1, QByteArray()));
-    QVERIFY(writeCommandLine(folder.path() + "/self"_L1, QByteArray("/bin/x\0", 7)));
-    QVERIFY(QDir().mkpath(folder.path() + "/15"_L1));
-    const QList<RunningProgram> programs = runningPrograms(folder.path());
-    QCOMPARE(programs.size(), 1);
-    QCOMPARE(programs.first().processIdentifier, 12);
-    QCOMPARE(programs.first().executable, u"/opt/a b/pelmora"_s);
-}
 
 QTEST_GUILESS_MAIN(tst_RunningPrograms)
 #include "tst_runningprograms.moc"

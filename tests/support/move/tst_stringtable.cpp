@@ -29,67 +29,60 @@ class tst_StringTable : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void theFirstLanguageThatThereIsSpeaks_data();
-    void theFirstLanguageThatThereIsSpeaks();
-    void whatNobodyTranslatedIsEnglish();
-    void whatIsNoTextIsEnglish();
-    void aBrokenTableIsEnglishAndIsLogged();
+    void initTestCase()
+    {
+        QVERIFY(writeTable(m_folder.path() + "/fr.lproj"_L1,
+                           tableOf("<key>Yes</key><string>Oui</string><key>Number</key><integer>3</integer>")));
+        QVERIFY(writeTable(m_folder.path() + "/el.lproj"_L1, tableOf("<key>Yes</key><string>Ναι</string>")));
+        QVERIFY(writeTable(m_folder.path() + "/br.lproj"_L1, "Ya"));
+    }
+
+    void theFirstLanguageThatThereIsSpeaks_data()
+    {
+        QTest::addColumn<QStringList>("languages");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("French") << QStringList{u"fr"_s} << u"Oui"_s;
+        QTest::newRow("of Canada") << QStringList{u"fr-CA"_s, u"fr"_s} << u"Oui"_s;
+        QTest::newRow("Greek first") << QStringList{u"el-GR"_s, u"fr-FR"_s} << u"Ναι"_s;
+        QTest::newRow("English first") << QStringList{u"en-GB"_s, u"fr-FR"_s} << u"Yes"_s;
+        QTest::newRow("none, then French") << QStringList{u"de-DE"_s, u"fr-FR"_s} << u"Oui"_s;
+        QTest::newRow("none") << QStringList{u"de-DE"_s} << u"Yes"_s;
+        QTest::newRow("no language") << QStringList() << u"Yes"_s;
+        QTest::newRow("the C locale") << QStringList{u"C"_s} << u"Yes"_s;
+        QTest::newRow("a way out") << QStringList{u"../"_s, QString(), u"-"_s} << u"Yes"_s;
+    }
+
+    void theFirstLanguageThatThereIsSpeaks()
+    {
+        QFETCH(const QStringList, languages);
+        QFETCH(const QString, text);
+        const StringTable table = StringTable::load(Bundle(m_folder.path()), u"Table"_s, languages);
+        QCOMPARE(table.localizedString(u"Yes"), text);
+    }
+
+    void whatNobodyTranslatedIsEnglish()
+    {
+        QCOMPARE(StringTable::load(Bundle(m_folder.path()), u"Table"_s, {u"fr"_s}).localizedString(u"No"), u"No"_s);
+        QCOMPARE(StringTable::load(Bundle(m_folder.path()), u"Missing"_s, {u"fr"_s}).localizedString(u"Yes"), u"Yes"_s);
+        QCOMPARE(StringTable().localizedString(u"Yes"), u"Yes"_s);
+    }
+
+    void whatIsNoTextIsEnglish()
+    {
+        const StringTable table = StringTable::load(Bundle(m_folder.path()), u"Table"_s, {u"fr"_s});
+        QCOMPARE(table.localizedString(u"Number"), u"Number"_s);
+    }
+
+    void aBrokenTableIsEnglishAndIsLogged()
+    {
+        QTest::ignoreMessage(QtWarningMsg, "A table of texts cannot be read.");
+        const StringTable table = StringTable::load(Bundle(m_folder.path()), u"Table"_s, {u"br"_s, u"fr"_s});
+        QCOMPARE(table.localizedString(u"Yes"), u"Yes"_s);
+    }
 
 private:
     QTemporaryDir m_folder;
 };
-
-void tst_StringTable::initTestCase()
-{
-    QVERIFY(writeTable(m_folder.path() + "/fr.lproj"_L1,
-                       tableOf("<key>Yes</key><string>Oui</string><key>Number</key><integer>3</integer>")));
-    QVERIFY(writeTable(m_folder.path() + "/el.lproj"_L1, tableOf("<key>Yes</key><string>Ναι</string>")));
-    QVERIFY(writeTable(m_folder.path() + "/br.lproj"_L1, "Ya"));
-}
-
-void tst_StringTable::theFirstLanguageThatThereIsSpeaks_data()
-{
-    QTest::addColumn<QStringList>("languages");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("French") << QStringList{u"fr"_s} << u"Oui"_s;
-    QTest::newRow("of Canada") << QStringList{u"fr-CA"_s, u"fr"_s} << u"Oui"_s;
-    QTest::newRow("Greek first") << QStringList{u"el-GR"_s, u"fr-FR"_s} << u"Ναι"_s;
-    QTest::newRow("English first") << QStringList{u"en-GB"_s, u"fr-FR"_s} << u"Yes"_s;
-    QTest::newRow("none, then French") << QStringList{u"de-DE"_s, u"fr-FR"_s} << u"Oui"_s;
-    QTest::newRow("none") << QStringList{u"de-DE"_s} << u"Yes"_s;
-    QTest::newRow("no language") << QStringList() << u"Yes"_s;
-    QTest::newRow("the C locale") << QStringList{u"C"_s} << u"Yes"_s;
-    QTest::newRow("a way out") << QStringList{u"../"_s, QString(), u"-"_s} << u"Yes"_s;
-}
-
-void tst_StringTable::theFirstLanguageThatThereIsSpeaks()
-{
-    QFETCH(const QStringList, languages);
-    QFETCH(const QString, text);
-    const StringTable table = StringTable::load(Bundle(m_folder.path()), u"Table"_s, languages);
-    QCOMPARE(table.localizedString(u"Yes"), text);
-}
-
-void tst_StringTable::whatNobodyTranslatedIsEnglish()
-{
-    QCOMPARE(StringTable::load(Bundle(m_folder.path()), u"Table"_s, {u"fr"_s}).localizedString(u"No"), u"No"_s);
-    QCOMPARE(StringTable::load(Bundle(m_folder.path()), u"Missing"_s, {u"fr"_s}).localizedString(u"Yes"), u"Yes"_s);
-    QCOMPARE(StringTable().localizedString(u"Yes"), u"Yes"_s);
-}
-
-void tst_StringTable::whatIsNoTextIsEnglish()
-{
-    const StringTable table = StringTable::load(Bundle(m_folder.path()), u"Table"_s, {u"fr"_s});
-    QCOMPARE(table.localizedString(u"Number"), u"Number"_s);
-}
-
-void tst_StringTable::aBrokenTableIsEnglishAndIsLogged()
-{
-    QTest::ignoreMessage(QtWarningMsg, "A table of texts cannot be read.");
-    const StringTable table = StringTable::load(Bundle(m_folder.path()), u"Table"_s, {u"br"_s, u"fr"_s});
-    QCOMPARE(table.localizedString(u"Yes"), u"Yes"_s);
-}
 
 QTEST_APPLESS_MAIN(tst_StringTable)
 #include "tst_stringtable.moc"
