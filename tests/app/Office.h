@@ -8,11 +8,16 @@
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "prefs/settings/MVSettings.h"
+#include "tests/fakes/FakeService.h"
 
+#include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QFile>
+#include <QLabel>
 #include <QMessageBox>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <memory>
 #include <optional>
@@ -22,9 +27,38 @@
 class Office
 {
 public:
-    /// The command starts the card service; the bundle is the program's own unless another is given.
-    explicit Office(const ServiceCommand& service, const QString& resources = QStringLiteral(PELMORA_STAGE_SHARE))
-        : client(std::make_shared<LVitAccess>(service))
+    /// With a fake card service; the bundle is the program's own unless another is given.
+    explicit Office(const FakeScript& script = {}, const QString& resources = QStringLiteral(PELMORA_STAGE_SHARE))
+        : Office(std::make_unique<FakeService>(script), std::nullopt, resources)
+    {
+    }
+    explicit Office(const ServiceCommand& service)
+        : Office(std::make_unique<FakeService>(), service, QStringLiteral(PELMORA_STAGE_SHARE))
+    {
+    }
+
+    /// An office that has started and whose card service is bound; null when that fails.
+    template <typename... Service>
+    static std::unique_ptr<Office> bound(const Service&... service)
+    {
+        auto office = std::make_unique<Office>(service...);
+        office->start();
+        const bool isBound = QTest::qWaitFor([&office] { return office->delegate->isEnabled(); });
+        return isBound ? std::move(office) : nullptr;
+    }
+
+    /// The card service with a simulated reader, which holds the card of that file.
+    static ServiceCommand simulation(const QString& card)
+    {
+        return {QStringLiteral(PELMORA_STAGE "/libexec/pelmora/com.morvel.lvit"), {QStringLiteral("--simulate"), card}};
+    }
+    static QString specimen() { return QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"); }
+
+private:
+    Office(std::unique_ptr<FakeService> fakeService, const std::optional<ServiceCommand>& service,
+           const QString& resources)
+        : fake(std::move(fakeService))
+        , client(std::make_shared<LVitAccess>(service ? *service : fake->command()))
         , m_bundle(resources)
         , m_fonts(PageFonts::load(Bundle(QStringLiteral(PELMORA_STAGE_SHARE))))
         , m_logos(m_bundle)
@@ -36,10 +70,10 @@ public:
             AppDelegate::Surroundings{m_bundle, settings, m_logos, *m_fonts, *window}, client);
     }
 
+public:
     /// What was set is written while the home is there.
     ~Office() { settings.synchronize(); }
-    Office(const Office&) = delete;
-    Office& operator=(const Office&) = delete;
+    Q_DISABLE_COPY_MOVE(Office)
 
     /// Brings the application up, as main does.
     void start() const
@@ -75,6 +109,34 @@ public:
         return box ? std::optional(box->text()) : std::nullopt;
     }
 
+    /// Presses the button of the alert that is on the screen.
+    static void pressOk()
+    {
+        if (const QMessageBox* box = alert())
+            QTest::mouseClick(box->buttons().constFirst(), Qt::LeftButton);
+    }
+
+    /// The summary of the card in the main window, the text under it, and the last line of that if it has several.
+    [[nodiscard]] QString summary() const { return window->vitaleInfoTextField()->text(); }
+    [[nodiscard]] QString panelLine() const
+    {
+        return window->findChild<QLabel*>(QStringLiteral("panelLineField"))->text();
+    }
+    [[nodiscard]] QString notice() const
+    {
+        const QStringList lines = panelLine().split(u'\n');
+        return lines.size() > 1 ? lines.last() : QString();
+    }
+
+    /// Chooses an entry of the status item's menu.
+    void chooseFromStatusMenu(int tag) const
+    {
+        QAction entry;
+        entry.setData(tag);
+        delegate->executeAction(&entry);
+    }
+
+    std::unique_ptr<FakeService> fake;
     std::shared_ptr<LVitAccess> client;
 
 private:

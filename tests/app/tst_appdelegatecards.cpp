@@ -2,8 +2,8 @@
 #include "attestation/print/PrintDialog.h"
 #include "attestation/print/PrintOperation.h"
 #include "tests/app/Office.h"
+#include "tests/common/Files.h"
 #include "tests/common/TestCase.h"
-#include "tests/fakes/FakeService.h"
 
 #include <QAction>
 #include <QDragEnterEvent>
@@ -81,25 +81,6 @@ private:
     QList<QEvent::Type> m_types;
 };
 
-void chooseFromStatusMenu(const Office& office, int tag)
-{
-    QAction entry;
-    entry.setData(tag);
-    office.delegate->executeAction(&entry);
-}
-
-QString summary(const Office& office)
-{
-    return office.window->vitaleInfoTextField()->text();
-}
-
-// What the panel says last.
-QString notice(const Office& office)
-{
-    const QStringList lines = office.window->findChild<QLabel*>(u"panelLineField"_s)->text().split(u'\n');
-    return lines.size() > 1 ? lines.last() : QString();
-}
-
 // The attestation's window: the one beside the main window that has a page.
 QMainWindow* viewer(const Office& office)
 {
@@ -134,24 +115,21 @@ class tst_AppDelegateCards : public TestCase
     Q_OBJECT
 
 private:
-    // An office whose card service has that behaviour, once it is bound.
-    [[nodiscard]] std::unique_ptr<Office> boundOffice(const FakeScript& behaviour = {}) const
-    {
-        auto office = std::make_unique<Office>(m_fake->command(behaviour));
-        office->start();
-        const bool isBound = QTest::qWaitFor([&office] { return office->delegate->isEnabled(); });
-        return isBound ? std::move(office) : nullptr;
-    }
-
     // The specimen card's file with another first name.
     [[nodiscard]] QString cardOf(const QString& firstName) const
     {
-        QFile specimen(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));
-        QFile card(m_folder.filePath(firstName + u".xml"_s));
-        if (!specimen.open(QIODevice::ReadOnly) || !card.open(QIODevice::WriteOnly))
-            return {};
-        card.write(specimen.readAll().replace("Hélène", firstName.toUtf8()));
-        return card.fileName();
+        const QString card = m_folder.filePath(firstName + u".xml"_s);
+        const QByteArray specimen = contentOf(Office::specimen());
+        return writeFile(card, QByteArray(specimen).replace("Hélène", firstName.toUtf8())) ? card : QString();
+    }
+
+    // An office whose card service is bound, with the card of Alix.
+    [[nodiscard]] std::unique_ptr<Office> officeOfAlix(const FakeScript& script = {}) const
+    {
+        auto office = Office::bound(script);
+        if (office)
+            office->delegate->loadXMLFile(cardOf(u"Alix"_s));
+        return office;
     }
 
     static void addWays()
@@ -164,13 +142,10 @@ private:
     }
 
     QTemporaryDir m_folder;
-    std::unique_ptr<FakeService> m_fake;
 
 private Q_SLOTS:
     // No print server is asked.
     void initTestCase() { qputenv("CUPS_SERVER", QFile::encodeName(m_folder.filePath(u"cups.sock"_s))); }
-
-    void init() { m_fake = std::make_unique<FakeService>(); }
 
     void whileAPrintAsksNoCardTakesItsPlace_data()
     {
@@ -179,23 +154,22 @@ private Q_SLOTS:
             [](const Office& office, const QString&) { office.delegate->readVitale(office.window.get()); });
         for (int tag = StatusMenu::ReadTag; tag <= StatusMenu::SaveTag; ++tag)
             QTest::addRow("status menu %d", tag)
-                << Way([tag](const Office& office, const QString&) { chooseFromStatusMenu(office, tag); });
+                << Way([tag](const Office& office, const QString&) { office.chooseFromStatusMenu(tag); });
     }
 
     void whileAPrintAsksNoCardTakesItsPlace()
     {
         QFETCH(const Way, way);
-        const auto office = boundOffice();
+        const auto office = officeOfAlix();
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         office->delegate->viewAttestation();
         printFromViewer(*office);
         QTRY_VERIFY(dialog());
-        const QString before = summary(*office);
+        const QString before = office->summary();
 
         way(*office, cardOf(u"Zoé"_s));
-        QCOMPARE(notice(*office), refusedWhilePrinting);
-        QCOMPARE(summary(*office), before);
+        QCOMPARE(office->notice(), refusedWhilePrinting);
+        QCOMPARE(office->summary(), before);
         QCOMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
         QVERIFY(!office->delegate->isReading());
         QVERIFY(office->window->findChild<QFileDialog*>() == nullptr);
@@ -205,49 +179,40 @@ private Q_SLOTS:
 
         dialog()->reject();
         office->delegate->loadXMLFile(cardOf(u"Zoé"_s));
-        QVERIFY(summary(*office).startsWith(u"SPECIMEN Zoé"_s));
-        QCOMPARE(notice(*office), QString());
+        QVERIFY(office->summary().startsWith(u"SPECIMEN Zoé"_s));
+        QCOMPARE(office->notice(), QString());
     }
 
     void aFileThatIsDroppedMeanwhileIsRefused_data()
     {
-        QTest::addColumn<std::function<void(const Office&)>>("meanwhile");
+        using Meanwhile = std::function<void(const Office&)>;
+        QTest::addColumn<Meanwhile>("meanwhile");
         QTest::addColumn<QString>("reason");
-        const auto addRow = [](const char* name, std::function<void(const Office&)> meanwhile, const QString& reason) {
-            QTest::newRow(name) << std::move(meanwhile) << reason;
-        };
-        const auto print = [](const Office& office) { printFromViewer(office); };
-        addRow("request to print", print, refusedWhilePrinting);
-        addRow(
-            "print dialog",
-            [print](const Office& office) {
-                print(office);
-                QVERIFY(QTest::qWaitFor([] { return dialog() != nullptr; }));
-            },
-            refusedWhilePrinting);
-        addRow("read", [](const Office& office) { office.delegate->readVitale(nullptr); }, refusedWhileReading);
-        addRow(
-            "alert",
-            [](const Office& office) {
-                office.delegate->loadXMLFile(u"/absent.xml"_s);
-                QVERIFY(QTest::qWaitFor([] { return Office::alert() != nullptr; }));
-            },
-            u"Fichier refusé\u00A0: fermez d’abord la fenêtre ouverte devant celle-ci."_s);
+        QTest::newRow("request to print") << Meanwhile(printFromViewer) << refusedWhilePrinting;
+        QTest::newRow("print dialog") << Meanwhile([](const Office& office) {
+            printFromViewer(office);
+            QVERIFY(QTest::qWaitFor([] { return dialog() != nullptr; }));
+        }) << refusedWhilePrinting;
+        QTest::newRow("read") << Meanwhile([](const Office& office) { office.delegate->readVitale(nullptr); })
+                              << refusedWhileReading;
+        QTest::newRow("alert") << Meanwhile([](const Office& office) {
+            office.delegate->loadXMLFile(u"/absent.xml"_s);
+            QVERIFY(QTest::qWaitFor([] { return Office::alert() != nullptr; }));
+        }) << u"Fichier refusé\u00A0: fermez d’abord la fenêtre ouverte devant celle-ci."_s;
     }
 
     void aFileThatIsDroppedMeanwhileIsRefused()
     {
         QFETCH(const std::function<void(const Office&)>, meanwhile);
         QFETCH(const QString, reason);
-        const auto office = boundOffice(silentRead);
+        const auto office = officeOfAlix(silentRead);
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         QTRY_COMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
         const Drag drag(*office, cardOf(u"Zoé"_s));
         meanwhile(*office);
         drag.drop();
-        QCOMPARE(notice(*office), reason);
-        QVERIFY(summary(*office).startsWith(u"SPECIMEN Alix"_s));
+        QCOMPARE(office->notice(), reason);
+        QVERIFY(office->summary().startsWith(u"SPECIMEN Alix"_s));
     }
 
     void fromThePrintsRequestOnNoCardTakesItsPlace_data() { addWays(); }
@@ -255,22 +220,20 @@ private Q_SLOTS:
     void fromThePrintsRequestOnNoCardTakesItsPlace()
     {
         QFETCH(const Way, way);
-        const auto office = boundOffice();
+        const auto office = officeOfAlix();
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         office->delegate->printAttestation();
         QVERIFY(!dialog());
         way(*office, cardOf(u"Zoé"_s));
-        QCOMPARE(notice(*office), refusedWhilePrinting);
-        QVERIFY(summary(*office).startsWith(u"SPECIMEN Alix"_s));
+        QCOMPARE(office->notice(), refusedWhilePrinting);
+        QVERIFY(office->summary().startsWith(u"SPECIMEN Alix"_s));
         QVERIFY(office->window->findChild<QFileDialog*>() == nullptr);
     }
 
     void aWindowThatIsAskedForComesBehindThePrintThatAsks()
     {
-        const auto office = boundOffice();
+        const auto office = officeOfAlix();
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         office->delegate->printAttestation();
         QTRY_VERIFY(dialog());
         office->delegate->showMainWindow();
@@ -279,22 +242,20 @@ private Q_SLOTS:
 
     void ofTwoWindowsOnePrints()
     {
-        const auto office = boundOffice();
+        const auto office = officeOfAlix();
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         office->delegate->viewAttestation();
         printFromViewer(*office);
         office->delegate->printAttestation();
         QCOMPARE(office->window->findChildren<PrintOperation*>().size(), 0);
         QCOMPARE(viewer(*office)->findChildren<PrintOperation*>().size(), 1);
-        QCOMPARE(notice(*office), refusedWhilePrinting);
+        QCOMPARE(office->notice(), refusedWhilePrinting);
     }
 
     void aVisibleViewerFollowsAtOnce()
     {
-        const auto office = boundOffice();
+        const auto office = officeOfAlix();
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         office->delegate->viewAttestation();
         office->delegate->loadXMLFile(cardOf(u"Zoé"_s));
         QCOMPARE(viewer(*office)->windowTitle(), u"Zoé SPECIMEN"_s);
@@ -302,16 +263,15 @@ private Q_SLOTS:
 
     void aHiddenViewerFollowsSoonAfter()
     {
-        const auto office = boundOffice();
+        const auto office = officeOfAlix();
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         QTRY_COMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
         QVERIFY(!viewer(*office)->isVisible());
     }
 
     void aHiddenViewerWaitsUntilTheSummaryIsPainted()
     {
-        const auto office = boundOffice();
+        const auto office = Office::bound();
         QVERIFY(office);
         QVERIFY(QTest::qWaitForWindowExposed(office->window.get()));
         QCoreApplication::processEvents();
@@ -325,9 +285,8 @@ private Q_SLOTS:
 
     void aHiddenViewerPrintsTheNewCardAtOnce()
     {
-        const auto office = boundOffice();
+        const auto office = officeOfAlix();
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         QTRY_COMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
         office->delegate->loadXMLFile(cardOf(u"Zoé"_s));
         printFromViewer(*office);
@@ -338,10 +297,8 @@ private Q_SLOTS:
     void theViewerFollowsAReadAndAFailedReadLeavesIt()
     {
         const QString card = cardOf(u"Alix"_s);
-        auto office = std::make_unique<Office>(
-            ServiceCommand{QStringLiteral(PELMORA_STAGE "/libexec/pelmora/com.morvel.lvit"), {u"--simulate"_s, card}});
-        office->start();
-        QTRY_VERIFY(office->delegate->isEnabled());
+        const auto office = Office::bound(Office::simulation(card));
+        QVERIFY(office);
         office->delegate->viewAttestation();
         QTRY_VERIFY(viewer(*office)->isVisible());
         QCOMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
@@ -349,7 +306,7 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(card));
         QVERIFY(QFile::rename(cardOf(u"Zoé"_s), card));
         office->delegate->readVitale(nullptr);
-        QTRY_VERIFY(summary(*office).startsWith(u"SPECIMEN Zoé"_s));
+        QTRY_VERIFY(office->summary().startsWith(u"SPECIMEN Zoé"_s));
         QCOMPARE(viewer(*office)->windowTitle(), u"Zoé SPECIMEN"_s);
 
         QVERIFY(QFile::remove(card));
@@ -363,75 +320,74 @@ private Q_SLOTS:
     void whileACardIsReadNoFileTakesItsPlace()
     {
         QFETCH(const Way, way);
-        const auto office = boundOffice(silentRead);
+        const auto office = Office::bound(silentRead);
         QVERIFY(office);
         office->delegate->readVitale(nullptr);
         QVERIFY(office->delegate->isReading());
         way(*office, cardOf(u"Zoé"_s));
-        QCOMPARE(notice(*office), refusedWhileReading);
-        QCOMPARE(summary(*office), u"Aucune"_s);
+        QCOMPARE(office->notice(), refusedWhileReading);
+        QCOMPARE(office->summary(), u"Aucune"_s);
         QVERIFY(office->window->findChild<QFileDialog*>() == nullptr);
     }
 
     void whileAReadWaitsForTheBindNoFileTakesItsPlace()
     {
-        const Office office(m_fake->command(silentRead.doing("init", "slow")));
+        const Office office(silentRead.doing("init", "slow"));
         office.start();
         office.delegate->readVitale(nullptr);
         QVERIFY(!office.delegate->isReading());
         office.delegate->loadXMLFile(cardOf(u"Zoé"_s));
-        QCOMPARE(notice(office), refusedWhileReading);
-        QCOMPARE(summary(office), u"Aucune"_s);
+        QCOMPARE(office.notice(), refusedWhileReading);
+        QCOMPARE(office.summary(), u"Aucune"_s);
         QTRY_VERIFY(office.delegate->isReading());
     }
 
     void whileAReadWaitsForTheBindNothingIsPrinted()
     {
-        const Office office(m_fake->command(silentRead.doing("init", "slow")));
+        const Office office(silentRead.doing("init", "slow"));
         office.start();
         office.delegate->loadXMLFile(cardOf(u"Alix"_s));
         office.delegate->readVitale(nullptr);
         QVERIFY(!office.delegate->isReading());
         office.delegate->printAttestation();
-        QCOMPARE(notice(office), refusedWhileReading);
+        QCOMPARE(office.notice(), refusedWhileReading);
         QCOMPARE(office.window->findChildren<PrintOperation*>().size(), 0);
         QTRY_VERIFY(office.delegate->isReading());
     }
 
     void aPanelThatWasOpenBeforeTheReadOpensNothing()
     {
-        const auto office = boundOffice(silentRead);
+        const auto office = Office::bound(silentRead);
         QVERIFY(office);
         office->delegate->loadXMLFile();
         auto* panel = office->window->findChild<QFileDialog*>();
         QVERIFY(panel != nullptr);
         panel->selectFile(cardOf(u"Zoé"_s));
-        chooseFromStatusMenu(*office, StatusMenu::ReadTag);
+        office->chooseFromStatusMenu(StatusMenu::ReadTag);
         QVERIFY(office->delegate->isReading());
         QMetaObject::invokeMethod(panel, "accept");
-        QCOMPARE(notice(*office), refusedWhileReading);
-        QCOMPARE(summary(*office), u"Aucune"_s);
+        QCOMPARE(office->notice(), refusedWhileReading);
+        QCOMPARE(office->summary(), u"Aucune"_s);
     }
 
     void aBindAloneHoldsUpNoFile()
     {
-        const Office office(m_fake->command(slowBind));
+        const Office office(slowBind);
         office.start();
         QVERIFY(!office.delegate->isEnabled());
         office.delegate->loadXMLFile(cardOf(u"Zoé"_s));
-        QVERIFY(summary(office).startsWith(u"SPECIMEN Zoé"_s));
+        QVERIFY(office.summary().startsWith(u"SPECIMEN Zoé"_s));
     }
 
     void whileACardIsReadTheViewerPrintsNothing()
     {
-        const auto office = boundOffice(silentRead);
+        const auto office = officeOfAlix(silentRead);
         QVERIFY(office);
-        office->delegate->loadXMLFile(cardOf(u"Alix"_s));
         office->delegate->viewAttestation();
         office->delegate->readVitale(nullptr);
         printFromViewer(*office);
         QCOMPARE(viewer(*office)->findChildren<PrintOperation*>().size(), 0);
-        QCOMPARE(notice(*office), refusedWhileReading);
+        QCOMPARE(office->notice(), refusedWhileReading);
     }
 };
 

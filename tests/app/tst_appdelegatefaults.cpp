@@ -1,7 +1,6 @@
 #include "card/PelmoraError.h"
 #include "tests/app/Office.h"
 #include "tests/common/TestCase.h"
-#include "tests/fakes/FakeService.h"
 
 #include <QAction>
 #include <QDesktopServices>
@@ -61,8 +60,7 @@ public:
         for (const QString& scheme : m_schemes)
             QDesktopServices::unsetUrlHandler(scheme);
     }
-    Desktop(const Desktop&) = delete;
-    Desktop& operator=(const Desktop&) = delete;
+    Q_DISABLE_COPY_MOVE(Desktop)
 
     [[nodiscard]] const QList<QUrl>& opened() const { return m_opened; }
 
@@ -78,8 +76,6 @@ class tst_AppDelegateFaults : public TestCase
 {
     Q_OBJECT
 
-    FakeService m_fake;
-
 private Q_SLOTS:
     void init()
     {
@@ -91,7 +87,7 @@ private Q_SLOTS:
         const QTemporaryDir resources;
         QVERIFY(writeInformation(resources, "<key>MVContactMail</key><string>avis@example.org</string>"));
         const Desktop desktop;
-        const Office office(m_fake.command(silent), resources.path());
+        const Office office(silent, resources.path());
         office.delegate->sendComment();
         QCOMPARE(desktop.opened(),
                  QList<QUrl>{QUrl(u"mailto:avis@example.org?subject=Suggestion%20pour%20le%20logiciel%20PELMORA"_s)});
@@ -111,7 +107,7 @@ private Q_SLOTS:
         const QTemporaryDir resources;
         QVERIFY(writeInformation(resources, entries));
         const Desktop desktop;
-        const Office office(m_fake.command(silent), resources.path());
+        const Office office(silent, resources.path());
         office.delegate->sendComment();
         QCOMPARE(beeps, 1);
         QCOMPARE(desktop.opened(), QList<QUrl>());
@@ -123,7 +119,7 @@ private Q_SLOTS:
         QFile page(resources.filePath(u"Help.html"_s));
         QVERIFY(page.open(QIODevice::WriteOnly));
         const Desktop desktop;
-        const Office office(m_fake.command(silent), resources.path());
+        const Office office(silent, resources.path());
         office.delegate->showHelp();
         QCOMPARE(desktop.opened(), QList<QUrl>{QUrl::fromLocalFile(page.fileName())});
     }
@@ -132,7 +128,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir resources;
         const Desktop desktop;
-        const Office office(m_fake.command(silent), resources.path());
+        const Office office(silent, resources.path());
         office.delegate->showHelp();
         QCOMPARE(desktop.opened(), QList<QUrl>());
         QCOMPARE(beeps, 0);
@@ -141,7 +137,7 @@ private Q_SLOTS:
 
     void withoutADocumentTheWriteErrorIsShownAndNothingIsKept()
     {
-        const Office office(m_fake.command());
+        const Office office;
         office.start();
         QTRY_VERIFY(office.delegate->isEnabled());
         office.delegate->loadXMLFile(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));

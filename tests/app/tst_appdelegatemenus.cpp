@@ -3,7 +3,6 @@
 #include "support/views/MXButton.h"
 #include "tests/app/Office.h"
 #include "tests/common/TestCase.h"
-#include "tests/fakes/FakeService.h"
 
 #include <QAction>
 #include <QFileDialog>
@@ -16,11 +15,6 @@ namespace {
 
 const FakeScript silent = FakeScript().doing("any", "silent");
 const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
-
-QString specimen()
-{
-    return QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml");
-}
 
 // The status item's menus that there are.
 QList<const QWidget*> statusMenus()
@@ -41,21 +35,9 @@ class tst_AppDelegateMenus : public TestCase
     Q_OBJECT
 
 private:
-    // An office whose card service has that behaviour, once it is bound.
-    [[nodiscard]] std::unique_ptr<Office> boundOffice(const FakeScript& behaviour = {}) const
-    {
-        auto office = std::make_unique<Office>(m_fake->command(behaviour));
-        office->start();
-        const bool isBound = QTest::qWaitFor([&office] { return office->delegate->isEnabled(); });
-        return isBound ? std::move(office) : nullptr;
-    }
-
-    std::unique_ptr<FakeService> m_fake;
-
 private Q_SLOTS:
     void init()
     {
-        m_fake = std::make_unique<FakeService>();
         // No keys are held down any more: the next event tells so.
         QWidget window;
         window.show();
@@ -78,7 +60,7 @@ private Q_SLOTS:
     {
         QFETCH(const Qt::KeyboardModifiers, keys);
         QFETCH(const bool, fromFile);
-        const auto office = boundOffice(silentRead);
+        const auto office = Office::bound(silentRead);
         QVERIFY(office);
         QTest::mouseClick(office->window->readButton(), Qt::LeftButton, keys);
         QCOMPARE(office->delegate->isReading(), !fromFile);
@@ -90,7 +72,7 @@ private Q_SLOTS:
 
     void theFilePanelFitsTheScreenAndIsThereOnce()
     {
-        const auto office = boundOffice();
+        const auto office = Office::bound();
         QVERIFY(office);
         office->delegate->loadXMLFile();
         office->delegate->loadXMLFile();
@@ -103,7 +85,7 @@ private Q_SLOTS:
     void entriesOfTheMenuBarAreValidatedByTheirAction()
     {
         const QStringList cardActions{u"readAction"_s, u"viewAction"_s, u"printAction"_s, u"saveAction"_s};
-        const Office office(m_fake->command());
+        const Office office;
         office.start();
         for (const bool isBound : {false, true}) {
             QTRY_COMPARE(office.delegate->isEnabled(), isBound);
@@ -118,7 +100,7 @@ private Q_SLOTS:
 
     void thereIsOneStatusItemHoweverOftenItIsShown()
     {
-        const auto office = boundOffice();
+        const auto office = Office::bound();
         QVERIFY(office);
         const QList<const QWidget*> first = statusMenus();
         QCOMPARE(first.size(), 1);
@@ -133,7 +115,7 @@ private Q_SLOTS:
 
     void withoutTheSettingThereIsNoStatusItem()
     {
-        const Office office(m_fake->command(silent));
+        const Office office(silent);
         MVSettings::setPreferencesWithBooleanValue(office.settings, Settings::statusItemMenu, false);
         office.start();
         QCOMPARE(statusMenus().size(), 0);
@@ -144,7 +126,7 @@ private Q_SLOTS:
 
     void aHiddenWindowComesBackWithTheEndOfTheStatusItem()
     {
-        const auto office = boundOffice();
+        const auto office = Office::bound();
         QVERIFY(office);
         office->window->hide();
         office->delegate->hideStatusItem();
@@ -167,17 +149,15 @@ private Q_SLOTS:
     {
         QFETCH(const int, tag);
         QFETCH(const bool, reads);
-        const auto office = boundOffice(silentRead);
+        const auto office = Office::bound(silentRead);
         QVERIFY(office);
-        QAction action;
-        action.setData(tag);
-        office->delegate->executeAction(&action);
+        office->chooseFromStatusMenu(tag);
         QCOMPARE(office->delegate->isReading(), reads);
     }
 
     void anySenderButAMenuEntryIsIgnored()
     {
-        const auto office = boundOffice(silentRead);
+        const auto office = Office::bound(silentRead);
         QVERIFY(office);
         office->delegate->executeAction(nullptr);
         office->delegate->executeAction(office->window->readButton());
@@ -188,7 +168,7 @@ private Q_SLOTS:
 
     void beforeTheBindTheStatusMenuOnlyOpensTheFolder()
     {
-        const Office office(m_fake->command(silent));
+        const Office office(silent);
         office.start();
         for (int tag = StatusMenu::ReadTag; tag <= StatusMenu::SaveTag; ++tag) {
             QAction action;
@@ -197,32 +177,28 @@ private Q_SLOTS:
             QVERIFY(!office.delegate->isReading());
         }
         QVERIFY(!QFileInfo::exists(office.attestations()));
-        QAction openFolder;
-        openFolder.setData(14);
-        office.delegate->executeAction(&openFolder);
+        office.chooseFromStatusMenu(14);
         QVERIFY(QFileInfo(office.attestations()).isDir());
     }
 
     void aReadOfTheStatusMenuBeforeTheBindIsNotMadeUpFor()
     {
-        const Office office(m_fake->command(silentRead.doing("init", "slow")));
+        const Office office(silentRead.doing("init", "slow"));
         office.start();
-        QAction read;
-        read.setData(10);
-        office.delegate->executeAction(&read);
+        office.chooseFromStatusMenu(10);
         QTRY_VERIFY(office.delegate->isEnabled());
         QVERIFY(!office.delegate->isReading());
     }
 
     void anEleventhFileIsWrittenAndTheMenuStaysAsItWas()
     {
-        const auto office = boundOffice();
+        const auto office = Office::bound();
         QVERIFY(office);
         RecentAttestations recents(office->settings);
         for (int number = 1; number <= RecentAttestations::maximumCount; ++number)
             QVERIFY(recents.add(u"/folder/%1.pdf"_s.arg(number)));
         const std::vector<MenuEntry> before = recents.menu();
-        office->delegate->loadXMLFile(specimen());
+        office->delegate->loadXMLFile(Office::specimen());
         office->delegate->saveAttestation();
         QTRY_COMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
         QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
@@ -231,7 +207,7 @@ private Q_SLOTS:
 
     void anEmptyListOfRecentFilesOffersNothingNotEvenALine()
     {
-        const auto office = boundOffice();
+        const auto office = Office::bound();
         QVERIFY(office);
         const QList<QAction*> entries = office->window->recentsMenuItem()->menu()->actions();
         QCOMPARE(entries.size(), 1);

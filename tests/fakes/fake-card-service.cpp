@@ -114,9 +114,9 @@ const QHash<QString, Behaviour>& behaviours()
                  say(QByteArray(1, byte));
          }},
         {u"twice"_s, [](const QByteArray& reply) { say(reply + reply); }},
-        {u"to-nobody"_s,
+        {u"unknown-reply"_s,
          [](const QByteArray& reply) { say(encodeServiceMessage({.number = 4711, .body = QCborMap{}}) + reply); }},
-        {u"to-nobody-often"_s,
+        {u"unknown-reply-often"_s,
          [](const QByteArray& reply) {
              say(encodeServiceMessage({.number = 4711, .body = QCborMap{}}).repeated(100'000) + reply);
          }},

@@ -45,8 +45,7 @@ public:
         , m_stuckCall(stuckCall)
     {
     }
-    StuckLibrary(const StuckLibrary&) = delete;
-    StuckLibrary& operator=(const StuckLibrary&) = delete;
+    Q_DISABLE_COPY_MOVE(StuckLibrary)
     ~StuckLibrary() override
     {
         m_stage->closedOn = std::this_thread::get_id();
@@ -101,8 +100,7 @@ struct Subject
         : library(std::make_unique<DeadlineLibrary>(std::make_unique<StuckLibrary>(stage, stuckCall), limits))
     {
     }
-    Subject(const Subject&) = delete;
-    Subject& operator=(const Subject&) = delete;
+    Q_DISABLE_COPY_MOVE(Subject)
     ~Subject()
     {
         library.reset();

@@ -51,8 +51,7 @@ public:
         m_isReady = ::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                     ::listen(m_socket, 8) == 0;
     }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
+    Q_DISABLE_COPY_MOVE(Listener)
     ~Listener() { ::close(m_socket); }
 
     [[nodiscard]] const QByteArray& path() const { return m_path; }

@@ -54,8 +54,7 @@ class Desktop final : public QObject
 public:
     Desktop() { QDesktopServices::setUrlHandler(u"file"_s, this, "open"); }
     ~Desktop() override { QDesktopServices::unsetUrlHandler(u"file"_s); }
-    Desktop(const Desktop&) = delete;
-    Desktop& operator=(const Desktop&) = delete;
+    Q_DISABLE_COPY_MOVE(Desktop)
 
     [[nodiscard]] const QList<QUrl>& opened() const { return m_opened; }
 

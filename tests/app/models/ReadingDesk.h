@@ -9,26 +9,47 @@
 #include "tests/fakes/FakeService.h"
 
 #include <QStringList>
+#include <QTest>
 #include <QThread>
 
 #include <memory>
 #include <optional>
 
+// What is noted of a read: its refusal, its sheets, and all of a read that binds first and goes well.
+namespace ReadingNotes {
+inline const QString busy = QStringLiteral("refused Une lecture est déjà en cours.");
+inline const QString nowSheet = QStringLiteral("sheet Lecture de la carte Vitale...");
+inline const QString neededSheet = QStringLiteral("sheet Lecture de la carte vitale en cours…");
+inline const QStringList readAfterBind{QStringLiteral("bind success"), nowSheet, QStringLiteral("end of sheet"),
+                                       QStringLiteral("card SPECIMEN"), QStringLiteral("copy")};
+inline const QStringList generalErrorAfterBind{QStringLiteral("bind success"), nowSheet, QStringLiteral("end of sheet"),
+                                               QStringLiteral("read failed"), QStringLiteral("error -10")};
+} // namespace ReadingNotes
+
 /// A card service, the reading of cards, and a window that notes what it is told, in order.
 class ReadingDesk final : public ReadWorkflowDelegate
 {
 public:
-    explicit ReadingDesk(const FakeScript& behaviour = {}, ChannelLimits limits = {})
-        : client(std::make_shared<LVitAccess>(service.command(behaviour), limits))
+    explicit ReadingDesk(const FakeScript& script = {}, ChannelLimits limits = {})
+        : service(script)
+        , client(std::make_shared<LVitAccess>(service.command(), limits))
         , workflow(std::make_unique<ReadWorkflow>(client, settings, *this))
     {
         NotificationCenter::defaultCenter().addObserver(
             this, BindNotification::name.toString(),
             [this](const Notification& notification) { noteBind(notification); });
     }
+    /// A desk whose card service is bound, and that has noted nothing yet; null when it cannot be bound.
+    static std::unique_ptr<ReadingDesk> bound(const FakeScript& script = {})
+    {
+        auto desk = std::make_unique<ReadingDesk>(script);
+        desk->workflow->bind();
+        const bool isBound = QTest::qWaitFor([&desk] { return !desk->notes.isEmpty(); });
+        desk->notes.clear();
+        return isBound && desk->client->initialized() ? std::move(desk) : nullptr;
+    }
     ~ReadingDesk() override { NotificationCenter::defaultCenter().removeObserver(this); }
-    ReadingDesk(const ReadingDesk&) = delete;
-    ReadingDesk& operator=(const ReadingDesk&) = delete;
+    Q_DISABLE_COPY_MOVE(ReadingDesk)
 
     void beginSheet(const QString& message) override { note(QStringLiteral("sheet ") + message); }
     void endSheed() override { note(QStringLiteral("end of sheet")); }
@@ -45,6 +66,14 @@ public:
     void readCancelled() override { note(QStringLiteral("read cancelled")); }
     void saveXMLIfNeeded() override { note(QStringLiteral("copy")); }
 
+    /// Asks for a card, now or if there is none.
+    void read(bool ifNeeded)
+    {
+        if (ifNeeded)
+            readIfNeed();
+        else
+            workflow->readVitale();
+    }
     /// Asks for a card, and notes what the handler receives.
     void readIfNeed()
     {

@@ -8,26 +8,14 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace ReadingNotes;
 
 namespace {
 
-const QString busy = u"refused Une lecture est déjà en cours."_s;
-const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
-const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
 const FakeScript slowInit = FakeScript().doing("init", "slow");
 const FakeScript slowRead = FakeScript().doing("vitale_read", "slow");
 const FakeScript noCard = FakeScript().failing("vitale_read", 11);
 const FakeScript wrongReader = FakeScript().readers({u"X"_s, u"Y"_s});
-
-// A desk whose card service is bound, and that has noted nothing yet.
-std::unique_ptr<ReadingDesk> boundDesk(const FakeScript& behaviour = {})
-{
-    auto desk = std::make_unique<ReadingDesk>(behaviour);
-    desk->workflow->bind();
-    const bool isBound = QTest::qWaitFor([&desk] { return !desk->notes.isEmpty(); });
-    desk->notes.clear();
-    return isBound && desk->client->initialized() ? std::move(desk) : nullptr;
-}
 
 } // namespace
 
@@ -53,10 +41,7 @@ private Q_SLOTS:
         QFETCH(const bool, isOnDemand);
         ReadingDesk desk(slowRead);
         QVERIFY(!desk.workflow->isUnderWay());
-        if (isOnDemand)
-            desk.readIfNeed();
-        else
-            desk.workflow->readVitale();
+        desk.read(isOnDemand);
         // It waits for the bind.
         QVERIFY(desk.workflow->isUnderWay());
         QVERIFY(!desk.workflow->isReading());
@@ -68,7 +53,7 @@ private Q_SLOTS:
 
     void anOutcomeThatIsOnItsWayToTheMainThreadCounts()
     {
-        const auto desk = boundDesk();
+        const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         desk->readIfNeed();
         // No event is processed here meanwhile.
@@ -175,7 +160,7 @@ private Q_SLOTS:
 
     void aReadShowsTheSheetThenTheCardThenCopies()
     {
-        const auto desk = boundDesk();
+        const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         desk->workflow->readVitale();
         QCOMPARE(desk->notes, QStringList{nowSheet});
@@ -193,8 +178,7 @@ private Q_SLOTS:
         desk.workflow->readVitale();
         QVERIFY(desk.notes.isEmpty());
         QVERIFY(!desk.workflow->isReading());
-        QTRY_COMPARE(desk.notes,
-                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QTRY_COMPARE(desk.notes, readAfterBind);
     }
 
     void aReadWhoseBindFailsAsksNoReader()
@@ -212,7 +196,7 @@ private Q_SLOTS:
 
     void aReadThatFailsShowsItsErrorAfterTheSheetAndKeepsTheCard()
     {
-        const auto desk = boundDesk(noCard);
+        const auto desk = ReadingDesk::bound(noCard);
         QVERIFY(desk);
         CardRecord before;
         before.setText(CardKey::lastName, u"BEFORE"_s);
@@ -225,7 +209,7 @@ private Q_SLOTS:
 
     void theNextReadReplacesTheCard()
     {
-        const auto desk = boundDesk();
+        const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         desk->card = CardRecord();
         desk->workflow->readVitale();
@@ -235,7 +219,7 @@ private Q_SLOTS:
 
     void aSecondPressBeepsAndTheReaderIsAskedOnce()
     {
-        const auto desk = boundDesk(slowRead);
+        const auto desk = ReadingDesk::bound(slowRead);
         QVERIFY(desk);
         desk->workflow->readVitale();
         desk->workflow->readVitale();
@@ -262,15 +246,14 @@ private Q_SLOTS:
         desk.workflow->lVitInit();
         desk.workflow->readVitale();
         QTRY_VERIFY(desk.notes.contains(u"copy"_s));
-        QCOMPARE(desk.notes,
-                 (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QCOMPARE(desk.notes, readAfterBind);
         QCOMPARE(desk.binds(), 1);
         QCOMPARE(desk.reads(), 1);
     }
 
     void aCardThatIsThereIsNotReadAgainWhenOneIsNeeded()
     {
-        const auto desk = boundDesk();
+        const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         desk->card = CardRecord();
         desk->readIfNeed();
@@ -298,7 +281,7 @@ private Q_SLOTS:
 
     void aCardThatIsNeededIsReadWithoutACopy()
     {
-        const auto desk = boundDesk();
+        const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         desk->readIfNeed();
         QCOMPARE(desk->notes, QStringList{neededSheet});
@@ -317,7 +300,7 @@ private Q_SLOTS:
 
     void aNeededCardThatIsNotThereIsToldToTheHandlerToo()
     {
-        const auto desk = boundDesk(noCard);
+        const auto desk = ReadingDesk::bound(noCard);
         QVERIFY(desk);
         desk->readIfNeed();
         QTRY_COMPARE(desk->notes, (QStringList{neededSheet, u"end of sheet"_s, u"read failed"_s, u"error -30"_s,
@@ -338,7 +321,7 @@ private Q_SLOTS:
 
     void aNeedIsDroppedWithoutASoundDuringARead()
     {
-        const auto desk = boundDesk(slowRead);
+        const auto desk = ReadingDesk::bound(slowRead);
         QVERIFY(desk);
         desk->workflow->readVitale();
         desk->readIfNeed();
@@ -360,7 +343,7 @@ private Q_SLOTS:
     void aPressDuringTheReadOfANeededCardBeeps()
     {
         // The busy state ends on the client's thread, so a read is needed that lasts until it is ended.
-        const auto desk = boundDesk(FakeScript().doing("vitale_read", "silent"));
+        const auto desk = ReadingDesk::bound(FakeScript().doing("vitale_read", "silent"));
         QVERIFY(desk);
         desk->readIfNeed();
         QVERIFY(desk->workflow->isReading());
@@ -375,7 +358,7 @@ private Q_SLOTS:
 
     void theHandlerMayAskForTheNextRead()
     {
-        const auto desk = boundDesk();
+        const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         desk->workflow->readVitaleIfNeedWithCompletionHandler(
             [&desk](bool, const std::optional<Error>&) { desk->workflow->readVitale(); });

@@ -5,31 +5,12 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace ReadingNotes;
 using namespace std::chrono_literals;
 
 namespace {
 
-const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
-const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
 const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
-
-// A desk whose card service is bound, and that has noted nothing yet.
-std::unique_ptr<ReadingDesk> boundDesk(const FakeScript& behaviour = {})
-{
-    auto desk = std::make_unique<ReadingDesk>(behaviour);
-    desk->workflow->bind();
-    const bool isBound = QTest::qWaitFor([&desk] { return !desk->notes.isEmpty(); });
-    desk->notes.clear();
-    return isBound && desk->client->initialized() ? std::move(desk) : nullptr;
-}
-
-void begin(ReadingDesk& desk, bool ifNeeded)
-{
-    if (ifNeeded)
-        desk.readIfNeed();
-    else
-        desk.workflow->readVitale();
-}
 
 // Lets the outcomes of all that was asked before come to the main thread, and no further.
 bool awaitOutcomes(const ReadingDesk& desk)
@@ -57,9 +38,9 @@ private Q_SLOTS:
     void aCancelledReadEndsAtOnceWithoutAnError()
     {
         QFETCH(const bool, ifNeeded);
-        const auto desk = boundDesk(silentRead);
+        const auto desk = ReadingDesk::bound(silentRead);
         QVERIFY(desk);
-        begin(*desk, ifNeeded);
+        desk->read(ifNeeded);
         QTRY_COMPARE(desk->reads(), 1);
         desk->workflow->cancelRead();
         QStringList expected{ifNeeded ? neededSheet : nowSheet, u"end of sheet"_s, u"read cancelled"_s};
@@ -80,13 +61,13 @@ private Q_SLOTS:
     void anOutcomeThatIsOnItsWayIsDropped()
     {
         QFETCH(const bool, ifNeeded);
-        const auto desk = boundDesk();
+        const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         CardRecord before;
         before.setText(CardKey::lastName, u"BEFORE"_s);
         if (!ifNeeded)
             desk->card = before;
-        begin(*desk, ifNeeded);
+        desk->read(ifNeeded);
         QVERIFY(awaitOutcomes(*desk));
         desk->workflow->cancelRead();
         const QStringList notes = desk->notes;
@@ -115,7 +96,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.reads(), 1);
         desk.workflow->cancelRead();
         desk.notes.clear();
-        begin(desk, ifNeeded);
+        desk.read(ifNeeded);
         const QString sheet = ifNeeded ? neededSheet : nowSheet;
         const QString end = ifNeeded ? u"handler 1 0"_s : u"copy"_s;
         QTRY_COMPARE(desk.notes, (QStringList{u"bind success"_s, sheet, u"end of sheet"_s, u"card SPECIMEN"_s, end}));
@@ -126,7 +107,7 @@ private Q_SLOTS:
 
     void withoutAReadNothingIsCancelled()
     {
-        const auto desk = boundDesk();
+        const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         desk->workflow->cancelRead();
         QVERIFY(desk->client->initialized());
@@ -143,13 +124,12 @@ private Q_SLOTS:
         ReadingDesk desk(FakeScript().doing("init", "slow"));
         desk.workflow->readVitale();
         desk.workflow->cancelRead();
-        QTRY_COMPARE(desk.notes,
-                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QTRY_COMPARE(desk.notes, readAfterBind);
     }
 
     void theHandlerOfACancelledReadMayAskForTheNextOne()
     {
-        const auto desk = boundDesk(silentRead);
+        const auto desk = ReadingDesk::bound(silentRead);
         QVERIFY(desk);
         int calls = 0;
         desk->workflow->readVitaleIfNeedWithCompletionHandler([&](bool success, const std::optional<Error>& error) {

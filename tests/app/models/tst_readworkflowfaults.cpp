@@ -6,13 +6,10 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace ReadingNotes;
 using namespace std::chrono_literals;
 
 namespace {
-
-const QString busy = u"refused Une lecture est déjà en cours."_s;
-const QString nowSheet = u"sheet Lecture de la carte Vitale..."_s;
-const QString neededSheet = u"sheet Lecture de la carte vitale en cours…"_s;
 
 // A service that does not answer is given up after this; long enough for one that does on a busy machine.
 constexpr ChannelLimits impatient{.requestTimeout = 1s, .exitGrace = 100ms, .stopGrace = 100ms};
@@ -42,8 +39,7 @@ private Q_SLOTS:
         QFETCH(const QString, behaviour);
         ReadingDesk desk(FakeScript().doing("vitale_read", behaviour), impatient);
         desk.workflow->readVitale();
-        QTRY_COMPARE(desk.notes,
-                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"read failed"_s, u"error -10"_s}));
+        QTRY_COMPARE(desk.notes, generalErrorAfterBind);
         QVERIFY(!desk.workflow->isReading());
 
         // The service is gone: the next one who needs a card binds again.
@@ -97,8 +93,7 @@ private Q_SLOTS:
         QVERIFY(desk.notes.constFirst().startsWith(u"bind failure"_s));
         desk.notes.clear();
         desk.workflow->readVitale();
-        QTRY_COMPARE(desk.notes,
-                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QTRY_COMPARE(desk.notes, readAfterBind);
         QCOMPARE(desk.binds(), 2);
         QCOMPARE(desk.reads(), 1);
     }
@@ -119,8 +114,7 @@ private Q_SLOTS:
         bindFromElsewhere(desk);
         QTRY_COMPARE(desk.binds(), 1);
         desk.workflow->readVitale();
-        QTRY_COMPARE(desk.notes,
-                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QTRY_COMPARE(desk.notes, readAfterBind);
         QCOMPARE(desk.binds(), 2);
     }
 
@@ -131,8 +125,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.binds(), 1);
         bindFromElsewhere(desk);
         QVERIFY(desk.showsBinding);
-        QTRY_COMPARE(desk.notes,
-                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"card SPECIMEN"_s, u"copy"_s}));
+        QTRY_COMPARE(desk.notes, readAfterBind);
         QVERIFY(!desk.showsBinding);
         QCOMPARE(desk.binds(), 2);
     }
@@ -175,8 +168,7 @@ private Q_SLOTS:
         desk.workflow->readVitale();
         QTRY_COMPARE(desk.reads(), 1);
         QCOMPARE(::kill(desk.service.processes().constFirst(), SIGKILL), 0);
-        QTRY_COMPARE(desk.notes,
-                     (QStringList{u"bind success"_s, nowSheet, u"end of sheet"_s, u"read failed"_s, u"error -10"_s}));
+        QTRY_COMPARE(desk.notes, generalErrorAfterBind);
     }
 
     void anotherBindEndsTheReadThatItCuts()
@@ -206,10 +198,7 @@ private Q_SLOTS:
         QFETCH(const QString, command);
         QFETCH(const bool, ifNeeded);
         ReadingDesk desk(behaviour);
-        if (ifNeeded)
-            desk.readIfNeed();
-        else
-            desk.workflow->readVitale();
+        desk.read(ifNeeded);
         QTRY_COMPARE(desk.count(command), 1);
         desk.workflow.reset();
         const QStringList before = desk.notes;

@@ -100,4 +100,33 @@ inline bool waitForEnd(Story& story)
     return story.end.get_future().wait_for(patience) == std::future_status::ready;
 }
 
+/// A fake service and a channel to it.
+struct Conversation
+{
+    explicit Conversation(const FakeScript& script = {}, ChannelLimits limits = {})
+        : fake(script)
+        , channel(fake.command(), limits)
+    {
+    }
+
+    /// Sends requests over an open connection, or a new one, and waits for the last reply. Whether all went well.
+    bool ask(const QStringList& commands) { return ask(std::make_shared<Story>(), commands); }
+    bool ask(const StoryPointer& story, const QStringList& commands)
+    {
+        return converse(channel, story, commands) && waitForEnd(*story);
+    }
+
+    /// The same, and stops the channel: all that happened.
+    QStringList events(const QStringList& commands)
+    {
+        const auto story = std::make_shared<Story>();
+        const bool hasEnded = ask(story, commands);
+        channel.stop();
+        return hasEnded ? story->events : QStringList(u"no reply in time"_s);
+    }
+
+    FakeService fake;
+    ServiceChannel channel;
+};
+
 } // namespace ChannelTest

@@ -28,6 +28,19 @@ inline ClientPointer makeClient(const ServiceCommand& command, ChannelLimits lim
     return std::make_shared<LVitAccess>(command, limits);
 }
 
+/// A fake service and a client that starts it: `const auto [fake, client] = Served();`
+struct Served
+{
+    explicit Served(const FakeScript& script = {}, ChannelLimits limits = {})
+        : fake(script)
+        , client(makeClient(fake.command(), limits))
+    {
+    }
+
+    FakeService fake;
+    ClientPointer client;
+};
+
 inline QStringList commands(const FakeService& fake)
 {
     return fake.requested(u"Command"_s);

@@ -33,8 +33,7 @@ public:
         m_isListening = ::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                         ::listen(m_socket, 8) == 0;
     }
-    MuteReaderService(const MuteReaderService&) = delete;
-    MuteReaderService& operator=(const MuteReaderService&) = delete;
+    Q_DISABLE_COPY_MOVE(MuteReaderService)
     ~MuteReaderService() { ::close(m_socket); }
 
     [[nodiscard]] bool isListening() const { return m_isListening; }

@@ -13,8 +13,7 @@ class tst_LVitAccess : public TestCase
 private Q_SLOTS:
     void aNewClientHasDefaults()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         QCOMPARE(client->initialized(), false);
         QCOMPARE(client->embedded(), false);
         QCOMPARE(client->accessMode(), 0U);
@@ -51,8 +50,7 @@ private Q_SLOTS:
     {
         QFETCH(const unsigned, mode);
         QFETCH(const unsigned, stored);
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         client->setAccessMode(1);
         client->setAccessMode(mode);
         QCOMPARE(client->accessMode(), stored);
@@ -82,8 +80,7 @@ private Q_SLOTS:
 
     void bindSendsInitThenReadersListThenSetReaders()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(client->initialized(), true);
         QCOMPARE(fake.requests(),
@@ -110,8 +107,7 @@ private Q_SLOTS:
     {
         QFETCH(const QStringList, list);
         QFETCH(const QString, cps);
-        const FakeService fake(FakeScript().readers(list));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(FakeScript().readers(list));
         QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(fake.requested(u"vitale_reader_name"_s), QStringList{u"Feitian SCR301"_s});
         QCOMPARE(fake.requested(u"cps_reader_name"_s), QStringList{cps});
@@ -121,8 +117,7 @@ private Q_SLOTS:
     {
         for (const QStringList& list :
              {QStringList{u"X"_s, u"Y"_s}, {u"Feitian SCR301 00 00"_s}, {u"feitian scr301"_s}}) {
-            const FakeService fake(FakeScript().readers(list));
-            const ClientPointer client = makeClient(fake.command());
+            const auto [fake, client] = Served(FakeScript().readers(list));
             QCOMPARE(summary(awaitBind(client)), badReader);
             QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s}));
             QCOMPARE(client->initialized(), false);
@@ -140,8 +135,7 @@ private Q_SLOTS:
     void bindFailsWithoutReaders()
     {
         QFETCH(const FakeScript, script);
-        const FakeService fake(script);
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(script);
         QCOMPARE(summary(awaitBind(client)), noReader);
         QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s}));
         QCOMPARE(client->initialized(), false);
@@ -178,8 +172,7 @@ private Q_SLOTS:
     {
         QFETCH(const FakeScript, script);
         QFETCH(const QStringList, sent);
-        const FakeService fake(script);
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(script);
         QCOMPARE(summary(awaitBind(client)), general);
         QCOMPARE(commands(fake), sent);
         QCOMPARE(client->initialized(), false);
@@ -200,8 +193,7 @@ private Q_SLOTS:
     {
         QFETCH(const FakeScript, script);
         QFETCH(const bool, isConnected);
-        const FakeService fake(script.onlyAtStart(1));
-        const ClientPointer client = makeClient(fake.command(), {.requestTimeout = 1s, .exitGrace = 100ms});
+        const auto [fake, client] = Served(script.onlyAtStart(1), {.requestTimeout = 1s, .exitGrace = 100ms});
         QCOMPARE(summary(awaitBind(client)), general);
         QCOMPARE(client->initialized(), isConnected);
         QCOMPARE(client->bound(), false);
@@ -213,8 +205,7 @@ private Q_SLOTS:
 
     void theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         QCOMPARE(client->bound(), false);
         QCOMPARE(summary(awaitSetReaders(client, readerChoice(u"V"_s, {}))), success);
         QCOMPARE(client->bound(), false);
@@ -228,8 +219,7 @@ private Q_SLOTS:
 
     void bindStartsFromAFreshConnection()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(summary(awaitRead(client)), success);
         QCOMPARE(fake.processes().size(), 1);
@@ -241,8 +231,7 @@ private Q_SLOTS:
 
     void bindAnswersWhatWaitedOnTheOldConnection()
     {
-        const FakeService fake(FakeScript().doing("vitale_read", "silent"));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(FakeScript().doing("vitale_read", "silent"));
         auto waiting = beginRead(client);
         QCOMPARE(summary(awaitBind(client)), success);
         QVERIFY(waiting.isThere());
@@ -267,8 +256,7 @@ private Q_SLOTS:
     {
         QFETCH(const FakeScript, script);
         QFETCH(const bool, embedded);
-        const FakeService fake(script);
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(script);
         QVERIFY(awaitBind(client));
         QCOMPARE(client->embedded(), embedded);
     }
@@ -288,8 +276,7 @@ private Q_SLOTS:
     {
         QFETCH(const FakeScript, script);
         QFETCH(const QStringList, names);
-        const FakeService fake(script);
-        const auto outcome = awaitReaders(makeClient(fake.command()));
+        const auto outcome = awaitReaders(Served(script).client);
         QCOMPARE(summary(outcome), success);
         QCOMPARE(outcome->result, (QVariantMap{{u"Readers"_s, names}}));
     }
@@ -323,8 +310,7 @@ private Q_SLOTS:
 
     void setReadersWithoutNamesFailsAndSendsNothing()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         QCOMPARE(summary(awaitSetReaders(client, std::nullopt)), internal);
         QCOMPARE(summary(awaitSetReaders(client, QVariantMap())), internal);
         QCOMPARE(summary(awaitSetReaders(client, QVariantMap{{u"Vitale"_s, 7}, {u"Other"_s, u"V"_s}})), internal);

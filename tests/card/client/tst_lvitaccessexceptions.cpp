@@ -21,8 +21,7 @@ class AllocationLimit
 public:
     explicit AllocationLimit(std::size_t bytes) { largestAllocation = bytes; }
     ~AllocationLimit() { largestAllocation = std::numeric_limits<std::size_t>::max(); }
-    AllocationLimit(const AllocationLimit&) = delete;
-    AllocationLimit& operator=(const AllocationLimit&) = delete;
+    Q_DISABLE_COPY_MOVE(AllocationLimit)
 };
 
 FakeScript informations(const QString& version)
@@ -59,8 +58,7 @@ class tst_LVitAccessExceptions : public TestCase
 private Q_SLOTS:
     void informationsThatThrowAreTheGeneralErrorAndLeaveNone()
     {
-        const FakeService fake(informations(QString(20'000, u'7')));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(informations(QString(20'000, u'7')));
         QCOMPARE(summary(awaitInformations(client)), success);
         QCOMPARE(client->informations()->size(), 2);
         QCOMPARE(client->informations()->value(u"MVTableHabVersion"_s).toString().size(), 20'000);
@@ -85,8 +83,7 @@ private Q_SLOTS:
         constexpr int persons = 400;
         const QString card = u"<T_AsnDonneesVitale><listeBenef>%1</listeBenef></T_AsnDonneesVitale>"_s.arg(
             u"<T_AsnBeneficiaire><ident><nomUsuel>SPECIMEN</nomUsuel></ident></T_AsnBeneficiaire>"_s.repeated(persons));
-        const FakeService fake(FakeScript().text("vitale_read", "Vitale", card));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(FakeScript().text("vitale_read", "Vitale", card));
         const auto good = awaitRead(client);
         QCOMPARE(summary(good), success);
         QCOMPARE(good->result->beneficiaries().size(), persons);

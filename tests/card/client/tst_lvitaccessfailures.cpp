@@ -81,8 +81,7 @@ private Q_SLOTS:
 
     void aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection()
     {
-        const FakeService fake(FakeScript().doing("vitale_read", "null"));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(FakeScript().doing("vitale_read", "null"));
         QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(summary(awaitRead(client)), general);
         QCOMPARE(client->initialized(), true);
@@ -101,8 +100,7 @@ private Q_SLOTS:
     void aReplyOfAnotherShapeIsTheGeneralErrorAndBreaksTheConnection()
     {
         QFETCH(const FakeScript, script);
-        const FakeService fake(script);
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(script);
         QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(summary(awaitRead(client)), general);
         QCOMPARE(client->initialized(), false);
@@ -113,8 +111,7 @@ private Q_SLOTS:
 
     void anInterruptionLeavesTheClientUnboundAndTheNextReadConnectsAgain()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(client->initialized(), true);
         QCOMPARE(::kill(fake.processes().value(0), SIGKILL), 0);
@@ -135,8 +132,7 @@ private Q_SLOTS:
     void aBindThatANewerOneReplacesEndsAsReplaced()
     {
         QFETCH(const QString, command);
-        const FakeService fake(FakeScript().doing(command, "silent").onlyAtStart(1));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(FakeScript().doing(command, "silent").onlyAtStart(1));
         auto replaced = beginBind(client);
         QTRY_VERIFY_WITH_TIMEOUT(commands(fake).contains(command), 30'000);
         QCOMPARE(summary(awaitBind(client)), success);
@@ -150,8 +146,7 @@ private Q_SLOTS:
 
     void ofManyBindsTheNewestEndsWell()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         std::vector<Expected<NoResult>> binds;
         for (int index = 0; index < 20; ++index)
             binds.push_back(beginBind(client));
@@ -167,8 +162,7 @@ private Q_SLOTS:
 
     void overlappingRequestsEachGetTheirOwnReply()
     {
-        const FakeService fake(FakeScript().reversing(5).failing("set_readers"));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(FakeScript().reversing(5).failing("set_readers"));
         auto firstRead = beginRead(client);
         auto listed = beginReaders(client);
         auto chosen = beginSetReaders(client, readerChoice(u"V"_s, u"C"_s));
@@ -186,8 +180,7 @@ private Q_SLOTS:
 
     void handlersRunOnOneThreadThatIsNotTheCallers()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         const auto bound = awaitBind(client);
         QVERIFY(bound->thread != std::this_thread::get_id());
         QVERIFY(awaitReaders(client)->thread == bound->thread);
@@ -199,8 +192,7 @@ private Q_SLOTS:
 
     void aCommandIssuedFromAHandlerWorks()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         Expected<CardRecord> outcome;
         client->bindWithCompletionHandler(
             [client, handler = outcome.handler()](bool, const std::optional<Error>&) mutable {
@@ -216,8 +208,7 @@ private Q_SLOTS:
 
     void operationsWithoutAHandlerDoNoHarm()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         client->bindWithCompletionHandler({});
         client->getReadersWithCompletionHandler({});
         client->setReadersWithCompletionHandler(std::nullopt, {});

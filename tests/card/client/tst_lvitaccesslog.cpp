@@ -1,15 +1,10 @@
-#include "card/client/LVitAccess.h"
-#include "tests/card/client/ChannelTestMain.h"
-#include "tests/card/client/ClientOutcome.h"
+#include "tests/card/client/ClientTest.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/common/TestCase.h"
-#include "tests/fakes/FakeService.h"
-
-#include <QRegularExpression>
-#include <QtTest>
 
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
+using namespace ClientTest;
 
 /// What the client writes to the log.
 class tst_LVitAccessLog : public TestCase
@@ -22,7 +17,7 @@ private Q_SLOTS:
     void requestsAndRepliesAreLoggedAtDebugLevel()
     {
         const FakeService fake;
-        QCOMPARE(summary(awaitBind(std::make_shared<LVitAccess>(fake.command()))), u"success"_s);
+        QCOMPARE(summary(awaitBind(makeClient(fake.command()))), success);
         const QString received =
             u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: ADDRESS\n"_s;
         QCOMPARE(lines(), (QStringList{
@@ -51,25 +46,22 @@ private Q_SLOTS:
     {
         QFETCH(const QStringList, list);
         QFETCH(const QStringList, logged);
-        const FakeService fake(FakeScript().readers(list));
-        const auto client = std::make_shared<LVitAccess>(fake.command());
+        const auto [fake, client] = Served(FakeScript().readers(list));
         QVERIFY(awaitBind(client));
         QCOMPARE(lines().filter(QRegularExpression(u"^Readers: "_s)), logged);
     }
 
     void anAbsentReaderNameIsLoggedAsAnError()
     {
-        const FakeService fake;
-        const auto client = std::make_shared<LVitAccess>(fake.command());
-        QCOMPARE(summary(awaitSetReaders(client, QVariantMap{{u"CPS"_s, u"C"_s}})), u"success"_s);
+        const auto [fake, client] = Served();
+        QCOMPARE(summary(awaitSetReaders(client, QVariantMap{{u"CPS"_s, u"C"_s}})), success);
         QCOMPARE(m_log.lines(MXLog::Error), QStringList{u"NULL value in message"_s});
     }
 
     void anInterruptionIsLogged()
     {
-        const FakeService fake(FakeScript().doing("any", "crash"));
-        const auto client = std::make_shared<LVitAccess>(fake.command());
-        QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+        const auto [fake, client] = Served(FakeScript().doing("any", "crash"));
+        QCOMPARE(summary(awaitRead(client)), general);
         QCOMPARE(lines(), (QStringList{
                               u"Message:\n{\"Command\": \"vitale_read\"}"_s,
                               u"Received XPC_ERROR_CONNECTION_INTERRUPTED"_s,
@@ -80,28 +72,25 @@ private Q_SLOTS:
 
     void anUnsolicitedMessageIsLogged()
     {
-        const FakeService fake(FakeScript().doing("any", "unsolicited"));
-        const auto client = std::make_shared<LVitAccess>(fake.command());
-        QCOMPARE(summary(awaitRead(client)), u"success"_s);
+        const auto [fake, client] = Served(FakeScript().doing("any", "unsolicited"));
+        QCOMPARE(summary(awaitRead(client)), success);
         QCOMPARE(lines().value(1),
                  u"Received response in _initConnection event handler: ADDRESS\n{\"Event\": \"something\"}"_s);
     }
 
     void manyUnsolicitedMessagesFillNoLog()
     {
-        const FakeService fake(FakeScript().doing("vitale_read", "burst"));
-        const auto client = std::make_shared<LVitAccess>(fake.command());
-        QCOMPARE(summary(awaitRead(client)), u"success"_s);
-        QCOMPARE(summary(awaitBind(client)), u"success"_s);
+        const auto [fake, client] = Served(FakeScript().doing("vitale_read", "burst"));
+        QCOMPARE(summary(awaitRead(client)), success);
+        QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(lines().filter(u"_initConnection"_s).size(), 200);
         QVERIFY(lines().contains(u"Card service: 99800 more lines left out"_s));
     }
 
     void aReplyThatIsNoDictionaryIsLogged()
     {
-        const FakeService fake(FakeScript().doing("any", "null"));
-        const auto client = std::make_shared<LVitAccess>(fake.command());
-        QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+        const auto [fake, client] = Served(FakeScript().doing("any", "null"));
+        QCOMPARE(summary(awaitRead(client)), general);
         QCOMPARE(lines().value(1), u"Received response in _sendSimpleMessage:withCompletionHandler: event handler: "
                                    "ADDRESS\nno dictionary"_s);
     }
@@ -109,17 +98,16 @@ private Q_SLOTS:
     void aConnectionThatCannotBeMadeIsNotLogged()
     {
         const FakeService fake;
-        const auto client = std::make_shared<LVitAccess>(ServiceCommand{fake.filePath(u"absent"_s), {}});
-        QCOMPARE(summary(awaitBind(client)), u"failure"_s);
-        QCOMPARE(summary(awaitRead(client)), u"Pelmora -10"_s);
+        const auto client = makeClient({fake.filePath(u"absent"_s), {}});
+        QCOMPARE(summary(awaitBind(client)), failureWithoutError);
+        QCOMPARE(summary(awaitRead(client)), general);
         QCOMPARE(m_log.lines(), QStringList());
     }
 
     void nothingOfACardIsLogged()
     {
-        const FakeService fake;
-        const auto client = std::make_shared<LVitAccess>(fake.command());
-        QCOMPARE(summary(awaitRead(client)), u"success"_s);
+        const auto [fake, client] = Served();
+        QCOMPARE(summary(awaitRead(client)), success);
         const ClientPointer failing =
             std::make_shared<LVitAccess>(fake.command(FakeScript().text("vitale_read", "Vitale", "SPECIMEN")));
         QVERIFY(awaitRead(failing));

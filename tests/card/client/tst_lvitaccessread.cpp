@@ -39,8 +39,7 @@ private Q_SLOTS:
     {
         QFETCH(const QString, document);
         QFETCH(const QVariantMap, informations);
-        const FakeService fake(FakeScript().text("informations", "Informations", document));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(FakeScript().text("informations", "Informations", document));
         const auto outcome = awaitInformations(client);
         QCOMPARE(summary(outcome), success);
         QCOMPARE(outcome->result, informations);
@@ -50,8 +49,7 @@ private Q_SLOTS:
 
     void informationsAreAbsentFromInitUntilObtained()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         const QVariantMap obtained{{u"MVAPILecVersion"_s, u"1.2.3"_s}};
         QCOMPARE(summary(awaitInformations(client)), success);
         QCOMPARE(client->informations(), obtained);
@@ -78,8 +76,7 @@ private Q_SLOTS:
     {
         QFETCH(const FakeScript, script);
         QFETCH(const QString, error);
-        const FakeService fake(script);
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(script);
         auto outcome = awaitInformations(client);
         QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
         QCOMPARE(outcome->result, QVariantMap());
@@ -110,8 +107,7 @@ private Q_SLOTS:
 
     void aReadWithoutALabelGivesARecordWithoutIt()
     {
-        const FakeService fake(FakeScript().without("vitale_read", "FundCodeLibelle"));
-        const auto outcome = awaitRead(makeClient(fake.command()));
+        const auto outcome = awaitRead(Served(FakeScript().without("vitale_read", "FundCodeLibelle")).client);
         QCOMPARE(summary(outcome), success);
         QCOMPARE(outcome->result->text(CardKey::fundCodeLibelle), std::nullopt);
     }
@@ -134,8 +130,7 @@ private Q_SLOTS:
         const FakeScript failing = FakeScript().failing("vitale_read", result);
         // A document beside a failure is not looked at.
         for (const FakeScript& script : {failing, failing.without("vitale_read", "Status")}) {
-            const FakeService fake(script);
-            const auto outcome = awaitRead(makeClient(fake.command()));
+            const auto outcome = awaitRead(Served(script).client);
             QCOMPARE(summary(outcome), error);
             QVERIFY(!outcome->result);
         }
@@ -173,8 +168,7 @@ private Q_SLOTS:
     {
         QFETCH(const FakeScript, script);
         QFETCH(const QString, error);
-        const FakeService fake(script);
-        const auto outcome = awaitRead(makeClient(fake.command()));
+        const auto outcome = awaitRead(Served(script).client);
         QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
         QVERIFY(!outcome->result);
     }
@@ -198,8 +192,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, name);
         QFETCH(const QString, read);
-        const FakeService fake(FakeScript().bytes("vitale_read", "Vitale", vitaleOf(name)));
-        const auto outcome = awaitRead(makeClient(fake.command()));
+        const auto outcome = awaitRead(Served(FakeScript().bytes("vitale_read", "Vitale", vitaleOf(name))).client);
         QCOMPARE(summary(outcome), success);
         QCOMPARE(lastName(outcome), read);
         QVERIFY(outcome->result->text(CardKey::xmlString).value_or(QString()).contains(read));
@@ -208,8 +201,7 @@ private Q_SLOTS:
     void aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother()
     {
         // Busy with the reader, the service does not even see that its input ends.
-        const FakeService fake(FakeScript().doing("vitale_read", "stop-reading"));
-        const ClientPointer client = makeClient(fake.command(), {.exitGrace = 100ms});
+        const auto [fake, client] = Served(FakeScript().doing("vitale_read", "stop-reading"), {.exitGrace = 100ms});
         QCOMPARE(summary(awaitBind(client)), success);
         auto read = beginRead(client);
         QTRY_VERIFY(commands(fake).contains(u"vitale_read"_s));
@@ -226,8 +218,7 @@ private Q_SLOTS:
 
     void aCancellationWithoutAReadLeavesTheConnection()
     {
-        const FakeService fake;
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served();
         QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(summary(awaitRead(client)), success);
         client->cancelReads();
@@ -238,8 +229,7 @@ private Q_SLOTS:
 
     void aCancellationLeavesABindThatHasEndedTheReadAlready()
     {
-        const FakeService fake(FakeScript().doing("vitale_read", "silent"));
-        const ClientPointer client = makeClient(fake.command());
+        const auto [fake, client] = Served(FakeScript().doing("vitale_read", "silent"));
         QCOMPARE(summary(awaitBind(client)), success);
         auto read = beginRead(client);
         auto bind = beginBind(client);

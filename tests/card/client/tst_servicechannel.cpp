@@ -26,59 +26,37 @@ private Q_SLOTS:
 
     void aRequestGetsItsReply()
     {
-        const FakeService fake;
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(story->events, QStringList{u"1: success"_s});
-        QCOMPARE(fake.requests(), QStringList{uR"({"Command":"init"})"_s});
+        Conversation talk;
+        QCOMPARE(talk.events({u"init"_s}), QStringList{u"1: success"_s});
+        QCOMPARE(talk.fake.requests(), QStringList{uR"({"Command":"init"})"_s});
     }
 
-    void repliesReachTheirRequestsInAnyOrder()
+    void requestsGetTheirReplies_data()
     {
-        const FakeService fake(
-            FakeScript().reversing(3).text("a", "Status", "A").text("b", "Status", "B").text("c", "Status", "C"));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"a"_s, u"b"_s, u"c"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(story->events, (QStringList{u"3: C"_s, u"2: B"_s, u"1: A"_s}));
+        QTest::addColumn<FakeScript>("script");
+        QTest::addColumn<QStringList>("commands");
+        QTest::addColumn<QStringList>("events");
+        const QStringList succeeding{u"1: success"_s, u"2: success"_s};
+        QTest::newRow("in any order")
+            << FakeScript().reversing(3).text("a", "Status", "A").text("b", "Status", "B").text("c", "Status", "C")
+            << QStringList{u"a"_s, u"b"_s, u"c"_s} << QStringList{u"3: C"_s, u"2: B"_s, u"1: A"_s};
+        QTest::newRow("one that comes in pieces")
+            << FakeScript().doing("any", "in-pieces") << QStringList{u"vitale_read"_s, u"init"_s} << succeeding;
+        QTest::newRow("slow ones") << FakeScript().doing("any", "slow") << QStringList{u"init"_s, u"init"_s}
+                                   << succeeding;
+        QTest::newRow("a null body, which is no dictionary and breaks nothing")
+            << FakeScript().doing("vitale_read", "null") << QStringList{u"vitale_read"_s, u"init"_s}
+            << QStringList{u"1: none"_s, u"2: success"_s};
+        QTest::newRow("one from before the service died")
+            << FakeScript().doing("any", "crash-after") << QStringList{u"init"_s, u"init"_s}
+            << QStringList{u"1: success"_s, u"interrupted"_s, u"2: none"_s};
     }
-
-    void aReplyThatDribblesInIsWaitedFor()
+    void requestsGetTheirReplies()
     {
-        const FakeService fake(FakeScript().doing("any", "in-pieces"));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"vitale_read"_s, u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(story->events, (QStringList{u"1: success"_s, u"2: success"_s}));
-    }
-
-    void aSlowReplyIsWaitedFor()
-    {
-        const FakeService fake(FakeScript().doing("any", "slow"));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s, u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(story->events, (QStringList{u"1: success"_s, u"2: success"_s}));
-    }
-
-    void aNullBodyIsNoDictionaryAndBreaksNothing()
-    {
-        const FakeService fake(FakeScript().doing("vitale_read", "null"));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"vitale_read"_s, u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: success"_s}));
+        QFETCH(const FakeScript, script);
+        QFETCH(const QStringList, commands);
+        Conversation talk(script);
+        QTEST(talk.events(commands), "events");
     }
 
     void aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest_data()
@@ -98,17 +76,15 @@ private Q_SLOTS:
     {
         QFETCH(const FakeScript, script);
         QFETCH(const bool, isSeenByTimeout);
-        const FakeService fake(script);
-        ServiceChannel channel(fake.command(), isSeenByTimeout ? hasty : ChannelLimits{.exitGrace = 200ms});
+        Conversation talk(script, isSeenByTimeout ? hasty : ChannelLimits{.exitGrace = 200ms});
         const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"vitale_read"_s, u"vitale_read"_s, u"vitale_read"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
+        QVERIFY(talk.ask(story, {u"vitale_read"_s, u"vitale_read"_s, u"vitale_read"_s}));
+        talk.channel.stop();
         // The flood may come too late for a message of it to arrive.
         QVERIFY(story->events.removeAll(u"unsolicited"_s) == 0 ||
                 QLatin1StringView(QTest::currentDataTag()) == "flood"_L1);
         QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s, u"2: none"_s, u"3: none"_s}));
-        QVERIFY(std::ranges::all_of(fake.processes(), FakeService::isReaped));
+        QVERIFY(std::ranges::all_of(talk.fake.processes(), FakeService::isReaped));
     }
 
     void aServiceIsSeenToEndWithoutWaitingForATimeout_data()
@@ -121,110 +97,82 @@ private Q_SLOTS:
     void aServiceIsSeenToEndWithoutWaitingForATimeout()
     {
         QFETCH(const QString, behaviour);
-        const FakeService fake(FakeScript().doing("any", behaviour));
-        ServiceChannel channel(fake.command(), {.requestTimeout = 10min, .exitGrace = 100ms});
+        Conversation talk(FakeScript().doing("any", behaviour), {.requestTimeout = 10min, .exitGrace = 100ms});
         const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(converse(talk.channel, story, {u"init"_s}));
         // Less than the life of the child that one of them leaves behind.
         QVERIFY(story->end.get_future().wait_for(10s) == std::future_status::ready);
-        channel.stop();
+        talk.channel.stop();
         QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
     }
 
-    void aRequestToAServiceThatHasJustDiedIsAnsweredAndKillsNobody()
+    void aRequestToAServiceThatHasJustDiedIsAnsweredAndTheApplicationGoesOn()
     {
-        const FakeService fake(FakeScript().startingWith("exit"));
-        ServiceChannel channel(fake.command());
+        Conversation talk(FakeScript().startingWith("exit"));
         std::promise<QString> replied;
         auto reply = replied.get_future();
-        QCOMPARE(onChannel(channel,
-                           [&] {
-                               const auto opened = channel.open([](const ChannelEvent&) {});
-                               // The channel looks at its service only after this task.
-                               QDeadlineTimer deadline(30'000);
-                               while (!deadline.hasExpired() &&
-                                      !(fake.processes().size() == 1 && FakeService::isDead(fake.processes()[0])))
-                                   std::this_thread::yield();
-                               channel.send(request(), [&](const std::optional<QCborMap>& body) {
-                                   replied.set_value(textOf(body));
-                               });
-                               return opened.has_value();
-                           }),
-                 true);
+        const bool isOpen = onChannel(talk.channel, [&] {
+            const auto opened = talk.channel.open([](const ChannelEvent&) {});
+            // The channel looks at its service only after this task.
+            QDeadlineTimer deadline(30'000);
+            while (!deadline.hasExpired() &&
+                   !(talk.fake.processes().size() == 1 && FakeService::isDead(talk.fake.processes()[0])))
+                std::this_thread::yield();
+            talk.channel.send(request(), [&](const std::optional<QCborMap>& body) { replied.set_value(textOf(body)); });
+            return opened.has_value();
+        });
+        QVERIFY(isOpen);
         QVERIFY(reply.wait_for(patience) == std::future_status::ready);
         QCOMPARE(reply.get(), u"none"_s);
     }
 
     void theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()
     {
-        const FakeService fake(FakeScript().doing("any", "crash"));
-        ServiceChannel channel(fake.command());
+        Conversation talk(FakeScript().doing("any", "crash"));
         std::promise<QString> told;
         auto future = told.get_future();
-        QCOMPARE(onChannel(channel,
-                           [&] {
-                               const auto opened = channel.open([&](const ChannelEvent&) {
-                                   told.set_value(channel.isOpen() ? u"open"_s : u"closed"_s);
-                               });
-                               channel.send(request(), [](const std::optional<QCborMap>&) {});
-                               return opened.has_value() && channel.isOpen();
-                           }),
-                 true);
+        const bool isOpen = onChannel(talk.channel, [&] {
+            const auto opened = talk.channel.open(
+                [&](const ChannelEvent&) { told.set_value(talk.channel.isOpen() ? u"open"_s : u"closed"_s); });
+            talk.channel.send(request(), [](const std::optional<QCborMap>&) {});
+            return opened.has_value() && talk.channel.isOpen();
+        });
+        QVERIFY(isOpen);
         QVERIFY(future.wait_for(patience) == std::future_status::ready);
         QCOMPARE(future.get(), u"closed"_s);
     }
 
-    void whatAServiceAnsweredBeforeItDiedStillCounts()
-    {
-        const FakeService fake(FakeScript().doing("any", "crash-after"));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s, u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(story->events, (QStringList{u"1: success"_s, u"interrupted"_s, u"2: none"_s}));
-    }
-
     void aServiceThatEndsWhileNothingWaitsInterrupts()
     {
-        const FakeService fake(FakeScript().startingWith("exit"));
-        ServiceChannel channel(fake.command());
+        Conversation talk(FakeScript().startingWith("exit"));
         std::promise<ChannelEvent::Kind> told;
         auto future = told.get_future();
-        QCOMPARE(
-            onChannel(
-                channel,
-                [&] {
-                    return channel.open([&](const ChannelEvent& event) { told.set_value(event.kind); }).has_value();
-                }),
-            true);
+        const bool isOpen = onChannel(talk.channel, [&] {
+            return talk.channel.open([&](const ChannelEvent& event) { told.set_value(event.kind); }).has_value();
+        });
+        QVERIFY(isOpen);
         QVERIFY(future.wait_for(patience) == std::future_status::ready);
         QCOMPARE(future.get(), ChannelEvent::Kind::Interrupted);
-        QCOMPARE(onChannel(channel, [&] { return channel.isOpen(); }), false);
+        QVERIFY(!onChannel(talk.channel, [&] { return talk.channel.isOpen(); }));
     }
 
     void duplicateAndUnknownRepliesAreDroppedWithAWarning()
     {
-        const FakeService fake(FakeScript().doing("a", "twice").doing("b", "to-nobody"));
-        ServiceChannel channel(fake.command());
+        Conversation talk(FakeScript().doing("a", "twice").doing("b", "unknown-reply"));
         const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"a"_s, u"b"_s, u"c"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
+        QVERIFY(talk.ask(story, {u"a"_s, u"b"_s, u"c"_s}));
+        talk.channel.stop();
         QCOMPARE(story->events.size(), 3);
         QCOMPARE(m_log.lines(MXLog::Warning),
                  (QStringList{u"Card service: reply to request 1, which does not wait"_s,
                               u"Card service: reply to request 4711, which does not wait"_s}));
     }
 
-    void repliesToNobodyFillNoLog()
+    void unknownRepliesFillNoLog()
     {
-        const FakeService fake(FakeScript().doing("any", "to-nobody-often"));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
+        Conversation talk(FakeScript().doing("any", "unknown-reply-often"));
+        QVERIFY(talk.ask({u"init"_s}));
+        talk.channel.stop();
         QStringList expected(10, u"Card service: reply to request 4711, which does not wait"_s);
         expected.append(u"Card service: 99990 more lines left out"_s);
         QCOMPARE(m_log.lines(MXLog::Warning), expected);
@@ -232,87 +180,72 @@ private Q_SLOTS:
 
     void unsolicitedMessagesReachTheEventHandler()
     {
-        const FakeService fake(FakeScript().doing("a", "unsolicited").doing("b", "unsolicited-null"));
-        ServiceChannel channel(fake.command());
+        Conversation talk(FakeScript().doing("a", "unsolicited").doing("b", "unsolicited-null"));
         const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
+        QVERIFY(talk.ask(story, {u"a"_s, u"b"_s}));
+        talk.channel.stop();
         QCOMPARE(story->events.size(), 3);
         QCOMPARE(story->events[0], u"unsolicited"_s);
     }
 
     void tasksAndTimeoutsAreServedDuringAFlood()
     {
-        const FakeService fake(FakeScript().doing("a", "flood"));
-        ServiceChannel channel(fake.command(), {.requestTimeout = 2s, .exitGrace = 200ms});
+        Conversation talk(FakeScript().doing("a", "flood"), {.requestTimeout = 2s, .exitGrace = 200ms});
         std::promise<void> flooded;
         std::promise<bool> replied;
         auto flood = flooded.get_future();
         auto reply = replied.get_future();
-        QCOMPARE(onChannel(channel,
-                           [&] {
-                               const auto opened = channel.open([&, count = 0](const ChannelEvent&) mutable {
-                                   if (++count == 1000)
-                                       flooded.set_value();
-                               });
-                               channel.send(request(u"a"_s), [&](const std::optional<QCborMap>& body) {
-                                   replied.set_value(body.has_value());
-                               });
-                               return opened.has_value();
-                           }),
-                 true);
+        const bool isOpen = onChannel(talk.channel, [&] {
+            const auto opened = talk.channel.open([&, count = 0](const ChannelEvent&) mutable {
+                if (++count == 1000)
+                    flooded.set_value();
+            });
+            talk.channel.send(request(u"a"_s),
+                              [&](const std::optional<QCborMap>& body) { replied.set_value(body.has_value()); });
+            return opened.has_value();
+        });
+        QVERIFY(isOpen);
         QVERIFY(flood.wait_for(patience) == std::future_status::ready);
-        QCOMPARE(onChannel(channel, [] { return 1; }), 1);
+        QCOMPARE(onChannel(talk.channel, [] { return 1; }), 1);
         QVERIFY(reply.wait_for(patience) == std::future_status::ready);
         QCOMPARE(reply.get(), false);
     }
 
     void aRequestLargerThanThePipeArrivesWhole()
     {
-        const FakeService fake;
-        ServiceChannel channel(fake.command());
+        Conversation talk;
         std::promise<bool> replied;
         auto reply = replied.get_future();
-        QCOMPARE(onChannel(channel,
-                           [&] {
-                               const auto opened = channel.open([](const ChannelEvent&) {});
-                               QCborMap large = request();
-                               large.insert(u"Padding"_s, QString(1'000'000, u'x'));
-                               channel.send(large, [&](const std::optional<QCborMap>& body) {
-                                   replied.set_value(body.has_value());
-                               });
-                               return opened.has_value();
-                           }),
-                 true);
+        QVERIFY(sendLarge(talk.channel, replied));
         QVERIFY(reply.wait_for(patience) == std::future_status::ready);
         QCOMPARE(reply.get(), true);
-        QCOMPARE(fake.requested(u"Padding"_s), QStringList{QString(1'000'000, u'x')});
+        QCOMPARE(talk.fake.requested(u"Padding"_s), QStringList{QString(1'000'000, u'x')});
     }
 
     void aServiceThatReadsNothingDoesNotHoldTheThread()
     {
-        const FakeService fake(FakeScript().startingWith("stop-reading"));
-        ServiceChannel channel(fake.command(), {.exitGrace = 100ms});
+        Conversation talk(FakeScript().startingWith("stop-reading"), {.exitGrace = 100ms});
         std::promise<bool> replied;
         auto reply = replied.get_future();
-        QCOMPARE(onChannel(channel,
-                           [&] {
-                               const auto opened = channel.open([](const ChannelEvent&) {});
-                               QCborMap large = request();
-                               large.insert(u"Padding"_s, QString(1'000'000, u'x'));
-                               channel.send(large, [&](const std::optional<QCborMap>& body) {
-                                   replied.set_value(body.has_value());
-                               });
-                               return opened.has_value();
-                           }),
-                 true);
-        QVERIFY(!isOpenAfterClosing(channel));
+        QVERIFY(sendLarge(talk.channel, replied));
+        QVERIFY(!isOpenAfterClosing(talk.channel));
         QVERIFY(reply.wait_for(0s) == std::future_status::ready);
         QCOMPARE(reply.get(), false);
     }
 
 private:
+    /// Sends a request that is larger than a pipe; the promise is told whether it got a reply.
+    static bool sendLarge(ServiceChannel& channel, std::promise<bool>& replied)
+    {
+        return onChannel(channel, [&] {
+            const auto opened = channel.open([](const ChannelEvent&) {});
+            QCborMap large = request();
+            large.insert(u"Padding"_s, QString(1'000'000, u'x'));
+            channel.send(large, [&](const std::optional<QCborMap>& body) { replied.set_value(body.has_value()); });
+            return opened.has_value();
+        });
+    }
+
     LogCapture m_log;
 };
 

@@ -26,8 +26,7 @@ public:
         setrlimit(RLIMIT_NOFILE, &limit);
     }
     ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &m_before); }
-    DescriptorLimit(const DescriptorLimit&) = delete;
-    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+    Q_DISABLE_COPY_MOVE(DescriptorLimit)
 
 private:
     rlimit m_before{};
@@ -120,23 +119,20 @@ private Q_SLOTS:
 
     void aConnectionThatCannotBeWatchedAnyMoreIsBrokenAndNothingSpins()
     {
-        const FakeService fake(FakeScript().doing("vitale_read", "silent"));
-        ServiceChannel channel(fake.command(), {.requestTimeout = 10min, .exitGrace = 1500ms});
-        const auto first = std::make_shared<Story>();
-        QVERIFY(converse(channel, first, {u"init"_s}));
-        QVERIFY(waitForEnd(*first));
-        const pid_t process = fake.processes().value(0);
+        Conversation talk(FakeScript().doing("vitale_read", "silent"), {.requestTimeout = 10min, .exitGrace = 1500ms});
+        QVERIFY(talk.ask({u"init"_s}));
+        const pid_t process = talk.fake.processes().value(0);
         const auto story = std::make_shared<Story>();
         bool hasEnded = false;
         bool isReaped = false;
-        const pid_t thread = onChannel(channel, [] { return ::gettid(); });
+        const pid_t thread = onChannel(talk.channel, [] { return ::gettid(); });
         const auto before = runnableTime(thread);
         QVERIFY(before > 0ns);
         {
             // Fewer than are waited for: poll refuses them.
             const DescriptorLimit limit(2);
-            channel.post([&channel, story] {
-                channel.send(request(u"vitale_read"_s), [story](const std::optional<QCborMap>& reply) {
+            talk.channel.post([&talk, story] {
+                talk.channel.send(request(u"vitale_read"_s), [story](const std::optional<QCborMap>& reply) {
                     story->tell(textOf(reply));
                     story->finish();
                 });
@@ -151,8 +147,7 @@ private Q_SLOTS:
         QVERIFY2(busy < 1s, qPrintable(QString::number(busy.count())));
         // The channel goes on.
         const auto last = std::make_shared<Story>();
-        QVERIFY(converse(channel, last, {u"init"_s}));
-        QVERIFY(waitForEnd(*last));
+        QVERIFY(talk.ask(last, {u"init"_s}));
         QCOMPARE(last->events, QStringList{u"1: success"_s});
     }
 };

@@ -14,50 +14,44 @@ private Q_SLOTS:
 
     void closingAnswersWhatWaitsAndTellsNoEvent()
     {
-        const FakeService fake(FakeScript().doing("any", "silent"));
-        ServiceChannel channel(fake.command());
+        Conversation talk(FakeScript().doing("any", "silent"));
         const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"a"_s, u"b"_s}));
-        QCOMPARE(onChannel(channel,
+        QVERIFY(converse(talk.channel, story, {u"a"_s, u"b"_s}));
+        QCOMPARE(onChannel(talk.channel,
                            [&] {
-                               channel.close();
-                               channel.close();
+                               talk.channel.close();
+                               talk.channel.close();
                                return true;
                            }),
                  true);
-        channel.stop();
+        talk.channel.stop();
         QCOMPARE(story->events, (QStringList{u"1: none"_s, u"2: none"_s}));
     }
 
     void requestsWithoutAConnectionAreAnsweredAtOnce()
     {
-        const FakeService fake;
-        ServiceChannel channel(fake.command());
-        const auto answer = onChannel(channel, [&] {
+        Conversation talk;
+        const auto answer = onChannel(talk.channel, [&] {
             QString text;
-            channel.send(request(), [&](const std::optional<QCborMap>& reply) { text = textOf(reply); });
+            talk.channel.send(request(), [&](const std::optional<QCborMap>& reply) { text = textOf(reply); });
             return text;
         });
         QCOMPARE(answer, u"none"_s);
-        QVERIFY(fake.notes().isEmpty());
+        QVERIFY(talk.fake.notes().isEmpty());
     }
 
     void numbersStartAgainOnANewConnection()
     {
         // The second service drops replies to the numbers of the first: each connection counts from 1.
-        const FakeService fake(FakeScript().doing("b", "twice"));
-        ServiceChannel channel(fake.command());
-        const auto first = std::make_shared<Story>();
-        QVERIFY(converse(channel, first, {u"a"_s}));
-        QVERIFY(waitForEnd(*first));
-        QVERIFY(!isOpenAfterClosing(channel));
+        Conversation talk(FakeScript().doing("b", "twice"));
+        QVERIFY(talk.ask({u"a"_s}));
+        QVERIFY(!isOpenAfterClosing(talk.channel));
         const auto second = std::make_shared<Story>();
-        QVERIFY(converse(channel, second, {u"b"_s, u"c"_s}));
-        QVERIFY(waitForEnd(*second));
-        channel.stop();
+        QVERIFY(talk.ask(second, {u"b"_s, u"c"_s}));
+        talk.channel.stop();
         QCOMPARE(second->events.size(), 2);
         QCOMPARE(m_log.lines(MXLog::Warning), QStringList{u"Card service: reply to request 1, which does not wait"_s});
-        QCOMPARE(fake.processes().size(), 2);
+        QCOMPARE(talk.fake.processes().size(), 2);
     }
 
     void destructionAnswersWhatWaitsAndEndsTheService()
@@ -116,7 +110,7 @@ private Q_SLOTS:
         });
         QVERIFY(future.wait_for(patience) == std::future_status::ready);
         QCOMPARE(future.get(), (QStringList{u"success"_s, u"destroyed"_s}));
-        // Nobody waits for the thread, which sees its service off nevertheless.
+        // The thread ends its service, though no one waits for it.
         QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
         QCOMPARE(fake.notes().last(), u"end of input"_s);
     }
@@ -140,26 +134,25 @@ private Q_SLOTS:
 
     void tasksPostedBeforeTheEndAreRunAndCannotConnect()
     {
-        const FakeService fake;
-        ServiceChannel channel(fake.command());
+        Conversation talk;
         std::promise<void> gate;
         std::shared_future<void> opened = gate.get_future().share();
         std::optional<std::error_code> refusal;
         bool ranLater = false;
-        channel.post([opened] { opened.wait(); });
-        channel.post([&] {
-            const auto result = channel.open([](const ChannelEvent&) {});
+        talk.channel.post([opened] { opened.wait(); });
+        talk.channel.post([&] {
+            const auto result = talk.channel.open([](const ChannelEvent&) {});
             if (!result)
                 refusal = result.error();
-            channel.post([&] { ranLater = true; });
+            talk.channel.post([&] { ranLater = true; });
         });
-        const auto stopping = std::async(std::launch::async, [&] { channel.stop(); });
+        const auto stopping = std::async(std::launch::async, [&] { talk.channel.stop(); });
         // Time for the stop to be asked for; what is checked below holds without it as well.
         stopping.wait_for(100ms);
         gate.set_value();
         stopping.wait();
         QCOMPARE(ranLater, true);
-        QVERIFY(fake.processes().isEmpty() == refusal.has_value());
+        QVERIFY(talk.fake.processes().isEmpty() == refusal.has_value());
     }
 
     void tasksPostedAfterTheEndAreDropped()

@@ -18,58 +18,45 @@ private Q_SLOTS:
 
     void aServiceLeavesWhenItsInputEnds()
     {
-        const FakeService fake;
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(fake.notes().last(), u"end of input"_s);
-        QCOMPARE(fake.processes().size(), 1);
-        QVERIFY(FakeService::isReaped(fake.processes()[0]));
+        Conversation talk;
+        QVERIFY(talk.ask({u"init"_s}));
+        talk.channel.stop();
+        QCOMPARE(talk.fake.notes().last(), u"end of input"_s);
+        QCOMPARE(talk.fake.processes().size(), 1);
+        QVERIFY(FakeService::isReaped(talk.fake.processes()[0]));
     }
 
     void closingDoesNotWaitForAServiceThatStaysAndThatIsKilled()
     {
-        const FakeService fake(FakeScript().ignoringTheEnd());
-        ServiceChannel channel(fake.command(), {.exitGrace = 1s});
-        const auto first = std::make_shared<Story>();
-        QVERIFY(converse(channel, first, {u"init"_s}));
-        QVERIFY(waitForEnd(*first));
+        Conversation talk(FakeScript().ignoringTheEnd(), {.exitGrace = 1s});
+        QVERIFY(talk.ask({u"init"_s}));
         QElapsedTimer timer;
         timer.start();
-        QVERIFY(!isOpenAfterClosing(channel));
-        const auto second = std::make_shared<Story>();
-        QVERIFY(converse(channel, second, {u"init"_s}));
-        QVERIFY(waitForEnd(*second));
-        const pid_t leaving = fake.processes().value(0);
+        QVERIFY(!isOpenAfterClosing(talk.channel));
+        QVERIFY(talk.ask({u"init"_s}));
+        const pid_t leaving = talk.fake.processes().value(0);
         const bool stayedMeanwhile = !FakeService::isDead(leaving);
         const bool wasWithinTheGrace = timer.elapsed() < 1000;
         QVERIFY(stayedMeanwhile || !wasWithinTheGrace);
         QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(leaving), 30'000);
         QVERIFY(timer.elapsed() >= 1000);
-        QVERIFY(!FakeService::isDead(fake.processes().value(1)));
+        QVERIFY(!FakeService::isDead(talk.fake.processes().value(1)));
     }
 
     void theEndHurriesServicesThatIgnoreTheEndOfTheirInput()
     {
         // One that was leaving already, and one that is told to.
-        const FakeService fake(FakeScript().ignoringTheEnd());
-        ServiceChannel channel(fake.command(), {.exitGrace = 10min, .stopGrace = 300ms});
-        const auto first = std::make_shared<Story>();
-        QVERIFY(converse(channel, first, {u"init"_s}));
-        QVERIFY(waitForEnd(*first));
-        QVERIFY(!isOpenAfterClosing(channel));
-        const auto second = std::make_shared<Story>();
-        QVERIFY(converse(channel, second, {u"init"_s}));
-        QVERIFY(waitForEnd(*second));
+        Conversation talk(FakeScript().ignoringTheEnd(), {.exitGrace = 10min, .stopGrace = 300ms});
+        QVERIFY(talk.ask({u"init"_s}));
+        QVERIFY(!isOpenAfterClosing(talk.channel));
+        QVERIFY(talk.ask({u"init"_s}));
         QElapsedTimer timer;
         timer.start();
-        channel.stop();
+        talk.channel.stop();
         QVERIFY(timer.elapsed() >= 300);
-        QCOMPARE(fake.processes().size(), 2);
-        QVERIFY(FakeService::isReaped(fake.processes()[0]));
-        QVERIFY(FakeService::isReaped(fake.processes()[1]));
+        QCOMPARE(talk.fake.processes().size(), 2);
+        QVERIFY(FakeService::isReaped(talk.fake.processes()[0]));
+        QVERIFY(FakeService::isReaped(talk.fake.processes()[1]));
     }
 
     void aProgramThatCannotBeExecutedIsReportedAtOnce_data()
@@ -153,13 +140,8 @@ private Q_SLOTS:
 
     void whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
     {
-        const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(story->events, QStringList{u"1: success"_s});
+        Conversation talk(FakeScript().doing("any", "chatter-on-errors"));
+        QCOMPARE(talk.events({u"init"_s}), QStringList{u"1: success"_s});
         QCOMPARE(m_log.lines(), (QStringList{u"Card service: Lecteur branché"_s, u"Card service: ligne?[31m rouge"_s,
                                              u"Card service: "_s + QString(1024, u'x') + u"..."_s,
                                              u"Card service: sans fin de ligne"_s}));
@@ -168,13 +150,12 @@ private Q_SLOTS:
 
     void whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault()
     {
-        const FakeService fake(FakeScript().doing("any", "chatter-on-errors"));
-        ServiceChannel channel(fake.command());
+        Conversation talk(FakeScript().doing("any", "chatter-on-errors"));
         const auto story = std::make_shared<Story>();
         MXLog::defaultLogger().setLogLevel(MXLog::Notice);
-        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(converse(talk.channel, story, {u"init"_s}));
         const bool hasEnded = waitForEnd(*story);
-        channel.stop();
+        talk.channel.stop();
         MXLog::defaultLogger().setLogLevel(MXLog::Debug);
         QVERIFY(hasEnded);
         QCOMPARE(m_log.lines(), QStringList());
@@ -190,40 +171,33 @@ private Q_SLOTS:
     void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged()
     {
         QFETCH(const QString, behaviour);
-        const FakeService fake(FakeScript().doing("any", behaviour));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
-        QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
+        Conversation talk(FakeScript().doing("any", behaviour));
+        QCOMPARE(talk.events({u"init"_s}), (QStringList{u"interrupted"_s, u"1: none"_s}));
         QStringList expected(200, u"Card service: une ligne de quarante-neuf lettres, ou presque..."_s);
         expected.append(u"Card service: 801 more lines left out"_s);
         QCOMPARE(said(), expected);
     }
 
-    void aNoisyChildDoesNotHoldUpLeaveTakingOfItsService()
+    void aNoisyChildDoesNotDelayTheEndOfItsService()
     {
-        const FakeService fake(FakeScript().doing("any", "die-and-leave-a-noisy-child"));
-        ServiceChannel channel(fake.command(), {.exitGrace = 10min});
+        Conversation talk(FakeScript().doing("any", "die-and-leave-a-noisy-child"), {.exitGrace = 10min});
         const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
+        QVERIFY(converse(talk.channel, story, {u"init"_s}));
         // Less than the child's life.
-        QTRY_VERIFY_WITH_TIMEOUT(!fake.processes().isEmpty() && FakeService::isReaped(fake.processes()[0]), 10'000);
+        QTRY_VERIFY_WITH_TIMEOUT(!talk.fake.processes().isEmpty() && FakeService::isReaped(talk.fake.processes()[0]),
+                                 10'000);
     }
 
     void aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
     {
-        const FakeService fake(FakeScript().doing("any", "flood-on-errors"));
-        ServiceChannel channel(fake.command(), {.exitGrace = 200ms});
+        Conversation talk(FakeScript().doing("any", "flood-on-errors"), {.exitGrace = 200ms});
         const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
+        QVERIFY(talk.ask(story, {u"init"_s}));
         QTRY_VERIFY_WITH_TIMEOUT(said().size() == 200, 30'000);
-        QCOMPARE(onChannel(channel, [] { return 1; }), 1);
-        channel.stop();
+        QCOMPARE(onChannel(talk.channel, [] { return 1; }), 1);
+        talk.channel.stop();
         QCOMPARE(story->events, QStringList{u"1: success"_s});
-        QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+        QVERIFY(FakeService::isReaped(talk.fake.processes().value(0)));
         // Of more than one period, where the machine is slow.
         QVERIFY2(said().size() < 1000, qPrintable(QString::number(said().size())));
         const QRegularExpression leftOut(u"^Card service: (\\d+) more lines left out$"_s);
@@ -245,36 +219,27 @@ private Q_SLOTS:
     {
         QFETCH(const QString, behaviour);
         QFETCH(const QString, logged);
-        const FakeService fake(FakeScript().doing("any", behaviour));
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
+        Conversation talk(FakeScript().doing("any", behaviour));
+        QVERIFY(talk.ask({u"init"_s}));
+        talk.channel.stop();
         QCOMPARE(m_log.lines(MXLog::Warning), QStringList{logged});
     }
 
     void aServiceThatLeavesWhenItIsAskedToIsNotLogged()
     {
-        const FakeService fake;
-        ServiceChannel channel(fake.command());
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        QVERIFY(!isOpenAfterClosing(channel));
-        channel.stop();
-        QVERIFY(FakeService::isReaped(fake.processes().value(0)));
+        Conversation talk;
+        QVERIFY(talk.ask({u"init"_s}));
+        QVERIFY(!isOpenAfterClosing(talk.channel));
+        talk.channel.stop();
+        QVERIFY(FakeService::isReaped(talk.fake.processes().value(0)));
         QCOMPARE(m_log.lines(), QStringList());
     }
 
     void aServiceThatHadToBeKilledIsLoggedAsThat()
     {
-        const FakeService fake(FakeScript().ignoringTheEnd());
-        ServiceChannel channel(fake.command(), {.exitGrace = 100ms});
-        const auto story = std::make_shared<Story>();
-        QVERIFY(converse(channel, story, {u"init"_s}));
-        QVERIFY(waitForEnd(*story));
-        channel.stop();
+        Conversation talk(FakeScript().ignoringTheEnd(), {.exitGrace = 100ms});
+        QVERIFY(talk.ask({u"init"_s}));
+        talk.channel.stop();
         QCOMPARE(m_log.lines(),
                  QStringList{u"The card service ended: signal 9 (SIGKILL), as it had not left by itself"_s});
     }

@@ -22,8 +22,7 @@ public:
         for (const QString& scheme : {u"file"_s, u"mailto"_s})
             QDesktopServices::unsetUrlHandler(scheme);
     }
-    Desktop(const Desktop&) = delete;
-    Desktop& operator=(const Desktop&) = delete;
+    Q_DISABLE_COPY_MOVE(Desktop)
 
     QList<QUrl> taken;
 

@@ -1,4 +1,5 @@
 #include "service/installed/InstalledLibrary.h"
+#include "tests/common/Files.h"
 #include "tests/common/TestCase.h"
 
 #include <QDir>
@@ -33,9 +34,8 @@ public:
 
     void write(const QString& name, const QByteArray& content) const
     {
-        QFile file(path(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(content);
+        if (!writeFile(path(name), content))
+            qCritical("%s cannot be written", qPrintable(name));
     }
 
     [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
@@ -47,8 +47,8 @@ public:
     /// The calls so far, joined.
     [[nodiscard]] QByteArray calls() const
     {
-        QFile file(path(u"calls"_s));
-        return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().replace('\n', "; ") : QByteArray();
+        const QString file = path(u"calls"_s);
+        return QFile::exists(file) ? contentOf(file).trimmed().replace('\n', "; ") : QByteArray();
     }
 
 private:
@@ -64,8 +64,7 @@ public:
         m_file.open();
         ::dup2(m_file.handle(), STDERR_FILENO);
     }
-    ErrorCapture(const ErrorCapture&) = delete;
-    ErrorCapture& operator=(const ErrorCapture&) = delete;
+    Q_DISABLE_COPY_MOVE(ErrorCapture)
     ~ErrorCapture()
     {
         ::dup2(m_saved, STDERR_FILENO);
@@ -109,23 +108,16 @@ private Q_SLOTS:
                  "open; readers; readers; choose_readers <Feitian SCR301> <Alcor AU9540>; read_card");
     }
 
-    void onlyTheModesThatWantItHaveIt_data()
-    {
-        QTest::addColumn<LibraryMode>("mode");
-        QTest::addColumn<bool>("isUsed");
-        QTest::newRow("automatic") << LibraryMode::Automatic << true;
-        QTest::newRow("system") << LibraryMode::System << true;
-        QTest::newRow("embedded") << LibraryMode::Embedded << false;
-    }
-
     void onlyTheModesThatWantItHaveIt()
     {
-        QFETCH(LibraryMode, mode);
-        QFETCH(bool, isUsed);
-        const Installation installation;
-        InstalledLibrary library(installation.place());
-        QCOMPARE(library.initialise(mode).has_value(), isUsed);
-        QCOMPARE(installation.calls(), isUsed ? "open" : "");
+        for (const auto& [mode, isUsed] :
+             {std::pair(LibraryMode::Automatic, true), std::pair(LibraryMode::System, true),
+              std::pair(LibraryMode::Embedded, false)}) {
+            const Installation installation;
+            InstalledLibrary library(installation.place());
+            QCOMPARE(library.initialise(mode).has_value(), isUsed);
+            QCOMPARE(installation.calls(), isUsed ? "open" : "");
+        }
     }
 
     void itIsClosedByEveryChangeOfModeAndAtTheEnd()
@@ -224,38 +216,33 @@ private Q_SLOTS:
         QCOMPARE(library.initialise(LibraryMode::Automatic), std::optional(LibraryKind::System));
     }
 
-    void aLibraryThatEndsItsProcessIsRefusedWithALine()
+    void aLibraryThatDisturbsItsTrialIsNotLoaded_data()
     {
-        const Installation installation;
-        installation.write(u"interface.result"_s, "no number"); // on which it aborts
-        ErrorCapture errors;
-        InstalledLibrary library(installation.place());
-        QVERIFY(!library.initialise(LibraryMode::System).has_value());
-        QVERIFY2(errors.text().endsWith(u"ne se charge pas : l’essai est interrompu par le signal 6 (Aborted)\n"_s),
-                 qPrintable(errors.text()));
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<std::chrono::milliseconds>("limit");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("by ending its process")
+            << u"interface.result"_s << 30'000ms
+            << u"%1 ne se charge pas : l’essai est interrompu par le signal 6 (Aborted)"_s;
+        QTest::newRow("by hanging") << u"interface.hang"_s << 200ms << u"%1 ne se charge pas : rien en 0.2 s"_s;
+        QTest::newRow("by changing") << u"interface.touch"_s << 30'000ms << u"%1 a changé pendant son essai"_s;
     }
 
-    void aLibraryThatHangsWhenItIsLoadedIsRefusedInTime()
+    void aLibraryThatDisturbsItsTrialIsNotLoaded()
     {
+        QFETCH(const QString, file);
+        QFETCH(const std::chrono::milliseconds, limit);
+        QFETCH(const QString, reason);
         const Installation installation;
-        installation.write(u"interface.hang"_s, "");
+        installation.write(file, "no number"); // a result on which it aborts
         QElapsedTimer timer;
         timer.start();
-        const auto functions = loadInstalledFunctions(installation.place(), 200ms);
+        const auto functions = loadInstalledFunctions(installation.place(), limit);
         QVERIFY(!functions.has_value());
-        QCOMPARE(functions.error().reason, installation.path(u"library.so"_s) + u" ne se charge pas : rien en 0.2 s"_s);
+        QCOMPARE(functions.error().reason, reason.arg(installation.path(u"library.so"_s)));
         QVERIFY(timer.elapsed() < 5000);
         QCOMPARE(::waitpid(-1, nullptr, WNOHANG), -1);
         QCOMPARE(errno, ECHILD);
-    }
-
-    void aLibraryThatChangesWhileItIsTriedIsNotLoaded()
-    {
-        const Installation installation;
-        installation.write(u"interface.touch"_s, "");
-        const auto functions = loadInstalledFunctions(installation.place());
-        QVERIFY(!functions.has_value());
-        QCOMPARE(functions.error().reason, installation.path(u"library.so"_s) + u" a changé pendant son essai"_s);
     }
 
     void aLibraryThatDoesNotOpenIsNotUsed()

@@ -44,8 +44,7 @@ class MacintoshTrash
 public:
     MacintoshTrash() = default;
     virtual ~MacintoshTrash() = default;
-    MacintoshTrash(const MacintoshTrash&) = delete;
-    MacintoshTrash& operator=(const MacintoshTrash&) = delete;
+    Q_DISABLE_COPY_MOVE(MacintoshTrash)
 
     [[nodiscard]] virtual bool trashItem(const QString& path) = 0;
     [[nodiscard]] virtual bool recycleItem(const QString& name, const QString& parentFolder) = 0;

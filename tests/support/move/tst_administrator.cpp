@@ -17,8 +17,7 @@ class FakeAsking
 public:
     explicit FakeAsking(const QByteArray& script);
     ~FakeAsking() { qputenv("PATH", m_pathBefore); }
-    FakeAsking(const FakeAsking&) = delete;
-    FakeAsking& operator=(const FakeAsking&) = delete;
+    Q_DISABLE_COPY_MOVE(FakeAsking)
 
     [[nodiscard]] QByteArray record() const;
 
