@@ -72,6 +72,12 @@ bool isReady(const std::future<Claim>& claim)
     return claim.wait_for(0s) == std::future_status::ready;
 }
 
+// Whether a start that runs beside the first one reaches that.
+bool reachesTheFirst(std::future<Claim> later)
+{
+    return QTest::qWaitFor([&later] { return isReady(later); }, 20'000) && later.get() == Claim::AlreadyRunning;
+}
+
 /// Whether the other side has hung up without a word.
 bool isDismissed(const FileDescriptor& guest)
 {
@@ -101,6 +107,14 @@ QString keyOf(const QStringList& arguments)
     return SingleInstance::keyFor(CommandLine::parse(QStringList{u"pelmora"_s} + arguments).value());
 }
 
+// The instance of a folder of its own: `auto [folder, first, claim] = First();`
+struct First
+{
+    Folder folder;
+    SingleInstance instance{folder.open(), u"a"_s};
+    Claim claim = instance.claim({});
+};
+
 } // namespace
 
 class tst_SingleInstance : public TestCase
@@ -110,24 +124,20 @@ class tst_SingleInstance : public TestCase
 private Q_SLOTS:
     void theFirstStartIsTheInstance()
     {
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         QCOMPARE(folder.names(), (QStringList{u"pelmora-a.lock"_s, u"pelmora-a.socket"_s}));
     }
 
     void aLaterStartReachesIt()
     {
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         first.startListening();
         const QSignalSpy reopened(&first, &SingleInstance::reopenRequested);
         const QSignalSpy opened(&first, &SingleInstance::openRequested);
         for (qsizetype start = 1; start <= 3; ++start) {
-            std::future<Claim> later = folder.laterStart();
-            QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
-            QCOMPARE(later.get(), Claim::AlreadyRunning);
+            QVERIFY(reachesTheFirst(folder.laterStart()));
             QTRY_COMPARE(reopened.size(), start);
         }
         QCOMPARE(opened.size(), 0);
@@ -135,15 +145,12 @@ private Q_SLOTS:
 
     void aLaterStartHandsItsCardOver()
     {
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         first.startListening();
         const QSignalSpy reopened(&first, &SingleInstance::reopenRequested);
         const QSignalSpy opened(&first, &SingleInstance::openRequested);
-        std::future<Claim> later = folder.laterStart(u"/été/carte 1.xml"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
-        QCOMPARE(later.get(), Claim::AlreadyRunning);
+        QVERIFY(reachesTheFirst(folder.laterStart(u"/été/carte 1.xml"_s)));
         QTRY_COMPARE(opened.size(), 1);
         QCOMPARE(opened[0][0].toString(), u"/été/carte 1.xml"_s);
         QCOMPARE(reopened.size(), 0);
@@ -151,15 +158,13 @@ private Q_SLOTS:
 
     void whoComesBeforeItListensIsHeardAfterwards()
     {
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         std::future<Claim> later = folder.laterStart();
         const QSignalSpy reopened(&first, &SingleInstance::reopenRequested);
         QCOMPARE(later.wait_for(50ms), std::future_status::timeout);
         first.startListening();
-        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
-        QCOMPARE(later.get(), Claim::AlreadyRunning);
+        QVERIFY(reachesTheFirst(std::move(later)));
         QTRY_COMPARE(reopened.size(), 1);
     }
 
@@ -180,9 +185,8 @@ private Q_SLOTS:
 
     void oneThatDoesNotAnswerIsNotWaitedForLong()
     {
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         QElapsedTimer timer;
         timer.start();
         SingleInstance later(folder.open(), u"a"_s, 200ms);
@@ -215,9 +219,7 @@ private Q_SLOTS:
         SingleInstance first(folder.open(), u"a"_s);
         QCOMPARE(first.claim({}), Claim::First);
         first.startListening();
-        std::future<Claim> later = folder.laterStart();
-        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
-        QCOMPARE(later.get(), Claim::AlreadyRunning);
+        QVERIFY(reachesTheFirst(folder.laterStart()));
     }
 
     void programsThatItStartsDoNotKeepTheClaim()
@@ -275,9 +277,8 @@ private Q_SLOTS:
     void malformedMessagesAreDropped()
     {
         QFETCH(const QByteArray, message);
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         first.startListening();
         const QSignalSpy reopened(&first, &SingleInstance::reopenRequested);
         const QSignalSpy opened(&first, &SingleInstance::openRequested);
@@ -286,16 +287,13 @@ private Q_SLOTS:
         QTRY_VERIFY(isDismissed(guest));
         QCOMPARE(reopened.size() + opened.size(), 0);
         // The next one is heard all the same.
-        std::future<Claim> later = folder.laterStart();
-        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
-        QCOMPARE(later.get(), Claim::AlreadyRunning);
+        QVERIFY(reachesTheFirst(folder.laterStart()));
     }
 
     void guestsThatKeepSilentDoNotCrowdOutOthers()
     {
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         first.startListening();
         std::vector<FileDescriptor> silent;
         for (int guest = 0; guest < 8; ++guest) {
@@ -303,9 +301,7 @@ private Q_SLOTS:
             QVERIFY(silent.back().isValid());
             QCoreApplication::processEvents();
         }
-        std::future<Claim> later = folder.laterStart();
-        QTRY_VERIFY_WITH_TIMEOUT(isReady(later), 20'000);
-        QCOMPARE(later.get(), Claim::AlreadyRunning);
+        QVERIFY(reachesTheFirst(folder.laterStart()));
         QVERIFY(isDismissed(silent.front()));
         QVERIFY(!isDismissed(silent.back()));
     }
@@ -315,9 +311,8 @@ private Q_SLOTS:
 #ifdef __SANITIZE_ADDRESS__
         QSKIP("the sanitizer needs descriptors of its own");
 #endif
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         first.startListening();
         const QSignalSpy opened(&first, &SingleInstance::openRequested);
         const FileDescriptor guest = folder.guest(InstanceMessage{u"/carte.xml"_s}.encoded());
@@ -342,9 +337,8 @@ private Q_SLOTS:
 
     void theClaimIsGivenUpWhenTheEventLoopEnds()
     {
-        const Folder folder;
-        SingleInstance first(folder.open(), u"a"_s);
-        QCOMPARE(first.claim({}), Claim::First);
+        auto [folder, first, claim] = First();
+        QCOMPARE(claim, Claim::First);
         first.startListening();
         first.release();
         SingleInstance next(folder.open(), u"a"_s, 0ms);

@@ -15,6 +15,20 @@ namespace {
 
 constexpr auto lateEnough = 20ms;
 
+/// A window on the screen, and its sheet: `auto [window, sheet] = SheetOfWindow();`
+struct SheetOfWindow
+{
+    template <typename... Patience>
+    explicit SheetOfWindow(Patience... patience)
+        : sheet(&window, patience...)
+    {
+        window.show();
+    }
+
+    QWidget window;
+    ProgressSheet sheet;
+};
+
 } // namespace
 
 class tst_ProgressSheet : public TestCase
@@ -24,9 +38,7 @@ class tst_ProgressSheet : public TestCase
 private Q_SLOTS:
     void itIsAWindowModalSheetWithTheMessage()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window);
+        auto [window, sheet] = SheetOfWindow();
         sheet.begin(u"Lecture de la carte vitale en cours…"_s);
         QVERIFY(sheet.isVisible());
         QCOMPARE(sheet.windowModality(), Qt::WindowModal);
@@ -36,9 +48,7 @@ private Q_SLOTS:
 
     void untilItOffersToCancelNeitherEscapeNorClosingDoAnything()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window);
+        auto [window, sheet] = SheetOfWindow();
         const QSignalSpy finished(&sheet, &QDialog::finished);
         const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
         sheet.begin(u"Lecture"_s);
@@ -53,9 +63,7 @@ private Q_SLOTS:
 
     void afterAWhileItOffersToCancelAndStaysUntilItIsTakenDown()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window, lateEnough);
+        auto [window, sheet] = SheetOfWindow(lateEnough);
         const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
         sheet.begin(u"Lecture"_s);
         QVERIFY(QTest::qWaitForWindowActive(&sheet));
@@ -79,9 +87,7 @@ private Q_SLOTS:
 
     void theOfferToCancelHasTheKeyboardAndTellsWhyItIsThere()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window, lateEnough);
+        auto [window, sheet] = SheetOfWindow(lateEnough);
         const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
         sheet.begin(u"Lecture"_s);
         QVERIFY(QTest::qWaitForWindowActive(&sheet));
@@ -98,9 +104,7 @@ private Q_SLOTS:
 
     void eachReadBeginsWithoutTheOffer()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window, lateEnough);
+        auto [window, sheet] = SheetOfWindow(lateEnough);
         sheet.begin(u"Lecture"_s);
         QTRY_VERIFY(sheet.cancelButton()->isVisible());
         sheet.end();
@@ -113,9 +117,7 @@ private Q_SLOTS:
 
     void itEndsWithTheCodeOneAndCanBeginAgain()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window);
+        auto [window, sheet] = SheetOfWindow();
         const QSignalSpy finished(&sheet, &QDialog::finished);
         sheet.end();
         QCOMPARE(finished.count(), 0);
@@ -130,9 +132,7 @@ private Q_SLOTS:
 
     void itTurnsWhileItIsUp()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window);
+        auto [window, sheet] = SheetOfWindow();
         QVERIFY(!sheet.progressIndicator()->isAnimating());
         sheet.begin(u"Lecture"_s);
         QVERIFY(QTest::qWaitForWindowExposed(&sheet));
@@ -146,9 +146,7 @@ private Q_SLOTS:
     void itAsksForPatienceAfterAWhileAndOnlyThen()
     {
         QCOMPARE(ProgressSheet::usualPatience, 5s);
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window, lateEnough);
+        auto [window, sheet] = SheetOfWindow(lateEnough);
         sheet.begin(u"Lecture"_s);
         QVERIFY(!sheet.patienceLabel()->isVisible());
         const int width = sheet.width();
@@ -164,9 +162,7 @@ private Q_SLOTS:
 
     void anotherMessageReplacesTheOneThatIsShown()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window);
+        auto [window, sheet] = SheetOfWindow();
         sheet.begin(u"Lecture"_s);
         sheet.begin(u"Autre"_s);
         QCOMPARE(sheet.informationsTextField()->text(), u"Autre"_s);
@@ -176,9 +172,7 @@ private Q_SLOTS:
 
     void assistiveTechnologyFindsAProgressBar()
     {
-        QWidget window;
-        window.show();
-        ProgressSheet sheet(&window);
+        auto [window, sheet] = SheetOfWindow();
         QAccessibleInterface* ring = QAccessible::queryAccessibleInterface(sheet.progressIndicator());
         QCOMPARE(ring->role(), QAccessible::ProgressBar);
         QVERIFY(!ring->text(QAccessible::Name).isEmpty());

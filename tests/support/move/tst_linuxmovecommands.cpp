@@ -34,6 +34,22 @@ bool makeBundle(const QString& path)
            program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
+/// A bundle, and where it shall be copied: `const auto [folder, source, destination, isMade] = Bundles();`
+struct Bundles
+{
+    explicit Bundles(const QString& name = u"Pelmora"_s)
+        : source(folder.path() + u'/' + name + ".app"_L1)
+        , destination(folder.path() + "/Applications/"_L1 + name + ".app"_L1)
+        , isMade(makeBundle(source) && QDir().mkpath(folder.path() + "/Applications"_L1))
+    {
+    }
+
+    QTemporaryDir folder;
+    QString source;
+    QString destination;
+    bool isMade;
+};
+
 } // namespace
 
 class tst_LinuxMoveCommands : public TestCase
@@ -73,9 +89,8 @@ private Q_SLOTS:
     void theRunningCopyIsOpenedWhateverItsPath()
     {
         QFETCH(const QString, name);
-        const QTemporaryDir folder;
-        const QString path = folder.path() + u'/' + name + ".app"_L1;
-        QVERIFY(makeBundle(path));
+        const auto [folder, path, destination, isMade] = Bundles(name);
+        QVERIFY(isMade);
         const MoveCommand command = LinuxMoveCommands({name}).openRunningCopy(path);
         QCOMPARE(QProcess::execute(command.program, command.arguments), 0);
         QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
@@ -85,9 +100,8 @@ private Q_SLOTS:
     void theCopyIsStartedWhenTheProcessHasEnded()
     {
         QFETCH(const QString, name);
-        const QTemporaryDir folder;
-        const QString path = folder.path() + u'/' + name + ".app"_L1;
-        QVERIFY(makeBundle(path));
+        const auto [folder, path, destination, isMade] = Bundles(name);
+        QVERIFY(isMade);
         QProcess running;
         running.start(u"sleep"_s, {u"60"_s});
         QVERIFY(running.waitForStarted());
@@ -99,11 +113,10 @@ private Q_SLOTS:
         QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
     }
 
-    void aProcessThatNobodyAsksForHasEndedAllTheSame()
+    void aProcessThatItsParentHasNotReapedHasEnded()
     {
-        const QTemporaryDir folder;
-        const QString path = folder.path() + "/Pelmora.app"_L1;
-        QVERIFY(makeBundle(path));
+        const auto [folder, path, destination, isMade] = Bundles();
+        QVERIFY(isMade);
         // A shell that becomes a program which never asks for the shell's child. The child ends after that: a shell
         // might ask.
         QProcess parent;
@@ -143,15 +156,12 @@ private Q_SLOTS:
 
     void theAdministratorsCopyServesEveryUser()
     {
-        const QTemporaryDir folder;
-        const QString source = folder.path() + "/Pelmora.app"_L1;
-        const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
-        QVERIFY(makeBundle(source));
-        QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+        const auto [folder, source, destination, isMade] = Bundles();
+        QVERIFY(isMade);
         QFile text(source + "/texte"_L1);
         QVERIFY(text.open(QIODevice::WriteOnly));
         text.close();
-        // Unpacked by somebody careful, and changed by somebody careless.
+        // Permissions that are too narrow, and others that are too wide.
         QCOMPARE(chmod(QFile::encodeName(source).constData(), 0700), 0);
         QCOMPARE(chmod(QFile::encodeName(source + "/bin"_L1).constData(), 0777), 0);
         QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06500), 0);
@@ -187,12 +197,10 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
     }
 
-    void whatSomebodyKeepsBesideTheCopyStays()
+    void otherFoldersBesideTheCopyStay()
     {
-        const QTemporaryDir folder;
-        const QString source = folder.path() + "/Pelmora.app"_L1;
-        const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
-        QVERIFY(makeBundle(source));
+        const auto [folder, source, destination, isMade] = Bundles();
+        QVERIFY(isMade);
         QVERIFY(makeBundle(destination));
         QVERIFY(makeBundle(destination + ".old"_L1));
         QVERIFY(makeBundle(destination + ".part"_L1));
@@ -206,13 +214,10 @@ private Q_SLOTS:
 
     void linksInACopyAreNotFollowed()
     {
-        const QTemporaryDir folder;
-        const QString source = folder.path() + "/Pelmora.app"_L1;
-        const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
+        const auto [folder, source, destination, isMade] = Bundles();
+        QVERIFY(isMade);
         const QString secret = folder.path() + "/privé"_L1;
-        QVERIFY(makeBundle(source));
         QVERIFY(makeBundle(secret));
-        QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
         QCOMPARE(chmod(QFile::encodeName(secret).constData(), 0700), 0);
         QVERIFY(QFile::link(secret, source + "/lien"_L1));
         const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, destination);
@@ -223,11 +228,8 @@ private Q_SLOTS:
 
     void whatIsBeingCopiedIsClosedToOthers()
     {
-        const QTemporaryDir folder;
-        const QString source = folder.path() + "/Pelmora.app"_L1;
-        const QString destination = folder.path() + "/Applications/Pelmora.app"_L1;
-        QVERIFY(makeBundle(source));
-        QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
+        const auto [folder, source, destination, isMade] = Bundles();
+        QVERIFY(isMade);
         QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06755), 0);
         // In the place of the program that gives the copy its permissions: tells who may enter the folder above it.
         QFile watcher(folder.path() + "/programmes/chmod"_L1);
