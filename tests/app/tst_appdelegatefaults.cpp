@@ -1,9 +1,9 @@
 #include "card/PelmoraError.h"
 #include "tests/app/Office.h"
 #include "tests/common/TestCase.h"
+#include "tests/platform/gui/Desktop.h"
 
 #include <QAction>
-#include <QDesktopServices>
 #include <QDir>
 #include <QMenu>
 #include <QPdfWriter>
@@ -43,34 +43,6 @@ void __wrap__Z4beepv()
     ++beeps;
 }
 }
-
-/// Stands in for the desktop's way to open files and to write mails.
-class Desktop final : public QObject
-{
-    Q_OBJECT
-
-public:
-    Desktop()
-    {
-        for (const QString& scheme : m_schemes)
-            QDesktopServices::setUrlHandler(scheme, this, "open");
-    }
-    ~Desktop() override
-    {
-        for (const QString& scheme : m_schemes)
-            QDesktopServices::unsetUrlHandler(scheme);
-    }
-    Q_DISABLE_COPY_MOVE(Desktop)
-
-    [[nodiscard]] const QList<QUrl>& opened() const { return m_opened; }
-
-public Q_SLOTS:
-    void open(const QUrl& address) { m_opened.append(address); }
-
-private:
-    const QStringList m_schemes{u"file"_s, u"mailto"_s};
-    QList<QUrl> m_opened;
-};
 
 class tst_AppDelegateFaults : public TestCase
 {

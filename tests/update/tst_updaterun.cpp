@@ -1,11 +1,11 @@
 #include "platform/UserDefaults.h"
 #include "tests/common/TestCase.h"
+#include "tests/platform/gui/Desktop.h"
 #include "tests/update/UpdateFixture.h"
 #include "update/UpdateRun.h"
 #include "update/UpdateWindow.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QDir>
 #include <QLabel>
 #include <QPushButton>
@@ -45,25 +45,6 @@ void press(const QString& text)
 }
 
 } // namespace
-
-/// Stands in for the desktop's way to open files.
-class Desktop final : public QObject
-{
-    Q_OBJECT
-
-public:
-    Desktop() { QDesktopServices::setUrlHandler(u"file"_s, this, "open"); }
-    ~Desktop() override { QDesktopServices::unsetUrlHandler(u"file"_s); }
-    Q_DISABLE_COPY_MOVE(Desktop)
-
-    [[nodiscard]] const QList<QUrl>& opened() const { return m_opened; }
-
-public Q_SLOTS:
-    void open(const QUrl& address) { m_opened.append(address); }
-
-private:
-    QList<QUrl> m_opened;
-};
 
 class tst_UpdateRun : public TestCase
 {

@@ -1,6 +1,7 @@
 #include "app/desktop/RuntimeFolder.h"
 #include "app/desktop/SingleInstance.h"
 #include "app/models/CommandLine.h"
+#include "tests/common/EventCount.h"
 #include "tests/common/TestCase.h"
 
 #include <QElapsedTimer>
@@ -84,23 +85,6 @@ bool isDismissed(const FileDescriptor& guest)
     char received = 0;
     return recv(guest.get(), &received, 1, MSG_DONTWAIT) == 0;
 }
-
-/// How often a descriptor was said to be ready.
-class AnnouncementCount final : public QObject
-{
-public:
-    [[nodiscard]] int value() const { return m_value; }
-
-protected:
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
-    {
-        m_value += event->type() == QEvent::SockAct ? 1 : 0;
-        return false;
-    }
-
-private:
-    int m_value = 0;
-};
 
 QString keyOf(const QStringList& arguments)
 {
@@ -323,8 +307,7 @@ private Q_SLOTS:
         const FileDescriptor nextFree(dup(guest.get()));
         const rlimit none{static_cast<rlim_t>(nextFree.get()), before.rlim_max};
         QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
-        AnnouncementCount announcements;
-        qApp->installEventFilter(&announcements);
+        const EventCount announcements(*qApp, QEvent::SockAct);
         bool isOver = false;
         QTimer::singleShot(600, this, [&isOver] { isOver = true; });
         QTRY_VERIFY(isOver);

@@ -1,6 +1,7 @@
-#include "attestation/viewer/DocumentView.h"
 #include "attestation/viewer/MVClipView.h"
 #include "attestation/viewer/ScrollView.h"
+#include "tests/attestation/viewer/Sheet.h"
+#include "tests/common/EventCount.h"
 #include "tests/common/TestCase.h"
 
 #include <QApplication>
@@ -16,15 +17,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class Sheet final : public DocumentView
-{
-public:
-    explicit Sheet(QSizeF size) { setDocumentSize(size); }
-
-protected:
-    void drawRect(QPainter& painter) const override { painter.fillRect(QRectF(QPointF(), documentSize()), Qt::white); }
-};
-
 // A clip view, and its document of 600 by 800 points.
 struct Clip
 {
@@ -32,24 +24,6 @@ struct Clip
 
     MVClipView view;
     Sheet document{{600, 800}}; // ends before the view, whose child it is
-};
-
-// How often a widget is asked to paint itself.
-class PaintCounter final : public QObject
-{
-public:
-    explicit PaintCounter(QWidget& widget) { widget.installEventFilter(this); }
-    [[nodiscard]] int count() const { return m_count; }
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        m_count += event->type() == QEvent::Paint ? 1 : 0;
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    int m_count = 0;
 };
 
 } // namespace
@@ -102,12 +76,12 @@ private Q_SLOTS:
         clip.view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&clip.view));
         QCoreApplication::processEvents();
-        const PaintCounter paints(clip.view);
+        const EventCount paints(clip.view, QEvent::Paint);
         QCoreApplication::processEvents();
-        QCOMPARE(paints.count(), 0);
+        QCOMPARE(paints.value(), 0);
         // The same as before.
         clip.view.setScale({1, 1});
-        QTRY_COMPARE(paints.count(), 1);
+        QTRY_COMPARE(paints.value(), 1);
     }
 
     void theScaleIsTheOneSet()

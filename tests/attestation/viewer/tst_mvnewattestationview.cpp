@@ -4,6 +4,7 @@
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/viewer/MVNewAttestationView.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/EventCount.h"
 #include "tests/common/TestCase.h"
 
 #include <QApplication>
@@ -54,22 +55,6 @@ QPalette darkPalette()
     palette.setColor(QPalette::Base, Qt::blue);
     return palette;
 }
-
-class PaintCount final : public QObject
-{
-public:
-    [[nodiscard]] int value() const { return m_value; }
-
-protected:
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
-    {
-        m_value += event->type() == QEvent::Paint ? 1 : 0;
-        return false;
-    }
-
-private:
-    int m_value = 0;
-};
 
 } // namespace
 
@@ -287,8 +272,7 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(view.get()));
         view->setPlacement(QTransform::fromScale(0.5, 0.5));
         QTest::qWait(0);
-        PaintCount count;
-        view->installEventFilter(&count);
+        const EventCount count(*view, QEvent::Paint);
         view->setPlacement(QTransform::fromScale(0.5, 0.5));
         QTest::qWait(0);
         QCOMPARE(count.value(), 0);

@@ -1,6 +1,6 @@
-#include "attestation/viewer/DocumentView.h"
 #include "attestation/viewer/MVClipView.h"
 #include "attestation/viewer/MVScrollView.h"
+#include "tests/attestation/viewer/Sheet.h"
 #include "tests/common/TestCase.h"
 
 #include <QApplication>
@@ -14,15 +14,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class Sheet final : public DocumentView
-{
-public:
-    explicit Sheet(QSizeF size) { setDocumentSize(size); }
-
-protected:
-    void drawRect(QPainter& painter) const override { painter.fillRect(QRectF(QPointF(), documentSize()), Qt::white); }
-};
 
 // A scroll view as the viewer has it, on the screen, with a document of 600 by 800 points.
 class Scroll

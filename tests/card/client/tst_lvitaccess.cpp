@@ -143,10 +143,9 @@ private Q_SLOTS:
 
     void whyThereAreNoReadersComesWithTheError()
     {
-        const FakeService fake;
-        const FakeScript script =
-            FakeScript().readers({}).text("readers_list", "Detail", "Le service PC/SC ne répond pas.");
-        const auto bound = awaitBind(makeClient(fake.command(script)));
+        const auto [fake, client] =
+            Served(FakeScript().readers({}).text("readers_list", "Detail", "Le service PC/SC ne répond pas."));
+        const auto bound = awaitBind(client);
         QCOMPARE(summary(bound), noReader);
         QCOMPARE(bound->error->detail(), u"Le service PC/SC ne répond pas."_s);
     }

@@ -1,34 +1,10 @@
 #include "platform/gui/Workspace.h"
 #include "tests/common/TestCase.h"
+#include "tests/platform/gui/Desktop.h"
 
-#include <QDesktopServices>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-/// Takes what the program wants opened, in the desktop's place.
-class Desktop : public QObject
-{
-    Q_OBJECT
-
-public:
-    Desktop()
-    {
-        for (const QString& scheme : {u"file"_s, u"mailto"_s})
-            QDesktopServices::setUrlHandler(scheme, this, "take");
-    }
-    ~Desktop() override
-    {
-        for (const QString& scheme : {u"file"_s, u"mailto"_s})
-            QDesktopServices::unsetUrlHandler(scheme);
-    }
-    Q_DISABLE_COPY_MOVE(Desktop)
-
-    QList<QUrl> taken;
-
-public Q_SLOTS:
-    void take(const QUrl& url) { taken.append(url); }
-};
 
 class tst_Workspace : public TestCase
 {
@@ -52,9 +28,9 @@ private Q_SLOTS:
         QFETCH(const QString, path);
         const Desktop desktop;
         QVERIFY(Workspace::openFile(path));
-        QCOMPARE(desktop.taken.size(), 1);
-        QCOMPARE(desktop.taken.first().toLocalFile(), path);
-        QTEST(desktop.taken.first().toEncoded(), "encoded");
+        QCOMPARE(desktop.opened().size(), 1);
+        QCOMPARE(desktop.opened().constFirst().toLocalFile(), path);
+        QTEST(desktop.opened().constFirst().toEncoded(), "encoded");
     }
 
     void anAddressIsOpenedAsItIs()
@@ -62,7 +38,7 @@ private Q_SLOTS:
         const Desktop desktop;
         const QUrl url(u"mailto:support@morvel.example?subject=Suggestion%20pour%20le%20logiciel%20PELMORA"_s);
         QVERIFY(Workspace::openUrl(url));
-        QCOMPARE(desktop.taken, QList<QUrl>{url});
+        QCOMPARE(desktop.opened(), QList<QUrl>{url});
     }
 };
 
