@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# clang-tidy over the shipped sources, with the checks of .clang-tidy, and over the tests, with those of tests/.clang-tidy; any
-# finding is a failure. Needs the sources that the dev and asan builds generate.
+# clang-tidy over the shipped sources, with the checks of .clang-tidy, and over the tests, with those of tests/.clang-tidy. Any
+# finding is a failure. Needs the generated sources of the dev and asan builds.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh
@@ -12,8 +12,8 @@ for preset in dev asan; do
 done
 folders='(platform|support|update|card|service|attestation|prefs|app)'
 
-# Most checks look at everything that a source includes, Qt's headers too, and spend their time there. So they run over the
-# sources as the asan build compiles them, together. Those that judge only the source they were given run on each by itself.
+# Most checks process all included headers, which takes most of their time. So they run on the combined sources of the asan
+# build. Checks that only consider the main source run on each source.
 alone=bugprone-suspicious-include,misc-unused-using-decls,clang-analyzer-*
 run-clang-tidy-19 -quiet -p build/asan -j "$(nproc)" -checks="-${alone//,/,-}" \
     -extra-arg=-Wno-unknown-warning-option \
