@@ -118,6 +118,7 @@ pid_t spawn(const ChildSetup& setup)
     pthread_sigmask(SIG_SETMASK, &allSignals, &before);
     // vfork takes 0.1 ms at any size of the application; fork takes 1.2 ms at 100 MiB, and page faults after it.
     // becomeService neither writes memory nor returns, so vfork is safe.
+    // NOLINTBEGIN(bugprone-unsafe-functions,cert-msc24-c,cert-msc33-c,clang-analyzer-*)
     const pid_t child = vfork();
     if (child == 0)
         becomeService(setup);
