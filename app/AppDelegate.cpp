@@ -35,7 +35,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     , m_window(surroundings.window)
     , m_lvit(std::move(client))
     , m_reading(m_lvit, m_settings, *this)
-    , m_printDesk(m_settings, m_logos, m_fonts, m_bundle.pathForProgram(u"pelmora-cards"_s))
+    , m_printDesk(m_settings, m_logos, m_fonts, m_bundle.pathForProgram(u"pelmora-print"_s))
     , m_occupation(m_reading, m_printDesk)
     , m_front(m_window, m_printDesk)
     , m_writing(m_window)

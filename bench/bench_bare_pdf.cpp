@@ -22,7 +22,7 @@ int main(int argc, char* argv[])
 
     const QString& resources = arguments[1];
     const BareFonts fonts = loadBareFonts(resources);
-    QSvgRenderer logo(resources + "/01.svg"_L1);
+    QSvgRenderer logo(QStringLiteral(PELMORA_LOGOS "/01.svg"));
     const QByteArray document = barePdf(fonts, logo);
     QFile file(arguments[2]);
     return file.open(QIODevice::WriteOnly) && file.write(document) == document.size() ? 0 : 1;

@@ -3,9 +3,9 @@
 // picture. Meant for a screen of 3840 by 2160 pixels.
 #include "BarePage.h"
 #include "SpecimenCard.h"
-#include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/print/PrintDesk.h"
+#include "attestation/text/PageFonts.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
 #include "attestation/viewer/MVNewAttestationView.h"
 #include "attestation/viewer/MVScrollView.h"
@@ -175,7 +175,7 @@ int main(int argc, char* argv[])
     MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
     viewer.setVitale(specimenCard());
     QWidget& page = *viewer.scrollView()->findChild<MVNewAttestationView*>();
-    QSvgRenderer logo(*bundle.pathForResource(u"01"_s, u"svg"_s));
+    QSvgRenderer logo(QStringLiteral(PELMORA_LOGOS "/01.svg"));
     BareWindow bare(loadBareFonts(resources), logo);
     bare.move(0, 0);
     viewer.window()->move(0, 0);

@@ -4,6 +4,8 @@ build_packages=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-svg-dev libxml2-dev libplist-dev libfmt-dev libcups2-dev libsodium-dev libxcb1-dev
     libpcsclite-dev libseccomp-dev
+    # The document: its objects, its texts, its colours.
+    libqpdf-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev liblcms2-dev zlib1g-dev
     # French texts of Qt's own dialogs.
     qt6-translations-l10n
     # The page's fonts are cut from Roboto when the program is built.
@@ -15,7 +17,7 @@ portable_packages=(zstd)
 
 test_packages=(
     # For reading PDF files in tests; the validator of PDF/A is a Java program.
-    poppler-utils qpdf default-jre-headless
+    poppler-utils mupdf-tools qpdf python3-pikepdf default-jre-headless
     libpdfbox2-java libfontbox2-java libcommons-logging-java libjaxb-api-java libactivation-java
     # Windows: a display, a window manager, and the accessibility bus for controlling them.
     xvfb xauth xdotool openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 imagemagick x11-utils wmctrl trayer

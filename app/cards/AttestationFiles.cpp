@@ -1,6 +1,6 @@
 #include "app/cards/AttestationFiles.h"
 
-#include "attestation/page/AttestationPdf.h"
+#include "attestation/document/AttestationPdf.h"
 #include "attestation/page/PageOfCard.h"
 #include "card/CardKeys.h"
 #include "platform/ObjectText.h"
@@ -28,12 +28,14 @@ AttestationDocument AttestationFiles::document(const CardRecord& record) const
 std::expected<QString, SaveFailure> AttestationFiles::write(const AttestationDocument& document)
 {
     if (!MXUtils::checkFolderAtPath(document.folder, true))
-        return std::unexpected(SaveFailure{SaveFailure::Kind::FolderUnusable, document.folder, {}});
+        return std::unexpected(SaveFailure{SaveFailure::Kind::FolderUnusable, document.folder, {}, {}});
     QString path = document.folder + u'/' + document.fileName;
-    if (document.pdf.isEmpty())
-        return std::unexpected(SaveFailure{SaveFailure::Kind::NoDocument, path, {}});
-    if (const std::expected<void, WriteFailure> written = writePrivateFile(path, document.pdf); !written)
-        return std::unexpected(SaveFailure{SaveFailure::Kind::WriteFailed, path, written.error()});
+    if (!document.pdf) {
+        return std::unexpected(
+            SaveFailure{SaveFailure::Kind::NoDocument, path, {}, document.pdf.error().localizedDescription()});
+    }
+    if (const std::expected<void, WriteFailure> written = writePrivateFile(path, *document.pdf); !written)
+        return std::unexpected(SaveFailure{SaveFailure::Kind::WriteFailed, path, written.error(), {}});
     return path;
 }
 

@@ -3,6 +3,7 @@
 #include "app/cards/SaveFailure.h"
 #include "attestation/page/PageOptions.h"
 #include "card/CardRecord.h"
+#include "platform/Error.h"
 
 #include <QByteArray>
 #include <QString>
@@ -17,8 +18,7 @@ struct AttestationDocument
 {
     QString folder;
     QString fileName;
-    /// Empty when none could be made.
-    QByteArray pdf;
+    std::expected<QByteArray, Error> pdf;
 };
 
 /// The attestations of one folder: each record becomes one PDF file there, named after its insured person. Main thread.

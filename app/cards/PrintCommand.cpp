@@ -1,10 +1,9 @@
 #include "app/cards/PrintCommand.h"
 
-#include "attestation/page/AttestationPdf.h"
+#include "attestation/document/AttestationPdf.h"
 #include "attestation/page/PageOfCard.h"
+#include "platform/Bundle.h"
 #include "platform/print/PrintServer.h"
-
-#include <QCoreApplication>
 
 #include <algorithm>
 #include <utility>
@@ -13,10 +12,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// This program is the print helper, too.
 PrintAnswer answerOfServer(const PrintRequest& request)
 {
-    return PrintServer(QCoreApplication::applicationFilePath()).askAndWait(request);
+    return PrintServer(Bundle::mainBundle().pathForProgram(u"pelmora-print"_s)).askAndWait(request);
 }
 
 } // namespace
@@ -42,10 +40,10 @@ std::expected<PrintInfo, QString> PrintCommand::defaultPrinter()
 
 std::expected<void, QString> PrintCommand::handle(const CardRecord& record)
 {
-    const QByteArray pdf = renderAttestationPdf(pageOfCard(record, m_options, m_logos), m_fonts, m_info.sheet);
-    if (pdf.isEmpty())
-        return std::unexpected(PrintInfo::documentError().localizedDescription());
-    const PrintAnswer printed = answerOfServer(m_info.job(pdf));
+    const auto pdf = renderAttestationPdf(pageOfCard(record, m_options, m_logos), m_fonts, m_info.sheet);
+    if (!pdf)
+        return std::unexpected(pdf.error().localizedDescription());
+    const PrintAnswer printed = answerOfServer(m_info.job(*pdf));
     if (!printed)
         return std::unexpected(printed.error().localizedDescription());
     return {};

@@ -7,19 +7,18 @@
 #include "app/cards/SaveCommand.h"
 #include "app/models/CardServiceRequests.h"
 #include "app/models/CommandLine.h"
-#include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
+#include "attestation/text/PageFonts.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "prefs/settings/StandardPreferences.h"
 
-#include <QGuiApplication>
+#include <QCoreApplication>
 
 #include <array>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 
 using namespace Qt::StringLiterals;
 
@@ -55,15 +54,12 @@ void takeCardInReader(const std::shared_ptr<LVitAccess>& client, CardsCommand& c
     QCoreApplication::exec();
 }
 
-// Without a display either. The command that was made sees the card files or the card in the reader.
+// The command that was made sees the card files or the card in the reader.
 int runWithoutWindow(const CommandLine& command, char* programName, const CommandMaker& makeCommand)
 {
-    // Qt's platform that needs no display.
-    std::string option = "-platform";
-    std::string platform = "offscreen";
-    std::array<char*, 4> arguments{programName, option.data(), platform.data(), nullptr};
-    int count = 3;
-    const QGuiApplication application(count, arguments.data());
+    std::array<char*, 2> arguments{programName, nullptr};
+    int count = 1;
+    const QCoreApplication application(count, arguments.data());
 
     // Nothing is stored: a run without a window leaves the user's settings as they are.
     UserDefaults settings(UserDefaults::standardFilePath());

@@ -1,7 +1,5 @@
 #include "app/cards/SaveFailure.h"
 
-#include "card/PelmoraError.h"
-
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
@@ -39,7 +37,7 @@ QString SaveFailure::description() const
     case Kind::FolderUnusable:
         return u"le dossier « %1 » ne peut pas être utilisé."_s.arg(path);
     case Kind::NoDocument:
-        return PelmoraError::writeError().localizedDescription();
+        return cause;
     case Kind::WriteFailed:
         break;
     }
@@ -52,7 +50,7 @@ QString SaveFailure::panelText() const
     case Kind::FolderUnusable:
         return u"Non enregistrée\u00A0: le dossier est inutilisable. Changez-le dans les préférences."_s;
     case Kind::NoDocument:
-        return u"Non enregistrée\u00A0: le document n’a pas pu être fait."_s;
+        return u"Non enregistrée\u00A0: "_s + cause;
     case Kind::WriteFailed:
         break;
     }

@@ -19,6 +19,8 @@ struct SaveFailure
     QString path;
     /// Why writing failed; of that kind only.
     WriteFailure write;
+    /// Why there is no document, in a sentence; of that kind only.
+    QString cause;
 
     /// The failure as a sentence, with the whole path.
     [[nodiscard]] QString description() const;

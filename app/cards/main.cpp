@@ -1,7 +1,6 @@
 #include "app/cards/Console.h"
 #include "app/cards/ProgramStart.h"
 #include "app/cards/RunWithoutWindow.h"
-#include "platform/cups/PrintHelper.h"
 
 using namespace Qt::StringLiterals;
 
@@ -28,8 +27,6 @@ int main(int argc, char* argv[])
         return runSave(*command, argv[0]);
     case CommandLine::Action::Print:
         return runPrint(*command, argv[0]);
-    case CommandLine::Action::AnswerPrintRequest:
-        return runPrintHelper();
     case CommandLine::Action::ShowWindow:
         break;
     }

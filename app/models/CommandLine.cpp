@@ -8,7 +8,6 @@ namespace {
 
 constexpr QLatin1StringView saveOption{"save"};
 constexpr QLatin1StringView printOption{"print"};
-constexpr QLatin1StringView printHelperOption{"print-helper"};
 constexpr QLatin1StringView simulateOption{"simulate"};
 constexpr QLatin1StringView cardServiceOption{"card-service"};
 constexpr QLatin1StringView helpOption{"help"};
@@ -56,7 +55,6 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
     parser.addOptions({
         {saveOption, QString(), valueName},
         QCommandLineOption(QString(printOption)),
-        QCommandLineOption(QString(printHelperOption)),
         {simulateOption, QString(), valueName},
         {cardServiceOption, QString(), valueName},
         QCommandLineOption(QString(helpOption)),
@@ -82,8 +80,6 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
         command.action = Action::Save;
     else if (parser.isSet(printOption))
         command.action = Action::Print;
-    else if (parser.isSet(printHelperOption))
-        command.action = Action::AnswerPrintRequest;
     command.folder = parser.value(saveOption);
     command.cards = parser.positionalArguments();
     command.simulate = parser.isSet(simulateOption);

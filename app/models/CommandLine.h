@@ -13,7 +13,6 @@ struct CommandLine
         ShowWindow,
         Save,
         Print,
-        AnswerPrintRequest, // between the programs: people have no use for it
         ShowHelp,
         ShowVersion
     };

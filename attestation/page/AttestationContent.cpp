@@ -83,7 +83,8 @@ QList<PageText> pageTexts(const AttestationPage& page)
             {.topLeft = at(160), .text = u"Nom de l'assuré : "_s + *page.insuredName, .fontSize = 13, .linesBelow = 1});
     }
     if (page.showRightLabel)
-        texts.append({.topLeft = at(195), .text = attestationTitle.toString(), .fontSize = 20, .bold = true});
+        texts.append(
+            {.topLeft = at(195), .text = attestationTitle.toString(), .fontSize = 20, .bold = true, .isTitle = true});
     return texts;
 }
 

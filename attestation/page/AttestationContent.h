@@ -16,6 +16,7 @@ struct PageText
     QString text;
     double fontSize = 0;
     bool bold = false;
+    bool isTitle = false;     ///< whether it is the document's title
     qsizetype linesBelow = 0; ///< how many lines more the text may take before it meets what is below
 };
 

@@ -1,9 +1,8 @@
 #include "attestation/page/AttestationLayout.h"
 
 #include "attestation/page/AttestationContent.h"
-#include "attestation/page/TextBreaking.h"
-
-#include <QSvgRenderer>
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/text/TextBreaking.h"
 
 #include <algorithm>
 #include <cmath>
@@ -68,10 +67,10 @@ void AttestationLayout::drawBackground()
 
 void AttestationLayout::drawLogo()
 {
-    if (!m_page.logo)
+    if (!m_page.logo || !m_page.logo->image)
         return;
 
-    const QSizeF natural = m_page.logo->defaultSize();
+    const QSizeF natural = m_page.logo->image->size;
     const auto widthRatio = static_cast<float>(logoBox.width() / natural.width());
     const auto heightRatio = static_cast<float>(logoBox.height() / natural.height());
     QSizeF size = logoBox;
@@ -82,13 +81,15 @@ void AttestationLayout::drawLogo()
 
     // Centred in the band at the very top of the page: the top margin plays no part.
     const QPointF topLeft(m_left, (logoBox.height() - size.height()) * 0.5);
-    m_ink.emplace_back(InkImage{.rect = QRectF(topLeft, size), .image = m_page.logo});
+    m_ink.emplace_back(InkImage{.rect = QRectF(topLeft, size), .logo = m_page.logo});
 }
 
 void AttestationLayout::drawMainText()
 {
-    for (const PageText& text : pageTexts(m_page))
+    for (const PageText& text : pageTexts(m_page)) {
         drawAtPoint(text);
+        nextBlock();
+    }
 }
 
 void AttestationLayout::drawTables()
@@ -97,12 +98,18 @@ void AttestationLayout::drawTables()
         drawTableHeadersWithColumns(table.header, table.columns);
         if (!table.rows.isEmpty())
             drawTableDataWithColumns(table.body, table.rowHeight, table.columns, table.rows);
+        nextBlock();
     }
+}
+
+void AttestationLayout::nextBlock()
+{
+    m_place = {.block = m_place.block + 1};
 }
 
 void AttestationLayout::drawTableHeadersWithColumns(const QRectF& rect, const QList<TableColumn>& columns)
 {
-    const PageFont& font = m_fonts.systemFontOfSize(tableTitleSize);
+    const PageFont font = m_fonts.systemFontOfSize(tableTitleSize);
     m_ink.emplace_back(InkFill{.rect = rect, .color = InkColor::HeaderGray});
     m_ink.emplace_back(InkStroke{.rect = rect});
 
@@ -111,6 +118,7 @@ void AttestationLayout::drawTableHeadersWithColumns(const QRectF& rect, const QL
         const QRectF box(x, rect.top(), columnWidth(column), rect.height());
         drawWithRect(box.marginsRemoved(cellMargins), column.value(TableColumnKey::title).toString(), font,
                      LeftAlignment);
+        ++m_place.column;
         x += columnWidth(column);
         if (x >= rect.right())
             break;
@@ -129,6 +137,7 @@ void AttestationLayout::drawTableDataWithColumns(const QRectF& rect, double rowH
     drawColumnRules(rect, columns);
     QPointF topLeft = rect.topLeft();
     for (const TableRow& row : lines) {
+        m_place = {.block = m_place.block, .row = m_place.row + 1};
         drawTableRow(topLeft, rect.right(), rowHeight, columns, row);
         topLeft.ry() += rowHeight;
     }
@@ -150,13 +159,14 @@ void AttestationLayout::drawColumnRules(const QRectF& rect, const QList<TableCol
 void AttestationLayout::drawTableRow(QPointF topLeft, double right, double rowHeight, const QList<TableColumn>& columns,
                                      const TableRow& row)
 {
-    const PageFont& regular = m_fonts.systemFontOfSize(tableDataSize);
+    const PageFont regular = m_fonts.systemFontOfSize(tableDataSize);
     const PageFont fixed = monospacedDigitsSystemFontOfSize(tableDataSize).value_or(regular);
 
     double x = topLeft.x();
     const qsizetype count = std::min(row.size(), columns.size());
     for (qsizetype i = 0; i < count; ++i) {
         const QRectF box(x, topLeft.y(), columnWidth(columns[i]), rowHeight);
+        m_place.column = i;
         const bool isFixed = row[i].value(TableCellKey::fixeWidthFont).toBool();
         drawWithRect(box.marginsRemoved(cellMargins), row[i].value(TableCellKey::data).toString(),
                      isFixed ? fixed : regular, alignmentOf(columns[i]));
@@ -166,7 +176,7 @@ void AttestationLayout::drawTableRow(QPointF topLeft, double right, double rowHe
     }
 }
 
-const PageFont& AttestationLayout::fontOf(const PageText& text) const
+PageFont AttestationLayout::fontOf(const PageText& text) const
 {
     return text.bold ? m_fonts.boldSystemFontOfSize(text.fontSize) : m_fonts.systemFontOfSize(text.fontSize);
 }
@@ -174,7 +184,7 @@ const PageFont& AttestationLayout::fontOf(const PageText& text) const
 // A text is one line, unless it would run off the page where there is room below for the lines that it needs.
 double AttestationLayout::lineWidthOf(const PageText& text) const
 {
-    const PageFont& font = fontOf(text);
+    const PageFont font = fontOf(text);
     const double roomOnPage = m_frame.width() - m_left - text.topLeft.x();
     const qsizetype lineCount = breakText(shownText(text.text, font), font, roomOnPage, text.linesBelow + 2).size();
     return lineCount <= text.linesBelow + 1 ? roomOnPage : unbounded;
@@ -182,7 +192,7 @@ double AttestationLayout::lineWidthOf(const PageText& text) const
 
 QRectF AttestationLayout::boxOf(const PageText& text) const
 {
-    const PageFont& font = fontOf(text);
+    const PageFont font = fontOf(text);
     QRectF box(text.topLeft, QSizeF());
     for (const BrokenLine& line : breakText(shownText(text.text, font), font, lineWidthOf(text), text.linesBelow + 1)) {
         box.setWidth(std::max(box.width(), line.width));
@@ -207,10 +217,13 @@ void AttestationLayout::drawWithRect(const QRectF& rect, const QString& text, co
     // What would lie below the page is not laid out at all.
     const auto linesOnPage = static_cast<qsizetype>(std::ceil((m_frame.height() - position.y()) / font.lineHeight));
     const QList<BrokenLine> lines = breakText(shownText(text, font), font, rect.width(), linesOnPage);
-    for (const BrokenLine& line : lines) {
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        const BrokenLine& line = lines[i];
         position.setX(alignedLeft(rect, line.width, alignment));
-        if (!line.text.isEmpty())
-            m_ink.emplace_back(InkText{.position = position, .text = line.text, .font = font});
+        if (!line.text.isEmpty()) {
+            const bool endsInBlank = i + 1 < lines.size() && !line.splitsWord;
+            m_ink.emplace_back(InkText{position, line.text, font, m_place, endsInBlank});
+        }
         position.ry() += font.lineHeight;
     }
 }

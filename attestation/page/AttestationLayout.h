@@ -3,8 +3,8 @@
 #include "attestation/page/AttestationContent.h"
 #include "attestation/page/AttestationPage.h"
 #include "attestation/page/AttestationTables.h"
-#include "attestation/page/PageFonts.h"
 #include "attestation/page/PageInk.h"
+#include "attestation/text/PageFonts.h"
 
 #include <QSizeF>
 
@@ -22,7 +22,7 @@ public:
     [[nodiscard]] static PageInk drawRect(const AttestationPage& page, QSizeF frame, const PageFonts& fonts);
 
     /// The font of a text above the tables, and the box that its lines take on the page.
-    [[nodiscard]] const PageFont& fontOf(const PageText& text) const;
+    [[nodiscard]] PageFont fontOf(const PageText& text) const;
     [[nodiscard]] QRectF boxOf(const PageText& text) const;
 
     void drawLogo();
@@ -43,11 +43,13 @@ private:
     [[nodiscard]] double lineWidthOf(const PageText& text) const;
     void drawAtPoint(const PageText& text);
     void drawWithRect(const QRectF& rect, const QString& text, const PageFont& font, TableAlignment alignment);
+    void nextBlock();
     [[nodiscard]] std::optional<PageFont> monospacedDigitsSystemFontOfSize(double size) const;
 
     const AttestationPage& m_page;
     QSizeF m_frame;
     const PageFonts& m_fonts;
-    double m_left; // every left edge of the page comes from the right margin
+    double m_left;        // every left edge of the page comes from the right margin
+    ContentPlace m_place; // of what is drawn now
     PageInk m_ink;
 };

@@ -10,7 +10,7 @@
 #include <memory>
 #include <optional>
 
-class QSvgRenderer;
+struct SchemeLogo;
 
 /// Keys of a beneficiary line: the one spelling of each. Every value is a text.
 namespace BeneficiaryLineKey {
@@ -33,7 +33,7 @@ inline constexpr QSizeF attestationPageSize{595.0, 842.0};
 /// computed while the page is drawn.
 struct AttestationPage
 {
-    std::shared_ptr<QSvgRenderer> logo; ///< of the scheme; nothing is drawn without it
+    std::shared_ptr<const SchemeLogo> logo; ///< nothing is drawn without it
     std::optional<QString> fundName = QString();
     std::optional<QString> NSS = QString();         ///< the insured person's number as stored; drawn through formatNSS
     std::optional<QString> insuredName = QString(); ///< surname first

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attestation/page/PageFonts.h"
+#include "attestation/text/PageFonts.h"
 
 #include <QPointF>
 #include <QRectF>
@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-class QSvgRenderer;
+struct SchemeLogo;
 
 /// The few colours of the page: greys by their white level, from 0 (black) to 1.
 enum class InkColor
@@ -42,18 +42,31 @@ struct InkRule
     QPointF to;
 };
 
+/// The part of the page's content that a text belongs to: one of the texts above the tables, or a cell of a table.
+/// Blocks count from 0 through the texts and then the tables; row 0 of a table is its header.
+struct ContentPlace
+{
+    qsizetype block = 0;
+    qsizetype row = 0;
+    qsizetype column = 0;
+
+    friend bool operator==(const ContentPlace&, const ContentPlace&) = default;
+};
+
 /// One line of black text; the position is the top-left corner of its line box.
 struct InkText
 {
     QPointF position;
     QString text;
     PageFont font;
+    ContentPlace place;
+    bool endsInBlank = false; ///< whether another word follows on the next line
 };
 
 struct InkImage
 {
     QRectF rect;
-    std::shared_ptr<QSvgRenderer> image;
+    std::shared_ptr<const SchemeLogo> logo;
 };
 
 /// What lies on the page, in the order in which it is laid down. Positions in points from the page's top-left corner.

@@ -39,8 +39,8 @@ bool hasCentre(qint64 regime)
 void fillHeader(AttestationPage& page, const CardRecord& record, PageOptions options, SchemeLogos& logos)
 {
     // A scheme without a logo leaves the one that is there.
-    if (const auto logo = logos.logoNamed(zeroPadded(integerOf(record, CardKey::regimeCode), 2)))
-        page.logo = *logo;
+    if (auto logo = logos.logoNamed(zeroPadded(integerOf(record, CardKey::regimeCode), 2)))
+        page.logo = std::move(logo);
     page.fundName = record.text(CardKey::fundCodeLibelle);
     page.NSS = record.text(CardKey::ssn);
     page.insuredName = fullName(record);

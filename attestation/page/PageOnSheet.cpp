@@ -1,7 +1,5 @@
 #include "attestation/page/PageOnSheet.h"
 
-#include "attestation/page/AttestationPage.h"
-
 #include <algorithm>
 
 PageOnSheet PageOnSheet::on(QSizeF sheet)

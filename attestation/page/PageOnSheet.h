@@ -1,7 +1,18 @@
 #pragma once
 
+#include "attestation/page/AttestationPage.h"
+
 #include <QPointF>
 #include <QSizeF>
+
+/// A sheet of paper, without margins: A4, upright, unless it is said otherwise.
+struct PaperSheet
+{
+    QSizeF paper = attestationPageSize; ///< in points, upright
+    bool isLandscape = false;           ///< whether it is read with its long side across
+
+    [[nodiscard]] QSizeF size() const { return isLandscape ? paper.transposed() : paper; }
+};
 
 /// Where the attestation's page lies on a sheet of paper. Lengths in points, from the sheet's top-left corner.
 struct PageOnSheet

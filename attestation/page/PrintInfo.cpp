@@ -1,28 +1,19 @@
 #include "attestation/page/PrintInfo.h"
 
-#include "attestation/page/AttestationPdf.h"
-
 using namespace Qt::StringLiterals;
 
 PrintInfo PrintInfo::defaultsOf(const PrintQueue& queue)
 {
     PrintInfo info;
     info.queue = queue.name;
-    info.sheet = attestationSheet();
     if (!queue.paper.isEmpty()) {
-        // Papers are known by name where their size is one of the usual ones.
-        info.sheet.setPageSize(QPageSize(queue.paper, QPageSize::Point), QMarginsF());
+        // In whole points: what is less is rounding of other units.
+        info.sheet.paper = queue.paper.toSize();
         info.media = queue.media;
     }
-    if (queue.landscape)
-        info.sheet.setOrientation(QPageLayout::Landscape);
+    info.sheet.isLandscape = queue.landscape;
     info.settings = queue.defaults;
     return info;
-}
-
-Error PrintInfo::documentError()
-{
-    return {printErrorDomain.toString(), 0, u"L’attestation n’a pas pu être préparée pour l’impression."_s};
 }
 
 void PrintInfo::set(const QByteArray& name, const QByteArray& value)
@@ -34,7 +25,7 @@ void PrintInfo::set(const QByteArray& name, const QByteArray& value)
 PrintJob PrintInfo::job(const QByteArray& pdf) const
 {
     PrintInfo info = *this;
-    info.set("media", media.isEmpty() ? sheet.pageSize().key().toUtf8() : media);
+    info.set("media", media);
     info.set("print-scaling", "none");
     // The value for "as it is": a document that lies across its sheet already is not turned again.
     info.set("orientation-requested", "3");

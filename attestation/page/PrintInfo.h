@@ -1,10 +1,10 @@
 #pragma once
 
+#include "attestation/page/PageOnSheet.h"
 #include "platform/print/PrintMessages.h"
 
 #include <QByteArray>
 #include <QList>
-#include <QPageLayout>
 #include <QString>
 
 /// What others see of an attestation's print job, and the name that a file of it is offered under: never whose it is.
@@ -14,15 +14,12 @@ inline constexpr QStringView attestationJobName = u"Attestation de droits";
 struct PrintInfo
 {
     QString queue;
-    QPageLayout sheet;
-    QByteArray media;            ///< the sheet's paper, as the print server knows it
+    PaperSheet sheet;
+    QByteArray media = "A4";     ///< the sheet's paper, as the print server knows it
     QList<PrintOption> settings; ///< of the queue, and over them what was asked for this time
 
     /// As the queue's administrator and the user have set it up.
     [[nodiscard]] static PrintInfo defaultsOf(const PrintQueue& queue);
-
-    /// The document could not be made.
-    [[nodiscard]] static Error documentError();
 
     /// Asks for a setting this time, in the place of the queue's own.
     void set(const QByteArray& name, const QByteArray& value);

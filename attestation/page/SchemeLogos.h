@@ -1,5 +1,6 @@
 #pragma once
 
+#include "attestation/page/VectorImage.h"
 #include "platform/Bundle.h"
 
 #include <QMap>
@@ -8,7 +9,12 @@
 #include <memory>
 #include <optional>
 
-class QSvgRenderer;
+/// The logo of an insurance scheme. One whose file is damaged has no image: no document is made with it.
+struct SchemeLogo
+{
+    QString name;
+    std::optional<VectorImage> image;
+};
 
 /// The logos of the insurance schemes: vector images among the resources, each read from its file once. Main thread
 /// only.
@@ -17,10 +23,10 @@ class SchemeLogos
 public:
     explicit SchemeLogos(Bundle bundle);
 
-    /// The logo of that name, which is null when its file cannot be drawn; absent when there is no such resource.
-    [[nodiscard]] std::optional<std::shared_ptr<QSvgRenderer>> logoNamed(const QString& name);
+    /// The logo of that name; null when there is no such resource.
+    [[nodiscard]] std::shared_ptr<const SchemeLogo> logoNamed(const QString& name);
 
 private:
     Bundle m_bundle;
-    QMap<QString, std::shared_ptr<QSvgRenderer>> m_logos;
+    QMap<QString, std::shared_ptr<const SchemeLogo>> m_logos;
 };

@@ -1,6 +1,6 @@
 #include "attestation/print/PrintOperation.h"
 
-#include "attestation/page/AttestationPdf.h"
+#include "attestation/document/AttestationPdf.h"
 #include "attestation/print/PrintDialog.h"
 #include "attestation/print/PrinterSearch.h"
 #include "attestation/print/WithoutPrintServer.h"
@@ -141,17 +141,16 @@ PrintInfo PrintOperation::defaultsOfChosenQueue() const
         return PrintInfo::defaultsOf(*chosen);
     PrintInfo info;
     info.queue = m_printer->printerName();
-    info.sheet = attestationSheet();
     return info;
 }
 
 void PrintOperation::adoptQueue()
 {
-    const QPageLayout sheet = defaultsOfChosenQueue().sheet;
+    const PaperSheet sheet = defaultsOfChosenQueue().sheet;
     // In full page mode first: otherwise a layout without the printer's own margins would be refused.
     m_printer->setFullPage(true);
-    m_printer->setPageSize(sheet.pageSize());
-    m_printer->setPageOrientation(sheet.orientation());
+    m_printer->setPageSize(QPageSize(sheet.paper, QPageSize::Point));
+    m_printer->setPageOrientation(sheet.isLandscape ? QPageLayout::Landscape : QPageLayout::Portrait);
     m_printer->setPageMargins(QMarginsF());
 }
 
@@ -159,10 +158,12 @@ PrintInfo PrintOperation::chosenInfo() const
 {
     PrintInfo info = defaultsOfChosenQueue();
     const QPageLayout chosen = m_printer->pageLayout();
-    if (!chosen.pageSize().isEquivalentTo(info.sheet.pageSize()))
-        info.media.clear();
+    const QPageSize own(info.sheet.paper, QPageSize::Point);
+    // Another paper than the queue's is named as all print servers name it.
+    if (!chosen.pageSize().isEquivalentTo(own))
+        info.media = chosen.pageSize().key().toUtf8();
     // Of the chosen layout the margins do not count: the whole sheet is the page's.
-    info.sheet = QPageLayout(chosen.pageSize(), chosen.orientation(), QMarginsF());
+    info.sheet = {chosen.pageSize().sizePoints(), chosen.orientation() == QPageLayout::Landscape};
 
     const QStringList options = optionsOfDialog(*m_printer);
     for (qsizetype index = 0; index + 1 < options.size(); index += 2) {
@@ -230,13 +231,13 @@ void PrintOperation::print()
     // It is for the dialog, and the next print's may open before this page is where it goes.
     m_isolation.reset();
     const PrintInfo info = chosenInfo();
-    const QByteArray pdf = renderAttestationPdf(m_page, m_fonts, info.sheet);
-    if (pdf.isEmpty())
-        finish(std::unexpected(PrintInfo::documentError()));
+    const std::expected<QByteArray, Error> pdf = renderAttestationPdf(m_page, m_fonts, info.sheet);
+    if (!pdf)
+        finish(std::unexpected(pdf.error()));
     else if (m_printer->outputFormat() == QPrinter::PdfFormat)
-        writeFile(pdf);
+        writeFile(*pdf);
     else
-        m_server.print(info.job(pdf), [this](const PrintAnswer& outcome) { finish(outcome); });
+        m_server.print(info.job(*pdf), [this](const PrintAnswer& outcome) { finish(outcome); });
 }
 
 void PrintOperation::writeFile(const QByteArray& pdf)

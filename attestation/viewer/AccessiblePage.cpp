@@ -2,7 +2,7 @@
 
 #include "attestation/page/AttestationContent.h"
 #include "attestation/page/AttestationLayout.h"
-#include "attestation/page/TextBreaking.h"
+#include "attestation/text/TextBreaking.h"
 #include "attestation/viewer/MVNewAttestationView.h"
 #include "attestation/viewer/PageElement.h"
 #include "attestation/viewer/PageTableElement.h"

@@ -2,7 +2,6 @@
 
 #include "attestation/page/AttestationLayout.h"
 #include "attestation/page/MVNewAttestation.h"
-#include "attestation/page/PagePainter.h"
 #include "attestation/viewer/AccessiblePage.h"
 #include "ui_NewAttestation.h"
 
@@ -68,6 +67,5 @@ void MVNewAttestationView::drawRect(QPainter& painter) const
         painter.fillRect(QRectF(QPointF(), documentSize()), Qt::white);
         return;
     }
-    painter.scale(1.0 / pageUnitsPerPoint, 1.0 / pageUnitsPerPoint);
-    PagePainter::paint(painter, ink(), PageMedium::Screen);
+    m_painter.paint(painter, ink());
 }

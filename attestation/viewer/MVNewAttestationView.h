@@ -3,6 +3,7 @@
 #include "attestation/page/AttestationPage.h"
 #include "attestation/page/PageInk.h"
 #include "attestation/viewer/DocumentView.h"
+#include "attestation/viewer/PagePainter.h"
 
 #include <memory>
 #include <optional>
@@ -10,8 +11,8 @@
 class MVNewAttestation;
 class PageFonts;
 
-/// The attestation's page on the screen: black on white, drawn by the same function as on paper and in a file, plus a
-/// grey border. It is laid out when it is first painted after its values, fonts or frame have changed. Main thread.
+/// The attestation's page on the screen: black on white, drawn from the same ink as on paper and in a file, plus a grey
+/// border. It is laid out when it is first painted after its values, fonts or frame have changed. Main thread.
 class MVNewAttestationView final : public DocumentView
 {
     Q_OBJECT
@@ -47,5 +48,6 @@ private:
 
     AttestationPage m_page;
     const PageFonts* m_fonts = nullptr;
+    PagePainter m_painter;
     mutable std::optional<PageInk> m_ink; // absent until the current page is drawn
 };

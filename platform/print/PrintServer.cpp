@@ -69,7 +69,7 @@ void PrintServer::ask(const PrintRequest& request, Told tell)
     m_isPrinting = request.has_value();
     m_tell = std::move(tell);
     m_patience.start(patience);
-    m_helper.start(m_program, {helperOption.toString()});
+    m_helper.start(m_program, QStringList());
     m_helper.write(encodePrintRequest(request));
     m_helper.closeWriteChannel();
 }

@@ -20,7 +20,7 @@ public:
     /// A server that has not answered by then is given up.
     static constexpr std::chrono::milliseconds patience{3000};
 
-    /// The program is the print helper when it gets helperOption.
+    /// The program is the print helper, pelmora-print.
     explicit PrintServer(QString program);
     /// A job that is on its way arrives first, unless the server has stopped answering.
     ~PrintServer() override;
@@ -36,8 +36,6 @@ public:
 
     /// Either one for programs without windows, which may wait.
     [[nodiscard]] PrintAnswer askAndWait(const PrintRequest& request);
-
-    static constexpr QStringView helperOption = u"--print-helper";
 
 private:
     void ask(const PrintRequest& request, Told tell);

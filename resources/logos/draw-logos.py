@@ -2,7 +2,8 @@
 
 One sober mark for each insurance scheme, all of one make: a plate with the scheme's two-digit code cut out of it, a rule,
 and the scheme's name beside it. None shows or copies the emblem of an organisation. Letters become paths, fills are solid
-and opaque, so that the marks can go into an archived PDF as they are. Needs fontTools and Debian's fonts-roboto-unhinted.
+and opaque, so that the marks can go into an archived PDF as they are; the title is what those hear who cannot see the mark.
+Needs fontTools and Debian's fonts-roboto-unhinted.
 """
 
 import sys
@@ -86,6 +87,7 @@ def logo(code: str, colour: str, name: list[str], bold: Face, medium: Face) -> s
     words = "".join(medium.path(line, line_size, text_left, first + i * pitch) for i, line in enumerate(name))
     return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{HEIGHT}" '
             f'viewBox="0 0 {WIDTH} {HEIGHT}">\n'
+            f'<title>{" ".join(name)}</title>\n'
             f'<path fill="{colour}" fill-rule="evenodd" d="{mark}"/>\n'
             f'<path fill="{INK}" d="{words}"/>\n</svg>\n')
 

@@ -2,8 +2,8 @@
 
 #include "app/AppDelegate.h"
 #include "app/windows/MainWindow.h"
-#include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
+#include "attestation/text/PageFonts.h"
 #include "card/client/LVitAccess.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"

@@ -1,9 +1,9 @@
 // attestation-viewer CARD.xml: the viewer alone, on a card's page. Each line of its standard input is the file of
 // another card, which takes the place of the last in the same window.
 #include "app/models/CardFile.h"
-#include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/print/PrintDesk.h"
+#include "attestation/text/PageFonts.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
@@ -39,7 +39,7 @@ int main(int argc, char* argv[])
     if (!fonts)
         qFatal("%s", qPrintable(fonts.error().localizedDescription()));
     SchemeLogos logos(bundle);
-    PrintDesk printDesk(settings, logos, *fonts, bundle.pathForProgram(QStringLiteral("pelmora-cards")));
+    PrintDesk printDesk(settings, logos, *fonts, bundle.pathForProgram(QStringLiteral("pelmora-print")));
     MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
     show(viewer, QApplication::arguments().value(1));
 

@@ -1,6 +1,6 @@
 #include "app/cards/AttestationFiles.h"
-#include "attestation/page/PageFonts.h"
 #include "attestation/page/SchemeLogos.h"
+#include "attestation/text/PageFonts.h"
 #include "card/CardKeys.h"
 #include "platform/Bundle.h"
 #include "platform/files/FailedWrites.h"
@@ -25,6 +25,8 @@ CardRecord recordOf(const QString& lastName, const QString& firstName)
     record.setText(CardKey::firstName, firstName);
     return record;
 }
+
+const std::unexpected noDocument(Error(u"essai"_s, 1, u"Pas de logo."_s));
 
 } // namespace
 
@@ -160,16 +162,17 @@ private Q_SLOTS:
     void aDocumentThatCouldNotBeMadeIsToldAndNothingIsWritten()
     {
         const QString folder = m_folder.filePath(u"empty"_s);
-        const auto saved = AttestationFiles::write({folder, u"SPECIMEN Zoé.pdf"_s, QByteArray()});
+        const auto saved = AttestationFiles::write({folder, u"SPECIMEN Zoé.pdf"_s, noDocument});
         QVERIFY(!saved.has_value());
         QCOMPARE(saved.error().kind, SaveFailure::Kind::NoDocument);
         QCOMPARE(saved.error().path, folder + u"/SPECIMEN Zoé.pdf"_s);
+        QCOMPARE(saved.error().cause, noDocument.error().localizedDescription());
         QVERIFY(QDir(folder).isEmpty());
     }
 
     void theFoldersFaultIsToldBeforeTheDocuments()
     {
-        const auto saved = AttestationFiles::write({fileInTheWay(), u"SPECIMEN Zoé.pdf"_s, QByteArray()});
+        const auto saved = AttestationFiles::write({fileInTheWay(), u"SPECIMEN Zoé.pdf"_s, noDocument});
         QVERIFY(!saved.has_value());
         QCOMPARE(saved.error().kind, SaveFailure::Kind::FolderUnusable);
     }

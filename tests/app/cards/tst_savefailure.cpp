@@ -17,8 +17,10 @@ constexpr std::array obstacles{WriteObstacle::NameTaken,    WriteObstacle::NoFol
 
 SaveFailure writeFailure(WriteObstacle obstacle)
 {
-    return {SaveFailure::Kind::WriteFailed, u"/dossier/SPECIMEN Zoé.pdf"_s, {obstacle, u"raison"_s}};
+    return {SaveFailure::Kind::WriteFailed, u"/dossier/SPECIMEN Zoé.pdf"_s, {obstacle, u"raison"_s}, {}};
 }
+
+const SaveFailure noDocument{SaveFailure::Kind::NoDocument, u"/x"_s, {}, u"Pas de logo."_s};
 
 } // namespace
 
@@ -29,20 +31,18 @@ class tst_SaveFailure : public TestCase
 private Q_SLOTS:
     void aSentenceTellsTheWholePath()
     {
-        QCOMPARE((SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}}.description()),
+        QCOMPARE((SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}, {}}.description()),
                  u"le dossier « /x » ne peut pas être utilisé."_s);
-        QCOMPARE((SaveFailure{SaveFailure::Kind::NoDocument, u"/x"_s, {}}.description()),
-                 PelmoraError::writeError().localizedDescription());
+        QCOMPARE(noDocument.description(), u"Pas de logo."_s);
         QCOMPARE(writeFailure(WriteObstacle::Other).description(),
                  u"« /dossier/SPECIMEN Zoé.pdf » n’a pas été enregistré : raison."_s);
     }
 
     void thePanelTellsWhoseAttestationIsNotSavedAndWhy()
     {
-        QCOMPARE((SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}}.panelText()),
+        QCOMPARE((SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}, {}}.panelText()),
                  u"Non enregistrée\u00A0: le dossier est inutilisable. Changez-le dans les préférences."_s);
-        QCOMPARE((SaveFailure{SaveFailure::Kind::NoDocument, u"/x"_s, {}}.panelText()),
-                 u"Non enregistrée\u00A0: le document n’a pas pu être fait."_s);
+        QCOMPARE(noDocument.panelText(), u"Non enregistrée\u00A0: Pas de logo."_s);
         QCOMPARE(writeFailure(WriteObstacle::DiskFull).panelText(),
                  u"Non enregistrée\u00A0: raison («\u202FSPECIMEN Zoé.pdf\u202F»)."_s);
     }

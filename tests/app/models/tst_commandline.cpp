@@ -45,11 +45,7 @@ private Q_SLOTS:
         QCOMPARE(command.cards, (QStringList{u"a.xml"_s, u"b.xml"_s}));
     }
 
-    void theProgramsOwnOptionIsNotForPeople()
-    {
-        QCOMPARE(parsed({u"--print-helper"_s}).value().action, CommandLine::Action::AnswerPrintRequest);
-        QVERIFY(!CommandLine::helpText().contains(u"helper"_s));
-    }
+    void theProgramsOwnOptionIsNotForPeople() { QVERIFY(!CommandLine::helpText().contains(u"helper"_s)); }
 
     void printWithoutACardTakesTheReaders()
     {

@@ -1,9 +1,9 @@
 #include "Fixtures.h"
 
+#include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 #include "prefs/settings/MVSettings.h"
 
-#include <QSvgRenderer>
 #include <QtGlobal>
 
 using namespace Qt::StringLiterals;
@@ -75,10 +75,9 @@ AttestationPage specimenPage(int lineCount)
     return page;
 }
 
-std::shared_ptr<QSvgRenderer> blackLogo(QSize size)
+std::shared_ptr<SchemeLogo> blackLogo(QSize size)
 {
-    const QString drawing =
-        u"<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%1\" height=\"%2\" viewBox=\"0 0 %1 %2\">"
-        "<path d=\"M0 0h%1v%2h-%1z\"/></svg>"_s;
-    return std::make_shared<QSvgRenderer>(drawing.arg(size.width()).arg(size.height()).toUtf8());
+    const QString file = u"%1 %2 1 Régime d’essai\n0 0 0 rg\n0 0 m\n%1 0 l\n%1 %2 l\n0 %2 l\nh\nf\n"_s;
+    const QByteArray bytes = file.arg(size.width()).arg(size.height()).toUtf8();
+    return std::make_shared<SchemeLogo>(SchemeLogo{u"00"_s, VectorImage::parsed(bytes)});
 }

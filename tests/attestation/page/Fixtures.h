@@ -1,7 +1,7 @@
 #pragma once
 
 #include "attestation/page/AttestationPage.h"
-#include "attestation/page/PageFonts.h"
+#include "attestation/text/PageFonts.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
@@ -40,4 +40,4 @@ private:
 [[nodiscard]] AttestationPage specimenPage(int lineCount);
 
 /// A logo of that natural size: one black rectangle that covers it.
-[[nodiscard]] std::shared_ptr<QSvgRenderer> blackLogo(QSize size);
+[[nodiscard]] std::shared_ptr<SchemeLogo> blackLogo(QSize size);

@@ -1,6 +1,6 @@
 #include "InkItems.h"
 
-#include <QFontMetricsF>
+#include "attestation/text/TextShaping.h"
 
 using namespace Qt::StringLiterals;
 
@@ -20,7 +20,7 @@ QPointF placeOf(const PageInk& ink, const QString& text)
 
 double widthOf(const InkText& text)
 {
-    return QFontMetricsF(text.font.font).horizontalAdvance(text.text) / pageUnitsPerPoint;
+    return widthOfText(text.text, text.font);
 }
 
 double rightOf(const InkText& text)

@@ -1,9 +1,9 @@
 #include "Fixtures.h"
 #include "InkItems.h"
 #include "attestation/page/AttestationLayout.h"
+#include "attestation/page/SchemeLogos.h"
 #include "tests/common/TestCase.h"
 
-#include <QSvgRenderer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -59,13 +59,13 @@ private Q_SLOTS:
         QFETCH(QRectF, drawn);
         AttestationPage page;
         page.logo = blackLogo(natural);
-        QCOMPARE(page.logo->defaultSize(), natural);
+        QCOMPARE(page.logo->image->size, natural);
         const QList<InkImage> images = itemsOf<InkImage>(inkOf(page));
         QCOMPARE(images.size(), 1);
         const QRectF rect = images[0].rect;
         QVERIFY(qAbs(rect.x() - drawn.x()) < 1e-4 && qAbs(rect.y() - drawn.y()) < 1e-4);
         QVERIFY(qAbs(rect.width() - drawn.width()) < 1e-4 && qAbs(rect.height() - drawn.height()) < 1e-4);
-        QCOMPARE(images[0].image, page.logo);
+        QCOMPARE(images[0].logo, page.logo);
     }
 
     // These ratios differ, but not once they are rounded: in double precision the logo would be a trifle narrower.

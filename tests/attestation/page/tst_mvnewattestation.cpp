@@ -93,7 +93,7 @@ private Q_SLOTS:
         MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(cardWith({{CardKey::regimeCode, u"2"_s}}));
         attestation.setVitale(cardWith({{CardKey::regimeCode, u"55"_s}}));
-        QCOMPARE(attestation.page().logo, *m_logos.logoNamed(u"02"_s));
+        QCOMPARE(attestation.page().logo, m_logos.logoNamed(u"02"_s));
         QCOMPARE(attestation.page().organism, u"55 000 0000"_s);
     }
 

@@ -5,8 +5,8 @@
 #include "attestation/print/PrinterSearch.h"
 #include "attestation/print/WithoutPrintServer.h"
 #include "platform/gui/AlertQueue.h"
+#include "tests/attestation/document/Tools.h"
 #include "tests/attestation/page/Fixtures.h"
-#include "tests/attestation/page/Tools.h"
 #include "tests/common/Files.h"
 #include "tests/common/TestCase.h"
 
@@ -124,7 +124,7 @@ private Q_SLOTS:
 
     void init()
     {
-        useHelper(stagedBundle().pathForProgram(u"pelmora-cards"_s));
+        useHelper(stagedBundle().pathForProgram(u"pelmora-print"_s));
         m_window = std::make_unique<QWidget>();
         m_alerts = std::make_unique<AlertQueue>(m_window.get());
         m_window->show();

@@ -1,11 +1,11 @@
-#include "attestation/page/AttestationPdf.h"
+#include "attestation/document/AttestationPdf.h"
 #include "attestation/page/MVNewAttestation.h"
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/viewer/MVClipView.h"
 #include "attestation/viewer/MVNewAttestationView.h"
 #include "card/CardKeys.h"
+#include "tests/attestation/document/Tools.h"
 #include "tests/attestation/page/Fixtures.h"
-#include "tests/attestation/page/Tools.h"
 #include "tests/common/TestCase.h"
 
 #include <QAccessible>
@@ -215,7 +215,7 @@ private Q_SLOTS:
         m_settings.setShowsRightLabel(true);
         m_attestation.setVitale(card);
 
-        const DocumentFile document(renderAttestationPdf(m_attestation.page(), m_fonts));
+        const DocumentFile document(renderAttestationPdf(m_attestation.page(), m_fonts).value());
         const QString written = QString::fromUtf8(toolOutput(u"pdftotext"_s, {u"-raw"_s, document.path(), u"-"_s}))
                                     .normalized(QString::NormalizationForm_C);
         QCOMPARE(withoutBlanks(textsBelow(page()).join(u' ')), withoutBlanks(written));

@@ -74,7 +74,7 @@ private Q_SLOTS:
     {
         m_viewer.reset();
         m_printDesk = std::make_unique<PrintDesk>(m_settings.store(), m_logos, m_fonts,
-                                                  stagedBundle().pathForProgram(u"pelmora-cards"_s));
+                                                  stagedBundle().pathForProgram(u"pelmora-print"_s));
         m_viewer = std::make_unique<MVAttestationWindowController>(m_settings.store(), m_logos, m_fonts, *m_printDesk);
     }
 

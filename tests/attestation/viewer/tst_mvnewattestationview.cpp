@@ -1,8 +1,8 @@
 #include "attestation/page/AttestationLayout.h"
 #include "attestation/page/MVNewAttestation.h"
-#include "attestation/page/PagePainter.h"
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/viewer/MVNewAttestationView.h"
+#include "attestation/viewer/PagePainter.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/common/EventCount.h"
 #include "tests/common/TestCase.h"
@@ -10,7 +10,6 @@
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
-#include <QSvgRenderer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -36,15 +35,6 @@ double darkness(const QImage& image, QRect part)
             sum += 255 - image.pixelColor(x, y).lightness();
     }
     return double(sum) / (part.width() * part.height());
-}
-
-// A picture that is black all over.
-QByteArray blackPicture(int width, int height)
-{
-    return u"<svg xmlns='http://www.w3.org/2000/svg' width='%1' height='%2'><rect width='%1' height='%2'/></svg>"_s
-        .arg(width)
-        .arg(height)
-        .toUtf8();
 }
 
 QPalette darkPalette()
@@ -132,7 +122,8 @@ private Q_SLOTS:
     // A logo whose proportions change behind the view's back: only a new layout would see it.
     void aPageIsLaidOutOnceHoweverOftenItIsPainted()
     {
-        const auto logo = std::make_shared<QSvgRenderer>(blackPicture(400, 200));
+        const std::shared_ptr<SchemeLogo> logo = blackLogo({400, 200});
+        const auto resize = [&logo](QSize size) { logo->image = blackLogo(size)->image; };
         const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
         AttestationPage page;
@@ -140,7 +131,7 @@ private Q_SLOTS:
         view->setPage(page);
         const QColor black(Qt::black);
         QCOMPARE(shown(*view).pixelColor(120, 50), black);
-        QVERIFY(logo->load(blackPicture(100, 200)));
+        resize({100, 200});
         QCOMPARE(shown(*view).pixelColor(120, 50), black);
         view->setPlacement(QTransform::fromScale(0.5, 0.5));
         QCOMPARE(shown(*view).pixelColor(60, 25), black);
@@ -150,10 +141,10 @@ private Q_SLOTS:
         view->setPage(page);
         QCOMPARE(shown(*view).pixelColor(120, 50), QColor(Qt::white));
         QCOMPARE(shown(*view).pixelColor(30, 50), black);
-        QVERIFY(logo->load(blackPicture(400, 200)));
+        resize({400, 200});
         view->setFonts(m_fonts);
         QCOMPARE(shown(*view).pixelColor(120, 50), black);
-        QVERIFY(logo->load(blackPicture(100, 200)));
+        resize({100, 200});
         view->setDocumentSize({595, 800});
         QCOMPARE(shown(*view).pixelColor(120, 50), QColor(Qt::white));
     }
@@ -240,10 +231,8 @@ private Q_SLOTS:
         seen.setDevicePixelRatio(pixelsPerPoint);
         view->render(&seen, {}, {}, {});
         QPainter painter(&drawn);
-        const double unit = scale * pixelsPerPoint / pageUnitsPerPoint;
-        painter.scale(unit, unit);
-        PagePainter::paint(painter, AttestationLayout::drawRect(attestation.page(), {595, 842}, m_fonts),
-                           PageMedium::Screen);
+        painter.scale(scale * pixelsPerPoint, scale * pixelsPerPoint);
+        PagePainter().paint(painter, AttestationLayout::drawRect(attestation.page(), {595, 842}, m_fonts));
         seen.setDevicePixelRatio(1);
         QCOMPARE(seen, drawn);
     }

@@ -113,7 +113,7 @@ private Q_SLOTS:
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         QProcess helper;
-        helper.start(realHelper(), {PrintServer::helperOption.toString()});
+        helper.start(realHelper(), QStringList());
         helper.write(encodePrintRequest(job()));
         helper.closeWriteChannel();
         QVERIFY(helper.waitForFinished());
@@ -123,7 +123,7 @@ private Q_SLOTS:
     void aHelperThatGetsAPartOfItsRequestFails()
     {
         QProcess helper;
-        helper.start(realHelper(), {PrintServer::helperOption.toString()});
+        helper.start(realHelper(), QStringList());
         helper.write(encodePrintRequest(job()).chopped(1));
         helper.closeWriteChannel();
         QVERIFY(helper.waitForFinished());
@@ -137,7 +137,7 @@ private Q_SLOTS:
         PrintServer server(fakeHelper("cat > $0.input; echo \"$@\" > $0.arguments; cat $0.answer", {}));
         QVERIFY(server.askAndWait(job()).has_value());
         QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(job()));
-        QCOMPARE(contentOf(fakePath() + ".arguments"_L1), "--print-helper\n"_ba);
+        QCOMPARE(contentOf(fakePath() + ".arguments"_L1), "\n"_ba);
     }
 
     void theQueuesAreThoseThatTheHelperTells()
@@ -233,7 +233,7 @@ private Q_SLOTS:
     }
 
 private:
-    static QString realHelper() { return Bundle(u"" PELMORA_STAGE_SHARE ""_s).pathForProgram(u"pelmora-cards"_s); }
+    static QString realHelper() { return Bundle(u"" PELMORA_STAGE_SHARE ""_s).pathForProgram(u"pelmora-print"_s); }
 
     [[nodiscard]] QString fakePath() const { return m_folder->filePath(u"helper"_s); }
 

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+#include <QRectF>
+#include <QString>
+#include <QStringList>
+
+/// What a command-line tool printed; ends the test program when the tool is missing or fails.
+[[nodiscard]] QByteArray toolOutput(const QString& program, const QStringList& arguments);
+
+/// A document in a file, for the tools; removed with the object.
+class DocumentFile
+{
+public:
+    explicit DocumentFile(const QByteArray& document);
+    ~DocumentFile();
+    Q_DISABLE_COPY_MOVE(DocumentFile)
+
+    [[nodiscard]] const QString& path() const { return m_path; }
+
+private:
+    QString m_path;
+};
+
+/// A word of a document's page and its box, in points from the page's top-left corner.
+struct PageWord
+{
+    QString text;
+    QRectF box;
+};
+
+/// The words of the document's one page, in the document's order.
+[[nodiscard]] QList<PageWord> wordsOf(const QByteArray& document);
+
+/// The document's one page as a picture, with so many pixels a point, as each of two programs draws it that share no
+/// code.
+[[nodiscard]] QImage pixelsOf(const QByteArray& document, int pixelsPerPoint);
+[[nodiscard]] QImage pixelsOfMuPdf(const QByteArray& document, int pixelsPerPoint);

@@ -1,0 +1,68 @@
+#include "attestation/text/FontFace.h"
+#include "tests/attestation/page/Fixtures.h"
+#include "tests/common/Files.h"
+#include "tests/common/TestCase.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_FontFace : public TestCase
+{
+    Q_OBJECT
+
+private:
+    QString m_path = *stagedBundle().pathForResource(u"PelmoraSans-Regular"_s, u"ttf"_s);
+
+private Q_SLOTS:
+    void aFaceTellsItsMeasuresInItsOwnUnits()
+    {
+        const auto face = FontFace::load(m_path);
+        QVERIFY(face);
+        QCOMPARE(face->unitsPerEm(), 2048.0);
+        QCOMPARE(face->ascent(), 1900.0);
+        QCOMPARE(face->descent(), 500.0);
+        QCOMPARE(face->lineHeight(), 2400.0);
+        QVERIFY(face->advanceOf(*face->glyphOf(U'W')) > face->advanceOf(*face->glyphOf(U'i')));
+        QVERIFY(!face->glyphOf(U'\u0531'));
+    }
+
+    void aFileThatIsNoFontHasNoFace()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(writeFile(folder.filePath(u"a.ttf"_s), "not a font"));
+        QVERIFY(!FontFace::load(folder.filePath(u"a.ttf"_s)));
+        QVERIFY(!FontFace::load(folder.filePath(u"missing.ttf"_s)));
+        QVERIFY(!FontFace::load(m_path, 1));
+    }
+
+    void aFontThatMustNotBeEmbeddedHasNoFace()
+    {
+        QByteArray bytes = contentOf(m_path);
+        const qsizetype record = bytes.indexOf("OS/2");
+        QVERIFY(record > 0);
+        qsizetype offset = 0;
+        for (int i = 0; i < 4; ++i)
+            offset = offset << 8 | uchar(bytes[record + 8 + i]);
+        bytes[offset + 9] = 2;
+        const QTemporaryDir folder;
+        QVERIFY(writeFile(folder.filePath(u"a.ttf"_s), bytes));
+        QVERIFY(!FontFace::load(folder.filePath(u"a.ttf"_s)));
+    }
+
+    void aFileIsIntactAsLongAsNoBitOfItChanges()
+    {
+        QVERIFY(FontFace::load(m_path)->isIntact());
+        QByteArray bytes = contentOf(m_path);
+        bytes[5000] = char(bytes[5000] ^ 4);
+        const QTemporaryDir folder;
+        QVERIFY(writeFile(folder.filePath(u"a.ttf"_s), bytes));
+        QVERIFY(!FontFace::load(folder.filePath(u"a.ttf"_s))->isIntact());
+    }
+
+    void theFileOfAFaceIsItsOwn() { QCOMPARE(FontFace::load(m_path)->file(), contentOf(m_path)); }
+};
+
+QTEST_GUILESS_MAIN(tst_FontFace)
+#include "tst_fontface.moc"

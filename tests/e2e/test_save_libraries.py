@@ -1,0 +1,44 @@
+#!/usr/bin/python3
+"""Saving an attestation loads no part of a window system, and fontconfig only for characters that the page's own font does
+not have.
+
+Usage: test_save_libraries.py STAGE
+"""
+
+import os
+import subprocess
+import sys
+import tempfile
+
+
+def libraries_of(command, environment):
+    """The names of all that the dynamic linker loads, at the start and later."""
+    run = subprocess.run(command, check=True, capture_output=True, text=True, env={**environment, "LD_DEBUG": "files"})
+    lines = (line for line in run.stderr.splitlines() if "calling init: " in line)
+    return {os.path.basename(line.rpartition(" ")[2]) for line in lines}
+
+
+def main():
+    stage = sys.argv[1]
+    with open(os.path.join(stage, "share", "pelmora", "specimen.xml"), encoding="utf-8") as file:
+        specimen = file.read()
+    with tempfile.TemporaryDirectory() as folder:
+        environment = {**os.environ, "XDG_CONFIG_HOME": folder}
+
+        def libraries(name):
+            card = os.path.join(folder, "card.xml")
+            with open(card, "w", encoding="utf-8") as file:
+                file.write(specimen.replace("SPECIMEN", name))
+            return libraries_of([os.path.join(stage, "bin", "pelmora"), "--save", folder, card], environment)
+
+        usual = libraries("SPECIMEN")
+        assert any(name.startswith("libQt6Core.so") for name in usual), usual
+        for part in ("libQt6Gui", "libQt6Widgets", "libfontconfig", "libX11", "libxcb", "libEGL", "libGL"):
+            assert not any(name.startswith(part) for name in usual), (part, usual)
+        print("ok: no part of a window system")
+
+        assert any(name.startswith("libfontconfig") for name in libraries("אברהם"))
+        print("ok: fontconfig for a character that the page's font does not have")
+
+
+main()
