@@ -8,9 +8,9 @@ cd "$(dirname "$0")/.."
 seconds=${1:-30}
 ensure_packages "${build_packages[@]}" "${check_packages[@]}"
 cmake --preset fuzz >&2
-cmake --build --preset fuzz --target fuzz_card fuzz_framing fuzz_bytes fuzz_feed fuzz_cardmap fuzz_cardreading >&2
+cmake --build --preset fuzz --target fuzz_card fuzz_framing fuzz_bytes fuzz_feed fuzz_cardmap fuzz_cardreading fuzz_document >&2
 
-for name in card framing bytes feed cardmap cardreading; do
+for name in card framing bytes feed cardmap cardreading document; do
     found=build/fuzz/found/$name
     mkdir -p "$found"
     printf '\n== fuzz_%s, %s s\n' "$name" "$seconds"
