@@ -8,5 +8,5 @@
 /// the user's own in /tmp. Invalid when both fail.
 [[nodiscard]] FileDescriptor openRuntimeFolder();
 
-/// Opens a folder of this user that nobody else can access. Other folders and links are refused.
+/// Opens a folder that belongs to this user and that other users cannot access. All others are refused, and links too.
 [[nodiscard]] FileDescriptor openPrivateFolder(const QString& path);

@@ -24,6 +24,6 @@ struct PrintInfo
     /// Asks for a setting this time, in the place of the queue's own.
     void set(const QByteArray& name, const QByteArray& value);
 
-    /// The job of a document that was made for the sheet, which nobody is to turn, scale or move any more.
+    /// The job of a document that was made for the sheet, which the printer must not turn, scale or move.
     [[nodiscard]] PrintJob job(const QByteArray& pdf) const;
 };

@@ -43,7 +43,7 @@ std::unexpected<Error> refusal(ipp_status_t status, const QString& queue)
     return std::unexpected(Error(printErrorDomain.toString(), status, sentence));
 }
 
-// Nobody can be asked here; without this, libcups would ask at the terminal.
+// Without this, libcups would ask for a password at the terminal.
 const char* noPassword(const char*, http_t*, const char*, const char*, void*)
 {
     return nullptr;

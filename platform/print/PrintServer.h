@@ -47,5 +47,5 @@ private:
     QProcess m_helper;
     QTimer m_patience; // runs from the question to its answer
     bool m_isPrinting = false;
-    Told m_tell; // empty while nobody waits for an answer
+    Told m_tell; // empty when no question is open
 };

@@ -101,7 +101,7 @@ private Q_SLOTS:
         QElapsedTimer clock;
         {
             PrintServer server(realHelper());
-            server.listQueues([](const auto&) { QFAIL("nobody is there any more"); });
+            server.listQueues([](const auto&) { QFAIL("called after the end"); });
             QTRY_VERIFY(silent->hasPendingConnections());
             clock.start();
         }
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QVERIFY(isLeft(*silent));
     }
 
-    void aHelperThatNobodyEndsEndsByItself()
+    void aHelperThatIsNotEndedEndsByItself()
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         QProcess helper;
@@ -214,19 +214,19 @@ private Q_SLOTS:
         large.pdf = QByteArray(1'000'000, 'x'); // no pipe takes that at once
         {
             PrintServer server(fakeHelper("cat > $0.part; mv $0.part $0.input; cat $0.answer", {}));
-            server.print(large, [](const auto&) { QFAIL("nobody is there any more"); });
+            server.print(large, [](const auto&) { QFAIL("called after the end"); });
         }
         QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(large));
     }
 
-    void theEndDoesNotWaitForAJobThatNobodyTakes()
+    void theEndDoesNotWaitForAJobThatIsNotTaken()
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         QElapsedTimer clock;
         clock.start();
         {
             PrintServer server(realHelper());
-            server.print(job(), [](const auto&) { QFAIL("nobody is there any more"); });
+            server.print(job(), [](const auto&) { QFAIL("called after the end"); });
         }
         QVERIFY(clock.elapsed() < 2 * PrintServer::patience.count());
         QVERIFY(isLeft(*silent));
@@ -252,7 +252,7 @@ private:
         qputenv("CUPS_SERVER", QFile::encodeName(m_path));
     }
 
-    // Connections come in, and nobody ever answers.
+    // It accepts connections and never answers.
     std::unique_ptr<QLocalServer> silentServer()
     {
         useServer(u"silent"_s);
