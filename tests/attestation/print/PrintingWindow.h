@@ -1,0 +1,107 @@
+#pragma once
+
+#include "attestation/page/SchemeLogos.h"
+#include "attestation/print/PrintDesk.h"
+#include "attestation/print/PrintDialog.h"
+#include "attestation/print/PrintOperation.h"
+#include "platform/gui/AlertQueue.h"
+#include "tests/attestation/page/Fixtures.h"
+#include "tests/common/TestCase.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <optional>
+
+/// A window that prints, for tests of printing. The test calls open() before each function and close() after it.
+class PrintingWindow
+{
+public:
+    [[nodiscard]] bool open()
+    {
+        useHelper(stagedBundle().pathForProgram(QStringLiteral("pelmora-print")));
+        m_window = std::make_unique<QWidget>();
+        m_alerts = std::make_unique<AlertQueue>(m_window.get());
+        m_window->show();
+        return QTest::qWaitForWindowExposed(m_window.get());
+    }
+
+    void close()
+    {
+        m_alerts.reset();
+        m_window.reset();
+    }
+
+    void useHelper(const QString& program)
+    {
+        m_desk = std::make_unique<PrintDesk>(m_settings.store(), m_logos, m_fonts, program);
+    }
+
+    void print() { m_desk->print(specimenCard(2), *m_alerts, *m_window); }
+
+    [[nodiscard]] QList<PrintOperation*> operations() const { return m_window->findChildren<PrintOperation*>(); }
+    [[nodiscard]] QMessageBox* alert() const { return m_window->findChild<QMessageBox*>(); }
+
+    [[nodiscard]] PrintDialog* openDialog()
+    {
+        print();
+        const auto dialog = [this] { return m_window->findChild<PrintDialog*>(); };
+        return QTest::qWaitFor([&dialog] { return dialog() != nullptr && dialog()->isVisible(); }) ? dialog() : nullptr;
+    }
+
+    [[nodiscard]] static QString existingFile(const QTemporaryDir& folder)
+    {
+        QFile file(folder.filePath(QStringLiteral("page.pdf")));
+        return file.open(QIODevice::WriteOnly) && file.write("the user's") > 0 ? file.fileName() : QString();
+    }
+
+    static void pressPrint(const PrintDialog& dialog)
+    {
+        dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+    }
+
+    [[nodiscard]] static QMessageBox* questionIn(const PrintDialog& dialog) { return dialog.findChild<QMessageBox*>(); }
+
+    static void press(const QMessageBox& box, const QString& name)
+    {
+        for (QAbstractButton* button : box.buttons()) {
+            if (button->text() == name)
+                button->click();
+        }
+    }
+
+    static void chooseFile(const PrintDialog& dialog, const QString& path)
+    {
+        dialog.findChild<QLineEdit*>(QStringLiteral("filename"))->setText(path);
+    }
+
+protected:
+    std::unique_ptr<PrintDesk> m_desk;
+    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<AlertQueue> m_alerts;
+
+private:
+    TemporarySettings m_settings;
+    PageFonts m_fonts = pageFonts();
+    SchemeLogos m_logos{stagedBundle()};
+};
+
+/// Runs a class of tests where no print server is: the dialog offers a file alone.
+template <typename Tests>
+int runWithoutPrintServer(int argc, char** argv)
+{
+    const QTemporaryDir withoutServer;
+    qputenv("CUPS_SERVER", QFile::encodeName(withoutServer.filePath(QStringLiteral("cups.sock"))));
+    const QApplication application(argc, argv);
+    Tests tests;
+    return QTest::qExec(&tests, argc, argv);
+}
