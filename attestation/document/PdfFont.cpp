@@ -3,6 +3,7 @@
 #include "attestation/document/PdfNumber.h"
 
 #include <QCryptographicHash>
+#include <QtEndian>
 #include <qpdf/QPDF.hh>
 
 #include <array>
@@ -128,8 +129,7 @@ Object PdfFont::descriptor(QPDF& document, const std::string& file) const
     constexpr unsigned boxOffset = 36;
     for (unsigned i = 0; i < 4; ++i) {
         const unsigned at = boxOffset + 2 * i;
-        const auto value =
-            at + 1 < length ? qint16(quint16(uchar(bytes[at])) << 8U | quint16(uchar(bytes[at + 1]))) : qint16(0);
+        const qint16 value = at + 2 <= length ? qFromBigEndian<qint16>(bytes + at) : qint16(0);
         box.appendItem(real(inThousandths(value)));
     }
 

@@ -151,7 +151,8 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les ca
             [](Diagnosis& d) { d.cardMaps.clear(); });
         row("faulty map", true, u"  À corriger          carte.json : ligne 3"_s,
             [](Diagnosis& d) { d.warnings = {u"carte.json : ligne 3"_s}; });
-        row("lacking protection", true, u"  Réseau              indisponible (Function not implemented)"_s,
+        row("a protection that is not available", true,
+            u"  Réseau              indisponible (Function not implemented)"_s,
             [](Diagnosis& d) { d.protections[0].obstacle = u"Function not implemented"_s; });
     }
 
