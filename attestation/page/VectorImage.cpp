@@ -94,7 +94,7 @@ std::optional<VectorImage> VectorImage::parsed(const QByteArray& file)
     constexpr qsizetype numbers = 3;
     const qsizetype endOfHead = file.indexOf('\n');
     const QList<QByteArray> head = file.first(std::max<qsizetype>(endOfHead, 0)).split(' ');
-    if (head.size() <= numbers || !file.endsWith('\n'))
+    if (head.size() <= numbers || !file.endsWith('\n') || endOfHead + 1 == file.size())
         return std::nullopt;
 
     VectorImage image;
