@@ -23,6 +23,10 @@
 #include <optional>
 #include <vector>
 
+/// Card services that answer nothing, or no request to read.
+inline const FakeScript silent = FakeScript().doing("any", "silent");
+inline const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
+
 /// The application's controller with its window, as at a front desk: a home, settings and a card service of its own.
 class Office
 {

@@ -11,9 +11,11 @@
 #include "tests/app/Office.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
@@ -27,7 +29,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const FakeScript silent = FakeScript().doing("any", "silent");
 const FakeScript withoutReader = FakeScript().readers({});
 
 // Which of the seven tiles can be pressed, in the order read, view, print, save, quit, mail, settings.
@@ -215,7 +216,7 @@ private Q_SLOTS:
 
     void aCancelledReadIsToldInTheWindowAloneAndKeepsTheCardThatWasThere()
     {
-        const auto office = Office::bound(FakeScript().doing("vitale_read", "silent"));
+        const auto office = Office::bound(silentRead);
         QVERIFY(office);
         office->delegate->loadXMLFile(Office::specimen());
         const QString before = office->summary();
@@ -338,5 +339,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AppDelegate)
+template class RunnableTests<tst_AppDelegate, QApplication>;
 #include "tst_appdelegate.moc"

@@ -3,9 +3,11 @@
 #include "attestation/print/PrintOperation.h"
 #include "tests/app/Office.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QHash>
@@ -21,7 +23,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
 const FakeScript slowBind = FakeScript().doing("init", "slow");
 
 const QString refusedWhileReading = u"Demande refusée pendant la lecture d’une carte."_s;
@@ -391,5 +392,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AppDelegateCards)
+template class RunnableTests<tst_AppDelegateCards, QApplication>;
 #include "tst_appdelegatecards.moc"

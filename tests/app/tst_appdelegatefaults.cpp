@@ -1,9 +1,11 @@
 #include "card/PelmoraError.h"
 #include "tests/app/Office.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/gui/Desktop.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QMenu>
 #include <QTest>
@@ -15,8 +17,6 @@ class QPDF;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const FakeScript silent = FakeScript().doing("any", "silent");
 
 // What the linker puts in the place of two functions of the program: see CMakeLists.txt.
 int beeps = 0;
@@ -130,5 +130,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AppDelegateFaults)
+template class RunnableTests<tst_AppDelegateFaults, QApplication>;
 #include "tst_appdelegatefaults.moc"

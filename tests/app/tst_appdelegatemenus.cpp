@@ -2,9 +2,11 @@
 #include "app/models/StatusMenu.h"
 #include "support/views/MXButton.h"
 #include "tests/app/Office.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFileDialog>
 #include <QMenu>
 #include <QTest>
@@ -12,9 +14,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const FakeScript silent = FakeScript().doing("any", "silent");
-const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
 
 // The status item's menus that there are.
 QList<const QWidget*> statusMenus()
@@ -218,5 +217,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AppDelegateMenus)
+template class RunnableTests<tst_AppDelegateMenus, QApplication>;
 #include "tst_appdelegatemenus.moc"

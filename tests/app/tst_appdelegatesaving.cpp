@@ -2,8 +2,10 @@
 #include "tests/app/Office.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QMenu>
 #include <QSignalSpy>
@@ -201,5 +203,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AppDelegateSaving)
+template class RunnableTests<tst_AppDelegateSaving, QApplication>;
 #include "tst_appdelegatesaving.moc"

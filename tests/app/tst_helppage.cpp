@@ -13,9 +13,11 @@
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "platform/files/FileWorker.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFile>
 #include <QHash>
 #include <QKeySequence>
@@ -199,5 +201,5 @@ private:
     QString m_page;
 };
 
-QTEST_MAIN(tst_HelpPage)
+template class RunnableTests<tst_HelpPage, QApplication>;
 #include "tst_helppage.moc"

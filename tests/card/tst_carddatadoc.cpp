@@ -1,6 +1,8 @@
 #include "card/CardKeys.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTest>
 
@@ -52,5 +54,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardDataDoc)
+template class RunnableTests<tst_CardDataDoc, QCoreApplication>;
 #include "tst_carddatadoc.moc"

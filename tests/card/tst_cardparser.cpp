@@ -2,8 +2,10 @@
 #include "card/CardParser.h"
 #include "card/PelmoraError.h"
 #include "tests/card/CardXml.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -284,5 +286,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardParser)
+template class RunnableTests<tst_CardParser, QCoreApplication>;
 #include "tst_cardparser.moc"

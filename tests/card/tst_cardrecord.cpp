@@ -1,8 +1,10 @@
 #include "card/CardKeys.h"
 #include "card/CardRecord.h"
 #include "support/MXLog.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 #include <ostream>
@@ -101,5 +103,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardRecord)
+template class RunnableTests<tst_CardRecord, QCoreApplication>;
 #include "tst_cardrecord.moc"

@@ -1,6 +1,8 @@
 #include "card/PelmoraError.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 #include <limits>
@@ -117,5 +119,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_PelmoraError)
+template class RunnableTests<tst_PelmoraError, QCoreApplication>;
 #include "tst_pelmoraerror.moc"

@@ -1,7 +1,9 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTest>
 
@@ -84,5 +86,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SpecimenCard)
+template class RunnableTests<tst_SpecimenCard, QCoreApplication>;
 #include "tst_specimencard.moc"

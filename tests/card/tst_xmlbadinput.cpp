@@ -4,8 +4,10 @@
 #include "card/wire/XmlBytes.h"
 #include "platform/XmlMarkup.h"
 #include "tests/card/CardXml.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QStringEncoder>
@@ -386,5 +388,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_XmlBadInput)
+template class RunnableTests<tst_XmlBadInput, QCoreApplication>;
 #include "tst_xmlbadinput.moc"

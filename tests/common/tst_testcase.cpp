@@ -1,5 +1,7 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QProcess>
 #include <QTest>
 
@@ -40,5 +42,5 @@ private Q_SLOTS:
     void eachTestOfAClassIsWatched() { QCOMPARE(failures({}), 4); }
 };
 
-QTEST_GUILESS_MAIN(tst_TestCase)
+template class RunnableTests<tst_TestCase, QCoreApplication>;
 #include "tst_testcase.moc"

@@ -1,4 +1,4 @@
-#include "Run.h"
+#include "tests/e2e/Run.h"
 
 #include <QProcess>
 #include <QProcessEnvironment>

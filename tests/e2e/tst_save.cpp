@@ -1,4 +1,7 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/e2e/SaveTest.h"
+
+#include <QCoreApplication>
 
 #include <cstdio>
 
@@ -264,5 +267,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_Save)
+template class RunnableTests<tst_Save, QCoreApplication>;
 #include "tst_save.moc"

@@ -1,4 +1,7 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/e2e/SaveTest.h"
+
+#include <QCoreApplication>
 
 #include <sys/stat.h>
 
@@ -145,5 +148,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SaveFaults)
+template class RunnableTests<tst_SaveFaults, QCoreApplication>;
 #include "tst_savefaults.moc"

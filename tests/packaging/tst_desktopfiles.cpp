@@ -1,7 +1,9 @@
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QFile>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMap>
 #include <QRegularExpression>
@@ -87,5 +89,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_DesktopFiles)
+template class RunnableTests<tst_DesktopFiles, QGuiApplication>;
 #include "tst_desktopfiles.moc"

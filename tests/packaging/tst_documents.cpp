@@ -1,4 +1,5 @@
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QDir>
@@ -97,5 +98,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_Documents)
+template class RunnableTests<tst_Documents, void>;
 #include "tst_documents.moc"

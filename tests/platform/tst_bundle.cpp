@@ -1,6 +1,8 @@
 #include "platform/Bundle.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QHash>
@@ -121,5 +123,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_Bundle)
+template class RunnableTests<tst_Bundle, QCoreApplication>;
 #include "tst_bundle.moc"

@@ -1,4 +1,5 @@
 #include "platform/Error.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -48,5 +49,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_Error)
+template class RunnableTests<tst_Error, void>;
 #include "tst_error.moc"

@@ -1,4 +1,5 @@
 #include "platform/IntegerValue.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -45,5 +46,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_IntegerValue)
+template class RunnableTests<tst_IntegerValue, void>;
 #include "tst_integervalue.moc"

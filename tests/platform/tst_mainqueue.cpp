@@ -1,4 +1,5 @@
 #include "platform/MainQueue.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
@@ -39,5 +40,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_MainQueue)
+template class RunnableTests<tst_MainQueue, QCoreApplication>;
 #include "tst_mainqueue.moc"

@@ -1,4 +1,5 @@
 #include "platform/NativePath.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QRandomGenerator>
@@ -88,5 +89,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_NativePath)
+template class RunnableTests<tst_NativePath, void>;
 #include "tst_nativepath.moc"

@@ -1,5 +1,6 @@
 #include "platform/Error.h"
 #include "platform/NotificationCenter.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -124,5 +125,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_NotificationCenter)
+template class RunnableTests<tst_NotificationCenter, void>;
 #include "tst_notificationcenter.moc"

@@ -1,4 +1,5 @@
 #include "platform/PropertyList.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QDateTime>
@@ -172,5 +173,5 @@ private Q_SLOTS:
     void whatIsNestedWithinReasonIsRead() { QCOMPARE(writtenAndRead(nestedList(60)), QVariant(nestedList(60))); }
 };
 
-QTEST_APPLESS_MAIN(tst_PropertyList)
+template class RunnableTests<tst_PropertyList, void>;
 #include "tst_propertylist.moc"

@@ -1,4 +1,5 @@
 #include "platform/TildePath.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -30,5 +31,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_TildePath)
+template class RunnableTests<tst_TildePath, void>;
 #include "tst_tildepath.moc"

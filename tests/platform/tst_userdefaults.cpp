@@ -1,7 +1,9 @@
 #include "platform/UserDefaults.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -275,5 +277,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_UserDefaults)
+template class RunnableTests<tst_UserDefaults, QCoreApplication>;
 #include "tst_userdefaults.moc"

@@ -1,4 +1,5 @@
 #include "platform/XmlDocument.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -126,5 +127,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_XmlDocument)
+template class RunnableTests<tst_XmlDocument, void>;
 #include "tst_xmldocument.moc"

@@ -1,6 +1,8 @@
 #include "prefs/ElidedLabel.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -62,5 +64,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_ElidedLabel)
+template class RunnableTests<tst_ElidedLabel, QApplication>;
 #include "tst_elidedlabel.moc"

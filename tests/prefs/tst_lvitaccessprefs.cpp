@@ -1,10 +1,12 @@
-#include "PaneTest.h"
 #include "card/client/CardServiceKeys.h"
 #include "platform/NotificationCenter.h"
 #include "prefs/LVitAccessPrefs.h"
 #include "prefs/ModeMenu.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/fakes/FakeService.h"
+#include "tests/prefs/PaneTest.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
@@ -393,5 +395,5 @@ Q_SIGNALS:
     void asking();
 };
 
-QTEST_MAIN(tst_LVitAccessPrefs)
+template class RunnableTests<tst_LVitAccessPrefs, QApplication>;
 #include "tst_lvitaccessprefs.moc"

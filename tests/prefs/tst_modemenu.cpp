@@ -1,7 +1,9 @@
 #include "prefs/ModeMenu.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -202,5 +204,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_ModeMenu)
+template class RunnableTests<tst_ModeMenu, QApplication>;
 #include "tst_modemenu.moc"

@@ -1,7 +1,9 @@
-#include "PaneTest.h"
 #include "prefs/ElidedLabel.h"
 #include "prefs/MVAttestationPrefs.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/prefs/PaneTest.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QFileDialog>
 #include <QPushButton>
@@ -152,5 +154,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVAttestationPrefs)
+template class RunnableTests<tst_MVAttestationPrefs, QApplication>;
 #include "tst_mvattestationprefs.moc"

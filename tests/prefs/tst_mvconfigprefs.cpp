@@ -1,7 +1,9 @@
-#include "PaneTest.h"
 #include "prefs/MVConfigPrefs.h"
 #include "prefs/StatusItemControl.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/prefs/PaneTest.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
 
@@ -166,5 +168,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVConfigPrefs)
+template class RunnableTests<tst_MVConfigPrefs, QApplication>;
 #include "tst_mvconfigprefs.moc"

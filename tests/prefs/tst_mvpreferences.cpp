@@ -1,8 +1,10 @@
 #include "prefs/MVPreferences.h"
 #include "prefs/MVPreferencesController.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/prefs/RecordingPane.h"
 
+#include <QApplication>
 #include <QMainWindow>
 #include <QTest>
 
@@ -46,5 +48,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVPreferences)
+template class RunnableTests<tst_MVPreferences, QApplication>;
 #include "tst_mvpreferences.moc"

@@ -1,5 +1,7 @@
-#include "ControllerTest.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/prefs/ControllerTest.h"
 
+#include <QApplication>
 #include <QMainWindow>
 
 using namespace Qt::StringLiterals;
@@ -236,5 +238,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVPreferencesController)
+template class RunnableTests<tst_MVPreferencesController, QApplication>;
 #include "tst_mvpreferencescontroller.moc"

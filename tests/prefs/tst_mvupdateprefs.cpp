@@ -1,8 +1,10 @@
-#include "PaneTest.h"
 #include "prefs/MVUpdatePrefs.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/prefs/PaneTest.h"
 #include "tests/update/client/FakeUpdateProgram.h"
 #include "update/client/SUUpdater.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 
@@ -120,5 +122,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVUpdatePrefs)
+template class RunnableTests<tst_MVUpdatePrefs, QApplication>;
 #include "tst_mvupdateprefs.moc"

@@ -1,5 +1,7 @@
-#include "ControllerTest.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/prefs/ControllerTest.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QMainWindow>
 #include <QSignalSpy>
@@ -295,5 +297,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_PaneChanges)
+template class RunnableTests<tst_PaneChanges, QApplication>;
 #include "tst_panechanges.moc"

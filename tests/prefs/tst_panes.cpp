@@ -1,4 +1,3 @@
-#include "PaneTest.h"
 #include "card/client/LVitAccess.h"
 #include "prefs/LVitAccessPrefs.h"
 #include "prefs/MVAttestationPrefs.h"
@@ -8,6 +7,8 @@
 #include "prefs/PaneContentView.h"
 #include "prefs/PaneToolbar.h"
 #include "prefs/StatusItemControl.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/prefs/PaneTest.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -341,5 +342,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_Panes)
+template class RunnableTests<tst_Panes, QApplication>;
 #include "tst_panes.moc"

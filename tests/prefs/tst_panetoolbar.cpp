@@ -1,5 +1,7 @@
-#include "ControllerTest.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/prefs/ControllerTest.h"
 
+#include <QApplication>
 #include <QMainWindow>
 
 using namespace Qt::StringLiterals;
@@ -103,5 +105,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_PaneToolbar)
+template class RunnableTests<tst_PaneToolbar, QApplication>;
 #include "tst_panetoolbar.moc"

@@ -1,6 +1,8 @@
-#include "PaneTest.h"
 #include "prefs/SettingTie.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/prefs/PaneTest.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QSignalSpy>
 
@@ -62,5 +64,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_SettingTie)
+template class RunnableTests<tst_SettingTie, QApplication>;
 #include "tst_settingtie.moc"

@@ -1,6 +1,8 @@
 #include "service/CardCoverage.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -140,5 +142,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardCoverage)
+template class RunnableTests<tst_CardCoverage, QCoreApplication>;
 #include "tst_cardcoverage.moc"

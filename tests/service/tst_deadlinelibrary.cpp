@@ -1,7 +1,8 @@
 #include "service/DeadlineLibrary.h"
-#include "tests/card/client/ChannelTestMain.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 
 #include <atomic>
@@ -244,8 +245,5 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    return runChannelTest<tst_DeadlineLibrary>(argc, argv);
-}
+template class RunnableTests<tst_DeadlineLibrary, QCoreApplication>;
 #include "tst_deadlinelibrary.moc"

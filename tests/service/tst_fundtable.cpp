@@ -1,8 +1,10 @@
 #include "service/FundTable.h"
 #include "service/SiteFunds.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -131,5 +133,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_FundTable)
+template class RunnableTests<tst_FundTable, QCoreApplication>;
 #include "tst_fundtable.moc"

@@ -1,4 +1,5 @@
 #include "service/LibraryChoice.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -122,5 +123,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_LibraryChoice)
+template class RunnableTests<tst_LibraryChoice, void>;
 #include "tst_librarychoice.moc"

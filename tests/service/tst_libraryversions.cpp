@@ -1,7 +1,9 @@
 #include "service/LibraryVersions.h"
 #include "service/SimulatedReader.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QHash>
 #include <QTest>
 #include <QXmlStreamReader>
@@ -63,5 +65,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_LibraryVersions)
+template class RunnableTests<tst_LibraryVersions, QCoreApplication>;
 #include "tst_libraryversions.moc"

@@ -1,4 +1,5 @@
 #include "service/ProcessSetup.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -93,5 +94,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_ProcessSetup)
+template class RunnableTests<tst_ProcessSetup, void>;
 #include "tst_processsetup.moc"

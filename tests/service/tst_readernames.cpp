@@ -1,6 +1,8 @@
 #include "service/ReaderNames.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -86,5 +88,5 @@ private Q_SLOTS:
     void withoutReadersThereAreNoNames() { QCOMPARE(readerNames({}), QList<ReaderName>()); }
 };
 
-QTEST_GUILESS_MAIN(tst_ReaderNames)
+template class RunnableTests<tst_ReaderNames, QCoreApplication>;
 #include "tst_readernames.moc"

@@ -1,4 +1,5 @@
 #include "service/Sandbox.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QDir>
@@ -231,5 +232,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_Sandbox)
+template class RunnableTests<tst_Sandbox, void>;
 #include "tst_sandbox.moc"

@@ -1,6 +1,8 @@
 #include "service/ServiceCommandLine.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 namespace {
@@ -63,5 +65,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ServiceCommandLine)
+template class RunnableTests<tst_ServiceCommandLine, QCoreApplication>;
 #include "tst_servicecommandline.moc"

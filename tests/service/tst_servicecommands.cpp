@@ -1,9 +1,11 @@
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
 #include "service/ServiceCommands.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCborArray>
+#include <QCoreApplication>
 #include <QTest>
 #include <QXmlStreamReader>
 
@@ -255,5 +257,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ServiceCommands)
+template class RunnableTests<tst_ServiceCommands, QCoreApplication>;
 #include "tst_servicecommands.moc"

@@ -1,7 +1,9 @@
 #include "card/wire/ServiceVocabulary.h"
 #include "service/ServiceLoop.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 #include <array>
@@ -35,7 +37,7 @@ QByteArray everythingIn(const FileDescriptor& descriptor)
     return all;
 }
 
-struct Outcome
+struct LoopOutcome
 {
     ServiceLoop::End end;
     QByteArray replies;
@@ -71,7 +73,7 @@ ServiceCommands commands(bool areBeyondUse = false)
 }
 
 /// What a loop makes of these bytes, which must fit a pipe, and their end.
-Outcome outcomeOf(const QByteArray& bytes)
+LoopOutcome outcomeOfLoop(const QByteArray& bytes)
 {
     Pipe requests = makePipe();
     Pipe replies = makePipe();
@@ -114,23 +116,23 @@ private Q_SLOTS:
 
     void theEndOfTheRequestsEndsIt()
     {
-        const Outcome outcome = outcomeOf({});
+        const LoopOutcome outcome = outcomeOfLoop({});
         QCOMPARE(outcome.end, ServiceLoop::End::Closed);
         QCOMPARE(outcome.replies, QByteArray());
     }
 
     void requestsAreAnsweredInTheirOrder()
     {
-        const Outcome outcome =
-            outcomeOf(request(7, command(ServiceWord::readersList)) + request(3, command(ServiceWord::readersList)));
+        const LoopOutcome outcome = outcomeOfLoop(request(7, command(ServiceWord::readersList)) +
+                                                  request(3, command(ServiceWord::readersList)));
         QCOMPARE(outcome.end, ServiceLoop::End::Closed);
         QCOMPARE(outcome.replies, noReaders(7) + noReaders(3));
     }
 
     void whatIsNoCommandIsAnsweredWithNull()
     {
-        const Outcome outcome =
-            outcomeOf(request(1, command("eject"_L1)) + request(2, std::nullopt) + request(3, QCborMap()));
+        const LoopOutcome outcome =
+            outcomeOfLoop(request(1, command("eject"_L1)) + request(2, std::nullopt) + request(3, QCborMap()));
         QCOMPARE(outcome.end, ServiceLoop::End::Closed);
         QCOMPARE(outcome.replies, request(1, std::nullopt) + request(2, std::nullopt) + request(3, std::nullopt));
     }
@@ -139,7 +141,7 @@ private Q_SLOTS:
     {
         const QByteArray whole = request(1, command(ServiceWord::readersList));
         for (qsizetype size = 1; size < whole.size(); ++size) {
-            const Outcome outcome = outcomeOf(whole + whole.first(size));
+            const LoopOutcome outcome = outcomeOfLoop(whole + whole.first(size));
             QCOMPARE(outcome.end, ServiceLoop::End::Closed);
             QCOMPARE(outcome.replies, noReaders(1));
         }
@@ -159,7 +161,7 @@ private Q_SLOTS:
     void aStreamThatCannotBeReadEndsItAfterTheAnswersBefore()
     {
         QFETCH(QByteArray, bytes);
-        const Outcome outcome = outcomeOf(request(1, command(ServiceWord::readersList)) + bytes);
+        const LoopOutcome outcome = outcomeOfLoop(request(1, command(ServiceWord::readersList)) + bytes);
         QCOMPARE(outcome.end, ServiceLoop::End::Malformed);
         QCOMPARE(outcome.replies, noReaders(1));
     }
@@ -174,9 +176,9 @@ private Q_SLOTS:
         QCborMap initialised = success;
         initialised.insert(ServiceWord::embedded, ServiceWord::embeddedTrue);
         const QCborMap mute{{ServiceWord::status, ServiceWord::error}, {ServiceWord::result, 25}};
-        const Outcome outcome =
-            outcomeOf(request(1, init) + request(2, choice) + request(3, command(ServiceWord::vitaleRead)) +
-                      request(4, command(ServiceWord::readersList)));
+        const LoopOutcome outcome =
+            outcomeOfLoop(request(1, init) + request(2, choice) + request(3, command(ServiceWord::vitaleRead)) +
+                          request(4, command(ServiceWord::readersList)));
         QCOMPARE(outcome.end, ServiceLoop::End::BeyondUse);
         QCOMPARE(outcome.replies, request(1, initialised) + request(2, success) + request(3, mute));
     }
@@ -212,5 +214,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ServiceLoop)
+template class RunnableTests<tst_ServiceLoop, QCoreApplication>;
 #include "tst_serviceloop.moc"

@@ -1,7 +1,9 @@
 #include "service/SimulatedReader.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -146,5 +148,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SimulatedReader)
+template class RunnableTests<tst_SimulatedReader, QCoreApplication>;
 #include "tst_simulatedreader.moc"

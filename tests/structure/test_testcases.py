@@ -36,16 +36,23 @@ def faults(root):
         if not re.fullmatch(r"tst_\w+\.cpp", os.path.basename(path)):
             continue
         known = shared | bases(text)
-        classes = set(re.findall(r"\bclass (tst_\w+)", text)) | set(re.findall(r"QTEST_\w*MAIN\((\w+)\)", text))
-        if not classes:
+        runnable = set(re.findall(r"^template class RunnableTests<(\w+),", text, re.MULTILINE))
+        written = set(re.findall(r"\bclass (tst_\w+)", text))
+        if not runnable:
             lines.append(f"{path} has no class of tests")
-        for name in sorted(classes):
+        lines += [f"{path}: {name} is not run" for name in sorted(written - runnable)]
+        for name in sorted(written | runnable):
             base = name
             while base in known and base != "TestCase":
                 base = known[base]
             if base != "TestCase":
                 lines.append(f"{path}: {name} does not derive from TestCase")
     return lines
+
+
+def run(name, base):
+    """A class of tests that its program can run."""
+    return f"class {name} : public {base}\ntemplate class RunnableTests<{name.split()[0]}, void>;\n"
 
 
 class Sources(unittest.TestCase):
@@ -61,7 +68,7 @@ class Rule(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.root)
         self.write("TestCase.h", "class TestCase : public QObject\n")
         self.write("PaneTest.h", "class PaneTest : public TestCase\n")
-        self.write("tst_pane.cpp", "class Fake : public QObject\nclass tst_Pane final : public PaneTest\n")
+        self.write("tst_pane.cpp", "class Fake : public QObject\n" + run("tst_Pane final", "PaneTest"))
 
     def write(self, name, text):
         with open(os.path.join(self.root, name), "w", encoding="utf-8") as file:
@@ -71,18 +78,22 @@ class Rule(unittest.TestCase):
         self.assertEqual(faults(self.root), [])
 
     def test_a_class_with_another_base_is_a_fault(self):
-        self.write("tst_card.cpp", "class tst_Card : public QObject\n")
+        self.write("tst_card.cpp", run("tst_Card", "QObject"))
         self.assertEqual(faults(self.root), ["tst_card.cpp: tst_Card does not derive from TestCase"])
 
     def test_a_class_that_is_run_under_another_name_is_a_fault_too(self):
-        self.write("tst_card.cpp", "class CardTest : public QObject\nQTEST_MAIN(CardTest)\n")
+        self.write("tst_card.cpp", run("CardTest", "QObject"))
         self.assertEqual(faults(self.root), ["tst_card.cpp: CardTest does not derive from TestCase"])
 
     def test_a_base_that_does_not_derive_from_test_case_is_a_fault_of_its_classes(self):
         self.write("PaneTest.h", "class PaneTest : public QObject\n")
         self.assertEqual(faults(self.root), ["tst_pane.cpp: tst_Pane does not derive from TestCase"])
 
-    def test_a_program_without_a_class_of_tests_is_a_fault(self):
+    def test_a_class_that_is_not_run_is_a_fault(self):
+        self.write("tst_card.cpp", "class tst_Card : public TestCase\n" + run("tst_CardFile", "TestCase"))
+        self.assertEqual(faults(self.root), ["tst_card.cpp: tst_Card is not run"])
+
+    def test_a_source_without_a_class_of_tests_is_a_fault(self):
         self.write("tst_card.cpp", "int main()\n")
         self.assertEqual(faults(self.root), ["tst_card.cpp has no class of tests"])
 

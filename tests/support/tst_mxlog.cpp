@@ -1,4 +1,5 @@
 #include "support/MXLog.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -185,5 +186,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_MXLog)
+template class RunnableTests<tst_MXLog, void>;
 #include "tst_mxlog.moc"

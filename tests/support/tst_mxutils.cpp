@@ -2,8 +2,10 @@
 #include "support/MXLog.h"
 #include "support/MXUtils.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -115,5 +117,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_MXUtils)
+template class RunnableTests<tst_MXUtils, QCoreApplication>;
 #include "tst_mxutils.moc"

@@ -1,3 +1,4 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "update/UpdateAddress.h"
 
@@ -90,5 +91,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_UpdateAddress)
+template class RunnableTests<tst_UpdateAddress, void>;
 #include "tst_updateaddress.moc"

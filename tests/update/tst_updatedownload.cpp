@@ -1,6 +1,9 @@
 #include "platform/files/FailedWrites.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/platform/FileSizeLimit.h"
 #include "tests/update/UpdateSessionTest.h"
+
+#include <QCoreApplication>
 
 #include <algorithm>
 #include <chrono>
@@ -119,5 +122,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_UpdateDownload)
+template class RunnableTests<tst_UpdateDownload, QCoreApplication>;
 #include "tst_updatedownload.moc"

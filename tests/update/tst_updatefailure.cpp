@@ -1,3 +1,4 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "update/UpdateFailure.h"
 
@@ -34,5 +35,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_UpdateFailure)
+template class RunnableTests<tst_UpdateFailure, void>;
 #include "tst_updatefailure.moc"

@@ -1,3 +1,4 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/update/FeedXml.h"
 #include "update/UpdateFeed.h"
@@ -237,5 +238,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_UpdateFeed)
+template class RunnableTests<tst_UpdateFeed, void>;
 #include "tst_updatefeed.moc"

@@ -1,7 +1,9 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "update/UpdateNotes.h"
 
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -52,5 +54,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_UpdateNotes)
+template class RunnableTests<tst_UpdateNotes, QGuiApplication>;
 #include "tst_updatenotes.moc"

@@ -1,5 +1,6 @@
 #include "platform/files/FailedWrites.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
 #include "update/UpdatePackage.h"
@@ -109,5 +110,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_UpdatePackage)
+template class RunnableTests<tst_UpdatePackage, void>;
 #include "tst_updatepackage.moc"

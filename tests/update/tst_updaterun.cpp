@@ -1,4 +1,5 @@
 #include "platform/UserDefaults.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/gui/Desktop.h"
 #include "tests/update/UpdateFixture.h"
@@ -283,5 +284,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_UpdateRun)
+template class RunnableTests<tst_UpdateRun, QApplication>;
 #include "tst_updaterun.moc"

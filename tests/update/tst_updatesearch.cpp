@@ -1,5 +1,7 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/update/UpdateSessionTest.h"
 
+#include <QCoreApplication>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -156,5 +158,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_UpdateSearch)
+template class RunnableTests<tst_UpdateSearch, QCoreApplication>;
 #include "tst_updatesearch.moc"

@@ -1,5 +1,7 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/update/UpdateSessionTest.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <functional>
@@ -181,5 +183,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_UpdateSession)
+template class RunnableTests<tst_UpdateSession, QCoreApplication>;
 #include "tst_updatesession.moc"

@@ -1,3 +1,4 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/update/SigningKey.h"
 #include "update/UpdateSignature.h"
@@ -83,5 +84,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_UpdateSignature)
+template class RunnableTests<tst_UpdateSignature, void>;
 #include "tst_updatesignature.moc"

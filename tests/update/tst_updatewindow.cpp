@@ -1,8 +1,10 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/update/UpdateFixture.h"
 #include "update/UpdateSession.h"
 #include "update/UpdateWindow.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -278,5 +280,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_UpdateWindow)
+template class RunnableTests<tst_UpdateWindow, QApplication>;
 #include "tst_updatewindow.moc"

@@ -1,6 +1,8 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "update/UpdateSession.h"
 
+#include <QCoreApplication>
 #include <QSslSocket>
 #include <QTest>
 
@@ -26,5 +28,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_UpdateWithoutTls)
+template class RunnableTests<tst_UpdateWithoutTls, QCoreApplication>;
 #include "tst_updatewithouttls.moc"

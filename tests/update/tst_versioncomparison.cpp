@@ -1,3 +1,4 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "update/VersionComparison.h"
 
@@ -64,5 +65,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_VersionComparison)
+template class RunnableTests<tst_VersionComparison, void>;
 #include "tst_versioncomparison.moc"

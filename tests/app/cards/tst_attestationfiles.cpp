@@ -5,9 +5,11 @@
 #include "platform/Bundle.h"
 #include "platform/files/FailedWrites.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QStorageInfo>
@@ -26,7 +28,7 @@ CardRecord recordOf(const QString& lastName, const QString& firstName)
     return record;
 }
 
-const std::unexpected noDocument(Error(u"essai"_s, 1, u"Pas de logo."_s));
+const std::unexpected failedDocument(Error(u"essai"_s, 1, u"Pas de logo."_s));
 
 } // namespace
 
@@ -162,21 +164,21 @@ private Q_SLOTS:
     void aDocumentThatCouldNotBeMadeIsToldAndNothingIsWritten()
     {
         const QString folder = m_folder.filePath(u"empty"_s);
-        const auto saved = AttestationFiles::write({folder, u"SPECIMEN Zoé.pdf"_s, noDocument});
+        const auto saved = AttestationFiles::write({folder, u"SPECIMEN Zoé.pdf"_s, failedDocument});
         QVERIFY(!saved.has_value());
         QCOMPARE(saved.error().kind, SaveFailure::Kind::NoDocument);
         QCOMPARE(saved.error().path, folder + u"/SPECIMEN Zoé.pdf"_s);
-        QCOMPARE(saved.error().cause, noDocument.error().localizedDescription());
+        QCOMPARE(saved.error().cause, failedDocument.error().localizedDescription());
         QVERIFY(QDir(folder).isEmpty());
     }
 
     void theFoldersFaultIsToldBeforeTheDocuments()
     {
-        const auto saved = AttestationFiles::write({fileInTheWay(), u"SPECIMEN Zoé.pdf"_s, noDocument});
+        const auto saved = AttestationFiles::write({fileInTheWay(), u"SPECIMEN Zoé.pdf"_s, failedDocument});
         QVERIFY(!saved.has_value());
         QCOMPARE(saved.error().kind, SaveFailure::Kind::FolderUnusable);
     }
 };
 
-QTEST_MAIN(tst_AttestationFiles)
+template class RunnableTests<tst_AttestationFiles, QCoreApplication>;
 #include "tst_attestationfiles.moc"

@@ -1,5 +1,6 @@
 #include "app/cards/SaveFailure.h"
 #include "card/PelmoraError.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QSet>
@@ -70,5 +71,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_SaveFailure)
+template class RunnableTests<tst_SaveFailure, void>;
 #include "tst_savefailure.moc"

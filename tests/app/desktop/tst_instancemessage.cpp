@@ -1,8 +1,10 @@
 #include "app/desktop/InstanceMessage.h"
 #include "platform/NativePath.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCborMap>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -100,5 +102,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_InstanceMessage)
+template class RunnableTests<tst_InstanceMessage, QCoreApplication>;
 #include "tst_instancemessage.moc"

@@ -1,7 +1,9 @@
 #include "app/desktop/ReopenService.h"
 #include "platform/NativePath.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -59,5 +61,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ReopenService)
+template class RunnableTests<tst_ReopenService, QCoreApplication>;
 #include "tst_reopenservice.moc"

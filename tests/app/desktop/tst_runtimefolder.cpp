@@ -1,6 +1,8 @@
 #include "app/desktop/RuntimeFolder.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -113,5 +115,5 @@ private:
     QByteArray m_session;
 };
 
-QTEST_GUILESS_MAIN(tst_RuntimeFolder)
+template class RunnableTests<tst_RuntimeFolder, QCoreApplication>;
 #include "tst_runtimefolder.moc"

@@ -2,8 +2,10 @@
 #include "app/desktop/SingleInstance.h"
 #include "app/models/CommandLine.h"
 #include "tests/common/EventCount.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QSignalSpy>
@@ -348,5 +350,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SingleInstance)
+template class RunnableTests<tst_SingleInstance, QCoreApplication>;
 #include "tst_singleinstance.moc"

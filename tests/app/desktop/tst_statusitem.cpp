@@ -1,5 +1,6 @@
 #include "app/desktop/StatusItem.h"
 #include "app/models/StatusMenu.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QApplication>
@@ -78,5 +79,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_StatusItem)
+template class RunnableTests<tst_StatusItem, QApplication>;
 #include "tst_statusitem.moc"

@@ -1,4 +1,5 @@
 #include "app/desktop/TerminationSignals.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
@@ -91,5 +92,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_TerminationSignals)
+template class RunnableTests<tst_TerminationSignals, QCoreApplication>;
 #include "tst_terminationsignals.moc"

@@ -1,7 +1,9 @@
 #include "app/door/Door.h"
 #include "app/models/CommandLine.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -192,5 +194,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_Door)
+template class RunnableTests<tst_Door, QCoreApplication>;
 #include "tst_door.moc"

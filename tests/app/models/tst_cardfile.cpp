@@ -2,8 +2,10 @@
 #include "card/CardKeys.h"
 #include "card/PelmoraError.h"
 #include "platform/NativePath.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QStringEncoder>
 #include <QTemporaryDir>
@@ -149,5 +151,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardFile)
+template class RunnableTests<tst_CardFile, QCoreApplication>;
 #include "tst_cardfile.moc"

@@ -1,5 +1,6 @@
 #include "app/models/CardSummary.h"
 #include "card/CardKeys.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -57,5 +58,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_CardSummary)
+template class RunnableTests<tst_CardSummary, void>;
 #include "tst_cardsummary.moc"

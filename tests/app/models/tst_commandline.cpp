@@ -1,4 +1,5 @@
 #include "app/models/CommandLine.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -129,5 +130,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_CommandLine)
+template class RunnableTests<tst_CommandLine, void>;
 #include "tst_commandline.moc"

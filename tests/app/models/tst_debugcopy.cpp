@@ -7,8 +7,10 @@
 #include "prefs/settings/MVSettings.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -204,5 +206,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_DebugCopy)
+template class RunnableTests<tst_DebugCopy, QCoreApplication>;
 #include "tst_debugcopy.moc"

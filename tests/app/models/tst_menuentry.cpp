@@ -1,4 +1,5 @@
 #include "app/models/MenuEntry.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -33,5 +34,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_MenuEntry)
+template class RunnableTests<tst_MenuEntry, void>;
 #include "tst_menuentry.moc"

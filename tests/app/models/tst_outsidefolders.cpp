@@ -1,6 +1,8 @@
 #include "app/models/OutsideFolders.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -66,5 +68,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_OutsideFolders)
+template class RunnableTests<tst_OutsideFolders, QCoreApplication>;
 #include "tst_outsidefolders.moc"

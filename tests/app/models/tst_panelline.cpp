@@ -1,4 +1,5 @@
 #include "app/models/PanelLine.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -92,5 +93,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_PanelLine)
+template class RunnableTests<tst_PanelLine, void>;
 #include "tst_panelline.moc"

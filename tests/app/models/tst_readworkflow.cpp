@@ -2,8 +2,10 @@
 #include "prefs/settings/StandardPreferences.h"
 #include "tests/app/models/ReadingDesk.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QTest>
 
@@ -368,5 +370,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ReadWorkflow)
+template class RunnableTests<tst_ReadWorkflow, QCoreApplication>;
 #include "tst_readworkflow.moc"

@@ -1,7 +1,9 @@
 #include "tests/app/models/ReadingDesk.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -146,5 +148,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ReadWorkflowCancel)
+template class RunnableTests<tst_ReadWorkflowCancel, QCoreApplication>;
 #include "tst_readworkflowcancel.moc"

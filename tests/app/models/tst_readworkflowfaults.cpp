@@ -1,8 +1,10 @@
 #include "app/models/CardServiceRequests.h"
 #include "tests/app/models/ReadingDesk.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -220,5 +222,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ReadWorkflowFaults)
+template class RunnableTests<tst_ReadWorkflowFaults, QCoreApplication>;
 #include "tst_readworkflowfaults.moc"

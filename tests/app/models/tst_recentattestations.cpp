@@ -1,7 +1,9 @@
 #include "app/models/RecentAttestations.h"
 #include "platform/UserDefaults.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
@@ -200,5 +202,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_RecentAttestations)
+template class RunnableTests<tst_RecentAttestations, QCoreApplication>;
 #include "tst_recentattestations.moc"

@@ -1,4 +1,5 @@
 #include "app/models/StatusMenu.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -50,5 +51,5 @@ private Q_SLOTS:
     void theMenuIsTitledPelmora() { QCOMPARE(StatusMenu::title, u"Pelmora"_s); }
 };
 
-QTEST_APPLESS_MAIN(tst_StatusMenu)
+template class RunnableTests<tst_StatusMenu, void>;
 #include "tst_statusmenu.moc"

@@ -1,6 +1,8 @@
-#include "MainWindowTest.h"
+#include "tests/app/windows/MainWindowTest.h"
+#include "tests/common/RunnableTests.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QSignalSpy>
@@ -216,5 +218,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MainWindow)
+template class RunnableTests<tst_MainWindow, QApplication>;
 #include "tst_mainwindow.moc"

@@ -1,6 +1,8 @@
-#include "MainWindowTest.h"
 #include "platform/NativePath.h"
+#include "tests/app/windows/MainWindowTest.h"
+#include "tests/common/RunnableTests.h"
 
+#include <QApplication>
 #include <QDragEnterEvent>
 #include <QFile>
 #include <QMessageBox>
@@ -218,5 +220,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MainWindowEvents)
+template class RunnableTests<tst_MainWindowEvents, QApplication>;
 #include "tst_mainwindowevents.moc"

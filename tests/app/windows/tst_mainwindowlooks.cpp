@@ -1,6 +1,8 @@
-#include "MainWindowTest.h"
+#include "tests/app/windows/MainWindowTest.h"
+#include "tests/common/RunnableTests.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QDateTime>
 #include <QHelpEvent>
 #include <QTemporaryDir>
@@ -359,5 +361,5 @@ private Q_SLOTS:
     void theWindowHasItsIcon() { QTRY_VERIFY(!m_window->windowIcon().isNull()); }
 };
 
-QTEST_MAIN(tst_MainWindowLooks)
+template class RunnableTests<tst_MainWindowLooks, QApplication>;
 #include "tst_mainwindowlooks.moc"

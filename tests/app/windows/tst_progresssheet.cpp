@@ -1,8 +1,10 @@
 #include "app/windows/ProgressIndicator.h"
 #include "app/windows/ProgressSheet.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -179,5 +181,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_ProgressSheet)
+template class RunnableTests<tst_ProgressSheet, QApplication>;
 #include "tst_progresssheet.moc"

@@ -1,4 +1,4 @@
-#include "Tools.h"
+#include "tests/attestation/document/Tools.h"
 
 #include <QProcess>
 #include <QTemporaryFile>

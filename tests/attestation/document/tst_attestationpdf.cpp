@@ -4,8 +4,10 @@
 #include "card/CardKeys.h"
 #include "tests/attestation/document/Tools.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QGuiApplication>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -247,5 +249,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AttestationPdf)
+template class RunnableTests<tst_AttestationPdf, QGuiApplication>;
 #include "tst_attestationpdf.moc"

@@ -1,8 +1,10 @@
 #include "attestation/document/AttestationPdf.h"
 #include "tests/attestation/document/Tools.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QGuiApplication>
 #include <QRawFont>
 #include <QTest>
 #include <QXmlStreamReader>
@@ -376,5 +378,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AttestationReadback)
+template class RunnableTests<tst_AttestationReadback, QGuiApplication>;
 #include "tst_attestationreadback.moc"

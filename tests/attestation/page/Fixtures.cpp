@@ -1,4 +1,4 @@
-#include "Fixtures.h"
+#include "tests/attestation/page/Fixtures.h"
 
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
@@ -35,6 +35,14 @@ BeneficiaryRecord person(const QString& lastName, const QString& firstName)
     person.setText(CardKey::birthdayDate, u"15031980"_s);
     person.setText(CardKey::rank, u"1"_s);
     return person;
+}
+
+CardRecord cardWith(const QList<std::pair<RecordKey, QString>>& texts)
+{
+    CardRecord card;
+    for (const auto& [key, value] : texts)
+        card.setText(key, value);
+    return card;
 }
 
 CardRecord specimenCard(int beneficiaryCount)

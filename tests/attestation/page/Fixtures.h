@@ -6,10 +6,12 @@
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 
+#include <QList>
 #include <QSize>
 #include <QTemporaryDir>
 
 #include <memory>
+#include <utility>
 
 /// The resources as the build stages them.
 [[nodiscard]] Bundle stagedBundle();
@@ -31,6 +33,9 @@ private:
 
 /// A person of a card, invented, with a number of 15 characters.
 [[nodiscard]] BeneficiaryRecord person(const QString& lastName, const QString& firstName);
+
+/// A card with these texts alone.
+[[nodiscard]] CardRecord cardWith(const QList<std::pair<RecordKey, QString>>& texts);
 
 /// The card of SPECIMEN Marie: scheme 01, fund 751, centre 8801, code 10, and the given number of beneficiaries, named
 /// SPECIMEN Numéro1, SPECIMEN Numéro2 and so on.

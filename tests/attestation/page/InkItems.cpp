@@ -1,4 +1,4 @@
-#include "InkItems.h"
+#include "tests/attestation/page/InkItems.h"
 
 #include "attestation/text/TextShaping.h"
 

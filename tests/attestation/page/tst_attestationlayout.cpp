@@ -1,9 +1,11 @@
-#include "Fixtures.h"
-#include "InkItems.h"
 #include "attestation/page/AttestationLayout.h"
 #include "attestation/page/SchemeLogos.h"
+#include "tests/attestation/page/Fixtures.h"
+#include "tests/attestation/page/InkItems.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -381,5 +383,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AttestationLayout)
+template class RunnableTests<tst_AttestationLayout, QCoreApplication>;
 #include "tst_attestationlayout.moc"

@@ -1,9 +1,11 @@
-#include "Fixtures.h"
-#include "InkItems.h"
 #include "attestation/page/AttestationLayout.h"
 #include "attestation/page/AttestationTables.h"
+#include "tests/attestation/page/Fixtures.h"
+#include "tests/attestation/page/InkItems.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -150,5 +152,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AttestationTables)
+template class RunnableTests<tst_AttestationTables, QCoreApplication>;
 #include "tst_attestationtables.moc"

@@ -1,6 +1,8 @@
 #include "attestation/page/DateFormatter.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -90,5 +92,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_DateFormatter)
+template class RunnableTests<tst_DateFormatter, QCoreApplication>;
 #include "tst_dateformatter.moc"

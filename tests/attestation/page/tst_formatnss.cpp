@@ -1,6 +1,8 @@
 #include "attestation/page/FormatNSS.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -56,5 +58,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_FormatNSS)
+template class RunnableTests<tst_FormatNSS, QCoreApplication>;
 #include "tst_formatnss.moc"

@@ -1,10 +1,12 @@
-#include "Fixtures.h"
 #include "attestation/page/MVNewAttestation.h"
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
 #include "support/MXLog.h"
+#include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -13,14 +15,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-CardRecord cardWith(const QList<std::pair<RecordKey, QString>>& texts)
-{
-    CardRecord card;
-    for (const auto& [key, value] : texts)
-        card.setText(key, value);
-    return card;
-}
 
 // The first failure to parse ends in an exception instead of no date.
 class RaisingDateFormatter final : public DateFormatter
@@ -147,5 +141,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVNewAttestation)
+template class RunnableTests<tst_MVNewAttestation, QCoreApplication>;
 #include "tst_mvnewattestation.moc"

@@ -1,9 +1,11 @@
-#include "Fixtures.h"
 #include "attestation/page/PageOfCard.h"
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
+#include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -21,14 +23,6 @@ CardRecord cardOf(const QList<BeneficiaryRecord>& beneficiaries)
 {
     CardRecord card;
     card.setBeneficiaries(beneficiaries);
-    return card;
-}
-
-CardRecord cardWith(const QList<std::pair<RecordKey, QString>>& texts)
-{
-    CardRecord card;
-    for (const auto& [key, value] : texts)
-        card.setText(key, value);
     return card;
 }
 
@@ -210,5 +204,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_PageOfCard)
+template class RunnableTests<tst_PageOfCard, QCoreApplication>;
 #include "tst_pageofcard.moc"

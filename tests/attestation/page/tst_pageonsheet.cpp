@@ -1,4 +1,5 @@
 #include "attestation/page/PageOnSheet.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -33,5 +34,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_PageOnSheet)
+template class RunnableTests<tst_PageOnSheet, void>;
 #include "tst_pageonsheet.moc"

@@ -1,6 +1,8 @@
 #include "attestation/page/PrintInfo.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -82,5 +84,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_PrintInfo)
+template class RunnableTests<tst_PrintInfo, QCoreApplication>;
 #include "tst_printinfo.moc"

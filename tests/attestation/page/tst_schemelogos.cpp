@@ -1,9 +1,11 @@
-#include "Fixtures.h"
 #include "attestation/page/SchemeLogos.h"
 #include "support/MXLog.h"
+#include "tests/attestation/page/Fixtures.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
@@ -73,5 +75,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_SchemeLogos)
+template class RunnableTests<tst_SchemeLogos, QCoreApplication>;
 #include "tst_schemelogos.moc"

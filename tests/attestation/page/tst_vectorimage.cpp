@@ -1,6 +1,8 @@
 #include "attestation/page/VectorImage.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -55,5 +57,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_VectorImage)
+template class RunnableTests<tst_VectorImage, QCoreApplication>;
 #include "tst_vectorimage.moc"

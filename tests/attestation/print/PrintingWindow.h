@@ -95,13 +95,22 @@ private:
     SchemeLogos m_logos{stagedBundle()};
 };
 
-/// Runs a class of tests where no print server is: the dialog offers a file alone.
-template <typename Tests>
-int runWithoutPrintServer(int argc, char** argv)
+/// An application where no print server is: the dialog offers a file alone.
+class ApplicationWithoutPrintServer
 {
-    const QTemporaryDir withoutServer;
-    qputenv("CUPS_SERVER", QFile::encodeName(withoutServer.filePath(QStringLiteral("cups.sock"))));
-    const QApplication application(argc, argv);
-    Tests tests;
-    return QTest::qExec(&tests, argc, argv);
-}
+public:
+    ApplicationWithoutPrintServer(int& argc, char** argv)
+        : m_application(withoutServer(argc), argv)
+    {
+    }
+
+private:
+    int& withoutServer(int& argc) const
+    {
+        qputenv("CUPS_SERVER", QFile::encodeName(m_folder.filePath(QStringLiteral("cups.sock"))));
+        return argc;
+    }
+
+    QTemporaryDir m_folder;
+    QApplication m_application;
+};

@@ -1,6 +1,7 @@
 #include "attestation/print/PrinterSearch.h"
 #include "attestation/print/WithoutPrintServer.h"
 #include "tests/attestation/print/PrintingWindow.h"
+#include "tests/common/RunnableTests.h"
 
 #include <QLabel>
 #include <QLocalServer>
@@ -259,8 +260,5 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv)
-{
-    return runWithoutPrintServer<tst_PrintDesk>(argc, argv);
-}
+template class RunnableTests<tst_PrintDesk, ApplicationWithoutPrintServer>;
 #include "tst_printdesk.moc"

@@ -1,6 +1,7 @@
 #include "tests/attestation/document/Tools.h"
 #include "tests/attestation/print/PrintingWindow.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 
 #include <QPrinter>
 
@@ -142,8 +143,5 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv)
-{
-    return runWithoutPrintServer<tst_PrintToFile>(argc, argv);
-}
+template class RunnableTests<tst_PrintToFile, ApplicationWithoutPrintServer>;
 #include "tst_printtofile.moc"

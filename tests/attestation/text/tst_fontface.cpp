@@ -1,8 +1,10 @@
 #include "attestation/text/FontFace.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -64,5 +66,5 @@ private Q_SLOTS:
     void theFileOfAFaceIsItsOwn() { QCOMPARE(FontFace::load(m_path)->file(), contentOf(m_path)); }
 };
 
-QTEST_GUILESS_MAIN(tst_FontFace)
+template class RunnableTests<tst_FontFace, QCoreApplication>;
 #include "tst_fontface.moc"

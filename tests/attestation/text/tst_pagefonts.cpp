@@ -1,8 +1,10 @@
 #include "attestation/text/TextShaping.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QGuiApplication>
 #include <QRawFont>
 #include <QTest>
 
@@ -133,5 +135,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_PageFonts)
+template class RunnableTests<tst_PageFonts, QGuiApplication>;
 #include "tst_pagefonts.moc"

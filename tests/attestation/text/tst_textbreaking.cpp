@@ -1,8 +1,10 @@
 #include "attestation/text/TextBreaking.h"
 #include "attestation/text/TextShaping.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -121,5 +123,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_TextBreaking)
+template class RunnableTests<tst_TextBreaking, QCoreApplication>;
 #include "tst_textbreaking.moc"

@@ -1,7 +1,9 @@
 #include "attestation/text/TextShaping.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 #include <algorithm>
@@ -131,5 +133,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_TextShaping)
+template class RunnableTests<tst_TextShaping, QCoreApplication>;
 #include "tst_textshaping.moc"

@@ -6,6 +6,7 @@
 #include "card/CardKeys.h"
 #include "tests/attestation/document/Tools.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAccessible>
@@ -317,5 +318,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AccessiblePage)
+template class RunnableTests<tst_AccessiblePage, QApplication>;
 #include "tst_accessiblepage.moc"

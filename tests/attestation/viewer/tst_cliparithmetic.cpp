@@ -1,4 +1,5 @@
 #include "attestation/viewer/ClipArithmetic.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -181,5 +182,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_ClipArithmetic)
+template class RunnableTests<tst_ClipArithmetic, void>;
 #include "tst_cliparithmetic.moc"

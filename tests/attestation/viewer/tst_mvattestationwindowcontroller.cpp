@@ -7,6 +7,7 @@
 #include "attestation/viewer/MVScrollView.h"
 #include "card/CardKeys.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAction>
@@ -253,5 +254,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVAttestationWindowController)
+template class RunnableTests<tst_MVAttestationWindowController, QApplication>;
 #include "tst_mvattestationwindowcontroller.moc"

@@ -2,6 +2,7 @@
 #include "attestation/viewer/ScrollView.h"
 #include "tests/attestation/viewer/Sheet.h"
 #include "tests/common/EventCount.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QApplication>
@@ -235,5 +236,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVClipView)
+template class RunnableTests<tst_MVClipView, QApplication>;
 #include "tst_mvclipview.moc"

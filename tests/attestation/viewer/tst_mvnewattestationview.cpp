@@ -5,6 +5,7 @@
 #include "attestation/viewer/PagePainter.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/common/EventCount.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QApplication>
@@ -279,5 +280,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVNewAttestationView)
+template class RunnableTests<tst_MVNewAttestationView, QApplication>;
 #include "tst_mvnewattestationview.moc"

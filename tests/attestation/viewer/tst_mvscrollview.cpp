@@ -1,6 +1,7 @@
 #include "attestation/viewer/MVClipView.h"
 #include "attestation/viewer/MVScrollView.h"
 #include "tests/attestation/viewer/Sheet.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QApplication>
@@ -206,5 +207,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVScrollView)
+template class RunnableTests<tst_MVScrollView, QApplication>;
 #include "tst_mvscrollview.moc"

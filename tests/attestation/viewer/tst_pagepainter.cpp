@@ -4,8 +4,10 @@
 #include "attestation/viewer/PagePainter.h"
 #include "tests/attestation/document/Tools.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QApplication>
 #include <QImage>
 #include <QPainter>
 #include <QTest>
@@ -184,5 +186,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_PagePainter)
+template class RunnableTests<tst_PagePainter, QApplication>;
 #include "tst_pagepainter.moc"

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "card/client/ServiceChannel.h"
-#include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/LogCapture.h"
 #include "tests/fakes/FakeService.h"
 

@@ -3,7 +3,6 @@
 #include "card/CardKeys.h"
 #include "card/client/LVitAccess.h"
 #include "card/wire/ServiceVocabulary.h"
-#include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/ClientOutcome.h"
 #include "tests/fakes/FakeService.h"
 

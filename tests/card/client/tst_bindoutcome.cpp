@@ -1,6 +1,7 @@
 #include "card/PelmoraError.h"
 #include "card/client/BindOutcome.h"
 #include "platform/NotificationCenter.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -57,5 +58,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_BindOutcome)
+template class RunnableTests<tst_BindOutcome, void>;
 #include "tst_bindoutcome.moc"

@@ -1,10 +1,11 @@
 #include "card/CardKeys.h"
 #include "card/client/LVitAccess.h"
-#include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/ClientOutcome.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -110,9 +111,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    return runChannelTest<tst_CardServiceClient>(argc, argv);
-}
+template class RunnableTests<tst_CardServiceClient, QCoreApplication>;
 
 #include "tst_cardserviceclient.moc"

@@ -1,8 +1,9 @@
 #include "card/client/LVitAccess.h"
-#include "tests/card/client/ChannelTestMain.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -78,9 +79,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    return runChannelTest<tst_CardServiceDeadline>(argc, argv);
-}
+template class RunnableTests<tst_CardServiceDeadline, QCoreApplication>;
 
 #include "tst_cardservicedeadline.moc"

@@ -1,7 +1,9 @@
 #include "card/client/LogLimit.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -60,5 +62,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_LogLimit)
+template class RunnableTests<tst_LogLimit, QCoreApplication>;
 #include "tst_loglimit.moc"

@@ -1,5 +1,8 @@
 #include "tests/card/client/ClientTest.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+
+#include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
@@ -317,9 +320,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv)
-{
-    return runChannelTest<tst_LVitAccess>(argc, argv);
-}
+template class RunnableTests<tst_LVitAccess, QCoreApplication>;
 
 #include "tst_lvitaccess.moc"

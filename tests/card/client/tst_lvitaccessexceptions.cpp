@@ -1,5 +1,8 @@
 #include "tests/card/client/ClientTest.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+
+#include <QCoreApplication>
 
 #include <atomic>
 #include <cstdlib>
@@ -101,9 +104,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv)
-{
-    return runChannelTest<tst_LVitAccessExceptions>(argc, argv);
-}
+template class RunnableTests<tst_LVitAccessExceptions, QCoreApplication>;
 
 #include "tst_lvitaccessexceptions.moc"

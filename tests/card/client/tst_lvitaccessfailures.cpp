@@ -1,6 +1,9 @@
 #include "card/client/BindOutcome.h"
 #include "tests/card/client/ClientTest.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+
+#include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
@@ -280,9 +283,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv)
-{
-    return runChannelTest<tst_LVitAccessFailures>(argc, argv);
-}
+template class RunnableTests<tst_LVitAccessFailures, QCoreApplication>;
 
 #include "tst_lvitaccessfailures.moc"

@@ -1,6 +1,9 @@
 #include "tests/card/client/ClientTest.h"
 #include "tests/card/client/LogCapture.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+
+#include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
@@ -135,9 +138,6 @@ private:
     LogCapture m_log;
 };
 
-int main(int argc, char* argv[])
-{
-    return runChannelTest<tst_LVitAccessLog>(argc, argv);
-}
+template class RunnableTests<tst_LVitAccessLog, QCoreApplication>;
 
 #include "tst_lvitaccesslog.moc"

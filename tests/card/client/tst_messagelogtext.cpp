@@ -1,7 +1,9 @@
 #include "card/client/MessageLogText.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCborArray>
+#include <QCoreApplication>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
@@ -65,5 +67,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_MessageLogText)
+template class RunnableTests<tst_MessageLogText, QCoreApplication>;
 #include "tst_messagelogtext.moc"

@@ -1,8 +1,10 @@
 #include "card/PelmoraError.h"
 #include "card/client/CardServiceKeys.h"
 #include "card/client/ReaderChoice.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -58,6 +60,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ReaderChoice)
+template class RunnableTests<tst_ReaderChoice, QCoreApplication>;
 
 #include "tst_readerchoice.moc"

@@ -1,5 +1,8 @@
 #include "tests/card/client/ChannelTest.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+
+#include <QCoreApplication>
 
 #include <algorithm>
 #include <csignal>
@@ -249,9 +252,6 @@ private:
     LogCapture m_log;
 };
 
-int main(int argc, char** argv)
-{
-    return runChannelTest<tst_ServiceChannel>(argc, argv);
-}
+template class RunnableTests<tst_ServiceChannel, QCoreApplication>;
 
 #include "tst_servicechannel.moc"

@@ -1,7 +1,10 @@
 #include "card/client/LVitAccess.h"
 #include "tests/card/client/ChannelTest.h"
 #include "tests/card/client/ClientOutcome.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+
+#include <QCoreApplication>
 
 #include <cerrno>
 
@@ -152,9 +155,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    return runChannelTest<tst_ServiceChannelDescriptors>(argc, argv);
-}
+template class RunnableTests<tst_ServiceChannelDescriptors, QCoreApplication>;
 
 #include "tst_servicechanneldescriptors.moc"

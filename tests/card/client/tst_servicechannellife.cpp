@@ -1,5 +1,8 @@
 #include "tests/card/client/ChannelTest.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+
+#include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -169,9 +172,6 @@ private:
     LogCapture m_log;
 };
 
-int main(int argc, char** argv)
-{
-    return runChannelTest<tst_ServiceChannelLife>(argc, argv);
-}
+template class RunnableTests<tst_ServiceChannelLife, QCoreApplication>;
 
 #include "tst_servicechannellife.moc"

@@ -1,5 +1,8 @@
 #include "tests/card/client/ChannelTest.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+
+#include <QCoreApplication>
 
 #include <csignal>
 
@@ -251,9 +254,6 @@ private:
     LogCapture m_log;
 };
 
-int main(int argc, char** argv)
-{
-    return runChannelTest<tst_ServiceChannelProcesses>(argc, argv);
-}
+template class RunnableTests<tst_ServiceChannelProcesses, QCoreApplication>;
 
 #include "tst_servicechannelprocesses.moc"

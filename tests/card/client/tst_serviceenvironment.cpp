@@ -1,4 +1,5 @@
 #include "card/client/ServiceProcess.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -79,5 +80,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_ServiceEnvironment)
+template class RunnableTests<tst_ServiceEnvironment, void>;
 #include "tst_serviceenvironment.moc"

@@ -1,7 +1,9 @@
 #include "card/PelmoraError.h"
 #include "card/client/ServiceReply.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
@@ -104,5 +106,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ServiceReply)
+template class RunnableTests<tst_ServiceReply, QCoreApplication>;
 #include "tst_servicereply.moc"

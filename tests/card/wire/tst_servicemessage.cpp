@@ -1,8 +1,9 @@
 #include "card/wire/ServiceMessage.h"
-#include "tests/card/client/ChannelTestMain.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCborArray>
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QtTest>
 
@@ -308,9 +309,6 @@ private Q_SLOTS:
 
 // The two below take minutes, not milliseconds, where the time is quadratic; their limits are far from both.
 
-int main(int argc, char* argv[])
-{
-    return runChannelTest<tst_ServiceMessage>(argc, argv);
-}
+template class RunnableTests<tst_ServiceMessage, QCoreApplication>;
 
 #include "tst_servicemessage.moc"

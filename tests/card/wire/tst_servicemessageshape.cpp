@@ -1,9 +1,10 @@
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
-#include "tests/card/client/ChannelTestMain.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCborArray>
+#include <QCoreApplication>
 #include <QFile>
 #include <QtTest>
 
@@ -13,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype limit = ServiceMessageReader::maximumItemSize;
+constexpr qsizetype sizeLimit = ServiceMessageReader::maximumItemSize;
 constexpr qsizetype slice = qsizetype{64} * 1024;
 constexpr int maximumItems = ServiceMessageScanner::maximumItems;
 
@@ -233,7 +234,7 @@ private Q_SLOTS:
         QFETCH(const QByteArray, unit);
         QFETCH(const QByteArray, end);
         // The lengths of the strings above leave so much for all that is not the string.
-        constexpr qsizetype room = limit - 64;
+        constexpr qsizetype room = sizeLimit - 64;
         const QByteArray wave = unit.repeated(slice / unit.size());
         malloc_trim(0);
         const qint64 before = memory(memoryNow);
@@ -284,9 +285,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    return runChannelTest<tst_ServiceMessageShape>(argc, argv);
-}
+template class RunnableTests<tst_ServiceMessageShape, QCoreApplication>;
 
 #include "tst_servicemessageshape.moc"

@@ -1,6 +1,8 @@
 #include "card/wire/TextDecoding.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -110,5 +112,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_TextDecoding)
+template class RunnableTests<tst_TextDecoding, QCoreApplication>;
 #include "tst_textdecoding.moc"

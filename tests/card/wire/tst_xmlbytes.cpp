@@ -1,6 +1,8 @@
 #include "card/wire/XmlBytes.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QStringEncoder>
 #include <QTest>
 
@@ -100,5 +102,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_XmlBytes)
+template class RunnableTests<tst_XmlBytes, QCoreApplication>;
 #include "tst_xmlbytes.moc"

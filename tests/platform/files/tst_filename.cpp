@@ -1,4 +1,5 @@
 #include "platform/files/FileName.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -63,5 +64,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_FileName)
+template class RunnableTests<tst_FileName, void>;
 #include "tst_filename.moc"

@@ -1,6 +1,8 @@
 #include "platform/files/FileWorker.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -139,5 +141,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_FileWorker)
+template class RunnableTests<tst_FileWorker, QCoreApplication>;
 #include "tst_fileworker.moc"

@@ -2,6 +2,7 @@
 #include "platform/files/FailedWrites.h"
 #include "platform/files/PrivateFile.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
 
@@ -186,5 +187,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_PrivateFile)
+template class RunnableTests<tst_PrivateFile, void>;
 #include "tst_privatefile.moc"

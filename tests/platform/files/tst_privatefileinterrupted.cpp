@@ -1,7 +1,9 @@
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/support/move/KilledAtCall.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -119,5 +121,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_PrivateFileInterrupted)
+template class RunnableTests<tst_PrivateFileInterrupted, QCoreApplication>;
 #include "tst_privatefileinterrupted.moc"

@@ -1,4 +1,5 @@
 #include "platform/files/WriteFailure.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTemporaryDir>
@@ -69,5 +70,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_WriteFailure)
+template class RunnableTests<tst_WriteFailure, void>;
 #include "tst_writefailure.moc"

@@ -1,6 +1,8 @@
 #include "platform/gui/AlertQueue.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -243,5 +245,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_AlertQueue)
+template class RunnableTests<tst_AlertQueue, QApplication>;
 #include "tst_alertqueue.moc"

@@ -1,6 +1,8 @@
 #include "platform/gui/FrenchTexts.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QLocale>
@@ -40,5 +42,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_FrenchTexts)
+template class RunnableTests<tst_FrenchTexts, QApplication>;
 #include "tst_frenchtexts.moc"

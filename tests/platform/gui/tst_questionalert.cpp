@@ -1,4 +1,5 @@
 #include "platform/gui/QuestionAlert.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAbstractButton>
@@ -119,5 +120,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_QuestionAlert)
+template class RunnableTests<tst_QuestionAlert, QApplication>;
 #include "tst_questionalert.moc"

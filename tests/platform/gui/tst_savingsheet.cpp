@@ -1,6 +1,8 @@
 #include "platform/gui/SavingSheet.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QTest>
 
@@ -86,5 +88,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_SavingSheet)
+template class RunnableTests<tst_SavingSheet, QApplication>;
 #include "tst_savingsheet.moc"

@@ -1,6 +1,8 @@
 #include "platform/gui/WindowActivation.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QApplication>
 #include <QTest>
 #include <QWidget>
 
@@ -42,5 +44,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_WindowActivation)
+template class RunnableTests<tst_WindowActivation, QApplication>;
 #include "tst_windowactivation.moc"

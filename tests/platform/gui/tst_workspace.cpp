@@ -1,7 +1,9 @@
 #include "platform/gui/Workspace.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/gui/Desktop.h"
 
+#include <QApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -42,5 +44,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_Workspace)
+template class RunnableTests<tst_Workspace, QApplication>;
 #include "tst_workspace.moc"

@@ -1,8 +1,10 @@
 #include "platform/print/PrintMessages.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCborArray>
 #include <QCborMap>
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -83,5 +85,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_PrintMessages)
+template class RunnableTests<tst_PrintMessages, QCoreApplication>;
 #include "tst_printmessages.moc"

@@ -1,8 +1,10 @@
 #include "platform/Bundle.h"
 #include "platform/print/PrintServer.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLocalServer>
@@ -19,7 +21,7 @@ namespace {
 
 const QString brokenHelperText = u"Le programme d’impression de Pelmora ne fonctionne pas."_s;
 
-PrintJob job()
+PrintJob twoCopies()
 {
     return {u"accueil"_s, u"Attestation de droits"_s, "%PDF-1.4"_ba, {{"copies", "2"}}};
 }
@@ -50,7 +52,7 @@ private Q_SLOTS:
     void withoutAServerNothingIsPrinted()
     {
         PrintServer server(realHelper());
-        const PrintAnswer outcome = server.askAndWait(job());
+        const PrintAnswer outcome = server.askAndWait(twoCopies());
         QVERIFY(!outcome.has_value());
         QCOMPARE(outcome.error().localizedDescription(), u"Le serveur d’impression n’est pas joignable."_s);
     }
@@ -77,7 +79,7 @@ private Q_SLOTS:
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         PrintServer server(realHelper());
-        const PrintAnswer outcome = server.askAndWait(job());
+        const PrintAnswer outcome = server.askAndWait(twoCopies());
         QVERIFY(!outcome.has_value());
         QCOMPARE(outcome.error().localizedDescription(), u"Le serveur d’impression ne répond pas."_s);
         QVERIFY(isLeft(*silent));
@@ -114,7 +116,7 @@ private Q_SLOTS:
         const std::unique_ptr<QLocalServer> silent = silentServer();
         QProcess helper;
         helper.start(realHelper(), QStringList());
-        helper.write(encodePrintRequest(job()));
+        helper.write(encodePrintRequest(twoCopies()));
         helper.closeWriteChannel();
         QVERIFY(helper.waitForFinished());
         QCOMPARE(helper.readAllStandardOutput(), ""_ba);
@@ -124,7 +126,7 @@ private Q_SLOTS:
     {
         QProcess helper;
         helper.start(realHelper(), QStringList());
-        helper.write(encodePrintRequest(job()).chopped(1));
+        helper.write(encodePrintRequest(twoCopies()).chopped(1));
         helper.closeWriteChannel();
         QVERIFY(helper.waitForFinished());
         QCOMPARE(helper.exitStatus(), QProcess::NormalExit);
@@ -135,8 +137,8 @@ private Q_SLOTS:
     void theHelperGetsTheJobOnItsInputAlone()
     {
         PrintServer server(fakeHelper("cat > $0.input; echo \"$@\" > $0.arguments; cat $0.answer", {}));
-        QVERIFY(server.askAndWait(job()).has_value());
-        QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(job()));
+        QVERIFY(server.askAndWait(twoCopies()).has_value());
+        QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(twoCopies()));
         QCOMPARE(contentOf(fakePath() + ".arguments"_L1), "\n"_ba);
     }
 
@@ -153,7 +155,7 @@ private Q_SLOTS:
     {
         const Error refusal(u"Impression"_s, 1286, u"L’imprimante dort."_s);
         PrintServer server(fakeHelper("cat $0.answer", std::unexpected(refusal)));
-        const PrintAnswer outcome = server.askAndWait(job());
+        const PrintAnswer outcome = server.askAndWait(twoCopies());
         QVERIFY(!outcome.has_value());
         QCOMPARE(outcome.error(), refusal);
         QCOMPARE(outcome.error().localizedDescription(), u"L’imprimante dort."_s);
@@ -165,10 +167,10 @@ private Q_SLOTS:
         bool isPrinted = false;
         server.listQueues([&](const auto& queues) {
             QVERIFY(queues.has_value());
-            server.print(job(), [&isPrinted](const auto& taken) { isPrinted = taken.has_value(); });
+            server.print(twoCopies(), [&isPrinted](const auto& taken) { isPrinted = taken.has_value(); });
         });
         QTRY_VERIFY(isPrinted);
-        QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(job()));
+        QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(twoCopies()));
     }
 
     void aHelperThatDoesNotWorkIsTold_data()
@@ -190,7 +192,7 @@ private Q_SLOTS:
         QVERIFY(!queues.has_value());
         QCOMPARE(queues.error(), Error(u"Impression"_s, -2));
         QCOMPARE(queues.error().localizedDescription(), brokenHelperText);
-        const PrintAnswer outcome = server.askAndWait(job());
+        const PrintAnswer outcome = server.askAndWait(twoCopies());
         QVERIFY(!outcome.has_value());
         QCOMPARE(outcome.error().localizedDescription(), brokenHelperText);
     }
@@ -203,14 +205,14 @@ private Q_SLOTS:
         QTRY_VERIFY(queues);
         QVERIFY(!queues->has_value());
         QCOMPARE(queues->error().localizedDescription(), brokenHelperText);
-        const PrintAnswer outcome = server.askAndWait(job());
+        const PrintAnswer outcome = server.askAndWait(twoCopies());
         QVERIFY(!outcome.has_value());
         QCOMPARE(outcome.error().localizedDescription(), brokenHelperText);
     }
 
     void aJobOnItsWayArrivesBeforeTheEnd()
     {
-        PrintJob large = job();
+        PrintJob large = twoCopies();
         large.pdf = QByteArray(1'000'000, 'x'); // no pipe takes that at once
         {
             PrintServer server(fakeHelper("cat > $0.part; mv $0.part $0.input; cat $0.answer", {}));
@@ -226,7 +228,7 @@ private Q_SLOTS:
         clock.start();
         {
             PrintServer server(realHelper());
-            server.print(job(), [](const auto&) { QFAIL("called after the end"); });
+            server.print(twoCopies(), [](const auto&) { QFAIL("called after the end"); });
         }
         QVERIFY(clock.elapsed() < 2 * PrintServer::patience.count());
         QVERIFY(isLeft(*silent));
@@ -273,5 +275,5 @@ private:
     QString m_path;
 };
 
-QTEST_GUILESS_MAIN(tst_PrintServer)
+template class RunnableTests<tst_PrintServer, QCoreApplication>;
 #include "tst_printserver.moc"

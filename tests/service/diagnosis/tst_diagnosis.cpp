@@ -1,4 +1,5 @@
 #include "service/diagnosis/Diagnosis.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -182,5 +183,5 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les ca
     }
 };
 
-QTEST_APPLESS_MAIN(tst_Diagnosis)
+template class RunnableTests<tst_Diagnosis, void>;
 #include "tst_diagnosis.moc"

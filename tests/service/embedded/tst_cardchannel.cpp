@@ -1,7 +1,9 @@
 #include "service/embedded/CardChannel.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/ScriptedTransport.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -138,5 +140,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardChannel)
+template class RunnableTests<tst_CardChannel, QCoreApplication>;
 #include "tst_cardchannel.moc"

@@ -1,6 +1,8 @@
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/PersonsCard.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -202,5 +204,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardDamage)
+template class RunnableTests<tst_CardDamage, QCoreApplication>;
 #include "tst_carddamage.moc"

@@ -1,8 +1,10 @@
 #include "card/CardKeys.h"
 #include "card/CardParser.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/PersonsCard.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -236,5 +238,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardDocument)
+template class RunnableTests<tst_CardDocument, QCoreApplication>;
 #include "tst_carddocument.moc"

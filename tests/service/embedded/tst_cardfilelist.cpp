@@ -1,7 +1,9 @@
 #include "service/embedded/CardFileList.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/CardBytes.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -182,5 +184,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardFileList)
+template class RunnableTests<tst_CardFileList, QCoreApplication>;
 #include "tst_cardfilelist.moc"

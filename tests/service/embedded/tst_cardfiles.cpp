@@ -1,7 +1,9 @@
 #include "service/embedded/CardFiles.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/ScriptedTransport.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -11,7 +13,7 @@ namespace {
 using Bytes = std::expected<QByteArray, CardFault>;
 using Answers = QList<ScriptedTransport::Answer>;
 
-const QByteArray application = QByteArray::fromHex("F001");
+const QByteArray applicationName = QByteArray::fromHex("F001");
 
 struct Read
 {
@@ -63,7 +65,7 @@ private Q_SLOTS:
         QFETCH(bool, isThere);
         ScriptedTransport transport({status});
         CardChannel channel(transport);
-        QVERIFY((CardFiles(channel).selectApplication(application) == std::expected<bool, CardFault>(isThere)));
+        QVERIFY((CardFiles(channel).selectApplication(applicationName) == std::expected<bool, CardFault>(isThere)));
         QCOMPARE(transport.commands(), QList<QByteArray>{"00A4040002F001"});
     }
 
@@ -72,13 +74,13 @@ private Q_SLOTS:
         ScriptedTransport transport({"9000", "6A82", "9000", "9000"});
         CardChannel channel(transport);
         CardFiles files(channel);
-        QCOMPARE(files.selectApplication(application).value(), true);
-        QCOMPARE(files.selectApplication(application).value(), true);
+        QCOMPARE(files.selectApplication(applicationName).value(), true);
+        QCOMPARE(files.selectApplication(applicationName).value(), true);
         QCOMPARE(files.selectApplication(QByteArray::fromHex("F002")).value(), false);
         // Whether a failed selection leaves the earlier one is not to be relied on.
-        QCOMPARE(files.selectApplication(application).value(), true);
+        QCOMPARE(files.selectApplication(applicationName).value(), true);
         files.startOver();
-        QCOMPARE(files.selectApplication(application).value(), true);
+        QCOMPARE(files.selectApplication(applicationName).value(), true);
         QCOMPARE(transport.commands().size(), 4);
     }
 
@@ -214,5 +216,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardFiles)
+template class RunnableTests<tst_CardFiles, QCoreApplication>;
 #include "tst_cardfiles.moc"

@@ -1,6 +1,8 @@
 #include "service/embedded/CardForms.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -165,5 +167,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardForms)
+template class RunnableTests<tst_CardForms, QCoreApplication>;
 #include "tst_cardforms.moc"

@@ -1,9 +1,11 @@
 #include "card/CardKeys.h"
 #include "service/embedded/CardElements.h"
 #include "service/embedded/CardMap.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/MapJson.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 #include <algorithm>
@@ -150,13 +152,13 @@ private Q_SLOTS:
     {
         const std::expected<CardMap, QString> map = parseCardMap(QJsonDocument(smallMap()).toJson());
         QVERIFY2(map, qPrintable(map ? QString() : map.error()));
-        const QByteArray application = QByteArray::fromHex("F000000000");
+        const QByteArray id = QByteArray::fromHex("F000000000");
         QCOMPARE(map->name, u"Carte d’essai"_s);
         QCOMPARE(map->version, u"7"_s);
-        QCOMPARE(map->application, application);
-        QVERIFY(map->identity == std::vector({CardFileId{application, 1}}));
-        QVERIFY(map->files == std::vector({CardFile{u"série"_s, CardFileId{application, 1}, {}, true, {}},
-                                           CardFile{u"personnes"_s, CardFileId{application, 2}, {}, true, {}}}));
+        QCOMPARE(map->application, id);
+        QVERIFY(map->identity == std::vector({CardFileId{id, 1}}));
+        QVERIFY(map->files == std::vector({CardFile{u"série"_s, CardFileId{id, 1}, {}, true, {}},
+                                           CardFile{u"personnes"_s, CardFileId{id, 2}, {}, true, {}}}));
         QVERIFY(!map->pointers);
         QVERIFY(!map->wantsAllPointed());
         QCOMPARE(map->values.front().field.path, u"tech/numSerie"_s);
@@ -251,5 +253,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardMap)
+template class RunnableTests<tst_CardMap, QCoreApplication>;
 #include "tst_cardmap.moc"

@@ -1,10 +1,12 @@
 #include "service/embedded/CardDocument.h"
 #include "service/embedded/CardElements.h"
 #include "service/embedded/CardFileList.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/CardBytes.h"
 #include "tests/service/embedded/MapJson.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTest>
@@ -142,5 +144,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardMapDoc)
+template class RunnableTests<tst_CardMapDoc, QCoreApplication>;
 #include "tst_cardmapdoc.moc"

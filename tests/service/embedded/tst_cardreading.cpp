@@ -1,9 +1,11 @@
 #include "service/embedded/CardDocument.h"
 #include "service/embedded/CardReading.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/FileCard.h"
 #include "tests/service/embedded/SmallCard.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -328,5 +330,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardReading)
+template class RunnableTests<tst_CardReading, QCoreApplication>;
 #include "tst_cardreading.moc"

@@ -1,9 +1,11 @@
 #include "service/embedded/CardDocument.h"
 #include "service/embedded/EmbeddedLibrary.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/FileCard.h"
 #include "tests/service/embedded/SmallCard.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 #include <functional>
@@ -389,5 +391,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_EmbeddedLibrary)
+template class RunnableTests<tst_EmbeddedLibrary, QCoreApplication>;
 #include "tst_embeddedlibrary.moc"

@@ -1,8 +1,10 @@
 #include "service/embedded/SiteMaps.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/MapJson.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -102,5 +104,5 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-QTEST_GUILESS_MAIN(tst_SiteMaps)
+template class RunnableTests<tst_SiteMaps, QCoreApplication>;
 #include "tst_sitemaps.moc"

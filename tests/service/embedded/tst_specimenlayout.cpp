@@ -5,9 +5,11 @@
 #include "service/embedded/Tlv.h"
 #include "tests/card/CardXml.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/CardBytes.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -217,5 +219,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SpecimenLayout)
+template class RunnableTests<tst_SpecimenLayout, QCoreApplication>;
 #include "tst_specimenlayout.moc"

@@ -1,7 +1,9 @@
 #include "service/embedded/Tlv.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/service/embedded/CardBytes.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -182,5 +184,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_Tlv)
+template class RunnableTests<tst_Tlv, QCoreApplication>;
 #include "tst_tlv.moc"

@@ -1,7 +1,9 @@
 #include "service/installed/InstalledLibrary.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -396,5 +398,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_InstalledLibrary)
+template class RunnableTests<tst_InstalledLibrary, QCoreApplication>;
 #include "tst_installedlibrary.moc"

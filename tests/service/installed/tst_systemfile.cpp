@@ -1,4 +1,5 @@
 #include "service/installed/SystemFile.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QDir>
@@ -145,5 +146,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_SystemFile)
+template class RunnableTests<tst_SystemFile, void>;
 #include "tst_systemfile.moc"

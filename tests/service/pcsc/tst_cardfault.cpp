@@ -1,6 +1,8 @@
 #include "service/pcsc/CardFault.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -83,5 +85,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardFault)
+template class RunnableTests<tst_CardFault, QCoreApplication>;
 #include "tst_cardfault.moc"

@@ -2,9 +2,11 @@
 #include "card/wire/ServiceVocabulary.h"
 #include "platform/FileDescriptor.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCborArray>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -321,5 +323,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_CardService)
+template class RunnableTests<tst_CardService, QCoreApplication>;
 #include "tst_cardservice.moc"

@@ -1,4 +1,4 @@
-#include "FolderTree.h"
+#include "tests/support/move/FolderTree.h"
 
 #include "tests/common/Files.h"
 

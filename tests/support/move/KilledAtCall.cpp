@@ -1,4 +1,4 @@
-#include "KilledAtCall.h"
+#include "tests/support/move/KilledAtCall.h"
 
 #include <QProcess>
 

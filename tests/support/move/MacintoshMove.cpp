@@ -1,4 +1,4 @@
-#include "MacintoshMove.h"
+#include "tests/support/move/MacintoshMove.h"
 
 #include "support/move/FormatText.h"
 #include "support/move/MoveTexts.h"

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "RecordedMove.h"
 #include "support/move/LinuxMoveCommands.h"
 #include "support/move/MoveToApplications.h"
 #include "support/move/StringTable.h"
+#include "tests/support/move/RecordedMove.h"
 
 // The scene of the moving tests: a copy in Downloads, and a user whose own Applications folder holds another
 // application.

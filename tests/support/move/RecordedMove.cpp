@@ -1,4 +1,4 @@
-#include "RecordedMove.h"
+#include "tests/support/move/RecordedMove.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,4 +1,5 @@
 #include "support/move/Administrator.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
@@ -173,5 +174,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_Administrator)
+template class RunnableTests<tst_Administrator, QCoreApplication>;
 #include "tst_administrator.moc"

@@ -1,6 +1,7 @@
-#include "MoveScene.h"
 #include "support/move/BundleMover.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/support/move/MoveScene.h"
 
 #include <QTest>
 
@@ -283,5 +284,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_BundleMover)
+template class RunnableTests<tst_BundleMover, void>;
 #include "tst_bundlemover.moc"

@@ -1,8 +1,9 @@
-#include "FolderTree.h"
 #include "platform/files/FailedWrites.h"
 #include "support/move/FolderCopy.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
+#include "tests/support/move/FolderTree.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -155,5 +156,5 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-QTEST_APPLESS_MAIN(tst_FolderCopy)
+template class RunnableTests<tst_FolderCopy, void>;
 #include "tst_foldercopy.moc"

@@ -1,8 +1,10 @@
-#include "FolderTree.h"
-#include "KilledAtCall.h"
 #include "support/move/FolderCopy.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/support/move/FolderTree.h"
+#include "tests/support/move/KilledAtCall.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -101,5 +103,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_FolderCopyInterrupted)
+template class RunnableTests<tst_FolderCopyInterrupted, QCoreApplication>;
 #include "tst_foldercopyinterrupted.moc"

@@ -1,4 +1,5 @@
 #include "support/move/FormatText.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -33,5 +34,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_FormatText)
+template class RunnableTests<tst_FormatText, void>;
 #include "tst_formattext.moc"

@@ -1,7 +1,10 @@
 #include "support/move/LinuxMoveCommands.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/support/move/MoveTexts.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -13,16 +16,9 @@
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
+using namespace MoveTexts;
 
 namespace {
-
-const QString bundle = u"/Volumes/L'été/Pelmora.app"_s;
-const QString quotedBundle = u"'/Volumes/L'\\''été/Pelmora.app'"_s;
-
-QString textOf(const MoveCommand& command)
-{
-    return (QStringList(command.program) + command.arguments).join(" | "_L1);
-}
 
 // A bundle whose program notes its arguments, one a line, in the file "started" beside the bundle.
 bool makeBundle(const QString& path)
@@ -266,5 +262,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_LinuxMoveCommands)
+template class RunnableTests<tst_LinuxMoveCommands, QCoreApplication>;
 #include "tst_linuxmovecommands.moc"

@@ -1,7 +1,9 @@
 #include "support/move/LinuxMoveOperations.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -172,5 +174,5 @@ private:
     std::unique_ptr<LinuxMoveOperations> m_platform;
 };
 
-QTEST_GUILESS_MAIN(tst_LinuxMoveOperations)
+template class RunnableTests<tst_LinuxMoveOperations, QCoreApplication>;
 #include "tst_linuxmoveoperations.moc"

@@ -1,23 +1,15 @@
-#include "MacintoshMove.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/support/move/MacintoshMove.h"
+#include "tests/support/move/MoveTexts.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace MoveTexts;
 
 namespace {
 
-const QString bundle = u"/Volumes/L'été/Pelmora.app"_s;
-const QString quotedBundle = u"'/Volumes/L'\\''été/Pelmora.app'"_s;
-
-QString textOf(const MoveCommand& command)
-{
-    return (QStringList(command.program) + command.arguments).join(" | "_L1);
-}
-
-const QString path = u"/home/anne/L'été \"2\"/Pelmora.app"_s;
-const QString trash = u"trash | "_s + path;
-const QString recycle = u"recycle | Pelmora.app | /home/anne/L'été \"2\""_s;
 const QString script = u"script | set theFile to POSIX file \""_s + path +
                        u"\" | tell application \"Finder\" | move theFile to trash | end tell"_s;
 
@@ -133,5 +125,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_MacintoshMove)
+template class RunnableTests<tst_MacintoshMove, void>;
 #include "tst_macintoshmove.moc"

@@ -1,6 +1,7 @@
 #include "platform/PropertyList.h"
 #include "support/move/MountedImages.h"
 #include "tests/common/Files.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QDir>
@@ -131,5 +132,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_MountedImages)
+template class RunnableTests<tst_MountedImages, void>;
 #include "tst_mountedimages.moc"

@@ -1,5 +1,6 @@
-#include "MoveScene.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/support/move/MoveScene.h"
 
 #include <QTest>
 
@@ -69,5 +70,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_MoveDecision)
+template class RunnableTests<tst_MoveDecision, void>;
 #include "tst_movedecision.moc"

@@ -1,11 +1,13 @@
-#include "MoveScene.h"
 #include "platform/UserDefaults.h"
 #include "support/move/LinuxMoveOperations.h"
 #include "support/move/MoveToApplications.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/support/move/FolderTree.h"
 #include "tests/support/move/KilledAtCall.h"
+#include "tests/support/move/MoveScene.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -240,5 +242,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_MoveInterrupted)
+template class RunnableTests<tst_MoveInterrupted, QCoreApplication>;
 #include "tst_moveinterrupted.moc"

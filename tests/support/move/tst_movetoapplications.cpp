@@ -1,8 +1,9 @@
-#include "MoveScene.h"
 #include "platform/Bundle.h"
 #include "support/move/MountedImages.h"
 #include "support/move/MoveTexts.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/support/move/MoveScene.h"
 
 #include <QTest>
 
@@ -247,5 +248,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_MoveToApplications)
+template class RunnableTests<tst_MoveToApplications, void>;
 #include "tst_movetoapplications.moc"

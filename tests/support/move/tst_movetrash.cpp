@@ -1,18 +1,13 @@
-#include "RecordedMove.h"
 #include "support/move/MoveTrash.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/support/move/MoveTexts.h"
+#include "tests/support/move/RecordedMove.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-const QString path = u"/home/anne/L'été \"2\"/Pelmora.app"_s;
-const QString trash = u"trash | "_s + path;
-const QString recycle = u"recycle | Pelmora.app | /home/anne/L'été \"2\""_s;
-
-} // namespace
+using namespace MoveTexts;
 
 class tst_MoveTrash : public TestCase
 {
@@ -48,5 +43,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_MoveTrash)
+template class RunnableTests<tst_MoveTrash, void>;
 #include "tst_movetrash.moc"

@@ -1,5 +1,6 @@
 #include "support/move/MoveCommands.h"
 #include "support/move/PortableBundle.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
@@ -113,5 +114,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_PortableBundle)
+template class RunnableTests<tst_PortableBundle, QCoreApplication>;
 #include "tst_portablebundle.moc"

@@ -1,4 +1,5 @@
 #include "support/move/RunningPrograms.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
@@ -71,5 +72,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_RunningPrograms)
+template class RunnableTests<tst_RunningPrograms, QCoreApplication>;
 #include "tst_runningprograms.moc"

@@ -1,6 +1,8 @@
 #include "support/move/ShellQuoting.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QCoreApplication>
 #include <QProcess>
 #include <QTest>
 
@@ -40,5 +42,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_ShellQuoting)
+template class RunnableTests<tst_ShellQuoting, QCoreApplication>;
 #include "tst_shellquoting.moc"

@@ -1,5 +1,6 @@
 #include "platform/Bundle.h"
 #include "support/move/StringTable.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QDir>
@@ -84,5 +85,5 @@ private:
     QTemporaryDir m_folder;
 };
 
-QTEST_APPLESS_MAIN(tst_StringTable)
+template class RunnableTests<tst_StringTable, void>;
 #include "tst_stringtable.moc"

@@ -1,7 +1,9 @@
 #include "support/MXLog.h"
 #include "support/views/GlyphIcon.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QPainter>
 #include <QTemporaryDir>
@@ -71,5 +73,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_GlyphIcon)
+template class RunnableTests<tst_GlyphIcon, QApplication>;
 #include "tst_glyphicon.moc"

@@ -1,7 +1,9 @@
 #include "support/views/MVSimpleOpaqueView.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/support/views/PaintRecord.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QTest>
 
@@ -81,5 +83,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MVSimpleOpaqueView)
+template class RunnableTests<tst_MVSimpleOpaqueView, QApplication>;
 #include "tst_mvsimpleopaqueview.moc"

@@ -1,8 +1,10 @@
 #include "support/views/MXButton.h"
 #include "support/views/ReadableInk.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/support/views/PaintRecord.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
@@ -235,5 +237,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_MXButton)
+template class RunnableTests<tst_MXButton, QApplication>;
 #include "tst_mxbutton.moc"

@@ -1,8 +1,10 @@
 #include "platform/UserDefaults.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/update/client/FakeUpdateProgram.h"
 #include "update/client/SUUpdater.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
@@ -207,5 +209,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SUUpdater)
+template class RunnableTests<tst_SUUpdater, QCoreApplication>;
 #include "tst_suupdater.moc"

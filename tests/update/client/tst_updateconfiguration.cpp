@@ -1,8 +1,10 @@
 #include "platform/Bundle.h"
 #include "platform/PropertyList.h"
+#include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "update/client/UpdateConfiguration.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -85,5 +87,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_UpdateConfiguration)
+template class RunnableTests<tst_UpdateConfiguration, QCoreApplication>;
 #include "tst_updateconfiguration.moc"
