@@ -47,7 +47,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
 {
     m_printDesk.setPermission([this] { return permitPrint(); });
     // The notice was about the write.
-    connect(&m_writing, &WritingDesk::ended, this, [this] { m_window.setNotice(QString()); });
+    connect(&m_writing, &WritingDesk::ended, this, [this] { m_window.panel().setNotice(QString()); });
     connect(&m_statusItem, &StatusItemKeeper::executeAction, this, &AppDelegate::executeAction);
     connect(&m_statusItem, &StatusItemKeeper::showRequested, this, &AppDelegate::showMainWindow);
     connect(&m_statusItem, &StatusItemKeeper::lost, this, [this] { m_front.bringBack(); });
@@ -129,7 +129,7 @@ void AppDelegate::enableUI()
 {
     m_window.enableTiles();
     setEnabled(true);
-    m_window.setNotice(QString());
+    m_window.panel().setNotice(QString());
 }
 
 void AppDelegate::setEnabled(bool enabled)
@@ -141,7 +141,7 @@ void AppDelegate::setEnabled(bool enabled)
 void AppDelegate::showCard(PanelLine::CardOrigin origin)
 {
     m_window.vitaleInfoTextField()->setText(cardSummary(m_currentVitale));
-    m_window.setCardTime(origin, QDateTime::currentDateTime());
+    m_window.panel().setCardTime(origin, QDateTime::currentDateTime());
     if (m_attestationViewer)
         m_attestationViewer->follow(*m_currentVitale);
 }
@@ -168,7 +168,7 @@ bool AppDelegate::permitPrint()
 {
     if (refuseWhile(CardOccupation::anything))
         return false;
-    m_window.setNotice(QString());
+    m_window.panel().setNotice(QString());
     m_attestationViewer->update();
     return true;
 }
@@ -203,7 +203,7 @@ void AppDelegate::whenCardIsThere(void (AppDelegate::*action)(const CardRecord&)
     m_reading.readVitaleIfNeedWithCompletionHandler([this, action](bool success, const std::optional<Error>&) {
         if (!success || !m_currentVitale)
             return;
-        m_window.setNotice(QString());
+        m_window.panel().setNotice(QString());
         (this->*action)(*m_currentVitale);
     });
 }
@@ -233,7 +233,7 @@ void AppDelegate::loadXMLFile()
 {
     if (refuseWhile(CardOccupation::anything))
         return;
-    m_window.setNotice(QString());
+    m_window.panel().setNotice(QString());
     m_front.bringBack();
     m_fileChoice.begin(m_window, m_saving.folder());
 }
@@ -242,7 +242,7 @@ void AppDelegate::loadXMLFile(const QString& path)
 {
     if (refuseWhile(CardOccupation::anything))
         return;
-    m_window.setNotice(QString());
+    m_window.panel().setNotice(QString());
     const std::expected<CardRecord, Error> record = loadCardFile(path);
     if (!record) {
         presentError(record.error());
@@ -280,7 +280,7 @@ void AppDelegate::openRecentAttestation(const QObject* sender)
 
 void AppDelegate::preferences()
 {
-    m_window.setNotice(QString());
+    m_window.panel().setNotice(QString());
     MVPreferences::show();
 }
 

@@ -12,6 +12,7 @@
 #include "app/models/ReadWorkflow.h"
 #include "app/models/RecentAttestations.h"
 #include "app/windows/CardFileChoice.h"
+#include "app/windows/CardPanel.h"
 #include "app/windows/MainWindow.h"
 #include "app/windows/RecentsMenu.h"
 #include "attestation/print/PrintDesk.h"
@@ -130,13 +131,13 @@ private:
     // ReadWorkflowDelegate.
     void beginSheet(const QString& message) override;
     void endSheed() override { m_window.endSheed(); }
-    void showBinding(bool isBinding) override { m_window.setConnecting(isBinding); }
+    void showBinding(bool isBinding) override { m_window.panel().setConnecting(isBinding); }
     void refuse(const QString& reason) override { m_front.refuse(reason); }
     void presentError(const Error& error) override { m_front.presentError(error); }
     [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return m_currentVitale; }
     void cardWasRead(const CardRecord& record) override;
-    void readFailed() override { m_window.setReadFailed(QDateTime::currentDateTime()); }
-    void readCancelled() override { m_window.setReadCancelled(QDateTime::currentDateTime()); }
+    void readFailed() override { m_window.panel().setReadFailed(QDateTime::currentDateTime()); }
+    void readCancelled() override { m_window.panel().setReadCancelled(QDateTime::currentDateTime()); }
     void saveXMLIfNeeded() override { m_saving.saveXMLIfNeeded(m_currentVitale); }
 
     const Bundle& m_bundle;

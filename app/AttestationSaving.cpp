@@ -4,6 +4,7 @@
 #include "app/WritingDesk.h"
 #include "app/cards/AttestationFiles.h"
 #include "app/models/DebugCopy.h"
+#include "app/windows/CardPanel.h"
 #include "app/windows/MainWindow.h"
 #include "attestation/page/PageOptions.h"
 #include "card/PelmoraError.h"
@@ -33,7 +34,7 @@ void AttestationSaving::save(const CardRecord& record)
 
 void AttestationSaving::finishSave(const std::expected<QString, SaveFailure>& result)
 {
-    m_with.front.window().setSaveFailure(result ? QString() : result.error().panelText());
+    m_with.front.window().panel().setSaveFailure(result ? QString() : result.error().panelText());
     if (!result)
         m_with.writing.stayAfterFailedSave();
     if (!result && result.error().kind == SaveFailure::Kind::FolderUnusable) {

@@ -1,5 +1,6 @@
 #include "app/FrontWindow.h"
 
+#include "app/windows/CardPanel.h"
 #include "app/windows/MainWindow.h"
 #include "attestation/print/PrintDesk.h"
 #include "platform/gui/WindowActivation.h"
@@ -37,7 +38,7 @@ void FrontWindow::alertUser()
 void FrontWindow::refuse(const QString& reason)
 {
     alertUser();
-    m_window.setNotice(reason);
+    m_window.panel().setNotice(reason);
 }
 
 void FrontWindow::presentError(const Error& error)

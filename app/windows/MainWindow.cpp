@@ -1,32 +1,28 @@
 #include "app/windows/MainWindow.h"
 
-#include "app/models/CardSummary.h"
 #include "app/windows/AboutBox.h"
+#include "app/windows/CardPanel.h"
 #include "app/windows/DroppedCardFile.h"
 #include "app/windows/ProgressSheet.h"
 #include "app/windows/ScreenRoom.h"
-#include "app/windows/SpokenNotice.h"
 #include "app/windows/TextSize.h"
 #include "app/windows/WindowIcon.h"
 #include "platform/Bundle.h"
 #include "support/views/GlyphIcon.h"
-#include "support/views/ReadableInk.h"
 #include "ui_MainWindow.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDateTime>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QTimer>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -40,16 +36,9 @@ struct Tile
     Request request = nullptr;
 };
 
-constexpr QColor panelColour(0, 162, 1);
-// Background of an earlier card. The panel's text colour is legible on it too.
-constexpr QColor plateColour(122, 170, 122);
-
 // Text sizes relative to the desktop's.
 constexpr double titleSize = 1.2;
 constexpr double largeSize = 1.4;
-
-// Binding usually takes a few tenths of a second.
-constexpr auto usualConnecting = 1s;
 
 constexpr std::array tiles{
     Tile{&Ui_MainWindow::readButton, QColor{0, 162, 1}, "ReadIcon"_L1, &MainWindow::readRequested},
@@ -91,11 +80,10 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     // Looking for a native menu bar costs a call on the session bus.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     m_ui->setupUi(this);
-    m_spokenNotice = new SpokenNotice(m_ui->vitaleInfoView);
+    m_panel = std::make_unique<CardPanel>(
+        CardPanel::Widgets{*m_ui->vitaleInfoView, *m_ui->vitaleInfoTextField, *m_ui->panelLineField});
     // Closing this window never quits.
     setAttribute(Qt::WA_QuitOnClose, false);
-    m_connectingTimer.setSingleShot(true);
-    m_connectingTimer.setInterval(usualConnecting);
     setUpTexts();
     setUpIcons(bundle);
     connectRequests();
@@ -110,14 +98,7 @@ void MainWindow::initUI()
 {
     for (const Tile& tile : tiles)
         (*m_ui.*tile.button)->setBackgroundColor(tile.colour);
-
-    m_ui->vitaleInfoView->setBackgroundColor(panelColour);
-    QPalette inks = m_ui->vitaleInfoView->palette();
-    inks.setColor(QPalette::WindowText, readableInk(panelColour));
-    m_ui->vitaleInfoView->setPalette(inks);
-    m_ui->vitaleInfoTextField->setText(summaryBeforeAnyCard.toString());
-    m_panelLine = PanelLine();
-    showPanelLine();
+    m_panel->clear();
 }
 
 void MainWindow::setUpTexts()
@@ -152,10 +133,6 @@ void MainWindow::connectRequests()
     for (const MenuItem& item : menuItems)
         connect(*m_ui.*item.action, &QAction::triggered, this, item.request);
     connect(m_ui->aboutAction, &QAction::triggered, this, [this] { showAboutBox(this); });
-    connect(&m_connectingTimer, &QTimer::timeout, this, [this] {
-        m_panelLine.setConnecting(true);
-        showPanelLine();
-    });
     connect(m_ui->closeAction, &QAction::triggered, this, &QWidget::close);
 }
 
@@ -186,73 +163,9 @@ bool MainWindow::isCardAction(const QAction& menuItem) const
     });
 }
 
-void MainWindow::setCardTime(PanelLine::CardOrigin origin, const QDateTime& time)
-{
-    m_panelLine.setCard(origin, time);
-    showPanelLine();
-}
-
-void MainWindow::setReadFailed(const QDateTime& time)
-{
-    setNotice(QString());
-    m_panelLine.setReadFailed(time);
-    showPanelLine();
-}
-
-void MainWindow::setReadCancelled(const QDateTime& time)
-{
-    setNotice(QString());
-    m_panelLine.setReadCancelled(time);
-    showPanelLine();
-}
-
-void MainWindow::setSaveFailure(const QString& text)
-{
-    m_panelLine.setSaveFailure(text);
-    announce(text);
-    showPanelLine();
-}
-
-void MainWindow::setNotice(const QString& text)
-{
-    m_panelLine.setNotice(text);
-    announce(text);
-    showPanelLine();
-}
-
-// Screen readers announce new texts. An announced text stays as long as the panel shows it.
-void MainWindow::announce(const QString& text)
-{
-    if (!text.isEmpty() || m_spokenNotice->accessibleName() != m_panelLine.told())
-        m_spokenNotice->say(text);
-}
-
-void MainWindow::setConnecting(bool isConnecting)
-{
-    if (isConnecting) {
-        m_connectingTimer.start();
-        return;
-    }
-    m_connectingTimer.stop();
-    m_panelLine.setConnecting(false);
-    showPanelLine();
-}
-
-void MainWindow::showPanelLine()
-{
-    m_ui->panelLineField->setText(m_panelLine.text());
-    // Not only by colour: also in italics, and for screen readers.
-    const bool isEarlier = m_panelLine.isCardEarlier();
-    m_ui->vitaleInfoTextField->setPlate(isEarlier ? std::optional(plateColour) : std::nullopt);
-    const QString description =
-        isEarlier ? u"Carte précédente\u00A0: la dernière lecture n’a pas abouti."_s : QString();
-    if (m_ui->vitaleInfoTextField->accessibleDescription() != description)
-        m_ui->vitaleInfoTextField->setAccessibleDescription(description);
-}
-
 void MainWindow::beginSheet(const QString& message)
 {
-    setNotice(QString());
+    m_panel->setNotice(QString());
     if (!m_sheet) {
         m_sheet = std::make_unique<ProgressSheet>(this);
         // Quitting stays possible while a reader does not answer.
@@ -267,7 +180,7 @@ void MainWindow::endSheed()
     if (m_sheet)
         m_sheet->end();
     // The notice was about this read.
-    setNotice(QString());
+    m_panel->setNotice(QString());
 }
 
 void MainWindow::setClosePolicy(std::function<ClosePolicy()> policy)

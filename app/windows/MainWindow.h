@@ -1,27 +1,24 @@
 #pragma once
 
-#include "app/models/PanelLine.h"
-
 #include <QMainWindow>
-#include <QTimer>
 
 #include <functional>
 #include <memory>
 
 class Bundle;
+class CardPanel;
 class MVSimpleOpaqueView;
 class MXButton;
 class ProgressSheet;
 class QAction;
 class QLabel;
-class SpokenNotice;
 
 namespace Ui {
 class MainWindow;
 }
 
-/// The main window: seven tiles, the card's summary, the menu bar and the progress sheet. It emits requests and does
-/// not handle them. Tiles and menu entries for the same purpose emit the same signal. Main thread only.
+/// The main window: seven tiles, the panel, the menu bar and the progress sheet. It emits requests and does not handle
+/// them. Tiles and menu entries for the same purpose emit the same signal. Main thread only.
 class MainWindow final : public QMainWindow
 {
     Q_OBJECT
@@ -57,6 +54,8 @@ public:
     [[nodiscard]] QAction* updateMenuItem() const;
     /// Also added to the sheets, for its shortcut.
     [[nodiscard]] QAction* quitAction() const;
+    /// The card's summary and the texts below it.
+    [[nodiscard]] CardPanel& panel() const { return *m_panel; }
     [[nodiscard]] ProgressSheet* sheet() const { return m_sheet.get(); }
 
     /// For a bound card service.
@@ -67,18 +66,6 @@ public:
     void validateMenuItems(const std::function<bool(const QAction&)>& validateMenuItem);
     /// Whether the entry is a card action: read, view, print, save.
     [[nodiscard]] bool isCardAction(const QAction& menuItem) const;
-    /// Shows when the card was read or its file opened.
-    void setCardTime(PanelLine::CardOrigin origin, const QDateTime& time);
-    /// Shows that a read failed, so that the shown card is an earlier one, until the next card.
-    void setReadFailed(const QDateTime& time);
-    /// The same for a cancelled read.
-    void setReadCancelled(const QDateTime& time);
-    /// Shows why the last save failed; an empty text after a success.
-    void setSaveFailure(const QString& text);
-    /// Shows why a request was refused, and tells screen readers; an empty text or a read clears it.
-    void setNotice(const QString& text);
-    /// Shows, in place of the time, that the card service is being connected, once that takes longer than usual.
-    void setConnecting(bool isConnecting);
 
     void beginSheet(const QString& message);
     void endSheed();
@@ -117,15 +104,11 @@ private:
     void setUpTexts();
     void setUpIcons(const Bundle& bundle);
     void showWindowIcon();
-    void showPanelLine();
-    void announce(const QString& text);
     [[nodiscard]] bool isBlocked() const;
 
     std::unique_ptr<Ui::MainWindow> m_ui;
+    std::unique_ptr<CardPanel> m_panel;
     std::unique_ptr<ProgressSheet> m_sheet;
     std::function<ClosePolicy()> m_closePolicy;
-    PanelLine m_panelLine;
-    SpokenNotice* m_spokenNotice = nullptr; // belongs to the panel
-    QTimer m_connectingTimer;               // runs while connecting takes no longer than usual
-    QString m_windowIconPath;               // empty once the icon is set
+    QString m_windowIconPath; // empty once the icon is set
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/windows/CardPanel.h"
 #include "app/windows/MainWindow.h"
 #include "app/windows/ProgressSheet.h"
 #include "platform/Bundle.h"

@@ -103,9 +103,9 @@ private Q_SLOTS:
     {
         const auto* label = m_window->findChild<QLabel*>(u"panelLineField"_s);
         const QDateTime time(QDate(2026, 11, 21), QTime(14, 2));
-        m_window->setCardTime(PanelLine::CardOrigin::Reader, time);
+        m_window->panel().setCardTime(PanelLine::CardOrigin::Reader, time);
         QCOMPARE(label->text(), u"Lue le 21/11/2026 à 14:02"_s);
-        m_window->setCardTime(PanelLine::CardOrigin::File, time);
+        m_window->panel().setCardTime(PanelLine::CardOrigin::File, time);
         QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
         QCOMPARE(m_window->vitaleInfoTextField()->text(), u"Aucune"_s);
     }
@@ -117,17 +117,17 @@ private Q_SLOTS:
         const QString connecting = u"Connexion au lecteur de cartes…"_s;
         QCOMPARE(label->text(), hint);
         const QSize smallest = m_window->minimumSizeHint();
-        m_window->setConnecting(true);
+        m_window->panel().setConnecting(true);
         QCOMPARE(label->text(), hint);
         QTRY_COMPARE(label->text(), connecting);
         // The window does not grow for it.
         QCOMPARE(m_window->minimumSizeHint().expandedTo(smallest), smallest);
 
-        m_window->setCardTime(PanelLine::CardOrigin::File, QDateTime(QDate(2026, 11, 21), QTime(14, 2)));
+        m_window->panel().setCardTime(PanelLine::CardOrigin::File, QDateTime(QDate(2026, 11, 21), QTime(14, 2)));
         QCOMPARE(label->text(), connecting);
-        m_window->setConnecting(false);
+        m_window->panel().setConnecting(false);
         QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
-        m_window->setConnecting(true);
+        m_window->panel().setConnecting(true);
         QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
     }
 
@@ -140,11 +140,11 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(&shown()));
         QLabel* summary = m_window->vitaleInfoTextField();
         summary->setText(u"SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"_s);
-        m_window->setCardTime(PanelLine::CardOrigin::Reader, afternoon);
+        m_window->panel().setCardTime(PanelLine::CardOrigin::Reader, afternoon);
         const QImage fresh = shot(*m_window, summary);
         QCOMPARE(fresh.pixelColor(0, 0), QColor(0, 162, 1));
 
-        m_window->setReadFailed(afternoon.addSecs(60));
+        m_window->panel().setReadFailed(afternoon.addSecs(60));
         const QImage earlier = shot(*m_window, summary);
         QVERIFY(earlier.pixelColor(0, 0) != QColor(0, 162, 1));
         QVERIFY(drawnContrast(earlier) >= 4.5);
@@ -152,8 +152,8 @@ private Q_SLOTS:
         QCOMPARE(summary->accessibleDescription(), u"Carte précédente\u00A0: la dernière lecture n’a pas abouti."_s);
 
         for (const auto origin : {PanelLine::CardOrigin::Reader, PanelLine::CardOrigin::File}) {
-            m_window->setReadFailed(afternoon.addSecs(60));
-            m_window->setCardTime(origin, afternoon.addSecs(120));
+            m_window->panel().setReadFailed(afternoon.addSecs(60));
+            m_window->panel().setCardTime(origin, afternoon.addSecs(120));
             QCOMPARE(shot(*m_window, summary), fresh);
             QVERIFY(summary->accessibleDescription().isEmpty());
         }
@@ -163,7 +163,7 @@ private Q_SLOTS:
     {
         QLabel* summary = m_window->vitaleInfoTextField();
         const QImage before = shot(*m_window, summary);
-        m_window->setReadFailed(afternoon);
+        m_window->panel().setReadFailed(afternoon);
         QCOMPARE(summary->text(), u"Aucune"_s);
         QCOMPARE(shot(*m_window, summary), before);
         QVERIFY(summary->accessibleDescription().isEmpty());
@@ -192,9 +192,9 @@ private Q_SLOTS:
         m_window->resize(m_window->minimumSizeHint());
         const QSize size = m_window->size();
         const QRect summary = m_window->vitaleInfoTextField()->geometry();
-        m_window->setCardTime(PanelLine::CardOrigin::File, afternoon.addDays(-1));
-        m_window->setReadFailed(afternoon);
-        m_window->setNotice(notice);
+        m_window->panel().setCardTime(PanelLine::CardOrigin::File, afternoon.addDays(-1));
+        m_window->panel().setReadFailed(afternoon);
+        m_window->panel().setNotice(notice);
         QVERIFY(!m_window->grab().isNull());
         QCOMPARE(m_window->size(), size);
         QCOMPARE(m_window->minimumSizeHint(), size);
@@ -205,12 +205,12 @@ private Q_SLOTS:
     void theCardsLineAndTheNoticeAreBothShownWhereThereIsLittleRoom()
     {
         m_window->resize(m_window->minimumSizeHint());
-        m_window->setReadFailed(afternoon);
+        m_window->panel().setReadFailed(afternoon);
         const QImage one = shot(*m_window, lineField());
         const int half = one.height() / 2;
         QVERIFY(hasInk(one, QRect(0, 0, one.width(), half)));
         QVERIFY(!hasInk(one, QRect(0, half, one.width(), one.height() - half)));
-        m_window->setNotice(u"Une lecture est déjà en cours."_s);
+        m_window->panel().setNotice(u"Une lecture est déjà en cours."_s);
         const QImage both = shot(*m_window, lineField());
         QVERIFY(hasInk(both, QRect(0, 0, both.width(), half)));
         QVERIFY(hasInk(both, QRect(0, half, both.width(), both.height() - half)));
@@ -220,7 +220,7 @@ private Q_SLOTS:
     void aLineThatDoesNotFitIsWholeInItsToolTip()
     {
         const auto toolTip = [this](const QString& notice) {
-            m_window->setNotice(notice);
+            m_window->panel().setNotice(notice);
             QHelpEvent help(QEvent::ToolTip, QPoint(5, 5), lineField()->mapToGlobal(QPoint(5, 5)));
             QCoreApplication::sendEvent(lineField(), &help);
             return QToolTip::text();
@@ -244,22 +244,22 @@ private Q_SLOTS:
             return nullptr;
         };
         QVERIFY(!notification());
-        m_window->setNotice(u"Une lecture est déjà en cours."_s);
+        m_window->panel().setNotice(u"Une lecture est déjà en cours."_s);
         QVERIFY(notification());
         QCOMPARE(notification()->text(QAccessible::Name), u"Une lecture est déjà en cours."_s);
-        m_window->setNotice(QString());
+        m_window->panel().setNotice(QString());
         QVERIFY(!notification());
-        m_window->setSaveFailure(u"Non enregistrée"_s);
+        m_window->panel().setSaveFailure(u"Non enregistrée"_s);
         QVERIFY(notification());
         QCOMPARE(notification()->text(QAccessible::Name), u"Non enregistrée"_s);
         // It stays as long as the panel tells it.
-        m_window->setNotice(QString());
+        m_window->panel().setNotice(QString());
         QVERIFY(notification());
         QCOMPARE(notification()->text(QAccessible::Name), u"Non enregistrée"_s);
-        m_window->setNotice(u"Une lecture est déjà en cours."_s);
+        m_window->panel().setNotice(u"Une lecture est déjà en cours."_s);
         QCOMPARE(notification()->text(QAccessible::Name), u"Une lecture est déjà en cours."_s);
-        m_window->setNotice(QString());
-        m_window->setSaveFailure(QString());
+        m_window->panel().setNotice(QString());
+        m_window->panel().setSaveFailure(QString());
         QVERIFY(!notification());
     }
 

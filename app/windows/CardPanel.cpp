@@ -1,0 +1,112 @@
+#include "app/windows/CardPanel.h"
+
+#include "app/models/CardSummary.h"
+#include "app/windows/PanelLineField.h"
+#include "app/windows/SpokenNotice.h"
+#include "app/windows/SummaryField.h"
+#include "support/views/MVSimpleOpaqueView.h"
+#include "support/views/ReadableInk.h"
+
+#include <chrono>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr QColor panelColour(0, 162, 1);
+// Background of an earlier card. The panel's text colour is legible on it too.
+constexpr QColor plateColour(122, 170, 122);
+
+// Binding usually takes a few tenths of a second.
+constexpr auto usualConnecting = 1s;
+
+} // namespace
+
+CardPanel::CardPanel(const Widgets& widgets)
+    : m_widgets(widgets)
+    , m_spokenNotice(new SpokenNotice(&widgets.view))
+{
+    m_connectingTimer.setSingleShot(true);
+    m_connectingTimer.setInterval(usualConnecting);
+    connect(&m_connectingTimer, &QTimer::timeout, this, [this] {
+        m_line.setConnecting(true);
+        showLine();
+    });
+}
+
+void CardPanel::clear()
+{
+    m_widgets.view.setBackgroundColor(panelColour);
+    QPalette inks = m_widgets.view.palette();
+    inks.setColor(QPalette::WindowText, readableInk(panelColour));
+    m_widgets.view.setPalette(inks);
+    m_widgets.summary.setText(summaryBeforeAnyCard.toString());
+    m_line = PanelLine();
+    showLine();
+}
+
+void CardPanel::setCardTime(PanelLine::CardOrigin origin, const QDateTime& time)
+{
+    m_line.setCard(origin, time);
+    showLine();
+}
+
+void CardPanel::setReadFailed(const QDateTime& time)
+{
+    setNotice(QString());
+    m_line.setReadFailed(time);
+    showLine();
+}
+
+void CardPanel::setReadCancelled(const QDateTime& time)
+{
+    setNotice(QString());
+    m_line.setReadCancelled(time);
+    showLine();
+}
+
+void CardPanel::setSaveFailure(const QString& text)
+{
+    m_line.setSaveFailure(text);
+    announce(text);
+    showLine();
+}
+
+void CardPanel::setNotice(const QString& text)
+{
+    m_line.setNotice(text);
+    announce(text);
+    showLine();
+}
+
+// Screen readers announce new texts. An announced text stays as long as the panel shows it.
+void CardPanel::announce(const QString& text)
+{
+    if (!text.isEmpty() || m_spokenNotice->accessibleName() != m_line.told())
+        m_spokenNotice->say(text);
+}
+
+void CardPanel::setConnecting(bool isConnecting)
+{
+    if (isConnecting) {
+        m_connectingTimer.start();
+        return;
+    }
+    m_connectingTimer.stop();
+    m_line.setConnecting(false);
+    showLine();
+}
+
+void CardPanel::showLine()
+{
+    m_widgets.line.setText(m_line.text());
+    // Not only by colour: also in italics, and for screen readers.
+    const bool isEarlier = m_line.isCardEarlier();
+    m_widgets.summary.setPlate(isEarlier ? std::optional(plateColour) : std::nullopt);
+    const QString description =
+        isEarlier ? u"Carte précédente\u00A0: la dernière lecture n’a pas abouti."_s : QString();
+    if (m_widgets.summary.accessibleDescription() != description)
+        m_widgets.summary.setAccessibleDescription(description);
+}

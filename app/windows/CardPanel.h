@@ -1,0 +1,53 @@
+#pragma once
+
+#include "app/models/PanelLine.h"
+
+#include <QObject>
+#include <QTimer>
+
+class MVSimpleOpaqueView;
+class PanelLineField;
+class SpokenNotice;
+class SummaryField;
+
+/// The main window's panel: the card's summary, and below it the state of the card and the last message. Main thread
+/// only.
+class CardPanel final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// They belong to the window and must outlive the panel.
+    struct Widgets
+    {
+        MVSimpleOpaqueView& view;
+        SummaryField& summary;
+        PanelLineField& line;
+    };
+
+    explicit CardPanel(const Widgets& widgets);
+
+    /// Sets the colours and shows that no card has been read.
+    void clear();
+    /// Shows when the card was read or its file opened.
+    void setCardTime(PanelLine::CardOrigin origin, const QDateTime& time);
+    /// Shows that a read failed, so that the shown card is an earlier one, until the next card.
+    void setReadFailed(const QDateTime& time);
+    /// The same for a cancelled read.
+    void setReadCancelled(const QDateTime& time);
+    /// Shows why the last save failed; an empty text after a success.
+    void setSaveFailure(const QString& text);
+    /// Shows why a request was refused, and tells screen readers; an empty text or a read clears it.
+    void setNotice(const QString& text);
+    /// Shows, in place of the time, that the card service is being connected, once that takes longer than usual.
+    void setConnecting(bool isConnecting);
+
+private:
+    void showLine();
+    void announce(const QString& text);
+
+    Widgets m_widgets;
+    PanelLine m_line;
+    SpokenNotice* m_spokenNotice; // belongs to the view
+    QTimer m_connectingTimer;     // runs while connecting takes no longer than usual
+};
