@@ -168,7 +168,7 @@ bool AppDelegate::permitPrint()
 {
     if (refuseWhile(CardOccupation::anything))
         return false;
-    m_window.panel().setNotice(QString());
+    m_window.panel().beginRequest();
     m_attestationViewer->update();
     return true;
 }
@@ -203,7 +203,7 @@ void AppDelegate::whenCardIsThere(void (AppDelegate::*action)(const CardRecord&)
     m_reading.readVitaleIfNeedWithCompletionHandler([this, action](bool success, const std::optional<Error>&) {
         if (!success || !m_currentVitale)
             return;
-        m_window.panel().setNotice(QString());
+        m_window.panel().beginRequest();
         (this->*action)(*m_currentVitale);
     });
 }
@@ -233,7 +233,7 @@ void AppDelegate::loadXMLFile()
 {
     if (refuseWhile(CardOccupation::anything))
         return;
-    m_window.panel().setNotice(QString());
+    m_window.panel().beginRequest();
     m_front.bringBack();
     m_fileChoice.begin(m_window, m_saving.folder());
 }
@@ -242,7 +242,7 @@ void AppDelegate::loadXMLFile(const QString& path)
 {
     if (refuseWhile(CardOccupation::anything))
         return;
-    m_window.panel().setNotice(QString());
+    m_window.panel().beginRequest();
     const std::expected<CardRecord, Error> record = loadCardFile(path);
     if (!record) {
         presentError(record.error());

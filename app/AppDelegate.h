@@ -82,6 +82,8 @@ public:
     void viewAttestation() { whenCardIsThere(&AppDelegate::view); }
     void printAttestation();
     void saveAttestation();
+    void openSavedFile(const QString& path) { m_desktop.openFile(path); }
+    void openFolder(const QString& path) { m_desktop.openFolder(path); }
     void openAttestationsFolder() { m_desktop.openFolder(m_saving.folder()); }
     /// Opens the file of an entry of the recents menu.
     void openRecentAttestation(const QObject* sender);

@@ -34,7 +34,8 @@ void AttestationSaving::save(const CardRecord& record)
 
 void AttestationSaving::finishSave(const std::expected<QString, SaveFailure>& result)
 {
-    m_with.front.window().panel().setSaveFailure(result ? QString() : result.error().panelText());
+    CardPanel& panel = m_with.front.window().panel();
+    panel.setSaveFailure(result ? QString() : result.error().panelText());
     if (!result)
         m_with.writing.stayAfterFailedSave();
     if (!result && result.error().kind == SaveFailure::Kind::FolderUnusable) {
@@ -51,6 +52,7 @@ void AttestationSaving::finishSave(const std::expected<QString, SaveFailure>& re
     m_with.front.bringBack();
     const AlertText success{u"Enregistrement de l'attestation"_s, u"L'attestation a bien été enregistrée."_s};
     if (result) {
+        panel.setSaved(*result);
         m_with.front.alerts().presentMessage(success.title, success.text);
         return;
     }

@@ -44,5 +44,6 @@ void FrontWindow::refuse(const QString& reason)
 void FrontWindow::presentError(const Error& error)
 {
     bringBack();
+    m_window.panel().clearResult();
     m_alerts.presentError(error);
 }

@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/models/StatusMenu.h"
+#include "app/windows/CardPanel.h"
 #include "app/windows/MainWindow.h"
 
 void connectRequests(const MainWindow& window, AppDelegate& delegate)
@@ -23,6 +24,8 @@ void connectRequests(const MainWindow& window, AppDelegate& delegate)
     connect(&MainWindow::cardFileDropped, [&delegate](const QString& path) { delegate.loadXMLFile(path); });
     connect(&MainWindow::cardFileDroppedInVain, &AppDelegate::refuseDrop);
     connect(&MainWindow::quitRequested, &AppDelegate::quit);
+    QObject::connect(&window.panel(), &CardPanel::fileRequested, &delegate, &AppDelegate::openSavedFile);
+    QObject::connect(&window.panel(), &CardPanel::folderRequested, &delegate, &AppDelegate::openFolder);
 }
 
 void runStatusMenuEntry(int tag, AppDelegate& delegate)

@@ -1,5 +1,7 @@
 #include "app/models/PanelLine.h"
 
+#include <QFileInfo>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -16,18 +18,62 @@ void PanelLine::setCard(CardOrigin origin, const QDateTime& time)
 {
     m_card = Card{origin, time};
     m_failedAt.reset();
+    clearResult();
 }
 
 void PanelLine::setReadFailed(const QDateTime& time)
 {
+    clearResult();
     m_failedAt = time;
     m_isCancelled = false;
 }
 
 void PanelLine::setReadCancelled(const QDateTime& time)
 {
+    clearResult();
     m_failedAt = time;
     m_isCancelled = true;
+}
+
+void PanelLine::setSaveFailure(const QString& text)
+{
+    m_saveFailure = text;
+    clearResult();
+}
+
+void PanelLine::setNotice(const QString& text)
+{
+    m_notice = text;
+    if (!text.isEmpty())
+        clearResult();
+}
+
+void PanelLine::setSaved(const QString& path)
+{
+    m_result = {u"Enregistrée\u00A0: "_s + shownName(path), path};
+}
+
+void PanelLine::setSent(const QString& queue, const QDateTime& time)
+{
+    m_result = {u"Envoyée à «\u202F%1\u202F» à\u00A0%2"_s.arg(queue, time.toString(u"HH:mm"_s)), QString()};
+}
+
+const QString& PanelLine::told() const
+{
+    if (!m_notice.isEmpty())
+        return m_notice;
+    return m_result.text.isEmpty() ? m_saveFailure : m_result.text;
+}
+
+QString PanelLine::shownName(const QString& path)
+{
+    QString name = QFileInfo(path).fileName();
+    // Control characters would begin another line.
+    for (QChar& character : name) {
+        if (character.category() == QChar::Other_Control)
+            character = u' ';
+    }
+    return name;
 }
 
 QString PanelLine::failedReadText() const

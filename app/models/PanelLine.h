@@ -27,12 +27,21 @@ public:
     /// Connecting to the card service takes longer than usual.
     void setConnecting(bool isConnecting) { m_isConnecting = isConnecting; }
     /// The last save failed for that reason; empty after a success.
-    void setSaveFailure(const QString& text) { m_saveFailure = text; }
+    void setSaveFailure(const QString& text);
     /// Why the last request was refused; empty when it was not.
-    void setNotice(const QString& text) { m_notice = text; }
+    void setNotice(const QString& text);
+    /// The result of the last request: the attestation is in the file. It ends with the next card, failure or notice.
+    void setSaved(const QString& path);
+    /// The same: the printer's queue has the attestation.
+    void setSent(const QString& queue, const QDateTime& time);
+    void clearResult() { m_result = {}; }
 
-    /// The notice, or else the failed save, or nothing.
-    [[nodiscard]] const QString& told() const { return m_notice.isEmpty() ? m_saveFailure : m_notice; }
+    /// The notice, or else the result, or else the failed save, or nothing.
+    [[nodiscard]] const QString& told() const;
+    /// The file whose name is the end of the text; empty when there is none.
+    [[nodiscard]] QString savedPath() const { return m_notice.isEmpty() ? m_result.path : QString(); }
+    /// The file's name as the text shows it, on one line.
+    [[nodiscard]] static QString shownName(const QString& path);
     /// The card's line and, if there is one, that message.
     [[nodiscard]] QString text() const;
 
@@ -41,6 +50,12 @@ private:
     {
         CardOrigin origin;
         QDateTime time;
+    };
+
+    struct Result
+    {
+        QString text;
+        QString path; // of the saved file
     };
 
     [[nodiscard]] QString cardText() const;
@@ -52,4 +67,5 @@ private:
     bool m_isConnecting = false;
     QString m_saveFailure;
     QString m_notice;
+    Result m_result;
 };

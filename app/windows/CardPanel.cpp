@@ -1,11 +1,14 @@
 #include "app/windows/CardPanel.h"
 
 #include "app/models/CardSummary.h"
+#include "app/windows/FileLink.h"
 #include "app/windows/PanelLineField.h"
 #include "app/windows/SpokenNotice.h"
 #include "app/windows/SummaryField.h"
 #include "support/views/MVSimpleOpaqueView.h"
 #include "support/views/ReadableInk.h"
+
+#include <QFileInfo>
 
 #include <chrono>
 #include <optional>
@@ -34,6 +37,9 @@ CardPanel::CardPanel(const Widgets& widgets)
         m_line.setConnecting(true);
         showLine();
     });
+    connect(&m_widgets.line.link(), &FileLink::clicked, this, [this] { Q_EMIT fileRequested(m_line.savedPath()); });
+    connect(&m_widgets.line.link(), &FileLink::folderRequested, this,
+            [this] { Q_EMIT folderRequested(QFileInfo(m_line.savedPath()).path()); });
 }
 
 void CardPanel::clear()
@@ -81,6 +87,33 @@ void CardPanel::setNotice(const QString& text)
     showLine();
 }
 
+void CardPanel::beginRequest()
+{
+    m_line.clearResult();
+    setNotice(QString());
+}
+
+void CardPanel::clearResult()
+{
+    m_line.clearResult();
+    announce(QString());
+    showLine();
+}
+
+void CardPanel::setSaved(const QString& path)
+{
+    m_line.setSaved(path);
+    announce(m_line.told());
+    showLine();
+}
+
+void CardPanel::setSent(const QString& queue, const QDateTime& time)
+{
+    m_line.setSent(queue, time);
+    announce(m_line.told());
+    showLine();
+}
+
 // Screen readers announce new texts. An announced text stays as long as the panel shows it.
 void CardPanel::announce(const QString& text)
 {
@@ -101,7 +134,7 @@ void CardPanel::setConnecting(bool isConnecting)
 
 void CardPanel::showLine()
 {
-    m_widgets.line.setText(m_line.text());
+    m_widgets.line.show(m_line.text(), m_line.savedPath());
     // Not only by colour: also in italics, and for screen readers.
     const bool isEarlier = m_line.isCardEarlier();
     m_widgets.summary.setPlate(isEarlier ? std::optional(plateColour) : std::nullopt);

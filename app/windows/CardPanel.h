@@ -39,8 +39,20 @@ public:
     void setSaveFailure(const QString& text);
     /// Shows why a request was refused, and tells screen readers; an empty text or a read clears it.
     void setNotice(const QString& text);
+    /// A new request: the last one's result and notice are gone.
+    void beginRequest();
+    void clearResult();
+    /// Shows that the attestation was saved, with a link to the file, and tells screen readers.
+    void setSaved(const QString& path);
+    /// The same for an attestation that the printer's queue has.
+    void setSent(const QString& queue, const QDateTime& time);
     /// Shows, in place of the time, that the card service is being connected, once that takes longer than usual.
     void setConnecting(bool isConnecting);
+
+Q_SIGNALS:
+    /// The saved file, or its folder, is to be opened.
+    void fileRequested(const QString& path);
+    void folderRequested(const QString& path);
 
 private:
     void showLine();

@@ -3,6 +3,7 @@
 #include "app/windows/AboutBox.h"
 #include "app/windows/CardPanel.h"
 #include "app/windows/DroppedCardFile.h"
+#include "app/windows/FileLink.h"
 #include "app/windows/ProgressSheet.h"
 #include "app/windows/ScreenRoom.h"
 #include "app/windows/TextSize.h"
@@ -82,6 +83,8 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     m_ui->setupUi(this);
     m_panel = std::make_unique<CardPanel>(
         CardPanel::Widgets{*m_ui->vitaleInfoView, *m_ui->vitaleInfoTextField, *m_ui->panelLineField});
+    setTabOrder(m_ui->readButton, &m_ui->panelLineField->link());
+    setTabOrder(&m_ui->panelLineField->link(), m_ui->viewButton);
     // Closing this window never quits.
     setAttribute(Qt::WA_QuitOnClose, false);
     setUpTexts();
@@ -165,7 +168,7 @@ bool MainWindow::isCardAction(const QAction& menuItem) const
 
 void MainWindow::beginSheet(const QString& message)
 {
-    m_panel->setNotice(QString());
+    m_panel->beginRequest();
     if (!m_sheet) {
         m_sheet = std::make_unique<ProgressSheet>(this);
         // Quitting stays possible while a reader does not answer.

@@ -1,5 +1,7 @@
 #include "app/windows/PanelLineField.h"
 
+#include "app/windows/FileLink.h"
+
 #include <QFontMetrics>
 #include <QHelpEvent>
 #include <QPainter>
@@ -28,8 +30,38 @@ QString withoutBlanks(QString text)
 
 PanelLineField::PanelLineField(QWidget* parent)
     : QLabel(parent)
+    , m_link(new FileLink(this))
 {
     setTextFormat(Qt::PlainText);
+}
+
+void PanelLineField::show(const QString& text, const QString& path)
+{
+    m_link->setPath(path);
+    setText(text);
+    placeLink();
+}
+
+QString PanelLineField::textBeforeLink() const
+{
+    return text().chopped(m_link->isHidden() ? 0 : m_link->name().size());
+}
+
+void PanelLineField::placeLink()
+{
+    if (m_link->isHidden())
+        return;
+    const QStringList lines = shownLines();
+    const int left = fontMetrics().horizontalAdvance(lines.constLast());
+    const int height = fontMetrics().lineSpacing();
+    m_link->setGeometry(left, static_cast<int>(lines.size() - 1) * height,
+                        std::clamp(m_link->sizeHint().width(), 0, std::max(0, width() - left)), height);
+}
+
+void PanelLineField::resizeEvent(QResizeEvent* event)
+{
+    QLabel::resizeEvent(event);
+    placeLink();
 }
 
 QSize PanelLineField::sizeHint() const
@@ -66,9 +98,12 @@ QStringList PanelLineField::shownLines() const
 {
     const qsizetype room = std::max<qsizetype>(reservedLines, height() / fontMetrics().lineSpacing());
     const QString card = text().section(u'\n', 0, 0);
-    const QString told = text().section(u'\n', 1);
+    const QString told = textBeforeLink().section(u'\n', 1);
     if (told.isEmpty())
         return wrapped(card, room);
+    // The link follows on the same line.
+    if (!m_link->isHidden())
+        return wrapped(card, room - 1) << told;
     const QStringList below = wrapped(told, room - 1);
     return wrapped(card, room - below.size()) + below;
 }
@@ -77,7 +112,7 @@ bool PanelLineField::event(QEvent* event)
 {
     if (event->type() != QEvent::ToolTip)
         return QLabel::event(event);
-    const bool isWhole = withoutBlanks(shownLines().join(QString())) == withoutBlanks(text());
+    const bool isWhole = withoutBlanks(shownLines().join(QString())) == withoutBlanks(textBeforeLink());
     // As escaped rich text: tool tips wrap only rich text.
     const QString tip =
         u"<p>"_s + text().left(longestMeasured).toHtmlEscaped().replace(u'\n', u"</p><p>"_s) + u"</p>"_s;

@@ -32,6 +32,8 @@ QStringList recents(const Office& office)
     return titles;
 }
 
+const QString saved = u"Enregistrée\u00A0: SPECIMEN Hélène.pdf"_s;
+
 // Something that the user asks for.
 using Request = void (*)(AppDelegate&);
 
@@ -55,6 +57,27 @@ private Q_SLOTS:
         office->delegate->saveAttestation();
         QTRY_COMPARE(Office::alertText(), std::optional(u"L'attestation a bien été enregistrée."_s));
         QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
+        QCOMPARE(office->notice(), saved);
+    }
+
+    void theSavedFileIsTheResultUntilTheNextRequestOrFailure()
+    {
+        const auto office = Office::bound();
+        QVERIFY(office);
+        for (const Request next : {Request([](AppDelegate& delegate) { delegate.readVitale(nullptr); }),
+                                   Request([](AppDelegate& delegate) { delegate.viewAttestation(); }),
+                                   Request([](AppDelegate& delegate) { delegate.loadXMLFile(u"/absent.xml"_s); })}) {
+            office->delegate->loadXMLFile(Office::specimen());
+            QVERIFY(isSaved(*office));
+            QCOMPARE(office->notice(), saved);
+            Office::pressOk();
+            QTRY_VERIFY(!Office::alert());
+            next(*office->delegate);
+            QCOMPARE(office->notice(), QString());
+            QTRY_VERIFY(!office->delegate->isReading());
+            Office::pressOk();
+            QTRY_VERIFY(!Office::alert());
+        }
     }
 
     void savingTwiceIsOneRecentFile()
@@ -104,7 +127,7 @@ private Q_SLOTS:
         MVSettings::setPreferencesWithStringValue(office->settings, Settings::attestationsFolder,
                                                   office->path(u"vide"_s));
         QVERIFY(isSaved(*office));
-        QVERIFY(!office->panelLine().contains(u'\n'));
+        QCOMPARE(office->notice(), saved);
     }
 
     void aWriteThatFailedIsLoggedWithoutTheNameAndAnnouncedAllTheSame()
@@ -143,7 +166,7 @@ private Q_SLOTS:
 
         QVERIFY(QDir(inTheWay).removeRecursively());
         QVERIFY(isSaved(*office));
-        QVERIFY(!office->panelLine().contains(u'\n'));
+        QCOMPARE(office->notice(), saved);
         Office::pressOk();
         QTRY_VERIFY(!Office::alert());
     }

@@ -7,11 +7,12 @@ import subprocess
 import sys
 import tempfile
 import unittest
+from urllib.parse import unquote
 
 from bell import Bell
 from cardservice import FakeService
-from desktop import Application, Opener, is_running, key, wait
-from windows import close, is_iconified
+from desktop import Application, Atspi, Opener, is_running, key, wait
+from windows import close, is_iconified, is_in_front
 
 STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
@@ -264,6 +265,24 @@ class Files(Desk):
         pelmora.choose("Effacer le menu")
         wait(lambda: self.recents(pelmora) == ["Effacer le menu"])
         self.assertEqual(os.listdir(folder), [FILE])
+
+    def test_the_saved_file_is_a_link_for_the_keyboard_and_its_menu_opens_the_folder(self):
+        pelmora = self.start_bound("--simulate")
+        self.read(pelmora)
+        self.save(pelmora)
+        pelmora.find("label", rf"Lue le .*\nEnregistrée\u00a0: {FILE}")
+        link = pelmora.find("push button", f"Ouvrir {FILE}")
+        wait(lambda: is_in_front(TITLE))
+        Atspi.Component.grab_focus(link)
+        key("Return")
+        wait(lambda: len(self.opener.opened()) == 1)
+        key("shift+F10", "d")
+        wait(lambda: len(self.opener.opened()) == 2)
+        folder = self.attestations(pelmora)
+        self.assertEqual([unquote(address) for address in self.opener.opened()],
+                         [f"file://{folder}/{FILE}", f"file://{folder}"])
+        pelmora.press("push button", "Voir")
+        pelmora.wait_until_gone("push button", f"Ouvrir {FILE}")
 
     def test_mail_and_help_go_to_the_desktop(self):
         pelmora = self.start_bound("--simulate")

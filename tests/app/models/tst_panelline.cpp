@@ -13,6 +13,9 @@ QDateTime today(int hour, int minute)
     return {QDate(2026, 11, 21), QTime(hour, minute)};
 }
 
+// What happens after a result.
+using Next = void (*)(PanelLine&);
+
 const QString hint = u"Insérez une carte, puis appuyez sur Lire."_s;
 
 } // namespace
@@ -90,6 +93,56 @@ private Q_SLOTS:
         QCOMPARE(line.text(), u"Lue le 21/11/2026 à 14:02\nNon enregistrée"_s);
         line.setSaveFailure(QString());
         QCOMPARE(line.text(), u"Lue le 21/11/2026 à 14:02"_s);
+    }
+
+    void theResultOfARequestIsToldUntilTheNextCardFailureOrNotice_data()
+    {
+        QTest::addColumn<Next>("next");
+        QTest::addColumn<QString>("told");
+        QTest::newRow("card") << Next([](PanelLine& line) { line.setCard(PanelLine::CardOrigin::File, today(9, 0)); })
+                              << u""_s;
+        QTest::newRow("failed read") << Next([](PanelLine& line) { line.setReadFailed(today(9, 0)); }) << u""_s;
+        QTest::newRow("cancelled read") << Next([](PanelLine& line) { line.setReadCancelled(today(9, 0)); }) << u""_s;
+        QTest::newRow("failed save") << Next([](PanelLine& line) { line.setSaveFailure(u"Non enregistrée"_s); })
+                                     << u"Non enregistrée"_s;
+        QTest::newRow("cleared") << Next([](PanelLine& line) { line.clearResult(); }) << u""_s;
+        QTest::newRow("notice, which goes") << Next([](PanelLine& line) {
+            line.setNotice(u"Une lecture est en cours."_s);
+            line.setNotice(QString());
+        }) << u""_s;
+    }
+
+    void theResultOfARequestIsToldUntilTheNextCardFailureOrNotice()
+    {
+        QFETCH(const Next, next);
+        PanelLine line;
+        line.setSaved(u"/attestations/SPECIMEN Hélène.pdf"_s);
+        QCOMPARE(line.text(), hint + u"\nEnregistrée\u00A0: SPECIMEN Hélène.pdf"_s);
+        QCOMPARE(line.savedPath(), u"/attestations/SPECIMEN Hélène.pdf"_s);
+        line.setNotice(QString());
+        QCOMPARE(line.told(), u"Enregistrée\u00A0: SPECIMEN Hélène.pdf"_s);
+        next(line);
+        QTEST(line.told(), "told");
+        QCOMPARE(line.savedPath(), QString());
+    }
+
+    void aPrintIsToldWithItsPrinterAndTime()
+    {
+        PanelLine line;
+        line.setSaveFailure(u"Non enregistrée"_s);
+        line.setSent(u"Accueil"_s, today(21, 25));
+        QCOMPARE(line.told(), u"Envoyée à «\u202FAccueil\u202F» à\u00A021:25"_s);
+        QCOMPARE(line.savedPath(), QString());
+        // The attestation is still not saved.
+        line.clearResult();
+        QCOMPARE(line.told(), u"Non enregistrée"_s);
+    }
+
+    void aFileNameStaysOnItsLine()
+    {
+        PanelLine line;
+        line.setSaved(u"/a/B\nC\u0085D.pdf"_s);
+        QCOMPARE(line.told(), u"Enregistrée\u00A0: B C D.pdf"_s);
     }
 };
 

@@ -104,6 +104,15 @@ protected:
         return *m_window;
     }
 
+    /// Rows of a test with the colours of several desktops.
+    static void addDesktops()
+    {
+        QTest::addColumn<QPalette>("desktop");
+        QTest::newRow("light") << QPalette(QColor(239, 239, 239));
+        QTest::newRow("dark") << QPalette(QColor(45, 45, 48));
+        QTest::newRow("black") << QPalette(QColor(0, 0, 0));
+    }
+
     QAction* action(const char* name) const { return m_window->findChild<QAction*>(QLatin1String(name)); }
 
     const Bundle m_bundle{QStringLiteral(PELMORA_STAGE_SHARE)};
