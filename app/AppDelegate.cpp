@@ -12,6 +12,7 @@
 #include "prefs/MVAttestationPrefs.h"
 #include "prefs/MVConfigPrefs.h"
 #include "prefs/MVPreferences.h"
+#include "prefs/MVPreferencesController.h"
 #include "prefs/MVUpdatePrefs.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "support/MXLog.h"
@@ -80,8 +81,10 @@ void AppDelegate::applicationDidFinishLaunching()
     // Shown and sent to the display first, because the next steps take time.
     m_window.show();
     QGuiApplication::sync();
-    m_attestationViewer = std::make_unique<FollowingViewer>(
-        std::make_unique<MVAttestationWindowController>(m_settings, m_logos, m_fonts, m_printDesk));
+    auto viewer = std::make_unique<MVAttestationWindowController>(m_settings, m_logos, m_fonts, m_printDesk);
+    connect(viewer.get(), &MVAttestationWindowController::saveRequested, this, &AppDelegate::saveAttestation);
+    m_window.addShortcutsTo(*viewer->window());
+    m_attestationViewer = std::make_unique<FollowingViewer>(std::move(viewer), m_window);
     setObservers();
     checkLogDir();
     checkSedicaDir();
@@ -282,6 +285,7 @@ void AppDelegate::preferences()
 {
     m_window.panel().setNotice(QString());
     MVPreferences::show();
+    m_window.addShortcutsTo(*MVPreferences::preferences().window());
 }
 
 void AppDelegate::checkForUpdates()

@@ -115,6 +115,15 @@ void MVPreferencesController::fadeTo(MVPreference& pane)
     });
 }
 
+void MVPreferencesController::showNeighbour(qsizetype step)
+{
+    const QStringList& all = identifiers();
+    if (!m_currentPane || all.isEmpty())
+        return;
+    const qsizetype next = all.indexOf(m_currentPane->paneIdentifier()) + step + all.size();
+    showPane(paneForIdentifier(all.at(next % all.size())));
+}
+
 void MVPreferencesController::selectPane(const QAction* sender)
 {
     if (!sender)
@@ -204,6 +213,8 @@ void MVPreferencesController::windowDidLoad()
     m_window->setWindowTitle(u"Préférences Pelmora"_s);
     layout.closeAction->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
     connect(layout.closeAction, &QAction::triggered, m_window.get(), &QWidget::close);
+    connect(layout.nextPaneAction, &QAction::triggered, this, [this] { showNeighbour(1); });
+    connect(layout.previousPaneAction, &QAction::triggered, this, [this] { showNeighbour(-1); });
     initWindow();
     showPane(m_currentPane);
 }

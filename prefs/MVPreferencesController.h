@@ -72,6 +72,8 @@ public:
 private:
     void windowDidLoad();
     void attachToolbar();
+    /// Shows the pane that many buttons further; after the last comes the first.
+    void showNeighbour(qsizetype step);
     void fadeTo(MVPreference& pane);
     [[nodiscard]] bool isRegistered(const MVPreference* pane) const;
 

@@ -166,6 +166,18 @@ bool MainWindow::isCardAction(const QAction& menuItem) const
     });
 }
 
+void MainWindow::addShortcutsTo(QWidget& window) const
+{
+    const QList<QAction*> own = window.findChildren<QAction*>();
+    for (const MenuItem& item : menuItems) {
+        QAction* action = *m_ui.*item.action;
+        const bool isOwn = std::ranges::any_of(
+            own, [action](const QAction* other) { return other->shortcuts().contains(action->shortcut()); });
+        if (!action->shortcut().isEmpty() && !isOwn)
+            window.addAction(action);
+    }
+}
+
 void MainWindow::beginSheet(const QString& message)
 {
     m_panel->beginRequest();

@@ -67,6 +67,9 @@ public:
     /// Whether the entry is a card action: read, view, print, save.
     [[nodiscard]] bool isCardAction(const QAction& menuItem) const;
 
+    /// Makes the menu bar's shortcuts work in that window too, except for those that it has itself.
+    void addShortcutsTo(QWidget& window) const;
+
     void beginSheet(const QString& message);
     void endSheed();
 

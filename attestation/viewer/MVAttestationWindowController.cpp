@@ -15,7 +15,7 @@ namespace {
 
 constexpr QMargins airAroundPage{10, 10, 10, 10}; // points
 
-// The window's size without its title bar: content and menu bar.
+// The window's size without its title bar: content and bar.
 QSize windowSizeForContent(const QMainWindow& window, QSize content)
 {
     return window.sizeHint() - window.centralWidget()->sizeHint() + content;
@@ -49,7 +49,9 @@ MVAttestationWindowController::MVAttestationWindowController(const UserDefaults&
     layout.setupUi(m_window.get());
     m_scrollView = layout.scrollView;
     layout.clipView->awakeFromNib();
-    connectActions(*layout.printAction, *layout.closeAction);
+    connectActions(*layout.printAction, *layout.saveAction, *layout.closeAction);
+    for (QAction* action : layout.bar->actions())
+        layout.bar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
     internalInit();
 }
 
@@ -59,14 +61,16 @@ void MVAttestationWindowController::internalInit()
 {
     MVNewAttestationView* page = MVNewAttestationView::viewOf(m_attestation, m_fonts).release();
     m_scrollView->setDocumentView(page);
+    page->setFocus();
     const QRect content = page->rect().marginsAdded(airAroundPage);
     m_window->resize(windowSizeForContent(*m_window, content.size()));
     centerOnScreen(*m_window);
 }
 
-void MVAttestationWindowController::connectActions(QAction& print, QAction& close)
+void MVAttestationWindowController::connectActions(QAction& print, QAction& save, QAction& close)
 {
     connect(&print, &QAction::triggered, this, [this, &print] { printAttestation(&print); });
+    connect(&save, &QAction::triggered, this, &MVAttestationWindowController::saveRequested);
     close.setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
     connect(&close, &QAction::triggered, m_window.get(), &QWidget::close);
 }

@@ -15,7 +15,8 @@ class PrintDesk;
 class SchemeLogos;
 class UserDefaults;
 
-/// The viewer: one window with an attestation page, used for every card. Closing the window hides it. Main thread only.
+/// The viewer: one window with an attestation page and a bar of buttons, used for every card. Closing the window hides
+/// it. Main thread only.
 class MVAttestationWindowController final : public QObject
 {
     Q_OBJECT
@@ -41,9 +42,13 @@ public:
     [[nodiscard]] MVScrollView* scrollView() const { return m_scrollView; }
     [[nodiscard]] const MVNewAttestation& attestation() const { return m_attestation; }
 
+Q_SIGNALS:
+    /// The shown card's attestation is to be saved.
+    void saveRequested();
+
 private:
     void internalInit();
-    void connectActions(QAction& print, QAction& close);
+    void connectActions(QAction& print, QAction& save, QAction& close);
 
     const PageFonts& m_fonts;
     PrintDesk& m_printDesk;

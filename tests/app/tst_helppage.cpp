@@ -13,6 +13,7 @@
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "platform/files/FileWorker.h"
+#include "prefs/MVPreferencesController.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -149,10 +150,13 @@ private Q_SLOTS:
         SchemeLogos logos(stagedBundle());
         const MainWindow window(stagedBundle());
         const QTemporaryDir folder;
-        const UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
+        UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
         PrintDesk printDesk(settings, logos, *fonts, {});
         const MVAttestationWindowController viewer(settings, logos, *fonts, printDesk);
-        const QSet<QKeySequence> real = shortcutsOf(window) + shortcutsOf(*viewer.window());
+        MVPreferencesController preferences;
+        preferences.checkWindowLoaded();
+        const QSet<QKeySequence> real =
+            shortcutsOf(window) + shortcutsOf(*viewer.window()) + shortcutsOf(*preferences.window());
 
         QSet<QKeySequence> told;
         for (const QString& keys : matchesOf(u"<tr><td><kbd>([^<]+)</kbd>"_s, m_page))

@@ -53,14 +53,14 @@ class Viewer(Application):
         self.process.stdin.flush()
 
     def resize(self, width, height):
-        """Gives the window's content, below the menu bar, that size."""
-        bar = box_of(self.find("menu bar", ".*"))
+        """Gives the window's content, below the bar, that size."""
+        bar = box_of(self.find("tool bar", ".*"))
         subprocess.run(["xdotool", "windowsize", self.window, str(width), str(height + bar.height)], check=True)
 
     def content(self):
         frame = self.find("frame", ".*")
         whole = box_of(frame)
-        bar = box_of(self.find("menu bar", ".*"))
+        bar = box_of(self.find("tool bar", ".*"))
         return Box(whole.x, whole.y + bar.height, whole.width, whole.height - bar.height)
 
     def page(self):
@@ -146,11 +146,11 @@ class Looking(unittest.TestCase):
     def test_the_window_opens_in_the_middle_of_the_screen_with_the_page_one_to_one(self):
         with Viewer() as viewer:
             self.assertEqual(wait(lambda: viewer.content()[2:] == (615, 862) and viewer.content()[2:]), (615, 862))
-            content, page, menu = viewer.content(), box_of(viewer.page()), box_of(viewer.find("menu bar", ".*"))
+            content, page, bar = viewer.content(), box_of(viewer.page()), box_of(viewer.find("tool bar", ".*"))
             self.assertEqual((page.x - content.x, page.y - content.y, *page[2:]), (10, 10, *PAGE))
             self.assertLessEqual(abs(content.x + content.width / 2 - SCREEN[0] / 2), 5)
             # With its title bar, whose height is the window manager's.
-            self.assertLessEqual(abs(menu.y + (content.height + menu.height) / 2 - SCREEN[1] / 2), 30)
+            self.assertLessEqual(abs(bar.y + (content.height + bar.height) / 2 - SCREEN[1] / 2), 30)
 
     def test_a_window_of_the_pages_size_shows_it_one_to_one(self):
         self.assertEqual(self.viewer.page_in(615, 862), (10, 10, 595, 842))
@@ -294,9 +294,9 @@ class Typing(unittest.TestCase):
                 viewer.show(CARD)
                 wait(lambda: shown_windows("Hélène SPECIMEN"))
 
-    def test_the_menu_closes_the_window_too(self):
+    def test_the_bar_closes_the_window_too(self):
         with Viewer() as viewer:
-            viewer.choose("Fermer")
+            viewer.press("push button", "Fermer")
             wait(lambda: not shown_windows("Hélène SPECIMEN"))
 
     def test_keys_open_the_print_dialog_on_the_window(self):

@@ -199,6 +199,23 @@ private Q_SLOTS:
         QVERIFY(!m_controller->window()->isVisible());
     }
 
+    void keysGoFromPaneToPane()
+    {
+        for (const QString& name : {u"a"_s, u"b"_s, u"c"_s})
+            pane(name);
+        m_controller->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_controller->window()));
+        const auto afterKeys = [this](const QString& keys) {
+            QTest::keySequence(m_controller->window(), QKeySequence(keys));
+            return m_controller->currentPane()->paneIdentifier();
+        };
+        QCOMPARE(afterKeys(u"Ctrl+Tab"_s), u"b"_s);
+        QCOMPARE(m_controller->toolbar().selectedItemIdentifier(), u"b"_s);
+        QCOMPARE(afterKeys(u"Ctrl+Tab"_s), u"c"_s);
+        QCOMPARE(afterKeys(u"Ctrl+Tab"_s), u"a"_s);
+        QCOMPARE(afterKeys(u"Ctrl+Shift+Tab"_s), u"c"_s);
+    }
+
     void panesAreFoundByTheirVeryViewAndTheFirstOfAnIdentifier()
     {
         RecordingPane* a = pane(u"a"_s);

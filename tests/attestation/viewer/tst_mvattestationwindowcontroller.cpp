@@ -12,12 +12,13 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QMenu>
-#include <QMenuBar>
 #include <QPrintDialog>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolBar>
+#include <QToolButton>
 
 #include <functional>
 
@@ -52,6 +53,7 @@ private:
 
     [[nodiscard]] QMainWindow* window() const { return m_viewer->window(); }
     [[nodiscard]] QAction* action(const QString& name) const { return window()->findChild<QAction*>(name); }
+    [[nodiscard]] QToolBar* bar() const { return window()->findChild<QToolBar*>(); }
     [[nodiscard]] MVClipView* clipView() const
     {
         return qobject_cast<MVClipView*>(m_viewer->scrollView()->contentView());
@@ -121,8 +123,7 @@ private Q_SLOTS:
         QVERIFY(show());
         const QRect available = window()->screen()->availableGeometry();
         QCOMPARE(m_viewer->scrollView()->width(), 615);
-        const int menuHeight = window()->menuBar()->height();
-        QVERIFY(menuHeight > 0);
+        QVERIFY(bar()->height() > 0 && bar()->height() <= 40);
         if (available.height() > 1000)
             QCOMPARE(m_viewer->scrollView()->height(), 862);
         else
@@ -149,33 +150,54 @@ private Q_SLOTS:
         QVERIFY(clipView()->rect().contains(page()->geometry()));
     }
 
-    void theMenuSaysWhatTheKeysDo()
+    void theBarSaysWhatTheKeysDo()
     {
-        const QList<QAction*> menus = window()->menuBar()->actions();
-        QCOMPARE(menus.size(), 1);
-        QCOMPARE(menus.at(0)->text(), u"&Attestation"_s);
-        QCOMPARE(menus.at(0)->menu()->actions(),
-                 QList({action(u"printAction"_s), menus.at(0)->menu()->actions().at(1), action(u"closeAction"_s)}));
-        QVERIFY(menus.at(0)->menu()->toolTipsVisible());
+        QCOMPARE(bar()->actions(),
+                 QList({action(u"printAction"_s), action(u"saveAction"_s), action(u"closeAction"_s)}));
+        QStringList names;
+        for (QAction* item : bar()->actions())
+            names.append(qobject_cast<QToolButton*>(bar()->widgetForAction(item))->text());
+        QCOMPARE(names, QStringList({u"Imprimer"_s, u"Enregistrer"_s, u"Fermer"_s}));
+        QCOMPARE(action(u"saveAction"_s)->shortcuts(), QList({QKeySequence(u"Ctrl+S"_s)}));
+        QCOMPARE(action(u"saveAction"_s)->toolTip(), u"Enregistrer l’attestation (Ctrl+S)"_s);
         QCOMPARE(action(u"printAction"_s)->shortcuts(), QList({QKeySequence(u"Ctrl+P"_s)}));
         QCOMPARE(action(u"closeAction"_s)->shortcuts(), QList({QKeySequence(u"Ctrl+W"_s), QKeySequence(u"Esc"_s)}));
         QCOMPARE(action(u"closeAction"_s)->toolTip(), u"Fermer la fenêtre (Ctrl+W ou Échap)"_s);
         QCOMPARE(action(u"printAction"_s)->toolTip(), u"Imprimer l’attestation (Ctrl+P)"_s);
     }
 
-    void theKeysAndTheMenuPrint_data()
+    void thePageHasTheFocusAndTheBarIsReachedByTab()
+    {
+        QVERIFY(show());
+        QVERIFY(page()->hasFocus());
+        QTest::keyClick(window(), Qt::Key_Tab);
+        QTRY_COMPARE(QApplication::focusWidget(), bar()->widgetForAction(action(u"printAction"_s)));
+    }
+
+    void theKeysAndTheButtonAskToSave()
+    {
+        m_viewer->setVitale(specimenCard(2));
+        QVERIFY(show());
+        const QSignalSpy requests(m_viewer.get(), &MVAttestationWindowController::saveRequested);
+        QTest::keySequence(window(), QKeySequence(u"Ctrl+S"_s));
+        QCOMPARE(requests.size(), 1);
+        QTest::mouseClick(bar()->widgetForAction(action(u"saveAction"_s)), Qt::LeftButton);
+        QCOMPARE(requests.size(), 2);
+    }
+
+    void theKeysAndTheButtonPrint_data()
     {
         QTest::addColumn<std::function<void(MVAttestationWindowController&)>>("way");
         const auto addWay = [](const char* name, std::function<void(MVAttestationWindowController&)> way) {
             QTest::newRow(name) << std::move(way);
         };
         addWay("keys", [](auto& viewer) { QTest::keySequence(viewer.window(), QKeySequence(u"Ctrl+P"_s)); });
-        addWay("menu",
+        addWay("button",
                [](auto& viewer) { viewer.window()->template findChild<QAction*>(u"printAction"_s)->trigger(); });
         addWay("operation", [](auto& viewer) { viewer.printAttestation(nullptr); });
     }
 
-    void theKeysAndTheMenuPrint()
+    void theKeysAndTheButtonPrint()
     {
         QFETCH(const std::function<void(MVAttestationWindowController&)>, way);
         m_viewer->setVitale(specimenCard(2));

@@ -1,0 +1,81 @@
+#include "tests/app/Office.h"
+#include "tests/common/RunnableTests.h"
+#include "tests/common/TestCase.h"
+
+#include <QMainWindow>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QRect smallScreen(0, 0, 1366, 768);
+const QRect largeScreen(0, 0, 1920, 1080);
+constexpr QSize viewerSize(615, 740);
+const QRect centredViewer(375, 14, 615, 740);
+
+QMainWindow* viewerOf(const QString& title)
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && widget->windowTitle() == title)
+            return qobject_cast<QMainWindow*>(widget);
+    }
+    return nullptr;
+}
+
+} // namespace
+
+/// The attestation's window beside the main one.
+class tst_FollowingViewer : public TestCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aViewerThatWouldCoverTheMainWindowIsBesideIt_data()
+    {
+        QTest::addColumn<QRect>("main");
+        QTest::addColumn<QRect>("viewer");
+        QTest::addColumn<QRect>("screen");
+        QTest::addColumn<int>("left");
+        QTest::newRow("small screen") << QRect(378, 139, 610, 490) << centredViewer << smallScreen << 751;
+        QTest::newRow("large screen") << QRect(655, 295, 610, 490) << QRect(QPoint(652, 90), viewerSize) << largeScreen
+                                      << 1265;
+        QTest::newRow("main window at the right")
+            << QRect(700, 139, 610, 490) << QRect(QPoint(700, 14), viewerSize) << smallScreen << 85;
+        QTest::newRow("half is visible") << QRect(0, 139, 610, 490) << centredViewer << smallScreen << 375;
+        QTest::newRow("larger main window") << QRect(0, 0, 1366, 768) << centredViewer << smallScreen << 375;
+        QTest::newRow("second screen") << QRect(1366 + 378, 139, 610, 490) << centredViewer.translated(1366, 0)
+                                       << smallScreen.translated(1366, 0) << 1366 + 751;
+    }
+
+    void aViewerThatWouldCoverTheMainWindowIsBesideIt()
+    {
+        QFETCH(const QRect, main);
+        QFETCH(const QRect, viewer);
+        QFETCH(const QRect, screen);
+        QTEST(leftBeside(main, viewer, screen), "left");
+    }
+
+    void shortcutsOfTheMainWindowWorkInTheViewer()
+    {
+        const auto office = Office::bound(Office::simulation(Office::specimen()));
+        QVERIFY(office);
+        office->delegate->viewAttestation();
+        QTRY_VERIFY(viewerOf(u"Hélène SPECIMEN"_s));
+        QMainWindow* viewer = viewerOf(u"Hélène SPECIMEN"_s);
+        QStringList missing;
+        for (const QAction* action : office->window->findChildren<QAction*>()) {
+            QList<QAction*> there = viewer->actions() + viewer->findChildren<QAction*>();
+            const bool isThere = std::ranges::any_of(
+                there, [action](const QAction* other) { return other->shortcuts().contains(action->shortcut()); });
+            if (!action->shortcut().isEmpty() && !isThere)
+                missing.append(action->text());
+        }
+        QCOMPARE(missing, QStringList());
+        // Not twice: an ambiguous shortcut does nothing.
+        const auto ofPrint = [](const QAction* action) { return action->shortcut() == QKeySequence(u"Ctrl+P"_s); };
+        QCOMPARE(std::ranges::count_if(viewer->actions() + viewer->findChildren<QAction*>(), ofPrint), 1);
+    }
+};
+
+template class RunnableTests<tst_FollowingViewer, QApplication>;
+#include "tst_followingviewer.moc"
