@@ -18,14 +18,17 @@ target_compile_definitions(pelmora_options INTERFACE
 
 if(PELMORA_SANITIZERS)
   target_compile_options(pelmora_options INTERFACE
-    -fsanitize=${PELMORA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
-    # In a unity build all sources but the first look like headers.
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+    -fsanitize=${PELMORA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(pelmora_options INTERFACE -fsanitize=${PELMORA_SANITIZERS})
 else()
   # _FORTIFY_SOURCE needs optimisation, and sanitizers replace the functions that it checks.
   target_compile_options(pelmora_options INTERFACE
     $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong>)
+endif()
+
+# In a unity build the compiler takes all sources for headers.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  target_compile_options(pelmora_options INTERFACE -Wno-subobject-linkage)
 endif()
 
 # Programs do not contain the build folder's path, so the same sources give the same files in any folder.

@@ -4,21 +4,18 @@ headers again for each test would take minutes. tests-as-one.py BUILD FOLDER"""
 import json
 import os
 import re
-import shlex
 import sys
 
+from compilations import compilations
+
 BUILD, FOLDER = sys.argv[1:]
-ROOT = os.getcwd()
 
 
 def sources():
     """The tests and what belongs to them, with the words of their compilation."""
-    with open(os.path.join(BUILD, "compile_commands.json"), encoding="utf-8") as file:
-        commands = json.load(file)
-    for command in commands:
-        path = os.path.relpath(command["file"], ROOT)
+    for _, path, words in compilations(BUILD):
         if path.startswith("tests/") and not path.startswith(("tests/fuzz/", "tests/headers/")) and path.endswith(".cpp"):
-            yield path, shlex.split(command["command"])
+            yield path, words
 
 
 def flags(compilations):

@@ -1,0 +1,23 @@
+"""What a build compiles, of its compilation database."""
+
+import json
+import os
+import re
+import shlex
+
+
+def compilations(build):
+    """For each source: the folder of its target, its path from here, the words of its compilation. A unity source stands
+    for those that it joins."""
+    with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
+        commands = json.load(file)
+    for command in commands:
+        words = shlex.split(command["command"])
+        target = os.path.relpath(words[words.index("-o") + 1].split("/CMakeFiles/")[0], "")
+        name = re.search(r"/CMakeFiles/(.*)\.dir/", words[words.index("-o") + 1])[1]
+        parts = [command["file"]]
+        if re.search(r"/unity_\d+_cxx\.cxx$", command["file"]):
+            with open(command["file"], encoding="utf-8") as file:
+                parts = re.findall(r'^#include "(.*)"$', file.read(), re.MULTILINE)
+        for part in parts:
+            yield os.path.join(target, name), os.path.relpath(part), words
