@@ -54,6 +54,8 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     connect(&m_statusItem, &StatusItemKeeper::lost, this, [this] { m_front.bringBack(); });
     connect(&m_saving, &AttestationSaving::saved, &m_recentsMenu, &RecentsMenu::add);
     connect(&m_fileChoice, &CardFileChoice::chosen, this, [this](const QString& path) { loadXMLFile(path); });
+    connect(&m_front.alerts(), &AlertQueue::helpRequested, this,
+            [this](const QString& topic) { m_desktop.showHelp(topic); });
     connect(&m_recentsMenu, &RecentsMenu::openRequested, this, &AppDelegate::openRecentAttestation);
     connect(&m_recentsMenu, &RecentsMenu::clearRequested, this, &AppDelegate::clearRecentsMenu);
 }
@@ -120,9 +122,13 @@ void AppDelegate::initPrefs()
                                             m_bundle.pathForProgram(u"pelmora-update"_s),
                                             std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
     connect(m_updater.get(), &SUUpdater::failed, this, &AppDelegate::presentError);
+    m_window.updateMenuItem()->setEnabled(validateMenuItem(*m_window.updateMenuItem()));
     MVPreferences::resigterPreferencesPane(std::make_shared<MVConfigPrefs>(m_settings, *this, m_bundle));
     MVPreferences::resigterPreferencesPane(std::make_shared<MVAttestationPrefs>(m_settings, m_bundle));
-    MVPreferences::resigterPreferencesPane(std::make_shared<LVitAccessPrefs>(m_settings, m_lvit, m_bundle));
+    const auto lvitAccessPrefs = std::make_shared<LVitAccessPrefs>(m_settings, m_lvit, m_bundle);
+    connect(lvitAccessPrefs.get(), &LVitAccessPrefs::diagnosisRequested, this,
+            [this](QWidget* window) { showDiagnosis(*window); });
+    MVPreferences::resigterPreferencesPane(lvitAccessPrefs);
     const auto updatePrefs = std::make_shared<MVUpdatePrefs>(m_bundle);
     updatePrefs->setUpdater(m_updater.get());
     MVPreferences::resigterPreferencesPane(updatePrefs);
@@ -139,6 +145,13 @@ void AppDelegate::setEnabled(bool enabled)
 {
     m_enabled = enabled;
     m_window.validateMenuItems([this](const QAction& menuItem) { return validateMenuItem(menuItem); });
+}
+
+bool AppDelegate::validateMenuItem(const QAction& menuItem) const
+{
+    if (&menuItem == m_window.updateMenuItem())
+        return m_updater && m_updater->canCheckForUpdates();
+    return m_enabled || !m_window.isCardAction(menuItem);
 }
 
 void AppDelegate::showCard(PanelLine::CardOrigin origin)

@@ -90,15 +90,13 @@ public:
     void clearRecentsMenu() { m_recentsMenu.clear(); }
     void sendComment() { m_desktop.sendComment(); }
     void showHelp() { m_desktop.showHelp(); }
+    void showDiagnosis(QWidget& window) { m_desktop.showDiagnosis(window); }
     void preferences();
     void checkForUpdates();
     /// Runs an entry of the status item's menu by its tag. Other senders are ignored.
     void executeAction(const QObject* sender);
-    /// Whether a menu entry is enabled: card actions need a bound card service.
-    [[nodiscard]] bool validateMenuItem(const QAction& menuItem) const
-    {
-        return m_enabled || !m_window.isCardAction(menuItem);
-    }
+    /// Whether a menu entry is enabled: card actions need a bound card service, updates an address to look at.
+    [[nodiscard]] bool validateMenuItem(const QAction& menuItem) const;
 
     /// Asks for a card XML file and loads it.
     void loadXMLFile();

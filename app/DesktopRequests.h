@@ -4,6 +4,7 @@
 
 class Bundle;
 class FrontWindow;
+class QWidget;
 
 /// Opens other programs of the desktop: mail, the help page, files and folders. Main thread only.
 class DesktopRequests
@@ -18,7 +19,10 @@ public:
 
     /// Opens a new mail to the publisher.
     void sendComment();
-    void showHelp();
+    /// The help page at this element, or at its beginning.
+    void showHelp(const QString& element = {});
+    /// Shows what the diagnosis says in a window over that one.
+    void showDiagnosis(QWidget& window) const;
     /// Opens a folder; makes it if it is missing.
     void openFolder(const QString& path);
     void openFile(const QString& path);

@@ -3,6 +3,7 @@
 #include "app/windows/CardPanel.h"
 #include "app/windows/MainWindow.h"
 #include "attestation/print/PrintDesk.h"
+#include "card/PelmoraError.h"
 #include "platform/gui/WindowActivation.h"
 
 #include <QApplication>
@@ -45,5 +46,5 @@ void FrontWindow::presentError(const Error& error)
 {
     bringBack();
     m_window.panel().clearResult();
-    m_alerts.presentError(error);
+    m_alerts.presentError(error, PelmoraError::helpTopic(error));
 }

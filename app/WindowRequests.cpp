@@ -5,7 +5,7 @@
 #include "app/windows/CardPanel.h"
 #include "app/windows/MainWindow.h"
 
-void connectRequests(const MainWindow& window, AppDelegate& delegate)
+void connectRequests(MainWindow& window, AppDelegate& delegate)
 {
     const auto connect = [&](auto request, auto operation) {
         QObject::connect(&window, request, &delegate, operation);
@@ -19,6 +19,7 @@ void connectRequests(const MainWindow& window, AppDelegate& delegate)
     connect(&MainWindow::mailRequested, &AppDelegate::sendComment);
     connect(&MainWindow::settingsRequested, &AppDelegate::preferences);
     connect(&MainWindow::helpRequested, &AppDelegate::showHelp);
+    connect(&MainWindow::diagnosisRequested, [&window, &delegate] { delegate.showDiagnosis(window); });
     connect(&MainWindow::updateRequested, &AppDelegate::checkForUpdates);
     connect(&MainWindow::cardFileRequested, [&delegate] { delegate.loadXMLFile(); });
     connect(&MainWindow::cardFileDropped, [&delegate](const QString& path) { delegate.loadXMLFile(path); });

@@ -63,6 +63,11 @@ Error PelmoraError::vitaleNoBen()
     return pelmoraError(-40, u"La carte Vitale ne comporte aucun bénéficiaire."_s);
 }
 
+QString PelmoraError::helpTopic(const Error& error)
+{
+    return error.domain() == domain ? u"erreur%1"_s.arg(error.code()) : QString();
+}
+
 Error PelmoraError::errorForCode(qint64 resultCode)
 {
     switch (static_cast<ReadResult>(resultCode)) {

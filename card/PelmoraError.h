@@ -20,6 +20,9 @@ public:
     [[nodiscard]] static Error vitaleReadError();
     [[nodiscard]] static Error vitaleNoBen();
 
+    /// The element of the help page that explains the error; empty for errors of other domains.
+    [[nodiscard]] static QString helpTopic(const Error& error);
+
     /// The error for a "Result" code of the card service; the general error for codes that are not listed.
     [[nodiscard]] static Error errorForCode(qint64 resultCode);
 };

@@ -214,6 +214,8 @@ void LVitAccessPrefs::loadView(QScrollArea& view)
 
 void LVitAccessPrefs::viewDidLoad()
 {
+    connect(m_ui->diagnosisButton, &QPushButton::clicked, this,
+            [this] { Q_EMIT diagnosisRequested(m_ui->diagnosisButton->window()); });
     updateModeInformations();
     clearLibraryInformations();
 }

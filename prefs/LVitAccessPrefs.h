@@ -55,6 +55,8 @@ public:
 
 Q_SIGNALS:
     void modeInformationsChanged(const QString& text);
+    /// The diagnosis is to be shown over that window.
+    void diagnosisRequested(QWidget* window);
 
 protected:
     void loadView(QScrollArea& view) override;

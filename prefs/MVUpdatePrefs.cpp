@@ -39,9 +39,15 @@ void MVUpdatePrefs::checkForUpdateNow(const QObject* /*sender*/)
 void MVUpdatePrefs::updateUI()
 {
     view();
+    const bool canCheck = m_updater && m_updater->canCheckForUpdates();
+    if (m_ui) {
+        m_ui->checkNowButton->setEnabled(canCheck);
+        m_ui->checkNowButton->setToolTip(
+            canCheck ? QString() : u"Cette version de Pelmora n’a pas d’adresse où chercher ses mises à jour."_s);
+    }
     const std::optional<QDateTime> date = m_updater ? m_updater->lastUpdateCheckDate() : std::nullopt;
     lastCheckTextField()->setText(
-        date ? u"Dernière vérification le "_s + date->toLocalTime().toString(u"dd/MM/yyyy 'à' HH:mm"_s) : QString());
+        date ? u"Dernière recherche le "_s + date->toLocalTime().toString(u"dd/MM/yyyy 'à' HH:mm"_s) : QString());
 }
 
 QLabel* MVUpdatePrefs::lastCheckTextField() const

@@ -1,6 +1,6 @@
-"""Writes the shipped sources of each target as one source, with their compilation database, for checks that look at the
-main source alone: reading the headers again for each source takes most of the time. A finding's place is then to be told
-in the sources themselves.
+"""Writes the shipped sources that a unity build compiles together as one source, with their compilation database, for
+checks that look at the main source alone: reading the headers again for each source takes most of the time. A finding's
+place is then to be told in the sources themselves.
 
 rooms-as-one.py write BUILD FOLDER      BUILD has unity sources
 rooms-as-one.py locate FOLDER <FINDINGS"""
@@ -15,12 +15,12 @@ from compilations import compilations
 ROOMS = re.compile(r"(platform|support|update|card|service|attestation|prefs|app)/.*\.cpp$")
 
 
-def targets(build):
-    """The shipped sources of each target, with the words of its compilation."""
+def units(build):
+    """The shipped sources that are compiled together, with the words of their compilation."""
     found = {}
-    for target, source, words in compilations(build):
-        if ROOMS.match(source) and not target.startswith("tests/"):
-            found.setdefault(target, (words, []))[1].append(source)
+    for unit, source, words in compilations(build):
+        if ROOMS.match(source) and not unit.startswith("tests/"):
+            found.setdefault(unit, (words, []))[1].append(source)
     return found
 
 
@@ -45,9 +45,9 @@ def arguments(words, path):
 
 def write(build, folder):
     entries, places = [], {}
-    for target, (words, sources) in sorted(targets(build).items()):
-        path = os.path.join(folder, target.replace("/", "_") + ".cpp")
-        lines, places[path] = joined(sorted(sources))
+    for unit, (words, sources) in sorted(units(build).items()):
+        path = os.path.join(folder, unit.replace("/", "_") + ".cpp")
+        lines, places[path] = joined(sources)
         with open(path, "w", encoding="utf-8") as file:
             file.write("\n".join(lines) + "\n")
         entries.append({"directory": os.path.abspath(build), "file": path, "arguments": arguments(words, path)})

@@ -42,6 +42,12 @@ std::expected<XmlDocument, Error> parse(const QByteArray& bytes)
     return XmlDocument::fromText(*text);
 }
 
+Error notACard(const Error& reason)
+{
+    return {reason.domain(), reason.code(),
+            u"Ce fichier n’est pas une carte Vitale. "_s + reason.localizedDescription()};
+}
+
 } // namespace
 
 std::expected<CardRecord, Error> loadCardFile(const QString& path)
@@ -51,9 +57,10 @@ std::expected<CardRecord, Error> loadCardFile(const QString& path)
         return std::unexpected(bytes.error());
     const std::expected<XmlDocument, Error> document = parse(*bytes);
     if (!document)
-        return std::unexpected(document.error());
+        return std::unexpected(notACard(document.error()));
     std::expected<CardRecord, Error> record = parseCardDocument(&*document);
-    if (record)
-        record->setText(CardKey::fundCodeLibelle, u"Non spécifié"_s);
+    if (!record)
+        return std::unexpected(notACard(record.error()));
+    record->setText(CardKey::fundCodeLibelle, u"Non spécifié"_s);
     return record;
 }

@@ -69,6 +69,7 @@ constexpr std::array menuItems{
     MenuItem{&Ui_MainWindow::updateMenuItem, &MainWindow::updateRequested},
     MenuItem{&Ui_MainWindow::quitAction, &MainWindow::quitRequested},
     MenuItem{&Ui_MainWindow::helpAction, &MainWindow::helpRequested},
+    MenuItem{&Ui_MainWindow::diagnosisAction, &MainWindow::diagnosisRequested},
     MenuItem{&Ui_MainWindow::mailAction, &MainWindow::mailRequested},
 };
 

@@ -90,6 +90,7 @@ Q_SIGNALS:
     void folderRequested();
     void cardFileRequested();
     void helpRequested();
+    void diagnosisRequested();
     void updateRequested();
     /// A local file that looks like XML was dropped.
     void cardFileDropped(const QString& path);

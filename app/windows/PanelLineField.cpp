@@ -15,10 +15,10 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype reservedLines = 2;
-constexpr int narrowest = 20; // average characters
+constexpr int narrowestLine = 20; // average characters
 
 // Characters; more than any field shows.
-constexpr qsizetype longestMeasured = 1000;
+constexpr qsizetype longestLine = 1000;
 
 // Line breaks remove blanks.
 QString withoutBlanks(QString text)
@@ -71,13 +71,13 @@ QSize PanelLineField::sizeHint() const
 
 QSize PanelLineField::minimumSizeHint() const
 {
-    return {narrowest * fontMetrics().averageCharWidth(),
+    return {narrowestLine * fontMetrics().averageCharWidth(),
             static_cast<int>(reservedLines) * fontMetrics().lineSpacing()};
 }
 
 QStringList PanelLineField::wrapped(const QString& paragraph, qsizetype lines) const
 {
-    const QString text = paragraph.left(longestMeasured);
+    const QString text = paragraph.left(longestLine);
     QTextLayout layout(text, font());
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -115,7 +115,7 @@ bool PanelLineField::event(QEvent* event)
     const bool isWhole = withoutBlanks(shownLines().join(QString())) == withoutBlanks(textBeforeLink());
     // As escaped rich text: tool tips wrap only rich text.
     const QString tip =
-        u"<p>"_s + text().left(longestMeasured).toHtmlEscaped().replace(u'\n', u"</p><p>"_s) + u"</p>"_s;
+        u"<p>"_s + text().left(longestLine).toHtmlEscaped().replace(u'\n', u"</p><p>"_s) + u"</p>"_s;
     QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), isWhole ? QString() : tip, this);
     return true;
 }

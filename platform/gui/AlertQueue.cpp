@@ -19,22 +19,22 @@ AlertQueue::~AlertQueue()
     delete m_box;
 }
 
-void AlertQueue::presentError(const Error& error)
+void AlertQueue::presentError(const Error& error, const QString& helpTopic)
 {
-    const Alert alert{QMessageBox::Warning, u"Pelmora"_s, error.localizedDescription(), error.detail()};
+    const Alert alert{QMessageBox::Warning, u"Pelmora"_s, error.localizedDescription(), error.detail(), helpTopic};
     if (std::ranges::find(m_alerts, alert) == m_alerts.end())
         append({alert});
 }
 
 void AlertQueue::presentMessage(const QString& title, const QString& text)
 {
-    appendUnlessLast({{QMessageBox::Information, title, text, {}}});
+    appendUnlessLast({{QMessageBox::Information, title, text, {}, {}}});
 }
 
 void AlertQueue::presentMessageThenWarning(const AlertText& message, const AlertText& warning)
 {
-    appendUnlessLast({{QMessageBox::Information, message.title, message.text, {}},
-                      {QMessageBox::Warning, warning.title, warning.text, {}}});
+    appendUnlessLast({{QMessageBox::Information, message.title, message.text, {}, {}},
+                      {QMessageBox::Warning, warning.title, warning.text, {}, {}}});
 }
 
 void AlertQueue::appendUnlessLast(const std::vector<Alert>& alerts)
@@ -86,9 +86,19 @@ void AlertQueue::showFirst()
         if (auto* label = m_box->findChild<QLabel*>(u"qt_msgbox_informativelabel"_s))
             label->setTextFormat(Qt::PlainText);
     }
+    if (!alert.helpTopic.isEmpty())
+        addHelpButton(alert.helpTopic);
     m_box->setDefaultButton(m_box->addButton(u"OK"_s, QMessageBox::AcceptRole));
     connect(m_box, &QMessageBox::finished, this, &AlertQueue::removeFirst);
     m_box->open();
+}
+
+void AlertQueue::addHelpButton(const QString& topic)
+{
+    const QPushButton* button = m_box->addButton(u"&Aide"_s, QMessageBox::HelpRole);
+    // The box would close at any button.
+    disconnect(button, &QPushButton::clicked, nullptr, nullptr);
+    connect(button, &QPushButton::clicked, this, [this, topic] { Q_EMIT helpRequested(topic); });
 }
 
 void AlertQueue::removeFirst()

@@ -30,13 +30,16 @@ public:
     /// Closes the shown alert; queued ones are dropped.
     ~AlertQueue() override;
 
-    /// Shows the error's text, and its detail below.
-    void presentError(const Error& error);
+    /// Shows the error's text, and its detail below. With a topic, a button asks for help about it.
+    void presentError(const Error& error, const QString& helpTopic = {});
 
     /// Not shown again when it is the last alert of the queue.
     void presentMessage(const QString& title, const QString& text);
     /// The same with a warning after it.
     void presentMessageThenWarning(const AlertText& message, const AlertText& warning);
+
+Q_SIGNALS:
+    void helpRequested(const QString& topic);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -47,7 +50,8 @@ private:
         QMessageBox::Icon icon;
         QString title;
         QString text;
-        QString detail; // shown below the text; may be empty
+        QString detail;    // shown below the text; may be empty
+        QString helpTopic; // empty when there is no help
 
         friend bool operator==(const Alert&, const Alert&) = default;
     };
@@ -56,6 +60,7 @@ private:
     void append(const std::vector<Alert>& alerts);
     void showFirstOnceWindowIsPlaced();
     void showFirst();
+    void addHelpButton(const QString& topic);
     void removeFirst();
 
     QWidget* m_window;

@@ -9,7 +9,6 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QLocale>
 
 #include <algorithm>
 #include <cerrno>
@@ -36,8 +35,7 @@ MoveOutcome offerToMove(const QString& bundlePath)
 {
     const MoveSurroundings surroundings = surroundingsOf(bundlePath);
     const LinuxMoveCommands commands(QCoreApplication::arguments().sliced(1));
-    const StringTable texts =
-        StringTable::load(Bundle::mainBundle(), u"MoveApplication"_s, QLocale::system().uiLanguages());
+    const StringTable texts = StringTable::load(Bundle::mainBundle(), u"MoveApplication"_s, {u"fr"_s});
     UserDefaults defaults(UserDefaults::standardFilePath());
     LinuxMoveOperations operations(defaults);
     return moveToApplications(surroundings, commands, texts, operations);

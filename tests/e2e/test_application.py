@@ -85,6 +85,9 @@ class Start(Desk):
         pelmora = self.start()
         text = r"Aucun lecteur de carte n'a été trouvé\. Vérifiez les branchements\."
         pelmora.find("label", text)
+        pelmora.press("push button", "Aide")
+        wait(lambda: len(self.opener.opened()) == 1)
+        self.assertRegex(self.opener.opened()[0], "/Help.html#erreur-20$")
         pelmora.press("push button", "OK")
         pelmora.wait_until_gone("label", text)
         pelmora.press("push button", "Lire")
@@ -236,7 +239,7 @@ class Reading(Desk):
     def test_a_card_file_is_chosen_in_the_panel(self):
         service = self.service()
         pelmora = self.start_bound("--card-service", service.path)
-        pelmora.choose("Ouvrir une carte XML…")
+        pelmora.choose("Ouvrir un fichier de carte…")
         pelmora.find("dialog", "Sélectionnez un fichier XML")
         pelmora.write_into("text", "Nom de fichier :", SPECIMEN)
         key("Return")
@@ -293,6 +296,22 @@ class Files(Desk):
         mail, page = self.opener.opened()
         self.assertRegex(mail, r"^mailto:[^@?]+@[^@?]+\?subject=Suggestion%20pour%20le%20logiciel%20PELMORA$")
         self.assertEqual(page, f"file://{os.path.realpath(STAGE)}/share/pelmora/Help.html")
+
+
+    def test_the_diagnosis_is_shown_from_menu_and_preferences(self):
+        pelmora = self.start_bound("--simulate")
+        for ask in (lambda: pelmora.choose("Diagnostic…"), lambda: self.press_in_preferences(pelmora)):
+            ask()
+            wait(lambda: "Conclusion" in pelmora.text_of("text", "Diagnostic"))
+            pelmora.press("push button", "Copier")
+            pelmora.find("label", "Diagnostic copié\\.")
+            pelmora.press("push button", "Fermer")
+            pelmora.wait_until_gone("dialog", "Diagnostic de la lecture")
+
+    def press_in_preferences(self, pelmora):
+        pelmora.press("push button", "Préférences")
+        pelmora.click("check box", "Lecture Vitale")
+        pelmora.press("push button", "Diagnostic…")
 
 
 class End(Desk):

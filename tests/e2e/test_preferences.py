@@ -9,19 +9,18 @@ import time
 import unittest
 
 from cardservice import FakeService
-from desktop import Application, Atspi, Running, key, wait
+from desktop import Application, Atspi, key, wait
 from windows import close, is_in_front
 
 STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
-UPDATES = os.path.realpath(os.path.join(STAGE, "libexec", "pelmora", "pelmora-update"))
 WINDOW = "Préférences Pelmora"
 
 # Each pane's button, and a control that no other pane has.
 PANES = {"Configuration": ("check box", "Afficher le menu Pelmora"),
          "Attestations": ("check box", "Afficher le titre"),
          "Lecture Vitale": ("combo box", ".*"),
-         "Mise à jour": ("push button", "Vérifier maintenant")}
+         "Mise à jour": ("push button", "Rechercher maintenant")}
 MODES = {"Automatique": "Si une librairie de lecture vitale est installé sur le système Pelmora l'utilisera en priorité "
                         "sinon la librarie embarqué sera utilisée.",
          "Installée sur le système": "Pelmora utilise exclusivement la librarie de lecture vitale installé sur le "
@@ -329,17 +328,14 @@ class Panes(Preferences):
                        'f\\x4\\xf0\\x8\\0)"\n')
         pelmora = self.start("--simulate")
         self.pane(pelmora, "Mise à jour")
-        pelmora.find("label", r"Dernière vérification le \d\d/\d\d/\d{4} à \d\d:\d\d")
+        pelmora.find("label", r"Dernière recherche le \d\d/\d\d/\d{4} à \d\d:\d\d")
 
-    def test_without_a_feed_the_check_says_so_and_no_date_is_shown(self):
+    def test_without_a_feed_no_check_can_be_asked_for_and_no_date_is_shown(self):
         pelmora = self.start("--simulate")
         self.pane(pelmora, "Mise à jour")
-        self.assertIsNone(pelmora.find_now("label", "Dernière vérification.*"))
-        pelmora.press("push button", "Vérifier maintenant")
-        updates = Running(UPDATES)
-        updates.find("label", "Cette version de Pelmora ne sait pas où chercher ses mises à jour\\. .*")
-        updates.press("push button", "OK")
-        updates.process.wait()
+        self.assertIsNone(pelmora.find_now("label", "Dernière recherche.*"))
+        self.assertFalse(pelmora.is_enabled("push button", "Rechercher maintenant"))
+        self.assertFalse(pelmora.is_enabled("menu item", "Rechercher les mises à jour…", showing=False))
 
 
 if __name__ == "__main__":

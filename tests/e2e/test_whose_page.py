@@ -174,7 +174,7 @@ class WhilePrinting(Cards):
             key("ctrl+p")
             wait(lambda: is_in_front(DIALOG))
             for way in (lambda: self.start_again(self.other), lambda: open_over_bus(self.other),
-                        lambda: pelmora.choose("Ouvrir une carte XML…")):
+                        lambda: pelmora.choose("Ouvrir un fichier de carte…")):
                 self.assert_refused(pelmora, way, REFUSED_WHILE_PRINTING)
             pelmora.press("push button", "Lire")
             self.assert_all_show_alix(pelmora)

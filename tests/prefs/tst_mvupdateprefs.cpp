@@ -20,12 +20,15 @@ private:
     std::unique_ptr<SUUpdater> m_updater;
 
     // An updater whose last check was then.
-    void makeUpdater(const QVariant& lastCheck = {})
+    void makeUpdater(const QVariant& lastCheck = {}, bool hasFeed = true)
     {
         auto defaults = std::make_unique<UserDefaults>(m_folder->filePath(u"updates.conf"_s));
         if (lastCheck.isValid())
             defaults->setObject(u"SULastCheckTime"_s, lastCheck);
-        m_updater = std::make_unique<SUUpdater>(UpdateConfiguration(), m_program->path(), std::move(defaults));
+        UpdateConfiguration configuration;
+        if (hasFeed)
+            configuration.feed = QUrl(u"https://updates.example/feed.xml"_s);
+        m_updater = std::make_unique<SUUpdater>(configuration, m_program->path(), std::move(defaults));
     }
 
 private Q_SLOTS:
@@ -48,11 +51,11 @@ private Q_SLOTS:
         QTest::addColumn<QVariant>("lastCheck");
         QTest::addColumn<QString>("text");
         QTest::newRow("a morning in March")
-            << QVariant(QDateTime(QDate(2024, 3, 5), QTime(9, 7))) << u"Dernière vérification le 05/03/2024 à 09:07"_s;
+            << QVariant(QDateTime(QDate(2024, 3, 5), QTime(9, 7))) << u"Dernière recherche le 05/03/2024 à 09:07"_s;
         QTest::newRow("the last minute of a year") << QVariant(QDateTime(QDate(2025, 12, 31), QTime(23, 59, 59, 999)))
-                                                   << u"Dernière vérification le 31/12/2025 à 23:59"_s;
+                                                   << u"Dernière recherche le 31/12/2025 à 23:59"_s;
         QTest::newRow("kept in another zone") << QVariant(QDateTime(QDate(2024, 3, 5), QTime(9, 7)).toUTC())
-                                              << u"Dernière vérification le 05/03/2024 à 09:07"_s;
+                                              << u"Dernière recherche le 05/03/2024 à 09:07"_s;
         QTest::newRow("never") << QVariant() << QString();
         QTest::newRow("garbage") << QVariant(u"hier"_s) << QString();
     }
@@ -119,6 +122,16 @@ private Q_SLOTS:
         QVERIFY(show(*m_pane));
         QTest::mouseClick(control<QPushButton>(*m_pane, "checkNowButton"), Qt::LeftButton);
         QTRY_COMPARE(m_program->notes(), QStringList{u"start"_s});
+    }
+
+    void withoutAFeedTheButtonIsDisabledAndSaysWhy()
+    {
+        makeUpdater({}, false);
+        m_pane->setUpdater(m_updater.get());
+        m_pane->initialization();
+        const auto* button = control<QPushButton>(*m_pane, "checkNowButton");
+        QVERIFY(!button->isEnabled());
+        QCOMPARE(button->toolTip(), u"Cette version de Pelmora n’a pas d’adresse où chercher ses mises à jour."_s);
     }
 };
 

@@ -128,7 +128,7 @@ private:
                     widget->show();
             }
             if (auto* lastCheck = control<QLabel>(*pane, "lastCheckTextField"))
-                lastCheck->setText(u"Dernière vérification le 05/03/2024 à 09:07"_s);
+                lastCheck->setText(u"Dernière recherche le 05/03/2024 à 09:07"_s);
             if (auto* box = control<QGroupBox>(*pane, "informationsBox"))
                 box->setTitle(u"Informations sur la librarie embarqué"_s);
             QCoreApplication::processEvents();

@@ -131,7 +131,22 @@ private Q_SLOTS:
     {
         const auto record = loaded(QByteArray(17 * 1024 * 1024, ' '));
         QVERIFY(!record.has_value());
-        QCOMPARE(record.error().localizedDescription(), u"Le document XML est trop volumineux."_s);
+        QCOMPARE(record.error().localizedDescription(),
+                 u"Ce fichier n’est pas une carte Vitale. Le document XML est trop volumineux."_s);
+    }
+
+    void aFileThatIsNoCardIsRefusedWithThatFirst_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("no XML") << QByteArray("Bonjour");
+        QTest::newRow("other XML") << QByteArray("<svg/>");
+    }
+    void aFileThatIsNoCardIsRefusedWithThatFirst()
+    {
+        QFETCH(const QByteArray, content);
+        const auto record = loaded(content);
+        QVERIFY(!record.has_value());
+        QVERIFY(record.error().localizedDescription().startsWith(u"Ce fichier n’est pas une carte Vitale. "));
     }
 
     void bytesThatAreNotUtf8AreRefused_data()
@@ -147,7 +162,8 @@ private Q_SLOTS:
         QFETCH(const QByteArray, content);
         const auto record = loaded(content);
         QVERIFY(!record.has_value());
-        QCOMPARE(record.error().localizedDescription(), u"Le fichier n’est pas un texte lisible."_s);
+        QCOMPARE(record.error().localizedDescription(),
+                 u"Ce fichier n’est pas une carte Vitale. Le fichier n’est pas un texte lisible."_s);
     }
 };
 

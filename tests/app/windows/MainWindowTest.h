@@ -62,14 +62,15 @@ inline const std::array expectedItems{
     ExpectedItem{"applicationMenu", "quitAction", u"Quitter Pelmora", u"Ctrl+Q", &MainWindow::quitRequested, false},
     ExpectedItem{"fileMenu", "readAction", u"Lire", u"Ctrl+L", &MainWindow::readRequested, true},
     ExpectedItem{"fileMenu", "viewAction", u"Voir", u"Ctrl+Shift+P", &MainWindow::viewRequested, true},
-    ExpectedItem{"fileMenu", "printAction", u"Imprimer", u"Ctrl+P", &MainWindow::printRequested, true},
+    ExpectedItem{"fileMenu", "printAction", u"Imprimer…", u"Ctrl+P", &MainWindow::printRequested, true},
     ExpectedItem{"fileMenu", "saveAction", u"Enregistrer", u"Ctrl+S", &MainWindow::saveRequested, true},
-    ExpectedItem{"fileMenu", "openCardAction", u"Ouvrir une carte XML…", u"Ctrl+O", &MainWindow::cardFileRequested,
+    ExpectedItem{"fileMenu", "openCardAction", u"Ouvrir un fichier de carte…", u"Ctrl+O", &MainWindow::cardFileRequested,
                  false},
     ExpectedItem{"fileMenu", "folderAction", u"Ouvrir le dossier des attestations", u"Ctrl+Shift+O",
                  &MainWindow::folderRequested, false},
     ExpectedItem{"fileMenu", "closeAction", u"Fermer la fenêtre", u"Ctrl+W", nullptr, false},
     ExpectedItem{"helpMenu", "helpAction", u"Aide de Pelmora", u"F1", &MainWindow::helpRequested, false},
+    ExpectedItem{"helpMenu", "diagnosisAction", u"Diagnostic…", u"", &MainWindow::diagnosisRequested, false},
     ExpectedItem{"helpMenu", "mailAction", u"Envoyer une suggestion", u"", &MainWindow::mailRequested, false},
 };
 
