@@ -85,6 +85,7 @@ public:
     {
         m_readers.waitForCard(reader, present, longest);
     }
+    std::unique_ptr<ReaderWatch> watch(const ReaderReport& report) override { return m_readers.watch(report); }
     void pause(std::chrono::milliseconds time) override { m_readers.pause(time); }
 
 private:

@@ -104,7 +104,7 @@ Answer DeadlineLibrary::ask(std::chrono::milliseconds limit, Answer lateAnswer,
         limit);
     m_isBeyondUse = !isInTime;
     m_hint = isInTime ? place->hint : QString();
-    return isInTime ? std::move(*place->answer) : lateAnswer;
+    return isInTime ? std::move(*place->answer) : std::move(lateAnswer);
 }
 
 std::optional<LibraryKind> DeadlineLibrary::initialise(LibraryMode mode)
@@ -142,4 +142,10 @@ std::expected<QString, ReadResult> DeadlineLibrary::readCard()
     const QString reason = m_hint.isEmpty() ? u"la carte ne répond pas"_s : m_hint;
     logLine(u"lecture abandonnée après %1 s : %2"_s.arg(m_limits.read / std::chrono::seconds(1)).arg(reason));
     return m_hint.isEmpty() ? card : std::unexpected(ReadResult::ReaderFault);
+}
+
+std::unique_ptr<ReaderWatch> DeadlineLibrary::watchReader(const ReaderReport& report)
+{
+    return ask<std::unique_ptr<ReaderWatch>>(m_limits.other, nullptr,
+                                             [report](ReadingLibrary& library) { return library.watchReader(report); });
 }

@@ -32,6 +32,7 @@ public:
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
+    [[nodiscard]] std::unique_ptr<ReaderWatch> watchReader(const ReaderReport& report) override;
     [[nodiscard]] QString hint() const override { return m_hint; }
     [[nodiscard]] bool isBeyondUse() const override { return m_isBeyondUse; }
 

@@ -49,6 +49,11 @@ std::expected<QString, ReadResult> LibraryChoice::readCard()
     return m_inUse->readCard();
 }
 
+std::unique_ptr<ReaderWatch> LibraryChoice::watchReader(const ReaderReport& report)
+{
+    return m_inUse != nullptr ? m_inUse->watchReader(report) : nullptr;
+}
+
 QString LibraryChoice::hint() const
 {
     return m_inUse != nullptr ? m_inUse->hint() : QString();

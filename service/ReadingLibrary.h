@@ -1,10 +1,13 @@
 #pragma once
 
 #include "card/ReadResult.h"
+#include "card/wire/CardReaderState.h"
 
 #include <QStringList>
 
 #include <expected>
+#include <functional>
+#include <memory>
 #include <optional>
 
 /// Which reading library the application wants: the digit in its "init" request.
@@ -20,6 +23,18 @@ enum class LibraryKind
 {
     Embedded,
     System
+};
+
+/// Receives the card reader's state, on any thread, one call at a time.
+using ReaderReport = std::function<void(CardReaderState)>;
+
+/// Follows the card reader until it is destroyed.
+class ReaderWatch
+{
+public:
+    ReaderWatch() = default;
+    Q_DISABLE_COPY(ReaderWatch)
+    virtual ~ReaderWatch() = default;
 };
 
 /// A library that reads cards. Calls are made one at a time on one thread. It is set up by initialise, then
@@ -46,6 +61,10 @@ public:
 
     /// The card's content as well-formed XML; its declared encoding does not apply. Needs chosen readers. Blocks.
     [[nodiscard]] virtual std::expected<QString, ReadResult> readCard() = 0;
+
+    /// Reports the reader's state, then each change until the watch is destroyed. Null when there is no change to
+    /// report. A library that does not tell its reader's state reports nothing.
+    [[nodiscard]] virtual std::unique_ptr<ReaderWatch> watchReader(const ReaderReport& /*report*/) { return nullptr; }
 
     /// An additional text in French for users about the last failure of readers() or readCard(); empty when the result
     /// says enough. Allowed in any state.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -78,6 +79,8 @@ QCborMap ServiceCommands::initialise(const QCborMap& request)
     const std::optional<LibraryKind> kind = m_library->initialise(*mode);
     m_initialised = kind.has_value();
     m_readersChosen = false;
+    m_isWatchDue = m_initialised;
+    m_watch.reset();
     if (!kind)
         return failure();
     QCborMap reply = success();
@@ -135,6 +138,12 @@ QCborMap ServiceCommands::readCard(const QCborMap&)
     if (const std::optional<QString> label = coverage ? m_funds.label(*coverage) : std::nullopt)
         reply.insert(ServiceWord::fundCodeLibelle, *label);
     return reply;
+}
+
+void ServiceCommands::watchReader(const ReaderReport& report)
+{
+    if (std::exchange(m_isWatchDue, false))
+        m_watch = m_library->watchReader(report);
 }
 
 bool ServiceCommands::chooseAcceptedReader()

@@ -17,6 +17,9 @@ public:
     /// Absent for an unknown command.
     [[nodiscard]] std::optional<QCborMap> answer(const QCborMap& request);
 
+    /// Reports the reader's state and its changes with the library that the last request has initialised, if it has.
+    void watchReader(const ReaderReport& report);
+
     /// Whether the reading library has abandoned a call: there are no more answers.
     [[nodiscard]] bool isBeyondUse() const { return m_library->isBeyondUse(); }
 
@@ -34,7 +37,9 @@ private:
     [[nodiscard]] QCborMap readFailure(ReadResult result, const QString& otherwise = {}) const;
 
     std::unique_ptr<ReadingLibrary> m_library;
+    std::unique_ptr<ReaderWatch> m_watch; // null when there is nothing to follow
     FundTable m_funds;
     bool m_initialised = false;
+    bool m_isWatchDue = false;
     bool m_readersChosen = false;
 };

@@ -4,11 +4,42 @@
 
 #include <array>
 #include <cerrno>
+#include <mutex>
+
+/// The application's side of the channel. Two threads write to it, each a whole message at a time.
+class ServiceLoop::Output final
+{
+public:
+    explicit Output(FileDescriptor descriptor)
+        : m_descriptor(std::move(descriptor))
+    {
+    }
+
+    std::optional<End> write(const ServiceMessage& message)
+    {
+        const QByteArray encoded = encodeServiceMessage(message);
+        QByteArrayView bytes = encoded;
+        const std::lock_guard lock(m_mutex);
+        while (!bytes.isEmpty()) {
+            const ssize_t count = ::write(m_descriptor.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count < 0)
+                return errno == EPIPE ? End::Closed : End::Failed;
+            bytes = bytes.sliced(count);
+        }
+        return std::nullopt;
+    }
+
+private:
+    std::mutex m_mutex;
+    FileDescriptor m_descriptor;
+};
 
 ServiceLoop::ServiceLoop(ServiceCommands commands, FileDescriptor requests, FileDescriptor replies)
-    : m_commands(std::move(commands))
+    : m_output(std::make_shared<Output>(std::move(replies)))
+    , m_commands(std::move(commands))
     , m_requests(std::move(requests))
-    , m_replies(std::move(replies))
 {
 }
 
@@ -44,25 +75,18 @@ std::optional<ServiceLoop::End> ServiceLoop::answerRequests()
             return End::Malformed;
         const ServiceMessage reply{.number = request.number,
                                    .body = request.body ? m_commands.answer(*request.body) : std::nullopt};
-        const std::optional<End> end = write(encodeServiceMessage(reply));
+        const std::optional<End> end = m_output->write(reply);
         // Also when the reply could not be written: the call still hangs.
         if (m_commands.isBeyondUse())
             return End::BeyondUse;
         if (end)
             return end;
+        // After the reply. A failed write is noticed at the end of the requests or at the next reply.
+        m_commands.watchReader([output = m_output](CardReaderState state) {
+            [[maybe_unused]] const auto failure = output->write({.number = 0, .body = readerMessage(state)});
+        });
+        if (m_commands.isBeyondUse())
+            return End::BeyondUse;
         clearUnusedStack();
     }
-}
-
-std::optional<ServiceLoop::End> ServiceLoop::write(QByteArrayView bytes)
-{
-    while (!bytes.isEmpty()) {
-        const ssize_t count = ::write(m_replies.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return errno == EPIPE ? End::Closed : End::Failed;
-        bytes = bytes.sliced(count);
-    }
-    return std::nullopt;
 }

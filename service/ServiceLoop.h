@@ -4,7 +4,8 @@
 #include "platform/FileDescriptor.h"
 #include "service/ServiceCommands.h"
 
-/// Reads requests from one descriptor and writes answers to the other, in order. Blocks.
+/// Reads requests from one descriptor and writes answers to the other, in order, and the reader's state in between.
+/// Blocks.
 class ServiceLoop
 {
 public:
@@ -23,11 +24,12 @@ public:
     [[nodiscard]] End run();
 
 private:
-    std::optional<End> answerRequests();
-    std::optional<End> write(QByteArrayView bytes);
+    class Output;
 
+    std::optional<End> answerRequests();
+
+    std::shared_ptr<Output> m_output; // shared with the reader's watch, whose thread may outlive this object
     ServiceCommands m_commands;
     FileDescriptor m_requests;
-    FileDescriptor m_replies;
     ServiceMessageReader m_reader;
 };

@@ -77,3 +77,9 @@ std::expected<QString, ReadResult> SimulatedReader::readCard()
         return std::unexpected(ReadResult::ReadError);
     return *std::move(text);
 }
+
+std::unique_ptr<ReaderWatch> SimulatedReader::watchReader(const ReaderReport& report)
+{
+    report(CardReaderState::Card);
+    return nullptr;
+}

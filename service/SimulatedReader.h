@@ -19,6 +19,7 @@ public:
     [[nodiscard]] bool chooseReaders(const QString& vitaleReader, const QString& professionalReader) override;
     [[nodiscard]] QString informations() override;
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override;
+    [[nodiscard]] std::unique_ptr<ReaderWatch> watchReader(const ReaderReport& report) override;
 
 private:
     QByteArray m_cardPath;

@@ -34,6 +34,15 @@ inline constexpr QLatin1StringView detail{"Detail"}; // of a failure: what users
 inline constexpr QLatin1StringView event{"Event"};
 inline constexpr QLatin1StringView state{"State"};
 
+// The value of "Event" in a message about the card reader, and values of its "State".
+inline constexpr QLatin1StringView readerEvent{"reader"};
+inline constexpr QLatin1StringView noService{"no_service"};
+inline constexpr QLatin1StringView noReader{"no_reader"};
+inline constexpr QLatin1StringView otherReader{"other_reader"};
+inline constexpr QLatin1StringView emptyReader{"empty"};
+inline constexpr QLatin1StringView cardPresent{"card"};
+inline constexpr QLatin1StringView muteCard{"mute_card"};
+
 // All keys of the service's messages.
 inline constexpr std::array replyKeys{status,          embedded, readers, informations, vitale,
                                       fundCodeLibelle, result,   detail,  event,        state};

@@ -103,6 +103,11 @@ std::expected<QString, ReadResult> EmbeddedLibrary::readCard()
     return std::unexpected(readResult(fault));
 }
 
+std::unique_ptr<ReaderWatch> EmbeddedLibrary::watchReader(const ReaderReport& report)
+{
+    return m_readers->watch(report);
+}
+
 QList<ReaderName> EmbeddedLibrary::namedReaders()
 {
     m_hint.clear();

@@ -26,5 +26,8 @@ public:
     /// Waits until that reader has a card, or has none, at most for that time. Returns at once when the reader is lost.
     virtual void waitForCard(const QByteArray& reader, bool present, std::chrono::milliseconds longest) = 0;
 
+    /// Reports the state of the readers of the accepted model, then each change until the watch is destroyed.
+    [[nodiscard]] virtual std::unique_ptr<ReaderWatch> watch(const ReaderReport& report) = 0;
+
     virtual void pause(std::chrono::milliseconds time) = 0;
 };

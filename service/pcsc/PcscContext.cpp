@@ -1,6 +1,7 @@
 #include "service/pcsc/PcscContext.h"
 
 #include <type_traits>
+#include <vector>
 
 #include <winscard.h>
 
@@ -27,6 +28,10 @@ SCARD_READERSTATE stateOf(const QByteArray& reader)
     state.dwEventState = SCARD_STATE_UNAWARE;
     return state;
 }
+
+// The reader whose state stands for the number of readers.
+constexpr const char* allReaders = "\\\\?PnP?\\Notification";
+constexpr unsigned countShift = 16; // of the number of movements in a state
 
 bool isSet(const SCARD_READERSTATE& state, DWORD flag)
 {
@@ -108,4 +113,39 @@ std::expected<bool, CardFault> PcscContext::waitForCard(const QByteArray& reader
         if (left.count() <= 0)
             return false;
     }
+}
+
+WatchedReader KnownReader::watched() const
+{
+    const auto has = [this](unsigned long flag) { return (state & flag) != 0; };
+    return {.name = name,
+            .isConnected = !has(SCARD_STATE_UNKNOWN | SCARD_STATE_UNAVAILABLE),
+            .hasCard = has(SCARD_STATE_PRESENT),
+            .isMute = has(SCARD_STATE_MUTE),
+            .movements = static_cast<unsigned>(state >> countShift)};
+}
+
+std::expected<bool, CardFault> PcscContext::waitForChange(QList<KnownReader>& readers,
+                                                          std::optional<std::chrono::milliseconds> longest) const
+{
+    std::vector<SCARD_READERSTATE> states;
+    for (const KnownReader& reader : readers) {
+        states.push_back(stateOf(reader.name));
+        states.back().dwCurrentState = reader.state;
+    }
+    states.push_back(stateOf(allReaders));
+    const LONG code = ::SCardGetStatusChange(m_handle, longest ? static_cast<DWORD>(longest->count()) : DWORD{INFINITE},
+                                             states.data(), static_cast<DWORD>(states.size()));
+    if (code != SCARD_S_SUCCESS && code != SCARD_E_TIMEOUT)
+        return std::unexpected(cardFault(code));
+    if (code == SCARD_E_TIMEOUT)
+        return false;
+    for (std::size_t index = 0; KnownReader & reader : readers)
+        reader.state = states[index++].dwEventState & ~DWORD{SCARD_STATE_CHANGED};
+    return true;
+}
+
+void PcscContext::cancel() const
+{
+    ::SCardCancel(m_handle);
 }

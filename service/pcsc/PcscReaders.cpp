@@ -1,6 +1,9 @@
 #include "service/pcsc/PcscReaders.h"
 
+#include "service/PcscBroker.h"
+#include "service/pcsc/CardReaderWatch.h"
 #include "service/pcsc/PcscCard.h"
+#include "service/pcsc/PcscEvents.h"
 
 #include <thread>
 
@@ -41,6 +44,11 @@ void PcscReaders::waitForCard(const QByteArray& reader, bool present, std::chron
     [[maybe_unused]] const auto hasCome = withContext([&reader, present, longest](const PcscContext& context) {
         return context.waitForCard(reader, present, longest);
     });
+}
+
+std::unique_ptr<ReaderWatch> PcscReaders::watch(const ReaderReport& report)
+{
+    return std::make_unique<CardReaderWatch>(std::make_unique<PcscEvents>(pcscSocketPath()), report);
 }
 
 void PcscReaders::pause(std::chrono::milliseconds time)

@@ -13,6 +13,7 @@ public:
     [[nodiscard]] std::expected<QList<QByteArray>, CardFault> names() override;
     [[nodiscard]] std::expected<std::unique_ptr<CardTransport>, CardFault> connect(const QByteArray& reader) override;
     void waitForCard(const QByteArray& reader, bool present, std::chrono::milliseconds longest) override;
+    [[nodiscard]] std::unique_ptr<ReaderWatch> watch(const ReaderReport& report) override;
     void pause(std::chrono::milliseconds time) override;
 
 private:

@@ -46,6 +46,7 @@ class CardService:
             if name in os.environ:
                 self.environment.setdefault(name, os.environ[name])
         self.number = 0
+        self.states = []  # of the reader, that were told between replies
         self.before = None  # what its process does before it becomes the service
 
     def __enter__(self):
@@ -71,10 +72,32 @@ class CardService:
         self.process.stdin.flush()
 
     def receive(self):
-        number, body = cbor2.load(self.replies)
+        while True:
+            number, body = cbor2.load(self.replies)
+            if number != 0:
+                break
+            self.states.append(self.state_of(body))
         if number != self.number:
             raise AssertionError(f"a reply to {number}, not to {self.number}")
         return body
+
+    @staticmethod
+    def state_of(body):
+        """The state in a message about the reader, which has nothing else."""
+        if set(body) != {"Event", "State"} or body["Event"] != "reader":
+            raise AssertionError(f"an unknown message: {body}")
+        return body["State"]
+
+    def next_state(self, seconds=15):
+        """The next state of the reader that it tells, or None if it tells none in that time."""
+        if self.states:
+            return self.states.pop(0)
+        if not select.select([self.replies.descriptor], [], [], seconds)[0]:
+            return None
+        number, body = cbor2.load(self.replies)
+        if number != 0:
+            raise AssertionError(f"a reply to {number} that nobody awaits")
+        return self.state_of(body)
 
     def ask(self, command, **fields):
         self.send(command, **fields)
@@ -114,6 +137,20 @@ class CardService:
 
     def threads(self):
         return len(os.listdir(f"/proc/{self.process.pid}/task"))
+
+    def processor_time(self):
+        """Seconds of processor time that it and its broker have used."""
+        processes = [self.process.pid]
+        with open(f"/proc/{self.process.pid}/task/{self.process.pid}/children", encoding="ascii") as file:
+            processes += file.read().split()
+        return sum(self.time_of(process) for process in processes)
+
+    @staticmethod
+    def time_of(process):
+        with open(f"/proc/{process}/stat", encoding="ascii") as file:
+            fields = file.read().rpartition(")")[2].split()
+        user, system = fields[11:13]
+        return (int(user) + int(system)) / os.sysconf("SC_CLK_TCK")
 
     def is_sanitized(self):
         """Whether it keeps freed memory for a while, as sanitizers do."""

@@ -78,6 +78,12 @@ public:
         work(Call::ReadCard);
         return card;
     }
+    [[nodiscard]] std::unique_ptr<ReaderWatch> watchReader(const ReaderReport& report) override
+    {
+        m_stage->calledOn = std::this_thread::get_id();
+        report(CardReaderState::Card);
+        return std::make_unique<ReaderWatch>();
+    }
     [[nodiscard]] QString hint() const override { return u"after %1 calls"_s.arg(m_stage->calls); }
     [[nodiscard]] QString waitsFor() const override { return m_stage->waitsFor; }
 
@@ -242,6 +248,15 @@ private Q_SLOTS:
         constexpr DeadlineLimits limits;
         QCOMPARE(limits.read, 20s);
         QCOMPARE(limits.other, 10s);
+    }
+
+    void theReaderIsWatchedByTheLibraryOnItsThread()
+    {
+        const Subject subject(Call::None);
+        std::atomic<int> reports = 0;
+        QVERIFY(subject.library->watchReader([&reports](CardReaderState) { ++reports; }) != nullptr);
+        QCOMPARE(reports, 1);
+        QVERIFY(subject.stage->calledOn != std::this_thread::get_id());
     }
 };
 

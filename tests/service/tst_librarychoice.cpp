@@ -15,6 +15,7 @@ struct Script
     std::optional<LibraryKind> kind; // what initialise answers, but for a refused mode
     LibraryMode refused = LibraryMode::System;
     QList<LibraryMode> asked = {};
+    CardReaderState state = CardReaderState::Empty;
 };
 
 class ScriptedLibrary final : public ReadingLibrary
@@ -37,6 +38,11 @@ public:
     }
     [[nodiscard]] QString informations() override { return m_script->name; }
     [[nodiscard]] std::expected<QString, ReadResult> readCard() override { return m_script->name; }
+    [[nodiscard]] std::unique_ptr<ReaderWatch> watchReader(const ReaderReport& report) override
+    {
+        report(m_script->state);
+        return nullptr;
+    }
 
 private:
     Script* m_script;
@@ -113,6 +119,19 @@ private Q_SLOTS:
         QCOMPARE(subject.choice.initialise(LibraryMode::Embedded), std::optional(LibraryKind::Embedded));
         QCOMPARE(subject.installed.asked, (QList{LibraryMode::System, LibraryMode::Embedded}));
         QCOMPARE(subject.choice.readers(), QStringList{u"embedded"_s});
+    }
+
+    void theLibraryInUseTellsTheReadersState()
+    {
+        Subject subject(true);
+        subject.embedded.state = CardReaderState::Card;
+        QList<CardReaderState> reports;
+        const ReaderReport report = [&reports](CardReaderState state) { reports.append(state); };
+        for (const LibraryMode mode : {LibraryMode::System, LibraryMode::Embedded}) {
+            QVERIFY(subject.choice.initialise(mode).has_value());
+            QVERIFY(!subject.choice.watchReader(report));
+        }
+        QCOMPARE(reports, (QList{CardReaderState::Empty, CardReaderState::Card}));
     }
 
     void beforeAnyModeTheServicesOwnLibraryIsInUse()

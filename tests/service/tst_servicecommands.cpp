@@ -41,6 +41,11 @@ public:
     }
     [[nodiscard]] QString informations() override { return u"<informations/>"_s; }
     [[nodiscard]] Card readCard() override { return m_card; }
+    [[nodiscard]] std::unique_ptr<ReaderWatch> watchReader(const ReaderReport& report) override
+    {
+        report(CardReaderState::Card);
+        return nullptr;
+    }
     [[nodiscard]] QString hint() const override { return m_hint; }
 
     void setHint(const QString& hint) { m_hint = hint; }
@@ -254,6 +259,25 @@ private Q_SLOTS:
         QFETCH(QCborMap, message);
         ServiceCommands subject = commands();
         QCOMPARE(subject.answer(message), std::nullopt);
+    }
+
+    void theReaderIsWatchedAfterEachInitAndNotOtherwise()
+    {
+        ServiceCommands subject = commands();
+        int reports = 0;
+        const ReaderReport count = [&reports](CardReaderState) { ++reports; };
+        subject.watchReader(count);
+        QCOMPARE(reports, 0);
+        QCOMPARE(statusOf(subject.answer(initRequest(u"9"_s))), ServiceWord::error);
+        subject.watchReader(count);
+        QCOMPARE(reports, 0);
+        for (int inits = 1; inits <= 2; ++inits) {
+            QCOMPARE(statusOf(subject.answer(initRequest(u"0"_s))), ServiceWord::success);
+            subject.watchReader(count);
+            QVERIFY(subject.answer(request(ServiceWord::readersList)).has_value());
+            subject.watchReader(count);
+            QCOMPARE(reports, inits);
+        }
     }
 };
 

@@ -61,6 +61,11 @@ public:
         m_isBeyondUse = true;
         return std::unexpected(ReadResult::CardMute);
     }
+    [[nodiscard]] std::unique_ptr<ReaderWatch> watchReader(const ReaderReport& report) override
+    {
+        report(CardReaderState::NoReader);
+        return nullptr;
+    }
     [[nodiscard]] bool isBeyondUse() const override { return m_isBeyondUse; }
 
 private:
@@ -180,7 +185,8 @@ private Q_SLOTS:
             outcomeOfLoop(request(1, init) + request(2, choice) + request(3, command(ServiceWord::vitaleRead)) +
                           request(4, command(ServiceWord::readersList)));
         QCOMPARE(outcome.end, ServiceLoop::End::BeyondUse);
-        QCOMPARE(outcome.replies, request(1, initialised) + request(2, success) + request(3, mute));
+        QCOMPARE(outcome.replies, request(1, initialised) + request(0, readerMessage(CardReaderState::NoReader)) +
+                                      request(2, success) + request(3, mute));
     }
 
     void aLostReaderOfItsRepliesEndsIt_data()

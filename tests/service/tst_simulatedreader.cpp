@@ -49,6 +49,14 @@ private Q_SLOTS:
         QVERIFY(!reader.chooseReaders(u""_s, u""_s));
     }
 
+    void itReportsACardAndNoChange()
+    {
+        SimulatedReader reader("x");
+        QList<CardReaderState> reports;
+        QVERIFY(!reader.watchReader([&reports](CardReaderState state) { reports.append(state); }));
+        QCOMPARE(reports, QList{CardReaderState::Card});
+    }
+
     void theCardIsInTheReaderWhileTheFileExists()
     {
         const QTemporaryDir folder;

@@ -43,6 +43,7 @@ struct Script
     QList<Attempt> attempts; // and faults that nobody expects afterwards
     QList<QByteArray> calls;
     std::function<void()> whileConnecting{};
+    CardReaderState state = CardReaderState::Empty;
     const EmbeddedLibrary* library = nullptr; // for events that ask it
 };
 
@@ -73,6 +74,12 @@ public:
     {
         m_script->calls.append((present ? "wait for a card " : "wait for none ") +
                                QByteArray::number(qint64(longest.count())));
+    }
+
+    std::unique_ptr<ReaderWatch> watch(const ReaderReport& report) override
+    {
+        report(m_script->state);
+        return nullptr;
     }
 
     void pause(std::chrono::milliseconds time) override
@@ -131,6 +138,16 @@ private Q_SLOTS:
         QVERIFY(library.initialise(LibraryMode::Automatic) == LibraryKind::Embedded);
         QVERIFY(library.initialise(LibraryMode::Embedded) == LibraryKind::Embedded);
         QVERIFY(!library.initialise(LibraryMode::System));
+    }
+
+    void theStateOfTheReadersIsReported()
+    {
+        Script script;
+        script.state = CardReaderState::MuteCard;
+        EmbeddedLibrary library = libraryOf(script);
+        QList<CardReaderState> reports;
+        QVERIFY(!library.watchReader([&reports](CardReaderState state) { reports.append(state); }));
+        QCOMPARE(reports, QList{CardReaderState::MuteCard});
     }
 
     void readersAreNamedByTheirModels()

@@ -69,6 +69,9 @@ public:
             const auto next = m_reader.next();
             if (!next)
                 return std::nullopt;
+            // The reader's state comes in between.
+            if (*next && (*next)->number == 0)
+                continue;
             if (*next)
                 return (*next)->number == m_number ? (*next)->body : std::nullopt;
             if (!m_process.waitForReadyRead(patience))
