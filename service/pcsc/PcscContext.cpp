@@ -21,10 +21,11 @@ std::expected<void, CardFault> ask(SCARDCONTEXT context, SCARD_READERSTATE& stat
     return {};
 }
 
-SCARD_READERSTATE stateOf(const QByteArray& reader)
+/// The name must outlive the state.
+SCARD_READERSTATE stateOf(const char* reader)
 {
     SCARD_READERSTATE state{};
-    state.szReader = reader.constData();
+    state.szReader = reader;
     state.dwEventState = SCARD_STATE_UNAWARE;
     return state;
 }
@@ -86,7 +87,7 @@ std::expected<QList<QByteArray>, CardFault> PcscContext::readers() const
 
 std::expected<ReaderState, CardFault> PcscContext::state(const QByteArray& reader) const
 {
-    SCARD_READERSTATE state = stateOf(reader);
+    SCARD_READERSTATE state = stateOf(reader.constData());
     if (const auto asked = ask(m_handle, state, {}); !asked)
         return std::unexpected(asked.error());
     return ReaderState{.hasCard = isSet(state, SCARD_STATE_PRESENT),
@@ -102,7 +103,7 @@ std::expected<bool, CardFault> PcscContext::waitForCard(const QByteArray& reader
 {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point end = Clock::now() + longest;
-    SCARD_READERSTATE state = stateOf(reader);
+    SCARD_READERSTATE state = stateOf(reader.constData());
     // The first call returns at once.
     for (std::chrono::milliseconds left{0};;) {
         if (const auto asked = ask(m_handle, state, left); !asked)
@@ -130,7 +131,7 @@ std::expected<bool, CardFault> PcscContext::waitForChange(QList<KnownReader>& re
 {
     std::vector<SCARD_READERSTATE> states;
     for (const KnownReader& reader : readers) {
-        states.push_back(stateOf(reader.name));
+        states.push_back(stateOf(reader.name.constData()));
         states.back().dwCurrentState = reader.state;
     }
     states.push_back(stateOf(allReaders));

@@ -19,6 +19,8 @@ namespace {
 const QByteArray reader = "Feitian SCR301 00 00";
 constexpr unsigned long oneMovement = 1UL << 16U;
 
+using Answer = std::optional<ReaderEvents::Readers>;
+
 /// A service with its socket's folder, and the events under test.
 struct Subject
 {
@@ -26,23 +28,22 @@ struct Subject
     [[nodiscard]] QString socket() const { return folder() + u"/pcscd.comm"_s; }
 
     /// The next answer, on another thread, as it may wait.
-    std::future<std::optional<ReaderEvents::Readers>> next()
+    std::future<Answer> next()
     {
         return std::async(std::launch::async, [this] { return events.next(); });
+    }
+    /// The answer; absent when none comes within some seconds.
+    Answer answerOf(std::future<Answer> future)
+    {
+        if (future.wait_for(10s) != std::future_status::ready)
+            events.cancel();
+        return future.get();
     }
 
     QTemporaryDir root;
     FakePcsc service;
     PcscEvents events{QFile::encodeName(socket())};
 };
-
-using Answer = std::optional<ReaderEvents::Readers>;
-
-/// The answer if it comes within some seconds.
-Answer answerOf(std::future<Answer> future)
-{
-    return future.wait_for(10s) == std::future_status::ready ? future.get() : std::nullopt;
-}
 
 Answer answerWith(const QList<WatchedReader>& readers)
 {
@@ -95,25 +96,28 @@ private Q_SLOTS:
         auto inserted = subject.next();
         QVERIFY(subject.service.isWaitedFor());
         subject.service.setState(reader, FakePcsc::card | oneMovement);
-        QCOMPARE(answerOf(std::move(inserted)), answerWith({{.name = reader, .hasCard = true, .movements = 1}}));
+        QCOMPARE(subject.answerOf(std::move(inserted)),
+                 answerWith({{.name = reader, .hasCard = true, .movements = 1}}));
         auto unplugged = subject.next();
         QVERIFY(subject.service.isWaitedFor());
         subject.service.unplug(reader);
-        QCOMPARE(answerOf(std::move(unplugged)), answerWith({{.name = reader, .isConnected = false}}));
+        QCOMPARE(subject.answerOf(std::move(unplugged)), answerWith({{.name = reader, .isConnected = false}}));
         QCOMPARE(subject.events.next(), answerWith(QList<WatchedReader>()));
         auto plugged = subject.next();
         QVERIFY(subject.service.isWaitedFor());
         subject.service.setState(reader, FakePcsc::empty);
-        QCOMPARE(answerOf(std::move(plugged)), answerWith(QList<WatchedReader>()));
+        QCOMPARE(subject.answerOf(std::move(plugged)), answerWith(QList<WatchedReader>()));
         QCOMPARE(subject.events.next(), answerWith({{.name = reader}}));
     }
 
     void aReaderThatComesBetweenTheListAndTheWaitIsFound()
     {
         Subject subject;
+        subject.service.setState(reader, FakePcsc::empty);
         QVERIFY(subject.events.next().has_value());
-        subject.service.plugInAfterList(reader);
-        QCOMPARE(answerOf(subject.next()), answerWith({{.name = reader}}));
+        const QByteArray other = "Alcor AU9540 01 00";
+        subject.service.plugInAfterList(other);
+        QCOMPARE(subject.answerOf(subject.next()), answerWith({{.name = reader}, {.name = other}}));
     }
 
     void aServiceThatWasReplacedIsUsedWithoutAnyReportOfItsAbsence()
@@ -124,7 +128,7 @@ private Q_SLOTS:
         auto next = subject.next();
         QVERIFY(subject.service.isWaitedFor());
         subject.service.restart();
-        QCOMPARE(answerOf(std::move(next)), answerWith({{.name = reader}}));
+        QCOMPARE(subject.answerOf(std::move(next)), answerWith({{.name = reader}}));
     }
 
     void anAbsentServiceIsReportedAndAskedAgainWhenItsSocketAppears_data()
@@ -147,12 +151,12 @@ private Q_SLOTS:
         if (!hasFolder) {
             // The new folder leads to an attempt, which is too early.
             QVERIFY(QDir().mkdir(subject.folder()));
-            QCOMPARE(answerOf(std::move(next)), answerWith(CardFault::ServiceDown));
+            QCOMPARE(subject.answerOf(std::move(next)), answerWith(CardFault::ServiceDown));
             next = subject.next();
         }
         subject.service.start();
         QVERIFY(writeFile(subject.socket(), ""));
-        QCOMPARE(answerOf(std::move(next)), answerWith({{.name = reader}}));
+        QCOMPARE(subject.answerOf(std::move(next)), answerWith({{.name = reader}}));
     }
 
     void anAbsentServiceIsNotAskedWithoutAReason()
@@ -166,7 +170,7 @@ private Q_SLOTS:
         QVERIFY(next.wait_for(300ms) == std::future_status::timeout);
         QCOMPARE(subject.service.attempts(), attempts);
         subject.events.cancel();
-        QCOMPARE(answerOf(std::move(next)), Answer());
+        QCOMPARE(subject.answerOf(std::move(next)), Answer());
     }
 
     void itCanBeCancelledWhileItWaitsForAReader()
