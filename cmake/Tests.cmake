@@ -14,6 +14,10 @@ function(pelmora_tests program)
   target_precompile_headers(${program} REUSE_FROM test_headers)
   target_compile_definitions(${program} PRIVATE
     PELMORA_STAGE="${PELMORA_STAGE}" PELMORA_STAGE_SHARE="${PELMORA_STAGE_SHARE}" PELMORA_SOURCE="${CMAKE_SOURCE_DIR}")
+  # In a unity build all sources but the first look like headers.
+  if(CMAKE_UNITY_BUILD)
+    target_compile_options(${program} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+  endif()
   if(arg_DEPENDS)
     add_dependencies(${program} ${arg_DEPENDS})
   endif()
