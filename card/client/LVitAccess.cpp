@@ -71,48 +71,7 @@ std::optional<QString> textValue(const QVariantMap& dictionary, QStringView key)
     return value.toString();
 }
 
-/// Shared by threads under its mutex.
-struct SharedCommand
-{
-    std::mutex mutex;
-    ServiceCommand command;
-};
-
-SharedCommand& defaultCommand()
-{
-    static SharedCommand shared;
-    return shared;
-}
-
 } // namespace
-
-void LVitAccess::setDefaultCommand(const ServiceCommand& command)
-{
-    const std::scoped_lock lock(defaultCommand().mutex);
-    defaultCommand().command = command;
-}
-
-std::shared_ptr<LVitAccess> LVitAccess::defaultInstance()
-{
-    // The channel is stopped at the end of the process even if the client is still in use: handlers must not run while
-    // static objects are destroyed. The logger is made first, so it is destroyed last.
-    struct DefaultClient
-    {
-        DefaultClient()
-        {
-            [[maybe_unused]] const MXLog& logger = MXLog::defaultLogger();
-            const std::scoped_lock lock(defaultCommand().mutex);
-            client = std::make_shared<LVitAccess>(defaultCommand().command);
-        }
-        DefaultClient(const DefaultClient&) = delete;
-        DefaultClient& operator=(const DefaultClient&) = delete;
-        ~DefaultClient() { client->m_channel.stop(); }
-
-        std::shared_ptr<LVitAccess> client;
-    };
-    static const DefaultClient holder;
-    return holder.client;
-}
 
 LVitAccess::LVitAccess(const ServiceCommand& command, ChannelLimits limits)
     : m_channel(command, limits)
@@ -193,6 +152,15 @@ void LVitAccess::cancelReads()
     });
 }
 
+void LVitAccess::setReaderStateHandler(ReaderStateHandler handler)
+{
+    m_channel.post([self = shared_from_this(), handler = std::move(handler)]() mutable {
+        self->m_readerStateHandler = std::move(handler);
+        if (self->m_readerStateHandler)
+            self->m_readerStateHandler(self->m_readerState);
+    });
+}
+
 std::expected<CardRecord, Error> LVitAccess::parseVitaleXML(const XmlDocument* document)
 {
     return parseCardDocument(document);
@@ -237,6 +205,8 @@ void LVitAccess::handleEvent(const ChannelEvent& event)
     case ChannelEvent::Kind::UnsolicitedMessage:
         if (logsDebug() && m_unsolicitedMessages.admits())
             logReceived("_initConnection", event.message);
+        if (const std::optional<CardReaderState> state = readerStateOf(event.message))
+            setReaderState(state);
         break;
     }
 }
@@ -245,7 +215,17 @@ void LVitAccess::_shutdownConnection()
 {
     m_channel.close();
     forgetBind();
+    setReaderState(std::nullopt);
     m_unsolicitedMessages.tellLeftOut();
+}
+
+void LVitAccess::setReaderState(std::optional<CardReaderState> state)
+{
+    if (m_readerState == state)
+        return;
+    m_readerState = state;
+    if (m_readerStateHandler)
+        m_readerStateHandler(state);
 }
 
 void LVitAccess::forgetBind()

@@ -6,6 +6,7 @@
 #include "card/client/LogLimit.h"
 #include "card/client/ServiceChannel.h"
 #include "card/client/ServiceReply.h"
+#include "card/wire/CardReaderState.h"
 #include "platform/Error.h"
 #include "platform/XmlDocument.h"
 
@@ -30,6 +31,9 @@ public:
     using ReadersHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<QVariantMap>)>;
     using SetReadersHandler = std::move_only_function<void(bool, std::optional<Error>)>;
     using ReadHandler = std::move_only_function<void(bool, std::optional<Error>, std::optional<CardRecord>)>;
+
+    /// Receives the reader's state; absent while it is unknown. Unlike the others it runs at each change.
+    using ReaderStateHandler = std::function<void(std::optional<CardReaderState>)>;
 
     /// The program that defaultInstance() starts. Set before its first use.
     static void setDefaultCommand(const ServiceCommand& command);
@@ -57,6 +61,10 @@ public:
     /// Cancels reads without a reply: the connection is shut down, which ends the service, and they end with the
     /// general error. From this call on initialized() is false, even when no read was waiting.
     void cancelReads();
+
+    /// Calls the handler with the reader's state and with each state that the service tells, in place of the earlier
+    /// handler; an empty one is not called. The state is unknown until the service tells it, and without a connection.
+    void setReaderStateHandler(ReaderStateHandler handler);
 
     /// The record of a card's document, without "FundCodeLibelle" and "XMLString". Any thread.
     [[nodiscard]] static std::expected<CardRecord, Error> parseVitaleXML(const XmlDocument* document);
@@ -104,6 +112,7 @@ private:
     void _sendSimpleMessageWithCompletionHandler(const RequestFields& fields, StepHandler<QCborMap> handler);
 
     void handleEvent(const ChannelEvent& event);
+    void setReaderState(std::optional<CardReaderState> state);
     void getReaders(StepHandler<QVariantMap> handler);
     void chooseReaders(const QVariantMap& readers, StepHandler<void> handler);
     void setReaders(const std::optional<QVariantMap>& readers, StepHandler<void> handler);
@@ -129,6 +138,8 @@ private:
     // Used on the channel's thread only.
     int m_waitingReads = 0;
     quint64 m_lastBind = 0;
+    std::optional<CardReaderState> m_readerState;
+    ReaderStateHandler m_readerStateHandler;
     LogLimit m_unsolicitedMessages{MXLog::Debug, ChannelLogLines::unsolicitedMessages};
 
     // Last member: it is destroyed before what its handlers use.

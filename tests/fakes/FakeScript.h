@@ -58,6 +58,12 @@ public:
         return with({"--unset", command, key});
     }
 
+    /// After its reply to a command it tells these states of its reader.
+    [[nodiscard]] FakeScript telling(QAnyStringView command, const QStringList& states) const
+    {
+        return with({"--state", command, states.join(u'|')});
+    }
+
     /// Its replies wait until there are so many, and then go out last first.
     [[nodiscard]] FakeScript reversing(int replies) const { return with({"--reverse", QString::number(replies)}); }
     /// It goes on running when its input ends.

@@ -5,6 +5,7 @@
 //   --set COMMAND KEY TEXT   a text in the reply to a command; --unset COMMAND KEY leaves a field out
 //   --number COMMAND KEY N, --list COMMAND KEY A|B|C, --bytes COMMAND KEY HEX   the same with other types
 //   --odd-list COMMAND KEY   an array of a number, a text, null and another text
+//   --state COMMAND A|B      after the reply to COMMAND it tells these states of its reader
 //   --reverse N              replies wait until there are N, and then go out last first
 //   --ignore-end             stays when its input ends
 //   --starts N,N             behaves so at these starts with that record, counted from 1, and well at the others
@@ -206,6 +207,7 @@ struct Script
     QFile record;
     QHash<QString, QString> behaviours; // by command
     QHash<QString, QCborMap> replies;   // by command
+    QHash<QString, QStringList> states; // told after the reply, by command
     QString atStart;
     int reverse = 0;
     QStringList starts; // none stands for all
@@ -274,6 +276,10 @@ bool takeOption(QStringList& arguments, Script& script)
         script.behaviours.insert(first, second);
         return second == u"null" || behaviours().contains(second);
     }
+    if (option == u"--state") {
+        script.states.insert(first, second.split(u'|'));
+        return true;
+    }
     QCborMap& reply = script.replies[first];
     if (option == u"--unset") {
         reply.remove(second);
@@ -314,6 +320,8 @@ void answer(Script& script, const ServiceMessage& request, QList<QByteArray>& he
     } else {
         behaviours().value(isNull ? u"normal"_s : behaviour)(reply);
     }
+    for (const QString& state : script.states.value(command))
+        say(encodeServiceMessage({.number = 0, .body = QCborMap{{u"Event"_s, u"reader"_s}, {u"State"_s, state}}}));
 }
 
 void serve(Script& script)
@@ -354,6 +362,7 @@ int main(int argc, char* argv[])
     }
     if (!script.starts.isEmpty() && !script.starts.contains(QString::number(script.earlierStarts() + 1))) {
         script.behaviours.clear();
+        script.states.clear();
         setStandardReplies(script);
     }
     script.note("pid " + QByteArray::number(getpid()));
