@@ -4,6 +4,7 @@
 #include "app/models/CardFile.h"
 #include "app/models/CardSummary.h"
 #include "app/models/OutsideFolders.h"
+#include "app/models/ReaderText.h"
 #include "app/models/StatusMenu.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
 #include "card/client/LVitAccess.h"
@@ -99,6 +100,12 @@ void AppDelegate::applicationDidFinishLaunching()
     m_window.setWindowTitle(u"Pelmora par MORVEL"_s);
 }
 
+void AppDelegate::applicationWillTerminate()
+{
+    m_bindObserver.reset();
+    m_readerObserver.reset();
+}
+
 bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
 {
     if (!hasVisibleWindows)
@@ -114,6 +121,8 @@ void AppDelegate::setObservers()
         disableUI();
     };
     m_bindObserver = std::make_unique<BindObserver>([this] { enableUI(); }, failed);
+    m_readerObserver =
+        std::make_unique<ReaderObserver>(m_lvit, [this](const ReaderChange& change) { m_window.setReader(change); });
 }
 
 void AppDelegate::initPrefs()
@@ -284,7 +293,7 @@ void AppDelegate::executeAction(const QObject* sender)
     if (m_enabled || tag == StatusMenu::QuitTag || tag == StatusMenu::OpenFolderTag)
         runStatusMenuEntry(tag, *this);
     else
-        refuse(u"Le lecteur de cartes n’est pas prêt. Appuyez sur Lire."_s);
+        refuse(readerNotReady.toString());
 }
 
 void AppDelegate::openRecentAttestation(const QObject* sender)

@@ -10,6 +10,7 @@
 #include "app/models/BindObserver.h"
 #include "app/models/PanelLine.h"
 #include "app/models/ReadWorkflow.h"
+#include "app/models/ReaderObserver.h"
 #include "app/models/RecentAttestations.h"
 #include "app/windows/CardFileChoice.h"
 #include "app/windows/CardPanel.h"
@@ -62,7 +63,7 @@ public:
     [[nodiscard]] static MoveOutcome applicationWillFinishLaunching(const Bundle& bundle);
     /// The rest of the start, once.
     void applicationDidFinishLaunching();
-    void applicationWillTerminate() { m_bindObserver.reset(); }
+    void applicationWillTerminate();
     /// The program was started or requested again: shows the window if none is visible. Always false.
     bool applicationShouldHandleReopen(bool hasVisibleWindows);
 
@@ -155,6 +156,7 @@ private:
     AttestationSaving m_saving;
     std::optional<CardRecord> m_currentVitale;
     std::unique_ptr<BindObserver> m_bindObserver;
+    std::unique_ptr<ReaderObserver> m_readerObserver;
     std::unique_ptr<FollowingViewer> m_attestationViewer;
     StatusItemKeeper m_statusItem;
     RecentAttestations m_recents;

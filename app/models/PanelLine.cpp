@@ -1,5 +1,7 @@
 #include "app/models/PanelLine.h"
 
+#include "app/models/ReaderText.h"
+
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +20,7 @@ void PanelLine::setCard(CardOrigin origin, const QDateTime& time)
 {
     m_card = Card{origin, time};
     m_failedAt.reset();
+    m_hasCardCome = false;
     clearResult();
 }
 
@@ -25,6 +28,7 @@ void PanelLine::setReadFailed(const QDateTime& time)
 {
     clearResult();
     m_failedAt = time;
+    m_hasCardCome = false;
     m_isCancelled = false;
 }
 
@@ -32,7 +36,14 @@ void PanelLine::setReadCancelled(const QDateTime& time)
 {
     clearResult();
     m_failedAt = time;
+    m_hasCardCome = false;
     m_isCancelled = true;
+}
+
+void PanelLine::setReader(const ReaderChange& change)
+{
+    m_reader = change.state;
+    m_hasCardCome = m_reader == CardReaderState::Card && (m_hasCardCome || change.hasCardCome);
 }
 
 void PanelLine::setSaveFailure(const QString& text)
@@ -89,16 +100,33 @@ QString PanelLine::failedReadText() const
     return text;
 }
 
+QString PanelLine::cardPart() const
+{
+    if (m_failedAt)
+        return failedReadText();
+    if (!m_card)
+        return {};
+    return m_card->time.toString(m_card->origin == CardOrigin::Reader ? u"'Lue le' dd/MM/yyyy 'à' HH:mm"_s
+                                                                      : u"'Fichier ouvert le' dd/MM/yyyy 'à' HH:mm"_s);
+}
+
+QString PanelLine::readerPart() const
+{
+    const bool isBeforeAnyRead = !m_card && !m_failedAt;
+    const bool asksForCard = !m_reader || m_reader == CardReaderState::Empty;
+    const bool asksForRead = m_reader == CardReaderState::Card;
+    if ((asksForCard && !isBeforeAnyRead) || (asksForRead && !isBeforeAnyRead && !m_hasCardCome))
+        return {};
+    return readerText(m_reader);
+}
+
 QString PanelLine::cardText() const
 {
     if (m_isConnecting)
         return u"Connexion au lecteur de cartes…"_s;
-    if (m_failedAt)
-        return failedReadText();
-    if (!m_card)
-        return u"Insérez une carte, puis appuyez sur Lire."_s;
-    return m_card->time.toString(m_card->origin == CardOrigin::Reader ? u"'Lue le' dd/MM/yyyy 'à' HH:mm"_s
-                                                                      : u"'Fichier ouvert le' dd/MM/yyyy 'à' HH:mm"_s);
+    QStringList parts{cardPart(), readerPart()};
+    parts.removeAll(QString());
+    return parts.join(u". "_s);
 }
 
 QString PanelLine::text() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/models/ReaderObserver.h"
+
 #include <QDateTime>
 #include <QString>
 
@@ -24,6 +26,8 @@ public:
     [[nodiscard]] bool isReadFailed() const { return m_failedAt.has_value(); }
     /// Whether the shown card is not from the last read.
     [[nodiscard]] bool isCardEarlier() const { return m_card.has_value() && isReadFailed(); }
+    /// What has happened to the reader. The line tells its state when that asks the user to do something.
+    void setReader(const ReaderChange& change);
     /// Connecting to the card service takes longer than usual.
     void setConnecting(bool isConnecting) { m_isConnecting = isConnecting; }
     /// The last save failed for that reason; empty after a success.
@@ -42,7 +46,9 @@ public:
     [[nodiscard]] QString savedPath() const { return m_notice.isEmpty() ? m_result.path : QString(); }
     /// The file's name as the text shows it, on one line.
     [[nodiscard]] static QString shownName(const QString& path);
-    /// The card's line and, if there is one, that message.
+    /// What the line tells of the reader; empty when that asks for nothing.
+    [[nodiscard]] QString readerPart() const;
+    /// The card's line with the reader's state and, if there is one, that message.
     [[nodiscard]] QString text() const;
 
 private:
@@ -59,12 +65,15 @@ private:
     };
 
     [[nodiscard]] QString cardText() const;
+    [[nodiscard]] QString cardPart() const;
     [[nodiscard]] QString failedReadText() const;
 
     std::optional<Card> m_card;
     std::optional<QDateTime> m_failedAt;
     bool m_isCancelled = false; // the read was cancelled
     bool m_isConnecting = false;
+    std::optional<CardReaderState> m_reader;
+    bool m_hasCardCome = false; // a card was inserted after the shown one was read, or after a failed read
     QString m_saveFailure;
     QString m_notice;
     Result m_result;

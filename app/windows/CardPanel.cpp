@@ -121,6 +121,16 @@ void CardPanel::announce(const QString& text)
         m_spokenNotice->say(text);
 }
 
+void CardPanel::setReader(const ReaderChange& change)
+{
+    const QString before = m_line.text();
+    m_line.setReader(change);
+    if (m_line.text() == before)
+        return;
+    announce(m_line.readerPart());
+    showLine();
+}
+
 void CardPanel::setConnecting(bool isConnecting)
 {
     if (isConnecting) {

@@ -46,6 +46,8 @@ public:
     void setSaved(const QString& path);
     /// The same for an attestation that the printer's queue has.
     void setSent(const QString& queue, const QDateTime& time);
+    /// Shows what the reader's state asks the user to do, and tells screen readers.
+    void setReader(const ReaderChange& change);
     /// Shows, in place of the time, that the card service is being connected, once that takes longer than usual.
     void setConnecting(bool isConnecting);
 

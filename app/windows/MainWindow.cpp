@@ -1,5 +1,6 @@
 #include "app/windows/MainWindow.h"
 
+#include "app/models/ReaderText.h"
 #include "app/windows/AboutBox.h"
 #include "app/windows/CardPanel.h"
 #include "app/windows/DroppedCardFile.h"
@@ -109,8 +110,10 @@ void MainWindow::setUpTexts()
 {
     // Few fonts, because each costs time at the start.
     const QFont title = scaledFont(font(), titleSize, QFont::Bold);
-    for (const Tile& tile : tiles)
+    for (const Tile& tile : tiles) {
         (*m_ui.*tile.button)->setFont(title);
+        m_toolTips.append((*m_ui.*tile.button)->toolTip());
+    }
     m_ui->headingLabel->setFont(title);
     m_ui->readButton->setFont(scaledFont(font(), largeSize, QFont::Bold));
     m_ui->vitaleInfoTextField->setFont(scaledFont(font(), largeSize));
@@ -144,12 +147,30 @@ void MainWindow::enableTiles()
 {
     for (const Tile& tile : tiles)
         (*m_ui.*tile.button)->setEnabled(true);
+    showToolTips();
 }
 
 void MainWindow::disableCardTiles()
 {
     for (MXButton* button : {m_ui->viewButton, m_ui->printButton, m_ui->saveButton, m_ui->quitButton})
         button->setEnabled(false);
+    showToolTips();
+}
+
+void MainWindow::setReader(const ReaderChange& change)
+{
+    m_reader = change.state;
+    m_panel->setReader(change);
+    showToolTips();
+}
+
+void MainWindow::showToolTips()
+{
+    for (qsizetype index = 0; const Tile& tile : tiles) {
+        MXButton* button = *m_ui.*tile.button;
+        button->setToolTip(button->isEnabled() ? m_toolTips.at(index) : disabledTileText(m_reader));
+        ++index;
+    }
 }
 
 void MainWindow::validateMenuItems(const std::function<bool(const QAction&)>& validateMenuItem)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/models/ReaderObserver.h"
+
 #include <QMainWindow>
 
 #include <functional>
@@ -62,6 +64,8 @@ public:
     void enableTiles();
     /// For a card service that is not bound: reading binds again and stays enabled, the quit tile does not.
     void disableCardTiles();
+    /// Shows the reader's state in the panel, and in the tool tips of disabled tiles.
+    void setReader(const ReaderChange& change);
     /// Enables menu entries by the function's result.
     void validateMenuItems(const std::function<bool(const QAction&)>& validateMenuItem);
     /// Whether the entry is a card action: read, view, print, save.
@@ -106,12 +110,15 @@ protected:
 private:
     void connectRequests();
     void setUpTexts();
+    void showToolTips();
     void setUpIcons(const Bundle& bundle);
     void showWindowIcon();
     [[nodiscard]] bool isBlocked() const;
 
     std::unique_ptr<Ui::MainWindow> m_ui;
     std::unique_ptr<CardPanel> m_panel;
+    QStringList m_toolTips; // of the enabled tiles, in their order
+    std::optional<CardReaderState> m_reader;
     std::unique_ptr<ProgressSheet> m_sheet;
     std::function<ClosePolicy()> m_closePolicy;
     QString m_windowIconPath; // empty once the icon is set

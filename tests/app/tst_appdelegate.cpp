@@ -337,6 +337,14 @@ private Q_SLOTS:
         office.start();
         QVERIFY(!MVSettings::booleanPreferencesForKey(office.settings, Settings::debugMode));
     }
+
+    void thePanelTellsTheReadersState()
+    {
+        const auto office = Office::bound(FakeScript().telling("init", {u"mute_card"_s}));
+        QVERIFY(office);
+        QTRY_COMPARE(office->panelLine(), u"Carte illisible\u00A0: retournez-la, la puce vers le lecteur."_s);
+        office->delegate->applicationWillTerminate();
+    }
 };
 
 template class RunnableTests<tst_AppDelegate, QApplication>;

@@ -23,6 +23,10 @@ READ_ERROR = r"Erreur de lecture de la carte Vitale\..*"
 ABSENT = r"La carte vitale n'est pas dans le lecteur\."
 READER_ERROR = r"Erreur lecteur\. Vérifiez les branchements du lecteur\."
 NO_READER = r"Aucun lecteur de carte n'a été trouvé\. Vérifiez les branchements\."
+EMPTY = r"Insérez une carte, puis appuyez sur Lire\."
+PRESENT = r"Carte présente – appuyez sur Lire\."
+NO_SERVICE = "Le service des lecteurs \\(pcscd\\) ne répond pas\u00A0: faites-le démarrer\\."
+READ_AT = r"Lue le \d\d/\d\d/\d{4} à \d\d:\d\d"
 SYSTEM_NAME = MODEL + " 00 00"
 # Seconds that a read may take, and what it takes to tell so.
 DEADLINE, MARGIN = 20, 5
@@ -71,6 +75,37 @@ class RealReader(unittest.TestCase):
         path, = result.stdout.splitlines()
         return os.path.basename(path), subprocess.run(["pdftotext", "-layout", path, "-"], capture_output=True,
                                                       check=True).stdout
+
+    def test_the_panel_tells_what_the_reader_holds(self):
+        pelmora = self.start_bound()
+        watch = self.enterContext(OtherProgram(self.pcsc, "watch", SYSTEM_NAME))
+        pelmora.find("label", EMPTY)
+        card = self.inserted()
+        watch.expect("present")
+        pelmora.find("label", PRESENT)
+        self.read(pelmora)
+        pelmora.find("label", READ_AT)
+        card.remove()
+        watch.expect("empty")
+        other = self.inserted()
+        pelmora.find("label", f"{READ_AT}\\. {PRESENT}")
+        other.remove()
+        pelmora.find("label", READ_AT)
+        self.pcsc.stop()
+        pelmora.find("label", f"{READ_AT}\\. {NO_SERVICE}")
+        self.pcsc.start()
+        pelmora.find("label", READ_AT)
+
+    def test_without_a_pcsc_service_the_panel_and_the_tiles_say_so_until_it_starts(self):
+        self.pcsc.stop()
+        pelmora = self.start()
+        self.assert_alert(pelmora, NO_READER)
+        pelmora.find("label", NO_SERVICE)
+        self.pcsc.start()
+        pelmora.find("label", EMPTY)
+        self.inserted()
+        pelmora.find("label", PRESENT)
+        self.read(pelmora)
 
     def test_an_attestation_is_the_same_as_with_the_simulated_card(self):
         card = self.inserted()

@@ -17,6 +17,8 @@ QDateTime today(int hour, int minute)
 using Next = void (*)(PanelLine&);
 
 const QString hint = u"Insérez une carte, puis appuyez sur Lire."_s;
+const QString noReader = u"Aucun lecteur – branchez-le."_s;
+const QString cardPresent = u"Carte présente – appuyez sur Lire."_s;
 
 } // namespace
 
@@ -79,6 +81,62 @@ private Q_SLOTS:
         QCOMPARE(line.text(), u"Connexion au lecteur de cartes…"_s);
         line.setConnecting(false);
         QCOMPARE(line.text(), hint);
+    }
+
+    void beforeAnyCardItTellsTheReadersStateAndWhatToDo_data()
+    {
+        QTest::addColumn<std::optional<CardReaderState>>("state");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char* name, std::optional<CardReaderState> state, const QString& text) {
+            QTest::newRow(name) << state << text;
+        };
+        row("unknown", std::nullopt, hint);
+        row("no service", CardReaderState::NoService,
+            u"Le service des lecteurs (pcscd) ne répond pas\u00A0: faites-le démarrer."_s);
+        row("no reader", CardReaderState::NoReader, noReader);
+        row("other reader", CardReaderState::OtherReader,
+            u"Ce lecteur ne convient pas\u00A0: branchez un «\u202FFeitian SCR301\u202F»."_s);
+        row("empty", CardReaderState::Empty, hint);
+        row("card", CardReaderState::Card, cardPresent);
+        row("mute card", CardReaderState::MuteCard, u"Carte illisible\u00A0: retournez-la, la puce vers le lecteur."_s);
+    }
+
+    void beforeAnyCardItTellsTheReadersStateAndWhatToDo()
+    {
+        QFETCH(const std::optional<CardReaderState>, state);
+        PanelLine line;
+        line.setReader({.state = state});
+        QTEST(line.text(), "text");
+        line.setConnecting(true);
+        QCOMPARE(line.text(), u"Connexion au lecteur de cartes…"_s);
+    }
+
+    void theReadersStateFollowsTheCardsLineWhenItAsksForSomething()
+    {
+        PanelLine line;
+        line.setReader({.state = CardReaderState::Card, .hasCardCome = true});
+        line.setCard(PanelLine::CardOrigin::Reader, today(14, 2));
+        const QString read = u"Lue le 21/11/2026 à 14:02"_s;
+        QCOMPARE(line.text(), read);
+        line.setReader({.state = CardReaderState::Empty, .hasCardLeft = true});
+        QCOMPARE(line.text(), read);
+        line.setReader({.state = CardReaderState::NoReader});
+        QCOMPARE(line.text(), read + u". "_s + noReader);
+        line.setSaveFailure(u"Non enregistrée"_s);
+        QCOMPARE(line.text(), read + u". "_s + noReader + u"\nNon enregistrée"_s);
+        line.setSaveFailure(QString());
+        // The card that is there was read, unless it has come since.
+        line.setReader({.state = CardReaderState::Card});
+        QCOMPARE(line.text(), read);
+        line.setReader({.state = CardReaderState::Card, .hasCardCome = true});
+        QCOMPARE(line.text(), read + u". "_s + cardPresent);
+        line.setReader({.state = CardReaderState::Card});
+        QCOMPARE(line.text(), read + u". "_s + cardPresent);
+        line.setReadFailed(today(14, 3));
+        const QString failed = u"Lecture échouée à 14:03 – carte précédente, lue à 14:02"_s;
+        QCOMPARE(line.text(), failed);
+        line.setReader({.state = CardReaderState::NoReader});
+        QCOMPARE(line.text(), failed + u". "_s + noReader);
     }
 
     void whatTheUserIsToldNeverHidesTheCardsLine()

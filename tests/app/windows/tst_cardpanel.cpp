@@ -65,6 +65,41 @@ private Q_SLOTS:
         QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
     }
 
+    void theReadersStateIsShownAndAnnounced()
+    {
+        const auto* notice = m_window->findChild<SpokenNotice*>();
+        m_window->setReader({.state = CardReaderState::Empty});
+        QCOMPARE(lineField()->text(), emptyLine);
+        QVERIFY(notice->isHidden()); // as before
+        m_window->setReader({.state = CardReaderState::NoReader});
+        const QString noReader = u"Aucun lecteur – branchez-le."_s;
+        QCOMPARE(lineField()->text(), noReader);
+        QVERIFY(!notice->isHidden());
+        QCOMPARE(notice->accessibleName(), noReader);
+        m_window->panel().setCardTime(PanelLine::CardOrigin::Reader, afternoon);
+        m_window->setReader({.state = CardReaderState::Card});
+        QCOMPARE(lineField()->text(), u"Lue le 21/11/2026 à 14:02"_s);
+        QVERIFY(notice->isHidden());
+        m_window->panel().setNotice(u"Une lecture est en cours."_s);
+        m_window->setReader({.state = CardReaderState::Empty});
+        QCOMPARE(notice->accessibleName(), u"Une lecture est en cours."_s);
+    }
+
+    void aDisabledTileSaysWhy()
+    {
+        const QString usual = m_window->viewButton()->toolTip();
+        QVERIFY(!usual.isEmpty());
+        m_window->disableCardTiles();
+        QCOMPARE(m_window->viewButton()->toolTip(), u"Le lecteur de cartes n’est pas prêt. Appuyez sur Lire."_s);
+        QCOMPARE(m_window->saveButton()->toolTip(), m_window->viewButton()->toolTip());
+        const QString read = m_window->readButton()->toolTip();
+        m_window->setReader({.state = CardReaderState::NoReader});
+        QCOMPARE(m_window->viewButton()->toolTip(), u"Aucun lecteur – branchez-le."_s);
+        QCOMPARE(m_window->readButton()->toolTip(), read);
+        m_window->enableTiles();
+        QCOMPARE(m_window->viewButton()->toolTip(), usual);
+    }
+
     void aCardThatIsNotFromTheLastReadIsSeenAndToldAsSuch_data() { addDesktops(); }
 
     void aCardThatIsNotFromTheLastReadIsSeenAndToldAsSuch()
