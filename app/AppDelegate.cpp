@@ -15,13 +15,14 @@
 #include "prefs/MVPreferences.h"
 #include "prefs/MVPreferencesController.h"
 #include "prefs/MVUpdatePrefs.h"
+#include "prefs/settings/MVSettings.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "support/MXLog.h"
 #include "support/move/MoveAtLaunch.h"
 #include "update/client/SUUpdater.h"
 
 #include <QAction>
-#include <QGuiApplication>
+#include <QApplication>
 #include <QLabel>
 
 #include <utility>
@@ -39,6 +40,8 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     , m_reading(m_lvit, m_settings, *this)
     , m_printDesk(m_settings, m_logos, m_fonts, m_bundle.pathForProgram(u"pelmora-print"_s))
     , m_occupation(m_reading, m_printDesk)
+    , m_forgetting(m_settings, m_occupation)
+    , m_unattendedRead(m_window)
     , m_front(m_window, m_printDesk)
     , m_writing(m_window)
     , m_desktop(m_bundle, m_front)
@@ -93,6 +96,7 @@ void AppDelegate::applicationDidFinishLaunching()
     checkSedicaDir();
     setStandardPreferences(m_settings);
     updateRecentsMenu();
+    followSettings();
     disableUI();
     m_reading.lVitInit();
     initPrefs();
@@ -122,7 +126,13 @@ void AppDelegate::setObservers()
     };
     m_bindObserver = std::make_unique<BindObserver>([this] { enableUI(); }, failed);
     m_readerObserver =
-        std::make_unique<ReaderObserver>(m_lvit, [this](const ReaderChange& change) { m_window.setReader(change); });
+        std::make_unique<ReaderObserver>(m_lvit, [this](const ReaderChange& change) { followReader(change); });
+    connect(&m_forgetting, &CardForgetting::due, this, &AppDelegate::forgetCard);
+    // What the reader told before the sleep may be out of date.
+    connect(&m_forgetting, &CardForgetting::resumed, this, [this] {
+        if (!m_reading.isUnderWay())
+            m_reading.bind();
+    });
 }
 
 void AppDelegate::initPrefs()
@@ -132,7 +142,9 @@ void AppDelegate::initPrefs()
                                             std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
     connect(m_updater.get(), &SUUpdater::failed, this, &AppDelegate::presentError);
     m_window.updateMenuItem()->setEnabled(validateMenuItem(*m_window.updateMenuItem()));
-    MVPreferences::resigterPreferencesPane(std::make_shared<MVConfigPrefs>(m_settings, *this, m_bundle));
+    const auto configPrefs = std::make_shared<MVConfigPrefs>(m_settings, *this, m_bundle);
+    connect(configPrefs.get(), &MVConfigPrefs::forgettingChanged, this, &AppDelegate::followSettings);
+    MVPreferences::resigterPreferencesPane(configPrefs);
     MVPreferences::resigterPreferencesPane(std::make_shared<MVAttestationPrefs>(m_settings, m_bundle));
     const auto lvitAccessPrefs = std::make_shared<LVitAccessPrefs>(m_settings, m_lvit, m_bundle);
     connect(lvitAccessPrefs.get(), &LVitAccessPrefs::diagnosisRequested, this,
@@ -169,6 +181,39 @@ void AppDelegate::showCard(PanelLine::CardOrigin origin)
     m_window.panel().setCardTime(origin, QDateTime::currentDateTime());
     if (m_attestationViewer)
         m_attestationViewer->follow(*m_currentVitale);
+    m_forgetting.cardShown(origin);
+}
+
+void AppDelegate::followReader(const ReaderChange& change)
+{
+    m_window.setReader(change);
+    if (change.hasCardLeft)
+        m_forgetting.cardLeft();
+    if (change.hasCardCome && MVSettings::booleanPreferencesForKey(m_settings, Settings::readOnInsertion))
+        readInsertedCard();
+}
+
+void AppDelegate::readInsertedCard()
+{
+    const bool isDialogOpen = QApplication::activeModalWidget() != nullptr;
+    if (isDialogOpen || m_occupation.firstOf(CardOccupation::anything) != Occupied::Nothing)
+        return;
+    m_unattendedRead.begin();
+    m_reading.readVitale();
+}
+
+void AppDelegate::forgetCard()
+{
+    m_currentVitale.reset();
+    m_window.panel().forgetCard();
+    m_attestationViewer->forget();
+}
+
+void AppDelegate::followSettings()
+{
+    m_forgetting.followSettings();
+    if (MVSettings::booleanPreferencesForKey(m_settings, Settings::forgetRecents))
+        clearRecentsMenu();
 }
 
 bool AppDelegate::refuseWhile(CardOccupation::Any kinds)
@@ -200,6 +245,7 @@ bool AppDelegate::permitPrint()
 
 void AppDelegate::readVitale(const QObject* sender)
 {
+    m_unattendedRead.end();
     if (refuseWhile(Occupied::PrintDialog | Occupied::Writing))
         return;
     if (CardFileChoice::areKeysHeld(sender != nullptr))
@@ -210,19 +256,33 @@ void AppDelegate::readVitale(const QObject* sender)
 
 void AppDelegate::beginSheet(const QString& message)
 {
-    m_front.bringBack();
-    m_window.beginSheet(message);
+    if (!m_unattendedRead.isRunning())
+        m_front.bringBack();
+    if (m_unattendedRead.permitsSheet())
+        m_window.beginSheet(message);
+}
+
+void AppDelegate::presentError(const Error& error)
+{
+    if (!m_unattendedRead.isRunning()) {
+        m_front.presentError(error);
+        return;
+    }
+    m_window.panel().setNotice(error.localizedDescription());
+    m_unattendedRead.tell(error.localizedDescription());
 }
 
 void AppDelegate::cardWasRead(const CardRecord& record)
 {
     m_currentVitale = record;
     showCard(PanelLine::CardOrigin::Reader);
+    m_unattendedRead.tell(u"Carte lue"_s);
 }
 
 // Does nothing without a card: the read has reported its error.
 void AppDelegate::whenCardIsThere(void (AppDelegate::*action)(const CardRecord&))
 {
+    m_unattendedRead.end();
     if (refuseWhile(Occupied::PrintDialog))
         return;
     m_reading.readVitaleIfNeedWithCompletionHandler([this, action](bool success, const std::optional<Error>&) {

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "app/AttestationSaving.h"
+#include "app/CardForgetting.h"
 #include "app/CardOccupation.h"
 #include "app/DesktopRequests.h"
 #include "app/FollowingViewer.h"
 #include "app/FrontWindow.h"
 #include "app/StatusItemKeeper.h"
+#include "app/UnattendedRead.h"
 #include "app/WritingDesk.h"
 #include "app/models/BindObserver.h"
 #include "app/models/PanelLine.h"
@@ -118,6 +120,10 @@ private:
     void enableUI();
     void setEnabled(bool enabled);
     void showCard(PanelLine::CardOrigin origin);
+    void followReader(const ReaderChange& change);
+    void readInsertedCard();
+    void forgetCard();
+    void followSettings();
 
     /// Refuses a request during one of these; true if refused.
     bool refuseWhile(CardOccupation::Any kinds);
@@ -134,7 +140,7 @@ private:
     void endSheed() override { m_window.endSheed(); }
     void showBinding(bool isBinding) override { m_window.panel().setConnecting(isBinding); }
     void refuse(const QString& reason) override { m_front.refuse(reason); }
-    void presentError(const Error& error) override { m_front.presentError(error); }
+    void presentError(const Error& error) override;
     [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return m_currentVitale; }
     void cardWasRead(const CardRecord& record) override;
     void readFailed() override { m_window.panel().setReadFailed(QDateTime::currentDateTime()); }
@@ -150,6 +156,8 @@ private:
     ReadWorkflow m_reading;
     PrintDesk m_printDesk;
     CardOccupation m_occupation;
+    CardForgetting m_forgetting;
+    UnattendedRead m_unattendedRead;
     FrontWindow m_front;
     WritingDesk m_writing;
     DesktopRequests m_desktop;

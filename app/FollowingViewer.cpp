@@ -43,6 +43,13 @@ void FollowingViewer::update()
         m_viewer->setVitale(*due);
 }
 
+void FollowingViewer::forget()
+{
+    m_due.reset();
+    m_viewer->window()->close();
+    m_viewer->setVitale(CardRecord());
+}
+
 void FollowingViewer::show(const CardRecord& record)
 {
     m_due.reset();

@@ -25,6 +25,8 @@ public:
     void follow(const CardRecord& record);
     /// Shows a postponed card now.
     void update();
+    /// Closes the window and forgets its card.
+    void forget();
     /// Shows the card and the window.
     void show(const CardRecord& record);
 

@@ -3,6 +3,7 @@
 #include "card/client/BindOutcome.h"
 #include "platform/MainQueue.h"
 #include "prefs/ModeMenu.h"
+#include "prefs/SettingTie.h"
 #include "prefs/settings/MVSettings.h"
 #include "prefs/ui_LVitAccessView.h"
 
@@ -214,6 +215,7 @@ void LVitAccessPrefs::loadView(QScrollArea& view)
 
 void LVitAccessPrefs::viewDidLoad()
 {
+    tieToSetting(*m_ui->readOnInsertionButton, m_settings, Settings::readOnInsertion);
     connect(m_ui->diagnosisButton, &QPushButton::clicked, this,
             [this] { Q_EMIT diagnosisRequested(m_ui->diagnosisButton->window()); });
     updateModeInformations();

@@ -80,6 +80,14 @@ void MVConfigPrefs::viewDidLoad()
     // The ties come first, so that the setting is stored before the actions run.
     tieToSetting(*m_ui->statusItemButton, m_settings, Settings::statusItemMenu);
     tieToSetting(*m_ui->debugModeButton, m_settings, Settings::debugMode);
+    tieToSetting(*m_ui->forgetOnRemovalButton, m_settings, Settings::forgetOnRemoval);
+    tieToSetting(*m_ui->forgetOnLockButton, m_settings, Settings::forgetOnLock);
+    tieToSetting(*m_ui->forgetRecentsButton, m_settings, Settings::forgetRecents);
+    tieToSetting(*m_ui->forgetMinutesField, m_settings, Settings::forgetAfterMinutes);
+    for (const QAbstractButton* button :
+         {m_ui->forgetOnRemovalButton, m_ui->forgetOnLockButton, m_ui->forgetRecentsButton})
+        connect(button, &QAbstractButton::toggled, this, &MVConfigPrefs::forgettingChanged);
+    connect(m_ui->forgetMinutesField, &QSpinBox::valueChanged, this, &MVConfigPrefs::forgettingChanged);
     // toggled(): assistive technology does not always send clicked().
     connect(m_ui->statusItemButton, &QAbstractButton::toggled, this,
             [this] { changeStatusItemPrefs(m_ui->statusItemButton); });

@@ -12,8 +12,8 @@ namespace Ui {
 class ConfigView;
 }
 
-/// The pane "Configuration": whether the status item is shown, and the debug mode of this run, which is visible when
-/// Alt is held down while the pane opens.
+/// The pane "Configuration": whether the status item is shown, when a shown card is forgotten, whether recent
+/// attestations are kept, and the debug mode of this run, which is visible when Alt is held down while the pane opens.
 class MVConfigPrefs final : public PaneViewController
 {
     Q_OBJECT
@@ -33,6 +33,10 @@ public:
 
     /// Null before the view is loaded.
     [[nodiscard]] QCheckBox* debugModeButton() const;
+
+Q_SIGNALS:
+    /// When the shown card is forgotten, or whether recent attestations are kept, was changed and stored.
+    void forgettingChanged();
 
 protected:
     void loadView(QScrollArea& view) override;

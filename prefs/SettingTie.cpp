@@ -5,22 +5,45 @@
 #include <QAbstractButton>
 #include <QEvent>
 #include <QSignalBlocker>
+#include <QSpinBox>
+
+#include <algorithm>
 
 namespace {
 
+void show(QAbstractButton& button, bool stored)
+{
+    button.setChecked(stored);
+}
+
+void show(QSpinBox& field, qint64 stored)
+{
+    field.setValue(static_cast<int>(std::clamp<qint64>(stored, field.minimum(), field.maximum())));
+}
+
+bool storedValue(const UserDefaults& store, const Setting<bool>& setting)
+{
+    return MVSettings::booleanPreferencesForKey(store, setting);
+}
+
+qint64 storedValue(const UserDefaults& store, const Setting<qint64>& setting)
+{
+    return MVSettings::integerPreferencesForKey(store, setting);
+}
+
+/// Shows the stored value whenever the control becomes visible.
+template <typename Control, typename Value>
 class SettingTie final : public QObject
 {
 public:
-    SettingTie(QAbstractButton& button, UserDefaults& store, const Setting<bool>& setting)
-        : QObject(&button)
-        , m_button(button)
+    SettingTie(Control& control, UserDefaults& store, const Setting<Value>& setting)
+        : QObject(&control)
+        , m_control(control)
         , m_store(store)
         , m_setting(setting)
     {
         showStored();
-        button.installEventFilter(this);
-        connect(&button, &QAbstractButton::toggled, this,
-                [this](bool on) { MVSettings::setPreferencesWithBooleanValue(m_store, m_setting, on); });
+        control.installEventFilter(this);
     }
 
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -34,18 +57,29 @@ private:
     void showStored()
     {
         // Not a change by the user: stores nothing and runs no action.
-        const QSignalBlocker quiet(m_button);
-        m_button.setChecked(MVSettings::booleanPreferencesForKey(m_store, m_setting));
+        const QSignalBlocker quiet(m_control);
+        show(m_control, storedValue(m_store, m_setting));
     }
 
-    QAbstractButton& m_button;
+    Control& m_control;
     UserDefaults& m_store;
-    Setting<bool> m_setting;
+    Setting<Value> m_setting;
 };
 
 } // namespace
 
 void tieToSetting(QAbstractButton& button, UserDefaults& store, const Setting<bool>& setting)
 {
-    new SettingTie(button, store, setting); // owned by the button
+    // Owned by the button.
+    auto* tie = new SettingTie<QAbstractButton, bool>(button, store, setting);
+    QObject::connect(&button, &QAbstractButton::toggled, tie,
+                     [&store, setting](bool on) { MVSettings::setPreferencesWithBooleanValue(store, setting, on); });
+}
+
+void tieToSetting(QSpinBox& field, UserDefaults& store, const Setting<qint64>& setting)
+{
+    auto* tie = new SettingTie<QSpinBox, qint64>(field, store, setting);
+    QObject::connect(&field, &QSpinBox::valueChanged, tie, [&store, setting](int value) {
+        MVSettings::setPreferencesWithIntegerValue(store, setting, value);
+    });
 }

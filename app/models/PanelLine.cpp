@@ -24,6 +24,15 @@ void PanelLine::setCard(CardOrigin origin, const QDateTime& time)
     clearResult();
 }
 
+void PanelLine::forgetCard()
+{
+    m_card.reset();
+    m_failedAt.reset();
+    m_saveFailure.clear();
+    m_notice.clear();
+    clearResult();
+}
+
 void PanelLine::setReadFailed(const QDateTime& time)
 {
     clearResult();

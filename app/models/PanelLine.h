@@ -19,6 +19,8 @@ public:
 
     /// The shown card was read, or its file was opened. Ends the state of a failed read.
     void setCard(CardOrigin origin, const QDateTime& time);
+    /// No card is shown any more. What was told may name its patient, and is gone as well.
+    void forgetCard();
     /// A read failed: the shown card, if any, is an earlier one.
     void setReadFailed(const QDateTime& time);
     /// The same for a cancelled read.

@@ -28,7 +28,7 @@ QStringList RecentAttestations::paths() const
 
 bool RecentAttestations::add(const QString& path)
 {
-    if (path.isEmpty())
+    if (path.isEmpty() || MVSettings::booleanPreferencesForKey(m_settings, Settings::forgetRecents))
         return false;
     const QStringList stored = paths();
     if (stored.size() >= maximumCount || stored.contains(path))

@@ -28,7 +28,8 @@ public:
 
     [[nodiscard]] QStringList paths() const;
 
-    /// Adds a path at the front, unless it is empty, in the list already, or the list is full. True when it was added.
+    /// Adds a path at the front, unless it is empty, in the list already, the list is full, or the user wants none.
+    /// True when it was added.
     bool add(const QString& path);
 
     /// Empties the list; the files stay.

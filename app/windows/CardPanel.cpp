@@ -53,6 +53,14 @@ void CardPanel::clear()
     showLine();
 }
 
+void CardPanel::forgetCard()
+{
+    m_widgets.summary.setText(summaryBeforeAnyCard.toString());
+    m_line.forgetCard();
+    announce(QString());
+    showLine();
+}
+
 void CardPanel::setCardTime(PanelLine::CardOrigin origin, const QDateTime& time)
 {
     m_line.setCard(origin, time);

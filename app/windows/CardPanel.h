@@ -29,6 +29,8 @@ public:
 
     /// Sets the colours and shows that no card has been read.
     void clear();
+    /// Shows no card any more. The reader's state stays.
+    void forgetCard();
     /// Shows when the card was read or its file opened.
     void setCardTime(PanelLine::CardOrigin origin, const QDateTime& time);
     /// Shows that a read failed, so that the shown card is an earlier one, until the next card.

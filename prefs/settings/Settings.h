@@ -25,8 +25,16 @@ inline constexpr Setting<QString> attestationsFolder{u"MVAttestationsFolder", u"
 inline constexpr Setting<QVariantList> recentsAttestation{u"MVRecentsAttestation"};
 inline constexpr Setting<bool> statusItemMenu{u"MVStatusItemMenu", true};
 inline constexpr Setting<bool> debugMode{u"MVDebugMode"};
+inline constexpr Setting<bool> readOnInsertion{u"MVReadOnInsertion", false};
+inline constexpr Setting<bool> forgetOnRemoval{u"MVForgetOnRemoval", false};
+// When the session is locked and when the machine sleeps.
+inline constexpr Setting<bool> forgetOnLock{u"MVForgetOnLock", false};
+// 0: never.
+inline constexpr Setting<qint64> forgetAfterMinutes{u"MVForgetAfterMinutes"};
+inline constexpr Setting<bool> forgetRecents{u"MVForgetRecents", false};
 
 /// All rows above.
 inline constexpr std::tuple all{
-    lvitMode, showRightLabelPrintOption, attestationsFolder, recentsAttestation, statusItemMenu, debugMode};
+    lvitMode,        showRightLabelPrintOption, attestationsFolder, recentsAttestation, statusItemMenu, debugMode,
+    readOnInsertion, forgetOnRemoval,           forgetOnLock,       forgetAfterMinutes, forgetRecents};
 } // namespace Settings

@@ -10,6 +10,7 @@ import unittest
 
 from desktop import Application, wait
 from pcsc import MODEL, OtherProgram, PcscService, Reader
+from service import CardService
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 from virtualcard import VirtualCard, be_mute, remove  # noqa: E402
@@ -18,6 +19,7 @@ STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 TITLE = "Pelmora par MORVEL"
+VIEWER = "Hélène SPECIMEN"
 SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
 READ_ERROR = r"Erreur de lecture de la carte Vitale\..*"
 ABSENT = r"La carte vitale n'est pas dans le lecteur\."
@@ -43,9 +45,13 @@ class RealReader(unittest.TestCase):
         card.insert(self.reader.port)
         return card
 
-    def start(self):
-        """The application with its window up."""
-        pelmora = Application(PELMORA, environment=self.pcsc.environment())
+    def start(self, **settings):
+        """The application with these settings and its window up."""
+        home = os.path.join(self.folder, "home")
+        os.makedirs(os.path.join(home, "config", "MORVEL"))
+        with open(os.path.join(home, "config", "MORVEL", "Pelmora.conf"), "w", encoding="utf-8") as file:
+            file.write("[General]\n" + "".join(f"{key}={value}\n" for key, value in settings.items()))
+        pelmora = Application(PELMORA, home=home, environment=self.pcsc.environment())
         self.addCleanup(pelmora.__exit__)
         pelmora.find("frame", TITLE)
         return pelmora
@@ -106,6 +112,37 @@ class RealReader(unittest.TestCase):
         self.inserted()
         pelmora.find("label", PRESENT)
         self.read(pelmora)
+
+    def test_an_inserted_card_is_read_and_forgotten_by_itself_if_the_user_wants_that(self):
+        here = self.inserted()
+        pelmora = self.start(MVReadOnInsertion="true", MVForgetOnRemoval="true")
+        watch = self.enterContext(OtherProgram(self.pcsc, "watch", SYSTEM_NAME))
+        # It was there before.
+        pelmora.find("label", PRESENT)
+        here.remove()
+        watch.expect("empty")
+        pelmora.find("label", EMPTY)
+        for _ in range(2):
+            card = self.inserted()
+            watch.expect("present")
+            pelmora.find("label", SUMMARY)
+            pelmora.press("push button", "Voir")
+            pelmora.find("frame", VIEWER)
+            card.remove()
+            watch.expect("empty")
+            pelmora.find("label", "Aucune")
+            pelmora.find("label", EMPTY)
+            pelmora.wait_until_gone("frame", VIEWER)
+
+    def test_nothing_is_done_while_nothing_happens(self):
+        pelmora = self.start_bound()
+        pelmora.find("label", EMPTY)
+        processes = [pelmora.process.pid, *pelmora.children()]
+        # The window has drawn what it shows, and the watch of the reader is quiet.
+        time.sleep(2)
+        before = sum(CardService.time_of(process) for process in processes)
+        time.sleep(5)
+        self.assertLess(sum(CardService.time_of(process) for process in processes) - before, 0.05)
 
     def test_an_attestation_is_the_same_as_with_the_simulated_card(self):
         card = self.inserted()

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QSignalSpy>
+#include <QSpinBox>
 
 using namespace Qt::StringLiterals;
 
@@ -61,6 +62,21 @@ private Q_SLOTS:
         QCOMPARE(switched.count(), 0);
         MVSettings::removePreferences(*m_settings, {});
         QVERIFY(!UserDefaults(settingsFile()).object(Settings::showRightLabelPrintOption.key.toString()).isValid());
+    }
+
+    void aNumberIsShownWithinItsRangeAndStoredWhenItIsChanged()
+    {
+        QSpinBox field;
+        field.setMaximum(240);
+        MVSettings::setPreferencesWithIntegerValue(*m_settings, Settings::forgetAfterMinutes, 1000);
+        tieToSetting(field, *m_settings, Settings::forgetAfterMinutes);
+        QCOMPARE(field.value(), 240);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::forgetAfterMinutes), 1000);
+        field.setValue(15);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::forgetAfterMinutes), 15);
+        MVSettings::setPreferencesWithIntegerValue(*m_settings, Settings::forgetAfterMinutes, 5);
+        field.show();
+        QCOMPARE(field.value(), 5);
     }
 };
 

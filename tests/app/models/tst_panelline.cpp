@@ -202,6 +202,21 @@ private Q_SLOTS:
         line.setSaved(u"/a/B\nC\u0085D.pdf"_s);
         QCOMPARE(line.told(), u"Enregistrée\u00A0: B C D.pdf"_s);
     }
+
+    void withTheCardAllThatMayNameItsPatientIsForgotten()
+    {
+        PanelLine line;
+        line.setCard(PanelLine::CardOrigin::Reader, today(14, 2));
+        line.setReadFailed(today(14, 3));
+        line.setSaveFailure(u"Non enregistrée"_s);
+        line.setSaved(u"/attestations/SPECIMEN Hélène.pdf"_s);
+        line.setNotice(u"Une lecture est en cours."_s);
+        line.setReader({.state = CardReaderState::NoReader});
+        line.forgetCard();
+        QCOMPARE(line.text(), noReader);
+        QCOMPARE(line.savedPath(), QString());
+        QVERIFY(!line.isCardEarlier());
+    }
 };
 
 template class RunnableTests<tst_PanelLine, void>;

@@ -1,5 +1,6 @@
 #include "app/models/RecentAttestations.h"
 #include "platform/UserDefaults.h"
+#include "prefs/settings/MVSettings.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -199,6 +200,13 @@ private Q_SLOTS:
         QCOMPARE(recents().paths().size(), 10'000);
         recents().clear();
         QVERIFY(recents().paths().isEmpty());
+    }
+
+    void noneIsAddedWhenTheUserWantsNone()
+    {
+        MVSettings::setPreferencesWithBooleanValue(*m_settings, Settings::forgetRecents, true);
+        QVERIFY(!recents().add(u"/folder/1.pdf"_s));
+        QCOMPARE(recents().paths(), QStringList());
     }
 };
 

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "app/models/PanelLine.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+
+class CardOccupation;
+class SessionEvents;
+class UserDefaults;
+
+/// When the shown card is to be forgotten, as the settings say: when it leaves the reader, when the session is locked
+/// or the machine sleeps, or after some minutes. A card that is read, printed or written is forgotten afterwards,
+/// unless another one has taken its place. Main thread only.
+class CardForgetting final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Both must outlive it.
+    CardForgetting(const UserDefaults& settings, const CardOccupation& occupation);
+    Q_DISABLE_COPY(CardForgetting)
+    ~CardForgetting() override;
+
+    /// A card is shown, in place of the earlier one.
+    void cardShown(PanelLine::CardOrigin origin);
+    /// A card has left the reader.
+    void cardLeft();
+    /// The settings may have changed: the bus is used only while it is needed, and the minutes count again.
+    void followSettings();
+
+Q_SIGNALS:
+    /// The shown card is to be forgotten now.
+    void due();
+    /// The machine was asleep.
+    void resumed();
+
+private:
+    void forget();
+    void restartTime();
+
+    const UserDefaults& m_settings;
+    const CardOccupation& m_occupation;
+    std::unique_ptr<SessionEvents> m_session; // null while no setting needs it
+    std::optional<PanelLine::CardOrigin> m_shown;
+    QTimer m_time;     // until the shown card is forgotten
+    QTimer m_occupied; // looks again whether the card is still used
+};

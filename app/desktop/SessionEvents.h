@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QObject>
+
+#include <memory>
+
+class QDBusConnection;
+
+/// Events of the user's session and of the machine, from logind on the system bus. Without logind there are none. Main
+/// thread only.
+class SessionEvents final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// On the system bus, or another one.
+    SessionEvents();
+    explicit SessionEvents(const QDBusConnection& bus);
+    Q_DISABLE_COPY(SessionEvents)
+    ~SessionEvents() override;
+
+Q_SIGNALS:
+    void locked();
+    void aboutToSleep();
+    void resumed();
+
+private:
+    void followSession(const QString& path);
+
+    std::unique_ptr<QDBusConnection> m_bus;
+
+private Q_SLOTS:
+    void prepareForSleep(bool isStarting);
+};
