@@ -22,7 +22,7 @@
 #include "update/client/SUUpdater.h"
 
 #include <QAction>
-#include <QApplication>
+#include <QGuiApplication>
 #include <QLabel>
 
 #include <utility>
@@ -40,8 +40,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     , m_reading(m_lvit, m_settings, *this)
     , m_printDesk(m_settings, m_logos, m_fonts, m_bundle.pathForProgram(u"pelmora-print"_s))
     , m_occupation(m_reading, m_printDesk)
-    , m_forgetting(m_settings, m_occupation)
-    , m_unattendedRead(m_window)
+    , m_readerDesk({m_settings, m_window, m_reading, m_occupation})
     , m_front(m_window, m_printDesk)
     , m_writing(m_window)
     , m_desktop(m_bundle, m_front)
@@ -56,6 +55,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     connect(&m_statusItem, &StatusItemKeeper::executeAction, this, &AppDelegate::executeAction);
     connect(&m_statusItem, &StatusItemKeeper::showRequested, this, &AppDelegate::showMainWindow);
     connect(&m_statusItem, &StatusItemKeeper::lost, this, [this] { m_front.bringBack(); });
+    connect(&m_readerDesk, &ReaderDesk::forgetDue, this, &AppDelegate::forgetCard);
     connect(&m_saving, &AttestationSaving::saved, &m_recentsMenu, &RecentsMenu::add);
     connect(&m_fileChoice, &CardFileChoice::chosen, this, [this](const QString& path) { loadXMLFile(path); });
     connect(&m_front.alerts(), &AlertQueue::helpRequested, this,
@@ -104,12 +104,6 @@ void AppDelegate::applicationDidFinishLaunching()
     m_window.setWindowTitle(u"Pelmora par MORVEL"_s);
 }
 
-void AppDelegate::applicationWillTerminate()
-{
-    m_bindObserver.reset();
-    m_readerObserver.reset();
-}
-
 bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
 {
     if (!hasVisibleWindows)
@@ -125,14 +119,7 @@ void AppDelegate::setObservers()
         disableUI();
     };
     m_bindObserver = std::make_unique<BindObserver>([this] { enableUI(); }, failed);
-    m_readerObserver =
-        std::make_unique<ReaderObserver>(m_lvit, [this](const ReaderChange& change) { followReader(change); });
-    connect(&m_forgetting, &CardForgetting::due, this, &AppDelegate::forgetCard);
-    // What the reader told before the sleep may be out of date.
-    connect(&m_forgetting, &CardForgetting::resumed, this, [this] {
-        if (!m_reading.isUnderWay())
-            m_reading.bind();
-    });
+    m_readerDesk.start(m_lvit);
 }
 
 void AppDelegate::initPrefs()
@@ -181,25 +168,7 @@ void AppDelegate::showCard(PanelLine::CardOrigin origin)
     m_window.panel().setCardTime(origin, QDateTime::currentDateTime());
     if (m_attestationViewer)
         m_attestationViewer->follow(*m_currentVitale);
-    m_forgetting.cardShown(origin);
-}
-
-void AppDelegate::followReader(const ReaderChange& change)
-{
-    m_window.setReader(change);
-    if (change.hasCardLeft)
-        m_forgetting.cardLeft();
-    if (change.hasCardCome && MVSettings::booleanPreferencesForKey(m_settings, Settings::readOnInsertion))
-        readInsertedCard();
-}
-
-void AppDelegate::readInsertedCard()
-{
-    const bool isDialogOpen = QApplication::activeModalWidget() != nullptr;
-    if (isDialogOpen || m_occupation.firstOf(CardOccupation::anything) != Occupied::Nothing)
-        return;
-    m_unattendedRead.begin();
-    m_reading.readVitale();
+    m_readerDesk.cardShown(origin);
 }
 
 void AppDelegate::forgetCard()
@@ -211,7 +180,7 @@ void AppDelegate::forgetCard()
 
 void AppDelegate::followSettings()
 {
-    m_forgetting.followSettings();
+    m_readerDesk.followSettings();
     if (MVSettings::booleanPreferencesForKey(m_settings, Settings::forgetRecents))
         clearRecentsMenu();
 }
@@ -245,7 +214,7 @@ bool AppDelegate::permitPrint()
 
 void AppDelegate::readVitale(const QObject* sender)
 {
-    m_unattendedRead.end();
+    m_readerDesk.unattendedRead().end();
     if (refuseWhile(Occupied::PrintDialog | Occupied::Writing))
         return;
     if (CardFileChoice::areKeysHeld(sender != nullptr))
@@ -256,33 +225,29 @@ void AppDelegate::readVitale(const QObject* sender)
 
 void AppDelegate::beginSheet(const QString& message)
 {
-    if (!m_unattendedRead.isRunning())
+    if (!m_readerDesk.unattendedRead().isRunning())
         m_front.bringBack();
-    if (m_unattendedRead.permitsSheet())
+    if (m_readerDesk.unattendedRead().permitsSheet())
         m_window.beginSheet(message);
 }
 
 void AppDelegate::presentError(const Error& error)
 {
-    if (!m_unattendedRead.isRunning()) {
+    if (!m_readerDesk.unattendedRead().fail(error))
         m_front.presentError(error);
-        return;
-    }
-    m_window.panel().setNotice(error.localizedDescription());
-    m_unattendedRead.tell(error.localizedDescription());
 }
 
 void AppDelegate::cardWasRead(const CardRecord& record)
 {
     m_currentVitale = record;
     showCard(PanelLine::CardOrigin::Reader);
-    m_unattendedRead.tell(u"Carte lue"_s);
+    m_readerDesk.unattendedRead().succeed();
 }
 
 // Does nothing without a card: the read has reported its error.
 void AppDelegate::whenCardIsThere(void (AppDelegate::*action)(const CardRecord&))
 {
-    m_unattendedRead.end();
+    m_readerDesk.unattendedRead().end();
     if (refuseWhile(Occupied::PrintDialog))
         return;
     m_reading.readVitaleIfNeedWithCompletionHandler([this, action](bool success, const std::optional<Error>&) {

@@ -1,18 +1,16 @@
 #pragma once
 
 #include "app/AttestationSaving.h"
-#include "app/CardForgetting.h"
 #include "app/CardOccupation.h"
 #include "app/DesktopRequests.h"
 #include "app/FollowingViewer.h"
 #include "app/FrontWindow.h"
+#include "app/ReaderDesk.h"
 #include "app/StatusItemKeeper.h"
-#include "app/UnattendedRead.h"
 #include "app/WritingDesk.h"
 #include "app/models/BindObserver.h"
 #include "app/models/PanelLine.h"
 #include "app/models/ReadWorkflow.h"
-#include "app/models/ReaderObserver.h"
 #include "app/models/RecentAttestations.h"
 #include "app/windows/CardFileChoice.h"
 #include "app/windows/CardPanel.h"
@@ -65,7 +63,11 @@ public:
     [[nodiscard]] static MoveOutcome applicationWillFinishLaunching(const Bundle& bundle);
     /// The rest of the start, once.
     void applicationDidFinishLaunching();
-    void applicationWillTerminate();
+    void applicationWillTerminate()
+    {
+        m_bindObserver.reset();
+        m_readerDesk.stop();
+    }
     /// The program was started or requested again: shows the window if none is visible. Always false.
     bool applicationShouldHandleReopen(bool hasVisibleWindows);
 
@@ -120,8 +122,6 @@ private:
     void enableUI();
     void setEnabled(bool enabled);
     void showCard(PanelLine::CardOrigin origin);
-    void followReader(const ReaderChange& change);
-    void readInsertedCard();
     void forgetCard();
     void followSettings();
 
@@ -156,15 +156,13 @@ private:
     ReadWorkflow m_reading;
     PrintDesk m_printDesk;
     CardOccupation m_occupation;
-    CardForgetting m_forgetting;
-    UnattendedRead m_unattendedRead;
+    ReaderDesk m_readerDesk;
     FrontWindow m_front;
     WritingDesk m_writing;
     DesktopRequests m_desktop;
     AttestationSaving m_saving;
     std::optional<CardRecord> m_currentVitale;
     std::unique_ptr<BindObserver> m_bindObserver;
-    std::unique_ptr<ReaderObserver> m_readerObserver;
     std::unique_ptr<FollowingViewer> m_attestationViewer;
     StatusItemKeeper m_statusItem;
     RecentAttestations m_recents;

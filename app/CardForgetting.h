@@ -45,6 +45,6 @@ private:
     const CardOccupation& m_occupation;
     std::unique_ptr<SessionEvents> m_session; // null while no setting needs it
     std::optional<PanelLine::CardOrigin> m_shown;
-    QTimer m_time;     // until the shown card is forgotten
-    QTimer m_occupied; // looks again whether the card is still used
+    QTimer m_time{this};     // until the shown card is forgotten
+    QTimer m_occupied{this}; // looks again whether the card is still used
 };

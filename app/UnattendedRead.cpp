@@ -1,10 +1,13 @@
 #include "app/UnattendedRead.h"
 
+#include "app/windows/CardPanel.h"
 #include "app/windows/MainWindow.h"
 
 #include <QApplication>
 
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 void UnattendedRead::begin()
 {
@@ -16,8 +19,17 @@ bool UnattendedRead::permitsSheet() const
     return !m_isRunning || (m_window.isVisible() && !m_window.isMinimized());
 }
 
-void UnattendedRead::tell(const QString& outcome)
+void UnattendedRead::succeed()
 {
     if (std::exchange(m_isRunning, false))
-        m_notification.show(outcome);
+        m_notification.show(u"Carte lue"_s);
+}
+
+bool UnattendedRead::fail(const Error& error)
+{
+    if (!std::exchange(m_isRunning, false))
+        return false;
+    m_window.panel().setNotice(error.localizedDescription());
+    m_notification.show(error.localizedDescription());
+    return true;
 }

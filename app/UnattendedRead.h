@@ -1,8 +1,7 @@
 #pragma once
 
 #include "app/desktop/DesktopNotification.h"
-
-#include <QString>
+#include "platform/Error.h"
 
 class MainWindow;
 
@@ -12,7 +11,7 @@ class UnattendedRead final
 {
 public:
     /// The window must outlive it.
-    explicit UnattendedRead(const MainWindow& window)
+    explicit UnattendedRead(MainWindow& window)
         : m_window(window)
     {
     }
@@ -24,11 +23,13 @@ public:
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
     /// Whether its progress sheet may be shown: only over a visible window.
     [[nodiscard]] bool permitsSheet() const;
-    /// Ends it with a notification if it was running.
-    void tell(const QString& outcome);
+    /// If it was running, ends it with a notification.
+    void succeed();
+    /// The same with the failure's text, which the window's panel shows too. False if it was not running.
+    [[nodiscard]] bool fail(const Error& error);
 
 private:
-    const MainWindow& m_window;
+    MainWindow& m_window;
     DesktopNotification m_notification;
     bool m_isRunning = false;
 };

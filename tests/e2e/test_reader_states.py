@@ -71,13 +71,6 @@ class States(ServiceTest):
             other.insert(self.reader.port)
             self.assert_states(service, "card")
 
-    def test_a_mute_card_is_told_as_such(self):
-        service = self.bound(self.pcsc)
-        self.assert_states(service, "empty")
-        with VirtualCard({}, atr=b"\0") as mute:
-            mute.slip_in(self.reader.port)
-            self.assertIn(service.next_state(), ("mute_card", "card"))
-
     def test_a_service_that_stops_and_starts_is_told(self):
         for end in (self.pcsc.stop, self.pcsc.kill):
             with self.subTest(end=end.__name__):

@@ -6,6 +6,8 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
+#include <QSignalSpy>
+#include <QSpinBox>
 
 using namespace Qt::StringLiterals;
 
@@ -165,6 +167,23 @@ private Q_SLOTS:
         QVERIFY(show(*m_pane));
         open({});
         QCOMPARE(m_statusItem.requests, QStringList());
+    }
+
+    void eachChangeOfWhatIsForgottenIsStoredAndTold()
+    {
+        open({});
+        QVERIFY(show(*m_pane));
+        const QSignalSpy changed(m_pane.get(), &MVConfigPrefs::forgettingChanged);
+        for (const auto& [name, setting] : {std::pair{"forgetOnRemovalButton", Settings::forgetOnRemoval},
+                                            std::pair{"forgetOnLockButton", Settings::forgetOnLock},
+                                            std::pair{"forgetRecentsButton", Settings::forgetRecents}}) {
+            QVERIFY(!MVSettings::booleanPreferencesForKey(*m_settings, setting));
+            control<QCheckBox>(*m_pane, name)->setChecked(true);
+            QVERIFY(MVSettings::booleanPreferencesForKey(*m_settings, setting));
+        }
+        control<QSpinBox>(*m_pane, "forgetMinutesField")->setValue(10);
+        QCOMPARE(MVSettings::integerPreferencesForKey(*m_settings, Settings::forgetAfterMinutes), 10);
+        QCOMPARE(changed.size(), 4);
     }
 };
 
