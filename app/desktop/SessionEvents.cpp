@@ -1,6 +1,5 @@
 #include "app/desktop/SessionEvents.h"
 
-#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -16,15 +15,13 @@ constexpr QLatin1StringView managerPath{"/org/freedesktop/login1"};
 constexpr QLatin1StringView managerInterface{"org.freedesktop.login1.Manager"};
 constexpr QLatin1StringView sessionInterface{"org.freedesktop.login1.Session"};
 
-/// Asks for the session of this process or, when that has none (a service of the user), for the named one.
+/// Asks for the named session. logind's "auto" is the process's own one or, for a service of the user, the session with
+/// the display.
 QDBusMessage sessionQuestion()
 {
     const QString named = qEnvironmentVariable("XDG_SESSION_ID");
-    const bool isNamed = !named.isEmpty();
-    QDBusMessage question = QDBusMessage::createMethodCall(logind, managerPath, managerInterface,
-                                                           isNamed ? u"GetSession"_s : u"GetSessionByPID"_s);
-    question << (isNamed ? QVariant(named)
-                         : QVariant::fromValue(static_cast<quint32>(QCoreApplication::applicationPid())));
+    QDBusMessage question = QDBusMessage::createMethodCall(logind, managerPath, managerInterface, u"GetSession"_s);
+    question << (named.isEmpty() ? u"auto"_s : named);
     return question;
 }
 

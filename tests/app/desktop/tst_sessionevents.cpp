@@ -51,12 +51,6 @@ public:
         asked.append(name);
         return QDBusObjectPath(ownSession);
     }
-    Q_SCRIPTABLE QDBusObjectPath GetSessionByPID(uint process)
-    {
-        asked.append(process == QCoreApplication::applicationPid() ? u"own process"_s : u"other process"_s);
-        return QDBusObjectPath(ownSession);
-    }
-
     QStringList asked;
 
 private:
@@ -77,7 +71,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("session");
         QTest::addColumn<QString>("asked");
         QTest::newRow("in a session") << QByteArray("7") << u"7"_s;
-        QTest::newRow("as a service") << QByteArray() << u"own process"_s;
+        QTest::newRow("as a service") << QByteArray() << u"auto"_s;
     }
 
     void whatLogindTellsIsPassedOn()
