@@ -32,6 +32,9 @@ public:
         m_isReady = m_bus.registerObject(managerPath, this, QDBusConnection::ExportScriptableInvokables) &&
                     m_bus.registerService(u"org.freedesktop.login1"_s);
     }
+    Q_DISABLE_COPY_MOVE(FakeLogind)
+    ~FakeLogind() override { m_bus.unregisterService(u"org.freedesktop.login1"_s); }
+
     [[nodiscard]] bool isReady() const { return m_isReady; }
 
     void lock(const QString& session)
@@ -79,9 +82,9 @@ private Q_SLOTS:
         QFETCH(const QByteArray, session);
         QFETCH(const QString, asked);
         qputenv("XDG_SESSION_ID", session);
-        FakeLogind logind(m_bus.connect(u"logind"_s));
+        FakeLogind logind(m_bus.connect(u"logind "_s + asked));
         QVERIFY(logind.isReady());
-        const SessionEvents events(m_bus.connect(u"events"_s));
+        const SessionEvents events(m_bus.connect(u"events "_s + asked));
         QSignalSpy locked(&events, &SessionEvents::locked);
         QSignalSpy asleep(&events, &SessionEvents::aboutToSleep);
         QSignalSpy resumed(&events, &SessionEvents::resumed);
@@ -100,8 +103,6 @@ private Q_SLOTS:
         logind.prepareForSleep(false);
         QTRY_COMPARE(resumed.size(), 1);
         QCOMPARE(asleep.size(), 1);
-        QDBusConnection::disconnectFromBus(u"logind"_s);
-        QDBusConnection::disconnectFromBus(u"events"_s);
     }
 
     void withoutABusThereAreNoEvents()
