@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/cards/CardServiceCommand.h"
 #include "app/cards/Console.h"
+#include "app/desktop/ColorScheme.h"
 #include "app/desktop/InstanceMessage.h"
 #include "app/desktop/ReopenService.h"
 #include "app/desktop/SingleInstance.h"
@@ -76,6 +77,8 @@ int runApplication(const CommandLine& command, const Bundle& bundle, SingleInsta
     delegate.applicationDidFinishLaunching();
     instance.startListening();
     service.start();
+    ColorScheme colors;
+    colors.start();
     if (!command.cards.isEmpty())
         delegate.loadXMLFile(command.cards.first());
     return QApplication::exec();

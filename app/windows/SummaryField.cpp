@@ -18,6 +18,12 @@ constexpr int plateMargin = 8;
 // Characters; more than any field shows. Measuring megabytes would take seconds.
 constexpr qsizetype longestMeasured = 300;
 
+// Without the middle of a text that is too long to be measured.
+QString measured(const QString& line)
+{
+    return line.size() <= longestMeasured ? line : line.left(longestMeasured / 2) + line.right(longestMeasured / 2);
+}
+
 } // namespace
 
 SummaryField::SummaryField(QWidget* parent)
@@ -63,7 +69,8 @@ QStringList SummaryField::shownLines() const
     QStringList lines = text().split(u'\n').first(std::min(lineCount, text().count(u'\n') + 1));
     for (qsizetype index = 0; index < lines.size(); ++index) {
         const QFontMetrics metrics(fontOfLine(index));
-        lines[index] = metrics.elidedText(lines[index].left(longestMeasured), Qt::ElideRight, width() - 2 * indent());
+        // In the middle: names of one family differ at their ends.
+        lines[index] = metrics.elidedText(measured(lines[index]), Qt::ElideMiddle, width() - 2 * indent());
     }
     return lines;
 }
