@@ -50,6 +50,10 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     , m_recentsMenu(m_recents, m_window)
 {
     m_printDesk.setPermission([this] { return permitPrint(); });
+    m_printDesk.setFileNaming([this](const CardRecord& record) { return m_saving.pathFor(record); });
+    connect(&m_printDesk, &PrintDesk::saved, &m_window.panel(), &CardPanel::setSaved);
+    connect(&m_printDesk, &PrintDesk::sent, &m_window.panel(),
+            [this](const QString& queue) { m_window.panel().setSent(queue, QDateTime::currentDateTime()); });
     // The notice was about the write.
     connect(&m_writing, &WritingDesk::ended, this, [this] { m_window.panel().setNotice(QString()); });
     connect(&m_statusItem, &StatusItemKeeper::executeAction, this, &AppDelegate::executeAction);

@@ -23,6 +23,11 @@ QString AttestationSaving::folder() const
     return MVSettings::stringPreferencesForKey(m_with.settings, Settings::attestationsFolder).value_or(QString());
 }
 
+QString AttestationSaving::pathFor(const CardRecord& record) const
+{
+    return folder() + u'/' + AttestationFiles::fileName(record);
+}
+
 void AttestationSaving::save(const CardRecord& record)
 {
     const AttestationDocument document =

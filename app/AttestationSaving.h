@@ -32,6 +32,8 @@ public:
     explicit AttestationSaving(const Surroundings& surroundings);
 
     [[nodiscard]] QString folder() const;
+    /// The file that save() writes.
+    [[nodiscard]] QString pathFor(const CardRecord& record) const;
     void save(const CardRecord& record);
     /// Writes the copy for support if the settings want one.
     void saveXMLIfNeeded(const std::optional<CardRecord>& record);

@@ -164,7 +164,7 @@ int main(int argc, char* argv[])
 {
     const QApplication application(argc, argv);
     const QTemporaryDir folder;
-    const UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
+    UserDefaults settings(folder.filePath(u"Pelmora.conf"_s));
     const QString resources = QStringLiteral(PELMORA_STAGE_SHARE);
     const Bundle bundle(resources);
     const auto fonts = PageFonts::load(bundle);

@@ -80,6 +80,7 @@ void MVAttestationPrefs::loadView(QScrollArea& view)
 void MVAttestationPrefs::viewDidLoad()
 {
     tieToSetting(*m_ui->showTitleButton, m_settings, Settings::showRightLabelPrintOption);
+    tieToSetting(*m_ui->printWithoutAskingButton, m_settings, Settings::printWithoutAsking);
     showFolder();
     connect(m_ui->changeFolderButton, &QAbstractButton::clicked, this,
             [this] { changeAttestationsFolder(m_ui->changeFolderButton); });

@@ -11,7 +11,7 @@ namespace Ui {
 class AttestationConfigView;
 }
 
-/// The pane "Attestations": their folder, and whether their title is drawn.
+/// The pane "Attestations": their folder, whether their title is drawn, and whether printing asks.
 class MVAttestationPrefs final : public PaneViewController
 {
     Q_OBJECT

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QObject>
 #include <QPointer>
 #include <QString>
 
@@ -14,21 +15,26 @@ class SchemeLogos;
 class UserDefaults;
 
 /// Where the application prints attestations: one at a time asks the user, from the request to the end of its dialog.
-/// As long as it asks, no other card may take the place of the one whose page it prints. Main thread only; the
-/// settings, the logos and the fonts must outlive it. The print helper is the program that PrintServer starts.
-class PrintDesk final
+/// As long as it asks, no other card may take the place of the one whose page it prints. The last printer is remembered
+/// in the settings, and asked for nothing if they say so. Main thread only; the settings, the logos and the fonts must
+/// outlive it. The print helper is the program that PrintServer starts.
+class PrintDesk final : public QObject
 {
+    Q_OBJECT
+
 public:
-    PrintDesk(const UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts, QString printHelper);
-    PrintDesk(const PrintDesk&) = delete;
-    PrintDesk& operator=(const PrintDesk&) = delete;
-    ~PrintDesk();
+    PrintDesk(UserDefaults& settings, SchemeLogos& logos, const PageFonts& fonts, QString printHelper);
+    Q_DISABLE_COPY(PrintDesk)
+    ~PrintDesk() override;
 
     /// Asked before a window prints its own card. Whoever refuses tells the user why.
     void setPermission(std::function<bool()> permission);
     /// Whether a window may print its own card now. What the window shows may change meanwhile: ask first, then take
     /// its card.
     [[nodiscard]] bool mayPrint() const;
+
+    /// Gives the file that is offered for a card's page. Without it, a file in the documents folder is.
+    void setFileNaming(std::function<QString(const CardRecord&)> fileNaming);
 
     /// Prints the record's attestation: a fresh page, whatever is on the screen, on one sheet. The print dialog opens
     /// on the window that asks, and blocks all windows. What fails is told by the window's alerts. While another print
@@ -41,11 +47,21 @@ public:
     /// Brings that question to the front; nothing when there is none.
     void bringToFront() const;
 
+Q_SIGNALS:
+    /// A printer's queue has a page.
+    void sent(const QString& queue);
+    /// A page is in the file.
+    void saved(const QString& path);
+
 private:
-    const UserDefaults& m_settings;
+    [[nodiscard]] QString offeredFile(const CardRecord& record) const;
+    void remember(const QString& queue);
+
+    UserDefaults& m_settings;
     SchemeLogos& m_logos;
     const PageFonts& m_fonts;
     QString m_printHelper;
     std::function<bool()> m_permission;
+    std::function<QString(const CardRecord&)> m_fileNaming;
     QPointer<PrintOperation> m_operation; // the last one; it deletes itself
 };

@@ -1,39 +1,57 @@
 #pragma once
 
+#include "attestation/print/PrintQuestion.h"
 #include "platform/gui/AlertQueue.h"
 
-#include <QPrintDialog>
-#include <QString>
+#include <QDialog>
 
+class QComboBox;
+class QFormLayout;
 class QLineEdit;
+class QSpinBox;
 
-/// Qt's print dialog, which first asks whether it may accept what was chosen: accepting waits for the print server, on
-/// the interface thread, and replaces files.
-class PrintDialog final : public QPrintDialog
+/// The print dialog: the printer and the number of copies, or a file. The printer's other settings are behind a button.
+/// It does not ask the print server. Main thread only.
+class PrintDialog final : public QDialog, public PrintQuestion
 {
     Q_OBJECT
 
 public:
-    /// The printer must outlive the dialog.
-    PrintDialog(QPrinter* printer, QWidget* parent);
+    /// What is offered. Without a queue of that name, the default one is chosen; without queues, the file.
+    struct Offer
+    {
+        QList<PrintQueue> queues;
+        QString queue;
+        QString file;
+    };
 
-    /// The file that a PDF document is to be written to, as it stands in its field.
-    [[nodiscard]] QString fileName() const;
-    void setFileName(const QString& fileName);
+    PrintDialog(Offer offer, QWidget* parent);
+
+    [[nodiscard]] PrintInfo info() const override;
+    [[nodiscard]] std::optional<QString> file() const override;
+    [[nodiscard]] int copies() const;
 
     /// Asks by the signal, and accepts nothing yet.
     void accept() override { Q_EMIT acceptanceWanted(); }
-
-    /// Accepts what was chosen, and closes.
-    void acceptNow() { QPrintDialog::accept(); }
-
-    /// Tells over the dialog what went wrong.
-    void presentError(const Error& error) { m_alerts.presentError(error); }
+    void acceptNow() override { QDialog::accept(); }
+    void presentError(const Error& error) override { m_alerts.presentError(error); }
 
 Q_SIGNALS:
     void acceptanceWanted();
+    /// The other settings are wanted.
+    void optionsWanted();
 
 private:
-    QLineEdit* m_file; // Qt's own
+    void offerQueues();
+    void addFields(QFormLayout& form);
+    void showFields();
+    void chooseFile();
+    [[nodiscard]] bool isFileChosen() const;
+
+    Offer m_offer;
+    QComboBox* m_printers; // the queues, then the file
+    QSpinBox* m_copies;
+    QWidget* m_fileRow;
+    QLineEdit* m_file;
     AlertQueue m_alerts;
 };

@@ -23,6 +23,8 @@ inline constexpr Setting<qint64> lvitMode{u"MVLVitMode", u"Auto"};
 inline constexpr Setting<bool> showRightLabelPrintOption{u"MVShowRightLabelPrintOption", false};
 inline constexpr Setting<QString> attestationsFolder{u"MVAttestationsFolder", u"~/Documents/Attestations Pelmora"};
 inline constexpr Setting<QVariantList> recentsAttestation{u"MVRecentsAttestation"};
+inline constexpr Setting<QString> lastPrinter{u"MVLastPrinter"};
+inline constexpr Setting<bool> printWithoutAsking{u"MVPrintWithoutAsking", false};
 inline constexpr Setting<bool> statusItemMenu{u"MVStatusItemMenu", true};
 inline constexpr Setting<bool> debugMode{u"MVDebugMode"};
 inline constexpr Setting<bool> readOnInsertion{u"MVReadOnInsertion", false};
@@ -34,7 +36,8 @@ inline constexpr Setting<qint64> forgetAfterMinutes{u"MVForgetAfterMinutes"};
 inline constexpr Setting<bool> forgetRecents{u"MVForgetRecents", false};
 
 /// All rows above.
-inline constexpr std::tuple all{
-    lvitMode,        showRightLabelPrintOption, attestationsFolder, recentsAttestation, statusItemMenu, debugMode,
-    readOnInsertion, forgetOnRemoval,           forgetOnLock,       forgetAfterMinutes, forgetRecents};
+inline constexpr std::tuple all{lvitMode,        showRightLabelPrintOption, attestationsFolder, recentsAttestation,
+                                lastPrinter,     printWithoutAsking,        statusItemMenu,     debugMode,
+                                readOnInsertion, forgetOnRemoval,           forgetOnLock,       forgetAfterMinutes,
+                                forgetRecents};
 } // namespace Settings

@@ -2,6 +2,7 @@
 
 import contextlib
 import os
+import re
 import stat
 import subprocess
 import sys
@@ -20,6 +21,8 @@ SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 DIALOG = "Imprimer l’attestation – SPECIMEN Hélène"
 SEARCH = "Recherche des imprimantes…"
 VIEWER = "Hélène SPECIMEN"
+FOLDER = os.path.join("Documents", "Attestations Pelmora")
+FILE = "SPECIMEN Hélène.pdf"
 TOLERANCE = 0.5  # points
 
 # Each with the place of the page on its sheets.
@@ -44,9 +47,19 @@ class Desk(Application):
 
         def found():
             return next(node for node in walk(self.find_now("dialog", DIALOG) or self.node())
-                        if node.get_role_name() == role and node.get_name() == name
+                        if node.get_role_name() == role and re.fullmatch(name, node.get_name())
                         and (not showing or node.get_state_set().contains(Atspi.StateType.SHOWING)))
         return wait(found)
+
+    def focus_printers(self, chosen):
+        self.in_dialog("combo box", chosen)
+        key_in(DIALOG, "alt+m")
+        wait(lambda: is_focused(self.in_dialog("combo box", chosen)))
+
+    def choose_below(self, chosen):
+        """Chooses the printer after the chosen one."""
+        self.focus_printers(chosen)
+        key("Down")
 
     def press_in_dialog(self, name):
         act(lambda: self.in_dialog("push button", name))
@@ -61,6 +74,13 @@ def troubled_desk():
         with Desk(server.environment()) as desk:
             desk.open_viewer()
             yield server, desk
+
+
+def write_settings(home, *lines):
+    folder = os.path.join(home, "config", "MORVEL")
+    os.makedirs(folder)
+    with open(os.path.join(folder, "Pelmora.conf"), "w", encoding="utf-8") as file:
+        file.write("\n".join(["[General]", *lines, ""]))
 
 
 def is_focused(node):
@@ -106,7 +126,8 @@ class PrintDialog(unittest.TestCase):
 
     @staticmethod
     def existing_file(home):
-        path = os.path.join(home, "Attestation de droits.pdf")
+        os.makedirs(os.path.join(home, FOLDER))
+        path = os.path.join(home, FOLDER, FILE)
         with open(path, "wb"):
             pass
         return path
@@ -135,33 +156,31 @@ class PrintDialog(unittest.TestCase):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
             key_in(VIEWER, "ctrl+p")
-            Atspi.Component.grab_focus(desk.in_dialog("combo box", "A4"))
-            key("Down")
+            desk.choose_below("A4")
             desk.in_dialog("combo box", "A5")
             desk.press_in_dialog("Imprimer")
             job = self.next_job("A5")
         self.assert_placed(job.path, Placed(420, 595))
 
     def test_every_printer_gets_one_centred_sheet(self):
-        with Desk(self.server.environment()) as desk:
-            desk.open_viewer()
-            for queue, place in QUEUES.items():
-                with self.subTest(queue=queue):
-                    self.server.set_default(queue)
-                    key_in(VIEWER, "ctrl+p")
-                    desk.in_dialog("combo box", queue)
-                    desk.press_in_dialog("Imprimer")
-                    job = self.next_job(queue)
-                    desk.wait_until_gone("dialog", DIALOG)
-                    self.assertEqual(sheet_of(job.path)[0], 1)
-                    self.assertEqual(job.title, "Attestation de droits")
-                    self.assert_placed(job.path, place)
+        for queue, place in QUEUES.items():
+            with self.subTest(queue=queue), Desk(self.server.environment()) as desk:
+                self.server.set_default(queue)
+                desk.open_viewer()
+                key_in(VIEWER, "ctrl+p")
+                desk.in_dialog("combo box", queue)
+                desk.press_in_dialog("Imprimer")
+                job = self.next_job(queue)
+                desk.wait_until_gone("dialog", DIALOG)
+                self.assertEqual(sheet_of(job.path)[0], 1)
+                self.assertEqual(job.title, "Attestation de droits")
+                self.assert_placed(job.path, place)
 
     def test_copies_are_asked_of_the_printer(self):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
             key_in(VIEWER, "ctrl+p")
-            Atspi.Value.set_current_value(desk.in_dialog("spin button", "Copies :", showing=False), 3)
+            Atspi.Value.set_current_value(desk.in_dialog("spin button", "Copies\u00a0:"), 3)
             desk.press_in_dialog("Imprimer")
             job = self.next_job("A4")
         self.assertEqual(job.copies, "3")
@@ -192,10 +211,11 @@ class PrintDialog(unittest.TestCase):
             with Desk({"CUPS_SERVER": os.path.join(home, "socket")}, home) as desk:
                 desk.open_viewer()
                 key_in(VIEWER, "ctrl+p")
-                desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
+                desk.in_dialog("combo box", r"Imprimer dans un fichier \(PDF\)")
                 desk.press_in_dialog("Imprimer")
-                path = os.path.join(home, "Attestation de droits.pdf")
+                path = os.path.join(home, FOLDER, FILE)
                 wait(lambda: os.path.exists(path))
+                desk.find("label", rf"Fichier ouvert le .*\nEnregistrée\u00a0: {FILE}")
             self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o600)
             self.assertEqual(sheet_of(path), (1, 595, 842))
             self.assert_placed(path, Placed(595, 842))
@@ -206,7 +226,7 @@ class PrintDialog(unittest.TestCase):
             desk.open_viewer()
             key_in(VIEWER, "ctrl+p")
             desk.press_in_dialog("Imprimer")
-            desk.find("label", r"« .*Attestation de droits.pdf » existe déjà\.\nVoulez-vous le remplacer.\?")
+            desk.find("label", rf"« .*{FILE} » existe déjà\.\nVoulez-vous le remplacer.\?")
             key_in(DIALOG, "Escape")
             desk.wait_until_gone("push button", "Remplacer")
             desk.press_in_dialog("Imprimer")
@@ -224,7 +244,7 @@ class PrintDialog(unittest.TestCase):
             desk.find("push button", "Remplacer")
             self.assertEqual(desk.terminate(), 0)
             self.assertEqual(os.path.getsize(path), 0)
-            self.assertEqual([name for name in os.listdir(home) if name.startswith(".pelmora-")], [])
+            self.assertEqual(os.listdir(os.path.dirname(path)), [FILE])
 
     def test_the_application_ends_while_the_dialog_is_open(self):
         with Desk(self.server.environment()) as desk:
@@ -234,7 +254,7 @@ class PrintDialog(unittest.TestCase):
             self.assertEqual(desk.terminate(), 0)
         self.assertEqual(len(self.server.jobs("A4")), self.counts["A4"])
 
-    def test_the_window_does_without_the_print_library_until_its_dialog_opens(self):
+    def test_the_window_does_without_the_print_library_until_its_options_open(self):
         with Desk(self.server.environment()) as desk:
             desk.open_viewer()
 
@@ -244,7 +264,74 @@ class PrintDialog(unittest.TestCase):
             self.assertFalse(has_library())
             key_in(VIEWER, "ctrl+p")
             desk.find("dialog", DIALOG)
+            self.assertFalse(has_library())
+            desk.press_in_dialog("Options…")
+            desk.in_dialog("push button", "Propriétés.*")
             self.assertTrue(has_library())
+
+    def test_the_options_keep_the_printer_and_the_copies_and_print(self):
+        with Desk(self.server.environment()) as desk:
+            desk.open_viewer()
+            key_in(VIEWER, "ctrl+p")
+            desk.choose_below("A4")
+            Atspi.Value.set_current_value(desk.in_dialog("spin button", "Copies\u00a0:"), 2)
+            desk.press_in_dialog("Options…")
+            desk.in_dialog("push button", "Propriétés.*")
+            desk.in_dialog("combo box", "A5")
+            desk.press_in_dialog("Imprimer")
+            job = self.next_job("A5")
+            desk.wait_until_gone("dialog", DIALOG)
+        self.assertEqual(job.copies, "2")
+        self.assert_placed(job.path, Placed(420, 595))
+
+    def test_the_last_printer_is_chosen_the_next_time_unless_it_is_gone(self):
+        self.server.add_queue("brief", "A4")
+        with tempfile.TemporaryDirectory() as home:
+            with Desk(self.server.environment(), home) as desk:
+                desk.open_viewer()
+                self.server.set_default("brief")
+                key_in(VIEWER, "ctrl+p")
+                desk.in_dialog("combo box", "brief")
+                desk.press_in_dialog("Imprimer")
+                self.server.wait_for_jobs("brief")
+                desk.find("label", "Fichier ouvert le .*\nEnvoyée à «\u202fbrief\u202f» à\u00a0..:..")
+                self.server.set_default("A4")
+                desk.terminate()
+            with Desk(self.server.environment(), home) as desk:
+                desk.open_viewer()
+                key_in(VIEWER, "ctrl+p")
+                desk.in_dialog("combo box", "brief")
+                key_in(DIALOG, "Escape")
+                desk.wait_until_gone("dialog", DIALOG)
+                self.server.run("lpadmin", "-x", "brief")
+                key_in(VIEWER, "ctrl+p")
+                desk.in_dialog("combo box", "A4")
+
+    def test_printing_without_asking_sends_one_copy_to_the_last_printer(self):
+        with tempfile.TemporaryDirectory() as home:
+            write_settings(home, "MVPrintWithoutAsking=true")
+            with Desk(self.server.environment(), home) as desk:
+                # No printer is known yet.
+                desk.open_viewer()
+                key_in(VIEWER, "ctrl+p")
+                Atspi.Value.set_current_value(desk.in_dialog("spin button", "Copies\u00a0:"), 2)
+                desk.press_in_dialog("Imprimer")
+                self.assertEqual(self.next_job("A4").copies, "2")
+                desk.wait_until_gone("dialog", DIALOG)
+                key_in(VIEWER, "ctrl+p")
+                job = self.server.wait_for_jobs("A4", self.counts["A4"] + 2)[-1]
+                self.assertIsNone(desk.find_now("dialog", DIALOG))
+                desk.find("label", "Fichier ouvert le .*\nEnvoyée à «\u202fA4\u202f» à\u00a0..:..")
+        self.assertEqual(job.copies, "1")
+        self.assert_placed(job.path, Placed(595, 842))
+
+    def test_printing_without_asking_asks_when_the_last_printer_is_gone(self):
+        with tempfile.TemporaryDirectory() as home:
+            write_settings(home, "MVPrintWithoutAsking=true", "MVLastPrinter=grenier")
+            with Desk(self.server.environment(), home) as desk:
+                desk.open_viewer()
+                key_in(VIEWER, "ctrl+p")
+                desk.in_dialog("combo box", "A4")
 
     def test_a_job_that_is_on_its_way_arrives_when_the_application_ends(self):
         with Desk(self.server.environment()) as desk:
@@ -306,7 +393,7 @@ class PrintDialog(unittest.TestCase):
             desk.find("label", "Le serveur d’impression ne répond pas. .*")
             self.assertIsNone(desk.find_now("label", SEARCH))
             desk.press("push button", "OK")
-            desk.in_dialog("combo box", "Imprimer dans un fichier (PDF)")
+            desk.in_dialog("combo box", r"Imprimer dans un fichier \(PDF\)")
             desk.wait_until_gone("push button", "OK")
             key_in(DIALOG, "Escape")
             desk.wait_until_gone("dialog", DIALOG)
@@ -334,8 +421,7 @@ class PrintDialog(unittest.TestCase):
     def test_a_print_server_that_stalls_under_the_open_dialog_is_told(self):
         with troubled_desk() as (silent, desk):
             key_in(VIEWER, "ctrl+p")
-            Atspi.Component.grab_focus(desk.in_dialog("combo box", "queue"))
-            wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
+            desk.focus_printers("queue")
             silent.stall()
             desk.press_in_dialog("Imprimer")
             desk.find("label", "Le serveur d’impression ne répond pas.")

@@ -33,7 +33,7 @@ int main(int argc, char* argv[])
 {
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    const UserDefaults settings(UserDefaults::standardFilePath());
+    UserDefaults settings(UserDefaults::standardFilePath());
     const Bundle bundle(QStringLiteral(PELMORA_STAGE_SHARE));
     const auto fonts = PageFonts::load(bundle);
     if (!fonts)

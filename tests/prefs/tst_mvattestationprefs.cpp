@@ -141,16 +141,26 @@ private Q_SLOTS:
 
     void theFolderIsNeitherMadeNorVerified() { QVERIFY(!QFileInfo::exists(shown())); }
 
-    void theTitleCheckBoxIsStoredAtOnce()
+    void aCheckBoxIsStoredAtOnce_data()
     {
-        auto* box = control<QCheckBox>(*m_pane, "showTitleButton");
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<Setting<bool>>("setting");
+        QTest::newRow("title") << "showTitleButton"_ba << Settings::showRightLabelPrintOption;
+        QTest::newRow("printing") << "printWithoutAskingButton"_ba << Settings::printWithoutAsking;
+    }
+
+    void aCheckBoxIsStoredAtOnce()
+    {
+        QFETCH(const QByteArray, name);
+        QFETCH(const Setting<bool>, setting);
+        auto* box = control<QCheckBox>(*m_pane, name.constData());
         QVERIFY(!box->isChecked());
         for (const bool on : {true, false}) {
             QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, 8));
-            QCOMPARE(MVSettings::booleanPreferencesForKey(*m_settings, Settings::showRightLabelPrintOption), on);
+            QCOMPARE(MVSettings::booleanPreferencesForKey(*m_settings, setting), on);
         }
         QTest::keyClick(box, Qt::Key_Space);
-        QVERIFY(MVSettings::booleanPreferencesForKey(*m_settings, Settings::showRightLabelPrintOption));
+        QVERIFY(MVSettings::booleanPreferencesForKey(*m_settings, setting));
     }
 };
 

@@ -24,7 +24,7 @@ class TemporarySettings
 {
 public:
     void setShowsRightLabel(bool shows);
-    [[nodiscard]] const UserDefaults& store() const { return m_store; }
+    [[nodiscard]] UserDefaults& store() { return m_store; }
 
 private:
     QTemporaryDir m_folder;

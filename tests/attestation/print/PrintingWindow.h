@@ -4,6 +4,7 @@
 #include "attestation/print/PrintDesk.h"
 #include "attestation/print/PrintDialog.h"
 #include "attestation/print/PrintOperation.h"
+#include "attestation/print/PrinterOptions.h"
 #include "platform/gui/AlertQueue.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/common/TestCase.h"
@@ -58,18 +59,33 @@ public:
         return QTest::qWaitFor([&dialog] { return dialog() != nullptr && dialog()->isVisible(); }) ? dialog() : nullptr;
     }
 
+    /// Qt's dialog in the place of the small one.
+    [[nodiscard]] PrinterOptions* openOptions()
+    {
+        const PrintDialog* dialog = openDialog();
+        if (dialog == nullptr)
+            return nullptr;
+        for (QPushButton* button : dialog->findChildren<QPushButton*>()) {
+            if (button->text() == QStringLiteral("&Options…"))
+                button->click();
+        }
+        const auto options = [this] { return m_window->findChild<PrinterOptions*>(); };
+        return QTest::qWaitFor([&options] { return options() != nullptr && options()->isVisible(); }) ? options()
+                                                                                                      : nullptr;
+    }
+
     [[nodiscard]] static QString existingFile(const QTemporaryDir& folder)
     {
         QFile file(folder.filePath(QStringLiteral("page.pdf")));
         return file.open(QIODevice::WriteOnly) && file.write("the user's") > 0 ? file.fileName() : QString();
     }
 
-    static void pressPrint(const PrintDialog& dialog)
+    static void pressPrint(const QDialog& dialog)
     {
         dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
     }
 
-    [[nodiscard]] static QMessageBox* questionIn(const PrintDialog& dialog) { return dialog.findChild<QMessageBox*>(); }
+    [[nodiscard]] static QMessageBox* questionIn(const QDialog& dialog) { return dialog.findChild<QMessageBox*>(); }
 
     static void press(const QMessageBox& box, const QString& name)
     {
@@ -79,7 +95,7 @@ public:
         }
     }
 
-    static void chooseFile(const PrintDialog& dialog, const QString& path)
+    static void chooseFile(const QDialog& dialog, const QString& path)
     {
         dialog.findChild<QLineEdit*>(QStringLiteral("filename"))->setText(path);
     }
@@ -89,8 +105,9 @@ protected:
     std::unique_ptr<QWidget> m_window;
     std::unique_ptr<AlertQueue> m_alerts;
 
-private:
     TemporarySettings m_settings;
+
+private:
     PageFonts m_fonts = pageFonts();
     SchemeLogos m_logos{stagedBundle()};
 };

@@ -65,13 +65,14 @@ private Q_SLOTS:
         QVERIFY(dialog);
         QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
         QCOMPARE(dialog->windowTitle(), u"Imprimer l’attestation – SPECIMEN Marie"_s);
-        QCOMPARE(dialog->printer()->docName(), u"Attestation de droits"_s);
     }
 
-    void theDialogStartsWithTheWholeSheet()
+    void theOptionsStartWithTheWholeSheet()
     {
-        const QPointer<PrintDialog> dialog = openDialog();
+        const QPointer<PrinterOptions> dialog = openOptions();
         QVERIFY(dialog);
+        QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
+        QCOMPARE(dialog->windowTitle(), u"Imprimer l’attestation – SPECIMEN Marie"_s);
         const QPageLayout sheet = dialog->printer()->pageLayout();
         QCOMPARE(sheet.fullRectPoints().size(), QSize(595, 842));
         QCOMPARE(sheet.paintRectPoints().size(), QSize(595, 842));

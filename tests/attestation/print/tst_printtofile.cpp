@@ -1,9 +1,11 @@
+#include "prefs/settings/MVSettings.h"
 #include "tests/attestation/document/Tools.h"
 #include "tests/attestation/print/PrintingWindow.h"
 #include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 
 #include <QPrinter>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 
@@ -29,6 +31,37 @@ private Q_SLOTS:
         chooseFile(*dialog, folder.filePath(u"page.pdf"_s));
         pressPrint(*dialog);
         QTRY_VERIFY(contentOf(folder.filePath(u"page.pdf"_s)).startsWith("%PDF"));
+    }
+
+    void theFileThatIsOfferedIsTheDesksAndItsFolderIsMade()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"Attestations/SPECIMEN Marie.pdf"_s);
+        m_desk->setFileNaming([&path](const CardRecord&) { return path; });
+        const QSignalSpy saved(m_desk.get(), &PrintDesk::saved);
+        PrintDialog* dialog = openDialog();
+        QVERIFY(dialog != nullptr);
+        QCOMPARE(dialog->file(), std::optional(path));
+        pressPrint(*dialog);
+        QTRY_COMPARE(saved.size(), 1);
+        QCOMPARE(saved.last().constFirst().toString(), path);
+        QVERIFY(contentOf(path).startsWith("%PDF"));
+        QVERIFY(!MVSettings::stringPreferencesForKey(m_settings.store(), Settings::lastPrinter));
+    }
+
+    void theOptionsKeepTheFile()
+    {
+        const QString path = u"/tmp/chosen.pdf"_s;
+        m_desk->setFileNaming([&path](const CardRecord&) { return path; });
+        const QPointer<PrinterOptions> options = openOptions();
+        QVERIFY(options);
+        QCOMPARE(options->file(), std::optional(path));
+        QCOMPARE(QApplication::activeModalWidget(), options.get());
+        QVERIFY(m_desk->isAsking());
+        QTRY_VERIFY(m_window->findChild<PrintDialog*>() == nullptr);
+        options->reject();
+        QVERIFY(!m_desk->isAsking());
+        QTRY_VERIFY(operations().isEmpty());
     }
 
     void theFileIsPrivateAndWhole()
@@ -132,7 +165,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"page.pdf"_s);
-        PrintDialog* dialog = openDialog();
+        PrinterOptions* dialog = openOptions();
         QVERIFY(dialog != nullptr);
         chooseFile(*dialog, path);
         // As the dialog's page of properties does.

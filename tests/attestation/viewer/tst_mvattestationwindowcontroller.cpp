@@ -1,5 +1,6 @@
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/print/PrintDesk.h"
+#include "attestation/print/PrintDialog.h"
 #include "attestation/print/PrintOperation.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
 #include "attestation/viewer/MVClipView.h"
@@ -12,7 +13,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QPrintDialog>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -224,7 +224,7 @@ private Q_SLOTS:
             return true;
         });
         m_viewer->printAttestation(nullptr);
-        const auto dialog = [this] { return window()->findChild<QPrintDialog*>(); };
+        const auto dialog = [this] { return window()->findChild<PrintDialog*>(); };
         QTRY_VERIFY(dialog() != nullptr);
         QVERIFY(dialog()->windowTitle().endsWith(u"Durand Jean"_s));
     }

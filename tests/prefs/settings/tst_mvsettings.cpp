@@ -49,6 +49,8 @@ private Q_SLOTS:
         QCOMPARE(MVSettings::stringPreferencesForKey(*m_store, Settings::attestationsFolder),
                  QDir::homePath() + u"/Documents/Attestations Pelmora"_s);
         QVERIFY(!MVSettings::arrayPreferenceForKey(*m_store, Settings::recentsAttestation).isValid());
+        QVERIFY(!MVSettings::stringPreferencesForKey(*m_store, Settings::lastPrinter));
+        QCOMPARE(MVSettings::booleanPreferencesForKey(*m_store, Settings::printWithoutAsking), false);
         QCOMPARE(MVSettings::booleanPreferencesForKey(*m_store, Settings::debugMode), false);
     }
 
