@@ -1,26 +1,17 @@
 """Printing from windows, to a print server of the test's own. Usage: test_print_dialog.py STAGE"""
 
-import contextlib
 import os
-import re
 import stat
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
-from desktop import Application, Atspi, act, wait, walk
+from desktop import Atspi, wait
 from documents import Placed, sheet_of, words_of
+from printingdesk import DIALOG, PELMORA, SPECIMEN, VIEWER, Desk, key_in
 from printserver import PrintServer
-from windows import close, is_in_front
 
-STAGE = sys.argv.pop(1)
-PELMORA = os.path.join(STAGE, "bin", "pelmora")
-SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
-DIALOG = "Imprimer l’attestation – SPECIMEN Hélène"
-SEARCH = "Recherche des imprimantes…"
-VIEWER = "Hélène SPECIMEN"
 FOLDER = os.path.join("Documents", "Attestations Pelmora")
 FILE = "SPECIMEN Hélène.pdf"
 TOLERANCE = 0.5  # points
@@ -30,71 +21,11 @@ QUEUES = {"A4": Placed(595, 842), "A5": Placed(420, 595), "Letter": Placed(612, 
           "across": Placed(595, 842, turned=True)}
 
 
-class Desk(Application):
-    """The application with the specimen card."""
-
-    def __init__(self, environment, home=None):
-        super().__init__(PELMORA, "--simulate", SPECIMEN, home=home, environment=environment)
-
-    def open_viewer(self):
-        self.find("label", ".*SPECIMEN.*")
-        self.press("push button", "Voir")
-        return self.find("frame", VIEWER)
-
-    def in_dialog(self, role, name, showing=True):
-        """A control of the print dialog: other windows have buttons of the same name."""
-        self.find("dialog", DIALOG)
-
-        def found():
-            return next(node for node in walk(self.find_now("dialog", DIALOG) or self.node())
-                        if node.get_role_name() == role and re.fullmatch(name, node.get_name())
-                        and (not showing or node.get_state_set().contains(Atspi.StateType.SHOWING)))
-        return wait(found)
-
-    def focus_printers(self, chosen):
-        self.in_dialog("combo box", chosen)
-        key_in(DIALOG, "alt+m")
-        wait(lambda: is_focused(self.in_dialog("combo box", chosen)))
-
-    def choose_below(self, chosen):
-        """Chooses the printer after the chosen one."""
-        self.focus_printers(chosen)
-        key("Down")
-
-    def press_in_dialog(self, name):
-        act(lambda: self.in_dialog("push button", name))
-
-
-@contextlib.contextmanager
-def troubled_desk():
-    """A print server with one queue, for tests with faults, and the application with its viewer."""
-    with PrintServer() as server:
-        server.add_queue("queue")
-        server.set_default("queue")
-        with Desk(server.environment()) as desk:
-            desk.open_viewer()
-            yield server, desk
-
-
 def write_settings(home, *lines):
     folder = os.path.join(home, "config", "MORVEL")
     os.makedirs(folder)
     with open(os.path.join(folder, "Pelmora.conf"), "w", encoding="utf-8") as file:
         file.write("\n".join(["[General]", *lines, ""]))
-
-
-def is_focused(node):
-    return node.get_state_set().contains(Atspi.StateType.FOCUSED)
-
-
-def key(*names):
-    subprocess.run(["xdotool", "key", "--clearmodifiers", *names], check=True)
-
-
-def key_in(title, name):
-    """Presses a key when the window has the focus."""
-    wait(lambda: is_in_front(title))
-    key(name)
 
 
 def resize(title, width, height):
@@ -342,108 +273,6 @@ class PrintDialog(unittest.TestCase):
             self.assertEqual(desk.terminate(), 0)
         self.assert_placed(self.next_job("A4").path, Placed(595, 842))
 
-    def test_the_application_ends_while_the_print_server_stalls(self):
-        with troubled_desk() as (silent, desk):
-            silent.stall()
-            key_in(VIEWER, "ctrl+p")
-            start = time.monotonic()
-            self.assertEqual(desk.terminate(), 0)
-            self.assertLess(time.monotonic() - start, 3)
-
-    def test_a_printer_that_goes_under_the_open_dialog_is_told(self):
-        self.server.add_queue("gone", "A4")
-        self.server.set_default("gone")
-        with Desk(self.server.environment()) as desk:
-            desk.open_viewer()
-            key_in(VIEWER, "ctrl+p")
-            desk.in_dialog("combo box", "gone")
-            self.server.run("lpadmin", "-x", "gone")
-            desk.press_in_dialog("Imprimer")
-            desk.find("label", "L’imprimante « gone » n’existe plus.")
-            desk.press("push button", "OK")
-            desk.wait_until_gone("dialog", DIALOG)
-
-    def test_a_print_server_that_goes_under_the_open_dialog_is_told(self):
-        with troubled_desk() as (brief, desk):
-            key_in(VIEWER, "ctrl+p")
-            desk.in_dialog("combo box", "queue")
-            brief.stop()
-            desk.press_in_dialog("Imprimer")
-            desk.find("label", "Le serveur d’impression n’est pas joignable.")
-
-    def test_a_printer_that_refuses_is_told(self):
-        self.server.run("cupsreject", "A4")
-        self.addCleanup(self.server.run, "cupsaccept", "A4")
-        with Desk(self.server.environment()) as desk:
-            desk.open_viewer()
-            key_in(VIEWER, "ctrl+p")
-            desk.press_in_dialog("Imprimer")
-            desk.find("label", "L’imprimante « A4 » n’accepte plus de documents pour l’instant.")
-            desk.press("push button", "OK")
-
-    def test_a_print_server_that_stalls_holds_up_no_window(self):
-        with troubled_desk() as (silent, desk):
-            silent.stall()
-            key_in(VIEWER, "ctrl+p")
-            # The windows answer while the print server does not.
-            start = time.monotonic()
-            desk.find("label", SEARCH)
-            self.assertLess(time.monotonic() - start, 2)
-            self.assertIsNone(desk.find_now("alert", ".*"))
-            desk.find("label", "Le serveur d’impression ne répond pas. .*")
-            self.assertIsNone(desk.find_now("label", SEARCH))
-            desk.press("push button", "OK")
-            desk.in_dialog("combo box", r"Imprimer dans un fichier \(PDF\)")
-            desk.wait_until_gone("push button", "OK")
-            key_in(DIALOG, "Escape")
-            desk.wait_until_gone("dialog", DIALOG)
-            # The next print finds the server that answers again.
-            silent.resume()
-            key_in(VIEWER, "ctrl+p")
-            desk.in_dialog("combo box", "queue")
-            desk.press_in_dialog("Imprimer")
-            silent.wait_for_jobs("queue")
-
-    def test_a_search_for_printers_can_be_stopped(self):
-        with troubled_desk() as (silent, desk):
-            silent.stall()
-            key_in(VIEWER, "ctrl+p")
-            desk.press("push button", "Annuler")
-            desk.wait_until_gone("label", SEARCH)
-            silent.resume()
-            # The next search starts again, and is the only one.
-            key_in(VIEWER, "ctrl+p")
-            desk.press_in_dialog("Imprimer")
-            silent.wait_for_jobs("queue")
-            desk.wait_until_gone("dialog", DIALOG)
-            self.assertEqual(len(silent.jobs("queue")), 1)
-
-    def test_a_print_server_that_stalls_under_the_open_dialog_is_told(self):
-        with troubled_desk() as (silent, desk):
-            key_in(VIEWER, "ctrl+p")
-            desk.focus_printers("queue")
-            silent.stall()
-            desk.press_in_dialog("Imprimer")
-            desk.find("label", "Le serveur d’impression ne répond pas.")
-            desk.press("push button", "OK")
-            # The focus is where it was.
-            wait(lambda: is_focused(desk.in_dialog("combo box", "queue")))
-
-    def test_a_dialog_that_is_closed_while_the_print_server_stalls_prints_nothing(self):
-        with troubled_desk() as (slow, desk):
-            key_in(VIEWER, "ctrl+p")
-            desk.in_dialog("combo box", "queue")
-            slow.stall()
-            desk.press_in_dialog("Imprimer")
-            close(DIALOG)
-            desk.wait_until_gone("dialog", DIALOG)
-            slow.resume()
-            key_in(VIEWER, "ctrl+p")
-            desk.press_in_dialog("Imprimer")
-            slow.wait_for_jobs("queue")
-            desk.wait_until_gone("dialog", DIALOG)
-            self.assertEqual(len(slow.jobs("queue")), 1)
-
 
 if __name__ == "__main__":
-    unittest.main()
+    unittest.main(argv=sys.argv[:1] + sys.argv[2:])
