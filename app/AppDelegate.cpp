@@ -6,7 +6,10 @@
 #include "app/models/OutsideFolders.h"
 #include "app/models/ReaderText.h"
 #include "app/models/StatusMenu.h"
+#include "attestation/page/FormatNSS.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
+#include "attestation/viewer/MVScrollView.h"
+#include "card/CardKeys.h"
 #include "card/client/LVitAccess.h"
 #include "platform/UserDefaults.h"
 #include "prefs/LVitAccessPrefs.h"
@@ -94,6 +97,7 @@ void AppDelegate::applicationDidFinishLaunching()
     auto viewer = std::make_unique<MVAttestationWindowController>(m_settings, m_logos, m_fonts, m_printDesk);
     connect(viewer.get(), &MVAttestationWindowController::saveRequested, this, &AppDelegate::saveAttestation);
     m_window.addShortcutsTo(*viewer->window());
+    m_window.addCopyMenuTo(*viewer->scrollView());
     m_attestationViewer = std::make_unique<FollowingViewer>(std::move(viewer), m_window);
     setObservers();
     checkLogDir();
@@ -169,6 +173,7 @@ bool AppDelegate::validateMenuItem(const QAction& menuItem) const
 void AppDelegate::showCard(PanelLine::CardOrigin origin)
 {
     m_window.vitaleInfoTextField()->setText(cardSummary(m_currentVitale));
+    m_window.panel().setNumber(formatNSS(m_currentVitale->text(CardKey::ssn)));
     m_window.panel().setCardTime(origin, QDateTime::currentDateTime());
     if (m_attestationViewer)
         m_attestationViewer->follow(*m_currentVitale);
@@ -281,6 +286,29 @@ void AppDelegate::print(const CardRecord& record)
         return;
     m_front.bringBack();
     m_printDesk.print(record, m_front.alerts(), m_window);
+}
+
+void AppDelegate::copyNumber()
+{
+    copy(m_currentVitale ? m_currentVitale->text(CardKey::ssn).value_or(QString()) : QString(),
+         u"Numéro copié pour une minute."_s);
+}
+
+void AppDelegate::copyName()
+{
+    copy(m_currentVitale ? cardSummary(m_currentVitale).section(u'\n', 0, 0) : QString(),
+         u"Nom copié pour une minute."_s);
+}
+
+void AppDelegate::copy(const QString& text, const QString& done)
+{
+    if (text.isEmpty()) {
+        refuse(u"Il n’y a rien à copier. Lisez d’abord une carte."_s);
+        return;
+    }
+    m_window.panel().beginRequest();
+    m_clipboard.copy(text);
+    m_window.panel().setDone(done);
 }
 
 void AppDelegate::loadXMLFile()

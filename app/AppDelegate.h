@@ -19,6 +19,7 @@
 #include "attestation/print/PrintDesk.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
+#include "platform/gui/SecretClipboard.h"
 #include "prefs/StatusItemControl.h"
 #include "support/move/MoveToApplications.h"
 
@@ -87,6 +88,9 @@ public:
     void viewAttestation() { whenCardIsThere(&AppDelegate::view); }
     void printAttestation();
     void saveAttestation();
+    /// Copies the insured person's number or name for a while.
+    void copyNumber();
+    void copyName();
     void openSavedFile(const QString& path) { m_desktop.openFile(path); }
     void openFolder(const QString& path) { m_desktop.openFolder(path); }
     void openAttestationsFolder() { m_desktop.openFolder(m_saving.folder()); }
@@ -133,6 +137,7 @@ private:
     void whenCardIsThere(void (AppDelegate::*action)(const CardRecord&));
     void view(const CardRecord& record) { m_attestationViewer->show(record); }
     void print(const CardRecord& record);
+    void copy(const QString& text, const QString& done);
     void save(const CardRecord& record) { m_saving.save(record); }
 
     // ReadWorkflowDelegate.
@@ -162,6 +167,7 @@ private:
     DesktopRequests m_desktop;
     AttestationSaving m_saving;
     std::optional<CardRecord> m_currentVitale;
+    SecretClipboard m_clipboard;
     std::unique_ptr<BindObserver> m_bindObserver;
     std::unique_ptr<FollowingViewer> m_attestationViewer;
     StatusItemKeeper m_statusItem;

@@ -24,6 +24,8 @@ void connectRequests(MainWindow& window, AppDelegate& delegate)
     connect(&MainWindow::cardFileRequested, [&delegate] { delegate.loadXMLFile(); });
     connect(&MainWindow::cardFileDropped, [&delegate](const QString& path) { delegate.loadXMLFile(path); });
     connect(&MainWindow::cardFileDroppedInVain, &AppDelegate::refuseDrop);
+    connect(&MainWindow::copyNumberRequested, &AppDelegate::copyNumber);
+    connect(&MainWindow::copyNameRequested, &AppDelegate::copyName);
     connect(&MainWindow::quitRequested, &AppDelegate::quit);
     QObject::connect(&window.panel(), &CardPanel::fileRequested, &delegate, &AppDelegate::openSavedFile);
     QObject::connect(&window.panel(), &CardPanel::folderRequested, &delegate, &AppDelegate::openFolder);

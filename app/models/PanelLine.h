@@ -40,6 +40,8 @@ public:
     void setSaved(const QString& path);
     /// The same: the printer's queue has the attestation.
     void setSent(const QString& queue, const QDateTime& time);
+    /// The same for anything else.
+    void setDone(const QString& text) { m_result = {text, QString()}; }
     void clearResult() { m_result = {}; }
 
     /// The notice, or else the result, or else the failed save, or nothing.

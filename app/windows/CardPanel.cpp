@@ -49,6 +49,7 @@ void CardPanel::clear()
     inks.setColor(QPalette::WindowText, readableInk(panelColour));
     m_widgets.view.setPalette(inks);
     m_widgets.summary.setText(summaryBeforeAnyCard.toString());
+    setNumber(QString());
     m_line = PanelLine();
     showLine();
 }
@@ -120,6 +121,18 @@ void CardPanel::setSent(const QString& queue, const QDateTime& time)
     m_line.setSent(queue, time);
     announce(m_line.told());
     showLine();
+}
+
+void CardPanel::setDone(const QString& text)
+{
+    m_line.setDone(text);
+    announce(m_line.told());
+    showLine();
+}
+
+void CardPanel::setNumber(const QString& grouped)
+{
+    m_widgets.summary.setNumber(grouped);
 }
 
 // Screen readers announce new texts. An announced text stays as long as the panel shows it.

@@ -50,6 +50,10 @@ public:
     void setSent(const QString& queue, const QDateTime& time);
     /// Shows what the reader's state asks the user to do, and tells screen readers.
     void setReader(const ReaderChange& change);
+    /// The same for anything else that was done.
+    void setDone(const QString& text);
+    /// The tool tip of the summary: the insured person's number in groups.
+    void setNumber(const QString& grouped);
     /// Shows, in place of the time, that the card service is being connected, once that takes longer than usual.
     void setConnecting(bool isConnecting);
 

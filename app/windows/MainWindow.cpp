@@ -16,6 +16,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
+#include <QMenu>
 #include <QMimeData>
 #include <QTimer>
 
@@ -64,6 +65,8 @@ constexpr std::array menuItems{
     MenuItem{&Ui_MainWindow::viewAction, &MainWindow::viewRequested, true},
     MenuItem{&Ui_MainWindow::printAction, &MainWindow::printRequested, true},
     MenuItem{&Ui_MainWindow::saveAction, &MainWindow::saveRequested, true},
+    MenuItem{&Ui_MainWindow::copyNumberAction, &MainWindow::copyNumberRequested},
+    MenuItem{&Ui_MainWindow::copyNameAction, &MainWindow::copyNameRequested},
     MenuItem{&Ui_MainWindow::openCardAction, &MainWindow::cardFileRequested},
     MenuItem{&Ui_MainWindow::folderAction, &MainWindow::folderRequested},
     MenuItem{&Ui_MainWindow::settingsAction, &MainWindow::settingsRequested},
@@ -92,6 +95,7 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     setUpTexts();
     setUpIcons(bundle);
     connectRequests();
+    addCopyMenuTo(*m_ui->vitaleInfoView);
     initUI();
     resize(boundedToScreen(*this, size()));
     m_ui->readButton->setFocus();
@@ -198,6 +202,17 @@ void MainWindow::addShortcutsTo(QWidget& window) const
         if (!action->shortcut().isEmpty() && !isOwn)
             window.addAction(action);
     }
+}
+
+void MainWindow::addCopyMenuTo(QWidget& widget)
+{
+    widget.setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(&widget, &QWidget::customContextMenuRequested, this, [this, &widget](const QPoint& place) {
+        auto* menu = new QMenu(&widget);
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        menu->addActions({m_ui->copyNumberAction, m_ui->copyNameAction});
+        menu->popup(widget.mapToGlobal(place));
+    });
 }
 
 void MainWindow::beginSheet(const QString& message)

@@ -73,6 +73,8 @@ public:
 
     /// Makes the menu bar's shortcuts work in that window too, except for those that it has itself.
     void addShortcutsTo(QWidget& window) const;
+    /// Gives the widget a context menu that copies the number or the name.
+    void addCopyMenuTo(QWidget& widget);
 
     void beginSheet(const QString& message);
     void endSheed();
@@ -92,6 +94,8 @@ Q_SIGNALS:
     void mailRequested();
     void settingsRequested();
     void folderRequested();
+    void copyNumberRequested();
+    void copyNameRequested();
     void cardFileRequested();
     void helpRequested();
     void diagnosisRequested();

@@ -80,9 +80,13 @@ bool SummaryField::event(QEvent* event)
     if (event->type() != QEvent::ToolTip)
         return QLabel::event(event);
     // As escaped rich text: a name may look like markup.
-    const bool whole = shownLines().join(u'\n') == text();
-    const QString tip = u"<p style='white-space:pre'>"_s + text().left(lineCount * longestMeasured).toHtmlEscaped();
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), whole ? QString() : tip, this);
+    QStringList told;
+    if (shownLines().join(u'\n') != text())
+        told.append(text().left(lineCount * longestMeasured));
+    if (!m_number.isEmpty())
+        told.append(m_number.left(longestMeasured));
+    const QString tip = u"<p style='white-space:pre'>"_s + told.join(u'\n').toHtmlEscaped();
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), told.isEmpty() ? QString() : tip, this);
     return true;
 }
 

@@ -17,6 +17,9 @@ public:
     /// Shows the card as an earlier one on that background colour; nullopt for the current card.
     void setPlate(const std::optional<QColor>& colour);
 
+    /// The number as the tool tip shows it; empty for none.
+    void setNumber(const QString& grouped) { m_number = grouped; }
+
     /// Three lines for any text.
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -33,4 +36,5 @@ private:
     [[nodiscard]] int indent() const;
 
     std::optional<QColor> m_plate;
+    QString m_number;
 };

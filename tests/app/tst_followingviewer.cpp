@@ -1,8 +1,16 @@
+#include "attestation/viewer/MVNewAttestationView.h"
 #include "tests/app/Office.h"
+#include "tests/card/client/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
+#include <QClipboard>
+#include <QContextMenuEvent>
 #include <QMainWindow>
+#include <QMenu>
+#include <QPointer>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -74,6 +82,40 @@ private Q_SLOTS:
         // Not twice: an ambiguous shortcut does nothing.
         const auto ofPrint = [](const QAction* action) { return action->shortcut() == QKeySequence(u"Ctrl+P"_s); };
         QCOMPARE(std::ranges::count_if(viewer->actions() + viewer->findChildren<QAction*>(), ofPrint), 1);
+    }
+
+    void theNumberOrTheNameIsCopiedFromTheViewersMenuAndIsGoneAtTheEnd()
+    {
+        auto office = Office::bound(Office::simulation(Office::specimen()));
+        QVERIFY(office);
+        QGuiApplication::clipboard()->clear();
+        office->window->findChild<QAction*>(u"copyNumberAction"_s)->trigger();
+        QCOMPARE(office->notice(), u"Il n’y a rien à copier. Lisez d’abord une carte."_s);
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString());
+
+        LogCapture log;
+        office->delegate->viewAttestation();
+        QTRY_VERIFY(viewerOf(u"Hélène SPECIMEN"_s));
+        auto* page = viewerOf(u"Hélène SPECIMEN"_s)->findChild<MVNewAttestationView*>();
+        const auto choose = [page](Qt::Key key) {
+            QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), page->mapToGlobal(QPoint(5, 5)));
+            QApplication::sendEvent(page, &event);
+            const QPointer<QMenu> menu = page->window()->findChild<QMenu*>();
+            if (!menu || !menu->isVisible())
+                return false;
+            QTest::keyClick(menu, key);
+            return QTest::qWaitFor([&menu] { return !menu; });
+        };
+        QVERIFY(choose(Qt::Key_O));
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"SPECIMEN Hélène"_s);
+        QCOMPARE(office->notice(), u"Nom copié pour une minute."_s);
+        QVERIFY(choose(Qt::Key_N));
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"285057511612381"_s);
+        QCOMPARE(office->notice(), u"Numéro copié pour une minute."_s);
+        for (const QString& line : log.lines())
+            QVERIFY2(!line.contains(u"SPECIMEN") && !line.contains(u"285057511612381"), qPrintable(line));
+        office.reset();
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString());
     }
 };
 

@@ -13,6 +13,7 @@
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "platform/files/FileWorker.h"
+#include "platform/gui/SecretClipboard.h"
 #include "prefs/MVPreferencesController.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
@@ -138,6 +139,8 @@ private Q_SLOTS:
         QTest::newRow("service") << u"Au bout d’%1 sans réponse"_s.arg(inWords(ChannelLimits().requestTimeout));
         QTest::newRow("end") << u"laisse d’abord finir le fichier, %1 au plus."_s.arg(
             inWords(WritingDesk::patienceAtTheEnd + FileWorker::usualPatience));
+        QTest::newRow("clipboard") << u"disparaît du presse-papiers au bout d’%1"_s.arg(
+            inWords(SecretClipboard::usualLifetime));
         QTest::newRow("reader") << u"Branchez le lecteur fourni avec Pelmora, un %1."_s.arg(acceptedReader);
     }
 

@@ -10,6 +10,7 @@
 #include <QDateTime>
 #include <QHelpEvent>
 #include <QMenu>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QToolTip>
 
@@ -292,6 +293,40 @@ private Q_SLOTS:
         QCOMPARE(folder.size(), 1);
         QCOMPARE(folder.last().constFirst().toString(), u"/home/<i>"_s);
         QTRY_VERIFY(!link()->findChild<QMenu*>());
+    }
+
+    void theNumberInGroupsIsInTheSummarysToolTip()
+    {
+        QLabel* summary = m_window->vitaleInfoTextField();
+        const auto toolTip = [summary] {
+            QHelpEvent help(QEvent::ToolTip, QPoint(5, 5), summary->mapToGlobal(QPoint(5, 5)));
+            QCoreApplication::sendEvent(summary, &help);
+            return QToolTip::text();
+        };
+        m_window->panel().setNumber(u"2 85 05 75 116 123 81"_s);
+        QCOMPARE(toolTip(), u"<p style='white-space:pre'>2 85 05 75 116 123 81"_s);
+        const QString name(300, u'W');
+        summary->setText(name);
+        QCOMPARE(toolTip(), u"<p style='white-space:pre'>"_s + name + u"\n2 85 05 75 116 123 81"_s);
+        m_window->panel().clear();
+        QTRY_COMPARE(toolTip(), QString());
+    }
+
+    void thePanelsMenuCopiesTheNumberOrTheName()
+    {
+        const QSignalSpy number(m_window.get(), &MainWindow::copyNumberRequested);
+        const QSignalSpy name(m_window.get(), &MainWindow::copyNameRequested);
+        for (const Qt::Key key : {Qt::Key_N, Qt::Key_O}) {
+            QLabel* summary = m_window->vitaleInfoTextField();
+            QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), summary->mapToGlobal(QPoint(5, 5)));
+            QApplication::sendEvent(summary, &event);
+            const QPointer<QMenu> menu = m_window->vitaleInfoView()->findChild<QMenu*>();
+            QVERIFY(menu && menu->isVisible());
+            QTest::keyClick(menu, key);
+            QTRY_VERIFY(!menu);
+        }
+        QCOMPARE(number.size(), 1);
+        QCOMPARE(name.size(), 1);
     }
 
     void theResultOfARequestIsANotificationForScreenReaders()
