@@ -16,6 +16,8 @@ QPointer<QFileDialog> makeCardFilePanel(QWidget& window, const QString& folder)
                                                 QFileInfo(folder).isDir() ? folder : QDir::homePath()));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setFileMode(QFileDialog::ExistingFile);
+    // A card's file may have any name.
+    panel->setNameFilters({u"Fichiers de carte (*.xml)"_s, u"Tous les fichiers (*)"_s});
     // Native panels add the file, whose name is a patient's, to the desktop's list of recent documents.
     panel->setOption(QFileDialog::DontUseNativeDialog);
     // Without sizes and dates, which leave little room for names.

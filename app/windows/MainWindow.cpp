@@ -18,6 +18,7 @@
 #include <QDragEnterEvent>
 #include <QMenu>
 #include <QMimeData>
+#include <QRubberBand>
 #include <QTimer>
 
 #include <algorithm>
@@ -92,6 +93,7 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     setTabOrder(&m_ui->panelLineField->link(), m_ui->viewButton);
     // Closing this window never quits.
     setAttribute(Qt::WA_QuitOnClose, false);
+    m_dropOutline = new QRubberBand(QRubberBand::Rectangle, this);
     setUpTexts();
     setUpIcons(bundle);
     connectRequests();
@@ -144,6 +146,7 @@ void MainWindow::connectRequests()
     for (const MenuItem& item : menuItems)
         connect(*m_ui.*item.action, &QAction::triggered, this, item.request);
     connect(m_ui->aboutAction, &QAction::triggered, this, [this] { showAboutBox(this); });
+    connect(m_ui->vitaleInfoView, &MVSimpleOpaqueView::clicked, m_ui->viewAction, &QAction::trigger);
     connect(m_ui->closeAction, &QAction::triggered, this, &QWidget::close);
 }
 
@@ -258,12 +261,21 @@ bool MainWindow::isBlocked() const
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (!isBlocked() && droppedCardFile(*event->mimeData()))
-        event->acceptProposedAction();
+    if (isBlocked() || !droppedCardFile(*event->mimeData()))
+        return;
+    event->acceptProposedAction();
+    m_dropOutline->setGeometry(rect());
+    m_dropOutline->show();
+}
+
+void MainWindow::dragLeaveEvent(QDragLeaveEvent* /*event*/)
+{
+    m_dropOutline->hide();
 }
 
 void MainWindow::dropEvent(QDropEvent* event)
 {
+    m_dropOutline->hide();
     const std::optional<QString> path = droppedCardFile(*event->mimeData());
     if (!path)
         return;

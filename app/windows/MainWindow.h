@@ -14,6 +14,7 @@ class MXButton;
 class ProgressSheet;
 class QAction;
 class QLabel;
+class QRubberBand;
 
 namespace Ui {
 class MainWindow;
@@ -108,6 +109,7 @@ Q_SIGNALS:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
@@ -125,5 +127,6 @@ private:
     std::optional<CardReaderState> m_reader;
     std::unique_ptr<ProgressSheet> m_sheet;
     std::function<ClosePolicy()> m_closePolicy;
-    QString m_windowIconPath; // empty once the icon is set
+    QRubberBand* m_dropOutline = nullptr; // shown while a card file is dragged over the window, which owns it
+    QString m_windowIconPath;             // empty once the icon is set
 };

@@ -16,8 +16,8 @@ class UserDefaults;
 
 /// Where the application prints attestations: one at a time asks the user, from the request to the end of its dialog.
 /// As long as it asks, no other card may take the place of the one whose page it prints. The last printer is remembered
-/// in the settings, and asked for nothing if they say so. Main thread only; the settings, the logos and the fonts must
-/// outlive it. The print helper is the program that PrintServer starts.
+/// in the settings. With the setting for it, one copy goes to that printer without a question. Main thread only; the
+/// settings, the logos and the fonts must outlive it. The print helper is the program that PrintServer starts.
 class PrintDesk final : public QObject
 {
     Q_OBJECT

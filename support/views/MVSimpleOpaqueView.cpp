@@ -1,5 +1,6 @@
 #include "support/views/MVSimpleOpaqueView.h"
 
+#include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
 
@@ -19,6 +20,18 @@ void MVSimpleOpaqueView::paintEvent(QPaintEvent* event)
 {
     QWidget::paintEvent(event);
     drawRect(event->rect());
+}
+
+// Accepted, so that the release comes too.
+void MVSimpleOpaqueView::mousePressEvent(QMouseEvent* event)
+{
+    event->accept();
+}
+
+void MVSimpleOpaqueView::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+        Q_EMIT clicked();
 }
 
 void MVSimpleOpaqueView::drawRect(const QRect& dirtyRect)

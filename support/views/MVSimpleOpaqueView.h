@@ -18,7 +18,13 @@ public:
 
     [[nodiscard]] bool isOpaque() const { return true; }
 
+Q_SIGNALS:
+    /// A click of the left button.
+    void clicked();
+
 protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

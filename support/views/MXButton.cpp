@@ -5,6 +5,7 @@
 MXButton::MXButton(QWidget* parent)
     : QPushButton(parent)
 {
+    setCursor(Qt::PointingHandCursor);
 }
 
 void MXButton::setBackgroundColor(std::optional<QColor> colour)

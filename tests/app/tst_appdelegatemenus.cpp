@@ -77,6 +77,7 @@ private Q_SLOTS:
         office->delegate->loadXMLFile();
         QCOMPARE(office->window->findChildren<QFileDialog*>().size(), 1);
         const auto* panel = office->window->findChild<QFileDialog*>();
+        QCOMPARE(panel->nameFilters(), (QStringList{u"Fichiers de carte (*.xml)"_s, u"Tous les fichiers (*)"_s}));
         const QSize room = panel->screen()->availableSize();
         QCOMPARE(panel->size().boundedTo(room), panel->size());
     }

@@ -312,6 +312,17 @@ private Q_SLOTS:
         QTRY_COMPARE(toolTip(), QString());
     }
 
+    void aClickOnThePanelViewsTheAttestationUnlessThatIsOff()
+    {
+        const QSignalSpy requests(m_window.get(), &MainWindow::viewRequested);
+        QTest::mouseClick(m_window->vitaleInfoTextField(), Qt::LeftButton);
+        QCOMPARE(requests.size(), 1);
+        QTest::mouseClick(m_window->vitaleInfoView(), Qt::RightButton);
+        action("viewAction")->setEnabled(false);
+        QTest::mouseClick(m_window->vitaleInfoView(), Qt::LeftButton);
+        QCOMPARE(requests.size(), 1);
+    }
+
     void thePanelsMenuCopiesTheNumberOrTheName()
     {
         const QSignalSpy number(m_window.get(), &MainWindow::copyNumberRequested);

@@ -8,6 +8,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QRubberBand>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QUrl>
@@ -52,6 +53,30 @@ private Q_SLOTS:
         drop(*m_window, data);
         QCOMPARE(dropped.count(), 1);
         QCOMPARE(dropped.first().first().toString(), path);
+    }
+
+    void theWindowIsOutlinedWhileACardFileIsDraggedOverIt()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(u"card.xml"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file.fileName())});
+        const auto* outline = m_window->findChild<QRubberBand*>();
+        QVERIFY(outline->isHidden());
+        QVERIFY(acceptsDrag(*m_window, data));
+        QVERIFY(outline->isVisible());
+        QCOMPARE(outline->geometry(), m_window->rect());
+        QDragLeaveEvent leave;
+        QCoreApplication::sendEvent(m_window.get(), &leave);
+        QVERIFY(outline->isHidden());
+        QVERIFY(acceptsDrag(*m_window, data));
+        drop(*m_window, data);
+        QVERIFY(outline->isHidden());
+        QMimeData text;
+        text.setText(u"card"_s);
+        QVERIFY(!acceptsDrag(*m_window, text));
+        QVERIFY(outline->isHidden());
     }
 
     void aFileWhoseNameIsNotUtf8MayBeDropped_data()
