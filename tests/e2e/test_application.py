@@ -279,7 +279,7 @@ class Files(Desk):
         Atspi.Component.grab_focus(link)
         key("Return")
         wait(lambda: len(self.opener.opened()) == 1)
-        key("shift+F10", "d")
+        key("Menu", "d")
         wait(lambda: len(self.opener.opened()) == 2)
         folder = self.attestations(pelmora)
         self.assertEqual([unquote(address) for address in self.opener.opened()],

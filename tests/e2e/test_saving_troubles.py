@@ -114,7 +114,7 @@ class SavingTroubles(unittest.TestCase):
         pelmora.press("push button", "Enregistrer")
         self.close_alert(pelmora, "Enregistrement de l'attestation", SAVED)
         self.assertIsNone(pelmora.find_now("alert", ".*"))
-        pelmora.find("label", "Lue le [^\n]*")
+        pelmora.find("label", "Lue le [^\n]*\nEnregistrée\xa0: SPECIMEN Hélène\\.pdf")
 
     def test_a_full_disk_is_told_until_the_next_save(self):
         self.make("-t", "tmpfs", "-o", "size=64k", "tmpfs")

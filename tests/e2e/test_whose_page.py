@@ -13,7 +13,7 @@ from gi.repository import Gio, GLib
 import wayland
 from bell import Bell
 from cardservice import FakeService
-from desktop import Application, Atspi, key, wait
+from desktop import Application, Atspi, act, key, wait, walk
 from documents import words_of
 from printserver import PrintServer
 from statusitem import StatusBar
@@ -245,12 +245,18 @@ class WhileReading(Cards):
         pelmora.press("push button", "Lire")
         pelmora.find("label", r"Lecture de la carte Vitale\.\.\.")
 
+    @staticmethod
+    def print_from_viewer(pelmora):
+        """Presses the button of the viewer: the main window has one of the same name."""
+        act(lambda: next(node for node in walk(pelmora.find("frame", VIEWER))
+                         if (node.get_role_name(), node.get_name()) == ("push button", "Imprimer")))
+
     def test_no_file_takes_the_place_of_a_card_that_is_read_and_nothing_is_printed(self):
         with self.desk() as pelmora:
             self.view_and_read(pelmora)
             for way in (lambda: self.start_again(self.other), lambda: open_over_bus(self.other),
                         # The viewer is not blocked.
-                        lambda: pelmora.choose("Imprimer…")):
+                        lambda: self.print_from_viewer(pelmora)):
                 self.assert_refused(pelmora, way, REFUSED_WHILE_READING)
             pelmora.find("label", "SPECIMEN Alix\n.*")
             self.assertIsNone(pelmora.find_now("dialog", "Imprimer.*"))
