@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -68,14 +70,21 @@ void PanelLine::setNotice(const QString& text)
         clearResult();
 }
 
+// A notice that has come meanwhile was about the same request.
+void PanelLine::setResult(Result result)
+{
+    m_notice.clear();
+    m_result = std::move(result);
+}
+
 void PanelLine::setSaved(const QString& path)
 {
-    m_result = {u"Enregistrée\u00A0: "_s + shownName(path), path};
+    setResult({u"Enregistrée\u00A0: "_s + shownName(path), path});
 }
 
 void PanelLine::setSent(const QString& queue, const QDateTime& time)
 {
-    m_result = {u"Envoyée à «\u202F%1\u202F» à\u00A0%2"_s.arg(queue, time.toString(u"HH:mm"_s)), QString()};
+    setResult({u"Envoyée à «\u202F%1\u202F» à\u00A0%2"_s.arg(queue, time.toString(u"HH:mm"_s)), QString()});
 }
 
 const QString& PanelLine::told() const

@@ -41,7 +41,7 @@ public:
     /// The same: the printer's queue has the attestation.
     void setSent(const QString& queue, const QDateTime& time);
     /// The same for anything else.
-    void setDone(const QString& text) { m_result = {text, QString()}; }
+    void setDone(const QString& text) { setResult({text, QString()}); }
     void clearResult() { m_result = {}; }
 
     /// The notice, or else the result, or else the failed save, or nothing.
@@ -68,6 +68,7 @@ private:
         QString path; // of the saved file
     };
 
+    void setResult(Result result);
     [[nodiscard]] QString cardText() const;
     [[nodiscard]] QString cardPart() const;
     [[nodiscard]] QString failedReadText() const;

@@ -22,6 +22,7 @@ TITLE = "Pelmora par MORVEL"
 SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
 FILE = "SPECIMEN Hélène.pdf"
 SAVED = "L'attestation a bien été enregistrée."
+RESULT = "Enregistrée\xa0: SPECIMEN Hélène\\.pdf"
 NOT_SAVED = "L’attestation n’est pas enregistrée"
 WRITING = "Enregistrement en cours…"
 
@@ -114,7 +115,7 @@ class SavingTroubles(unittest.TestCase):
         pelmora.press("push button", "Enregistrer")
         self.close_alert(pelmora, "Enregistrement de l'attestation", SAVED)
         self.assertIsNone(pelmora.find_now("alert", ".*"))
-        pelmora.find("label", "Lue le [^\n]*\nEnregistrée\xa0: SPECIMEN Hélène\\.pdf")
+        pelmora.find("label", f"Lue le .*\n{RESULT}")
 
     def test_a_full_disk_is_told_until_the_next_save(self):
         self.make("-t", "tmpfs", "-o", "size=64k", "tmpfs")
@@ -212,7 +213,8 @@ class SavingTroubles(unittest.TestCase):
             gate.open()
             self.close_alert(pelmora, "Enregistrement de l'attestation", SAVED)
             self.assertIsNone(pelmora.find_now("label", WRITING))
-            pelmora.find("label", "Lue le [^\n]*")
+            pelmora.find("label", f"Lue le .*\n{RESULT}")
+            pelmora.find("notification", RESULT)
             self.assertEqual(os.listdir(self.folder), [FILE])
 
     def test_a_slow_disk_leaves_the_windows_alive_when_the_print_goes_to_a_file(self):
@@ -228,7 +230,7 @@ class SavingTroubles(unittest.TestCase):
             self.assertIsNone(pelmora.find_now("dialog", "Imprimer l’attestation – .*"))
             gate.open()
             pelmora.wait_until_gone("label", WRITING)
-            self.assertTrue(os.path.exists(os.path.join(self.home, "Attestation de droits.pdf")))
+            self.assertTrue(os.path.exists(os.path.join(self.folder, FILE)))
             self.assertIsNone(pelmora.find_now("alert", ".*"))
 
     def test_who_leaves_meanwhile_leaves_a_whole_file(self):

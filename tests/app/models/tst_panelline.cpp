@@ -196,6 +196,15 @@ private Q_SLOTS:
         QCOMPARE(line.told(), u"Non enregistrée"_s);
     }
 
+    void aResultReplacesANotice()
+    {
+        PanelLine line;
+        line.setNotice(u"Un enregistrement est en cours."_s);
+        line.setSaved(u"/a/B.pdf"_s);
+        QCOMPARE(line.told(), u"Enregistrée\u00A0: B.pdf"_s);
+        QCOMPARE(line.savedPath(), u"/a/B.pdf"_s);
+    }
+
     void aFileNameStaysOnItsLine()
     {
         PanelLine line;
