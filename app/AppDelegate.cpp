@@ -183,6 +183,7 @@ void AppDelegate::showCard(PanelLine::CardOrigin origin)
 void AppDelegate::forgetCard()
 {
     m_currentVitale.reset();
+    m_clipboard.clear();
     m_window.panel().forgetCard();
     m_attestationViewer->forget();
 }

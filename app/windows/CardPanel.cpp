@@ -57,6 +57,7 @@ void CardPanel::clear()
 void CardPanel::forgetCard()
 {
     m_widgets.summary.setText(summaryBeforeAnyCard.toString());
+    setNumber(QString());
     m_line.forgetCard();
     announce(QString());
     showLine();

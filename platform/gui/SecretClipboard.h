@@ -21,10 +21,10 @@ public:
     ~SecretClipboard() override;
 
     void copy(const QString& text);
-
-private:
+    /// Removes the text now, if it is still there.
     void clear() const;
 
+private:
     QTimer m_lifetime;
     QPointer<QMimeData> m_copied; // belongs to the clipboard, which deletes it when it gets something else
 };

@@ -163,6 +163,7 @@ private Q_SLOTS:
         QTest::newRow("cancelled read") << Next([](PanelLine& line) { line.setReadCancelled(today(9, 0)); }) << u""_s;
         QTest::newRow("failed save") << Next([](PanelLine& line) { line.setSaveFailure(u"Non enregistrée"_s); })
                                      << u"Non enregistrée"_s;
+        QTest::newRow("forgotten card") << Next([](PanelLine& line) { line.forgetCard(); }) << u""_s;
         QTest::newRow("cleared") << Next([](PanelLine& line) { line.clearResult(); }) << u""_s;
         QTest::newRow("notice, which goes") << Next([](PanelLine& line) {
             line.setNotice(u"Une lecture est en cours."_s);
