@@ -59,8 +59,10 @@ std::expected<CardRecord, Error> loadCardFile(const QString& path)
     if (!document)
         return std::unexpected(notACard(document.error()));
     std::expected<CardRecord, Error> record = parseCardDocument(&*document);
-    if (!record)
-        return std::unexpected(notACard(record.error()));
+    if (!record) {
+        const bool isCard = document->documentNode().firstNode(CardPath::document.utf8()).has_value();
+        return std::unexpected(isCard ? record.error() : notACard(record.error()));
+    }
     record->setText(CardKey::fundCodeLibelle, u"Non spécifié"_s);
     return record;
 }

@@ -16,15 +16,15 @@ from systemlog import SystemLog
 MOVABLE_PROGRAM = sys.argv.pop(2)
 STAGE = sys.argv.pop(1)
 
-HOME_TITLE = "Move to Applications folder in your Home folder?"
-BODY = "I can move myself to the Applications folder if you'd like."
-DOWNLOADS_NOTE = "This will keep your Downloads folder uncluttered."
-PASSWORD_NOTE = "Note that this will require an administrator password."
-MOVE = "Move to Applications Folder"
-STAY = "Do Not Move"
+HOME_TITLE = "Déplacer vers le dossier Applications de votre dossier personnel\u202f?"
+BODY = "Je peux me déplacer vers le dossier Applications si vous le souhaitez."
+DOWNLOADS_NOTE = "Votre dossier Téléchargements restera ainsi bien rangé."
+PASSWORD_NOTE = "Un mot de passe d’administrateur vous sera alors demandé."
+MOVE = "Déplacer vers le dossier Applications"
+STAY = "Ne pas déplacer"
 # The system log's facility for user programs, and priorities.
 INFO, WARNING, ERROR = 8 + 6, 8 + 4, 8 + 3
-BOX = "Do not show this message again"
+BOX = "Ne plus afficher ce message"
 
 
 def program_of(bundle):

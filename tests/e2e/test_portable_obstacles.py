@@ -84,7 +84,7 @@ class Obstacles(PortableTest):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
         with self.start(bundle) as pelmora:
             pelmora.press("push button", MOVE)
-            pelmora.find("label", "Could not move to Applications folder")
+            pelmora.find("label", "Le déplacement vers le dossier Applications a échoué")
             self.assertEqual(self.logged(), [
                 (INFO, "INFO -- Moving myself to the Applications folder"),
                 (ERROR, "ERROR -- Could not copy myself to /Applications with authorization")])
@@ -113,7 +113,7 @@ class Obstacles(PortableTest):
         os.mkfifo(os.path.join(bundle, "tube"))
         with self.start(bundle) as pelmora:
             pelmora.press("push button", MOVE)
-            pelmora.find("label", "Could not move to Applications folder")
+            pelmora.find("label", "Le déplacement vers le dossier Applications a échoué")
             self.assertEqual(self.logged(), [
                 (INFO, "INFO -- Moving myself to the Applications folder"),
                 (ERROR, f"ERROR -- Could not copy '{bundle}' to '{self.destination}' (Operation not supported)"),
@@ -148,7 +148,7 @@ class Obstacles(PortableTest):
             file.write(bytes(1 << 20))
         with self.start(bundle) as pelmora:
             pelmora.press("push button", MOVE)
-            pelmora.find("label", "Could not move to Applications folder")
+            pelmora.find("label", "Le déplacement vers le dossier Applications a échoué")
             self.assertEqual(self.logged()[1:], [
                 (ERROR, f"ERROR -- Could not copy '{bundle}' to '{self.destination}' (No space left on device)"),
                 (ERROR, f"ERROR -- Could not copy myself to {self.destination}")])
@@ -164,7 +164,7 @@ class Obstacles(PortableTest):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
         with self.start(bundle) as pelmora:
             pelmora.press("push button", MOVE)
-            pelmora.find("label", "Could not move to Applications folder")
+            pelmora.find("label", "Le déplacement vers le dossier Applications a échoué")
             self.assertEqual(self.logged()[1:], [(ERROR, f"ERROR -- Could not trash '{self.destination}'")])
             pelmora.press("push button", "OK")
             pelmora.find("label", program_of(bundle))

@@ -195,7 +195,7 @@ class Update(unittest.TestCase):
         updates.process.wait()
 
     def test_a_missing_program_is_told_as_a_failure(self):
-        tree = tree_with(self.folder, {})
+        tree = tree_with(self.folder, {"SUFeedURL": self.server.address("/feed.xml")})
         os.remove(os.path.join(tree, "libexec", "pelmora", "pelmora-update"))
         with self.start(os.path.join(tree, "bin", "pelmora")) as pelmora:
             pelmora.find("push button", "Lire")
@@ -216,14 +216,6 @@ class Update(unittest.TestCase):
             updates.find("label", AVAILABLE)
             self.assertEqual(set(NETWORK) & libraries_of(updates.process.pid), set(NETWORK))
             self.assertEqual(set(NETWORK) & libraries_of(pelmora.process.pid), set())
-
-    def test_without_a_feed_a_kind_message_says_so(self):
-        with self.start(os.path.join(STAGE, "bin", "pelmora")) as pelmora:
-            updates = self.ask(pelmora)
-            updates.find("label", "Cette version de Pelmora ne sait pas où chercher ses mises à jour\\. Demandez à "
-                                  "votre fournisseur s’il en existe une plus récente\\.")
-            updates.press("push button", "OK")
-            updates.process.wait()
 
 
 if __name__ == "__main__":

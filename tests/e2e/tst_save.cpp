@@ -108,7 +108,8 @@ private Q_SLOTS:
         QCOMPARE(result.outputLines(), QStringList{folder() + u"/SPECIMEN Zoé.pdf"_s});
         const QStringList expected{
             u"pelmora : %1 : Le fichier n’existe pas."_s.arg(missing),
-            u"pelmora : %1 : Le document n’est pas du XML valide (ligne 1, colonne 1)."_s.arg(notXml),
+            u"pelmora : %1 : Ce fichier n’est pas une carte Vitale. Le document n’est pas du XML valide "
+            "(ligne 1, colonne 1)."_s.arg(notXml),
             u"pelmora : %1 : Le fichier ne peut pas être lu."_s.arg(m_home->path()),
             u"pelmora : %1 : La carte Vitale ne comporte aucun bénéficiaire."_s.arg(empty),
         };

@@ -1,6 +1,7 @@
 #include "app/models/CardFile.h"
 #include "card/CardKeys.h"
 #include "card/PelmoraError.h"
+#include "card/PelmoraError.h"
 #include "platform/NativePath.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
@@ -147,6 +148,13 @@ private Q_SLOTS:
         const auto record = loaded(content);
         QVERIFY(!record.has_value());
         QVERIFY(record.error().localizedDescription().startsWith(u"Ce fichier n’est pas une carte Vitale. "));
+    }
+
+    void aCardWithoutBeneficiariesIsACard()
+    {
+        const auto record = loaded("<T_AsnDonneesVitale/>");
+        QVERIFY(!record.has_value());
+        QCOMPARE(record.error().localizedDescription(), PelmoraError::vitaleNoBen().localizedDescription());
     }
 
     void bytesThatAreNotUtf8AreRefused_data()
