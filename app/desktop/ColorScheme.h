@@ -1,11 +1,10 @@
 #pragma once
 
+#include <QDBusVariant>
 #include <QObject>
 #include <QPalette>
 
 #include <optional>
-
-class QDBusVariant;
 
 /// Follows the desktop's preference for dark windows, as its portal tells it, also when it changes. A desktop whose own
 /// colours are dark anyway is left alone. Main thread only.
