@@ -2,9 +2,9 @@
 
 #include <QApplication>
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QToolTip>
 
 using namespace Qt::StringLiterals;
@@ -45,6 +45,14 @@ bool isDark(const QPalette& palette)
     return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
+/// The value inside of the bus's wrappers: Read() wraps it once more than a change does.
+QVariant unwrapped(QVariant value)
+{
+    while (value.userType() == qMetaTypeId<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
 } // namespace
 
 ColorScheme::ColorScheme(QObject* parent)
@@ -58,8 +66,7 @@ void ColorScheme::start()
     if (!bus.isConnected())
         return;
     // From any sender: asking who the portal is would wait for the bus.
-    bus.connect(QString(), portalPath, settingsInterface, u"SettingChanged"_s, this,
-                SLOT(noteChange(QString, QString, QDBusVariant)));
+    bus.connect(QString(), portalPath, settingsInterface, u"SettingChanged"_s, this, SLOT(noteChange(QDBusMessage)));
     QDBusMessage question =
         QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s, portalPath, settingsInterface, u"Read"_s);
     question.setArguments({QString(appearance), QString(colorScheme)});
@@ -73,20 +80,18 @@ void ColorScheme::start()
     });
 }
 
-void ColorScheme::noteChange(const QString& group, const QString& key, const QDBusVariant& value)
+void ColorScheme::noteChange(const QDBusMessage& change)
 {
-    if (group != appearance || key != colorScheme)
+    const QVariantList arguments = change.arguments();
+    if (arguments.size() != 3 || arguments[0] != QString(appearance) || arguments[1] != QString(colorScheme))
         return;
     m_hasChanged = true;
-    follow(value.variant());
+    follow(arguments[2]);
 }
 
 void ColorScheme::follow(const QVariant& value)
 {
-    // Read() wraps the value once more.
-    const QVariant inner =
-        value.userType() == qMetaTypeId<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
-    const bool wantsDark = inner.toUInt() == preferDark;
+    const bool wantsDark = unwrapped(value).toUInt() == preferDark;
     if (wantsDark == m_usual.has_value() || (wantsDark && isDark(QApplication::palette())))
         return;
     if (wantsDark)

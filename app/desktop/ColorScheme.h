@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QObject>
 #include <QPalette>
 
@@ -19,7 +19,7 @@ public:
     void start();
 
 private Q_SLOTS:
-    void noteChange(const QString& group, const QString& key, const QDBusVariant& value);
+    void noteChange(const QDBusMessage& change);
 
 private:
     void follow(const QVariant& value);
