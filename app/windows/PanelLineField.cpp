@@ -114,8 +114,7 @@ bool PanelLineField::event(QEvent* event)
         return QLabel::event(event);
     const bool isWhole = withoutBlanks(shownLines().join(QString())) == withoutBlanks(textBeforeLink());
     // As escaped rich text: tool tips wrap only rich text.
-    const QString tip =
-        u"<p>"_s + text().left(longestLine).toHtmlEscaped().replace(u'\n', u"</p><p>"_s) + u"</p>"_s;
+    const QString tip = u"<p>"_s + text().left(longestLine).toHtmlEscaped().replace(u'\n', u"</p><p>"_s) + u"</p>"_s;
     QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), isWhole ? QString() : tip, this);
     return true;
 }

@@ -1,7 +1,6 @@
 #include "app/models/CardFile.h"
 #include "card/CardKeys.h"
 #include "card/PelmoraError.h"
-#include "card/PelmoraError.h"
 #include "platform/NativePath.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
