@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr qint64 longestTime = 24 * 60; // minutes
+constexpr qint64 longestTime = qint64{24} * 60; // minutes
 constexpr auto occupiedInterval = 500ms;
 
 } // namespace

@@ -7,17 +7,16 @@ import shlex
 
 
 def compilations(build):
-    """For each source: what is compiled with it as one, its path from here, the words of its compilation. A unity source
-    stands for those that it joins."""
+    """For each source: its target, its path from here, the words of its compilation. A unity source stands for those that
+    it joins."""
     with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
         commands = json.load(file)
     for command in commands:
         words = shlex.split(command["command"])
         target = re.sub(r"/?CMakeFiles/(.*)\.dir/.*", r"/\1", words[words.index("-o") + 1])
-        unit = os.path.join(target, os.path.splitext(os.path.basename(command["file"]))[0])
         parts = [command["file"]]
         if re.search(r"/unity_\d+_cxx\.cxx$", command["file"]):
             with open(command["file"], encoding="utf-8") as file:
                 parts = re.findall(r'^#include "(.*)"$', file.read(), re.MULTILINE)
         for part in parts:
-            yield unit, os.path.relpath(part), words
+            yield target, os.path.relpath(part), words

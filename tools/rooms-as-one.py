@@ -1,4 +1,4 @@
-"""Writes the shipped sources that a unity build compiles together as one source, with their compilation database, for
+"""Writes the shipped sources of each target as one source, with their compilation database, for
 checks that look at the main source alone: reading the headers again for each source takes most of the time. A finding's
 place is then to be told in the sources themselves.
 
@@ -15,12 +15,12 @@ from compilations import compilations
 ROOMS = re.compile(r"(platform|support|update|card|service|attestation|prefs|app)/.*\.cpp$")
 
 
-def units(build):
-    """The shipped sources that are compiled together, with the words of their compilation."""
+def targets(build):
+    """The shipped sources of each target, with the words of its compilation."""
     found = {}
-    for unit, source, words in compilations(build):
-        if ROOMS.match(source) and not unit.startswith("tests/"):
-            found.setdefault(unit, (words, []))[1].append(source)
+    for target, source, words in compilations(build):
+        if ROOMS.match(source) and not target.startswith("tests/"):
+            found.setdefault(target, (words, []))[1].append(source)
     return found
 
 
@@ -45,8 +45,8 @@ def arguments(words, path):
 
 def write(build, folder):
     entries, places = [], {}
-    for unit, (words, sources) in sorted(units(build).items()):
-        path = os.path.join(folder, unit.replace("/", "_") + ".cpp")
+    for target, (words, sources) in sorted(targets(build).items()):
+        path = os.path.join(folder, target.replace("/", "_") + ".cpp")
         lines, places[path] = joined(sources)
         with open(path, "w", encoding="utf-8") as file:
             file.write("\n".join(lines) + "\n")

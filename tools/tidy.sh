@@ -9,7 +9,7 @@ ensure_packages "${build_packages[@]}" "${check_packages[@]}"
 cmake --preset asan >/dev/null
 cmake --build --preset asan --target pelmora >/dev/null
 
-# Reading the headers takes most of the time, so sources are read together as the asan build compiles them.
+# Reading the headers takes most of the time, so each target's sources are read as one.
 sources=$(mktemp -d)
 trap 'rm -rf "$sources"' EXIT
 mkdir "$sources/rooms" "$sources/tests"

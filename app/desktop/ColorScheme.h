@@ -18,10 +18,8 @@ public:
     /// Asks the portal, without waiting for its answer, and listens to it from then on.
     void start();
 
-private Q_SLOTS:
-    void noteChange(const QDBusMessage& change);
-
 private:
+    Q_SLOT void noteChange(const QDBusMessage& change);
     void follow(const QVariant& value);
 
     bool m_hasChanged = false;       // since the start

@@ -25,10 +25,8 @@ Q_SIGNALS:
     void resumed();
 
 private:
+    Q_SLOT void prepareForSleep(bool isStarting);
     void followSession(const QString& path);
 
     std::unique_ptr<QDBusConnection> m_bus;
-
-private Q_SLOTS:
-    void prepareForSleep(bool isStarting);
 };

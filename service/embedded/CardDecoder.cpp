@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::unexpected<CardGap> damage(const QString& explanation)
+std::unexpected<CardGap> damagedContent(const QString& explanation)
 {
     return std::unexpected(CardGap{CardGap::Kind::Damaged, explanation, {}});
 }
@@ -115,7 +115,7 @@ std::expected<CardTree, CardGap> CardDecoder::document() const
     const Objects* list = objects(first.file);
     const CardRecords beneficiaries = list == nullptr ? CardRecords() : findTlv(*list, first.record);
     if (beneficiaries.size() > CardElements::mostBeneficiaries)
-        return damage(u"plus de %1 bénéficiaires"_s.arg(CardElements::mostBeneficiaries));
+        return damagedContent(u"plus de %1 bénéficiaires"_s.arg(CardElements::mostBeneficiaries));
     if (Result added = addBeneficiaries(document, beneficiaries); !added)
         return std::unexpected(std::move(added.error()));
     return document;
@@ -137,7 +137,7 @@ CardDecoder::Result CardDecoder::addBeneficiaries(CardTree& document, const Card
             if (record == nullptr)
                 continue;
             if (Result added = addRecord(element, m_map->beneficiaries[source], *record); !added)
-                return damage(u"bénéficiaire %1 : %2"_s.arg(number + 1).arg(added.error().explanation));
+                return damagedContent(u"bénéficiaire %1 : %2"_s.arg(number + 1).arg(added.error().explanation));
         }
     }
     return {};
@@ -156,7 +156,7 @@ std::expected<CardRecords, CardGap> CardDecoder::recordsOf(const CardRecordSourc
     if (linked)
         return *std::move(linked);
     const QString place = source.file.isEmpty() ? u"fichiers désignés"_s : u"fichier « %1 »"_s.arg(source.file);
-    return damage(u"%1, %2"_s.arg(place, linked.error()));
+    return damagedContent(u"%1, %2"_s.arg(place, linked.error()));
 }
 
 bool CardDecoder::knowsBeneficiaries() const
@@ -169,14 +169,14 @@ CardDecoder::Result CardDecoder::parseNamed(const CardFile& file, QByteArrayView
 {
     auto objects = parseTlv(bytes);
     if (!objects)
-        return damage(u"fichier « %1 » : %2"_s.arg(file.name, describeTlvFault(objects.error())));
+        return damagedContent(u"fichier « %1 » : %2"_s.arg(file.name, describeTlvFault(objects.error())));
     const bool isOfRecords =
         std::ranges::find(m_map->beneficiaries, file.name, &CardRecordSource::file) != m_map->beneficiaries.end();
     // A file without records is filled with erased bytes. A file without any bytes was not read.
     if (isOfRecords && file.required && bytes.isEmpty())
-        return damage(u"fichier « %1 » : vide"_s.arg(file.name));
+        return damagedContent(u"fichier « %1 » : vide"_s.arg(file.name));
     if (const std::optional<QString> tags = isOfRecords ? unexpectedObject(*m_map, file, *objects) : std::nullopt)
-        return damage(u"fichier « %1 » : objet inattendu %2"_s.arg(file.name, *tags));
+        return damagedContent(u"fichier « %1 » : objet inattendu %2"_s.arg(file.name, *tags));
     m_named.emplace(file.name, *std::move(objects));
     return {};
 }
@@ -195,7 +195,7 @@ CardDecoder::Result CardDecoder::parsePointed(const CardFileId& id, QByteArrayVi
     };
     if (std::ranges::none_of(m_map->beneficiaries, beginsSo))
         return {};
-    return damage(u"fichier %1 : %2"_s.arg(cardFileNumber(id), describeTlvFault(objects.error())));
+    return damagedContent(u"fichier %1 : %2"_s.arg(cardFileNumber(id), describeTlvFault(objects.error())));
 }
 
 const CardDecoder::Objects* CardDecoder::objects(const QString& name) const
@@ -210,12 +210,12 @@ CardDecoder::Result CardDecoder::addField(CardTree& element, const CardField& fi
 {
     const CardRecords found = findTlv(objects, field.tags);
     if (found.size() > 1)
-        return damage(u"le champ « %1 » est là plusieurs fois"_s.arg(field.path));
+        return damagedContent(u"le champ « %1 » est là plusieurs fois"_s.arg(field.path));
     // If several places fill one element, the first value is used.
     if (found.empty() || !element.textAt(field.path).isEmpty())
         return {};
     const auto refusal = [&field] {
-        return damage(u"le champ « %1 » n’est pas de la forme attendue"_s.arg(field.path));
+        return damagedContent(u"le champ « %1 » n’est pas de la forme attendue"_s.arg(field.path));
     };
     const std::optional<QString> text = cardText(field.form, found.front()->value);
     if (!text)

@@ -19,7 +19,7 @@ constexpr qsizetype entrySize = 2;
 constexpr qsizetype applicationOffset = 4;
 constexpr qsizetype longestApplication = 16;
 constexpr qsizetype nameSize = 8;
-constexpr qsizetype fileSize = 2;
+constexpr qsizetype fileNumberSize = 2;
 
 using Applications = std::map<QByteArray, QByteArray>; // names by entry
 
@@ -61,13 +61,13 @@ std::expected<std::vector<PointedFile>, QString> parsePointersFile(QByteArrayVie
         for (const TlvObject& object : directory.children) {
             if (object.tag != fileTag)
                 continue;
-            if (object.value.size() != nameSize + entrySize + fileSize)
+            if (object.value.size() != nameSize + entrySize + fileNumberSize)
                 return std::unexpected(u"fichier mal désigné"_s);
             const auto found = applications->find(object.value.sliced(nameSize, entrySize).toByteArray());
             if (found == applications->end())
                 return std::unexpected(u"fichier d’une application sans nom"_s);
             files.push_back({object.value.first(nameSize).trimmed().toByteArray(),
-                             {found->second, qFromBigEndian<quint16>(object.value.last(fileSize).data())}});
+                             {found->second, qFromBigEndian<quint16>(object.value.last(fileNumberSize).data())}});
         }
     }
     if (!hasDirectory)
