@@ -16,6 +16,7 @@ class DiagnosisWindow final : public QDialog
 public:
     /// The program with its argument first; its environment as "NAME=value".
     DiagnosisWindow(const QStringList& command, const QStringList& environment, QWidget* parent);
+    Q_DISABLE_COPY_MOVE(DiagnosisWindow)
     ~DiagnosisWindow() override;
 
     /// The shown window over that one, which comes to the front if it is open.
