@@ -31,7 +31,7 @@ SCARD_READERSTATE stateOf(const char* reader)
 }
 
 // The reader whose state stands for the number of readers.
-constexpr const char* allReaders = "\\\\?PnP?\\Notification";
+constexpr const char* allReaders = R"(\\?PnP?\Notification)";
 constexpr unsigned countShift = 16; // of the number of movements in a state
 
 bool isSet(const SCARD_READERSTATE& state, DWORD flag)

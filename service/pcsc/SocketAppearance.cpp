@@ -14,8 +14,8 @@ constexpr std::uint32_t watchedChanges = IN_CREATE | IN_MOVED_TO | IN_ATTRIB | I
 
 } // namespace
 
-SocketAppearance::SocketAppearance(QByteArray socketPath)
-    : m_folder(QFile::encodeName(QFileInfo(QFile::decodeName(std::move(socketPath))).path()))
+SocketAppearance::SocketAppearance(const QByteArray& socketPath)
+    : m_folder(QFile::encodeName(QFileInfo(QFile::decodeName(socketPath)).path()))
     , m_changes(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
 {
 }

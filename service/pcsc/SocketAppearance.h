@@ -10,7 +10,7 @@
 class SocketAppearance final
 {
 public:
-    explicit SocketAppearance(QByteArray socketPath);
+    explicit SocketAppearance(const QByteArray& socketPath);
 
     /// Notices changes from here on. Calls after the first one add the socket's folder if it was made meanwhile.
     void arm();

@@ -16,8 +16,8 @@ class FakeNotifications final : public QObject
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
 
 public:
-    // The parameters of the desktop's interface.
-    // NOLINTNEXTLINE(readability-function-size)
+    // The name and the parameters of the desktop's interface.
+    // NOLINTNEXTLINE(readability-function-size, readability-identifier-naming)
     Q_SCRIPTABLE uint Notify(const QString& application, uint replaced, const QString& icon, const QString& title,
                              const QString& body, const QStringList& actions, const QVariantMap& hints, int time)
     {

@@ -49,6 +49,7 @@ public:
         m_bus.send(message);
     }
 
+    // NOLINTNEXTLINE(readability-identifier-naming): the name of logind's interface
     Q_SCRIPTABLE QDBusObjectPath GetSession(const QString& name)
     {
         asked.append(name);
