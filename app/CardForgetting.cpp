@@ -1,7 +1,6 @@
 #include "app/CardForgetting.h"
 
 #include "app/CardOccupation.h"
-#include "app/desktop/SessionEvents.h"
 #include "prefs/settings/MVSettings.h"
 
 #include <algorithm>
@@ -27,8 +26,6 @@ CardForgetting::CardForgetting(const UserDefaults& settings, const CardOccupatio
     connect(&m_occupied, &QTimer::timeout, this, &CardForgetting::forget);
 }
 
-CardForgetting::~CardForgetting() = default;
-
 void CardForgetting::cardShown(PanelLine::CardOrigin origin)
 {
     m_shown = origin;
@@ -43,16 +40,14 @@ void CardForgetting::cardLeft()
         forget();
 }
 
+void CardForgetting::sessionLeft()
+{
+    if (MVSettings::booleanPreferencesForKey(m_settings, Settings::forgetOnLock))
+        forget();
+}
+
 void CardForgetting::followSettings()
 {
-    if (!MVSettings::booleanPreferencesForKey(m_settings, Settings::forgetOnLock)) {
-        m_session.reset();
-    } else if (!m_session) {
-        m_session = std::make_unique<SessionEvents>();
-        connect(m_session.get(), &SessionEvents::locked, this, &CardForgetting::forget);
-        connect(m_session.get(), &SessionEvents::aboutToSleep, this, &CardForgetting::forget);
-        connect(m_session.get(), &SessionEvents::resumed, this, &CardForgetting::resumed);
-    }
     restartTime();
 }
 

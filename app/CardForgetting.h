@@ -5,10 +5,9 @@
 #include <QObject>
 #include <QTimer>
 
-#include <memory>
+#include <optional>
 
 class CardOccupation;
-class SessionEvents;
 class UserDefaults;
 
 /// When the shown card is to be forgotten, as the settings say: when it leaves the reader, when the session is locked
@@ -22,20 +21,20 @@ public:
     /// Both must outlive it.
     CardForgetting(const UserDefaults& settings, const CardOccupation& occupation);
     Q_DISABLE_COPY(CardForgetting)
-    ~CardForgetting() override;
+    ~CardForgetting() override = default;
 
     /// A card is shown, in place of the earlier one.
     void cardShown(PanelLine::CardOrigin origin);
     /// A card has left the reader.
     void cardLeft();
-    /// The settings may have changed: the bus is used only while it is needed, and the minutes count again.
+    /// The session is locked, or the machine goes to sleep.
+    void sessionLeft();
+    /// The settings may have changed: the minutes count again.
     void followSettings();
 
 Q_SIGNALS:
     /// The shown card is to be forgotten now.
     void due();
-    /// The machine was asleep.
-    void resumed();
 
 private:
     void forget();
@@ -43,7 +42,6 @@ private:
 
     const UserDefaults& m_settings;
     const CardOccupation& m_occupation;
-    std::unique_ptr<SessionEvents> m_session; // null while no setting needs it
     std::optional<PanelLine::CardOrigin> m_shown;
     QTimer m_time{this};     // until the shown card is forgotten
     QTimer m_occupied{this}; // looks again whether the card is still used

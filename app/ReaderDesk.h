@@ -10,9 +10,10 @@
 
 class LVitAccess;
 class ReadWorkflow;
+class SessionEvents;
 
 /// What follows when cards come and leave: the window shows the reader's state, a card is read by itself or forgotten,
-/// as the settings say. Main thread only.
+/// as the settings say. After the machine's sleep the reader is bound again. Main thread only.
 class ReaderDesk final : public QObject
 {
     Q_OBJECT
@@ -31,9 +32,9 @@ public:
     Q_DISABLE_COPY(ReaderDesk)
     ~ReaderDesk() override;
 
-    /// Follows the client's reader until stop().
+    /// Follows the client's reader and the user's session until stop().
     void start(std::shared_ptr<LVitAccess> client);
-    void stop() { m_observer.reset(); }
+    void stop();
 
     /// A card is shown, in place of the earlier one.
     void cardShown(PanelLine::CardOrigin origin) { m_forgetting.cardShown(origin); }
@@ -48,9 +49,11 @@ Q_SIGNALS:
 private:
     void follow(const ReaderChange& change);
     void readInsertedCard();
+    void followSession();
 
     Surroundings m_with;
     CardForgetting m_forgetting;
     UnattendedRead m_unattendedRead;
     std::unique_ptr<ReaderObserver> m_observer;
+    std::unique_ptr<SessionEvents> m_session; // null before the start has ended
 };

@@ -130,6 +130,17 @@ private Q_SLOTS:
         QCOMPARE(subject.due.size(), 0);
     }
 
+    void theEndOfTheSessionForgetsTheCardOnlyIfTheUserWantsThat()
+    {
+        Subject subject;
+        subject.forgetting.cardShown(PanelLine::CardOrigin::File);
+        subject.forgetting.sessionLeft();
+        QCOMPARE(subject.due.size(), 0);
+        MVSettings::setPreferencesWithBooleanValue(subject.desk.settings, Settings::forgetOnLock, true);
+        subject.forgetting.sessionLeft();
+        QCOMPARE(subject.due.size(), 1);
+    }
+
     void theMinutesCountFromTheCardOnAndFromTheirChange()
     {
         Subject subject;
