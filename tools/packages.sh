@@ -5,7 +5,7 @@ build_packages=(
     qt6-base-dev qt6-svg-dev libxml2-dev libplist-dev libfmt-dev libcups2-dev libsodium-dev libxcb1-dev
     libpcsclite-dev libseccomp-dev
     # The document: its objects, its texts, its colours.
-    libqpdf-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev liblcms2-dev zlib1g-dev
+    libharfbuzz-dev libfribidi-dev libfontconfig-dev liblcms2-dev libdeflate-dev zlib1g-dev
     # French texts of Qt's own dialogs.
     qt6-translations-l10n
     # The page's fonts are cut from Roboto when the program is built.

@@ -18,8 +18,8 @@ void showAboutBox(QWidget* window)
         "à voir, à imprimer ou à enregistrer.</p>"
         "<p>Les données de la carte ne quittent pas cet ordinateur.</p>"
         "<p>MORVEL</p>"
-        "<p><small>Avec Qt, FriBidi et libplist (LGPL), PC/SC Lite (BSD), libsodium (ISC), libxml2, HarfBuzz et "
-        "fmt (MIT), qpdf et CUPS (Apache\u00A02.0). La police de l’attestation est tirée de Roboto (Apache\u00A02.0).</small></p>"_s);
+        "<p><small>Avec Qt, FriBidi et libplist (LGPL), PC/SC Lite (BSD), libsodium (ISC), libxml2, HarfBuzz, "
+        "libdeflate et fmt (MIT), CUPS (Apache\u00A02.0). La police de l’attestation est tirée de Roboto (Apache\u00A02.0).</small></p>"_s);
     box->setIconPixmap(window->windowIcon().pixmap(iconSide));
     box->setDefaultButton(box->addButton(u"OK"_s, QMessageBox::AcceptRole));
     box->setAttribute(Qt::WA_DeleteOnClose);

@@ -2,20 +2,20 @@
 
 #include "attestation/document/PdfContent.h"
 #include "attestation/document/PdfDescription.h"
+#include "attestation/document/PdfFile.h"
+#include "attestation/document/PdfNumber.h"
 #include "attestation/document/PdfStructure.h"
 #include "attestation/page/AttestationLayout.h"
 #include "attestation/page/SchemeLogos.h"
 #include "card/PelmoraError.h"
 #include "support/MXLog.h"
 
-#include <qpdf/QPDF.hh>
-#include <qpdf/QPDFWriter.hh>
+#include <fmt/format.h>
 
-#include <exception>
+#include <optional>
 #include <string>
 
 using namespace Qt::StringLiterals;
-using Object = QPDFObjectHandle;
 
 namespace {
 
@@ -24,62 +24,43 @@ Error documentError(const QString& text)
     return {PelmoraError::domain, PelmoraError::internalError().code(), text};
 }
 
+std::string boxOf(QSizeF size)
+{
+    return fmt::format("[0 0 {} {}]", pdfNumber(size.width()), pdfNumber(size.height()));
+}
+
 // The logo's drawing, for the content to show at its place.
-Object logoForm(const VectorImage& logo, QPDF& document)
+PdfReference addLogo(PdfFile& file, const VectorImage& logo)
 {
-    Object form = Object::newStream(&document, logo.operators.toStdString());
-    const auto length = [](double value) { return Object::newReal(value, 2); };
-    const Object box = Object::newArray(
-        {Object::newInteger(0), Object::newInteger(0), length(logo.size.width()), length(logo.size.height())});
-    Object dictionary = form.getDict();
-    dictionary.replaceKey("/Type", Object::newName("/XObject"));
-    dictionary.replaceKey("/Subtype", Object::newName("/Form"));
-    dictionary.replaceKey("/BBox", box);
-    dictionary.replaceKey("/Resources", Object::newDictionary());
-    return form;
+    return file.addStream(std::string_view(logo.operators.constData(), std::size_t(logo.operators.size())),
+                          fmt::format("/Type /XObject /Subtype /Form /BBox {} /Resources << >> ", boxOf(logo.size)));
 }
 
-Object addSheet(QPDF& document, QSizeF size)
-{
-    const auto length = [](double value) { return Object::newReal(value, 2); };
-    const Object page = document.makeIndirectObject(Object::newDictionary({
-        {"/Type", Object::newName("/Page")},
-        {"/MediaBox",
-         Object::newArray({Object::newInteger(0), Object::newInteger(0), length(size.width()), length(size.height())})},
-        {"/StructParents", Object::newInteger(0)},
-        {"/Tabs", Object::newName("/S")},
-    }));
-    document.addPage(page, false);
-    return document.getAllPages().front();
-}
-
-void fillSheet(QPDF& document, Object sheet, const AttestationPage& page, const PageFonts& pageFonts,
-               const PaperSheet& paper)
+// All but the information dictionary. Nothing when a font cannot be cut or the structure does not hold all that is
+// marked.
+std::optional<PdfReference> addDocument(PdfFile& file, const AttestationPage& page, const PageFonts& pageFonts,
+                                        const PaperSheet& paper, const std::string& description)
 {
     PdfFonts fonts;
     PdfContent content(paper, fonts);
     content.paint(AttestationLayout::drawRect(page, attestationPageSize, pageFonts));
 
-    Object resources = Object::newDictionary({{"/Font", fonts.embedIn(document)}});
-    if (page.logo)
-        resources.replaceKey("/XObject",
-                             Object::newDictionary({{logoFormName, logoForm(*page.logo->image, document)}}));
-    sheet.replaceKey("/Resources", resources);
-    sheet.replaceKey("/Contents", Object::newStream(&document, content.stream()));
-    document.getRoot().replaceKey("/StructTreeRoot", structureTree(page, content.marks(), document, sheet));
-}
-
-QByteArray written(QPDF& document)
-{
-    QPDFWriter writer(document);
-    writer.setOutputMemory();
-    writer.setMinimumPDFVersion("1.4");
-    writer.setObjectStreamMode(qpdf_o_disable);
-    writer.setNewlineBeforeEndstream(true);
-    writer.setDeterministicID(true);
-    writer.write();
-    const auto bytes = writer.getBufferSharedPointer();
-    return {reinterpret_cast<const char*>(bytes->getBuffer()), qsizetype(bytes->getSize())};
+    const PdfReference sheet = file.reserve();
+    const std::optional<std::string> fontEntries = fonts.embedIn(file);
+    const std::optional<PdfReference> structure = addStructureTree(file, page, content.marks(), sheet);
+    if (!fontEntries || !structure)
+        return std::nullopt;
+    const std::string logo =
+        page.logo ? fmt::format("/XObject << {} {} >> ", logoFormName, addLogo(file, *page.logo->image).text())
+                  : std::string();
+    const PdfReference sheets = file.reserve();
+    file.set(sheet, fmt::format("<< /Type /Page /Parent {} /MediaBox {} /StructParents 0 /Tabs /S "
+                                "/Resources << /Font << {}>> {}>> /Contents {} >>",
+                                sheets.text(), boxOf(paper.size()), *fontEntries, logo,
+                                file.addStream(content.stream()).text()));
+    file.set(sheets, fmt::format("<< /Type /Pages /Kids [{}] /Count 1 >>", sheet.text()));
+    return file.add(fmt::format("<< /Type /Catalog /Pages {} /StructTreeRoot {} {} >>", sheets.text(),
+                                structure->text(), description));
 }
 
 } // namespace
@@ -91,15 +72,12 @@ std::expected<QByteArray, Error> renderAttestationPdf(const AttestationPage& pag
         return std::unexpected(
             documentError(u"Le logo du régime (%1) est abîmé. Réinstallez l'application."_s.arg(page.logo->name)));
     }
-    // The library tells what it cannot do by exceptions.
-    try {
-        QPDF document;
-        document.emptyPDF();
-        describeDocument(document, time);
-        fillSheet(document, addSheet(document, sheet.size()), page, fonts, sheet);
-        return written(document);
-    } catch (const std::exception& exception) {
-        MXLog::logError("The document cannot be made: {}", exception.what());
+    PdfFile file;
+    const PdfReference information = addInformation(file, time);
+    const std::optional<PdfReference> catalog = addDocument(file, page, fonts, sheet, catalogDescription(file, time));
+    if (!catalog) {
+        MXLog::logError("The document cannot be made: a font cannot be cut, or a text has no place in the structure.");
         return std::unexpected(documentError(u"Le document PDF n'a pas pu être préparé."_s));
     }
+    return std::move(file).finished(*catalog, information);
 }

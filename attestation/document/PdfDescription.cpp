@@ -1,15 +1,15 @@
 #include "attestation/document/PdfDescription.h"
 
+#include "attestation/document/PdfNumber.h"
 #include "attestation/document/SrgbProfile.h"
 #include "attestation/page/AttestationPage.h"
 
-#include <qpdf/QPDF.hh>
+#include <fmt/format.h>
 
 #include <cstdlib>
 #include <string>
 
 using namespace Qt::StringLiterals;
-using Object = QPDFObjectHandle;
 
 namespace {
 
@@ -70,48 +70,30 @@ QByteArray metadata(const QDateTime& time)
     return text.arg(attestationTitle, program, made, QChar(QChar::ByteOrderMark)).toUtf8();
 }
 
-Object streamOfType(QPDF& document, const char* type, const std::string& bytes)
-{
-    Object stream = Object::newStream(&document, bytes);
-    stream.getDict().replaceKey("/Type", Object::newName(type));
-    return stream;
-}
-
 // PDF/A: what the numbers of the colours mean.
-Object outputIntent(QPDF& document)
+std::string outputIntent(PdfFile& file)
 {
-    constexpr auto space = "sRGB IEC61966-2.1";
-    constexpr int channels = 3;
-    Object profile = Object::newStream(&document);
-    profile.replaceStreamData(deflatedSrgbProfile(), Object::newName("/FlateDecode"), Object::newNull());
-    profile.getDict().replaceKey("/N", Object::newInteger(channels));
-    return Object::newDictionary({{"/Type", Object::newName("/OutputIntent")},
-                                  {"/S", Object::newName("/GTS_PDFA1")},
-                                  {"/OutputConditionIdentifier", Object::newString(space)},
-                                  {"/Info", Object::newString(space)},
-                                  {"/DestOutputProfile", profile}});
+    constexpr auto space = "(sRGB IEC61966-2.1)";
+    const PdfReference profile = file.addStream(deflatedSrgbProfile(), "/N 3 ", PdfFile::Compression::Done);
+    return fmt::format("<< /Type /OutputIntent /S /GTS_PDFA1 /OutputConditionIdentifier {} /Info {} "
+                       "/DestOutputProfile {} >>",
+                       space, space, profile.text());
 }
 
 } // namespace
 
-void describeDocument(QPDF& document, const QDateTime& time)
+PdfReference addInformation(PdfFile& file, const QDateTime& time)
 {
-    const Object made = Object::newString(pdfTime(time));
-    const Object maker = Object::newString(program.data());
-    document.getTrailer().replaceKey(
-        "/Info", document.makeIndirectObject(Object::newDictionary(
-                     {{"/Title", Object::newUnicodeString(attestationTitle.toString().toStdString())},
-                      {"/Creator", maker},
-                      {"/Producer", maker},
-                      {"/CreationDate", made},
-                      {"/ModDate", made}})));
+    const std::string made = pdfTime(time);
+    return file.add(fmt::format("<< /Title {} /Creator ({}) /Producer ({}) /CreationDate ({}) /ModDate ({}) >>",
+                                pdfString(attestationTitle), program.data(), program.data(), made, made));
+}
 
-    Object catalog = document.getRoot();
-    catalog.replaceKey("/Lang", Object::newString("fr-FR"));
-    catalog.replaceKey("/MarkInfo", Object::newDictionary({{"/Marked", Object::newBool(true)}}));
-    catalog.replaceKey("/ViewerPreferences", Object::newDictionary({{"/DisplayDocTitle", Object::newBool(true)}}));
-    Object description = streamOfType(document, "/Metadata", metadata(time).toStdString());
-    description.getDict().replaceKey("/Subtype", Object::newName("/XML"));
-    catalog.replaceKey("/Metadata", description);
-    catalog.replaceKey("/OutputIntents", Object::newArray({outputIntent(document)}));
+std::string catalogDescription(PdfFile& file, const QDateTime& time)
+{
+    const PdfReference description =
+        file.addStream(metadata(time).toStdString(), "/Type /Metadata /Subtype /XML ", PdfFile::Compression::None);
+    return fmt::format("/Lang (fr-FR) /MarkInfo << /Marked true >> /ViewerPreferences << /DisplayDocTitle true >> "
+                       "/Metadata {} /OutputIntents [{}]",
+                       description.text(), outputIntent(file));
 }

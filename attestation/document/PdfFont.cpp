@@ -4,16 +4,13 @@
 
 #include <QCryptographicHash>
 #include <QtEndian>
-#include <qpdf/QPDF.hh>
+#include <fmt/format.h>
 
 #include <array>
 #include <memory>
-#include <stdexcept>
 
 #include <hb-ot.h>
 #include <hb-subset.h>
-
-using Object = QPDFObjectHandle;
 
 namespace {
 
@@ -38,16 +35,6 @@ void dropLayoutTables(hb_subset_input_t* input)
         hb_set_add(dropped, tag);
 }
 
-Object streamOf(QPDF& document, const std::string& bytes)
-{
-    return Object::newStream(&document, bytes);
-}
-
-Object real(double value)
-{
-    return Object::parse(pdfNumber(value));
-}
-
 } // namespace
 
 unsigned PdfFont::codeOf(hb_codepoint_t glyph, QStringView text)
@@ -63,11 +50,11 @@ unsigned PdfFont::codeOf(hb_codepoint_t glyph, QStringView text)
     return codes.emplace_back(unsigned(m_characters.size()));
 }
 
-PdfFont::Cut PdfFont::cutFace() const
+std::optional<PdfFont::Cut> PdfFont::cutFace() const
 {
     const InputPtr input(hb_subset_input_create_or_fail(), &hb_subset_input_destroy);
     if (!input)
-        throw std::bad_alloc();
+        return std::nullopt;
     hb_set_t* kept = hb_subset_input_glyph_set(input.get());
     hb_set_add(kept, 0);
     for (const Character& character : m_characters)
@@ -77,10 +64,10 @@ PdfFont::Cut PdfFont::cutFace() const
 
     const PlanPtr plan(hb_subset_plan_create_or_fail(m_face.face(), input.get()), &hb_subset_plan_destroy);
     if (!plan)
-        throw std::runtime_error("a font cannot be cut");
+        return std::nullopt;
     const FacePtr face(hb_subset_plan_execute_or_fail(plan.get()), &hb_face_destroy);
     if (!face)
-        throw std::runtime_error("a font cannot be cut");
+        return std::nullopt;
     const BlobPtr blob(hb_face_reference_blob(face.get()), &hb_blob_destroy);
     unsigned length = 0;
     const char* bytes = hb_blob_get_data(blob.get(), &length);
@@ -118,44 +105,39 @@ std::string PdfFont::name() const
 }
 
 // For readers that look for a similar font. This document's own is always there.
-Object PdfFont::descriptor(QPDF& document, const std::string& file) const
+PdfReference PdfFont::addDescriptor(PdfFile& file, const std::string& fontFile, const std::string& name) const
 {
     constexpr int symbolic = 4;
     constexpr int usualStem = 80;
     const BlobPtr head(hb_face_reference_table(m_face.face(), HB_TAG('h', 'e', 'a', 'd')), &hb_blob_destroy);
     unsigned length = 0;
     const char* bytes = hb_blob_get_data(head.get(), &length);
-    Object box = Object::newArray();
+    std::string box;
     constexpr unsigned boxOffset = 36;
     for (unsigned i = 0; i < 4; ++i) {
         const unsigned at = boxOffset + 2 * i;
-        const qint16 value = at + 2 <= length ? qFromBigEndian<qint16>(bytes + at) : qint16(0);
-        box.appendItem(real(inThousandths(value)));
+        box += ' ' + inThousandths(at + 2 <= length ? qFromBigEndian<qint16>(bytes + at) : 0);
     }
-
-    Object fontFile = streamOf(document, file);
-    fontFile.getDict().replaceKey("/Length1", Object::newInteger(qint64(file.size())));
-    return document.makeIndirectObject(Object::newDictionary({
-        {"/Type", Object::newName("/FontDescriptor")},
-        {"/FontName", Object::newName('/' + name())},
-        {"/Flags", Object::newInteger(symbolic)},
-        {"/FontBBox", box},
-        {"/ItalicAngle", Object::newInteger(0)},
-        {"/Ascent", real(inThousandths(m_face.ascent()))},
-        {"/Descent", real(-inThousandths(m_face.descent()))},
-        {"/CapHeight", real(inThousandths(m_face.ascent()))},
-        {"/StemV", Object::newInteger(usualStem)},
-        {"/CIDSet", streamOf(document, cidSet())},
-        {"/FontFile2", fontFile},
-    }));
+    const std::string ascent = inThousandths(m_face.ascent());
+    return file.add(
+        fmt::format("<< /Type /FontDescriptor /FontName /{} /Flags {} /FontBBox [{}] /ItalicAngle 0 /Ascent {} "
+                    "/Descent {} /CapHeight {} /StemV {} /CIDSet {} /FontFile2 {} >>",
+                    name, symbolic, box, ascent, inThousandths(-m_face.descent()), ascent, usualStem,
+                    file.addStream(cidSet()).text(),
+                    file.addStream(fontFile, fmt::format("/Length1 {} ", fontFile.size())).text()));
 }
 
-Object PdfFont::widths() const
+std::string PdfFont::widths() const
 {
-    Object widths = Object::newArray();
+    std::string widths;
     for (unsigned code = 0; code < codeCount(); ++code)
-        widths.appendItem(real(inThousandths(m_face.advanceOf(glyphOf(code)))));
-    return Object::newArray({Object::newInteger(0), widths});
+        widths += ' ' + inThousandths(m_face.advanceOf(glyphOf(code)));
+    return widths;
+}
+
+std::string PdfFont::inThousandths(double units) const
+{
+    return pdfNumber(units * 1000 / m_face.unitsPerEm());
 }
 
 // A bit for each character that the font has, the first in the highest bit.
@@ -184,29 +166,21 @@ std::string PdfFont::toUnicode() const
     return map + "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend\n";
 }
 
-Object PdfFont::embedIn(QPDF& document) const
+std::optional<PdfReference> PdfFont::embedIn(PdfFile& file) const
 {
-    const Cut cut = cutFace();
-    const Object fontName = Object::newName('/' + name());
+    const std::optional<Cut> cut = cutFace();
+    if (!cut)
+        return std::nullopt;
     std::string glyphs;
-    for (const unsigned glyph : cut.glyphs)
+    for (const unsigned glyph : cut->glyphs)
         glyphs += {char(glyph >> 8U), char(glyph & 0xffU)};
-    const Object descendant = Object::newDictionary({
-        {"/Type", Object::newName("/Font")},
-        {"/Subtype", Object::newName("/CIDFontType2")},
-        {"/BaseFont", fontName},
-        {"/CIDSystemInfo", Object::parse("<< /Registry (Adobe) /Ordering (Identity) /Supplement 0 >>")},
-        {"/FontDescriptor", descriptor(document, cut.file)},
-        {"/DW", Object::newInteger(0)},
-        {"/W", widths()},
-        {"/CIDToGIDMap", streamOf(document, glyphs)},
-    });
-    return document.makeIndirectObject(Object::newDictionary({
-        {"/Type", Object::newName("/Font")},
-        {"/Subtype", Object::newName("/Type0")},
-        {"/BaseFont", fontName},
-        {"/Encoding", Object::newName("/Identity-H")},
-        {"/DescendantFonts", Object::newArray({document.makeIndirectObject(descendant)})},
-        {"/ToUnicode", streamOf(document, toUnicode())},
-    }));
+    const std::string fontName = name();
+    const PdfReference descendant = file.add(fmt::format(
+        "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /{} "
+        "/CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) /Supplement 0 >> "
+        "/FontDescriptor {} /DW 0 /W [0 [{}]] /CIDToGIDMap {} >>",
+        fontName, addDescriptor(file, cut->file, fontName).text(), widths(), file.addStream(glyphs).text()));
+    return file.add(fmt::format(
+        "<< /Type /Font /Subtype /Type0 /BaseFont /{} /Encoding /Identity-H /DescendantFonts [{}] /ToUnicode {} >>",
+        fontName, descendant.text(), file.addStream(toUnicode()).text()));
 }

@@ -1,15 +1,14 @@
 #pragma once
 
+#include "attestation/document/PdfFile.h"
 #include "attestation/text/FontFace.h"
 
 #include <QString>
-#include <qpdf/QPDFObjectHandle.hh>
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
-
-class QPDF;
 
 /// A font of a document: those glyphs of a face that the document shows, each under a code of its own for each text
 /// that it stands for, so that what is read back is the text that was shown.
@@ -25,9 +24,9 @@ public:
     /// codes.
     [[nodiscard]] unsigned codeOf(hb_codepoint_t glyph, QStringView text);
 
-    /// The font's dictionary, with its file, for the codes that were asked for. Throws when memory is short or the face
-    /// cannot be cut.
-    [[nodiscard]] QPDFObjectHandle embedIn(QPDF& document) const;
+    /// The font's dictionary, with its font file, for the codes that were asked for. Nothing when the face cannot be
+    /// cut.
+    [[nodiscard]] std::optional<PdfReference> embedIn(PdfFile& file) const;
 
 private:
     struct Character
@@ -44,13 +43,14 @@ private:
 
     [[nodiscard]] hb_codepoint_t glyphOf(unsigned code) const { return code == 0 ? 0 : m_characters[code - 1].glyph; }
     [[nodiscard]] unsigned codeCount() const { return unsigned(m_characters.size()) + 1; }
-    [[nodiscard]] Cut cutFace() const;
+    [[nodiscard]] std::optional<Cut> cutFace() const;
     [[nodiscard]] std::string name() const;
-    [[nodiscard]] QPDFObjectHandle descriptor(QPDF& document, const std::string& file) const;
-    [[nodiscard]] QPDFObjectHandle widths() const;
+    [[nodiscard]] PdfReference addDescriptor(PdfFile& file, const std::string& fontFile, const std::string& name) const;
+    [[nodiscard]] std::string widths() const;
     [[nodiscard]] std::string toUnicode() const;
     [[nodiscard]] std::string cidSet() const;
-    [[nodiscard]] double inThousandths(double units) const { return units * 1000 / m_face.unitsPerEm(); }
+    /// The font's units as thousandths of its size.
+    [[nodiscard]] std::string inThousandths(double units) const;
 
     const FontFace& m_face;
     std::vector<Character> m_characters; // of code 1 and on

@@ -20,10 +20,14 @@ PdfFonts::Named PdfFonts::fontFor(const FontFace& face)
     return {nameOf(index), *m_entries[index].font};
 }
 
-QPDFObjectHandle PdfFonts::embedIn(QPDF& document) const
+std::optional<std::string> PdfFonts::embedIn(PdfFile& file) const
 {
-    QPDFObjectHandle fonts = QPDFObjectHandle::newDictionary();
-    for (std::size_t index = 0; index < m_entries.size(); ++index)
-        fonts.replaceKey(nameOf(index), m_entries[index].font->embedIn(document));
-    return fonts;
+    std::string entries;
+    for (std::size_t index = 0; index < m_entries.size(); ++index) {
+        const std::optional<PdfReference> font = m_entries[index].font->embedIn(file);
+        if (!font)
+            return std::nullopt;
+        entries += nameOf(index) + ' ' + font->text() + ' ';
+    }
+    return entries;
 }

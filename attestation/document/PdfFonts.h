@@ -3,6 +3,7 @@
 #include "attestation/document/PdfFont.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,8 @@ public:
     };
     [[nodiscard]] Named fontFor(const FontFace& face);
 
-    /// The page's font dictionary.
-    [[nodiscard]] QPDFObjectHandle embedIn(QPDF& document) const;
+    /// The entries of the page's font dictionary. Nothing when a face cannot be cut.
+    [[nodiscard]] std::optional<std::string> embedIn(PdfFile& file) const;
 
 private:
     struct Entry

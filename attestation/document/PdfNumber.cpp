@@ -35,3 +35,8 @@ std::string hexadecimal(QStringView text)
         digits += hexadecimal(unsigned(unit.unicode()));
     return digits;
 }
+
+std::string pdfString(QStringView text)
+{
+    return "<FEFF" + hexadecimal(text) + '>';
+}

@@ -7,7 +7,7 @@ TOPS = ("platform", "support", "update", "card", "service", "prefs", "attestatio
 MOST_MODULES = 20
 # Libraries that a room may use.
 LIBRARIES = {"Qt Core", "Qt Gui", "Qt Widgets", "Qt Svg", "Qt Print Support", "Qt DBus", "Qt Network", "XCB", "PC/SC", "libcups",
-             "FriBidi", "HarfBuzz", "fontconfig", "libqpdf", "libplist", "libseccomp", "libsodium", "libxml2", "fmt", "nothing"}
+             "FriBidi", "HarfBuzz", "fontconfig", "libplist", "libseccomp", "libsodium", "libxml2", "libdeflate", "fmt", "nothing"}
 
 
 class Room:
