@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""pelmora --save as a whole process, beside the bare program that writes the same page; and many cards in one run.
+"""pelmora --save as a whole process, beside the bare program that writes the same page and the raw one that compresses
+and writes the finished page; and many cards in one run.
 
-Usage: bench-save.py PELMORA BARE RESOURCES
+Usage: bench-save.py PELMORA BARE RAW RESOURCES
 """
 
 import os
@@ -27,19 +28,19 @@ def run(command, environment):
     return seconds, usage.ru_maxrss / 1024
 
 
-def compare(pelmora, bare, environment):
-    """Both commands in turn, so that a slower moment of the machine falls on both."""
-    pairs = [(run(pelmora, environment), run(bare, environment)) for _ in range(RUNS + WARM_UP)][WARM_UP:]
-    for name, index in (("pelmora --save", 0), ("bare program", 1)):
-        seconds = statistics.median(pair[index][0] for pair in pairs)
-        memory = statistics.median(pair[index][1] for pair in pairs)
-        print(f"{name:16} {seconds * 1000:8.2f} ms {memory:8.1f} MiB")
-    ratio = statistics.median(ours[0] / floor[0] for ours, floor in pairs)
-    print(f"{'ratio':16} {ratio:8.2f}          (at most 0.60)")
+def compare(commands, environment):
+    """All commands in turn, so that a slower moment of the machine falls on all."""
+    rounds = [[run(command, environment) for command in commands] for _ in range(RUNS + WARM_UP)][WARM_UP:]
+    for name, index in (("pelmora --save", 0), ("bare program", 1), ("raw program", 2)):
+        seconds = statistics.median(each[index][0] for each in rounds)
+        memory = statistics.median(each[index][1] for each in rounds)
+        ratio = statistics.median(each[0][0] / each[index][0] for each in rounds)
+        target = {0: "(at most 16 MiB)", 1: f"x {ratio:.2f} (at most 0.60)", 2: f"x {ratio:.2f}"}[index]
+        print(f"{name:16} {seconds * 1000:8.2f} ms {memory:8.1f} MiB   {target}")
 
 
-def many_cards(pelmora, specimen, folder, environment):
-    """The same card under many names, all in one run."""
+def many_cards(pelmora, specimen, folder, disk, environment):
+    """The same card under many names, all in one run: in memory, then on the disk, which each document is flushed to."""
     with open(specimen, encoding="utf-8") as file:
         card = file.read()
     paths = []
@@ -48,14 +49,19 @@ def many_cards(pelmora, specimen, folder, environment):
         with open(path, "w", encoding="utf-8") as file:
             file.write(card.replace(">SPECIMEN<", f">SPECIMEN {number}<"))
         paths.append(path)
+    each = {}
     for count in (10, 100, 1000):
         seconds, memory = run([pelmora, "--save", os.path.join(folder, f"out-{count}"), *paths[:count]],
                               environment)
-        print(f"{count:5} cards {seconds:8.3f} s {seconds / count * 1000:8.2f} ms each {memory:8.1f} MiB")
+        each[count] = seconds / count * 1000
+        print(f"{count:5} cards {seconds:8.3f} s {each[count]:8.2f} ms each {memory:8.1f} MiB")
+    count = 100
+    seconds, _ = run([pelmora, "--save", os.path.join(disk, "out"), *paths[:count]], environment)
+    print(f"on the disk, its flush by itself {seconds / count * 1000 - each[count]:8.2f} ms each")
 
 
 def main():
-    pelmora, bare, resources = sys.argv[1:]
+    pelmora, bare, raw, resources = sys.argv[1:]
     specimen = os.path.join(resources, "specimen.xml")
     # In memory where there is such a folder: the programs are compared, not the disk, which pelmora waits for and the bare
     # program does not.
@@ -63,10 +69,16 @@ def main():
     with tempfile.TemporaryDirectory() as settings, tempfile.TemporaryDirectory(dir=memory) as folder:
         # Without the user's own settings: they can ask for a title, which the bare page has not.
         environment = {**os.environ, "XDG_CONFIG_HOME": settings}
-        compare([pelmora, "--save", os.path.join(folder, "out"), specimen],
-                [bare, resources, os.path.join(folder, "bare.pdf")], environment)
-        with tempfile.TemporaryDirectory() as cards:
-            many_cards(pelmora, specimen, cards, environment)
+        save = [pelmora, "--save", os.path.join(folder, "out"), specimen]
+        run(save, environment)
+        (document,) = os.listdir(os.path.join(folder, "out"))
+        uncompressed = os.path.join(folder, "uncompressed.pdf")
+        subprocess.run(["qpdf", "--stream-data=uncompress", os.path.join(folder, "out", document), uncompressed],
+                       check=True)
+        compare([save, [bare, resources, os.path.join(folder, "bare.pdf")],
+                 [raw, uncompressed, os.path.join(folder, "raw")]], environment)
+        with tempfile.TemporaryDirectory() as disk:
+            many_cards(pelmora, specimen, folder, disk, environment)
 
 
 main()

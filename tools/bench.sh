@@ -20,7 +20,7 @@ tests/e2e/in-own-network.sh bench/bench-card-read.py "$bench/bench_card_read" "$
 printf '\n== bin/pelmora, before the program that it starts\n'
 bench/bench-door.py "$stage/bin/pelmora"
 printf '\n== pelmora --save, whole process\n'
-bench/bench-save.py "$stage/bin/pelmora" "$bench/bench_bare_pdf" "$stage/share/pelmora"
+bench/bench-save.py "$stage/bin/pelmora" "$bench/bench_bare_pdf" "$bench/bench_raw_pdf" "$stage/share/pelmora"
 printf '\n== The attestation on the screen\n'
 for scale in 1 2; do
     QT_SCALE_FACTOR=$scale xvfb-run -a -s "-screen 0 3840x2160x24 -nolisten tcp" "$bench/bench_viewer"

@@ -48,6 +48,8 @@ bench_packages=(
     xvfb xauth openbox at-spi2-core dbus python3-gi gir1.2-atspi-2.0 procps libxcb-damage0-dev libxcb-xtest0-dev
     # A simulated card reader.
     pcscd vsmartcard-vpcd
+    # A document without compression.
+    qpdf
 )
 
 check_packages=(
