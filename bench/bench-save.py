@@ -33,6 +33,7 @@ def compare(commands, environment):
     rounds = [[run(command, environment) for command in commands] for _ in range(RUNS + WARM_UP)][WARM_UP:]
     for name, index in (("pelmora --save", 0), ("bare program", 1), ("raw program", 2)):
         seconds = statistics.median(each[index][0] for each in rounds)
+        # A program of less memory than this one's shows this one's, which it has until it is started.
         memory = statistics.median(each[index][1] for each in rounds)
         ratio = statistics.median(each[0][0] / each[index][0] for each in rounds)
         target = {0: "(at most 16 MiB)", 1: f"x {ratio:.2f} (at most 0.60)", 2: f"x {ratio:.2f}"}[index]
