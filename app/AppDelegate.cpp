@@ -2,31 +2,20 @@
 
 #include "app/WindowRequests.h"
 #include "app/models/CardFile.h"
-#include "app/models/CardSummary.h"
 #include "app/models/OutsideFolders.h"
 #include "app/models/ReaderText.h"
 #include "app/models/StatusMenu.h"
-#include "attestation/page/FormatNSS.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
 #include "attestation/viewer/MVScrollView.h"
-#include "card/CardKeys.h"
 #include "card/client/LVitAccess.h"
 #include "platform/UserDefaults.h"
-#include "prefs/LVitAccessPrefs.h"
-#include "prefs/MVAttestationPrefs.h"
-#include "prefs/MVConfigPrefs.h"
-#include "prefs/MVPreferences.h"
-#include "prefs/MVPreferencesController.h"
-#include "prefs/MVUpdatePrefs.h"
 #include "prefs/settings/MVSettings.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "support/MXLog.h"
 #include "support/move/MoveAtLaunch.h"
-#include "update/client/SUUpdater.h"
 
 #include <QAction>
 #include <QGuiApplication>
-#include <QLabel>
 
 #include <utility>
 
@@ -45,10 +34,13 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     , m_occupation(m_reading, m_printDesk)
     , m_readerDesk({m_settings, m_window, m_reading, m_occupation})
     , m_front(m_window, m_printDesk)
+    , m_refusal(m_occupation, m_printDesk, m_front)
     , m_writing(m_window)
     , m_desktop(m_bundle, m_front)
     , m_saving({m_settings, m_logos, m_fonts, m_front, m_writing})
+    , m_currentVitale(m_window, m_front)
     , m_statusItem(m_settings, m_bundle)
+    , m_preferences({m_bundle, m_settings, m_window, *this})
     , m_recents(m_settings)
     , m_recentsMenu(m_recents, m_window)
 {
@@ -62,6 +54,10 @@ AppDelegate::AppDelegate(const Surroundings& surroundings, std::shared_ptr<LVitA
     connect(&m_statusItem, &StatusItemKeeper::executeAction, this, &AppDelegate::executeAction);
     connect(&m_statusItem, &StatusItemKeeper::showRequested, this, &AppDelegate::showMainWindow);
     connect(&m_statusItem, &StatusItemKeeper::lost, this, [this] { m_front.bringBack(); });
+    connect(&m_preferences, &PreferencesDesk::failed, this, &AppDelegate::presentError);
+    connect(&m_preferences, &PreferencesDesk::forgettingChanged, this, &AppDelegate::followSettings);
+    connect(&m_preferences, &PreferencesDesk::diagnosisRequested, this,
+            [this](QWidget* window) { showDiagnosis(*window); });
     connect(&m_readerDesk, &ReaderDesk::forgetDue, this, &AppDelegate::forgetCard);
     connect(&m_saving, &AttestationSaving::saved, &m_recentsMenu, &RecentsMenu::add);
     connect(&m_fileChoice, &CardFileChoice::chosen, this, [this](const QString& path) { loadXMLFile(path); });
@@ -107,7 +103,8 @@ void AppDelegate::applicationDidFinishLaunching()
     followSettings();
     disableUI();
     m_reading.lVitInit();
-    initPrefs();
+    m_preferences.initPrefs(m_lvit);
+    m_window.updateMenuItem()->setEnabled(validateMenuItem(*m_window.updateMenuItem()));
     showStatusItem();
     m_window.setWindowTitle(u"Pelmora par MORVEL"_s);
 }
@@ -130,26 +127,6 @@ void AppDelegate::setObservers()
     m_readerDesk.start(m_lvit);
 }
 
-void AppDelegate::initPrefs()
-{
-    m_updater = std::make_unique<SUUpdater>(UpdateConfiguration::fromBundle(m_bundle),
-                                            m_bundle.pathForProgram(u"pelmora-update"_s),
-                                            std::make_unique<UserDefaults>(UserDefaults::standardFilePath()));
-    connect(m_updater.get(), &SUUpdater::failed, this, &AppDelegate::presentError);
-    m_window.updateMenuItem()->setEnabled(validateMenuItem(*m_window.updateMenuItem()));
-    const auto configPrefs = std::make_shared<MVConfigPrefs>(m_settings, *this, m_bundle);
-    connect(configPrefs.get(), &MVConfigPrefs::forgettingChanged, this, &AppDelegate::followSettings);
-    MVPreferences::resigterPreferencesPane(configPrefs);
-    MVPreferences::resigterPreferencesPane(std::make_shared<MVAttestationPrefs>(m_settings, m_bundle));
-    const auto lvitAccessPrefs = std::make_shared<LVitAccessPrefs>(m_settings, m_lvit, m_bundle);
-    connect(lvitAccessPrefs.get(), &LVitAccessPrefs::diagnosisRequested, this,
-            [this](QWidget* window) { showDiagnosis(*window); });
-    MVPreferences::resigterPreferencesPane(lvitAccessPrefs);
-    const auto updatePrefs = std::make_shared<MVUpdatePrefs>(m_bundle);
-    updatePrefs->setUpdater(m_updater.get());
-    MVPreferences::resigterPreferencesPane(updatePrefs);
-}
-
 void AppDelegate::enableUI()
 {
     m_window.enableTiles();
@@ -166,25 +143,21 @@ void AppDelegate::setEnabled(bool enabled)
 bool AppDelegate::validateMenuItem(const QAction& menuItem) const
 {
     if (&menuItem == m_window.updateMenuItem())
-        return m_updater && m_updater->canCheckForUpdates();
+        return m_preferences.canCheckForUpdates();
     return m_enabled || !m_window.isCardAction(menuItem);
 }
 
-void AppDelegate::showCard(PanelLine::CardOrigin origin)
+void AppDelegate::showCard(const CardRecord& record, PanelLine::CardOrigin origin)
 {
-    m_window.vitaleInfoTextField()->setText(cardSummary(m_currentVitale));
-    m_window.panel().setNumber(formatNSS(m_currentVitale->text(CardKey::ssn)));
-    m_window.panel().setCardTime(origin, QDateTime::currentDateTime());
+    m_currentVitale.show(record, origin);
     if (m_attestationViewer)
-        m_attestationViewer->follow(*m_currentVitale);
+        m_attestationViewer->follow(record);
     m_readerDesk.cardShown(origin);
 }
 
 void AppDelegate::forgetCard()
 {
-    m_currentVitale.reset();
-    m_clipboard.clear();
-    m_window.panel().forgetCard();
+    m_currentVitale.forget();
     m_attestationViewer->forget();
 }
 
@@ -193,23 +166,6 @@ void AppDelegate::followSettings()
     m_readerDesk.followSettings();
     if (MVSettings::booleanPreferencesForKey(m_settings, Settings::forgetRecents))
         clearRecentsMenu();
-}
-
-bool AppDelegate::refuseWhile(CardOccupation::Any kinds)
-{
-    const Occupied occupied = m_occupation.firstOf(kinds);
-    if (occupied == Occupied::Nothing)
-        return false;
-    refuse(CardOccupation::reason(occupied));
-    if (occupied == Occupied::PrintDialog)
-        m_printDesk.bringToFront();
-    return true;
-}
-
-void AppDelegate::refuseDrop()
-{
-    if (!refuseWhile(CardOccupation::anything))
-        refuse(u"Fichier refusé\u00A0: fermez d’abord la fenêtre ouverte devant celle-ci."_s);
 }
 
 // The viewer prints its page, which must show the current card.
@@ -249,8 +205,7 @@ void AppDelegate::presentError(const Error& error)
 
 void AppDelegate::cardWasRead(const CardRecord& record)
 {
-    m_currentVitale = record;
-    showCard(PanelLine::CardOrigin::Reader);
+    showCard(record, PanelLine::CardOrigin::Reader);
     m_readerDesk.unattendedRead().succeed();
 }
 
@@ -261,23 +216,17 @@ void AppDelegate::whenCardIsThere(void (AppDelegate::*action)(const CardRecord&)
     if (refuseWhile(Occupied::PrintDialog))
         return;
     m_reading.readVitaleIfNeedWithCompletionHandler([this, action](bool success, const std::optional<Error>&) {
-        if (!success || !m_currentVitale)
+        if (!success || !currentVitale())
             return;
         m_window.panel().beginRequest();
-        (this->*action)(*m_currentVitale);
+        (this->*action)(*currentVitale());
     });
 }
 
-void AppDelegate::printAttestation()
+void AppDelegate::whenNothingIsWritten(void (AppDelegate::*action)(const CardRecord&))
 {
     if (!refuseWhile(Occupied::Writing))
-        whenCardIsThere(&AppDelegate::print);
-}
-
-void AppDelegate::saveAttestation()
-{
-    if (!refuseWhile(Occupied::Writing))
-        whenCardIsThere(&AppDelegate::save);
+        whenCardIsThere(action);
 }
 
 void AppDelegate::print(const CardRecord& record)
@@ -287,29 +236,6 @@ void AppDelegate::print(const CardRecord& record)
         return;
     m_front.bringBack();
     m_printDesk.print(record, m_front.alerts(), m_window);
-}
-
-void AppDelegate::copyNumber()
-{
-    copy(m_currentVitale ? m_currentVitale->text(CardKey::ssn).value_or(QString()) : QString(),
-         u"Numéro copié pour une minute."_s);
-}
-
-void AppDelegate::copyName()
-{
-    copy(m_currentVitale ? cardSummary(m_currentVitale).section(u'\n', 0, 0) : QString(),
-         u"Nom copié pour une minute."_s);
-}
-
-void AppDelegate::copy(const QString& text, const QString& done)
-{
-    if (text.isEmpty()) {
-        refuse(u"Il n’y a rien à copier. Lisez d’abord une carte."_s);
-        return;
-    }
-    m_window.panel().beginRequest();
-    m_clipboard.copy(text);
-    m_window.panel().setDone(done);
 }
 
 void AppDelegate::loadXMLFile()
@@ -331,8 +257,7 @@ void AppDelegate::loadXMLFile(const QString& path)
         presentError(record.error());
         return;
     }
-    m_currentVitale = *record;
-    showCard(PanelLine::CardOrigin::File);
+    showCard(*record, PanelLine::CardOrigin::File);
 }
 
 void AppDelegate::hideStatusItem()
@@ -364,13 +289,7 @@ void AppDelegate::openRecentAttestation(const QObject* sender)
 void AppDelegate::preferences()
 {
     m_window.panel().setNotice(QString());
-    MVPreferences::show();
-    m_window.addShortcutsTo(*MVPreferences::preferences().window());
-}
-
-void AppDelegate::checkForUpdates()
-{
-    m_updater->checkForUpdates(&m_window);
+    m_preferences.show();
 }
 
 void AppDelegate::disableUI()

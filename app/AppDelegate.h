@@ -5,7 +5,10 @@
 #include "app/DesktopRequests.h"
 #include "app/FollowingViewer.h"
 #include "app/FrontWindow.h"
+#include "app/PreferencesDesk.h"
 #include "app/ReaderDesk.h"
+#include "app/RequestRefusal.h"
+#include "app/ShownCard.h"
 #include "app/StatusItemKeeper.h"
 #include "app/WritingDesk.h"
 #include "app/models/BindObserver.h"
@@ -19,7 +22,6 @@
 #include "attestation/print/PrintDesk.h"
 #include "card/CardRecord.h"
 #include "platform/Bundle.h"
-#include "platform/gui/SecretClipboard.h"
 #include "prefs/StatusItemControl.h"
 #include "support/move/MoveToApplications.h"
 
@@ -33,7 +35,6 @@ class LVitAccess;
 class PageFonts;
 class QAction;
 class SchemeLogos;
-class SUUpdater;
 class UserDefaults;
 
 /// The application's controller: owns the objects of the whole run and connects them with the user's requests. Each
@@ -86,11 +87,11 @@ public:
     void readVitale(const QObject* sender);
     void cancelRead() { m_reading.cancelRead(); }
     void viewAttestation() { whenCardIsThere(&AppDelegate::view); }
-    void printAttestation();
-    void saveAttestation();
+    void printAttestation() { whenNothingIsWritten(&AppDelegate::print); }
+    void saveAttestation() { whenNothingIsWritten(&AppDelegate::save); }
     /// Copies the insured person's number or name for a while.
-    void copyNumber();
-    void copyName();
+    void copyNumber() { m_currentVitale.copyNumber(); }
+    void copyName() { m_currentVitale.copyName(); }
     void openSavedFile(const QString& path) { m_desktop.openFile(path); }
     void openFolder(const QString& path) { m_desktop.openFolder(path); }
     void openAttestationsFolder() { m_desktop.openFolder(m_saving.folder()); }
@@ -101,7 +102,7 @@ public:
     void showHelp() { m_desktop.showHelp(); }
     void showDiagnosis(QWidget& window) { m_desktop.showDiagnosis(window); }
     void preferences();
-    void checkForUpdates();
+    void checkForUpdates() { m_preferences.checkForUpdates(); }
     /// Runs an entry of the status item's menu by its tag. Other senders are ignored.
     void executeAction(const QObject* sender);
     /// Whether a menu entry is enabled: card actions need a bound card service, updates an address to look at.
@@ -112,7 +113,7 @@ public:
     /// Shows the card of a file, or presents the error. Refused during a read, a print dialog or a write.
     void loadXMLFile(const QString& path);
     /// A file was dropped while another window blocks the main window.
-    void refuseDrop();
+    void refuseDrop() { m_refusal.refuseDrop(); }
 
     void showStatusItem() override { m_statusItem.show(); }
     void hideStatusItem() override;
@@ -120,24 +121,22 @@ public:
 private:
     // Steps of the start.
     void setObservers();
-    void initPrefs();
 
     void disableUI();
     void enableUI();
     void setEnabled(bool enabled);
-    void showCard(PanelLine::CardOrigin origin);
+    void showCard(const CardRecord& record, PanelLine::CardOrigin origin);
     void forgetCard();
     void followSettings();
 
-    /// Refuses a request during one of these; true if refused.
-    bool refuseWhile(CardOccupation::Any kinds);
+    [[nodiscard]] bool refuseWhile(CardOccupation::Any kinds) { return m_refusal.refuseWhile(kinds); }
     bool permitPrint();
 
     void updateRecentsMenu() { m_recentsMenu.update(); }
+    void whenNothingIsWritten(void (AppDelegate::*action)(const CardRecord&));
     void whenCardIsThere(void (AppDelegate::*action)(const CardRecord&));
     void view(const CardRecord& record) { m_attestationViewer->show(record); }
     void print(const CardRecord& record);
-    void copy(const QString& text, const QString& done);
     void save(const CardRecord& record) { m_saving.save(record); }
 
     // ReadWorkflowDelegate.
@@ -146,11 +145,11 @@ private:
     void showBinding(bool isBinding) override { m_window.panel().setConnecting(isBinding); }
     void refuse(const QString& reason) override { m_front.refuse(reason); }
     void presentError(const Error& error) override;
-    [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return m_currentVitale; }
+    [[nodiscard]] const std::optional<CardRecord>& currentVitale() const override { return m_currentVitale.record(); }
     void cardWasRead(const CardRecord& record) override;
     void readFailed() override { m_window.panel().setReadFailed(QDateTime::currentDateTime()); }
     void readCancelled() override { m_window.panel().setReadCancelled(QDateTime::currentDateTime()); }
-    void saveXMLIfNeeded() override { m_saving.saveXMLIfNeeded(m_currentVitale); }
+    void saveXMLIfNeeded() override { m_saving.saveXMLIfNeeded(currentVitale()); }
 
     const Bundle& m_bundle;
     UserDefaults& m_settings;
@@ -163,17 +162,17 @@ private:
     CardOccupation m_occupation;
     ReaderDesk m_readerDesk;
     FrontWindow m_front;
+    RequestRefusal m_refusal;
     WritingDesk m_writing;
     DesktopRequests m_desktop;
     AttestationSaving m_saving;
-    std::optional<CardRecord> m_currentVitale;
-    SecretClipboard m_clipboard;
+    ShownCard m_currentVitale;
     std::unique_ptr<BindObserver> m_bindObserver;
     std::unique_ptr<FollowingViewer> m_attestationViewer;
     StatusItemKeeper m_statusItem;
+    PreferencesDesk m_preferences;
     RecentAttestations m_recents;
     RecentsMenu m_recentsMenu;
-    std::unique_ptr<SUUpdater> m_updater;
     CardFileChoice m_fileChoice;
     bool m_enabled = false;
 };
