@@ -3,11 +3,14 @@
 #include "platform/gui/WindowActivation.h"
 #include "prefs/MVPreference.h"
 #include "prefs/PaneContentView.h"
+#include "prefs/PaneRoom.h"
 #include "prefs/PaneToolbar.h"
 #include "prefs/ui_PreferencesWindow.h"
 
 #include <QAction>
 #include <QLayout>
+#include <QScreen>
+#include <QStyle>
 
 #include <algorithm>
 #include <utility>
@@ -192,6 +195,7 @@ void MVPreferencesController::attachToolbar()
 void MVPreferencesController::initWindow()
 {
     attachToolbar();
+    giveRoom();
     if (!m_panes.empty())
         showPane(m_panes.front().get());
 }
@@ -208,7 +212,6 @@ void MVPreferencesController::windowDidLoad()
     Ui::PreferencesWindow layout;
     layout.setupUi(m_window.get());
     m_contentView = layout.contentView;
-    m_contentView->setFixedSize(PaneContentView::paneSize);
     m_window->layout()->setSizeConstraint(QLayout::SetFixedSize);
     m_window->setWindowTitle(u"Préférences Pelmora"_s);
     layout.closeAction->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
@@ -217,6 +220,17 @@ void MVPreferencesController::windowDidLoad()
     connect(layout.previousPaneAction, &QAction::triggered, this, [this] { showNeighbour(-1); });
     initWindow();
     showPane(m_currentPane);
+}
+
+void MVPreferencesController::giveRoom()
+{
+    QList<QWidget*> views;
+    for (const auto& pane : m_panes)
+        views.append(pane->paneView());
+    const QSize toolbar = m_toolbar->sizeHint();
+    const int titleBar = m_window->style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, m_window.get());
+    const QSize screen = m_window->screen()->availableSize();
+    m_contentView->setFixedSize(paneRoom(views, toolbar.width(), screen - QSize(0, toolbar.height() + titleBar)));
 }
 
 void MVPreferencesController::paneWillAppear(MVPreference* pane)

@@ -72,6 +72,7 @@ public:
 private:
     void windowDidLoad();
     void attachToolbar();
+    void giveRoom();
     /// Shows the pane that many buttons further; after the last comes the first.
     void showNeighbour(qsizetype step);
     void fadeTo(MVPreference& pane);
