@@ -1,6 +1,6 @@
 #!/bin/sh
 # in-desktop.sh COMMAND...: runs a command in a desktop of its own, with a display, a window manager and a session bus; all
-# of it ends with the command.
+# of it ends with the command. SCREEN is the size of its screen.
 set -u
 here=$(dirname "$(readlink -f "$0")")
 XDG_RUNTIME_DIR=$(mktemp -d)
@@ -12,7 +12,7 @@ export PCSCLITE_CSOCK_NAME="$XDG_RUNTIME_DIR/absent"
 
 numbers=$XDG_RUNTIME_DIR/display
 mkfifo "$numbers"
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$numbers" >/dev/null 2>&1 &
+Xvfb -displayfd 3 -screen 0 "${SCREEN:-1280x1024}x24" -nolisten tcp -noreset 3>"$numbers" >/dev/null 2>&1 &
 server=$!
 manager=
 trap 'kill $manager $server 2>/dev/null; wait; rm -rf "$XDG_RUNTIME_DIR"' EXIT

@@ -1,14 +1,16 @@
 """A desktop's portal that knows one setting: whether windows are to be dark. Usage: portal.py NUMBER
 
 It ends with the process that started it, or when its standard input does. A line of input is the preference's new number:
-0 none, 1 dark, 2 light."""
+0 none, 1 dark, 2 light. Other programs start it as a Portal."""
 
+import subprocess
 import sys
 
 from gi.repository import Gio, GLib
 
 NAME = "org.freedesktop.portal.Desktop"
 PATH = "/org/freedesktop/portal/desktop"
+DARK, LIGHT = 1, 2
 SETTINGS = "org.freedesktop.portal.Settings"
 KEY = ("org.freedesktop.appearance", "color-scheme")
 INTERFACE = Gio.DBusNodeInfo.new_for_xml(f"""
@@ -20,7 +22,7 @@ INTERFACE = Gio.DBusNodeInfo.new_for_xml(f"""
 </interface></node>""").interfaces[0]
 
 
-class Portal:
+class Settings:
     def __init__(self, bus, number):
         self.bus = bus
         self.number = number
@@ -38,9 +40,29 @@ class Portal:
                              GLib.Variant("(ssv)", (*KEY, GLib.Variant("u", number))))
 
 
+class Portal:
+    """A portal of another process, with that preference; a context manager."""
+
+    def __init__(self, preference):
+        self.process = subprocess.Popen(["/usr/bin/python3", __file__, str(preference)], stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, text=True)
+        self.process.stdout.readline()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.process.kill()
+        self.process.communicate()
+
+    def prefer(self, preference):
+        self.process.stdin.write(f"{preference}\n")
+        self.process.stdin.flush()
+
+
 def main():
     loop = GLib.MainLoop()
-    portal = Portal(Gio.bus_get_sync(Gio.BusType.SESSION), int(sys.argv[1]))
+    portal = Settings(Gio.bus_get_sync(Gio.BusType.SESSION), int(sys.argv[1]))
 
     def hear(*_):
         line = sys.stdin.readline()
@@ -57,4 +79,5 @@ def main():
     loop.run()
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -6,33 +6,12 @@ import sys
 import unittest
 
 from desktop import Application, wait
+from portal import DARK, LIGHT, Portal
 from windows import wait_until_shown
 
 STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 TITLE = "Pelmora par MORVEL"
-LIGHT, DARK = "2", "1"
-
-
-class Portal:
-    """A desktop's portal with that preference; a context manager."""
-
-    def __init__(self, preference):
-        program = os.path.join(os.path.dirname(os.path.abspath(__file__)), "portal.py")
-        self.process = subprocess.Popen(["/usr/bin/python3", program, preference], stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, text=True)
-        self.process.stdout.readline()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.process.kill()
-        self.process.communicate()
-
-    def prefer(self, preference):
-        self.process.stdin.write(preference + "\n")
-        self.process.stdin.flush()
 
 
 def brightness(pelmora):

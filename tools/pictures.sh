@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Makes the pictures of docs/images anew: the windows, light and dark, at twice the size.
+# With a folder as argument: each window there, in every setting that windows are looked at in.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. tools/packages.sh
+
+ensure_packages "${build_packages[@]}" "${test_packages[@]}"
+cmake --preset dev
+cmake --build --preset dev
+
+# take FOLDER SUFFIX [VARIABLE=VALUE...]
+take() {
+    mkdir -p "$1"
+    env "${@:3}" tests/e2e/in-desktop.sh /usr/bin/python3 tests/e2e/pictures.py build/dev/stage "$1" "$2"
+}
+
+if [ $# -gt 0 ]; then
+    for suffix in "" -dark; do
+        take "$1/1366x768" "$suffix" SCREEN=1366x768
+        take "$1/1024x600" "$suffix" SCREEN=1024x600
+        take "$1/1024x600-large-texts" "$suffix" SCREEN=1024x600 QT_ENABLE_HIGHDPI_SCALING=0 QT_FONT_DPI=192
+        take "$1/scale-2" "$suffix" SCREEN=2560x2048 QT_SCALE_FACTOR=2
+    done
+    exit
+fi
+
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+for suffix in "" -dark; do
+    take "$folder" "$suffix" SCREEN=2560x2048 QT_SCALE_FACTOR=2
+    for name in main-window viewer; do
+        cp "$folder/$name$suffix.png" docs/images/
+    done
+    cp "$folder/preferences-configuration$suffix.png" "docs/images/preferences$suffix.png"
+done
