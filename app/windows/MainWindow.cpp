@@ -10,6 +10,7 @@
 #include "app/windows/TextSize.h"
 #include "app/windows/WindowIcon.h"
 #include "platform/Bundle.h"
+#include "support/views/ArrowKeys.h"
 #include "support/views/GlyphIcon.h"
 #include "ui_MainWindow.h"
 
@@ -91,6 +92,10 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
         CardPanel::Widgets{*m_ui->vitaleInfoView, *m_ui->vitaleInfoTextField, *m_ui->panelLineField});
     setTabOrder(m_ui->readButton, &m_ui->panelLineField->link());
     setTabOrder(&m_ui->panelLineField->link(), m_ui->viewButton);
+    QList<QWidget*> buttons;
+    for (const Tile& tile : tiles)
+        buttons.append(*m_ui.*tile.button);
+    m_arrowKeys = std::make_unique<ArrowKeys>(buttons);
     // Closing this window never quits.
     setAttribute(Qt::WA_QuitOnClose, false);
     m_dropOutline = new QRubberBand(QRubberBand::Rectangle, this);

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+class ArrowKeys;
 class Bundle;
 class CardPanel;
 class MVSimpleOpaqueView;
@@ -123,7 +124,8 @@ private:
 
     std::unique_ptr<Ui::MainWindow> m_ui;
     std::unique_ptr<CardPanel> m_panel;
-    QStringList m_toolTips; // of the enabled tiles, in their order
+    std::unique_ptr<ArrowKeys> m_arrowKeys; // of the tiles
+    QStringList m_toolTips;                 // of the enabled tiles, in their order
     std::optional<CardReaderState> m_reader;
     std::unique_ptr<ProgressSheet> m_sheet;
     std::function<ClosePolicy()> m_closePolicy;

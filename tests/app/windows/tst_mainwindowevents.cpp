@@ -40,6 +40,21 @@ class tst_MainWindowEvents final : public MainWindowTest
     Q_OBJECT
 
 private Q_SLOTS:
+    void arrowKeysFollowTheTiles()
+    {
+        QVERIFY(QTest::qWaitForWindowActive(&shown()));
+        m_window->readButton()->setFocus();
+        for (const auto& [key, tile] : {std::pair{Qt::Key_Down, m_window->viewButton()},
+                                        {Qt::Key_Right, m_window->printButton()},
+                                        {Qt::Key_Down, m_window->settingsButton()},
+                                        {Qt::Key_Left, m_window->mailButton()},
+                                        {Qt::Key_Up, m_window->viewButton()},
+                                        {Qt::Key_Up, m_window->readButton()}}) {
+            QTest::keyClick(QApplication::focusWidget(), key);
+            QCOMPARE(QApplication::focusWidget(), tile);
+        }
+    }
+
     void oneLocalXmlFileMayBeDropped()
     {
         QTemporaryDir folder;
