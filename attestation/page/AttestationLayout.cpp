@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSizeF logoBox{166.0, 100.0};
+constexpr QSizeF logoBand{166.0, 100.0};
 constexpr double unbounded = 1.0e6; // a line as long as it likes
 constexpr QMarginsF cellMargins{5.0, 3.0, 5.0, 3.0};
 
@@ -65,23 +65,28 @@ void AttestationLayout::drawBackground()
     m_ink.emplace_back(InkStroke{.rect = bounds, .color = InkColor::DarkGray, .onScreenOnly = true});
 }
 
-void AttestationLayout::drawLogo()
+std::optional<QRectF> AttestationLayout::logoBox() const
 {
     if (!m_page.logo || !m_page.logo->image)
-        return;
+        return std::nullopt;
 
     const QSizeF natural = m_page.logo->image->size;
-    const auto widthRatio = static_cast<float>(logoBox.width() / natural.width());
-    const auto heightRatio = static_cast<float>(logoBox.height() / natural.height());
-    QSizeF size = logoBox;
+    const auto widthRatio = static_cast<float>(logoBand.width() / natural.width());
+    const auto heightRatio = static_cast<float>(logoBand.height() / natural.height());
+    QSizeF size = logoBand;
     if (widthRatio > heightRatio)
         size.setWidth(natural.width() * double(heightRatio));
     else if (heightRatio > widthRatio)
         size.setHeight(natural.height() * double(widthRatio));
 
     // Centred in the band at the very top of the page: the top margin plays no part.
-    const QPointF topLeft(m_left, (logoBox.height() - size.height()) * 0.5);
-    m_ink.emplace_back(InkImage{.rect = QRectF(topLeft, size), .logo = m_page.logo});
+    return QRectF(QPointF(m_left, (logoBand.height() - size.height()) * 0.5), size);
+}
+
+void AttestationLayout::drawLogo()
+{
+    if (const std::optional<QRectF> box = logoBox())
+        m_ink.emplace_back(InkImage{.rect = *box, .logo = m_page.logo});
 }
 
 void AttestationLayout::drawMainText()

@@ -24,6 +24,8 @@ public:
     /// The font of a text above the tables, and the box that its lines take on the page.
     [[nodiscard]] PageFont fontOf(const PageText& text) const;
     [[nodiscard]] QRectF boxOf(const PageText& text) const;
+    /// The box of the logo. Nothing on a page without one.
+    [[nodiscard]] std::optional<QRectF> logoBox() const;
 
     void drawLogo();
     void drawMainText();

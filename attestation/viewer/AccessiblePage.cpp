@@ -2,6 +2,7 @@
 
 #include "attestation/page/AttestationContent.h"
 #include "attestation/page/AttestationLayout.h"
+#include "attestation/page/SchemeLogos.h"
 #include "attestation/text/TextBreaking.h"
 #include "attestation/viewer/MVNewAttestationView.h"
 #include "attestation/viewer/PageElement.h"
@@ -60,6 +61,10 @@ void AccessiblePage::addElements()
         return;
 
     const AttestationLayout layout(page.page(), page.documentSize(), *fonts);
+    if (const std::optional<QRectF> logo = layout.logoBox()) {
+        const QString& scheme = page.page().logo->image->title;
+        m_children.add(new PageTextElement(page, *this, {QAccessible::Graphic, scheme, *logo}));
+    }
     for (const PageText& text : pageTexts(page.page())) {
         const QString name = spoken(text.text, layout.fontOf(text));
         m_children.add(new PageTextElement(page, *this, {QAccessible::StaticText, name, layout.boxOf(text)}));

@@ -7,8 +7,8 @@
 
 class MVNewAttestationView;
 
-/// The page for assistive technology: a document with the page's texts and its two tables in reading order, made from
-/// the same content as the ink. Qt owns it. Main thread only.
+/// The page for assistive technology: a document with the logo, the page's texts and its two tables in reading order,
+/// made from the same content as the ink. Qt owns it. Main thread only.
 class AccessiblePage final : public QAccessibleWidget
 {
 public:

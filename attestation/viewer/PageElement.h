@@ -52,6 +52,7 @@ private:
     AccessibleChildren m_children;
 };
 
+/// A text, or a picture by its name.
 class PageTextElement final : public PageElement
 {
 public:

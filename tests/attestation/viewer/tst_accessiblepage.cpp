@@ -39,9 +39,11 @@ QStringList namesOf(const QList<QAccessibleInterface*>& elements)
     return names;
 }
 
-// The names of the elements without children, in reading order.
+// The names of the elements without children, in reading order, without the logo's.
 QStringList textsBelow(const QAccessibleInterface* element)
 {
+    if (element->role() == QAccessible::Graphic)
+        return {};
     if (element->childCount() == 0)
         return {nameOf(element)};
     QStringList texts;
@@ -98,20 +100,36 @@ private Q_SLOTS:
 
     void cleanup() { m_view.reset(); }
 
-    void thePageIsADocumentOfTextsAndTwoTables()
+    void thePageIsADocumentOfALogoTextsAndTwoTables()
     {
         QCOMPARE(page()->role(), QAccessible::Document);
         QCOMPARE(nameOf(page()), u"Attestation"_s);
         QList<QAccessible::Role> roles;
         for (const QAccessibleInterface* child : childrenOf(page()))
             roles.append(child->role());
-        QCOMPARE(roles, QList({QAccessible::StaticText, QAccessible::StaticText, QAccessible::StaticText,
-                               QAccessible::Table, QAccessible::Table}));
+        QCOMPARE(roles, QList({QAccessible::Graphic, QAccessible::StaticText, QAccessible::StaticText,
+                               QAccessible::StaticText, QAccessible::Table, QAccessible::Table}));
+    }
+
+    void theLogoGoesByItsScheme()
+    {
+        QCOMPARE(nameOf(page()->child(0)), u"Régime général"_s);
+        QCOMPARE(placeIn(*m_view, page()->child(0)), QRect(8, 15, 166, 70));
+    }
+
+    void aPageWithoutLogoBeginsWithItsTexts()
+    {
+        CardRecord card = specimenCard(2);
+        card.setText(CardKey::regimeCode, u"77"_s);
+        MVNewAttestation other(m_settings.store(), m_logos);
+        other.setVitale(card);
+        const auto view = MVNewAttestationView::viewOf(other, m_fonts);
+        QCOMPARE(QAccessible::queryAccessibleInterface(view.get())->child(0)->role(), QAccessible::StaticText);
     }
 
     void theTextsAreThoseOfThePage()
     {
-        QCOMPARE(namesOf(childrenOf(page()).first(3)),
+        QCOMPARE(namesOf(childrenOf(page()).sliced(1, 3)),
                  QStringList({u"CPAM de Paris"_s, u"Numero de l'assuré : 2 69 06 2B 123 456 34"_s,
                               u"Nom de l'assuré : SPECIMEN Marie"_s}));
     }
@@ -120,7 +138,7 @@ private Q_SLOTS:
     {
         m_settings.setShowsRightLabel(true);
         m_attestation.setVitale(specimenCard(2));
-        QCOMPARE(nameOf(page()->child(3)), u"Attestation de droits à l'assurance maladie"_s);
+        QCOMPARE(nameOf(page()->child(4)), u"Attestation de droits à l'assurance maladie"_s);
     }
 
     void eachTableHasItsTitlesAndRows()
@@ -226,7 +244,7 @@ private Q_SLOTS:
     {
         const QAccessibleInterface* cell = table(1)->cellAt(1, 1);
         QCOMPARE(placeIn(*m_view, cell), QRect(293, 395, 181, 41));
-        const QAccessibleInterface* name = page()->child(2);
+        const QAccessibleInterface* name = page()->child(3);
         const QRect place = placeIn(*m_view, name);
         QCOMPARE(place.topLeft(), QPoint(8, 168));
         QVERIFY2(place.width() > 150 && place.width() < 300, qPrintable(QString::number(place.width())));
@@ -265,8 +283,8 @@ private Q_SLOTS:
                 ++count;
             }
         }
-        QCOMPARE(count, 3 + 2 + (4 + 4) + (3 + 8));
-        QCOMPARE(page()->child(5), nullptr);
+        QCOMPARE(count, 1 + 3 + 2 + (4 + 4) + (3 + 8));
+        QCOMPARE(page()->child(6), nullptr);
         QCOMPARE(page()->child(-1), nullptr);
         QCOMPARE(page()->indexOfChild(page()), -1);
     }
