@@ -7,6 +7,7 @@ import tempfile
 import time
 import unittest
 
+import libraries
 from documents import Placed, colours_in, ink_box, sheet_of, words_of
 from printserver import PrintServer
 
@@ -54,6 +55,17 @@ class Print(unittest.TestCase):
                 self.assertAlmostEqual(value, target, delta=TOLERANCE, msg=word)
         for value, target in zip(ink_box(path), placed.box(ink_box(self.saved))):
             self.assertAlmostEqual(value, target, delta=TOLERANCE, msg="ink")
+
+    def test_no_part_of_a_window_system_is_loaded(self):
+        self.server.add_queue("Libraries", "A4")
+        self.server.set_default("Libraries")
+        code, _, log = self.run_pelmora("--print", SPECIMEN, LD_DEBUG="files")
+        self.assertEqual(code, 0)
+        names = libraries.loaded(log)
+        # That of the program, and that of the one that hands the job over.
+        self.assertTrue(any(name.startswith("libQt6Core.so") for name in names), names)
+        self.assertTrue(any(name.startswith("libcups.so") for name in names), names)
+        self.assertEqual(libraries.of_a_window_system(names), set())
 
     def test_each_paper_gets_one_centred_page(self):
         for number, (sheet, width, height) in enumerate([("A4", 595, 842), ("A5", 420, 595), ("Letter", 612, 792)]):
