@@ -1,6 +1,50 @@
 #include "service/ServiceCommandLine.h"
 
+#include <algorithm>
+#include <array>
+
 using namespace std::string_literals;
+
+namespace {
+
+using Action = ServiceCommandLine::Action;
+
+ServiceCommandLine lineOf(Action action)
+{
+    ServiceCommandLine line;
+    line.action = action;
+    return line;
+}
+
+/// An action that is used alone, or with files after it.
+struct Command
+{
+    QByteArrayView name;
+    Action action = {};
+    const char* complaint; // about other arguments
+};
+
+constexpr std::array commands{
+    Command{"--diagnose", Action::Diagnose, "--diagnose s’emploie seul"},
+    Command{"--check-library", Action::CheckLibrary, "--check-library demande un fichier, et rien d’autre"},
+    Command{"--check-map", Action::CheckMap, "--check-map demande un fichier, puis --card DOSSIER ou rien"},
+};
+
+std::expected<ServiceCommandLine, std::string> parseCommand(const Command& command, const QList<QByteArray>& arguments)
+{
+    ServiceCommandLine line = lineOf(command.action);
+    const qsizetype files = command.action == Action::Diagnose ? 0 : 1;
+    const bool hasCard = command.action == Action::CheckMap && arguments.size() == 4 && arguments[2] == "--card";
+    if (arguments.front() != command.name || (arguments.size() != 1 + files && !hasCard) || arguments.contains(""))
+        return std::unexpected(command.complaint);
+    if (files > 0)
+        line.checkedFile = arguments[1];
+    if (hasCard)
+        line.recordedCard = arguments.last();
+    return line;
+}
+
+} // namespace
 
 std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByteArray>& arguments)
 {
@@ -9,14 +53,12 @@ std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByt
     ServiceCommandLine line;
     for (auto argument = arguments.cbegin(); argument != arguments.cend(); ++argument) {
         if (*argument == "--help" || *argument == "-h")
-            return ServiceCommandLine{.action = ServiceCommandLine::Action::ShowHelp, .simulatedCard = {}};
+            return lineOf(Action::ShowHelp);
         if (*argument == "--version" || *argument == "-v")
-            return ServiceCommandLine{.action = ServiceCommandLine::Action::ShowVersion, .simulatedCard = {}};
-        if (*argument == "--diagnose") {
-            if (arguments.size() > 1)
-                return std::unexpected("--diagnose s’emploie seul"s);
-            return ServiceCommandLine{.action = ServiceCommandLine::Action::Diagnose, .simulatedCard = {}};
-        }
+            return lineOf(Action::ShowVersion);
+        if (const auto* command = std::ranges::find(commands, QByteArrayView(*argument), &Command::name);
+            command != commands.end())
+            return parseCommand(*command, arguments);
         if (line.simulatedCard)
             return std::unexpected("trop d’arguments"s);
         if (*argument == simulate) {
@@ -35,7 +77,8 @@ std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByt
 
 std::string helpText()
 {
-    return "Utilisation : com.morvel.lvit [--simulate CARTE.xml | --diagnose]\n"
+    return "Utilisation : com.morvel.lvit [--simulate CARTE.xml | --diagnose | --check-library FICHIER.so |\n"
+           "                               --check-map FICHIER.json [--card DOSSIER]]\n"
            "Service de lecture des cartes Vitale, lancé par Pelmora, qui lui parle par son entrée et sa sortie "
            "standard.\n"
            "\n"
@@ -43,6 +86,15 @@ std::string helpText()
            "  --diagnose            dit quels lecteurs et quelles bibliothèques de lecture sont trouvés, et ce qui "
            "manque,\n"
            "                        sans lire de carte ; se termine par 0 si Pelmora peut lire, 1 sinon\n"
+           "  --check-library FICHIER.so\n"
+           "                        contrôle une bibliothèque de lecture : ouverture, versions, lecteurs, lecture de "
+           "la "
+           "carte\n"
+           "                        du lecteur, tampons courts, 1000 tours ; se termine par 0 sans défaut, 1 sinon\n"
+           "  --check-map FICHIER.json\n"
+           "                        contrôle un plan de carte ; se termine par 0 sans défaut, 1 sinon\n"
+           "  --card DOSSIER        lit avec ce plan une carte enregistrée : DOSSIER/APPLICATION/FICHIER, noms en\n"
+           "                        hexadécimal\n"
            "  --help                affiche cette aide\n"
            "  --version             affiche la version\n";
 }

@@ -13,11 +13,16 @@ struct ServiceCommandLine
     {
         Serve,
         Diagnose,
+        CheckLibrary,
+        CheckMap,
         ShowHelp,
         ShowVersion
     };
     Action action = Action::Serve;
-    std::optional<QByteArray> simulatedCard; // path in the file system's encoding
+    // Paths in the file system's encoding.
+    std::optional<QByteArray> simulatedCard;
+    QByteArray checkedFile;
+    std::optional<QByteArray> recordedCard; // for the check of a map
 };
 
 /// Parses the arguments after the program's name. The error is a sentence for users.

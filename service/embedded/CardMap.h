@@ -96,5 +96,8 @@ struct CardMap
     [[nodiscard]] bool wantsAllPointed() const;
 };
 
-/// The map in a data file; the error is a French sentence with the place.
+/// The map in a data file; the errors are French sentences with the places of all faults.
+[[nodiscard]] std::expected<CardMap, QStringList> readCardMap(const QByteArray& json);
+
+/// The same with the first fault only.
 [[nodiscard]] std::expected<CardMap, QString> parseCardMap(const QByteArray& json);

@@ -25,13 +25,14 @@ std::optional<QByteArray> fromDigits(QString text)
 } // namespace
 
 MapReader::MapReader(const QJsonValue& value, QString place, std::initializer_list<QLatin1StringView> keys,
-                     QString& fault)
+                     QStringList& faults)
     : m_object(value.toObject())
     , m_place(std::move(place))
-    , m_fault(&fault)
+    , m_faults(&faults)
 {
     if (!value.isObject()) {
         refuse({}, u"un objet est attendu"_s);
+        m_faults = nullptr;
         return;
     }
     for (const QString& key : m_object.keys()) {
@@ -71,7 +72,8 @@ quint16 MapReader::fileNumber(QLatin1StringView key) const
 
 TagPath MapReader::tags(QLatin1StringView key) const
 {
-    return tagsOf(text(key), key);
+    const QString tags = text(key);
+    return tags.isEmpty() ? TagPath() : tagsOf(tags, key);
 }
 
 std::vector<TagPath> MapReader::tagPaths(QLatin1StringView key) const
@@ -132,7 +134,8 @@ CardForm MapReader::form(QLatin1StringView key) const
     const auto* found = std::ranges::find_if(names, [&wanted](const Name& known) { return known.name == wanted; });
     if (found != names.end())
         return found->form;
-    refuse(key, u"forme inconnue « %1 »"_s.arg(wanted));
+    if (!wanted.isEmpty())
+        refuse(key, u"forme inconnue « %1 »"_s.arg(wanted));
     return {};
 }
 
@@ -155,10 +158,10 @@ MapReader::Element MapReader::element(QLatin1StringView key) const
 
 void MapReader::refuse(QLatin1StringView key, const QString& reason) const
 {
-    if (!m_fault->isEmpty())
+    if (m_faults == nullptr)
         return;
     const QString place = placeOf(key);
-    *m_fault = place.isEmpty() ? reason : u"%1 : %2"_s.arg(place, reason);
+    m_faults->append(place.isEmpty() ? reason : u"%1 : %2"_s.arg(place, reason));
 }
 
 QByteArray MapReader::bytes(QLatin1StringView key, qsizetype least, qsizetype most) const

@@ -4,13 +4,14 @@
 
 #include <QJsonObject>
 
-/// Reads an object of a map's data file. The first fault in any object of the file is kept as a sentence; values that
-/// are read after a fault do not matter.
+/// Reads an object of a map's data file. Each fault in any object of the file is kept as a sentence; values that are
+/// read after a fault do not matter, and later faults may follow from it.
 class MapReader
 {
 public:
-    /// The caller owns the fault, which is empty while there is none. Other keys than these are faults.
-    MapReader(const QJsonValue& value, QString place, std::initializer_list<QLatin1StringView> keys, QString& fault);
+    /// The caller owns the list of faults. Other keys than these are faults.
+    MapReader(const QJsonValue& value, QString place, std::initializer_list<QLatin1StringView> keys,
+              QStringList& faults);
 
     [[nodiscard]] bool has(QLatin1StringView key) const { return m_object.contains(key); }
 
@@ -37,7 +38,7 @@ public:
     [[nodiscard]] std::vector<Element> elements(QLatin1StringView key) const;
     [[nodiscard]] Element element(QLatin1StringView key) const;
 
-    /// Keeps the fault, with the place of the key.
+    /// Adds a fault, with the place of the key.
     void refuse(QLatin1StringView key, const QString& reason) const;
 
 private:
@@ -47,5 +48,5 @@ private:
 
     QJsonObject m_object;
     QString m_place;
-    QString* m_fault;
+    QStringList* m_faults; // null when the value is no object, which is one fault
 };

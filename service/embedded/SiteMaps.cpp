@@ -9,7 +9,9 @@ namespace {
 
 constexpr qint64 largestMap = qint64{1024} * 1024;
 
-std::expected<CardMap, QString> readMap(const QString& path)
+} // namespace
+
+std::expected<QByteArray, QString> readCardMapFile(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -19,10 +21,8 @@ std::expected<CardMap, QString> readMap(const QString& path)
         return std::unexpected(u"illisible (%1)"_s.arg(file.errorString()));
     if (json.size() > largestMap)
         return std::unexpected(u"trop grand"_s);
-    return parseCardMap(json);
+    return json;
 }
-
-} // namespace
 
 SiteMaps loadCardMaps(const QString& resourceFolder)
 {
@@ -35,7 +35,8 @@ SiteMaps loadCardMaps(const QString& resourceFolder)
         const QDir directory(folder, u"*.json"_s, QDir::Name, QDir::Files);
         for (const QString& name : directory.entryList()) {
             const QString path = directory.filePath(name);
-            std::expected<CardMap, QString> map = readMap(path);
+            const std::expected<QByteArray, QString> json = readCardMapFile(path);
+            std::expected<CardMap, QString> map = json ? parseCardMap(*json) : std::unexpected(json.error());
             if (map)
                 site.maps.push_back(*std::move(map));
             else

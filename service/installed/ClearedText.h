@@ -7,6 +7,13 @@
 #include <optional>
 #include <vector>
 
+/// The capacity of each kind of text in bytes, as documented in the header.
+namespace ReadingRoom {
+inline constexpr std::size_t card = std::size_t{4} * 1024 * 1024;
+inline constexpr std::size_t readers = std::size_t{64} * 1024;
+inline constexpr std::size_t version = 1024;
+} // namespace ReadingRoom
+
 /// A buffer for a text of an installed library, cleared by its destructor.
 class ClearedText final
 {

@@ -23,24 +23,6 @@ std::optional<QString> find(void* library, const char* name, Function& function)
     return function != nullptr ? std::nullopt : std::optional(QString::fromLatin1(name));
 }
 
-std::expected<InstalledFunctions, QString> findAll(void* library)
-{
-    InstalledFunctions found;
-    for (const std::optional<QString>& missing : {
-             find(library, "pelmora_reading_interface", found.interface),
-             find(library, "pelmora_reading_open", found.open),
-             find(library, "pelmora_reading_close", found.close),
-             find(library, "pelmora_reading_version", found.version),
-             find(library, "pelmora_reading_readers", found.readers),
-             find(library, "pelmora_reading_choose_readers", found.chooseReaders),
-             find(library, "pelmora_reading_read_card", found.readCard),
-         }) {
-        if (missing)
-            return std::unexpected(*missing);
-    }
-    return found;
-}
-
 SystemFileFault refused(const QString& reason)
 {
     return {.isAbsent = false, .reason = reason};
@@ -56,14 +38,14 @@ std::expected<InstalledFunctions, QString> load(const QByteArray& path)
         const char* const reason = ::dlerror(); // NOLINT(concurrency-mt-unsafe): each thread has its own
         return std::unexpected(u"%1 ne se charge pas : %2"_s.arg(name, QString::fromLocal8Bit(reason)));
     }
-    std::expected<InstalledFunctions, QString> functions = findAll(library);
-    if (!functions)
-        return std::unexpected(u"%1 n’a pas de fonction %2"_s.arg(name, functions.error()));
-    if (const int interface = functions->interface(); interface != PELMORA_READING_INTERFACE) {
+    const FoundFunctions found = findInstalledFunctions(library);
+    if (!found.missing.isEmpty())
+        return std::unexpected(u"%1 n’a pas de fonction %2"_s.arg(name, found.missing.first()));
+    if (const int interface = found.functions.interface(); interface != PELMORA_READING_INTERFACE) {
         return std::unexpected(u"%1 est de l’interface %2, et non %3"_s.arg(name).arg(interface).arg(
             static_cast<int>(PELMORA_READING_INTERFACE)));
     }
-    return functions;
+    return found.functions;
 }
 
 /// Identifies the content of a file.
@@ -89,6 +71,24 @@ FileIdentity identityOf(const QByteArray& path)
 }
 
 } // namespace
+
+FoundFunctions findInstalledFunctions(void* library)
+{
+    FoundFunctions found;
+    for (const std::optional<QString>& missing : {
+             find(library, "pelmora_reading_interface", found.functions.interface),
+             find(library, "pelmora_reading_open", found.functions.open),
+             find(library, "pelmora_reading_close", found.functions.close),
+             find(library, "pelmora_reading_version", found.functions.version),
+             find(library, "pelmora_reading_readers", found.functions.readers),
+             find(library, "pelmora_reading_choose_readers", found.functions.chooseReaders),
+             find(library, "pelmora_reading_read_card", found.functions.readCard),
+         }) {
+        if (missing)
+            found.missing.append(*missing);
+    }
+    return found;
+}
 
 std::expected<InstalledFunctions, SystemFileFault> loadInstalledFunctions(const SystemPlace& place,
                                                                           std::chrono::milliseconds patience)

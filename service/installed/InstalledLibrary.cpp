@@ -12,11 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Bytes, as documented in the header.
-constexpr std::size_t roomForACard = std::size_t{4} * 1024 * 1024;
-constexpr std::size_t roomForReaders = std::size_t{64} * 1024;
-constexpr std::size_t roomForAVersion = 1024;
-
 ReadResult readResult(int result)
 {
     constexpr std::array known{ReadResult::CardAbsent, ReadResult::ReaderFault, ReadResult::CardChanged,
@@ -95,7 +90,7 @@ QList<ReaderName> InstalledLibrary::namedReaders() const
     constexpr QLatin1StringView function("pelmora_reading_readers");
     if (!m_isOpen)
         return {};
-    ClearedText text(roomForReaders);
+    ClearedText text(ReadingRoom::readers);
     if (const int result = m_functions->readers(text.forLibrary()); result != PELMORA_READING_OK) {
         logResult(function, result);
         return {};
@@ -137,7 +132,7 @@ bool InstalledLibrary::chooseReaders(const QString& vitaleReader, const QString&
 QString InstalledLibrary::version(pelmora_reading_component component) const
 {
     constexpr QLatin1StringView function("pelmora_reading_version");
-    ClearedText text(roomForAVersion);
+    ClearedText text(ReadingRoom::version);
     if (const int result = m_functions->version(component, text.forLibrary()); result != PELMORA_READING_OK) {
         logResult(function, result);
         return {};
@@ -172,7 +167,7 @@ std::expected<QString, ReadResult> InstalledLibrary::readCard()
     constexpr QLatin1StringView function("pelmora_reading_read_card");
     if (!m_isOpen)
         return std::unexpected(ReadResult::Unusable);
-    ClearedText text(roomForACard);
+    ClearedText text(ReadingRoom::card);
     if (const int result = m_functions->readCard(text.forLibrary()); result != PELMORA_READING_OK) {
         if (result != PELMORA_READING_CARD_ABSENT)
             logResult(function, result);

@@ -7,11 +7,15 @@
 #include "service/ServiceLoop.h"
 #include "service/SimulatedReader.h"
 #include "service/SiteFunds.h"
+#include "service/check/LibraryCheck.h"
+#include "service/check/MapCheck.h"
 #include "service/diagnosis/DiagnosisRun.h"
 #include "service/embedded/EmbeddedLibrary.h"
 #include "service/embedded/SiteMaps.h"
 #include "service/installed/InstalledLibrary.h"
 #include "service/pcsc/PcscReaders.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -71,6 +75,35 @@ std::unique_ptr<ReadingLibrary> readingLibrary(const ServiceCommandLine& line)
     std::_Exit(isTold && diagnosis.isReady() ? 0 : 1);
 }
 
+int tellCheck(const CheckReport& report)
+{
+    const bool isTold = (std::cout << checkText(report).toStdString() << std::flush).good();
+    return isTold && report.isSound() ? 0 : 1;
+}
+
+int checkLibraryFile(const QByteArray& path)
+{
+    const QFileInfo file(QFile::decodeName(path));
+    if (!file.isFile() || !file.isReadable())
+        return fail(2, path.toStdString() + " : fichier illisible");
+    // Without a slash, the loader would search the system's folders.
+    return tellCheck(checkLibrary(QFile::encodeName(file.absoluteFilePath()),
+                                  {.writableFolders = libraryFolders(), .pcscSocket = pcscSocketPath()}));
+}
+
+int checkMapFile(const ServiceCommandLine& line)
+{
+    const std::expected<QByteArray, QString> json = readCardMapFile(QFile::decodeName(line.checkedFile));
+    if (!json)
+        return fail(2, line.checkedFile.toStdString() + " : " + json.error().toStdString());
+    if (!line.recordedCard)
+        return tellCheck(checkCardMap(*json, std::nullopt));
+    const std::expected<RecordedCard, QString> card = readRecordedCard(QFile::decodeName(*line.recordedCard));
+    if (!card)
+        return fail(2, card.error().toStdString());
+    return tellCheck(checkCardMap(*json, *card));
+}
+
 int serve(const ServiceCommandLine& line, ChannelDescriptors channel)
 {
     const SiteFunds funds = loadFunds(resourceFolder());
@@ -110,6 +143,10 @@ int main(int argc, char* argv[])
 
     if (!protectProcess())
         return failWithErrno();
+    if (line->action == ServiceCommandLine::Action::CheckLibrary)
+        return checkLibraryFile(line->checkedFile);
+    if (line->action == ServiceCommandLine::Action::CheckMap)
+        return checkMapFile(*line);
     std::optional<ChannelDescriptors> channel = takeStandardChannel();
     if (!channel)
         return failWithErrno();

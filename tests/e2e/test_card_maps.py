@@ -3,6 +3,7 @@ network of its own"""
 
 import json
 import os
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -102,6 +103,42 @@ class SiteMaps(unittest.TestCase):
         service = self.started()
         self.assertIn("vitale2.json : beneficiaries[1].fields[2].form : forme inconnue « chiffres »", service.log())
         self.assertEqual(persons(service.read()), persons(SPECIMEN_XML))
+
+
+class CheckOfMaps(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+
+    def check(self, name, *card):
+        """The exit code and the text of the service's check of a shipped map, or of a map's path."""
+        program = os.path.join(STAGE, "libexec", "pelmora", "com.morvel.lvit")
+        run = subprocess.run([program, "--check-map", os.path.join(SHARE, "maps", name), *card], capture_output=True,
+                             env={"LC_ALL": "C.UTF-8"}, text=True, timeout=30)
+        return run.returncode, run.stdout + run.stderr
+
+    def test_a_recorded_card_is_read_with_the_map(self):
+        subprocess.run([sys.executable, "-B", cardlayout.__file__, "specimen", self.folder], check=True,
+                       input=SPECIMEN_XML, text=True)
+        code, report = self.check("specimen.json", "--card", self.folder)
+        self.assertEqual(code, 0, report)
+        self.assertIn("  Bénéficiaires lus   3\n\nConclusion : aucun défaut.\n", report)
+        self.assertNotIn("SPECIMEN", report)
+        code, report = self.check("vitale2.json", "--card", self.folder)
+        self.assertEqual(code, 1)
+        self.assertIn("\n  carte : elle n’a pas l’application ", report)
+
+    def test_a_faulty_map_and_one_that_is_not_there_have_their_exit_codes(self):
+        faulty = os.path.join(self.folder, "carte.json")
+        with open(faulty, "w", encoding="utf-8") as file:
+            file.write('{"format": 2}')
+        code, report = self.check(faulty)
+        self.assertEqual(code, 1)
+        self.assertIn("\nDéfauts\n  format : 1 est attendu\n", report)
+        self.assertEqual(self.check(os.path.join(self.folder, "absent"))[0], 2)
+        self.assertEqual(self.check("specimen.json", "--card", faulty),
+                         (2, f"com.morvel.lvit: {faulty} n’est pas un dossier\n"))
 
 
 if __name__ == "__main__":

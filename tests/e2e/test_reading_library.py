@@ -82,6 +82,33 @@ class ReadingLibraryTest(unittest.TestCase):
             self.assertEqual(service.finish(), 0)
             self.assertEqual(service.log(), "")
 
+    def check(self, library):
+        """The exit code and the text of the service's check of a library."""
+        service = self.service()
+        run = subprocess.run([service.program, "--check-library", library], env=service.environment,
+                             capture_output=True, text=True, timeout=110)
+        return run.returncode, run.stdout + run.stderr
+
+    def test_the_documented_example_passes_its_check_with_a_card_and_without(self):
+        with self.subTest("no card"):
+            code, report = self.check(self.example)
+            self.assertEqual((code, report[-29:]), (0, "\n\nConclusion : aucun défaut.\n"), report)
+            self.assertIn("  Lecture             PELMORA_READING_CARD_ABSENT\n", report)
+        with self.subTest("card"):
+            shutil.copy(SPECIMEN, os.path.join(FOLDER, "card.xml"))
+            code, report = self.check(self.example)
+            self.assertEqual(code, 0, report)
+            self.assertIn(f"  Lecture             document de {os.path.getsize(SPECIMEN)} octets\n", report)
+            self.assertNotIn("SPECIMEN", report)
+
+    def test_a_faulty_library_fails_its_check_and_no_library_cannot_be_checked(self):
+        self.install(SCRIPTED, readers__text="Feitian SCR301")
+        code, report = self.check(LIBRARY)
+        self.assertEqual(code, 1)
+        self.assertIn("\n  pelmora_reading_readers, appel 1 : la dernière ligne n’a pas de fin\n", report)
+        self.assertEqual(self.check(os.path.join(self.home, "absent")),
+                         (2, f"com.morvel.lvit: {self.home}/absent : fichier illisible\n"))
+
     def test_an_attestation_is_made_through_it(self):
         self.install(self.example)
         shutil.copy(SPECIMEN, os.path.join(FOLDER, "card.xml"))

@@ -20,6 +20,10 @@ QByteArray outcome(const QList<QByteArray>& arguments)
         return "version";
     case ServiceCommandLine::Action::Diagnose:
         return "diagnose";
+    case ServiceCommandLine::Action::CheckLibrary:
+        return "check library " + line->checkedFile;
+    case ServiceCommandLine::Action::CheckMap:
+        return "check map " + line->checkedFile + (line->recordedCard ? " with " + *line->recordedCard : QByteArray());
     case ServiceCommandLine::Action::Serve:
         return line->simulatedCard ? "serve " + *line->simulatedCard : QByteArray("serve");
     }
@@ -49,6 +53,21 @@ private Q_SLOTS:
         row({"--diagnose", "--simulate=carte.xml"}, "error: --diagnose s’emploie seul");
         row({"--simulate=carte.xml", "--diagnose"}, "error: --diagnose s’emploie seul");
         row({"--version"}, "version");
+        row({"--check-library", "a.so"}, "check library a.so");
+        row({"--check-map", "a.json"}, "check map a.json");
+        row({"--check-map", "a.json", "--card", "carte"}, "check map a.json with carte");
+        const char* const oneFile = "error: --check-library demande un fichier, et rien d’autre";
+        row({"--check-library"}, oneFile);
+        row({"--check-library", ""}, oneFile);
+        row({"--check-library", "a.so", "b.so"}, oneFile);
+        row({"--check-library", "a.so", "--card", "carte"}, oneFile);
+        row({"--simulate=carte.xml", "--check-library", "a.so"}, oneFile);
+        const char* const aMap = "error: --check-map demande un fichier, puis --card DOSSIER ou rien";
+        row({"--check-map"}, aMap);
+        row({"--check-map", "a.json", "--card"}, aMap);
+        row({"--check-map", "a.json", "--card", ""}, aMap);
+        row({"--check-map", "a.json", "carte", "--card"}, aMap);
+        row({"--card", "carte"}, "error: argument inconnu : --card");
         row({"--simulate"}, "error: --simulate demande le fichier XML d’une carte");
         row({"--simulate", ""}, "error: --simulate demande le fichier XML d’une carte");
         row({"--simulate="}, "error: --simulate demande le fichier XML d’une carte");
