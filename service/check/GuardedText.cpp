@@ -4,6 +4,7 @@
 #include <new>
 #include <span>
 
+#include <string.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -60,9 +61,20 @@ std::optional<QString> GuardedText::damage() const
     return std::nullopt;
 }
 
-std::optional<QByteArray> GuardedText::written() const
+std::optional<QByteArrayView> GuardedText::view() const
 {
     if (m_text.length > m_capacity)
         return std::nullopt;
-    return QByteArray(m_end - m_capacity, static_cast<qsizetype>(m_text.length));
+    return QByteArrayView(m_end - m_capacity, static_cast<qsizetype>(m_text.length));
+}
+
+std::optional<QByteArray> GuardedText::written() const
+{
+    const std::optional<QByteArrayView> bytes = view();
+    return bytes ? std::optional(bytes->toByteArray()) : std::nullopt;
+}
+
+void GuardedText::clear()
+{
+    ::explicit_bzero(m_memory, m_mappedSize - m_pageSize);
 }

@@ -24,6 +24,12 @@ public:
     /// The written text; absent when the length is larger than the capacity.
     [[nodiscard]] std::optional<QByteArray> written() const;
 
+    /// The same without a copy.
+    [[nodiscard]] std::optional<QByteArrayView> view() const;
+
+    /// Clears the buffer.
+    void clear();
+
     /// The length that the library reports.
     [[nodiscard]] std::size_t length() const { return m_text.length; }
 

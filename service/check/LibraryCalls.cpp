@@ -1,5 +1,7 @@
 #include "service/check/LibraryCalls.h"
 
+#include "service/MemoryClearing.h"
+#include "service/check/KeptText.h"
 #include "service/installed/ClearedText.h"
 
 #include <algorithm>
@@ -181,4 +183,20 @@ LibraryCalls::Answer LibraryCalls::readCard(std::optional<std::size_t> capacity)
 {
     return askText(u"pelmora_reading_read_card"_s, Kind::Read, capacity.value_or(ReadingRoom::card),
                    m_functions.readCard);
+}
+
+void LibraryCalls::searchMemoryForCard()
+{
+    const QString place = nextPlace(u"pelmora_reading_read_card"_s);
+    pelmora_reading_text* const text = m_buffer.prepare(ReadingRoom::card);
+    const int result = make(place, Kind::Read, [&] { return m_functions.readCard(text); });
+    if (const std::optional<QByteArrayView> card = m_buffer.view(); card && result == PELMORA_READING_OK) {
+        const KeptText kept(*card);
+        m_buffer.clear();
+        // Where the library's functions have returned from.
+        clearUnusedStack();
+        if (kept.isInMemory().value_or(false))
+            m_notes->fault(place, u"garde des données de la carte en mémoire"_s);
+    }
+    judgeSurroundings(place, false);
 }

@@ -33,6 +33,9 @@ public:
     [[nodiscard]] int choose(const QByteArray& vitale, const QByteArray& professional);
     [[nodiscard]] Answer readCard(std::optional<std::size_t> capacity = {});
 
+    /// Reads a card and searches the memory for it. The first read of all: a later search finds copies that are ours.
+    void searchMemoryForCard();
+
     /// The round that belongs to the place of the following calls; 0 outside of rounds. In rounds the state of the
     /// process is not compared, which would take most of the time.
     void setRound(int round) { m_round = round; }

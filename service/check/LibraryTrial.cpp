@@ -199,6 +199,7 @@ void LibraryTrial::tryCard(const QByteArray& reader)
                        u"rend %1 pour un lecteur de sa liste"_s.arg(readingResultText(chosen)));
         return;
     }
+    m_calls.searchMemoryForCard();
     const LibraryCalls::Answer first = read();
     m_notes->fact(u"Lecture"_s, first.result == PELMORA_READING_OK ? u"document de %1 octets"_s.arg(first.text.size())
                                                                    : readingResultText(first.result));
