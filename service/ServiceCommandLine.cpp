@@ -21,7 +21,7 @@ struct Command
 {
     QByteArrayView name;
     Action action = {};
-    const char* complaint; // about other arguments
+    const char* complaint = nullptr; // about other arguments
 };
 
 constexpr std::array commands{

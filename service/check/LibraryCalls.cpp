@@ -63,6 +63,15 @@ QString LibraryCalls::nextPlace(const QString& function)
     return m_round == 0 ? place : u"%1, tour %2"_s.arg(place).arg(m_round);
 }
 
+void LibraryCalls::fault(const QString& place, const QString& reason)
+{
+    const QString key = place.section(u',', 0, 0) + u'\n' + reason;
+    if (m_told.contains(key))
+        return;
+    m_told.insert(key);
+    m_notes->fault(place, reason);
+}
+
 void LibraryCalls::judgeSurroundings(const QString& place, bool mayQuote)
 {
     if (const QByteArray printed = m_output.news(); !printed.isEmpty()) {
@@ -71,7 +80,7 @@ void LibraryCalls::judgeSurroundings(const QString& place, bool mayQuote)
         const bool isSecret = std::ranges::any_of(m_secrets, isPrinted);
         const QString function = place.section(u',', 0, 0);
         if (isSecret)
-            m_notes->fault(place, u"imprime des données de la carte"_s);
+            fault(place, u"imprime des données de la carte"_s);
         else if (!m_noisy.contains(function))
             m_notes->remark(u"%1 : imprime %2 octets%3"_s.arg(place)
                                 .arg(printed.size())
@@ -81,7 +90,7 @@ void LibraryCalls::judgeSurroundings(const QString& place, bool mayQuote)
     if (m_round != 0)
         return;
     for (const QString& change : m_state.changes())
-        m_notes->fault(place, change);
+        fault(place, change);
 }
 
 template <typename Function>
@@ -100,12 +109,12 @@ LibraryCalls::Answer LibraryCalls::askText(const QString& name, Kind kind, std::
     pelmora_reading_text* const text = m_buffer.prepare(capacity);
     Answer answer{.result = make(place, kind, [&] { return function(text); }), .text = {}, .place = place};
     if (const std::optional<QString> damage = m_buffer.damage())
-        m_notes->fault(place, *damage);
+        fault(place, *damage);
     if (answer.result == PELMORA_READING_OK) {
         if (std::optional<QByteArray> written = m_buffer.written())
             answer.text = *std::move(written);
         else
-            m_notes->fault(place, u"annonce %1 octets pour une capacité de %2"_s.arg(m_buffer.length()).arg(capacity));
+            fault(place, u"annonce %1 octets pour une capacité de %2"_s.arg(m_buffer.length()).arg(capacity));
     }
     if (kind != Kind::Read)
         judgeSurroundings(place, true);
@@ -196,7 +205,7 @@ void LibraryCalls::searchMemoryForCard()
         // Where the library's functions have returned from.
         clearUnusedStack();
         if (kept.isInMemory().value_or(false))
-            m_notes->fault(place, u"garde des données de la carte en mémoire"_s);
+            fault(place, u"garde des données de la carte en mémoire"_s);
     }
     judgeSurroundings(place, false);
 }

@@ -55,6 +55,8 @@ private:
     };
 
     [[nodiscard]] QString nextPlace(const QString& function);
+    /// Notes the fault, unless the function has had the same one: in rounds it comes again and again.
+    void fault(const QString& place, const QString& reason);
     template <typename Function>
     auto make(const QString& place, Kind kind, Function function);
     template <typename Function>
@@ -67,6 +69,7 @@ private:
     CapturedOutput m_output;
     QHash<QString, int> m_calls; // by function
     QSet<QString> m_noisy;       // functions whose prints were noted
+    QSet<QString> m_told;        // functions with their faults
     QList<QByteArray> m_secrets;
     int m_round = 0;
 };

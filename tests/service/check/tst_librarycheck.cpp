@@ -154,6 +154,13 @@ private Q_SLOTS:
         QVERIFY(report.endsWith(u"\nConclusion : aucun défaut.\n"_s));
     }
 
+    void aFaultThatComesInEveryRoundIsToldOnce()
+    {
+        QCOMPARE(section(reportOnFault(u"prints-the-card"_s), u"Défauts"_s).size(), 1);
+        const QStringList faults = section(reportOnFault(u"lies-about-the-length"_s), u"Défauts"_s);
+        QCOMPARE(faults.filter(u"pelmora_reading_readers"_s).filter(u"annonce 65537"_s).size(), 1);
+    }
+
     void aCardIsNotRepeatedInTheReport() { QVERIFY(!reportOnFault(u"prints-the-card"_s).contains(u"SPECIMEN"_s)); }
 
     void afterACrashTheReportSaysThatItIsIncomplete()
