@@ -68,7 +68,7 @@ public:
     /// Until it ends, or does not answer any more.
     void follow()
     {
-        m_deadline = Clock::now() + m_limits->other;
+        m_deadline = Clock::now() + m_patience;
         while (waitForNews()) {
         }
         const bool isLate = !m_hasEnded;
@@ -123,16 +123,16 @@ private:
 
     void take(const TrialNote& note)
     {
-        m_patience = note.kind == TrialNote::Kind::Read ? m_limits->read : m_limits->other;
-        m_deadline = Clock::now() + m_patience;
         switch (note.kind) {
         case TrialNote::Kind::Call:
         case TrialNote::Kind::Read:
             m_place = note.place;
             m_isInCall = true;
+            m_patience = note.kind == TrialNote::Kind::Read ? m_limits->read : m_limits->other;
             break;
         case TrialNote::Kind::Return:
             m_isInCall = false;
+            m_patience = ownWork;
             break;
         case TrialNote::Kind::Fault:
             m_report->faults.append({note.place, note.text});
@@ -144,6 +144,7 @@ private:
             m_report->facts.append({note.place, note.text});
             break;
         }
+        m_deadline = Clock::now() + m_patience;
     }
 
     void addEnd(const QString& reason)
@@ -154,13 +155,16 @@ private:
             m_report->remarks.append(u"les contrôles suivants n’ont pas été faits"_s);
     }
 
+    // Between calls the check itself works.
+    static constexpr std::chrono::milliseconds ownWork{60'000};
+
     pid_t m_process;
     FileDescriptor m_life;
     int m_notes;
     const LibraryCheckLimits* m_limits;
     CheckReport* m_report;
     Clock::time_point m_deadline;
-    std::chrono::milliseconds m_patience{};
+    std::chrono::milliseconds m_patience = ownWork;
     QByteArray m_text; // of an incomplete note
     QString m_place;   // of the last call
     bool m_isInCall = false;

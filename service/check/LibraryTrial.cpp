@@ -248,7 +248,8 @@ void LibraryTrial::closeForGood(qsizetype threadsBefore)
     // As long as the service waits at its end.
     constexpr auto patience = 1000ms;
     constexpr auto step = 10ms;
-    for (auto waited = 0ms; waited < patience && threadsOfProcess() > threadsBefore; waited += step)
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (threadsOfProcess() > threadsBefore && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(step);
     if (const qsizetype left = threadsOfProcess() - threadsBefore; left > 0)
         m_notes->fault(u"pelmora_reading_close"_s, u"fils d’exécution laissés après la fermeture : %1"_s.arg(left));
