@@ -16,6 +16,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/gui/ApplicationNames.h"
 #include "platform/gui/FrenchTexts.h"
+#include "prefs/settings/SiteSettings.h"
 
 #include <QApplication>
 
@@ -65,6 +66,7 @@ int runApplication(const CommandLine& command, const Bundle& bundle, SingleInsta
         return failure;
     }
     UserDefaults settings(UserDefaults::standardFilePath());
+    useSiteSettings(settings);
     SchemeLogos logos(bundle);
     LVitAccess::setDefaultCommand(cardServiceCommand(command, bundle));
     MainWindow window(bundle);

@@ -10,6 +10,8 @@
 #include <QSettings>
 #include <QStandardPaths>
 
+#include <utility>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -143,12 +145,19 @@ void UserDefaults::registerDefaults(const QVariantMap& defaults)
     m_registered.insert(defaults);
 }
 
+void UserDefaults::setSiteValues(SiteValues values)
+{
+    m_site = std::move(values);
+}
+
 QVariant UserDefaults::object(const QString& key) const
 {
+    if (isLocked(key))
+        return m_site.locked.value(key);
     if (m_settings->contains(key + arraySize))
         return arrayObject(key);
     const QVariant stored = m_settings->value(key);
-    return stored.isValid() ? stored : m_registered.value(key);
+    return stored.isValid() ? stored : m_site.defaults.value(key, m_registered.value(key));
 }
 
 QVariantList UserDefaults::arrayObject(const QString& key) const
@@ -170,6 +179,8 @@ QVariantList UserDefaults::arrayObject(const QString& key) const
 
 void UserDefaults::setObject(const QString& key, const QVariant& value)
 {
+    if (isLocked(key))
+        return;
     m_settings->setChanged();
     m_settings->remove(key);
     if (value.typeId() != QMetaType::QVariantList) {
@@ -188,6 +199,8 @@ void UserDefaults::setObject(const QString& key, const QVariant& value)
 
 void UserDefaults::remove(const QString& key)
 {
+    if (isLocked(key))
+        return;
     m_settings->setChanged();
     m_settings->remove(key);
 }

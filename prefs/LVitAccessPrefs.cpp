@@ -215,6 +215,7 @@ void LVitAccessPrefs::loadView(QScrollArea& view)
 
 void LVitAccessPrefs::viewDidLoad()
 {
+    disableIfLocked(*m_ui->selectModePopUpButton, m_settings, Settings::lvitMode.key);
     tieToSetting(*m_ui->readOnInsertionButton, m_settings, Settings::readOnInsertion);
     connect(m_ui->diagnosisButton, &QPushButton::clicked, this,
             [this] { Q_EMIT diagnosisRequested(m_ui->diagnosisButton->window()); });

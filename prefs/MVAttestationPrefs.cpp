@@ -1,5 +1,6 @@
 #include "prefs/MVAttestationPrefs.h"
 
+#include "platform/UserDefaults.h"
 #include "prefs/SettingTie.h"
 #include "prefs/settings/MVSettings.h"
 #include "prefs/ui_AttestationConfigView.h"
@@ -42,7 +43,7 @@ MVAttestationPrefs::~MVAttestationPrefs() = default;
 
 void MVAttestationPrefs::changeAttestationsFolder(const QObject* /*sender*/)
 {
-    if (!isViewLoaded() || view().isWindow())
+    if (!isViewLoaded() || view().isWindow() || m_settings.isLocked(Settings::attestationsFolder.key.toString()))
         return;
     auto* panel =
         new QFileDialog(view().window(), u"Sélectionnez le dossier où seront enrehistrés les attestations vitale"_s);
@@ -81,6 +82,7 @@ void MVAttestationPrefs::viewDidLoad()
 {
     tieToSetting(*m_ui->showTitleButton, m_settings, Settings::showRightLabelPrintOption);
     tieToSetting(*m_ui->printWithoutAskingButton, m_settings, Settings::printWithoutAsking);
+    disableIfLocked(*m_ui->changeFolderButton, m_settings, Settings::attestationsFolder.key);
     showFolder();
     connect(m_ui->changeFolderButton, &QAbstractButton::clicked, this,
             [this] { changeAttestationsFolder(m_ui->changeFolderButton); });

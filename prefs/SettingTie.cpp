@@ -1,5 +1,6 @@
 #include "prefs/SettingTie.h"
 
+#include "platform/UserDefaults.h"
 #include "prefs/settings/MVSettings.h"
 
 #include <QAbstractButton>
@@ -8,6 +9,8 @@
 #include <QSpinBox>
 
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -42,6 +45,7 @@ public:
         , m_store(store)
         , m_setting(setting)
     {
+        disableIfLocked(control, store, setting.key);
         showStored();
         control.installEventFilter(this);
     }
@@ -67,6 +71,16 @@ private:
 };
 
 } // namespace
+
+void disableIfLocked(QWidget& control, const UserDefaults& store, QStringView key)
+{
+    if (!store.isLocked(key.toString()))
+        return;
+    const QString reason = u"Ce réglage est fixé par l’administrateur informatique."_s;
+    control.setEnabled(false);
+    control.setToolTip(reason);
+    control.setAccessibleDescription(reason);
+}
 
 void tieToSetting(QAbstractButton& button, UserDefaults& store, const Setting<bool>& setting)
 {

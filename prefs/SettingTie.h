@@ -4,7 +4,11 @@
 
 class QAbstractButton;
 class QSpinBox;
+class QWidget;
 class UserDefaults;
+
+/// Disables a control when the site's administrator has locked its setting, and tells users the reason.
+void disableIfLocked(QWidget& control, const UserDefaults& store, QStringView key);
 
 /// Connects a check box and a boolean setting: the box shows the stored value whenever it becomes visible, and stores
 /// each change before other connected actions run. The store must outlive the button.

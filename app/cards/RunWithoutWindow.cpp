@@ -11,6 +11,7 @@
 #include "attestation/text/PageFonts.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
+#include "prefs/settings/SiteSettings.h"
 #include "prefs/settings/StandardPreferences.h"
 
 #include <QCoreApplication>
@@ -64,6 +65,7 @@ int runWithoutWindow(const CommandLine& command, char* programName, const Comman
     // Nothing is stored: a run without a window leaves the user's settings as they are.
     UserDefaults settings(UserDefaults::standardFilePath());
     registerStandardPreferences(settings);
+    useSiteSettings(settings);
     const Bundle bundle = Bundle::mainBundle();
     const std::expected<PageFonts, Error> fonts = PageFonts::load(bundle);
     if (!fonts) {

@@ -3,6 +3,7 @@
 #include <QStringView>
 #include <QVariantList>
 
+#include <limits>
 #include <tuple>
 #include <variant>
 
@@ -15,11 +16,13 @@ struct Setting
 {
     QStringView key;
     SettingDefault defaultValue = std::monostate{};
+    /// Of an integer.
+    qint64 maximum = std::numeric_limits<qint64>::max();
 };
 
 namespace Settings {
 // A text on purpose: as an integer it is 0, the automatic mode.
-inline constexpr Setting<qint64> lvitMode{u"MVLVitMode", u"Auto"};
+inline constexpr Setting<qint64> lvitMode{u"MVLVitMode", u"Auto", 2};
 inline constexpr Setting<bool> showRightLabelPrintOption{u"MVShowRightLabelPrintOption", false};
 inline constexpr Setting<QString> attestationsFolder{u"MVAttestationsFolder", u"~/Documents/Attestations Pelmora"};
 inline constexpr Setting<QVariantList> recentsAttestation{u"MVRecentsAttestation"};

@@ -42,9 +42,9 @@ class Preferences(unittest.TestCase):
     def path(self, *names):
         return os.path.join(self.home, *names)
 
-    def start(self, *arguments):
+    def start(self, *arguments, environment=None):
         """The application, bound if it can be, with its preferences open; it ends with the test."""
-        pelmora = Application(PELMORA, *arguments, home=self.home)
+        pelmora = Application(PELMORA, *arguments, home=self.home, environment=environment)
         self.addCleanup(pelmora.__exit__)
         pelmora.press("push button", "Préférences")
         pelmora.find("frame", WINDOW)
@@ -191,6 +191,32 @@ class Panes(Preferences):
                 wait(lambda value=first, name=setting: self.setting(name) == value)
                 pelmora.press(*PANES[pane])
                 wait(lambda value=first, name=setting: self.setting(name) not in (None, value))
+
+    def test_what_a_site_has_locked_is_shown_and_cannot_be_changed(self):
+        os.makedirs(self.path("etc", "MORVEL"))
+        with open(self.path("etc", "MORVEL", "Pelmora.conf"), "w", encoding="utf-8") as file:
+            file.write("MVShowRightLabelPrintOption=true\n[Verrouillé]\nMVStatusItemMenu=false\nMVLVitMode=2\n"
+                       "MVAttestationsFolder=~/Été\n")
+        pelmora = self.start("--simulate", environment={"XDG_CONFIG_DIRS": self.path("etc")})
+
+        def assert_locked(role, name):
+            control = pelmora.find(role, name)
+            self.assertFalse(control.get_state_set().contains(Atspi.StateType.ENABLED))
+            self.assertEqual(control.get_description(), "Ce réglage est fixé par l’administrateur informatique.")
+            return control
+        menu = assert_locked(*PANES["Configuration"])
+        self.assertFalse(menu.get_state_set().contains(Atspi.StateType.CHECKED))
+        self.pane(pelmora, "Attestations")
+        assert_locked("push button", "Choisir le dossier des attestations")
+        pelmora.find("label", self.path("Été"))
+        title = pelmora.find(*PANES["Attestations"])
+        self.assertTrue(title.get_state_set().contains(Atspi.StateType.CHECKED))
+        pelmora.press(*PANES["Attestations"])
+        wait(lambda: self.setting("MVShowRightLabelPrintOption") == "false")
+        self.pane(pelmora, "Lecture Vitale")
+        assert_locked(*PANES["Lecture Vitale"])
+        pelmora.find("label", MODES["Embarquée avec Pelmora"].replace(".", "\\."))
+        self.assertIsNone(self.setting("MVLVitMode"))
 
     def test_the_folder_is_chosen_in_its_panel(self):
         os.makedirs(self.path("Mes attestations 2026"))

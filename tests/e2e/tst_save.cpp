@@ -191,6 +191,17 @@ private Q_SLOTS:
         QCOMPARE(left, (QStringList{u"attestations"_s, file.section(u'/', -1)}));
     }
 
+    void aSiteSettingIsUsedWithoutAWindowToo()
+    {
+        const QString title = u"Attestation de droits"_s;
+        QVERIFY(!textOf(save({zoe()}).outputLines().value(0)).contains(title));
+        QVERIFY(writeFile(path(u"etc/MORVEL/Pelmora.conf"_s), "[Verrouillé]\nMVShowRightLabelPrintOption=true\n"));
+        QVERIFY(writeFile(path(u"config/MORVEL/Pelmora.conf"_s), "[General]\nMVShowRightLabelPrintOption=false\n"));
+        const RunResult result = save({zoe()}, {u"env"_s, u"XDG_CONFIG_DIRS="_s + path(u"etc"_s)});
+        QVERIFY(textOf(result.outputLines().value(0)).contains(title));
+        QCOMPARE(result.errors, QByteArray());
+    }
+
     void aRelativeFolderIsMadeWhereThePersonStands()
     {
         const RunResult result = pelmora({u"--save"_s, u"a/b é"_s, zoe()}, {u"env"_s, u"-C"_s, m_home->path()});

@@ -54,6 +54,20 @@ private Q_SLOTS:
         end();
     }
 
+    void aLockedFolderIsShownAndCannotBeChosen()
+    {
+        m_settings->setSiteValues({{}, {{u"MVAttestationsFolder"_s, u"/srv/cabinet"_s}}});
+        m_pane = std::make_unique<MVAttestationPrefs>(*m_settings, m_bundle);
+        m_pane->initialization();
+        QVERIFY(show(*m_pane));
+        QCOMPARE(shown(), u"/srv/cabinet"_s);
+        const auto* button = control<QPushButton>(*m_pane, "changeFolderButton");
+        QVERIFY(!button->isEnabled() && !button->accessibleDescription().isEmpty());
+        m_pane->changeAttestationsFolder(nullptr);
+        QVERIFY(!panel());
+        QVERIFY(control<QCheckBox>(*m_pane, "showTitleButton")->isEnabled());
+    }
+
     void theFolderOfTheSettingsIsShown()
     {
         QCOMPARE(shown(), path(u"Documents/Attestations Pelmora"_s));

@@ -78,6 +78,29 @@ private Q_SLOTS:
         field.show();
         QCOMPARE(field.value(), 5);
     }
+
+    void aLockedSettingIsShownAndCannotBeChanged()
+    {
+        m_settings->setSiteValues(
+            {{}, {{u"MVStatusItemMenu"_s, false}, {u"MVForgetAfterMinutes"_s, 10}, {u"MVDebugMode"_s, true}}});
+        QSpinBox field;
+        tieToSetting(*m_box, *m_settings, Settings::statusItemMenu);
+        tieToSetting(field, *m_settings, Settings::forgetAfterMinutes);
+        QVERIFY(!m_box->isChecked());
+        QCOMPARE(field.value(), 10);
+        const QString reason = u"Ce réglage est fixé par l’administrateur informatique."_s;
+        for (const QWidget* control : {static_cast<QWidget*>(m_box.get()), static_cast<QWidget*>(&field)}) {
+            QVERIFY(!control->isEnabled());
+            QCOMPARE(control->toolTip(), reason);
+            QCOMPARE(control->accessibleDescription(), reason);
+        }
+        m_box->setChecked(true);
+        m_box->show();
+        QVERIFY(!m_box->isChecked());
+        QCheckBox free;
+        tieToSetting(free, *m_settings, Settings::forgetOnLock);
+        QVERIFY(free.isEnabled() && free.toolTip().isEmpty() && free.accessibleDescription().isEmpty());
+    }
 };
 
 template class RunnableTests<tst_SettingTie, QApplication>;
