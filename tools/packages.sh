@@ -25,6 +25,8 @@ test_packages=(
     sway qt6-wayland
     # For the tests' session manager.
     libsm-dev
+    # For validating JSON output.
+    python3-jsonschema
     # For checking the man page.
     mandoc
     # For the tests' print server.

@@ -12,13 +12,14 @@ class SchemeLogos;
 class PrintCommand final : public CardsCommand
 {
 public:
-    PrintCommand(PrintInfo info, PageOptions options, SchemeLogos& logos, const PageFonts& fonts);
+    PrintCommand(std::optional<CardResults> results, PrintInfo info, PageOptions options, SchemeLogos& logos,
+                 const PageFonts& fonts);
 
-    /// The user's default printer with its own settings. The failure is why there is none, for people.
-    [[nodiscard]] static std::expected<PrintInfo, QString> defaultPrinter();
+    /// The user's default printer with its own settings.
+    [[nodiscard]] static std::expected<PrintInfo, Error> defaultPrinter();
 
 protected:
-    [[nodiscard]] std::expected<void, QString> handle(const CardRecord& record) override;
+    [[nodiscard]] std::expected<CardOutcome, Error> handle(const CardSource& source, const CardRecord& record) override;
 
 private:
     PrintInfo m_info;

@@ -2,8 +2,9 @@
 
 #include "app/cards/AttestationFiles.h"
 #include "app/cards/CardServiceCommand.h"
-#include "app/cards/Console.h"
 #include "app/cards/PrintCommand.h"
+#include "app/cards/ProgramStart.h"
+#include "app/cards/ReadCommand.h"
 #include "app/cards/SaveCommand.h"
 #include "app/models/CardServiceRequests.h"
 #include "app/models/CommandLine.h"
@@ -21,11 +22,11 @@
 #include <memory>
 #include <optional>
 
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int failure = 1;
 
 std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const Bundle& bundle,
                                               const UserDefaults& settings)
@@ -37,7 +38,7 @@ std::shared_ptr<LVitAccess> cardServiceClient(const CommandLine& command, const 
 }
 
 using CommandPtr = std::unique_ptr<CardsCommand>;
-using CommandMaker = std::function<std::expected<CommandPtr, QString>(PageOptions, SchemeLogos&, const PageFonts&)>;
+using CommandMaker = std::function<std::expected<CommandPtr, Error>(PageOptions, SchemeLogos&, const PageFonts&)>;
 
 /// Brings the card service up, and has the card in the reader taken. Returns when that is done.
 void takeCardInReader(const std::shared_ptr<LVitAccess>& client, CardsCommand& cards)
@@ -55,60 +56,95 @@ void takeCardInReader(const std::shared_ptr<LVitAccess>& client, CardsCommand& c
     QCoreApplication::exec();
 }
 
-// The command that was made sees the card files or the card in the reader.
-int runWithoutWindow(const CommandLine& command, char* programName, const CommandMaker& makeCommand)
+/// What a run without a window needs.
+class BareRun
 {
-    std::array<char*, 2> arguments{programName, nullptr};
-    int count = 1;
-    const QCoreApplication application(count, arguments.data());
-
+public:
     // Nothing is stored: a run without a window leaves the user's settings as they are.
-    UserDefaults settings(UserDefaults::standardFilePath());
-    registerStandardPreferences(settings);
-    useSiteSettings(settings);
-    const Bundle bundle = Bundle::mainBundle();
-    const std::expected<PageFonts, Error> fonts = PageFonts::load(bundle);
-    if (!fonts) {
-        Console::complain(fonts.error().localizedDescription());
-        return failure;
+    BareRun(const CommandLine& command, char* programName)
+        : m_command(command)
+        , m_arguments{programName, nullptr}
+        , m_settings(UserDefaults::standardFilePath())
+    {
+        registerStandardPreferences(m_settings);
+        useSiteSettings(m_settings);
     }
-    SchemeLogos logos(bundle);
-    const std::expected<CommandPtr, QString> made = makeCommand(pageOptions(settings), logos, *fonts);
-    if (!made) {
-        Console::complain(made.error());
-        return failure;
-    }
-    CardsCommand& cards = **made;
 
-    if (!command.cards.isEmpty()) {
-        cards.takeCardFiles(command.cards);
-        return cards.exitCode();
+    [[nodiscard]] const Bundle& bundle() const { return m_bundle; }
+    [[nodiscard]] const UserDefaults& settings() const { return m_settings; }
+
+    /// Has the command take the card files or the card in the reader. Gives the exit code.
+    [[nodiscard]] int take(CardsCommand& cards) const
+    {
+        if (m_command.cards.isEmpty())
+            takeCardInReader(cardServiceClient(m_command, m_bundle, m_settings), cards);
+        else
+            cards.takeCardFiles(m_command.cards);
+        return cards.finish();
     }
-    takeCardInReader(cardServiceClient(command, bundle, settings), cards);
-    return cards.exitCode();
+
+private:
+    const CommandLine& m_command;
+    std::array<char*, 2> m_arguments;
+    int m_count = 1;
+    const QCoreApplication m_application{m_count, m_arguments.data()};
+    UserDefaults m_settings;
+    const Bundle m_bundle = Bundle::mainBundle();
+};
+
+std::optional<CardResults> resultsOf(const CommandLine& command, const QString& name)
+{
+    return command.isJson ? std::optional<CardResults>(name) : std::nullopt;
+}
+
+/// Makes attestations, with the command that is made for that.
+int makeAttestations(const CommandLine& command, char* programName, const std::optional<CardResults>& results,
+                     const CommandMaker& makeCommand)
+{
+    const BareRun run(command, programName);
+    const std::expected<PageFonts, Error> fonts = PageFonts::load(run.bundle());
+    if (!fonts)
+        return failWithoutCards(results, fonts.error());
+    SchemeLogos logos(run.bundle());
+    const std::expected<CommandPtr, Error> made = makeCommand(pageOptions(run.settings()), logos, *fonts);
+    if (!made)
+        return failWithoutCards(results, made.error());
+    return run.take(**made);
 }
 
 } // namespace
 
 int runSave(const CommandLine& command, char* programName)
 {
+    const std::optional<CardResults> results = resultsOf(command, u"save"_s);
     std::optional<AttestationFiles> files;
-    return runWithoutWindow(
-        command, programName,
-        [&](PageOptions options, SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
+    return makeAttestations(
+        command, programName, results,
+        [&](PageOptions options, SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, Error> {
             files.emplace(command.folder, options, logos, fonts);
-            return std::make_unique<SaveCommand>(*files);
+            return std::make_unique<SaveCommand>(results, *files);
         });
 }
 
 int runPrint(const CommandLine& command, char* programName)
 {
-    return runWithoutWindow(
-        command, programName,
-        [](PageOptions options, SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, QString> {
-            const std::expected<PrintInfo, QString> printer = PrintCommand::defaultPrinter();
+    const std::optional<CardResults> results = resultsOf(command, u"print"_s);
+    return makeAttestations(
+        command, programName, results,
+        [&](PageOptions options, SchemeLogos& logos, const PageFonts& fonts) -> std::expected<CommandPtr, Error> {
+            const std::expected<PrintInfo, Error> printer = PrintCommand::defaultPrinter();
             if (!printer)
                 return std::unexpected(printer.error());
-            return std::make_unique<PrintCommand>(*printer, options, logos, fonts);
+            return std::make_unique<PrintCommand>(results, *printer, options, logos, fonts);
         });
+}
+
+int runRead(const CommandLine& command, char* programName)
+{
+    if (!command.isForced && isatty(STDOUT_FILENO) == 1) {
+        return refuseArguments(u"--read n’écrit pas les données d’un patient dans un terminal ; envoyez sa sortie à un "
+                               "programme ou dans un fichier, ou ajoutez --force."_s);
+    }
+    ReadCommand cards(CardResults(u"read"_s));
+    return BareRun(command, programName).take(cards);
 }

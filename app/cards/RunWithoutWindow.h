@@ -8,3 +8,6 @@ struct CommandLine;
 
 /// "pelmora --print": the same, printed on the default printer.
 [[nodiscard]] int runPrint(const CommandLine& command, char* programName);
+
+/// "pelmora --read": what is on the cards, as JSON.
+[[nodiscard]] int runRead(const CommandLine& command, char* programName);

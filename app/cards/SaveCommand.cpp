@@ -1,16 +1,11 @@
 #include "app/cards/SaveCommand.h"
 
 #include "app/cards/AttestationFiles.h"
-#include "app/cards/Console.h"
 
-using namespace Qt::StringLiterals;
-
-std::expected<void, QString> SaveCommand::handle(const CardRecord& record)
+std::expected<CardOutcome, Error> SaveCommand::handle(const CardSource& source, const CardRecord& record)
 {
     const std::expected<QString, SaveFailure> path = m_files.save(record);
     if (!path)
-        return std::unexpected(path.error().description());
-    if (!Console::print(*path + u'\n'))
-        return std::unexpected(u"la sortie standard ne peut pas être écrite."_s);
-    return {};
+        return std::unexpected(path.error().error(source.prefix()));
+    return CardOutcome{*path, {{QLatin1StringView("file"), jsonPath(*path)}}};
 }

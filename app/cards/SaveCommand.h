@@ -4,18 +4,19 @@
 
 class AttestationFiles;
 
-/// "pelmora --save": makes attestations without a window. Each path goes to the standard output, a line each. Main
-/// thread; the files must outlive it.
+/// "pelmora --save": makes attestations without a window. The line of each is its path. Main thread; the files must
+/// outlive it.
 class SaveCommand final : public CardsCommand
 {
 public:
-    explicit SaveCommand(const AttestationFiles& files)
-        : m_files(files)
+    SaveCommand(std::optional<CardResults> results, const AttestationFiles& files)
+        : CardsCommand(std::move(results))
+        , m_files(files)
     {
     }
 
 protected:
-    [[nodiscard]] std::expected<void, QString> handle(const CardRecord& record) override;
+    [[nodiscard]] std::expected<CardOutcome, Error> handle(const CardSource& source, const CardRecord& record) override;
 
 private:
     const AttestationFiles& m_files;

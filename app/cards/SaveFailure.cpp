@@ -1,10 +1,40 @@
 #include "app/cards/SaveFailure.h"
 
+#include "card/PelmoraError.h"
+
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr QLatin1StringView errorDomain{"Enregistrement"};
+
+// These numbers are documented.
+constexpr int folderUnusable = 1;
+
+int codeOf(WriteObstacle obstacle)
+{
+    switch (obstacle) {
+    case WriteObstacle::NameTaken:
+        return 2;
+    case WriteObstacle::NoFolder:
+        return 3;
+    case WriteObstacle::DiskFull:
+        return 4;
+    case WriteObstacle::QuotaReached:
+        return 5;
+    case WriteObstacle::NotAllowed:
+        return 6;
+    case WriteObstacle::ReadOnly:
+        return 7;
+    case WriteObstacle::NameRefused:
+        return 8;
+    case WriteObstacle::Other:
+        break;
+    }
+    return 9;
+}
 
 // What to do, before saving anew.
 QString remedyFor(WriteObstacle obstacle)
@@ -31,17 +61,19 @@ QString remedyFor(WriteObstacle obstacle)
 
 } // namespace
 
-QString SaveFailure::description() const
+Error SaveFailure::error(const QString& prefix) const
 {
     switch (kind) {
     case Kind::FolderUnusable:
-        return u"le dossier « %1 » ne peut pas être utilisé."_s.arg(path);
+        return {errorDomain, folderUnusable, u"le dossier « %1 » ne peut pas être utilisé."_s.arg(path)};
     case Kind::NoDocument:
-        return cause;
+        return {PelmoraError::domain, PelmoraError::internalError().code(), cause};
     case Kind::WriteFailed:
         break;
     }
-    return u"« %1 » n’a pas été enregistré : %2."_s.arg(path, write.reason);
+    return {errorDomain, codeOf(write.obstacle),
+            u"%1l’attestation n’a pas été enregistrée dans « %2 » : %3."_s.arg(prefix, path.section(u'/', 0, -2),
+                                                                               write.reason)};
 }
 
 QString SaveFailure::panelText() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Error.h"
 #include "platform/files/WriteFailure.h"
 
 #include <QString>
@@ -22,8 +23,9 @@ struct SaveFailure
     /// Why there is no document, in a sentence; of that kind only.
     QString cause;
 
-    /// The failure as a sentence, with the whole path.
-    [[nodiscard]] QString description() const;
+    /// The failure for a terminal or a program, without the file's name, which is a patient's. The sentence begins with
+    /// the prefix when it concerns that card only.
+    [[nodiscard]] Error error(const QString& prefix) const;
     /// The failure in few words, with the file's name, for the main window.
     [[nodiscard]] QString panelText() const;
     /// Of a write that failed: that nothing was written although it has been said, why, and what to do.

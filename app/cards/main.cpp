@@ -27,6 +27,8 @@ int main(int argc, char* argv[])
         return runSave(*command, argv[0]);
     case CommandLine::Action::Print:
         return runPrint(*command, argv[0]);
+    case CommandLine::Action::Read:
+        return runRead(*command, argv[0]);
     case CommandLine::Action::ShowWindow:
         break;
     }

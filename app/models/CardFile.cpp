@@ -9,11 +9,19 @@
 
 #include <QFile>
 
+#include <algorithm>
+
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr QLatin1StringView errorDomain{"Fichier"};
+
+// One byte more than allowed, to detect a larger file.
+constexpr qint64 longestRead = qint64{XmlDocument::maximumSize} + 1;
+constexpr qint64 pipeSize = qint64{64} * 1024;
 
 std::expected<QByteArray, Error> readFile(const QString& path)
 {
@@ -24,10 +32,28 @@ std::expected<QByteArray, Error> readFile(const QString& path)
         return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier n’existe pas."_s));
     if (error)
         return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier ne peut pas être lu."_s));
-    // One byte more than allowed, to detect a larger file.
-    QByteArray bytes = file.read(qint64{XmlDocument::maximumSize} + 1);
+    QByteArray bytes = file.read(longestRead);
     if (file.error() != QFileDevice::NoError)
         return std::unexpected(Error(errorDomain, file.error(), u"Le fichier ne peut pas être lu."_s));
+    return bytes;
+}
+
+std::expected<QByteArray, Error> readStandardInput()
+{
+    QFile input;
+    QByteArray bytes;
+    bool isRead = input.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered);
+    // A pipe gives what is there, until its end.
+    while (isRead && bytes.size() < longestRead) {
+        const QByteArray part = input.read(std::min(pipeSize, longestRead - bytes.size()));
+        isRead = input.error() == QFileDevice::NoError;
+        if (part.isEmpty())
+            break;
+        bytes += part;
+    }
+    if (!isRead)
+        return std::unexpected(
+            Error(errorDomain, QFileDevice::ReadError, u"L’entrée standard ne peut pas être lue."_s));
     return bytes;
 }
 
@@ -48,11 +74,8 @@ Error notACard(const Error& reason)
             u"Ce fichier n’est pas une carte Vitale. "_s + reason.localizedDescription()};
 }
 
-} // namespace
-
-std::expected<CardRecord, Error> loadCardFile(const QString& path)
+std::expected<CardRecord, Error> recordIn(const std::expected<QByteArray, Error>& bytes)
 {
-    const std::expected<QByteArray, Error> bytes = readFile(path);
     if (!bytes)
         return std::unexpected(bytes.error());
     const std::expected<XmlDocument, Error> document = parse(*bytes);
@@ -65,4 +88,16 @@ std::expected<CardRecord, Error> loadCardFile(const QString& path)
     }
     record->setText(CardKey::fundCodeLibelle, u"Non spécifié"_s);
     return record;
+}
+
+} // namespace
+
+std::expected<CardRecord, Error> loadCardFile(const QString& path)
+{
+    return recordIn(readFile(path));
+}
+
+std::expected<CardRecord, Error> loadCardFromStandardInput()
+{
+    return recordIn(readStandardInput());
 }

@@ -8,6 +8,9 @@ namespace {
 
 constexpr QLatin1StringView saveOption{"save"};
 constexpr QLatin1StringView printOption{"print"};
+constexpr QLatin1StringView readOption{"read"};
+constexpr QLatin1StringView jsonOption{"json"};
+constexpr QLatin1StringView forceOption{"force"};
 constexpr QLatin1StringView simulateOption{"simulate"};
 constexpr QLatin1StringView cardServiceOption{"card-service"};
 constexpr QLatin1StringView helpOption{"help"};
@@ -31,17 +34,38 @@ bool isOption(const QString& value)
     return value.startsWith("--"_L1);
 }
 
+/// What is wrong when more than one of the commands is given.
+std::optional<QString> exclusion(const QCommandLineParser& parser)
+{
+    QStringList commands;
+    for (const QLatin1StringView option : {saveOption, printOption, readOption}) {
+        if (parser.isSet(option))
+            commands.append("--"_L1 + option);
+    }
+    if (commands.size() < 2)
+        return std::nullopt;
+    return u"les options %1 et %2 s’excluent l’une l’autre."_s.arg(commands.at(0), commands.at(1));
+}
+
 std::optional<QString> misuse(const CommandLine& command, const QCommandLineParser& parser)
 {
     if (parser.isSet(simulateOption) && parser.isSet(cardServiceOption))
         return u"les options --simulate et --card-service s’excluent l’une l’autre."_s;
     if (command.cardService && (command.cardService->isEmpty() || isOption(*command.cardService)))
         return u"l’option --card-service demande le nom d’un programme."_s;
-    if (parser.isSet(saveOption) && parser.isSet(printOption))
-        return u"les options --save et --print s’excluent l’une l’autre."_s;
+    if (const std::optional<QString> problem = exclusion(parser))
+        return problem;
     if (parser.isSet(saveOption) && (command.folder.isEmpty() || isOption(command.folder)))
         return u"l’option --save demande le nom d’un dossier."_s;
-    if (command.action == CommandLine::Action::ShowWindow && command.cards.size() > 1)
+    if (command.isJson && command.action != CommandLine::Action::Save && command.action != CommandLine::Action::Print)
+        return u"l’option --json accompagne --save ou --print."_s;
+    if (command.isForced && command.action != CommandLine::Action::Read)
+        return u"l’option --force accompagne --read."_s;
+    if (command.action != CommandLine::Action::ShowWindow)
+        return command.cards.count(CommandLine::standardInputName) > 1
+                   ? std::optional(u"l’entrée standard (-) ne peut être lue qu’une fois."_s)
+                   : std::nullopt;
+    if (command.cards.size() > 1)
         return u"un seul fichier de carte peut être ouvert à la fois."_s;
     return std::nullopt;
 }
@@ -55,6 +79,9 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
     parser.addOptions({
         {saveOption, QString(), valueName},
         QCommandLineOption(QString(printOption)),
+        QCommandLineOption(QString(readOption)),
+        QCommandLineOption(QString(jsonOption)),
+        QCommandLineOption(QString(forceOption)),
         {simulateOption, QString(), valueName},
         {cardServiceOption, QString(), valueName},
         QCommandLineOption(QString(helpOption)),
@@ -80,8 +107,12 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
         command.action = Action::Save;
     else if (parser.isSet(printOption))
         command.action = Action::Print;
+    else if (parser.isSet(readOption))
+        command.action = Action::Read;
     command.folder = parser.value(saveOption);
     command.cards = parser.positionalArguments();
+    command.isJson = parser.isSet(jsonOption);
+    command.isForced = parser.isSet(forceOption);
     command.simulate = parser.isSet(simulateOption);
     if (const QString card = parser.value(simulateOption); !card.isEmpty())
         command.simulatedCard = card;
@@ -100,16 +131,21 @@ QString CommandLine::helpText()
   pelmora --save DOSSIER [CARTE.xml …]    enregistre l’attestation de chaque fichier de carte ou, sans fichier,
                                           de la carte présente dans le lecteur, sans ouvrir de fenêtre
   pelmora --print [CARTE.xml …]           les imprime de même sur l’imprimante par défaut
+  pelmora --read [CARTE.xml …]            écrit en JSON ce que ces cartes contiennent, pour un autre programme
+
+Un fichier de carte nommé « - » est l’entrée standard.
 
 Options :
+  --json                      avec --save ou --print : écrit les résultats en JSON
+  --force                     avec --read : écrit même dans un terminal
   --simulate[=CARTE.xml]      emploie un lecteur simulé, avec une carte fictive ou celle du fichier
   --card-service PROGRAMME    emploie un autre programme de service de carte
   --help                      affiche cette aide
   -v, --version               affiche la version
 
-Avec --save, le chemin de chaque attestation est écrit sur la sortie standard. Avec --save et --print, chaque échec est
-écrit sur la sortie d’erreur.
-Code de sortie : 0 si tout a été enregistré ou imprimé, 1 si une attestation au moins ne l’a pas été, 2 si la commande
+Avec --save, le chemin de chaque attestation est écrit sur la sortie standard. Avec --save, --print et --read, chaque
+échec est écrit sur la sortie d’erreur.
+Code de sortie : 0 si tout a été enregistré, imprimé ou lu, 1 si une carte au moins ne l’a pas été, 2 si la commande
 est fautive.
 )"_s;
 }

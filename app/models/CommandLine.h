@@ -13,14 +13,23 @@ struct CommandLine
         ShowWindow,
         Save,
         Print,
+        Read,
         ShowHelp,
         ShowVersion
     };
 
+    /// Among the cards.
+    static constexpr QLatin1StringView standardInputName{"-"};
+
     Action action = Action::ShowWindow;
     /// The folder for --save.
     QString folder;
+    /// Card files; "-" is the standard input, except for a window.
     QStringList cards;
+    /// --json: results as JSON.
+    bool isJson = false;
+    /// --force: patients' data may be shown on a terminal.
+    bool isForced = false;
     /// Whether the reader is simulated, and its card file; absent for the specimen card.
     bool simulate = false;
     std::optional<QString> simulatedCard;

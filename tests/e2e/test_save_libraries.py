@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Saving an attestation loads no part of a window system, and fontconfig only for characters that the page's own font does
-not have.
+"""Saving an attestation and reading a card load no part of a window system, and fontconfig only for characters that the
+page's own font does not have.
 
 Usage: test_save_libraries.py STAGE
 """
@@ -25,16 +25,20 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         environment = {**os.environ, "XDG_CONFIG_HOME": folder}
 
-        def libraries_for(name):
+        def libraries_for(name, command=("--save", folder)):
             card = os.path.join(folder, "card.xml")
             with open(card, "w", encoding="utf-8") as file:
                 file.write(specimen.replace("SPECIMEN", name))
-            return libraries_of([os.path.join(stage, "bin", "pelmora"), "--save", folder, card], environment)
+            return libraries_of([os.path.join(stage, "bin", "pelmora"), *command, card], environment)
 
         usual = libraries_for("SPECIMEN")
         assert any(name.startswith("libQt6Core.so") for name in usual), usual
         assert not libraries.of_a_window_system(usual), usual
         print("ok: no part of a window system")
+
+        reading = libraries_for("SPECIMEN", ("--read",))
+        assert reading <= usual, reading - usual
+        print("ok: nothing more for reading")
 
         assert any(name.startswith("libfontconfig") for name in libraries_for("אברהם"))
         print("ok: fontconfig for a character that the page's font does not have")

@@ -27,9 +27,9 @@ private:
         return QDir().mkpath(folder()) ? run(m_home->path(), inNamespace, command) : RunResult{};
     }
 
-    QString notSaved(const QString& reason) const
+    QString notSaved(const QString& card, const QString& reason) const
     {
-        return u"pelmora : « %1/SPECIMEN Zoé.pdf » n’a pas été enregistré : %2."_s.arg(folder(), reason);
+        return u"pelmora : %1 : l’attestation n’a pas été enregistrée dans « %2 » : %3."_s.arg(card, folder(), reason);
     }
 
 private Q_SLOTS:
@@ -45,19 +45,21 @@ private Q_SLOTS:
 
     void aFolderThatCannotBeWrittenIsTold()
     {
-        const RunResult result = pelmoraOnDisk(u"-o ro,mode=0755"_s, u"true"_s, zoe());
+        const QString card = zoe();
+        const RunResult result = pelmoraOnDisk(u"-o ro,mode=0755"_s, u"true"_s, card);
         QCOMPARE(result.exitCode, 1);
-        QCOMPARE(result.errorLines(), QStringList{notSaved(u"le disque est en lecture seule"_s)});
+        QCOMPARE(result.errorLines(), QStringList{notSaved(card, u"le disque est en lecture seule"_s)});
         QCOMPARE(result.output, QByteArray());
     }
 
     void aFullDiskLeavesTheOldFile()
     {
+        const QString card = zoe();
         const RunResult result =
             pelmoraOnDisk(u"-o size=16k,mode=0755"_s,
-                          uR"(printf old >"$1/SPECIMEN Zoé.pdf"; head -c 8000 /dev/zero >"$1/filler")"_s, zoe());
+                          uR"(printf old >"$1/SPECIMEN Zoé.pdf"; head -c 8000 /dev/zero >"$1/filler")"_s, card);
         QCOMPARE(result.exitCode, 1);
-        QCOMPARE(result.errorLines(), QStringList{notSaved(u"il n’y a plus de place sur le disque"_s)});
+        QCOMPARE(result.errorLines(), QStringList{notSaved(card, u"il n’y a plus de place sur le disque"_s)});
         QCOMPARE(QString::fromUtf8(result.output), u"oldSPECIMEN Zoé.pdf\nfiller\n"_s);
     }
 
@@ -69,9 +71,10 @@ private Q_SLOTS:
         const QString script = u"import os, resource, signal, sys; signal.signal(signal.SIGXFSZ, signal.SIG_DFL);"
                                "resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000));"
                                "os.execv(sys.argv[1], sys.argv[1:])"_s;
-        const RunResult result = save({zoe()}, {u"/usr/bin/python3"_s, u"-c"_s, script});
+        const QString card = zoe();
+        const RunResult result = save({card}, {u"/usr/bin/python3"_s, u"-c"_s, script});
         QCOMPARE(result.exitCode, 1);
-        QCOMPARE(result.errorLines(), QStringList{notSaved(u"l’écriture a échoué (File too large)"_s)});
+        QCOMPARE(result.errorLines(), QStringList{notSaved(card, u"l’écriture a échoué (File too large)"_s)});
         QCOMPARE(entries(folder()), QStringList{u"SPECIMEN Zoé.pdf"_s});
         QCOMPARE(contentOf(old), QByteArray("old"));
     }

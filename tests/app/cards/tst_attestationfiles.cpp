@@ -115,7 +115,8 @@ private Q_SLOTS:
         QVERIFY(!saved.has_value());
         QCOMPARE(saved.error().kind, SaveFailure::Kind::FolderUnusable);
         QCOMPARE(saved.error().path, folder);
-        QCOMPARE(saved.error().description(), u"le dossier « %1 » ne peut pas être utilisé."_s.arg(folder));
+        QCOMPARE(saved.error().error({}).localizedDescription(),
+                 u"le dossier « %1 » ne peut pas être utilisé."_s.arg(folder));
         QVERIFY(m_log.lines().filter(u"SPECIMEN"_s).isEmpty());
     }
 
@@ -141,8 +142,8 @@ private Q_SLOTS:
         QCOMPARE(saved.error().kind, SaveFailure::Kind::WriteFailed);
         QCOMPARE(saved.error().path, folder + u"/SPECIMEN Paul.pdf"_s);
         QCOMPARE(saved.error().write.reason, reason);
-        QCOMPARE(saved.error().description(),
-                 u"« %1/SPECIMEN Paul.pdf » n’a pas été enregistré : %2."_s.arg(folder, reason));
+        QCOMPARE(saved.error().error({}).localizedDescription(),
+                 u"l’attestation n’a pas été enregistrée dans « %1 » : %2."_s.arg(folder, reason));
     }
 
     void aDiskThatFillsUpLeavesTheOldFile()

@@ -30,13 +30,22 @@ class tst_SaveFailure : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aSentenceTellsTheWholePath()
+    void anErrorTellsTheFolderAndNotThePatient()
     {
-        QCOMPARE((SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}, {}}.description()),
-                 u"le dossier « /x » ne peut pas être utilisé."_s);
-        QCOMPARE(noDocument.description(), u"Pas de logo."_s);
-        QCOMPARE(writeFailure(WriteObstacle::Other).description(),
-                 u"« /dossier/SPECIMEN Zoé.pdf » n’a pas été enregistré : raison."_s);
+        const Error folder = SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}, {}}.error(u"a : "_s);
+        QCOMPARE(folder.localizedDescription(), u"le dossier « /x » ne peut pas être utilisé."_s);
+        QCOMPARE(noDocument.error(u"a : "_s).localizedDescription(), u"Pas de logo."_s);
+        QCOMPARE(writeFailure(WriteObstacle::Other).error(u"a : "_s).localizedDescription(),
+                 u"a : l’attestation n’a pas été enregistrée dans « /dossier » : raison."_s);
+    }
+
+    void eachObstacleHasItsNumber()
+    {
+        QSet<int> codes{SaveFailure{SaveFailure::Kind::FolderUnusable, u"/x"_s, {}, {}}.error({}).code()};
+        for (const WriteObstacle obstacle : obstacles)
+            codes.insert(writeFailure(obstacle).error({}).code());
+        QCOMPARE(codes, (QSet<int>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
+        QCOMPARE(noDocument.error({}), PelmoraError::internalError());
     }
 
     void thePanelTellsWhoseAttestationIsNotSavedAndWhy()

@@ -48,6 +48,22 @@ private Q_SLOTS:
 
     void theProgramsOwnOptionIsNotForPeople() { QVERIFY(!CommandLine::helpText().contains(u"helper"_s)); }
 
+    void readTakesCardsAndMayBeForced()
+    {
+        const CommandLine command = parsed({u"--read"_s, u"-"_s, u"b.xml"_s}).value();
+        QCOMPARE(command.action, CommandLine::Action::Read);
+        QCOMPARE(command.cards, (QStringList{u"-"_s, u"b.xml"_s}));
+        QVERIFY(!command.isForced);
+        QVERIFY(parsed({u"--read"_s, u"--force"_s}).value().isForced);
+    }
+
+    void resultsOfSavingAndPrintingMayBeJson()
+    {
+        QVERIFY(parsed({u"--save=x"_s, u"--json"_s, u"a.xml"_s}).value().isJson);
+        QVERIFY(parsed({u"--json"_s, u"--print"_s}).value().isJson);
+        QVERIFY(!parsed({u"--print"_s}).value().isJson);
+    }
+
     void printWithoutACardTakesTheReaders()
     {
         const CommandLine command = parsed({u"--simulate"_s, u"--print"_s}).value();
@@ -90,8 +106,8 @@ private Q_SLOTS:
 
     void theHelpNamesEveryOption()
     {
-        for (const QString& option :
-             {u"--save"_s, u"--print"_s, u"--simulate"_s, u"--card-service"_s, u"--help"_s, u"--version"_s})
+        for (const QString& option : {u"--save"_s, u"--print"_s, u"--read"_s, u"--json"_s, u"--force"_s,
+                                      u"--simulate"_s, u"--card-service"_s, u"--help"_s, u"--version"_s})
             QVERIFY2(CommandLine::helpText().contains(option), qPrintable(option));
     }
 
@@ -110,6 +126,16 @@ private Q_SLOTS:
                                                  << u"l’option --card-service demande le nom d’un programme."_s;
         QTest::newRow("save and print") << QStringList{u"--save=x"_s, u"--print"_s}
                                         << u"les options --save et --print s’excluent l’une l’autre."_s;
+        QTest::newRow("read and print") << QStringList{u"--read"_s, u"--print"_s}
+                                        << u"les options --print et --read s’excluent l’une l’autre."_s;
+        QTest::newRow("a window as JSON")
+            << QStringList{u"--json"_s} << u"l’option --json accompagne --save ou --print."_s;
+        QTest::newRow("read as JSON") << QStringList{u"--read"_s, u"--json"_s}
+                                      << u"l’option --json accompagne --save ou --print."_s;
+        QTest::newRow("a forced save") << QStringList{u"--save=x"_s, u"--force"_s}
+                                       << u"l’option --force accompagne --read."_s;
+        QTest::newRow("the standard input twice") << QStringList{u"--save=x"_s, u"-"_s, u"a.xml"_s, u"-"_s}
+                                                  << u"l’entrée standard (-) ne peut être lue qu’une fois."_s;
         QTest::newRow("print to a value")
             << QStringList{u"--print=x"_s}
             << u"la valeur d’une option manque, ou est donnée à une option qui n’en prend pas."_s;
