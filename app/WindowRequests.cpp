@@ -56,3 +56,20 @@ void runStatusMenuEntry(int tag, AppDelegate& delegate)
         break;
     }
 }
+
+void runDesktopAction(DesktopAction action, AppDelegate& delegate)
+{
+    switch (action) {
+    case DesktopAction::Read:
+        delegate.showMainWindow();
+        delegate.readVitale(nullptr);
+        break;
+    case DesktopAction::Print:
+        delegate.showMainWindow();
+        delegate.printAttestation();
+        break;
+    case DesktopAction::OpenFolder:
+        delegate.openAttestationsFolder();
+        break;
+    }
+}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/models/DesktopAction.h"
+
 class AppDelegate;
 class MainWindow;
 
@@ -8,3 +10,6 @@ void connectRequests(MainWindow& window, AppDelegate& delegate);
 
 /// Runs the entry of the status item's menu with that tag; unknown tags do nothing.
 void runStatusMenuEntry(int tag, AppDelegate& delegate);
+
+/// Does what a launcher's menu or the command line asks for.
+void runDesktopAction(DesktopAction action, AppDelegate& delegate);

@@ -1,6 +1,7 @@
 #include "app/WindowRun.h"
 
 #include "app/AppDelegate.h"
+#include "app/WindowRequests.h"
 #include "app/cards/CardServiceCommand.h"
 #include "app/cards/Console.h"
 #include "app/desktop/ColorScheme.h"
@@ -50,10 +51,13 @@ void connectOutside(AppDelegate& delegate, SingleInstance& instance, ReopenServi
         delegate.showMainWindow();
         delegate.loadXMLFile(path);
     };
+    const auto act = [&delegate](DesktopAction action) { runDesktopAction(action, delegate); };
     QObject::connect(&instance, &SingleInstance::reopenRequested, &delegate, reopen);
     QObject::connect(&instance, &SingleInstance::openRequested, &delegate, open);
+    QObject::connect(&instance, &SingleInstance::actionRequested, &delegate, act);
     QObject::connect(&service, &ReopenService::reopenRequested, &delegate, reopen);
     QObject::connect(&service, &ReopenService::openRequested, &delegate, open);
+    QObject::connect(&service, &ReopenService::actionRequested, &delegate, act);
     QObject::connect(&termination, &TerminationSignals::terminationRequested, &delegate, &AppDelegate::terminate);
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::applicationWillTerminate);
 }
@@ -83,6 +87,8 @@ int runApplication(const CommandLine& command, const Bundle& bundle, SingleInsta
     colors.start();
     if (!command.cards.isEmpty())
         delegate.loadXMLFile(command.cards.first());
+    if (command.desktopAction)
+        runDesktopAction(*command.desktopAction, delegate);
     return QApplication::exec();
 }
 
@@ -99,7 +105,9 @@ int runWindow(const CommandLine& command, int argc, char** argv)
 
     SingleInstance instance(SingleInstance::keyFor(command));
     const std::optional<QString> card = command.cards.isEmpty() ? std::nullopt : std::optional(command.cards.first());
-    switch (instance.claim(InstanceMessage::forCard(card))) {
+    InstanceMessage message = InstanceMessage::forCard(card);
+    message.action = command.desktopAction;
+    switch (instance.claim(message)) {
     case SingleInstance::Claim::First:
         break;
     case SingleInstance::Claim::AlreadyRunning:

@@ -32,7 +32,7 @@ test_packages=(
     # For the tests' print server.
     cups-daemon cups-client cups-filters-core-drivers
     # Validators of the files for desktops.
-    desktop-file-utils appstream
+    desktop-file-utils appstream shared-mime-info libglib2.0-bin
     # A system font for characters that are missing in the page's font.
     fonts-dejavu-core
     # For the tests' certificates, keys and signatures.

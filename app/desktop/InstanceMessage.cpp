@@ -13,6 +13,8 @@ namespace {
 constexpr QLatin1StringView requestKey{"Request"};
 constexpr QLatin1StringView openRequest{"Open"};
 constexpr QLatin1StringView reopenRequest{"Reopen"};
+constexpr QLatin1StringView actionRequest{"Action"};
+constexpr QLatin1StringView nameKey{"Name"};
 constexpr QLatin1StringView pathKey{"Path"};
 
 bool isAbsolutePath(const QString& path)
@@ -37,18 +39,23 @@ QString pathOf(const QCborValue& value)
 InstanceMessage InstanceMessage::forCard(const std::optional<QString>& card)
 {
     if (!card || card->startsWith(u'/'))
-        return {card};
+        return {card, std::nullopt};
     // The path is not normalised: "folder/.." is another place when the folder is a link.
     std::error_code error;
-    return {pathFromBytes(std::filesystem::current_path(error).native()) + u'/' + *card};
+    return {pathFromBytes(std::filesystem::current_path(error).native()) + u'/' + *card, std::nullopt};
 }
 
 QByteArray InstanceMessage::encoded() const
 {
     QCborMap map;
-    map[requestKey] = QString(cardPath ? openRequest : reopenRequest);
-    if (cardPath)
+    if (cardPath) {
+        map[requestKey] = QString(openRequest);
         map[pathKey] = valueOf(*cardPath);
+    } else if (action) {
+        map[requestKey] = QString(actionRequest);
+        map[nameKey] = nameOf(*action).toString();
+    } else
+        map[requestKey] = QString(reopenRequest);
     QByteArray bytes = map.toCborValue().toCbor();
     if (bytes.size() > maximumSize)
         bytes.clear();
@@ -69,8 +76,12 @@ std::optional<InstanceMessage> InstanceMessage::decoded(QByteArrayView bytes)
     const QString request = map.value(requestKey).toString();
     if (request == reopenRequest && map.size() == 1)
         return InstanceMessage();
+    if (request == actionRequest && map.size() == 2) {
+        const std::optional<DesktopAction> action = desktopActionOf(map.value(nameKey).toString());
+        return action ? std::optional(InstanceMessage{std::nullopt, action}) : std::nullopt;
+    }
     const QString path = pathOf(map.value(pathKey));
     if (request == openRequest && map.size() == 2 && isAbsolutePath(path))
-        return InstanceMessage{path};
+        return InstanceMessage{path, std::nullopt};
     return std::nullopt;
 }

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "app/models/DesktopAction.h"
+
 #include <QString>
 
 #include <optional>
 
-/// The message of a second start to the running instance: show yourself, perhaps with a card file.
+/// The message of a second start to the running instance: show yourself, perhaps with a card file, or do
+/// something.
 struct InstanceMessage
 {
     /// Maximum size in bytes, large enough for any path.
@@ -12,6 +15,8 @@ struct InstanceMessage
 
     /// Absolute path of the card file; absent without one.
     std::optional<QString> cardPath;
+    /// Without a card file only.
+    std::optional<DesktopAction> action;
 
     /// The message for a card file; a relative path is relative to the current folder.
     [[nodiscard]] static InstanceMessage forCard(const std::optional<QString>& card);

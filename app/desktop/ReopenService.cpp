@@ -78,10 +78,11 @@ void ReopenInterface::Open(const QStringList& uris, [[maybe_unused]] const QVari
         Q_EMIT m_service->reopenRequested();
 }
 
-void ReopenInterface::ActivateAction([[maybe_unused]] const QString& name,
-                                     [[maybe_unused]] const QVariantList& parameter,
+void ReopenInterface::ActivateAction(const QString& name, [[maybe_unused]] const QVariantList& parameter,
                                      [[maybe_unused]] const QVariantMap& platformData)
 {
-    // There are no actions: shows the application.
-    Q_EMIT m_service->reopenRequested();
+    if (const std::optional<DesktopAction> action = desktopActionOf(name))
+        Q_EMIT m_service->actionRequested(*action);
+    else
+        Q_EMIT m_service->reopenRequested();
 }

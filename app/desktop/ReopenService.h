@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/models/DesktopAction.h"
+
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
@@ -24,6 +26,7 @@ Q_SIGNALS:
     void reopenRequested();
     /// The desktop requests a card file (absolute path).
     void openRequested(const QString& path);
+    void actionRequested(DesktopAction action);
 
 private:
     bool m_isStarted = false;

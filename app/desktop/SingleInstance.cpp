@@ -287,6 +287,8 @@ void SingleInstance::hear(int socket)
         return;
     if (message->cardPath)
         Q_EMIT openRequested(*message->cardPath);
+    else if (message->action)
+        Q_EMIT actionRequested(*message->action);
     else
         Q_EMIT reopenRequested();
 }

@@ -62,6 +62,8 @@ Q_SIGNALS:
     void reopenRequested();
     /// A later start with a card file (absolute path).
     void openRequested(const QString& path);
+    /// A later start that asks for something.
+    void actionRequested(DesktopAction action);
 
 private:
     /// A connected client that has sent nothing yet.

@@ -9,6 +9,7 @@ namespace {
 constexpr QLatin1StringView saveOption{"save"};
 constexpr QLatin1StringView printOption{"print"};
 constexpr QLatin1StringView readOption{"read"};
+constexpr QLatin1StringView actionOption{"action"};
 constexpr QLatin1StringView jsonOption{"json"};
 constexpr QLatin1StringView forceOption{"force"};
 constexpr QLatin1StringView simulateOption{"simulate"};
@@ -57,6 +58,10 @@ std::optional<QString> misuse(const CommandLine& command, const QCommandLinePars
         return problem;
     if (parser.isSet(saveOption) && (command.folder.isEmpty() || isOption(command.folder)))
         return u"l’option --save demande le nom d’un dossier."_s;
+    if (parser.isSet(actionOption) && !command.desktopAction)
+        return u"l’option --action demande lire, imprimer ou dossier."_s;
+    if (command.desktopAction && (command.action != CommandLine::Action::ShowWindow || !command.cards.isEmpty()))
+        return u"l’option --action ne va ni avec un fichier de carte, ni avec --save, --print ou --read."_s;
     if (command.isJson && command.action != CommandLine::Action::Save && command.action != CommandLine::Action::Print)
         return u"l’option --json accompagne --save ou --print."_s;
     if (command.isForced && command.action != CommandLine::Action::Read)
@@ -80,6 +85,7 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
         {saveOption, QString(), valueName},
         QCommandLineOption(QString(printOption)),
         QCommandLineOption(QString(readOption)),
+        {actionOption, QString(), valueName},
         QCommandLineOption(QString(jsonOption)),
         QCommandLineOption(QString(forceOption)),
         {simulateOption, QString(), valueName},
@@ -111,6 +117,7 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
         command.action = Action::Read;
     command.folder = parser.value(saveOption);
     command.cards = parser.positionalArguments();
+    command.desktopAction = desktopActionOf(parser.value(actionOption));
     command.isJson = parser.isSet(jsonOption);
     command.isForced = parser.isSet(forceOption);
     command.simulate = parser.isSet(simulateOption);
@@ -136,6 +143,8 @@ QString CommandLine::helpText()
 Un fichier de carte nommé « - » est l’entrée standard.
 
 Options :
+  --action=ACTION             ouvre la fenêtre et lit la carte (lire), l’imprime (imprimer) ou ouvre le dossier des
+                              attestations (dossier)
   --json                      avec --save ou --print : écrit les résultats en JSON
   --force                     avec --read : écrit même dans un terminal
   --simulate[=CARTE.xml]      emploie un lecteur simulé, avec une carte fictive ou celle du fichier

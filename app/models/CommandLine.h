@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/models/DesktopAction.h"
+
 #include <QStringList>
 
 #include <expected>
@@ -30,6 +32,8 @@ struct CommandLine
     bool isJson = false;
     /// --force: patients' data may be shown on a terminal.
     bool isForced = false;
+    /// Of the window: what it does first.
+    std::optional<DesktopAction> desktopAction;
     /// Whether the reader is simulated, and its card file; absent for the specimen card.
     bool simulate = false;
     std::optional<QString> simulatedCard;

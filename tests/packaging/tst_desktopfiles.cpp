@@ -1,3 +1,4 @@
+#include "app/models/DesktopAction.h"
 #include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
@@ -16,12 +17,16 @@ namespace {
 const QString id = u"com.morvel.Pelmora"_s;
 const QString share = QStringLiteral(PELMORA_STAGE "/share/");
 
+/// The launcher's values; those of its menu with their group before the key.
 QMap<QString, QString> launcherEntries()
 {
     QMap<QString, QString> entries;
+    QString group;
     for (const QString& line : textOfFile(share + u"applications/"_s + id + u".desktop"_s).split(u'\n')) {
+        if (line.startsWith("[Desktop Action"_L1))
+            group = line + u' ';
         if (const qsizetype sign = line.indexOf(u'='); sign > 0)
-            entries.insert(line.first(sign), line.sliced(sign + 1));
+            entries.insert(group + line.first(sign), line.sliced(sign + 1));
     }
     return entries;
 }
@@ -56,6 +61,33 @@ private Q_SLOTS:
         QCOMPARE(found(description(), u"<binary>(.*)</binary>"_s), u"pelmora"_s);
         const QString dictionary = textOfFile(share + u"pelmora/Info.plist"_s);
         QCOMPARE(found(dictionary, u"CFBundleIdentifier</key>\\s*<string>(.*)</string>"_s), id);
+    }
+
+    void theLaunchersMenuHasTheActionsOfTheProgram()
+    {
+        const QMap<QString, QString> launcher = launcherEntries();
+        QStringList names;
+        for (const DesktopActionName& each : desktopActions)
+            names.append(each.name.toString());
+        QCOMPARE(launcher.value(u"Actions"_s), names.join(u';') + u';');
+        QCOMPARE(launcher.value(u"DBusActivatable"_s), u"true"_s);
+        for (const QString& name : names) {
+            QCOMPARE(launcher.value(u"[Desktop Action %1] Exec"_s.arg(name)), u"pelmora --action="_s + name);
+            QVERIFY(!launcher.value(u"[Desktop Action %1] Name[fr]"_s.arg(name)).isEmpty());
+        }
+    }
+
+    void theBusStartsTheProgramOfThisTree()
+    {
+        QCOMPARE(textOfFile(share + u"dbus-1/services/"_s + id + u".service"_s),
+                 u"[D-BUS Service]\nName=%1\nExec=\"%2/bin/pelmora\"\n"_s.arg(id, QStringLiteral(PELMORA_STAGE)));
+    }
+
+    void theTypeOfCardFilesIsTheLaunchersOne()
+    {
+        const QString type = launcherEntries().value(u"MimeType"_s).chopped(1);
+        QVERIFY(textOfFile(share + u"mime/packages/%1.xml"_s.arg(id)).contains(u"type=\"%1\""_s.arg(type)));
+        QVERIFY(description().contains(u"<mediatype>%1</mediatype>"_s.arg(type)));
     }
 
     void theLauncherSpeaksFrenchAndEnglish()

@@ -31,7 +31,7 @@ private Q_SLOTS:
     void aCardArrivesAsItWasSent()
     {
         QFETCH(const QString, path);
-        const auto message = InstanceMessage::decoded(InstanceMessage{path}.encoded());
+        const auto message = InstanceMessage::decoded(InstanceMessage{path, {}}.encoded());
         QVERIFY(message);
         QCOMPARE(message->cardPath, path);
     }
@@ -41,6 +41,15 @@ private Q_SLOTS:
         const auto message = InstanceMessage::decoded(InstanceMessage().encoded());
         QVERIFY(message);
         QVERIFY(!message->cardPath);
+    }
+
+    void anActionArrivesAsItWasSent()
+    {
+        for (const DesktopActionName& each : desktopActions) {
+            const auto message = InstanceMessage::decoded(InstanceMessage{{}, each.action}.encoded());
+            QVERIFY(message && !message->cardPath);
+            QVERIFY(message->action == each.action);
+        }
     }
 
     void aRelativePathCountsFromTheCurrentFolder()
@@ -66,7 +75,8 @@ private Q_SLOTS:
 
     void whatIsTooLongIsNotSent()
     {
-        QVERIFY(InstanceMessage{u'/' + QString(InstanceMessage::maximumSize, u'a')}.encoded().isEmpty());
+        const InstanceMessage message{u'/' + QString(InstanceMessage::maximumSize, u'a'), {}};
+        QVERIFY(message.encoded().isEmpty());
     }
 
     void whatIsMalformedIsNoMessage_data()
@@ -75,19 +85,21 @@ private Q_SLOTS:
         const auto row = [](const char* name, const QCborMap& map) {
             QTest::newRow(name) << map.toCborValue().toCbor();
         };
-        const QByteArray sound = InstanceMessage{u"/carte.xml"_s}.encoded();
+        const QByteArray sound = InstanceMessage{u"/carte.xml"_s, {}}.encoded();
         QTest::newRow("nothing") << QByteArray();
         QTest::newRow("text") << QByteArray("/carte.xml");
         QTest::newRow("no map") << QCborValue(u"Open"_s).toCbor();
         QTest::newRow("cut") << sound.chopped(1);
         QTest::newRow("followed by more") << sound + 'a';
         QTest::newRow("nested deep") << QByteArray(10'000, '\x81');
-        QTest::newRow("too long") << InstanceMessage{u"/a"_s}.encoded() +
+        QTest::newRow("too long") << InstanceMessage{u"/a"_s, {}}.encoded() +
                                          QByteArray(InstanceMessage::maximumSize, '\0');
         row("unknown request", {{u"Request"_s, u"Print"_s}});
         row("no request", {{u"Path"_s, u"/carte.xml"_s}});
         row("without its path", {{u"Request"_s, u"Open"_s}});
         row("with a path too many", {{u"Request"_s, u"Reopen"_s}, {u"Path"_s, u"/carte.xml"_s}});
+        row("unknown action", {{u"Request"_s, u"Action"_s}, {u"Name"_s, u"quitter"_s}});
+        row("no action", {{u"Request"_s, u"Action"_s}});
         row("relative path", {{u"Request"_s, u"Open"_s}, {u"Path"_s, u"carte.xml"_s}});
         row("empty path", {{u"Request"_s, u"Open"_s}, {u"Path"_s, QString()}});
         row("path with a NUL", {{u"Request"_s, u"Open"_s}, {u"Path"_s, u"/carte"_s + QChar::Null}});

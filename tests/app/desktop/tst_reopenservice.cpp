@@ -29,8 +29,21 @@ private Q_SLOTS:
         ReopenInterface interface(&service);
         const QSignalSpy reopened(&service, &ReopenService::reopenRequested);
         interface.Activate({});
-        interface.ActivateAction(u"lire"_s, {}, {});
+        interface.ActivateAction(u"unknown"_s, {}, {});
         QCOMPARE(reopened.size(), 2);
+    }
+
+    void anActionOfTheLauncherIsPassedOn()
+    {
+        ReopenService service;
+        ReopenInterface interface(&service);
+        const QSignalSpy reopened(&service, &ReopenService::reopenRequested);
+        QList<DesktopAction> asked;
+        connect(&service, &ReopenService::actionRequested, this, [&](DesktopAction action) { asked.append(action); });
+        for (const QString& name : {u"lire"_s, u"imprimer"_s, u"dossier"_s})
+            interface.ActivateAction(name, {}, {});
+        QCOMPARE(asked, (QList{DesktopAction::Read, DesktopAction::Print, DesktopAction::OpenFolder}));
+        QCOMPARE(reopened.size(), 0);
     }
 
     void openingShowsTheFirstFileOfThisMachine_data()

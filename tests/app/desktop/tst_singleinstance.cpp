@@ -301,7 +301,7 @@ private Q_SLOTS:
         QCOMPARE(claim, Claim::First);
         first.startListening();
         const QSignalSpy opened(&first, &SingleInstance::openRequested);
-        const FileDescriptor guest = folder.guest(InstanceMessage{u"/carte.xml"_s}.encoded());
+        const FileDescriptor guest = folder.guest(InstanceMessage{u"/carte.xml"_s, {}}.encoded());
         QVERIFY(guest.isValid());
 
         rlimit before{};

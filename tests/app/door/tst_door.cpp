@@ -101,6 +101,8 @@ private Q_SLOTS:
         QTest::newRow("another service") << QStringList{u"--card-service"_s, u"service"_s} << window;
         QTest::newRow("a card named as an option") << QStringList{u"--"_s, u"--save"_s} << window;
         QTest::newRow("a service named as an option") << QStringList{u"--card-service=-v"_s} << window;
+        QTest::newRow("an action") << QStringList{u"--action=imprimer"_s} << window;
+        QTest::newRow("an unknown action") << QStringList{u"--action=x"_s} << cards;
         QTest::newRow("save") << QStringList{u"--simulate"_s, u"--save"_s, u"dossier"_s} << cards;
         QTest::newRow("print") << QStringList{u"carte.xml"_s, u"--print"_s} << cards;
         QTest::newRow("help") << QStringList{u"--help"_s} << cards;
@@ -130,6 +132,9 @@ private Q_SLOTS:
                                    "--card-service",
                                    "--card-service=",
                                    "--card-service=x",
+                                   "--action",
+                                   "--action=lire",
+                                   "dossier",
                                    "--help",
                                    "--print=x",
                                    "--simulated",
@@ -148,6 +153,12 @@ private Q_SLOTS:
                 commands.back().push_back(word);
             }
         }
+    }
+
+    void everyActionOfALauncherIsKnown()
+    {
+        for (const DesktopActionName& each : desktopActions)
+            QVERIFY2(isDesktopAction(each.name.toString().toStdString()), qPrintable(each.name.toString()));
     }
 
     void theTreeIsFoundThroughLinks()

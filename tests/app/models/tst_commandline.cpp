@@ -57,6 +57,14 @@ private Q_SLOTS:
         QVERIFY(parsed({u"--read"_s, u"--force"_s}).value().isForced);
     }
 
+    void theWindowMayBeAskedForAnAction()
+    {
+        QVERIFY(parsed({u"--action=lire"_s}).value().desktopAction == DesktopAction::Read);
+        QVERIFY(parsed({u"--simulate"_s, u"--action"_s, u"dossier"_s}).value().desktopAction ==
+                DesktopAction::OpenFolder);
+        QVERIFY(!parsed({}).value().desktopAction);
+    }
+
     void resultsOfSavingAndPrintingMayBeJson()
     {
         QVERIFY(parsed({u"--save=x"_s, u"--json"_s, u"a.xml"_s}).value().isJson);
@@ -106,7 +114,7 @@ private Q_SLOTS:
 
     void theHelpNamesEveryOption()
     {
-        for (const QString& option : {u"--save"_s, u"--print"_s, u"--read"_s, u"--json"_s, u"--force"_s,
+        for (const QString& option : {u"--save"_s, u"--print"_s, u"--read"_s, u"--action"_s, u"--json"_s, u"--force"_s,
                                       u"--simulate"_s, u"--card-service"_s, u"--help"_s, u"--version"_s})
             QVERIFY2(CommandLine::helpText().contains(option), qPrintable(option));
     }
@@ -128,6 +136,11 @@ private Q_SLOTS:
                                         << u"les options --save et --print s’excluent l’une l’autre."_s;
         QTest::newRow("read and print") << QStringList{u"--read"_s, u"--print"_s}
                                         << u"les options --print et --read s’excluent l’une l’autre."_s;
+        QTest::newRow("unknown action") << QStringList{u"--action=quitter"_s}
+                                        << u"l’option --action demande lire, imprimer ou dossier."_s;
+        QTest::newRow("an action and a card")
+            << QStringList{u"--action=lire"_s, u"a.xml"_s}
+            << u"l’option --action ne va ni avec un fichier de carte, ni avec --save, --print ou --read."_s;
         QTest::newRow("a window as JSON")
             << QStringList{u"--json"_s} << u"l’option --json accompagne --save ou --print."_s;
         QTest::newRow("read as JSON") << QStringList{u"--read"_s, u"--json"_s}
