@@ -109,6 +109,13 @@ private Q_SLOTS:
         QCOMPARE(site.values.defaults.keys(), QStringList{u"MVAttestationsFolder"_s});
         QCOMPARE(site.values.locked.keys(), (QStringList{u"MVDebugMode"_s, u"MVForgetAfterMinutes"_s}));
     }
+
+    void theExampleFileOfASiteIsReadWithoutAProblem()
+    {
+        const SiteSettings site = SiteSettings::read(QStringLiteral(PELMORA_SOURCE "/examples/site/Pelmora.conf"));
+        QCOMPARE(site.problems, QStringList());
+        QVERIFY(!site.values.defaults.isEmpty() && !site.values.locked.isEmpty());
+    }
 };
 
 template class RunnableTests<tst_SettingsDoc, QCoreApplication>;
