@@ -10,7 +10,7 @@ namespace {
 
 constexpr int failure = 1;
 
-const QString outputFailed = u"la sortie standard ne peut pas être écrite."_s;
+constexpr QStringView outputFailed = u"la sortie standard ne peut pas être écrite.";
 
 } // namespace
 
@@ -44,13 +44,13 @@ void CardsCommand::take(const CardSource& source, const std::expected<CardRecord
     else if (!outcome)
         fail(outcome.error().localizedDescription());
     else if (!m_results && !outcome->line.isEmpty() && !Console::print(outcome->line + u'\n'))
-        fail(outputFailed);
+        fail(outputFailed.toString());
 }
 
 int CardsCommand::finish()
 {
     if (m_results && !Console::print(QString::fromUtf8(m_results->document())))
-        fail(outputFailed);
+        fail(outputFailed.toString());
     return m_failed ? failure : 0;
 }
 
@@ -66,7 +66,7 @@ int failWithoutCards(std::optional<CardResults> results, const Error& error)
     if (results) {
         results->setFailure(error);
         if (!Console::print(QString::fromUtf8(results->document())))
-            Console::complain(outputFailed);
+            Console::complain(outputFailed.toString());
     }
     return failure;
 }

@@ -1,6 +1,7 @@
 #include "app/cards/Console.h"
 #include "app/cards/ProgramStart.h"
 #include "app/cards/RunWithoutWindow.h"
+#include "app/cards/UserLauncher.h"
 
 using namespace Qt::StringLiterals;
 
@@ -29,6 +30,10 @@ int main(int argc, char* argv[])
         return runPrint(*command, argv[0]);
     case CommandLine::Action::Read:
         return runRead(*command, argv[0]);
+    case CommandLine::Action::AddLauncher:
+        return addLauncher();
+    case CommandLine::Action::RemoveLauncher:
+        return removeLauncher();
     case CommandLine::Action::ShowWindow:
         break;
     }

@@ -9,6 +9,8 @@ namespace {
 constexpr QLatin1StringView saveOption{"save"};
 constexpr QLatin1StringView printOption{"print"};
 constexpr QLatin1StringView readOption{"read"};
+constexpr QLatin1StringView addLauncherOption{"add-launcher"};
+constexpr QLatin1StringView removeLauncherOption{"remove-launcher"};
 constexpr QLatin1StringView actionOption{"action"};
 constexpr QLatin1StringView jsonOption{"json"};
 constexpr QLatin1StringView forceOption{"force"};
@@ -39,7 +41,8 @@ bool isOption(const QString& value)
 std::optional<QString> exclusion(const QCommandLineParser& parser)
 {
     QStringList commands;
-    for (const QLatin1StringView option : {saveOption, printOption, readOption}) {
+    for (const QLatin1StringView option :
+         {saveOption, printOption, readOption, addLauncherOption, removeLauncherOption}) {
         if (parser.isSet(option))
             commands.append("--"_L1 + option);
     }
@@ -61,7 +64,10 @@ std::optional<QString> misuse(const CommandLine& command, const QCommandLinePars
     if (parser.isSet(actionOption) && !command.desktopAction)
         return u"l’option --action demande lire, imprimer ou dossier."_s;
     if (command.desktopAction && (command.action != CommandLine::Action::ShowWindow || !command.cards.isEmpty()))
-        return u"l’option --action ne va ni avec un fichier de carte, ni avec --save, --print ou --read."_s;
+        return u"l’option --action n’accompagne ni un fichier de carte, ni une autre commande."_s;
+    if ((command.action == CommandLine::Action::AddLauncher || command.action == CommandLine::Action::RemoveLauncher) &&
+        !command.cards.isEmpty())
+        return u"un lanceur ne demande pas de fichier de carte."_s;
     if (command.isJson && command.action != CommandLine::Action::Save && command.action != CommandLine::Action::Print)
         return u"l’option --json accompagne --save ou --print."_s;
     if (command.isForced && command.action != CommandLine::Action::Read)
@@ -85,6 +91,8 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
         {saveOption, QString(), valueName},
         QCommandLineOption(QString(printOption)),
         QCommandLineOption(QString(readOption)),
+        QCommandLineOption(QString(addLauncherOption)),
+        QCommandLineOption(QString(removeLauncherOption)),
         {actionOption, QString(), valueName},
         QCommandLineOption(QString(jsonOption)),
         QCommandLineOption(QString(forceOption)),
@@ -115,6 +123,10 @@ std::expected<CommandLine, QString> CommandLine::parse(const QStringList& argume
         command.action = Action::Print;
     else if (parser.isSet(readOption))
         command.action = Action::Read;
+    else if (parser.isSet(addLauncherOption))
+        command.action = Action::AddLauncher;
+    else if (parser.isSet(removeLauncherOption))
+        command.action = Action::RemoveLauncher;
     command.folder = parser.value(saveOption);
     command.cards = parser.positionalArguments();
     command.desktopAction = desktopActionOf(parser.value(actionOption));
@@ -149,6 +161,8 @@ Options :
   --force                     avec --read : écrit même dans un terminal
   --simulate[=CARTE.xml]      emploie un lecteur simulé, avec une carte fictive ou celle du fichier
   --card-service PROGRAMME    emploie un autre programme de service de carte
+  --add-launcher, --remove-launcher
+                              met la copie portable dans les menus de l’utilisateur, ou l’en retire
   --help                      affiche cette aide
   -v, --version               affiche la version
 

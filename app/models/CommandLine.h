@@ -16,6 +16,8 @@ struct CommandLine
         Save,
         Print,
         Read,
+        AddLauncher,
+        RemoveLauncher,
         ShowHelp,
         ShowVersion
     };

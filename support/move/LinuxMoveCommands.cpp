@@ -29,9 +29,10 @@ MoveCommand LinuxMoveCommands::openRunningCopy(const QString& destination) const
 MoveCommand LinuxMoveCommands::relaunch(qint64 processIdentifier, const QString& destination) const
 {
     // A zombie process has ended too.
-    return inShell(
-        u"(p=%1; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "
-        "exec %2) >/dev/null 2>&1 </dev/null &"_s.arg(QString::number(processIdentifier), programOf(destination)));
+    return inShell(u"(p=%1; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "
+                   "%2 --add-launcher; exec %3) >/dev/null 2>&1 </dev/null &"_s.arg(
+                       QString::number(processIdentifier), quotedForShell(destination) + "/bin/pelmora"_L1,
+                       programOf(destination)));
 }
 
 MoveCommand LinuxMoveCommands::ejectImage(const QString& device) const

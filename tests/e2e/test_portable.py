@@ -135,6 +135,30 @@ class Portable(PortableTest):
             pelmora.find("push button", "Lire")
         self.assertFalse(os.path.exists(self.destination))
 
+    def test_a_moved_copy_is_in_the_menus_until_its_launcher_is_removed(self):
+        launcher = os.path.join(self.home, "data", "applications", "com.morvel.Pelmora.desktop")
+        bundle = unpack(os.path.join(self.downloads, "Pelmora.app"))
+        with self.start(bundle, "--simulate") as pelmora:
+            pelmora.press("push button", MOVE)
+            self.assertEqual(pelmora.process.wait(timeout=20), 0)
+        with self.running(self.destination) as moved:
+            moved.find("push button", "Lire")
+        done = subprocess.run(["desktop-file-validate", launcher], capture_output=True, text=True, check=False)
+        self.assertEqual((done.returncode, done.stdout), (0, ""))
+
+        # What the launcher starts is the copy's program.
+        environment = {**os.environ, **self.environment, "HOME": self.home, "QT_QPA_PLATFORM": "xcb",
+                       "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
+        subprocess.run(["gio", "launch", launcher], env=environment, check=True, timeout=20)
+        with self.running(self.destination) as launched:
+            launched.find("push button", "Lire")
+
+        def remove():
+            return subprocess.run([os.path.join(self.destination, "bin", "pelmora"), "--remove-launcher"],
+                                  env=environment, capture_output=True, text=True, check=False)
+        self.assertEqual((remove().returncode, os.path.exists(launcher)), (0, False))
+        self.assertEqual((remove().returncode, remove().stderr), (1, "pelmora : cette copie n’a pas de lanceur.\n"))
+
     def test_the_whole_application_moves_with_its_settings_and_is_switched_to(self):
         os.makedirs(os.path.dirname(self.settings))
         with open(self.settings, "w", encoding="utf-8") as file:

@@ -57,6 +57,12 @@ private Q_SLOTS:
         QVERIFY(parsed({u"--read"_s, u"--force"_s}).value().isForced);
     }
 
+    void aLauncherMayBeAddedAndRemoved()
+    {
+        QCOMPARE(parsed({u"--add-launcher"_s}).value().action, CommandLine::Action::AddLauncher);
+        QCOMPARE(parsed({u"--remove-launcher"_s}).value().action, CommandLine::Action::RemoveLauncher);
+    }
+
     void theWindowMayBeAskedForAnAction()
     {
         QVERIFY(parsed({u"--action=lire"_s}).value().desktopAction == DesktopAction::Read);
@@ -114,8 +120,9 @@ private Q_SLOTS:
 
     void theHelpNamesEveryOption()
     {
-        for (const QString& option : {u"--save"_s, u"--print"_s, u"--read"_s, u"--action"_s, u"--json"_s, u"--force"_s,
-                                      u"--simulate"_s, u"--card-service"_s, u"--help"_s, u"--version"_s})
+        for (const QString& option :
+             {u"--save"_s, u"--print"_s, u"--read"_s, u"--action"_s, u"--add-launcher"_s, u"--remove-launcher"_s,
+              u"--json"_s, u"--force"_s, u"--simulate"_s, u"--card-service"_s, u"--help"_s, u"--version"_s})
             QVERIFY2(CommandLine::helpText().contains(option), qPrintable(option));
     }
 
@@ -140,7 +147,12 @@ private Q_SLOTS:
                                         << u"l’option --action demande lire, imprimer ou dossier."_s;
         QTest::newRow("an action and a card")
             << QStringList{u"--action=lire"_s, u"a.xml"_s}
-            << u"l’option --action ne va ni avec un fichier de carte, ni avec --save, --print ou --read."_s;
+            << u"l’option --action n’accompagne ni un fichier de carte, ni une autre commande."_s;
+        QTest::newRow("a launcher and a card")
+            << QStringList{u"--add-launcher"_s, u"a.xml"_s} << u"un lanceur ne demande pas de fichier de carte."_s;
+        QTest::newRow("two launchers")
+            << QStringList{u"--add-launcher"_s, u"--remove-launcher"_s}
+            << u"les options --add-launcher et --remove-launcher s’excluent l’une l’autre."_s;
         QTest::newRow("a window as JSON")
             << QStringList{u"--json"_s} << u"l’option --json accompagne --save ou --print."_s;
         QTest::newRow("read as JSON") << QStringList{u"--read"_s, u"--json"_s}

@@ -61,9 +61,9 @@ private Q_SLOTS:
                      u"/bin/pelmora '--simulate' 'l'\\''été.xml' >/dev/null 2>&1 </dev/null &"_s);
         QCOMPARE(
             textOf(commands.relaunch(81, bundle)),
-            u"/bin/sh | -c | (p=81; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "
-            "exec "_s +
-                quotedBundle + u"/bin/pelmora '--simulate' 'l'\\''été.xml') >/dev/null 2>&1 </dev/null &"_s);
+            u"/bin/sh | -c | (p=81; while kill -0 $p && ! grep -q '^State:.*Z' /proc/$p/status; do sleep 0.1; done; "_s +
+                quotedBundle + u"/bin/pelmora --add-launcher; exec "_s + quotedBundle +
+                u"/bin/pelmora '--simulate' 'l'\\''été.xml') >/dev/null 2>&1 </dev/null &"_s);
         QCOMPARE(textOf(commands.ejectImage(u"/dev/loop0"_s)),
                  u"/bin/sh | -c | (d='/dev/loop0'; sleep 5 && udisksctl unmount -b \"$d\" && udisksctl loop-delete -b "
                  "\"$d\") >/dev/null 2>&1 &"_s);
