@@ -4,6 +4,7 @@
 #include "app/WindowRequests.h"
 #include "app/cards/CardServiceCommand.h"
 #include "app/cards/Console.h"
+#include "app/desktop/ActivationToken.h"
 #include "app/desktop/ColorScheme.h"
 #include "app/desktop/InstanceMessage.h"
 #include "app/desktop/ReopenService.h"
@@ -107,6 +108,7 @@ int runWindow(const CommandLine& command, int argc, char** argv)
     const std::optional<QString> card = command.cards.isEmpty() ? std::nullopt : std::optional(command.cards.first());
     InstanceMessage message = InstanceMessage::forCard(card);
     message.action = command.desktopAction;
+    message.activationToken = ActivationToken::ofThisStart();
     switch (instance.claim(message)) {
     case SingleInstance::Claim::First:
         break;

@@ -16,6 +16,7 @@ constexpr QLatin1StringView reopenRequest{"Reopen"};
 constexpr QLatin1StringView actionRequest{"Action"};
 constexpr QLatin1StringView nameKey{"Name"};
 constexpr QLatin1StringView pathKey{"Path"};
+constexpr QLatin1StringView tokenKey{"ActivationToken"};
 
 bool isAbsolutePath(const QString& path)
 {
@@ -39,10 +40,10 @@ QString pathOf(const QCborValue& value)
 InstanceMessage InstanceMessage::forCard(const std::optional<QString>& card)
 {
     if (!card || card->startsWith(u'/'))
-        return {card, std::nullopt};
+        return {.cardPath = card};
     // The path is not normalised: "folder/.." is another place when the folder is a link.
     std::error_code error;
-    return {pathFromBytes(std::filesystem::current_path(error).native()) + u'/' + *card, std::nullopt};
+    return {.cardPath = pathFromBytes(std::filesystem::current_path(error).native()) + u'/' + *card};
 }
 
 QByteArray InstanceMessage::encoded() const
@@ -56,6 +57,8 @@ QByteArray InstanceMessage::encoded() const
         map[nameKey] = nameOf(*action).toString();
     } else
         map[requestKey] = QString(reopenRequest);
+    if (!activationToken.isEmpty())
+        map[tokenKey] = activationToken;
     QByteArray bytes = map.toCborValue().toCbor();
     if (bytes.size() > maximumSize)
         bytes.clear();
@@ -72,16 +75,17 @@ std::optional<InstanceMessage> InstanceMessage::decoded(QByteArrayView bytes)
     if (error.error != QCborError::NoError || error.offset != copy.size() || !value.isMap())
         return std::nullopt;
 
-    const QCborMap map = value.toMap();
+    QCborMap map = value.toMap();
+    const QString token = map.take(tokenKey).toString();
     const QString request = map.value(requestKey).toString();
     if (request == reopenRequest && map.size() == 1)
-        return InstanceMessage();
+        return InstanceMessage{std::nullopt, std::nullopt, token};
     if (request == actionRequest && map.size() == 2) {
         const std::optional<DesktopAction> action = desktopActionOf(map.value(nameKey).toString());
-        return action ? std::optional(InstanceMessage{std::nullopt, action}) : std::nullopt;
+        return action ? std::optional(InstanceMessage{std::nullopt, action, token}) : std::nullopt;
     }
     const QString path = pathOf(map.value(pathKey));
     if (request == openRequest && map.size() == 2 && isAbsolutePath(path))
-        return InstanceMessage{path, std::nullopt};
+        return InstanceMessage{path, std::nullopt, token};
     return std::nullopt;
 }

@@ -16,7 +16,9 @@ struct InstanceMessage
     /// Absolute path of the card file; absent without one.
     std::optional<QString> cardPath;
     /// Without a card file only.
-    std::optional<DesktopAction> action;
+    std::optional<DesktopAction> action = std::nullopt;
+    /// For bringing the window to the front (ActivationToken); empty without one.
+    QString activationToken = {};
 
     /// The message for a card file; a relative path is relative to the current folder.
     [[nodiscard]] static InstanceMessage forCard(const std::optional<QString>& card);

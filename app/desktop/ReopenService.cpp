@@ -1,5 +1,6 @@
 #include "app/desktop/ReopenService.h"
 
+#include "app/desktop/ActivationToken.h"
 #include "platform/NativePath.h"
 
 #include <QDBusConnection>
@@ -21,6 +22,12 @@ void askBus(const QString& operation, const QVariantList& arguments)
                                                           u"org.freedesktop.DBus"_s, operation);
     message.setArguments(arguments);
     QDBusConnection::sessionBus().asyncCall(message);
+}
+
+// As the interface names it.
+void useTokenOf(const QVariantMap& platformData)
+{
+    ActivationToken::use(platformData.value(u"activation-token"_s).toString());
 }
 
 } // namespace
@@ -65,13 +72,15 @@ QString ReopenInterface::firstLocalFile(const QStringList& uris)
     return {};
 }
 
-void ReopenInterface::Activate([[maybe_unused]] const QVariantMap& platformData)
+void ReopenInterface::Activate(const QVariantMap& platformData)
 {
+    useTokenOf(platformData);
     Q_EMIT m_service->reopenRequested();
 }
 
-void ReopenInterface::Open(const QStringList& uris, [[maybe_unused]] const QVariantMap& platformData)
+void ReopenInterface::Open(const QStringList& uris, const QVariantMap& platformData)
 {
+    useTokenOf(platformData);
     if (const QString path = firstLocalFile(uris); !path.isEmpty())
         Q_EMIT m_service->openRequested(path);
     else
@@ -79,8 +88,9 @@ void ReopenInterface::Open(const QStringList& uris, [[maybe_unused]] const QVari
 }
 
 void ReopenInterface::ActivateAction(const QString& name, [[maybe_unused]] const QVariantList& parameter,
-                                     [[maybe_unused]] const QVariantMap& platformData)
+                                     const QVariantMap& platformData)
 {
+    useTokenOf(platformData);
     if (const std::optional<DesktopAction> action = desktopActionOf(name))
         Q_EMIT m_service->actionRequested(*action);
     else

@@ -1,5 +1,6 @@
 #include "app/desktop/SingleInstance.h"
 
+#include "app/desktop/ActivationToken.h"
 #include "app/desktop/RuntimeFolder.h"
 #include "app/models/CommandLine.h"
 #include "platform/NativePath.h"
@@ -285,6 +286,7 @@ void SingleInstance::hear(int socket)
 
     if (!message)
         return;
+    ActivationToken::use(message->activationToken);
     if (message->cardPath)
         Q_EMIT openRequested(*message->cardPath);
     else if (message->action)

@@ -31,7 +31,7 @@ private Q_SLOTS:
     void aCardArrivesAsItWasSent()
     {
         QFETCH(const QString, path);
-        const auto message = InstanceMessage::decoded(InstanceMessage{path, {}}.encoded());
+        const auto message = InstanceMessage::decoded(InstanceMessage{path}.encoded());
         QVERIFY(message);
         QCOMPARE(message->cardPath, path);
     }
@@ -49,6 +49,17 @@ private Q_SLOTS:
             const auto message = InstanceMessage::decoded(InstanceMessage{{}, each.action}.encoded());
             QVERIFY(message && !message->cardPath);
             QVERIFY(message->action == each.action);
+        }
+    }
+
+    void theTokenArrivesWithEachKindOfMessage()
+    {
+        for (InstanceMessage sent :
+             {InstanceMessage(), InstanceMessage{u"/carte.xml"_s}, InstanceMessage{{}, DesktopAction::Read}}) {
+            sent.activationToken = u"gnome-shell/1-0_TIME12"_s;
+            const auto message = InstanceMessage::decoded(sent.encoded());
+            QVERIFY(message && message->cardPath == sent.cardPath && message->action == sent.action);
+            QCOMPARE(message->activationToken, sent.activationToken);
         }
     }
 

@@ -1,3 +1,4 @@
+#include "app/desktop/ActivationToken.h"
 #include "app/desktop/ReopenService.h"
 #include "platform/NativePath.h"
 #include "tests/common/RunnableTests.h"
@@ -31,6 +32,27 @@ private Q_SLOTS:
         interface.Activate({});
         interface.ActivateAction(u"unknown"_s, {}, {});
         QCOMPARE(reopened.size(), 2);
+    }
+
+    void theTokenOfARequestIsForTheNextActivation_data()
+    {
+        QTest::addColumn<QString>("sent");
+        QTest::addColumn<QString>("used");
+        QTest::newRow("token") << u"kwin-42"_s << u"kwin-42"_s;
+        QTest::newRow("none") << QString() << u"earlier"_s;
+        QTest::newRow("no token") << u"a\nb"_s << u"earlier"_s;
+        QTest::newRow("too long") << QString(2000, u'a') << u"earlier"_s;
+    }
+    void theTokenOfARequestIsForTheNextActivation()
+    {
+        QFETCH(const QString, sent);
+        QFETCH(const QString, used);
+        ReopenService service;
+        ReopenInterface interface(&service);
+        ActivationToken::use(u"earlier"_s);
+        interface.Activate({{u"activation-token"_s, sent}});
+        QCOMPARE(ActivationToken::ofThisStart(), used);
+        qunsetenv("XDG_ACTIVATION_TOKEN");
     }
 
     void anActionOfTheLauncherIsPassedOn()
