@@ -58,6 +58,9 @@ constexpr std::array pages{
     Page{State::Failed, updateFailedText, u"", Close},
 };
 
+// Instead of the headline of failures: nothing has failed.
+constexpr QStringView packagedHeadline{u"Pelmora se met à jour avec votre système."};
+
 constexpr QStringView notTaken{
     u"Le paquet est signé par l’éditeur de Pelmora, mais votre bureau n’a pas de programme pour l’ouvrir. Il se trouve "
     u"ici\u202F: %1"};
@@ -169,6 +172,8 @@ void UpdateWindow::cancel()
 
 QString UpdateWindow::headline() const
 {
+    if (m_session.state() == State::Failed && m_session.failure() == UpdateFailure::Packaged)
+        return packagedHeadline.toString();
     return pageOf(m_session.state()).headline.toString().replace("%1"_L1, versionName());
 }
 

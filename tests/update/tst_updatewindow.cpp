@@ -182,6 +182,16 @@ private Q_SLOTS:
         QCOMPARE(seenIn(*m_window), withBadFeed);
     }
 
+    void aPackageManagersProgramRefersToIt()
+    {
+        UpdateConfiguration configuration = m_fixture->configuration();
+        configuration.isPackaged = true;
+        show(configuration);
+        const QStringList expected{u"Pelmora se met à jour avec votre système."_s,
+                                   textOf(UpdateFailure::Packaged).toString(), u"OK"_s};
+        QCOMPARE(seenIn(*m_window), expected);
+    }
+
     void aDownloadShowsHowFarItIs()
     {
         const QByteArray package = UpdateFixture::package();

@@ -28,8 +28,11 @@ public:
     /// A check for the user, with a window for progress and result, which comes to the front if it is open.
     void checkForUpdates(const QObject* sender);
 
-    /// Whether there is a feed to look at.
-    [[nodiscard]] bool canCheckForUpdates() const { return m_configuration.feed.has_value(); }
+    /// Whether there is a feed to look at, or a package manager to refer to.
+    [[nodiscard]] bool canCheckForUpdates() const
+    {
+        return m_configuration.feed.has_value() || m_configuration.isPackaged;
+    }
 
     /// When the feed was last fetched; absent if never.
     [[nodiscard]] std::optional<QDateTime> lastUpdateCheckDate() const;

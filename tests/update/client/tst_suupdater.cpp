@@ -85,6 +85,16 @@ private Q_SLOTS:
         QTRY_COMPARE(m_program->notes(), (QStringList{u"start"_s, u"show"_s}));
     }
 
+    void thereIsSomethingToAskForWithAFeedOrAPackageManager()
+    {
+        UpdateConfiguration configuration = automatic(24h);
+        QVERIFY(updater(configuration)->canCheckForUpdates());
+        configuration.feed.reset();
+        QVERIFY(!updater(configuration)->canCheckForUpdates());
+        configuration.isPackaged = true;
+        QVERIFY(updater(configuration)->canCheckForUpdates());
+    }
+
     void theProgramEndsWithTheUpdater()
     {
         auto updater = this->updater();
