@@ -12,8 +12,17 @@ build_packages=(
     fonts-roboto-unhinted python3 python3-fonttools
 )
 
-# For packing the portable copy.
-portable_packages=(zstd)
+# For packing the Debian package and the portable copy.
+packing_packages=(debhelper dpkg-dev zstd)
+
+# For checking them: policy, and hardening of programs.
+package_check_packages=(lintian devscripts zstd)
+
+# For installing the Debian package in a system of its own, with a display.
+package_test_packages=(mmdebstrap dpkg-dev xvfb xdotool imagemagick procps python3)
+
+# For a repository of packages.
+repository_packages=(apt-utils dpkg-dev gnupg xz-utils)
 
 test_packages=(
     # For reading PDF files in tests; the validator of PDF/A is a Java program.
@@ -27,12 +36,12 @@ test_packages=(
     libsm-dev
     # For validating JSON output.
     python3-jsonschema
-    # For checking the man page.
+    # For checking the man pages.
     mandoc
     # For the tests' print server.
     cups-daemon cups-client cups-filters-core-drivers
     # Validators of the files for desktops.
-    desktop-file-utils appstream shared-mime-info libglib2.0-bin
+    desktop-file-utils appstream appstream-util shared-mime-info libglib2.0-bin
     # A system font for characters that are missing in the page's font.
     fonts-dejavu-core
     # For the tests' certificates, keys and signatures.
