@@ -52,6 +52,16 @@ QStringList optionsIn(const QString& page)
     return options;
 }
 
+// The words of a text that are names of packages, sorted, without some.
+QStringList packagesIn(QString text, const QStringList& without)
+{
+    text.remove(QRegularExpression(u"#.*|\\([^)]*\\)|,"_s));
+    QStringList names = text.split(QRegularExpression(u"\\s+"_s), Qt::SkipEmptyParts);
+    names.removeIf([&without](const QString& name) { return without.contains(name); });
+    names.sort();
+    return names;
+}
+
 } // namespace
 
 class tst_DesktopFiles : public TestCase
@@ -114,6 +124,17 @@ private Q_SLOTS:
         QCOMPARE(found(description(), u"<release version=\"([^\"]*)\""_s), QStringLiteral(PELMORA_VERSION));
         const QString changes = textOfFile(QStringLiteral(PELMORA_SOURCE "/debian/changelog"));
         QCOMPARE(found(changes, u"^pelmora \\(([^)]*)\\)"_s), QStringLiteral(PELMORA_VERSION));
+    }
+
+    void theDebianPackageIsBuiltWithWhatTheScriptsInstall()
+    {
+        // The compiler is on every machine that makes packages; Qt's French texts are for running only.
+        const QString scripts = textOfFile(QStringLiteral(PELMORA_SOURCE "/tools/packages.sh"));
+        const QStringList installed =
+            packagesIn(found(scripts, u"(?s)\nbuild_packages=\\((.*?)\n\\)"_s), {u"g++"_s, u"qt6-translations-l10n"_s});
+        QVERIFY(installed.contains(u"cmake"_s));
+        const QString control = textOfFile(QStringLiteral(PELMORA_SOURCE "/debian/control"));
+        QCOMPARE(packagesIn(found(control, u"(?s)\nBuild-Depends:(.*?)\n\n"_s), {u"debhelper-compat"_s}), installed);
     }
 
     void bothManPagesDescribeTheSameOptions()
