@@ -57,7 +57,7 @@ private:
 private Q_SLOTS:
     void cleanup() { MXLog::defaultLogger().setLogLevel(MXLog::Notice); }
 
-    void beforeTheBindCardActionsAreOffAndReadingIsNot()
+    void beforeTheBindCardActionsAreDisabledAndNothingIsRead()
     {
         const Office office(silent);
         office.start();
@@ -67,7 +67,7 @@ private Q_SLOTS:
         QCOMPARE(office.summary(), u"Aucune"_s);
     }
 
-    void theWindowHasItsTitleOnceTheStartIsOver()
+    void afterTheStartTheWindowHasItsTitle()
     {
         const Office office(silent);
         office.start();
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(office.path(u"Library/Preferences/santesocial/sedica"_s)).isDir());
     }
 
-    void aFileInTheFoldersPlaceDoesNotStopTheStart()
+    void aFileAtTheFoldersPathDoesNotPreventTheStart()
     {
         const Office office(silent);
         QVERIFY(QDir(office.path(u"."_s)).mkpath(u"Library/Logs"_s));
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(office.path(u"Library/Logs/santesocial"_s)).isFile());
     }
 
-    void theLogLevelOfTheInformationDictionaryIsApplied_data()
+    void theLogLevelIsTakenFromTheInformationDictionary_data()
     {
         QTest::addColumn<QByteArray>("entry");
         QTest::addColumn<unsigned>("level");
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QTest::newRow("debug") << QByteArray("<key>MVDebugLevel</key><integer>6</integer>") << 6U;
     }
 
-    void theLogLevelOfTheInformationDictionaryIsApplied()
+    void theLogLevelIsTakenFromTheInformationDictionary()
     {
         QFETCH(const QByteArray, entry);
         const QTemporaryDir resources;
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QTEST(MXLog::defaultLogger().logLevel(), "level");
     }
 
-    void aBindSwitchesEverythingOn()
+    void aBindEnablesAllTiles()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -122,7 +122,7 @@ private Q_SLOTS:
         QVERIFY(!Office::alert());
     }
 
-    void aFailedBindSaysWhyAndSwitchesCardActionsOff()
+    void aFailedBindShowsItsErrorAndDisablesCardActions()
     {
         const Office office(withoutReader);
         office.start();
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QCOMPARE(tilesEnabled(office), unbound);
     }
 
-    void aCardServiceThatIsNotThereIsTheGeneralError()
+    void aMissingCardServiceGivesTheGeneralError()
     {
         const QTemporaryDir folder;
         const Office office({folder.filePath(u"card-service"_s), {}});
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QVERIFY(!Office::alert());
     }
 
-    void aFailureWithoutAnErrorSwitchesOffWithoutAnAlert()
+    void aFailedBindWithoutAnErrorDisablesCardActionsWithoutAnAlert()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -160,7 +160,7 @@ private Q_SLOTS:
         QVERIFY(!Office::alert());
     }
 
-    void afterTheEndNothingIsObserved()
+    void afterTerminationNotificationsAreIgnored()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QCOMPARE(tilesEnabled(*office), bound);
     }
 
-    void aReopenBringsAHiddenWindowBack()
+    void aReopenShowsAHiddenWindow()
     {
         const Office office(silent);
         office.start();
@@ -189,7 +189,7 @@ private Q_SLOTS:
         QVERIFY(!office.window->isVisible());
     }
 
-    void aCardThatIsReadIsSummedUp()
+    void theSummaryOfAReadCardIsShown()
     {
         const auto office = Office::bound(Office::simulation(Office::specimen()));
         QVERIFY(office);
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QTRY_COMPARE(office->summary(), u"SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"_s);
     }
 
-    void aFailedReadKeepsTheCardThatWasThere()
+    void aFailedReadKeepsThePreviousCard()
     {
         const QTemporaryDir folder;
         const QString card = folder.filePath(u"carte.xml"_s);
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QCOMPARE(office->summary(), before);
     }
 
-    void aCancelledReadIsToldInTheWindowAloneAndKeepsTheCardThatWasThere()
+    void aCancelledReadIsShownInTheWindowOnlyAndKeepsThePreviousCard()
     {
         const auto office = Office::bound(silentRead);
         QVERIFY(office);
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QCOMPARE(Office::alertText(), std::nullopt);
     }
 
-    void aFileThatIsNoCardIsSaidSoAndTheCardStays()
+    void aFileThatIsNotACardShowsAnErrorAndKeepsTheCard()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -244,7 +244,7 @@ private Q_SLOTS:
         QCOMPARE(office->summary(), before);
     }
 
-    void aFailedReadIsInThePanelUntilACardIsThere()
+    void aFailedReadIsShownInThePanelUntilTheNextCard()
     {
         const QTemporaryDir folder;
         const auto office = Office::bound(Office::simulation(folder.filePath(u"absent.xml"_s)));
@@ -261,7 +261,7 @@ private Q_SLOTS:
         QVERIFY(office->summary().startsWith(u"SPECIMEN Hélène\n"_s));
     }
 
-    void aReadWhoseBindFailsHasFailed()
+    void aReadWhoseBindFailsIsShownAsFailed()
     {
         const Office office(withoutReader);
         office.start();
@@ -273,7 +273,7 @@ private Q_SLOTS:
         QTRY_VERIFY(office.panelLine().startsWith(u"Lecture échouée à "_s));
     }
 
-    void theNextRequestThatIsGrantedTakesANoticeAway()
+    void theNextAcceptedRequestRemovesANotice()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -294,7 +294,7 @@ private Q_SLOTS:
         }
     }
 
-    void aRefusalBringsAHiddenWindowBack()
+    void aRefusalShowsAHiddenWindow()
     {
         const Office office(silent);
         office.start();
@@ -338,7 +338,7 @@ private Q_SLOTS:
         QVERIFY(!MVSettings::booleanPreferencesForKey(office.settings, Settings::debugMode));
     }
 
-    void thePanelTellsTheReadersState()
+    void thePanelShowsTheReadersState()
     {
         const auto office = Office::bound(FakeScript().telling("init", {u"mute_card"_s}));
         QVERIFY(office);

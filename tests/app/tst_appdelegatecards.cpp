@@ -148,7 +148,7 @@ private Q_SLOTS:
     // No print server is asked.
     void initTestCase() { qputenv("CUPS_SERVER", QFile::encodeName(m_folder.filePath(u"cups.sock"_s))); }
 
-    void whileAPrintAsksNoCardTakesItsPlace_data()
+    void whileThePrintDialogIsOpenNoOtherCardIsTaken_data()
     {
         addWays();
         QTest::newRow("read") << Way(
@@ -158,7 +158,7 @@ private Q_SLOTS:
                 << Way([tag](const Office& office, const QString&) { office.chooseFromStatusMenu(tag); });
     }
 
-    void whileAPrintAsksNoCardTakesItsPlace()
+    void whileThePrintDialogIsOpenNoOtherCardIsTaken()
     {
         QFETCH(const Way, way);
         const auto office = officeOfAlix();
@@ -184,7 +184,7 @@ private Q_SLOTS:
         QCOMPARE(office->notice(), QString());
     }
 
-    void aFileThatIsDroppedMeanwhileIsRefused_data()
+    void aFileDroppedAfterAReadOrPrintBeganIsRefused_data()
     {
         using Meanwhile = std::function<void(const Office&)>;
         QTest::addColumn<Meanwhile>("meanwhile");
@@ -202,7 +202,7 @@ private Q_SLOTS:
         }) << u"Fichier refusé\u00A0: fermez d’abord la fenêtre ouverte devant celle-ci."_s;
     }
 
-    void aFileThatIsDroppedMeanwhileIsRefused()
+    void aFileDroppedAfterAReadOrPrintBeganIsRefused()
     {
         QFETCH(const std::function<void(const Office&)>, meanwhile);
         QFETCH(const QString, reason);
@@ -216,9 +216,9 @@ private Q_SLOTS:
         QVERIFY(office->summary().startsWith(u"SPECIMEN Alix"_s));
     }
 
-    void fromThePrintsRequestOnNoCardTakesItsPlace_data() { addWays(); }
+    void afterAPrintRequestNoOtherCardIsTaken_data() { addWays(); }
 
-    void fromThePrintsRequestOnNoCardTakesItsPlace()
+    void afterAPrintRequestNoOtherCardIsTaken()
     {
         QFETCH(const Way, way);
         const auto office = officeOfAlix();
@@ -231,7 +231,7 @@ private Q_SLOTS:
         QVERIFY(office->window->findChild<QFileDialog*>() == nullptr);
     }
 
-    void aWindowThatIsAskedForComesBehindThePrintThatAsks()
+    void aRequestedWindowIsShownBehindThePrintDialog()
     {
         const auto office = officeOfAlix();
         QVERIFY(office);
@@ -241,7 +241,7 @@ private Q_SLOTS:
         QTRY_COMPARE(QApplication::activeWindow(), dialog());
     }
 
-    void ofTwoWindowsOnePrints()
+    void whileOneWindowPrintsTheOtherCannot()
     {
         const auto office = officeOfAlix();
         QVERIFY(office);
@@ -253,7 +253,7 @@ private Q_SLOTS:
         QCOMPARE(office->notice(), refusedWhilePrinting);
     }
 
-    void aVisibleViewerFollowsAtOnce()
+    void aVisibleViewerShowsTheNewCardAtOnce()
     {
         const auto office = officeOfAlix();
         QVERIFY(office);
@@ -262,7 +262,7 @@ private Q_SLOTS:
         QCOMPARE(viewer(*office)->windowTitle(), u"Zoé SPECIMEN"_s);
     }
 
-    void aHiddenViewerFollowsSoonAfter()
+    void aHiddenViewerShowsTheNewCardSoonAfter()
     {
         const auto office = officeOfAlix();
         QVERIFY(office);
@@ -295,7 +295,7 @@ private Q_SLOTS:
         QCOMPARE(dialog()->windowTitle(), u"Imprimer l’attestation – SPECIMEN Zoé"_s);
     }
 
-    void theViewerFollowsAReadAndAFailedReadLeavesIt()
+    void theViewerShowsAReadCardAndAFailedReadDoesNotChangeIt()
     {
         const QString card = cardOf(u"Alix"_s);
         const auto office = Office::bound(Office::simulation(card));
@@ -316,9 +316,9 @@ private Q_SLOTS:
         QCOMPARE(viewer(*office)->windowTitle(), u"Zoé SPECIMEN"_s);
     }
 
-    void whileACardIsReadNoFileTakesItsPlace_data() { addWays(); }
+    void whileACardIsReadNoFileIsOpened_data() { addWays(); }
 
-    void whileACardIsReadNoFileTakesItsPlace()
+    void whileACardIsReadNoFileIsOpened()
     {
         QFETCH(const Way, way);
         const auto office = Office::bound(silentRead);
@@ -331,7 +331,7 @@ private Q_SLOTS:
         QVERIFY(office->window->findChild<QFileDialog*>() == nullptr);
     }
 
-    void whileAReadWaitsForTheBindNoFileTakesItsPlace()
+    void whileAReadWaitsForTheBindNoFileIsOpened()
     {
         const Office office(silentRead.doing("init", "slow"));
         office.start();
@@ -356,7 +356,7 @@ private Q_SLOTS:
         QTRY_VERIFY(office.delegate->isReading());
     }
 
-    void aPanelThatWasOpenBeforeTheReadOpensNothing()
+    void aFilePanelOpenedBeforeTheReadOpensNoFile()
     {
         const auto office = Office::bound(silentRead);
         QVERIFY(office);
@@ -371,7 +371,7 @@ private Q_SLOTS:
         QCOMPARE(office->summary(), u"Aucune"_s);
     }
 
-    void aBindAloneHoldsUpNoFile()
+    void aFileCanBeOpenedDuringABind()
     {
         const Office office(slowBind);
         office.start();

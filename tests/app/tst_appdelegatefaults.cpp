@@ -97,7 +97,7 @@ private Q_SLOTS:
         QCOMPARE(desktop.opened(), QList<QUrl>{QUrl::fromLocalFile(page.fileName())});
     }
 
-    void withoutAHelpPageNothingHappens()
+    void withoutAHelpPageNothingIsOpened()
     {
         const QTemporaryDir resources;
         const Desktop desktop;

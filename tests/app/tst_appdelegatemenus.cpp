@@ -43,7 +43,7 @@ private Q_SLOTS:
         QTest::mouseClick(&window, Qt::LeftButton);
     }
 
-    void twoModifiersTogetherAskForAFileAndOneAloneReads_data()
+    void readWithTwoModifiersOpensAFileAndWithOneReadsTheCard_data()
     {
         QTest::addColumn<Qt::KeyboardModifiers>("keys");
         QTest::addColumn<bool>("fromFile");
@@ -55,7 +55,7 @@ private Q_SLOTS:
         QTest::newRow("both and shift") << (Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier) << true;
     }
 
-    void twoModifiersTogetherAskForAFileAndOneAloneReads()
+    void readWithTwoModifiersOpensAFileAndWithOneReadsTheCard()
     {
         QFETCH(const Qt::KeyboardModifiers, keys);
         QFETCH(const bool, fromFile);
@@ -69,7 +69,7 @@ private Q_SLOTS:
                            panel->fileMode() == QFileDialog::ExistingFile));
     }
 
-    void theFilePanelFitsTheScreenAndIsThereOnce()
+    void theFilePanelFitsTheScreenAndOpensOnce()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -100,7 +100,7 @@ private Q_SLOTS:
         }
     }
 
-    void thereIsOneStatusItemHoweverOftenItIsShown()
+    void showingTheStatusItemTwiceMakesOneItem()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QCOMPARE(statusMenus().size(), 1);
     }
 
-    void aHiddenWindowComesBackWithTheEndOfTheStatusItem()
+    void aHiddenWindowIsShownWhenTheStatusItemIsRemoved()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -135,7 +135,7 @@ private Q_SLOTS:
         QVERIFY(office->window->isVisible());
     }
 
-    void onlyTheEntriesOfTheStatusMenuDoAnything_data()
+    void tagsOutsideTheStatusMenuAreIgnored_data()
     {
         QTest::addColumn<int>("tag");
         QTest::addColumn<bool>("reads");
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QTest::newRow("after the last") << 16 << false;
     }
 
-    void onlyTheEntriesOfTheStatusMenuDoAnything()
+    void tagsOutsideTheStatusMenuAreIgnored()
     {
         QFETCH(const int, tag);
         QFETCH(const bool, reads);
@@ -157,7 +157,7 @@ private Q_SLOTS:
         QCOMPARE(office->delegate->isReading(), reads);
     }
 
-    void anySenderButAMenuEntryIsIgnored()
+    void aSenderThatIsNotAMenuEntryIsIgnored()
     {
         const auto office = Office::bound(silentRead);
         QVERIFY(office);
@@ -168,7 +168,7 @@ private Q_SLOTS:
         office->delegate->openRecentAttestation(office->window->readButton());
     }
 
-    void beforeTheBindTheStatusMenuOnlyOpensTheFolder()
+    void beforeTheBindTheStatusMenuCanOnlyOpenTheFolder()
     {
         const Office office(silent);
         office.start();
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(office.attestations()).isDir());
     }
 
-    void aReadOfTheStatusMenuBeforeTheBindIsNotMadeUpFor()
+    void aReadFromTheStatusMenuBeforeTheBindIsDropped()
     {
         const Office office(silentRead.doing("init", "slow"));
         office.start();
@@ -192,7 +192,7 @@ private Q_SLOTS:
         QVERIFY(!office.delegate->isReading());
     }
 
-    void anEleventhFileIsWrittenAndTheMenuStaysAsItWas()
+    void anEleventhFileIsWrittenButNotAddedToTheMenu()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QCOMPARE(recents.menu(), before);
     }
 
-    void anEmptyListOfRecentFilesOffersNothingNotEvenALine()
+    void theMenuOfAnEmptyListOfRecentFilesHasNoSeparator()
     {
         const auto office = Office::bound();
         QVERIFY(office);

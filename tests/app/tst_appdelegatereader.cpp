@@ -47,7 +47,7 @@ class tst_AppDelegateReader : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void anInsertedCardIsReadIfTheUserWantsThat()
+    void anInsertedCardIsReadIfTheSettingIsOn()
     {
         const auto office = officeWith(insertion, Settings::readOnInsertion);
         QTRY_VERIFY(hasCard(*office));
@@ -55,7 +55,7 @@ private Q_SLOTS:
         office->delegate->applicationWillTerminate();
     }
 
-    void otherwiseNoCardIsReadByItself_data()
+    void withoutTheSettingAnInsertedCardIsNotRead_data()
     {
         QTest::addColumn<FakeScript>("script");
         QTest::addColumn<bool>("isWanted");
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QTest::newRow("in the reader at the bind") << FakeScript().telling("init", {u"card"_s}) << true;
     }
 
-    void otherwiseNoCardIsReadByItself()
+    void withoutTheSettingAnInsertedCardIsNotRead()
     {
         QFETCH(const FakeScript, script);
         QFETCH(const bool, isWanted);
@@ -75,7 +75,7 @@ private Q_SLOTS:
         office->delegate->applicationWillTerminate();
     }
 
-    void aCardThatIsReadByItselfBringsNoHiddenWindowUp()
+    void anAutomaticReadDoesNotShowAHiddenWindow()
     {
         const auto office = officeWith(insertion, Settings::readOnInsertion, false);
         QTRY_VERIFY(hasCard(*office));
@@ -84,7 +84,7 @@ private Q_SLOTS:
         office->delegate->applicationWillTerminate();
     }
 
-    void theFailureOfSuchAReadIsToldInThePanelWithoutAnAlert()
+    void aFailedAutomaticReadIsShownInThePanelWithoutAnAlert()
     {
         const auto office =
             officeWith(FakeScript(insertion).failing("vitale_read", 11), Settings::readOnInsertion, false);
@@ -99,7 +99,7 @@ private Q_SLOTS:
         office->delegate->applicationWillTerminate();
     }
 
-    void theShownCardIsForgottenWhenItLeavesTheReaderIfTheUserWantsThat()
+    void aRemovedCardIsForgottenIfTheSettingIsOn()
     {
         const auto office = officeWith(readAndRemoval, Settings::forgetOnRemoval);
         QTRY_VERIFY(office->delegate->isEnabled());
@@ -115,14 +115,14 @@ private Q_SLOTS:
         office->delegate->applicationWillTerminate();
     }
 
-    void otherwiseItStaysAndSoDoesTheCardOfAFile_data()
+    void aCardOfAFileOrWithoutTheSettingIsKept_data()
     {
         QTest::addColumn<bool>("isWanted");
         QTest::newRow("not wanted") << false;
         QTest::newRow("from a file") << true;
     }
 
-    void otherwiseItStaysAndSoDoesTheCardOfAFile()
+    void aCardOfAFileOrWithoutTheSettingIsKept()
     {
         QFETCH(const bool, isWanted);
         const auto office = officeWith(readAndRemoval, isWanted ? Settings::forgetOnRemoval : Settings::forgetRecents);
@@ -143,7 +143,7 @@ private Q_SLOTS:
         office->delegate->applicationWillTerminate();
     }
 
-    void recentAttestationsAreForgottenAtTheStartIfTheUserWantsNone()
+    void recentAttestationsAreClearedAtTheStartIfTheSettingIsOn()
     {
         Office office;
         RecentAttestations recents(office.settings);

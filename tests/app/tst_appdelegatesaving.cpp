@@ -48,7 +48,7 @@ private:
     LogCapture m_log;
 
 private Q_SLOTS:
-    void aFileIsACardWithoutANamedFund()
+    void aCardOfAFileHasNoFundName()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -60,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(office->notice(), saved);
     }
 
-    void theSavedFileIsTheResultUntilTheNextRequestOrFailure()
+    void theSavedFileIsShownUntilTheNextRequestOrFailure()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -80,7 +80,7 @@ private Q_SLOTS:
         }
     }
 
-    void savingTwiceIsOneRecentFile()
+    void savingTwiceAddsOneRecentFile()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -96,7 +96,7 @@ private Q_SLOTS:
                  QStringList{u"SPECIMEN Hélène.pdf"_s});
     }
 
-    void clearingTheMenuFromTheMenuEmptiesIt()
+    void theClearEntryEmptiesTheMenu()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -107,7 +107,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(office->attestations() + u"/SPECIMEN Hélène.pdf"_s).isFile());
     }
 
-    void anUnusableFolderSavesNothingAndThePanelSaysSo()
+    void anUnusableFolderIsReportedInThePanelAndNothingIsSaved()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -130,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(office->notice(), saved);
     }
 
-    void aWriteThatFailedIsLoggedWithoutTheNameAndAnnouncedAllTheSame()
+    void aFailedWriteIsLoggedWithoutTheNameAndStillAnnounced()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(recents(*office).first(), u"SPECIMEN Hélène.pdf"_s);
     }
 
-    void theTruthAboutAWriteThatFailedFollowsTheAnnouncement()
+    void anAlertCorrectsTheAnnouncementOfAFailedWrite()
     {
         const auto office = Office::bound();
         QVERIFY(office);
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!Office::alert());
     }
 
-    void whileAFileIsWrittenNothingElseBegins_data()
+    void whileAFileIsWrittenOtherRequestsAreRefused_data()
     {
         QTest::addColumn<Request>("request");
         QTest::newRow("read") << Request([](AppDelegate& delegate) { delegate.readVitale(nullptr); });
@@ -182,7 +182,7 @@ private Q_SLOTS:
             [](AppDelegate& delegate) { delegate.loadXMLFile(Office::specimen()); });
     }
 
-    void whileAFileIsWrittenNothingElseBegins()
+    void whileAFileIsWrittenOtherRequestsAreRefused()
     {
         QFETCH(const Request, request);
         const auto office = Office::bound();
@@ -215,7 +215,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(office->attestations()));
     }
 
-    void inDebugModeAReadLeavesItsCopies()
+    void inDebugModeAReadWritesItsCopies()
     {
         const auto office = Office::bound(Office::simulation(Office::specimen()));
         QVERIFY(office);

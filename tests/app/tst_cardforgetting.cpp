@@ -76,7 +76,7 @@ class tst_CardForgetting : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aCardOfTheReaderThatLeavesItIsForgottenIfTheUserWantsThat_data()
+    void aRemovedCardIsForgottenIfTheSettingIsOn_data()
     {
         QTest::addColumn<bool>("isWanted");
         QTest::addColumn<PanelLine::CardOrigin>("origin");
@@ -86,7 +86,7 @@ private Q_SLOTS:
         QTest::newRow("of a file") << true << PanelLine::CardOrigin::File << 0;
     }
 
-    void aCardOfTheReaderThatLeavesItIsForgottenIfTheUserWantsThat()
+    void aRemovedCardIsForgottenIfTheSettingIsOn()
     {
         QFETCH(const bool, isWanted);
         QFETCH(const PanelLine::CardOrigin, origin);
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QCOMPARE(subject.due.size(), count);
     }
 
-    void aCardThatIsWrittenIsForgottenAfterwards()
+    void aCardIsForgottenOnlyAfterItsFileIsWritten()
     {
         Subject subject;
         MVSettings::setPreferencesWithBooleanValue(subject.desk.settings, Settings::forgetOnRemoval, true);
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QTRY_COMPARE(subject.due.size(), 1);
     }
 
-    void aCardThatTakesItsPlaceMeanwhileIsKept()
+    void aCardReadDuringTheWriteIsKept()
     {
         Subject subject;
         MVSettings::setPreferencesWithBooleanValue(subject.desk.settings, Settings::forgetOnRemoval, true);
@@ -130,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(subject.due.size(), 0);
     }
 
-    void theEndOfTheSessionForgetsTheCardOnlyIfTheUserWantsThat()
+    void leavingTheSessionForgetsTheCardOnlyIfTheSettingIsOn()
     {
         Subject subject;
         subject.forgetting.cardShown(PanelLine::CardOrigin::File);
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(subject.due.size(), 1);
     }
 
-    void theMinutesCountFromTheCardOnAndFromTheirChange()
+    void theDelayStartsWithTheCardAndAgainWithItsChange()
     {
         Subject subject;
         MVSettings::setPreferencesWithIntegerValue(subject.desk.settings, Settings::forgetAfterMinutes, 15);
@@ -160,7 +160,7 @@ private Q_SLOTS:
         QTRY_COMPARE(subject.due.size(), 1);
     }
 
-    void absurdMinutesAreADayOrNone_data()
+    void theDelayIsBoundedToADay_data()
     {
         QTest::addColumn<qint64>("minutes");
         QTest::addColumn<bool>("isADay");
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QTest::newRow("negative") << qint64{-5} << false;
     }
 
-    void absurdMinutesAreADayOrNone()
+    void theDelayIsBoundedToADay()
     {
         QFETCH(const qint64, minutes);
         QFETCH(const bool, isADay);

@@ -38,7 +38,7 @@ class tst_FollowingViewer : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aViewerThatWouldCoverTheMainWindowIsBesideIt_data()
+    void aViewerIsPlacedBesideTheMainWindow_data()
     {
         QTest::addColumn<QRect>("main");
         QTest::addColumn<QRect>("viewer");
@@ -55,7 +55,7 @@ private Q_SLOTS:
                                        << smallScreen.translated(1366, 0) << 1366 + 751;
     }
 
-    void aViewerThatWouldCoverTheMainWindowIsBesideIt()
+    void aViewerIsPlacedBesideTheMainWindow()
     {
         QFETCH(const QRect, main);
         QFETCH(const QRect, viewer);
@@ -84,7 +84,7 @@ private Q_SLOTS:
         QCOMPARE(std::ranges::count_if(viewer->actions() + viewer->findChildren<QAction*>(), ofPrint), 1);
     }
 
-    void theNumberOrTheNameIsCopiedFromTheViewersMenuAndIsGoneAtTheEnd()
+    void theViewersMenuCopiesTheNumberOrTheNameUntilTheEnd()
     {
         auto office = Office::bound(Office::simulation(Office::specimen()));
         QVERIFY(office);

@@ -105,7 +105,7 @@ private Q_SLOTS:
         QVERIFY(!m_page.isEmpty());
     }
 
-    void everyMessageIsExplainedToTheLetter_data()
+    void everyMessageIsQuotedExactly_data()
     {
         QTest::addColumn<Error>("error");
         QTest::newRow("general") << PelmoraError::generalError();
@@ -119,7 +119,7 @@ private Q_SLOTS:
         QTest::newRow("nobody") << PelmoraError::vitaleNoBen();
     }
 
-    void everyMessageIsExplainedToTheLetter()
+    void everyMessageIsQuotedExactly()
     {
         QFETCH(const Error, error);
         const QString element = u"id=\"%1\">"_s.arg(PelmoraError::helpTopic(error));
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QCOMPARE(textOf(rest.first(rest.indexOf(u"</p>"_s))), error.localizedDescription().simplified());
     }
 
-    void theNumbersAreThePrograms_data()
+    void theNumbersAreThoseOfTheProgram_data()
     {
         QTest::addColumn<QString>("sentence");
         QTest::newRow("recents") << u"La liste garde %1 fichiers."_s.arg(inWords(RecentAttestations::maximumCount));
@@ -144,13 +144,13 @@ private Q_SLOTS:
         QTest::newRow("reader") << u"Branchez le lecteur fourni avec Pelmora, un %1."_s.arg(acceptedReader);
     }
 
-    void theNumbersAreThePrograms()
+    void theNumbersAreThoseOfTheProgram()
     {
         QFETCH(const QString, sentence);
         QVERIFY2(textOf(m_page).contains(sentence), qPrintable(sentence));
     }
 
-    void theShortcutsAreTheWindows()
+    void theShortcutsAreThoseOfTheWindow()
     {
         const std::expected<PageFonts, Error> fonts = PageFonts::load(stagedBundle());
         QVERIFY(fonts.has_value());
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(real - told, QSet<QKeySequence>());
     }
 
-    void everyLinkLeadsSomewhereOnThePage()
+    void everyLinkHasATargetOnThePage()
     {
         const QStringList targets = matchesOf(u"href=\"([^\"]+)\""_s, m_page);
         QVERIFY(!targets.isEmpty());
@@ -183,7 +183,7 @@ private Q_SLOTS:
         }
     }
 
-    void everyPictureIsThere()
+    void everyPictureExists()
     {
         const QStringList pictures = matchesOf(u"src(?:set)?=\"([^\"]+)\""_s, m_page);
         QCOMPARE(pictures.size(), 6);
@@ -191,7 +191,7 @@ private Q_SLOTS:
             QVERIFY2(QFile::exists(QStringLiteral(PELMORA_STAGE_SHARE "/") + picture), qPrintable(picture));
     }
 
-    void noLineBreaksBetweenAWordAndItsMark()
+    void punctuationMarksAreNotSeparatedFromTheirWord()
     {
         QString text = m_page;
         text.remove(QRegularExpression(u"<style>.*</style>|<[^>]*>"_s, QRegularExpression::DotMatchesEverythingOption));
@@ -202,7 +202,7 @@ private Q_SLOTS:
         QCOMPARE(matchesOf(u"(«&nbsp;[^\\n]{0,20})"_s, text), QStringList());
     }
 
-    void nothingIsFetchedFromElsewhere()
+    void thePageLoadsNothingFromOtherServers()
     {
         for (const QLatin1StringView& sign : {"http:"_L1, "https:"_L1, "url("_L1, "@import"_L1, "<script"_L1})
             QVERIFY2(!m_page.contains(sign), sign.data());

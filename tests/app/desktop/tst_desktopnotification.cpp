@@ -47,7 +47,7 @@ private Q_SLOTS:
         qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toUtf8());
     }
 
-    void withoutAServerNothingHappens()
+    void withoutANotificationServerShowingReturnsSoon()
     {
         QElapsedTimer time;
         time.start();

@@ -36,14 +36,14 @@ private Q_SLOTS:
         QCOMPARE(message->cardPath, path);
     }
 
-    void aMereStartArrivesAsOne()
+    void aStartWithoutACardArrivesWithoutACard()
     {
         const auto message = InstanceMessage::decoded(InstanceMessage().encoded());
         QVERIFY(message);
         QVERIFY(!message->cardPath);
     }
 
-    void anActionArrivesAsItWasSent()
+    void aSentActionArrivesUnchanged()
     {
         for (const DesktopActionName& each : desktopActions) {
             const auto message = InstanceMessage::decoded(InstanceMessage{{}, each.action}.encoded());
@@ -63,7 +63,7 @@ private Q_SLOTS:
         }
     }
 
-    void aRelativePathCountsFromTheCurrentFolder()
+    void aRelativePathIsResolvedInTheCurrentFolder()
     {
         QCOMPARE(InstanceMessage::forCard(u"lien/../carte.xml"_s).cardPath,
                  QDir::currentPath() + u"/lien/../carte.xml"_s);
@@ -71,7 +71,7 @@ private Q_SLOTS:
         QVERIFY(!InstanceMessage::forCard(std::nullopt).cardPath);
     }
 
-    void aRelativePathCountsFromAFolderWhateverItsName()
+    void aRelativePathIsResolvedInAFolderWithAnyName()
     {
         const QTemporaryDir folder;
         const QByteArray name = QFile::encodeName(folder.path()) + "/Zo\xE9";
@@ -84,13 +84,13 @@ private Q_SLOTS:
         QCOMPARE(bytesOfPath(message.cardPath.value_or(QString())), name + "/carte.xml");
     }
 
-    void whatIsTooLongIsNotSent()
+    void aMessageThatIsTooLongIsNotSent()
     {
         const InstanceMessage message{u'/' + QString(InstanceMessage::maximumSize, u'a'), {}};
         QVERIFY(message.encoded().isEmpty());
     }
 
-    void whatIsMalformedIsNoMessage_data()
+    void aMalformedMessageIsRefused_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         const auto row = [](const char* name, const QCborMap& map) {
@@ -118,7 +118,7 @@ private Q_SLOTS:
         row("NUL in bytes", {{u"Request"_s, u"Open"_s}, {u"Path"_s, QByteArray("/c\0\xE9", 4)}});
         row("path that is a number", {{u"Request"_s, u"Open"_s}, {u"Path"_s, 7}});
     }
-    void whatIsMalformedIsNoMessage()
+    void aMalformedMessageIsRefused()
     {
         QFETCH(const QByteArray, bytes);
         QVERIFY(!InstanceMessage::decoded(bytes));

@@ -44,7 +44,7 @@ private Q_SLOTS:
     void init() { m_session = qgetenv("XDG_RUNTIME_DIR"); }
     void cleanup() { qputenv("XDG_RUNTIME_DIR", m_session); }
 
-    void theFolderOfTheSessionIsTaken()
+    void theFolderOfTheSessionIsUsed()
     {
         const QTemporaryDir parent;
         const QString folder = folderIn(parent, 0700);
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(pathOf(openRuntimeFolder()), folder);
     }
 
-    void withoutOneThereIsAFolderOfTheUsersOwn_data()
+    void withoutASessionFolderAFolderOfTheUserIsUsed_data()
     {
         QTest::addColumn<QByteArray>("session");
         QTest::newRow("not set") << QByteArray();
@@ -60,7 +60,7 @@ private Q_SLOTS:
         QTest::newRow("absent") << QByteArray("/absent/run");
         QTest::newRow("open to all") << QByteArray("/tmp");
     }
-    void withoutOneThereIsAFolderOfTheUsersOwn()
+    void withoutASessionFolderAFolderOfTheUserIsUsed()
     {
         QFETCH(const QByteArray, session);
         qputenv("XDG_RUNTIME_DIR", session);

@@ -70,7 +70,7 @@ private:
     PrivateBus m_bus;
 
 private Q_SLOTS:
-    void whatLogindTellsIsPassedOn_data()
+    void theSignalsOfLogindAreEmittedAsEvents_data()
     {
         QTest::addColumn<QByteArray>("session");
         QTest::addColumn<QString>("asked");
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QTest::newRow("as a service") << QByteArray() << u"auto"_s;
     }
 
-    void whatLogindTellsIsPassedOn()
+    void theSignalsOfLogindAreEmittedAsEvents()
     {
         QFETCH(const QByteArray, session);
         QFETCH(const QString, asked);

@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(folder.names(), (QStringList{u"pelmora-a.lock"_s, u"pelmora-a.socket"_s}));
     }
 
-    void aLaterStartReachesIt()
+    void aLaterStartReachesTheFirst()
     {
         auto [folder, first, claim] = First();
         QCOMPARE(claim, Claim::First);
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QCOMPARE(opened.size(), 0);
     }
 
-    void aLaterStartHandsItsCardOver()
+    void aLaterStartSendsItsCardToTheFirst()
     {
         auto [folder, first, claim] = First();
         QCOMPARE(claim, Claim::First);
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(reopened.size(), 0);
     }
 
-    void whoComesBeforeItListensIsHeardAfterwards()
+    void aMessageSentBeforeListeningIsReceivedAfterwards()
     {
         auto [folder, first, claim] = First();
         QCOMPARE(claim, Claim::First);
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QTRY_COMPARE(reopened.size(), 1);
     }
 
-    void ofManyStartsAtOnceExactlyOneIsTheFirst()
+    void ofSimultaneousStartsExactlyOneIsTheFirst()
     {
         const Folder folder;
         std::vector<std::unique_ptr<SingleInstance>> starts;
@@ -169,7 +169,7 @@ private Q_SLOTS:
         QCOMPARE(firsts, 1);
     }
 
-    void oneThatDoesNotAnswerIsNotWaitedForLong()
+    void aFirstStartThatDoesNotAnswerIsWaitedForBriefly()
     {
         auto [folder, first, claim] = First();
         QCOMPARE(claim, Claim::First);
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QVERIFY(SingleInstance::noAnswerText().contains(u"ne répond pas"_s));
     }
 
-    void oneThatEndsMakesPlaceForALaterStartThatWaits()
+    void aWaitingStartBecomesTheFirstWhenTheFirstEnds()
     {
         const Folder folder;
         auto first = std::make_unique<SingleInstance>(folder.open(), u"a"_s);
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QCOMPARE(later.get(), Claim::First);
     }
 
-    void whatAnInstanceLeavesBehindIsNobodys()
+    void filesOfAKilledInstanceDoNotPreventAStart()
     {
         // As a killed one does: the files stay, the lock went with it.
         const Folder folder;
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QVERIFY(reachesTheFirst(folder.laterStart()));
     }
 
-    void programsThatItStartsDoNotKeepTheClaim()
+    void startedProgramsDoNotInheritTheClaim()
     {
         const Folder folder;
         QProcess program;
@@ -244,7 +244,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(path + u"/pelmora-a.socket"_s));
     }
 
-    void withoutARuntimeFolderEveryStartIsAFirstOne()
+    void withoutARuntimeFolderEveryStartIsTheFirst()
     {
         SingleInstance first(FileDescriptor(), u"a"_s);
         SingleInstance second(FileDescriptor(), u"a"_s);
@@ -276,7 +276,7 @@ private Q_SLOTS:
         QVERIFY(reachesTheFirst(folder.laterStart()));
     }
 
-    void guestsThatKeepSilentDoNotCrowdOutOthers()
+    void silentClientsDoNotBlockOthers()
     {
         auto [folder, first, claim] = First();
         QCOMPARE(claim, Claim::First);
@@ -292,7 +292,7 @@ private Q_SLOTS:
         QVERIFY(!isDismissed(silent.back()));
     }
 
-    void withoutAFreeDescriptorALaterStartWaitsAndTheFirstDoesNotSpin()
+    void withoutAFreeDescriptorALaterStartWaitsAndTheFirstIsIdle()
     {
 #ifdef __SANITIZE_ADDRESS__
         QSKIP("the sanitizer needs descriptors of its own");
@@ -320,7 +320,7 @@ private Q_SLOTS:
         QTRY_COMPARE(opened.count(), 1);
     }
 
-    void theClaimIsGivenUpWhenTheEventLoopEnds()
+    void theClaimIsReleasedWhenTheEventLoopEnds()
     {
         auto [folder, first, claim] = First();
         QCOMPARE(claim, Claim::First);
@@ -330,7 +330,7 @@ private Q_SLOTS:
         QCOMPARE(next.claim({}), Claim::First);
     }
 
-    void eachDesktopAndEachCardServiceHasItsInstance()
+    void theInstanceDependsOnTheDesktopAndTheCardService()
     {
         qputenv("WAYLAND_DISPLAY", "");
         qputenv("DISPLAY", ":1");

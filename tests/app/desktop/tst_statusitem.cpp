@@ -30,7 +30,7 @@ class tst_StatusItem : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void whereThereIsNoStatusBarTheItemOnlyWaits()
+    void withoutAStatusBarTheItemHasNoHost()
     {
         const StatusItem item({});
         const QSignalSpy changes(&item, &StatusItem::hostAvailableChanged);
@@ -55,7 +55,7 @@ private Q_SLOTS:
             QVERIFY(action->isEnabled() && action->shortcut().isEmpty());
     }
 
-    void eachEntryTellsItsTag()
+    void eachEntryEmitsItsTag()
     {
         const StatusItem item({});
         QSignalSpy chosen(&item, &StatusItem::executeAction);
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(tags, (QList<int>{10, 11, 12, 13, 14, 15}));
     }
 
-    void theMenuGoesWithTheItem()
+    void theMenuIsDeletedWithTheItem()
     {
         {
             const StatusItem item({});

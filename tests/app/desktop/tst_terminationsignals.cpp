@@ -28,14 +28,14 @@ class tst_TerminationSignals : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachSignalAsksForTheEnd_data()
+    void eachSignalRequestsTermination_data()
     {
         QTest::addColumn<int>("number");
         QTest::newRow("SIGTERM") << SIGTERM;
         QTest::newRow("SIGINT") << SIGINT;
         QTest::newRow("SIGHUP") << SIGHUP;
     }
-    void eachSignalAsksForTheEnd()
+    void eachSignalRequestsTermination()
     {
         QFETCH(const int, number);
         // The test's own surroundings may ignore some.
@@ -53,7 +53,7 @@ private Q_SLOTS:
         std::signal(number, before);
     }
 
-    void whatTheStarterIgnoresStaysIgnored()
+    void signalsThatTheParentIgnoredStayIgnored()
     {
         const Handler before = std::signal(SIGHUP, SIG_IGN);
         {
@@ -64,7 +64,7 @@ private Q_SLOTS:
         std::signal(SIGHUP, before);
     }
 
-    void theSessionsEndAsksForTheEndAndNoWindowIsAsked()
+    void theEndOfTheSessionRequestsTerminationWithoutClosingWindows()
     {
         const TerminationSignals signals;
         const QSignalSpy asked(&signals, &TerminationSignals::terminationRequested);
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(asked.size(), 1);
     }
 
-    void theEndOfABackgroundJobIsNotTheApplications()
+    void theEndOfABackgroundJobDoesNotRequestTermination()
     {
         const TerminationSignals signals;
         const QSignalSpy asked(&signals, &TerminationSignals::terminationRequested);
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(asked.size(), 0);
     }
 
-    void theAnswerEndsTheEventLoop()
+    void theHandlerOfASignalCanEndTheEventLoop()
     {
         const TerminationSignals signals;
         connect(&signals, &TerminationSignals::terminationRequested, &signals, [] { QCoreApplication::exit(0); });

@@ -89,7 +89,7 @@ private Q_SLOTS:
         QVERIFY(makeTree());
     }
 
-    void eachCommandHasItsProgram_data()
+    void eachCommandIsRunByItsProgram_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("program");
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QTest::newRow("two cards") << QStringList{u"a.xml"_s, u"b.xml"_s} << cards;
         QTest::newRow("two services") << QStringList{u"--simulate"_s, u"--card-service=x"_s} << cards;
     }
-    void eachCommandHasItsProgram()
+    void eachCommandIsRunByItsProgram()
     {
         QFETCH(const QStringList, arguments);
         QFETCH(const QString, program);
@@ -119,7 +119,7 @@ private Q_SLOTS:
         QCOMPARE(run(door(), arguments), (Run{7, told, {}}));
     }
 
-    void whateverIsWrittenTheDoorAndTheProgramsAgree()
+    void theDoorChoosesTheProgramThatTheParserAcceptsForAnyArguments()
     {
         constexpr std::array words{"-",
                                    "",
@@ -168,14 +168,14 @@ private Q_SLOTS:
         QCOMPARE(run(link, {}), (Run{7, program(u"pelmora-window"_s).toUtf8() + '\n', {}}));
     }
 
-    void thePlaceOfTheTreeDoesNotMatter()
+    void theProgramsAreFoundWhereverTheTreeIsInstalled()
     {
         const QString moved = m_folder->filePath(u"ailleurs"_s);
         QVERIFY(QDir().rename(tree(), moved));
         QCOMPARE(run(moved + "/bin/pelmora"_L1, {}).output, (moved + "/libexec/pelmora/pelmora-window\n"_L1).toUtf8());
     }
 
-    void theProgramHasTheNameThatTheDoorWasStartedBy()
+    void theProgramGetsTheNameThatTheDoorWasStartedWith()
     {
         QVERIFY(QFile::remove(program(u"pelmora-window"_s)));
         QVERIFY(QFile::copy(QStandardPaths::findExecutable(u"cat"_s), program(u"pelmora-window"_s)));
@@ -183,14 +183,14 @@ private Q_SLOTS:
         QVERIFY2(result.errors.startsWith("attestations: absent: "), result.errors.constData());
     }
 
-    void aMissingProgramIsToldInOneLine()
+    void aMissingProgramIsReportedInOneLine()
     {
         QVERIFY(QFile::remove(program(u"pelmora-cards"_s)));
         QCOMPARE(run(door(), {u"--help"_s}), (Run{1, {}, "pelmora : l’installation de Pelmora est incomplète.\n"}));
         QCOMPARE(run(door(), {}).exitCode, 7);
     }
 
-    void aProgramThatIsStartedForAnothersTaskRefuses()
+    void aProgramStartedWithTheOtherProgramsArgumentsRefuses()
     {
         const auto stage = u"" PELMORA_STAGE "/libexec/pelmora/"_s;
         QCOMPARE(run(stage + u"pelmora-cards"_s, {u"carte.xml"_s}),

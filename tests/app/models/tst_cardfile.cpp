@@ -69,7 +69,7 @@ private Q_SLOTS:
             QStringEncoder(QStringEncoder::Utf16, QStringEncoder::Flag::WriteBom)(utf16));
     }
 
-    void aFileOfUtf16WithoutAMarkIsReadToo()
+    void aFileInUtf16WithoutAByteOrderMarkIsRead()
     {
         QString text = card(u"UTF-16"_s);
         text.replace(u"Zoé"_s, u"Zoe"_s);
@@ -86,14 +86,15 @@ private Q_SLOTS:
         QCOMPARE(record->text(CardKey::firstName), u"Zoé"_s);
     }
 
-    void aFileWithoutAnyBeneficiaryIsTheCataloguesError()
+    void aFileWithoutBeneficiariesGivesTheNoBeneficiaryError()
     {
         const auto record = loaded("<T_AsnDonneesVitale/>");
         QVERIFY(!record.has_value());
         QVERIFY(record.error() == PelmoraError::vitaleNoBen());
+        QCOMPARE(record.error().localizedDescription(), PelmoraError::vitaleNoBen().localizedDescription());
     }
 
-    void aNameThatIsNotUtf8IsAsGoodAsAnyOther()
+    void aFileWhoseNameIsNotUtf8IsLoaded()
     {
         const QByteArray name = QFile::encodeName(m_folder.path()) + "/Zo\xE9.xml";
         QVERIFY(loaded(card(u"UTF-8"_s).toUtf8()).has_value());
@@ -102,21 +103,21 @@ private Q_SLOTS:
         QCOMPARE(std::remove(name.constData()), 0);
     }
 
-    void aMissingFileIsTold()
+    void aMissingFileGivesAnError()
     {
         const auto record = loadCardFile(m_folder.filePath(u"missing.xml"_s));
         QVERIFY(!record.has_value());
         QCOMPARE(record.error().localizedDescription(), u"Le fichier n’existe pas."_s);
     }
 
-    void aFolderIsNoCard()
+    void aFolderIsRefused()
     {
         const auto record = loadCardFile(m_folder.path());
         QVERIFY(!record.has_value());
         QCOMPARE(record.error().localizedDescription(), u"Le fichier ne peut pas être lu."_s);
     }
 
-    void aFileWithoutAnEndOrThatHasToBeWaitedForIsNoCard()
+    void aDeviceOrAPipeIsRefused()
     {
         const QString pipe = m_folder.filePath(u"pipe"_s);
         QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
@@ -135,25 +136,18 @@ private Q_SLOTS:
                  u"Ce fichier n’est pas une carte Vitale. Le document XML est trop volumineux."_s);
     }
 
-    void aFileThatIsNoCardIsRefusedWithThatFirst_data()
+    void theErrorForAFileThatIsNotACardStartsBySayingSo_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::newRow("no XML") << QByteArray("Bonjour");
         QTest::newRow("other XML") << QByteArray("<svg/>");
     }
-    void aFileThatIsNoCardIsRefusedWithThatFirst()
+    void theErrorForAFileThatIsNotACardStartsBySayingSo()
     {
         QFETCH(const QByteArray, content);
         const auto record = loaded(content);
         QVERIFY(!record.has_value());
         QVERIFY(record.error().localizedDescription().startsWith(u"Ce fichier n’est pas une carte Vitale. "));
-    }
-
-    void aCardWithoutBeneficiariesIsACard()
-    {
-        const auto record = loaded("<T_AsnDonneesVitale/>");
-        QVERIFY(!record.has_value());
-        QCOMPARE(record.error().localizedDescription(), PelmoraError::vitaleNoBen().localizedDescription());
     }
 
     void bytesThatAreNotUtf8AreRefused_data()

@@ -26,11 +26,11 @@ class tst_CardSummary : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void beforeAnyCardThereIsNone() { QCOMPARE(summaryBeforeAnyCard, u"Aucune"_s); }
+    void beforeAnyCardTheSummaryIsNone() { QCOMPARE(summaryBeforeAnyCard, u"Aucune"_s); }
 
     void noCardHasAnEmptySummary() { QCOMPARE(cardSummary(std::nullopt), QString()); }
 
-    void theCountHasItsPlural_data()
+    void theNumberOfBeneficiariesIsPluralisedInFrench_data()
     {
         QTest::addColumn<int>("count");
         QTest::addColumn<QString>("summary");
@@ -41,18 +41,18 @@ private Q_SLOTS:
         QTest::newRow("many") << 1234 << start + u"1234 bénéficiaires"_s;
     }
 
-    void theCountHasItsPlural()
+    void theNumberOfBeneficiariesIsPluralisedInFrench()
     {
         QFETCH(const int, count);
         QTEST(cardSummary(card(u"SPECIMEN"_s, u"Hélène"_s, u"285057511612381"_s, count)), "summary");
     }
 
-    void whatTheCardLacksIsWrittenSo()
+    void missingValuesAreShownAsMissing()
     {
         QCOMPARE(cardSummary(CardRecord()), u"(null) (null)\n(null)\n0 bénéficiaire"_s);
     }
 
-    void namesAreTakenAsTheyStand()
+    void namesAreShownUnchanged()
     {
         QCOMPARE(cardSummary(card(u"%2 %1"_s, u"<b>&amp;</b>"_s, u""_s, 1)), u"%2 %1 <b>&amp;</b>\n\n1 bénéficiaire"_s);
     }

@@ -75,7 +75,7 @@ private Q_SLOTS:
 
     void cleanup() { m_settings.reset(); }
 
-    void theXmlAndTheWholeRecordAreWrittenForTheirOwnerAlone()
+    void theXmlAndTheRecordAreWrittenReadableByTheirOwnerOnly()
     {
         saveXMLIfNeeded(*m_settings, card(), m_folder);
         QCOMPARE(files(), (QStringList{u"SPECIMEN_Zoé.plist"_s, u"SPECIMEN_Zoé.xml"_s}));
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QCOMPARE(list->toMap().value(u"Beneficiaries"_s).toList().size(), record->beneficiaries().size());
     }
 
-    void nothingIsWrittenWithoutItsReason_data()
+    void withoutDebugModeOrACardOrItsXmlNothingIsWritten_data()
     {
         QTest::addColumn<bool>("debugMode");
         QTest::addColumn<bool>("hasCard");
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QTest::newRow("no XML") << true << true << false;
     }
 
-    void nothingIsWrittenWithoutItsReason()
+    void withoutDebugModeOrACardOrItsXmlNothingIsWritten()
     {
         QFETCH(const bool, debugMode);
         QFETCH(const bool, hasCard);
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QVERIFY(!QDir(m_folder).exists());
     }
 
-    void theDebugModeIsOffWhereNobodySwitchedItOn()
+    void debugModeIsOffByDefault()
     {
         MVSettings::removePreferences(*m_settings, {Settings::debugMode.key});
         saveXMLIfNeeded(*m_settings, card(), m_folder);
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(m_folder + u"/SPECIMEN_Zoé.xml"_s), QByteArray("<later/>"));
     }
 
-    void namesThatTheCardLacksOrThatAreNoFileNamesStillNameTheCopies_data()
+    void missingOrUnusableNamesStillGiveFileNames_data()
     {
         QTest::addColumn<std::optional<QString>>("lastName");
         QTest::addColumn<QStringList>("names");
@@ -166,7 +166,7 @@ private Q_SLOTS:
                                 << QStringList{u".._.._x_(null).plist"_s, u".._.._x_(null).xml"_s};
     }
 
-    void namesThatTheCardLacksOrThatAreNoFileNamesStillNameTheCopies()
+    void missingOrUnusableNamesStillGiveFileNames()
     {
         QFETCH(const std::optional<QString>, lastName);
         CardRecord record;
@@ -177,7 +177,7 @@ private Q_SLOTS:
         QTEST(files(), "names");
     }
 
-    void aTextThatUtf8CannotHoldIsTriedInWindows1252AndThenLogged()
+    void aTextThatCannotBeEncodedInUtf8IsTriedInWindows1252AndThenLogged()
     {
         CardRecord record = card();
         record.setText(CardKey::xmlString, u"SPECIMEN"_s + QChar(0xD800));
@@ -186,7 +186,7 @@ private Q_SLOTS:
         QCOMPARE(m_log.lines(), QStringList{u"The debug copy's XML was not written: le texte ne peut pas être codé"_s});
     }
 
-    void aFolderThatCannotBeUsedIsLeftAlone()
+    void aFolderThatCannotBeUsedIsNotChanged()
     {
         QVERIFY(QDir().mkpath(m_root->filePath(u"à côté"_s)));
         QVERIFY(QFile(m_folder).open(QIODevice::WriteOnly));
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(m_folder), QByteArray());
     }
 
-    void whatCannotBeWrittenIsLoggedWithoutAWordOfTheCard()
+    void aFailedWriteIsLoggedWithoutDataOfTheCard()
     {
         QVERIFY(QDir().mkpath(m_folder + u"/SPECIMEN_Zoé.xml"_s));
         QVERIFY(QDir().mkpath(m_folder + u"/SPECIMEN_Zoé.plist"_s));

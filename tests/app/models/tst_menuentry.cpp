@@ -11,7 +11,7 @@ class tst_MenuEntry : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aTitleIsShownAsItStands_data()
+    void aTitleIsShownUnchanged_data()
     {
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("actionText");
@@ -20,13 +20,13 @@ private Q_SLOTS:
         QTest::newRow("a tab") << u"A\tCtrl+Q"_s << u"A Ctrl+Q"_s;
     }
 
-    void aTitleIsShownAsItStands()
+    void aTitleIsShownUnchanged()
     {
         QFETCH(const QString, title);
         QTEST(MenuEntry{.title = title}.actionText(), "actionText");
     }
 
-    void aSeparatorIsNothingElse()
+    void aSeparatorHasAnEmptyTitle()
     {
         const MenuEntry separator = MenuEntry::separator();
         QVERIFY(separator.isSeparator);

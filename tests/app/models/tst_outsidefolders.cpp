@@ -39,7 +39,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(m_home->filePath(u"Library/Preferences/santesocial/sedica"_s)).isDir());
     }
 
-    void foldersThatAreThereKeepTheirContent()
+    void existingFoldersKeepTheirContent()
     {
         check();
         const QString inside = m_home->filePath(u"Library/Logs/santesocial/old.log"_s);
@@ -48,7 +48,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(inside));
     }
 
-    void aFileInTheWayIsLeftThere()
+    void aFileAtTheFoldersPathIsKept()
     {
         QVERIFY(QDir(m_home->path()).mkpath(u"Library/Logs"_s));
         const QString inTheWay = m_home->filePath(u"Library/Logs/santesocial"_s);
@@ -58,7 +58,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(m_home->filePath(u"Library/Preferences/santesocial/sedica"_s)).isDir());
     }
 
-    void aHomeWhereNothingCanBeMadeIsNoFault()
+    void aHomeWhereFoldersCannotBeMadeIsAccepted()
     {
         const QString file = m_home->filePath(u"file"_s);
         QVERIFY(QFile(file).open(QIODevice::WriteOnly));

@@ -27,9 +27,9 @@ class tst_PanelLine : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void beforeAnyCardItSaysWhatToDo() { QCOMPARE(PanelLine().text(), hint); }
+    void beforeAnyCardTheLineSaysWhatToDo() { QCOMPARE(PanelLine().text(), hint); }
 
-    void aCardsLineTellsWhereItCameFromAndWhen()
+    void theCardsLineShowsItsOriginAndTime()
     {
         PanelLine line;
         line.setCard(PanelLine::CardOrigin::Reader, today(14, 2));
@@ -38,7 +38,7 @@ private Q_SLOTS:
         QCOMPARE(line.text(), u"Fichier ouvert le 21/11/2026 à 14:03"_s);
     }
 
-    void aFailedReadIsToldUntilTheNextCard()
+    void aFailedReadIsShownUntilTheNextCard()
     {
         PanelLine line;
         line.setReadFailed(today(20, 41));
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(line.text(), u"Lue le 21/11/2026 à 21:00"_s);
     }
 
-    void aCancelledReadIsToldAsSuch()
+    void aCancelledReadIsShownAsCancelled()
     {
         PanelLine line;
         line.setReadCancelled(today(20, 41));
@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(line.text(), u"Lecture échouée à 20:58 – carte précédente, lue à 20:45"_s);
     }
 
-    void thePreviousCardsDayIsToldWhenItWasAnother()
+    void thePreviousCardsDayIsShownWhenItIsNotToday()
     {
         PanelLine line;
         line.setCard(PanelLine::CardOrigin::File, today(20, 41).addDays(-1));
@@ -74,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(line.text(), u"Lecture échouée à 08:05 – carte précédente, fichier ouvert le 20/11/2026 à 20:41"_s);
     }
 
-    void aConnectionThatTakesLongStandsInTheCardsPlace()
+    void aSlowConnectionIsShownInPlaceOfTheCardsLine()
     {
         PanelLine line;
         line.setConnecting(true);
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(line.text(), hint);
     }
 
-    void beforeAnyCardItTellsTheReadersStateAndWhatToDo_data()
+    void beforeAnyCardTheLineShowsTheReadersStateAndWhatToDo_data()
     {
         QTest::addColumn<std::optional<CardReaderState>>("state");
         QTest::addColumn<QString>("text");
@@ -101,7 +101,7 @@ private Q_SLOTS:
         row("mute card", CardReaderState::MuteCard, u"Carte illisible\u00A0: retournez-la, la puce vers le lecteur."_s);
     }
 
-    void beforeAnyCardItTellsTheReadersStateAndWhatToDo()
+    void beforeAnyCardTheLineShowsTheReadersStateAndWhatToDo()
     {
         QFETCH(const std::optional<CardReaderState>, state);
         PanelLine line;
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(line.text(), u"Connexion au lecteur de cartes…"_s);
     }
 
-    void theReadersStateFollowsTheCardsLineWhenItAsksForSomething()
+    void aReaderStateThatNeedsActionFollowsTheCardsLine()
     {
         PanelLine line;
         line.setReader({.state = CardReaderState::Card, .hasCardCome = true});
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(line.text(), failed + u". "_s + noReader);
     }
 
-    void whatTheUserIsToldNeverHidesTheCardsLine()
+    void failuresAndNoticesAreShownBelowTheCardsLine()
     {
         PanelLine line;
         line.setCard(PanelLine::CardOrigin::Reader, today(14, 2));
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(line.text(), u"Lue le 21/11/2026 à 14:02"_s);
     }
 
-    void theResultOfARequestIsToldUntilTheNextCardFailureOrNotice_data()
+    void theResultOfARequestIsShownUntilTheNextCardFailureOrNotice_data()
     {
         QTest::addColumn<Next>("next");
         QTest::addColumn<QString>("told");
@@ -171,7 +171,7 @@ private Q_SLOTS:
         }) << u""_s;
     }
 
-    void theResultOfARequestIsToldUntilTheNextCardFailureOrNotice()
+    void theResultOfARequestIsShownUntilTheNextCardFailureOrNotice()
     {
         QFETCH(const Next, next);
         PanelLine line;
@@ -185,7 +185,7 @@ private Q_SLOTS:
         QCOMPARE(line.savedPath(), QString());
     }
 
-    void aPrintIsToldWithItsPrinterAndTime()
+    void aPrintIsShownWithItsPrinterAndTime()
     {
         PanelLine line;
         line.setSaveFailure(u"Non enregistrée"_s);
@@ -206,14 +206,14 @@ private Q_SLOTS:
         QCOMPARE(line.savedPath(), u"/a/B.pdf"_s);
     }
 
-    void aFileNameStaysOnItsLine()
+    void lineBreaksInAFileNameBecomeBlanks()
     {
         PanelLine line;
         line.setSaved(u"/a/B\nC\u0085D.pdf"_s);
         QCOMPARE(line.told(), u"Enregistrée\u00A0: B C D.pdf"_s);
     }
 
-    void withTheCardAllThatMayNameItsPatientIsForgotten()
+    void forgettingTheCardRemovesTextsThatMayNameThePatient()
     {
         PanelLine line;
         line.setCard(PanelLine::CardOrigin::Reader, today(14, 2));

@@ -62,7 +62,7 @@ class tst_ReaderObserver : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void whatHappenedIsReportedOnTheMainThread_data()
+    void reportsArriveOnTheMainThread_data()
     {
         QTest::addColumn<QStringList>("states");
         QTest::addColumn<ReaderChange>("change");
@@ -86,7 +86,7 @@ private Q_SLOTS:
             {u"card"_s, u"no_service"_s, u"no_reader"_s, u"empty"_s}, {.state = Empty, .hasCardLeft = true});
     }
 
-    void whatHappenedIsReportedOnTheMainThread()
+    void reportsArriveOnTheMainThread()
     {
         QFETCH(QStringList, states);
         QFETCH(ReaderChange, change);
@@ -97,7 +97,7 @@ private Q_SLOTS:
         QVERIFY(subject.isOnMainThread);
     }
 
-    void eachReportTellsWhatIsNew()
+    void eachReportHasTheStateAndItsChange()
     {
         Subject subject(
             FakeScript().telling("init", {u"empty"_s, u"card"_s}).telling("informations", {u"mute_card"_s}));
@@ -107,7 +107,7 @@ private Q_SLOTS:
         QTRY_COMPARE(subject.last(), (ReaderChange{.state = CardReaderState::MuteCard, .hasCardLeft = true}));
     }
 
-    void aCardThatStaysDuringABindHasNeitherComeNorLeft()
+    void aCardThatStaysDuringABindIsNotReportedAsInsertedOrRemoved()
     {
         Subject subject(FakeScript().telling("init", {u"card"_s}));
         subject.bind();
@@ -119,7 +119,7 @@ private Q_SLOTS:
             QVERIFY(!change.hasCardCome && !change.hasCardLeft);
     }
 
-    void afterItsEndNothingIsReported()
+    void afterTheObserversEndNothingIsReported()
     {
         Subject subject(FakeScript().telling("init", {u"card"_s}).telling("informations", {u"empty"_s}));
         subject.bind();
@@ -130,7 +130,7 @@ private Q_SLOTS:
         QTRY_COMPARE(subject.last().state, CardReaderState::Card);
     }
 
-    void manyChangesAreOneReport()
+    void severalQuickChangesGiveOneReport()
     {
         QStringList states;
         for (int round = 0; round < 1000; ++round)

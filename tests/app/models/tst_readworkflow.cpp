@@ -31,14 +31,14 @@ private:
 private Q_SLOTS:
     void init() { m_log.clear(); }
 
-    void aReadIsUnderWayFromItsRequestUntilItsOutcomeHasCome_data()
+    void aReadIsUnderWayUntilItsOutcomeArrives_data()
     {
         QTest::addColumn<bool>("isOnDemand");
         QTest::newRow("asked for") << false;
         QTest::newRow("needed") << true;
     }
 
-    void aReadIsUnderWayFromItsRequestUntilItsOutcomeHasCome()
+    void aReadIsUnderWayUntilItsOutcomeArrives()
     {
         QFETCH(const bool, isOnDemand);
         ReadingDesk desk(slowRead);
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QVERIFY(!desk.workflow->isUnderWay());
     }
 
-    void anOutcomeThatIsOnItsWayToTheMainThreadCounts()
+    void aReadIsUnderWayWhileItsOutcomeIsQueuedForTheMainThread()
     {
         const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
@@ -69,7 +69,7 @@ private Q_SLOTS:
         QVERIFY(!desk->workflow->isUnderWay());
     }
 
-    void aBindAloneIsNoRead()
+    void aBindDoesNotReadACard()
     {
         ReadingDesk desk;
         desk.workflow->bind();
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QVERIFY(!desk.workflow->isUnderWay());
     }
 
-    void aReadWhoseBindFailsIsNotUnderWayAnyMore()
+    void aReadWhoseBindFailsIsNoLongerUnderWay()
     {
         ReadingDesk desk(wrongReader);
         desk.workflow->readVitale();
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.notes, QStringList{u"bind failure -10"_s});
     }
 
-    void theStartHandsTheModeOfTheSettingsToTheClient_data()
+    void theStartPassesTheModeOfTheSettingsToTheClient_data()
     {
         QTest::addColumn<QVariant>("setting");
         QTest::addColumn<QString>("mode");
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QTest::newRow("a word") << QVariant(u"Embedded"_s) << u"0"_s;
     }
 
-    void theStartHandsTheModeOfTheSettingsToTheClient()
+    void theStartPassesTheModeOfTheSettingsToTheClient()
     {
         QFETCH(const QVariant, setting);
         QFETCH(const QString, mode);
@@ -174,7 +174,7 @@ private Q_SLOTS:
         QCOMPARE(desk->reads(), 1);
     }
 
-    void aReadBindsFirstWhereNothingIsBound()
+    void aReadBindsFirstWhenTheServiceIsUnbound()
     {
         ReadingDesk desk;
         desk.workflow->readVitale();
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.notes, readAfterBind);
     }
 
-    void aReadWhoseBindFailsAsksNoReader()
+    void aReadWhoseBindFailsSendsNoReadRequest()
     {
         ReadingDesk desk(wrongReader);
         desk.workflow->readVitale();
@@ -253,7 +253,7 @@ private Q_SLOTS:
         QCOMPARE(desk.reads(), 1);
     }
 
-    void aCardThatIsThereIsNotReadAgainWhenOneIsNeeded()
+    void anExistingCardIsNotReadAgainWhenOneIsNeeded()
     {
         const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
@@ -263,7 +263,7 @@ private Q_SLOTS:
         QCOMPARE(desk->reads(), 0);
     }
 
-    void aCardThatIsThereServesWithoutAnyCardService()
+    void anExistingCardIsUsedWithoutACardService()
     {
         ReadingDesk desk;
         desk.card = CardRecord();
@@ -271,7 +271,7 @@ private Q_SLOTS:
         QCOMPARE(desk.notes, QStringList{u"handler 1 0"_s});
     }
 
-    void aCardThatIsThereServesWhileAnotherReadWaitsForTheBind()
+    void anExistingCardIsUsedWhileAReadWaitsForTheBind()
     {
         ReadingDesk desk(slowInit);
         desk.card = CardRecord();
@@ -281,7 +281,7 @@ private Q_SLOTS:
         QTRY_VERIFY(desk.notes.contains(u"copy"_s));
     }
 
-    void aCardThatIsNeededIsReadWithoutACopy()
+    void readingANeededCardWritesNoDebugCopy()
     {
         const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
@@ -292,7 +292,7 @@ private Q_SLOTS:
         QVERIFY(desk->isOnMainThread);
     }
 
-    void aCardThatIsNeededBindsFirstWhereNothingIsBound()
+    void aNeededCardIsReadAfterABindWhenTheServiceIsUnbound()
     {
         ReadingDesk desk;
         desk.readIfNeed();
@@ -300,7 +300,7 @@ private Q_SLOTS:
                                               u"handler 1 0"_s}));
     }
 
-    void aNeededCardThatIsNotThereIsToldToTheHandlerToo()
+    void theHandlerOfANeededCardReceivesTheFailure()
     {
         const auto desk = ReadingDesk::bound(noCard);
         QVERIFY(desk);
@@ -321,7 +321,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"read failed"_s, u"bind failure -21"_s}));
     }
 
-    void aNeedIsDroppedWithoutASoundDuringARead()
+    void aNeededCardIsNotRequestedDuringAReadAndNoBeepSounds()
     {
         const auto desk = ReadingDesk::bound(slowRead);
         QVERIFY(desk);
@@ -332,7 +332,7 @@ private Q_SLOTS:
         QCOMPARE(desk->reads(), 1);
     }
 
-    void aNeedIsDroppedWhileAReadWaitsForTheBind()
+    void aNeededCardIsNotRequestedWhileAReadWaitsForTheBind()
     {
         ReadingDesk desk(slowInit);
         desk.workflow->readVitale();
@@ -358,7 +358,7 @@ private Q_SLOTS:
         QCOMPARE(desk->reads(), 1);
     }
 
-    void theHandlerMayAskForTheNextRead()
+    void theHandlerMayRequestTheNextRead()
     {
         const auto desk = ReadingDesk::bound();
         QVERIFY(desk);

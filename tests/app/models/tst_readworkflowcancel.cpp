@@ -59,8 +59,8 @@ private Q_SLOTS:
         QVERIFY(!desk->workflow->isReading());
     }
 
-    void anOutcomeThatIsOnItsWayIsDropped_data() { addKinds(); }
-    void anOutcomeThatIsOnItsWayIsDropped()
+    void aQueuedOutcomeOfACancelledReadIsDropped_data() { addKinds(); }
+    void aQueuedOutcomeOfACancelledReadIsDropped()
     {
         QFETCH(const bool, ifNeeded);
         const auto desk = ReadingDesk::bound();
@@ -79,8 +79,8 @@ private Q_SLOTS:
         QCOMPARE(desk->card, ifNeeded ? std::nullopt : std::optional(before));
     }
 
-    void theNextReadHasANewService_data() { addKinds(); }
-    void theNextReadHasANewService()
+    void theReadAfterACancellationUsesANewService_data() { addKinds(); }
+    void theReadAfterACancellationUsesANewService()
     {
         QFETCH(const bool, ifNeeded);
         // The first service hangs in the reader, and sees nothing of what is asked of it; the next one reads.
@@ -121,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(desk->service.processes().size(), 1);
     }
 
-    void aReadThatWaitsForItsBindGoesOn()
+    void cancellingDoesNotEndAReadThatWaitsForItsBind()
     {
         ReadingDesk desk(FakeScript().doing("init", "slow"));
         desk.workflow->readVitale();
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.notes, readAfterBind);
     }
 
-    void theHandlerOfACancelledReadMayAskForTheNextOne()
+    void theHandlerOfACancelledReadMayRequestTheNextRead()
     {
         const auto desk = ReadingDesk::bound(silentRead);
         QVERIFY(desk);

@@ -29,14 +29,14 @@ class tst_ReadWorkflowFaults : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aServiceThatFailsInTheReadEndsItWithTheGeneralError_data()
+    void aServiceFailureDuringTheReadGivesTheGeneralError_data()
     {
         QTest::addColumn<QString>("behaviour");
         for (const auto* const behaviour : {"crash", "crash-midway", "garbage", "exit", "silent", "half"})
             QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
     }
 
-    void aServiceThatFailsInTheReadEndsItWithTheGeneralError()
+    void aServiceFailureDuringTheReadGivesTheGeneralError()
     {
         QFETCH(const QString, behaviour);
         ReadingDesk desk(FakeScript().doing("vitale_read", behaviour), impatient);
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QCOMPARE(desk.binds(), 2);
     }
 
-    void aServiceThatFailsInTheBindIsToldOnce_data()
+    void aServiceFailureDuringTheBindIsReportedOnce_data()
     {
         QTest::addColumn<QString>("command");
         QTest::addColumn<QString>("behaviour");
@@ -64,7 +64,7 @@ private Q_SLOTS:
         }
     }
 
-    void aServiceThatFailsInTheBindIsToldOnce()
+    void aServiceFailureDuringTheBindIsReportedOnce()
     {
         QFETCH(const QString, command);
         QFETCH(const QString, behaviour);
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(desk.reads(), 1);
     }
 
-    void aBindFromElsewhereThatFailedIsMadeUpForByTheNextRead()
+    void afterAFailedBindOfThePreferencesTheNextReadBindsAgain()
     {
         ReadingDesk desk(FakeScript().failing("set_readers").onlyAtStart(1));
         QCOMPARE(ClientOutcome::summary(ClientOutcome::awaitBind(desk.client)), u"Pelmora -10"_s);
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QCOMPARE(desk.binds(), 2);
     }
 
-    void aReadDuringABindFromElsewhereReplacesItQuietly()
+    void aReadDuringABindOfThePreferencesReplacesItWithoutAnError()
     {
         ReadingDesk desk(FakeScript().doing("init", "silent").onlyAtStart(1));
         bindFromElsewhere(desk);
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(desk.binds(), 2);
     }
 
-    void aReadWhoseBindIsReplacedFromElsewhereWaitsForThatOne()
+    void aReadWhoseBindIsReplacedByThePreferencesWaitsForTheNewBind()
     {
         ReadingDesk desk(FakeScript().doing("init", "silent").onlyAtStart(1));
         desk.workflow->readVitale();
@@ -132,7 +132,7 @@ private Q_SLOTS:
         QCOMPARE(desk.binds(), 2);
     }
 
-    void aReadWhoseBindIsReplacedByOneThatFailsIsGivenUp()
+    void aReadWhoseBindIsReplacedByAFailingOneEnds()
     {
         ReadingDesk desk(FakeScript().doing("init", "silent"));
         desk.workflow->readVitale();
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(desk.reads(), 0);
     }
 
-    void aBindThatIsReplacedWhileNothingWaitsEndsQuietly()
+    void aReplacedBindWithoutAWaitingReadEndsWithoutAnError()
     {
         ReadingDesk desk(FakeScript().doing("init", "silent").onlyAtStart(1));
         desk.workflow->lVitInit();
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.notes, generalErrorAfterBind);
     }
 
-    void anotherBindEndsTheReadThatItCuts()
+    void aBindDuringAReadEndsTheRead()
     {
         ReadingDesk desk(FakeScript().doing("vitale_read", "silent"));
         desk.workflow->readVitale();
@@ -184,7 +184,7 @@ private Q_SLOTS:
         QVERIFY(!desk.workflow->isReading());
     }
 
-    void whatComesAfterTheEndDoesNothing_data()
+    void anOutcomeThatArrivesAfterTheWorkflowsEndIsIgnored_data()
     {
         QTest::addColumn<FakeScript>("behaviour");
         QTest::addColumn<QString>("command");
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QTest::newRow("read if needed") << FakeScript().doing("vitale_read", "slow") << u"vitale_read"_s << true;
     }
 
-    void whatComesAfterTheEndDoesNothing()
+    void anOutcomeThatArrivesAfterTheWorkflowsEndIsIgnored()
     {
         QFETCH(const FakeScript, behaviour);
         QFETCH(const QString, command);
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(desk.notes, before);
     }
 
-    void theClientMayOutliveTheApplicationsInterest()
+    void theClientMayOutliveTheWorkflow()
     {
         auto desk = std::make_unique<ReadingDesk>(FakeScript().doing("vitale_read", "silent"), impatient);
         desk->workflow->readVitale();

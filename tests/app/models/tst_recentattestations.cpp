@@ -71,7 +71,7 @@ private Q_SLOTS:
 
     void cleanup() { m_settings.reset(); }
 
-    void anEmptyListShowsOnlyItsDisabledClearing()
+    void theMenuOfAnEmptyListHasOnlyADisabledClearEntry()
     {
         QVERIFY(recents().paths().isEmpty());
         QCOMPARE(described(recents().menu()), QStringList{u"Effacer le menu|1000|off"_s});
@@ -87,7 +87,7 @@ private Q_SLOTS:
                               u"Effacer le menu|1000|on"_s}));
     }
 
-    void aPathThatIsThereIsNotMoved()
+    void aPathInTheListIsNotMovedWhenAddedAgain()
     {
         QVERIFY(recents().add(u"/a.pdf"_s));
         QVERIFY(recents().add(u"/b.pdf"_s));
@@ -95,14 +95,14 @@ private Q_SLOTS:
         QCOMPARE(recents().paths(), (QStringList{u"/b.pdf"_s, u"/a.pdf"_s}));
     }
 
-    void noPathIsNotAdded()
+    void anEmptyPathIsNotAdded()
     {
         QVERIFY(!recents().add(QString()));
         QVERIFY(!recents().add(u""_s));
         QVERIFY(recents().paths().isEmpty());
     }
 
-    void aFullListStaysAsItIs()
+    void aFullListIsNotChanged()
     {
         for (int number = 1; number <= 10; ++number)
             QVERIFY(recents().add(u"/folder/%1.pdf"_s.arg(number)));
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(path));
     }
 
-    void theListIsThereAfterARestart()
+    void theListIsKeptAcrossARestart()
     {
         QVERIFY(recents().add(u"/a, b; \"c\" %20.pdf"_s));
         m_settings.reset();
@@ -150,7 +150,7 @@ private Q_SLOTS:
         QTEST(recents().pathAt(tag).value_or(QString()), "path");
     }
 
-    void onlyTextsCountAsPaths_data()
+    void storedValuesThatAreNotTextsAreIgnored_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QStringList>("paths");
@@ -170,7 +170,7 @@ private Q_SLOTS:
                                      << QStringList();
     }
 
-    void onlyTextsCountAsPaths()
+    void storedValuesThatAreNotTextsAreIgnored()
     {
         QFETCH(const QByteArray, content);
         plant(content);
@@ -202,7 +202,7 @@ private Q_SLOTS:
         QVERIFY(recents().paths().isEmpty());
     }
 
-    void noneIsAddedWhenTheUserWantsNone()
+    void nothingIsAddedWhenTheSettingForbidsIt()
     {
         MVSettings::setPreferencesWithBooleanValue(*m_settings, Settings::forgetRecents, true);
         QVERIFY(!recents().add(u"/folder/1.pdf"_s));

@@ -38,7 +38,7 @@ private Q_SLOTS:
         }
     }
 
-    void theTagsHaveTheirNames()
+    void theTagNumbersAreFixed()
     {
         QCOMPARE(int{StatusMenu::ReadTag}, 10);
         QCOMPARE(int{StatusMenu::ViewTag}, 11);

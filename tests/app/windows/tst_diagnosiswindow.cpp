@@ -52,7 +52,7 @@ private Q_SLOTS:
     }
     void cleanup() { m_window.reset(); }
 
-    void whatTheProgramSaysIsShownAndCopied()
+    void theProgramsOutputIsShownAndCopied()
     {
         const auto window = shownFor(u"echo 'Lecteur : aucun'; echo été"_s);
         QCOMPARE(stateOf(*window), u"Le diagnostic est en cours…"_s);
@@ -62,13 +62,13 @@ private Q_SLOTS:
         QCOMPARE(QGuiApplication::clipboard()->text(), u"Lecteur : aucun\nété"_s);
     }
 
-    void theProgramGetsTheGivenEnvironmentAlone()
+    void theProgramGetsOnlyTheGivenEnvironment()
     {
         const auto window = shownFor(u"env | grep -v '^_=\\|^PWD=\\|^SHLVL='"_s);
         QTRY_COMPARE(textOf(*window), u"PATH=/usr/bin:/bin"_s);
     }
 
-    void itIsSavedInTheChosenFile()
+    void theDiagnosisIsSavedInTheChosenFile()
     {
         const auto window = shownFor(u"echo Lecteur"_s);
         QTRY_VERIFY(button(*window, u"Enregistrer…"_s)->isEnabled());
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(path), "Lecteur\n"_ba);
     }
 
-    void aFileThatCannotBeWrittenIsTold()
+    void aFileThatCannotBeWrittenIsReported()
     {
         const auto window = shownFor(u"echo Lecteur"_s);
         QTRY_VERIFY(button(*window, u"Enregistrer…"_s)->isEnabled());
@@ -93,14 +93,14 @@ private Q_SLOTS:
         QVERIFY(stateOf(*window).startsWith(u"Le diagnostic n’a pas pu être enregistré\u00A0: "));
     }
 
-    void aProgramThatFailsIsTold_data()
+    void aProgramThatFailsIsReported_data()
     {
         QTest::addColumn<QStringList>("command");
         QTest::newRow("missing") << QStringList{m_folder->filePath(u"missing"_s)};
         QTest::newRow("exit status") << QStringList{u"/bin/false"_s};
         QTest::newRow("signal") << QStringList{u"/bin/sh"_s, u"-c"_s, u"kill -9 $$"_s};
     }
-    void aProgramThatFailsIsTold()
+    void aProgramThatFailsIsReported()
     {
         QFETCH(const QStringList, command);
         DiagnosisWindow::showOver(*m_window, command, {});
@@ -122,7 +122,7 @@ private Q_SLOTS:
         QCOMPARE(::kill(process, 0), -1);
     }
 
-    void thereIsOneAtATime()
+    void onlyOneWindowIsOpenAtATime()
     {
         const auto window = shownFor(u"echo Lecteur"_s);
         shownFor(u"echo Autre"_s);

@@ -80,7 +80,7 @@ private Q_SLOTS:
         }
     }
 
-    void tilesAndTheirMenuEntriesAskForTheSame()
+    void tilesAndTheirMenuEntriesEmitTheSameRequests()
     {
         for (const ExpectedTile& expected : expectedTiles) {
             const QSignalSpy asked(m_window.get(), expected.signal);
@@ -124,7 +124,7 @@ private Q_SLOTS:
         }
     }
 
-    void tilesTellTheShortcutsOfTheirMenuEntries()
+    void theToolTipsOfTilesShowTheShortcutsOfTheirMenuEntries()
     {
         for (const ExpectedTile& tile : expectedTiles) {
             for (const ExpectedItem& item : expectedItems) {
@@ -138,7 +138,7 @@ private Q_SLOTS:
         }
     }
 
-    void shortcutsReachTheWindow()
+    void shortcutsEmitTheirRequests()
     {
         for (const ExpectedItem& expected : expectedItems) {
             if (expected.shortcut.isEmpty() || !expected.signal)
@@ -165,7 +165,7 @@ private Q_SLOTS:
         QVERIFY(!hasDoubles(shortcuts));
     }
 
-    void onlyTheCardActionsEntriesAreSwitched()
+    void validationDisablesOnlyTheEntriesOfCardActions()
     {
         for (const bool enabled : {false, true}) {
             m_window->validateMenuItems(
@@ -177,7 +177,7 @@ private Q_SLOTS:
         }
     }
 
-    void aDisabledTileAsksForNothingAndTheMenuStillQuits()
+    void aDisabledTileEmitsNothingAndTheMenuStillQuits()
     {
         const QSignalSpy quit(m_window.get(), &MainWindow::quitRequested);
         m_window->quitButton()->setEnabled(false);
@@ -187,7 +187,7 @@ private Q_SLOTS:
         QCOMPARE(quit.count(), 1);
     }
 
-    void recentsTakesASubmenu()
+    void theRecentFilesEntryHasASubmenu()
     {
         QMenu recents(u"Recents"_s);
         m_window->recentsMenuItem()->setMenu(&recents);
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QCOMPARE(m_window->updateMenuItem(), action("updateMenuItem"));
     }
 
-    void tabGoesRoundTheTilesInReadingOrder()
+    void tabFocusesTheTilesInReadingOrder()
     {
         QCOMPARE(QApplication::focusWidget(), m_window->readButton());
         for (std::size_t step = 1; step <= expectedTiles.size(); ++step) {

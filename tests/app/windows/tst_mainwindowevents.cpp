@@ -94,7 +94,7 @@ private Q_SLOTS:
         QVERIFY(outline->isHidden());
     }
 
-    void aFileWhoseNameIsNotUtf8MayBeDropped_data()
+    void aFileWhoseNameIsNotUtf8CanBeDropped_data()
     {
         QTest::addColumn<QByteArray>("name");
         QTest::addColumn<QByteArray>("address");
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QTest::newRow("by its content") << QByteArray("/Zo\xE9") << QByteArray("/Zo%E9");
     }
 
-    void aFileWhoseNameIsNotUtf8MayBeDropped()
+    void aFileWhoseNameIsNotUtf8CanBeDropped()
     {
         QFETCH(const QByteArray, name);
         QFETCH(const QByteArray, address);
@@ -122,7 +122,7 @@ private Q_SLOTS:
         QCOMPARE(bytesOfPath(dropped.first().first().toString()), path);
     }
 
-    void allElseThatIsDraggedIsRefused()
+    void otherDraggedItemsAreRefused()
     {
         QTemporaryDir folder;
         const auto written = [&folder](const QString& name, const QByteArray& content) {
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QVERIFY(acceptsDrag(*m_window, nameless));
     }
 
-    void nothingIsDroppedUnderTheSheet()
+    void aDropIsRefusedWhileTheSheetIsOpen()
     {
         QTemporaryDir folder;
         QFile file(folder.filePath(u"card.xml"_s));
@@ -167,7 +167,7 @@ private Q_SLOTS:
         QVERIFY(acceptsDrag(*m_window, data));
     }
 
-    void aDropUnderASheetThatHasComeMeanwhileIsInVain()
+    void aDropIsIgnoredWhenASheetOpenedDuringTheDrag()
     {
         QTemporaryDir folder;
         QFile file(folder.filePath(u"card.xml"_s));
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QVERIFY(m_window->sheet()->isVisible());
     }
 
-    void theSheetsOfferToCancelIsTheWindows()
+    void cancellingInTheSheetEmitsTheWindowsSignal()
     {
         m_window->beginSheet(u"Lecture de la carte Vitale..."_s);
         const QSignalSpy cancelled(m_window.get(), &MainWindow::readCancelRequested);
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QVERIFY(m_window->sheet()->isVisible());
     }
 
-    void theApplicationCanBeLeftWhileTheSheetIsUp()
+    void theApplicationCanBeQuitWhileTheSheetIsOpen()
     {
         m_window->beginSheet(u"Lecture de la carte Vitale..."_s);
         m_window->sheet()->activateWindow();
@@ -218,7 +218,7 @@ private Q_SLOTS:
         QCOMPARE(quit.count(), 1);
     }
 
-    void closingHidesWhereSomethingBringsTheWindowBack()
+    void closingHidesTheWindowWithThePolicyHide()
     {
         const QSignalSpy last(qApp, &QGuiApplication::lastWindowClosed);
         m_window->setClosePolicy([] { return MainWindow::ClosePolicy::Hide; });
@@ -228,7 +228,7 @@ private Q_SLOTS:
         QCOMPARE(last.count(), 0);
     }
 
-    void closingIconifiesWhereNothingElseWould()
+    void closingIconifiesTheWindowWithThePolicyIconify()
     {
         QVERIFY(!m_window->close());
         QVERIFY(m_window->isVisible());
@@ -239,7 +239,7 @@ private Q_SLOTS:
         QVERIFY(m_window->isMinimized());
     }
 
-    void theAboutBoxTellsNameVersionAndPurpose()
+    void theAboutBoxShowsNameVersionAndPurpose()
     {
         QCoreApplication::setApplicationVersion(u"9.8.7"_s);
         action("aboutAction")->trigger();

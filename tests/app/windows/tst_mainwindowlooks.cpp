@@ -34,9 +34,9 @@ class tst_MainWindowLooks final : public MainWindowTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyTextStandsOut_data() { addDesktops(); }
+    void everyTextHasEnoughContrast_data() { addDesktops(); }
 
-    void everyTextStandsOut()
+    void everyTextHasEnoughContrast()
     {
         QFETCH(const QPalette, desktop);
         QApplication::setPalette(desktop);
@@ -57,14 +57,14 @@ private Q_SLOTS:
         QCOMPARE(panel.pixelColor(panel.width() - 1, panel.height() - 1), QColor(0, 162, 1));
     }
 
-    void nothingIsCut_data()
+    void noTextIsCut_data()
     {
         QTest::addColumn<double>("textSize");
         QTest::newRow("plain") << 1.0;
         QTest::newRow("200 %") << 2.0;
     }
 
-    void nothingIsCut()
+    void noTextIsCut()
     {
         QFETCH(const double, textSize);
         QFont font = m_font;
@@ -83,13 +83,13 @@ private Q_SLOTS:
         QCOMPARE(m_window->minimumSizeHint().boundedTo(room), m_window->minimumSizeHint());
     }
 
-    void theWindowStartsWithinItsScreen()
+    void theWindowOpensInsideTheScreen()
     {
         QVERIFY(m_window->width() <= m_window->screen()->availableSize().width());
         QVERIFY(m_window->height() <= m_window->screen()->availableSize().height());
     }
 
-    void columnsAreAsWideAsEachOther()
+    void allColumnsHaveTheSameWidth()
     {
         QVERIFY(std::abs(m_window->viewButton()->width() - m_window->printButton()->width()) <= 1);
         QVERIFY(std::abs(m_window->saveButton()->width() - m_window->printButton()->width()) <= 1);

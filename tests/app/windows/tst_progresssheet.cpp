@@ -48,7 +48,7 @@ private Q_SLOTS:
         QVERIFY(!(sheet.windowFlags() & Qt::WindowCloseButtonHint));
     }
 
-    void untilItOffersToCancelNeitherEscapeNorClosingDoAnything()
+    void beforeTheCancelButtonIsShownEscapeAndClosingAreIgnored()
     {
         auto [window, sheet] = SheetOfWindow();
         const QSignalSpy finished(&sheet, &QDialog::finished);
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QCOMPARE(cancelled.count(), 0);
     }
 
-    void afterAWhileItOffersToCancelAndStaysUntilItIsTakenDown()
+    void afterADelayItOffersToCancelAndStaysOpenUntilItIsEnded()
     {
         auto [window, sheet] = SheetOfWindow(lateEnough);
         const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
@@ -87,7 +87,7 @@ private Q_SLOTS:
         QCOMPARE(cancelled.count(), 3);
     }
 
-    void theOfferToCancelHasTheKeyboardAndTellsWhyItIsThere()
+    void theCancelButtonHasTheFocusAndADescription()
     {
         auto [window, sheet] = SheetOfWindow(lateEnough);
         const QSignalSpy cancelled(&sheet, &ProgressSheet::cancelRequested);
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QCOMPARE(cancelled.count(), 1);
     }
 
-    void eachReadBeginsWithoutTheOffer()
+    void eachReadStartsWithoutTheCancelButton()
     {
         auto [window, sheet] = SheetOfWindow(lateEnough);
         sheet.begin(u"Lecture"_s);
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QCOMPARE(cancelled.count(), 0);
     }
 
-    void itEndsWithTheCodeOneAndCanBeginAgain()
+    void itFinishesWithCodeOneAndCanBeOpenedAgain()
     {
         auto [window, sheet] = SheetOfWindow();
         const QSignalSpy finished(&sheet, &QDialog::finished);
@@ -132,7 +132,7 @@ private Q_SLOTS:
         }
     }
 
-    void itTurnsWhileItIsUp()
+    void theProgressBarMovesWhileTheSheetIsOpen()
     {
         auto [window, sheet] = SheetOfWindow();
         QVERIFY(!sheet.progressIndicator()->isAnimating());
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QVERIFY(!sheet.progressIndicator()->isAnimating());
     }
 
-    void itAsksForPatienceAfterAWhileAndOnlyThen()
+    void itAsksForPatienceOnlyAfterADelay()
     {
         QCOMPARE(ProgressSheet::usualPatience, 5s);
         auto [window, sheet] = SheetOfWindow(lateEnough);
@@ -162,7 +162,7 @@ private Q_SLOTS:
         QVERIFY(!sheet.patienceLabel()->isVisible());
     }
 
-    void anotherMessageReplacesTheOneThatIsShown()
+    void aNewMessageReplacesTheShownOne()
     {
         auto [window, sheet] = SheetOfWindow();
         sheet.begin(u"Lecture"_s);
