@@ -90,7 +90,7 @@ private Q_SLOTS:
         QVERIFY(toolOutput(u"qpdf"_s, {u"--check"_s, file.path()}).contains("No syntax or stream encoding errors"));
     }
 
-    void theDocumentSaysWhatItIsAndNotWhose()
+    void theMetadataDescribeTheDocumentWithoutThePatient()
     {
         const QByteArray document = documentOf(specimenCard(3));
         QCOMPARE(informationOf(document, u"Title"_s), u"Attestation de droits à l'assurance maladie"_s);
@@ -109,7 +109,7 @@ private Q_SLOTS:
         }
     }
 
-    void theFontsAreTheProgramsAndEmbedded()
+    void onlyTheProgramsFontsAreUsedAndEmbedded()
     {
         const DocumentFile file(documentOf(specimenCard(3)));
         const QList<QByteArray> rows = toolOutput(u"pdffonts"_s, {file.path()}).trimmed().split('\n').sliced(2);
@@ -184,12 +184,12 @@ private Q_SLOTS:
     }
 
     // Both have the same shape.
-    void lettersThatLookAlikeAreReadBackAsWhatTheyAre()
+    void similarLettersOfDifferentScriptsAreReadBackCorrectly()
     {
         QVERIFY(textOf(documentWithNames({u"ÐuroĐorđe"_s})).contains(u"SPECIMEN ÐuroĐorđe"_s));
     }
 
-    void aDamagedLogoIsAFrenchErrorAndNoPage()
+    void aDamagedLogoGivesAnErrorInFrenchAndNoDocument()
     {
         AttestationPage page = specimenPage(1);
         page.logo = std::make_shared<const SchemeLogo>(SchemeLogo{u"01"_s, std::nullopt});
@@ -216,7 +216,7 @@ private Q_SLOTS:
         QVERIFY(text.contains(u"SPECIMEN Élodie Nguyễn"_s));
     }
 
-    void aLetterThatTheFamilyLacksIsTakenFromTheSystemAndEmbedded()
+    void aMissingLetterIsTakenFromASystemFontAndEmbedded()
     {
         const QByteArray document = documentWithNames({u"Անի"_s});
         QVERIFY(textOf(document).contains(u"SPECIMEN Անի"_s));
@@ -226,7 +226,7 @@ private Q_SLOTS:
                      row.constData());
     }
 
-    void theDocumentIsForTheArchives_data()
+    void theDocumentConformsToTheArchiveFormat_data()
     {
         QTest::addColumn<QByteArray>("document");
         QTest::newRow("3 beneficiaries") << documentOf(specimenCard(3));
@@ -240,7 +240,7 @@ private Q_SLOTS:
             QTest::newRow(qPrintable(u"scheme "_s + scheme)) << documentOf(card);
         }
     }
-    void theDocumentIsForTheArchives()
+    void theDocumentConformsToTheArchiveFormat()
     {
         QFETCH(QByteArray, document);
         const DocumentFile file(document);

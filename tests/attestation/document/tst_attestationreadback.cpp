@@ -256,8 +256,8 @@ private:
     }
 
 private Q_SLOTS:
-    void everyTextIsWhereItBelongs_data() { addPages({0, 1, 3, 11, 12, 20, 99}); }
-    void everyTextIsWhereItBelongs()
+    void everyTextIsAtItsPlace_data() { addPages({0, 1, 3, 11, 12, 20, 99}); }
+    void everyTextIsAtItsPlace()
     {
         QFETCH(int, count);
         QFETCH(bool, hasTitle);
@@ -271,8 +271,8 @@ private Q_SLOTS:
         QCOMPARE(words.size(), next);
     }
 
-    void everyRuleIsWhereItBelongs_data() { addPages(); }
-    void everyRuleIsWhereItBelongs()
+    void everyRuleIsAtItsPlace_data() { addPages(); }
+    void everyRuleIsAtItsPlace()
     {
         QFETCH(int, count);
         QFETCH(bool, hasTitle);
@@ -305,8 +305,8 @@ private Q_SLOTS:
         QVERIFY(picture.isBlank({0, bottom + 1, 595, 841 - bottom}));
     }
 
-    void everyFillIsWhereItBelongs_data() { addPages(); }
-    void everyFillIsWhereItBelongs()
+    void everyFillIsAtItsPlace_data() { addPages(); }
+    void everyFillIsAtItsPlace()
     {
         QFETCH(int, count);
         QFETCH(bool, hasTitle);
@@ -325,7 +325,7 @@ private Q_SLOTS:
     }
 
     // What the document asks for, as its operators tell.
-    void theRulesOfNinetyNineRowsAreWhereTheyBelong()
+    void theRulesOfNinetyNineRowsAreAtTheirPlaces()
     {
         const DocumentFile file(documentOf(99, false));
         const QByteArray trace = toolOutput(u"mutool"_s, {u"trace"_s, file.path()});
@@ -355,14 +355,14 @@ private Q_SLOTS:
         QCOMPARE(strokes.size(), 12);
     }
 
-    void theLogoIsWhereItBelongs_data()
+    void theLogoIsAtItsPlace_data()
     {
         QTest::addColumn<QSize>("size");
         QTest::addColumn<QRectF>("box");
         QTest::newRow("wide: as wide as its box") << QSize(400, 200) << QRectF(8, 8.5, 166, 83);
         QTest::newRow("high: as high as its box") << QSize(100, 200) << QRectF(8, 0, 50, 100);
     }
-    void theLogoIsWhereItBelongs()
+    void theLogoIsAtItsPlace()
     {
         QFETCH(QSize, size);
         QFETCH(QRectF, box);

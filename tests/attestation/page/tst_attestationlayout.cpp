@@ -37,7 +37,7 @@ private Q_SLOTS:
         QVERIFY(border->onScreenOnly);
     }
 
-    void onlyTheBorderIsForTheScreenAlone()
+    void onlyTheBorderIsMarkedForTheScreenOnly()
     {
         int onScreenOnly = 0;
         for (const InkStroke& stroke : itemsOf<InkStroke>(inkOf(specimenPage(3))))
@@ -78,9 +78,9 @@ private Q_SLOTS:
         QCOMPARE(itemsOf<InkImage>(inkOf(page)).value(0).rect, QRectF(8, 0, 166, 100));
     }
 
-    void withoutALogoNothingIsDrawnForIt() { QVERIFY(itemsOf<InkImage>(inkOf(specimenPage(1))).isEmpty()); }
+    void withoutALogoNoImageIsDrawn() { QVERIFY(itemsOf<InkImage>(inkOf(specimenPage(1))).isEmpty()); }
 
-    void headerTextsStandWhereTheyBelong()
+    void headerTextsAreAtTheirPlaces()
     {
         AttestationPage page = specimenPage(1);
         page.showRightLabel = true;
@@ -106,7 +106,7 @@ private Q_SLOTS:
         }
     }
 
-    void aNameTooLongForThePageGoesOnBelowItselfAboveTheTitle()
+    void aHeaderTextTooLongForItsLineWrapsAboveTheTitle()
     {
         AttestationPage page;
         page.showRightLabel = true;
@@ -148,7 +148,7 @@ private Q_SLOTS:
             QVERIFY(text.position.y() < 842);
     }
 
-    void withoutTheTitleNothingMoves()
+    void withoutTheTitleOtherTextsKeepTheirPlaces()
     {
         AttestationPage page = specimenPage(2);
         page.showRightLabel = true;
@@ -192,7 +192,7 @@ private Q_SLOTS:
             QCOMPARE(text.font.size, 9.0);
     }
 
-    void theTablesStandWhereTheyBelong()
+    void theTablesAreAtTheirPlaces()
     {
         const PageInk ink = inkOf(specimenPage(3));
         QCOMPARE(strokesOf(ink), QStringList({u"8.5 230.5 587.5 280.5"_s, u"8.5 280.5 587.5 305.5"_s,
@@ -304,7 +304,7 @@ private Q_SLOTS:
 
     void withoutBeneficiariesThereIsNoBody() { QCOMPARE(strokesOf(inkOf(specimenPage(0))).size(), 3); }
 
-    void theLimitIsTheFrameLessItsBottomMargin()
+    void rowsEndAboveTheBottomMargin()
     {
         AttestationPage page = specimenPage(12);
         // 355 + 12 x 40 = 835, exactly.
@@ -316,7 +316,7 @@ private Q_SLOTS:
         QCOMPARE(itemsOf<InkStroke>(inkOf(page)).constLast().rect.height(), 437.0);
     }
 
-    void leftEdgesComeFromTheRightMargin()
+    void theLeftEdgeIsAtTheRightMargin()
     {
         AttestationPage page = specimenPage(1);
         page.logo = blackLogo({400, 200});
@@ -329,7 +329,7 @@ private Q_SLOTS:
         QCOMPARE(placeOf(ink, u"01 751 8801"_s), QPointF(25.5, 283.5));
     }
 
-    void theTopMarginMovesTheHeaderTextsOnly()
+    void theTopMarginMovesOnlyTheHeaderTexts()
     {
         AttestationPage page = specimenPage(1);
         page.logo = blackLogo({400, 200});
@@ -343,7 +343,7 @@ private Q_SLOTS:
         QCOMPARE(strokesOf(ink).value(0), u"8.5 230.5 587.5 280.5"_s);
     }
 
-    void missingValuesLeaveTheirCellsBlankAndKeepTheRules()
+    void missingValuesGiveBlankCellsWithRules()
     {
         AttestationPage page;
         page.lines = {BeneficiaryLine(), BeneficiaryLine{{u"Name"_s, u""_s}}};

@@ -54,7 +54,7 @@ private:
     }
 
 private Q_SLOTS:
-    void aColumnThatReachesTheEdgeIsTheLast()
+    void columnsAfterTheOneThatReachesTheEdgeHaveNoRule()
     {
         QCOMPARE(tableRules({tableColumn(u"a"_s, 40), tableColumn(u"b"_s, 30), tableColumn(u"c"_s, 30)}),
                  QStringList({u"50 20 50 50"_s, u"80 20 80 50"_s}));
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QCOMPARE(placeOf(ink, u"e"_s), QPointF(165, 43));
     }
 
-    void aColumnHasARuleUnlessItSaysOtherwise()
+    void aColumnHasARuleUnlessItsRuleIsOff()
     {
         TableColumn first = tableColumn(u""_s, 40);
         first.insert(u"TableDrawSeparator"_s, false);
@@ -91,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(tableRules({first, second, tableColumn(u""_s, 30)}), QStringList(u"80 20 80 50"_s));
     }
 
-    void aColumnWithoutWidthHasNone()
+    void aColumnWithoutWidthHasNoRule()
     {
         TableColumn bare;
         bare.insert(u"TableTitle"_s, u"bare"_s);
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(strokesOf(ink), QStringList(u"10 20 210 60"_s));
     }
 
-    void rowsFollowEachOtherWithoutRulesBetweenThem()
+    void rowsAreStackedWithoutRulesBetweenThem()
     {
         const PageInk ink = tableData({tableColumn(u""_s, 200)}, {{tableCell(u"a"_s)}, {tableCell(u"b"_s)}});
         QCOMPARE(placeOf(ink, u"a"_s), QPointF(15, 23));

@@ -50,7 +50,7 @@ private Q_SLOTS:
         QTEST(parsed(dateFormat, text).value_or(QDate()), "date");
     }
 
-    void whatIsNotADateDoesNotParse_data()
+    void aTextThatIsNotADateDoesNotParse_data()
     {
         QTest::addColumn<QString>("dateFormat");
         QTest::addColumn<QString>("text");
@@ -68,7 +68,7 @@ private Q_SLOTS:
         QTest::newRow("other digits") << u"yyMMdd"_s << u"٨٠٠٣١٥"_s;
         QTest::newRow("wrong separator") << u"dd/MM/yyyy"_s << u"15-03-1980"_s;
     }
-    void whatIsNotADateDoesNotParse()
+    void aTextThatIsNotADateDoesNotParse()
     {
         QFETCH(QString, dateFormat);
         QFETCH(QString, text);

@@ -34,7 +34,7 @@ private Q_SLOTS:
         QTEST(formatNSS(stored), "shown");
     }
 
-    void anythingElseIsShownAsStored_data()
+    void aNumberOfAnyOtherLengthIsNotChanged_data()
     {
         QTest::addColumn<QString>("stored");
         QTest::newRow("one character") << u"1"_s;
@@ -46,7 +46,7 @@ private Q_SLOTS:
         QTest::newRow("a line break inside") << u"1850578\n0608436"_s;
         QTest::newRow("long") << QString(300, u'1');
     }
-    void anythingElseIsShownAsStored()
+    void aNumberOfAnyOtherLengthIsNotChanged()
     {
         QFETCH(QString, stored);
         QCOMPARE(formatNSS(stored), stored);

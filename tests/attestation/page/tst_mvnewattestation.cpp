@@ -91,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(attestation.page().organism, u"55 000 0000"_s);
     }
 
-    void everyOtherValueIsRebuiltFromScratch()
+    void theNextRecordReplacesAllOtherValues()
     {
         MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(3));
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(formatter->dateFormat(), u"dd/MM/yyyy"_s);
     }
 
-    void aStepThatRaisesIsLoggedAndLeavesWhatWasSet()
+    void anExceptionInAStepIsLoggedAndKeepsTheValuesSetBefore()
     {
         MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(2));

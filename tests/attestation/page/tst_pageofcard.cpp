@@ -40,13 +40,13 @@ private:
     BeneficiaryLine lineOf(const BeneficiaryRecord& person) { return pageOf(cardOf({person})).lines.value(0); }
 
 private Q_SLOTS:
-    void theTitleIsThereWhereTheOptionsAskForIt()
+    void theTitleIsShownWhenTheOptionIsOn()
     {
         QVERIFY(pageOfCard(specimenCard(1), {.showRightLabel = true}, m_logos).showRightLabel);
         QVERIFY(!pageOfCard(specimenCard(1), {.showRightLabel = false}, m_logos).showRightLabel);
     }
 
-    void onePageTakesNothingFromTheLast()
+    void aPageHasNoValuesOfThePreviousOne()
     {
         QVERIFY(pageOf(cardWith({{CardKey::regimeCode, u"2"_s}})).logo);
         const AttestationPage page = pageOf(CardRecord());
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(pageOf(card).NSS, u" 2 69 "_s);
     }
 
-    void missingValuesAreShownAsThePlatformShowsThem()
+    void missingValuesAreShownByPlaceholders()
     {
         const AttestationPage page = pageOf(cardOf({BeneficiaryRecord()}));
         QVERIFY(!page.fundName);
@@ -94,7 +94,7 @@ private Q_SLOTS:
                  u" Marie"_s);
     }
 
-    void theOrganismHasItsCentreButForSchemes2And4_data()
+    void theOrganismHasItsCentreExceptForSchemes2And4_data()
     {
         QTest::addColumn<QString>("regime");
         QTest::addColumn<QString>("fund");
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QTest::newRow("not numbers") << u"x"_s << u""_s << u"12A"_s << u"00 000 0012"_s;
         QTest::newRow("negative") << u"-1"_s << u"-5"_s << u"-7"_s << u"-1 -05 -007"_s;
     }
-    void theOrganismHasItsCentreButForSchemes2And4()
+    void theOrganismHasItsCentreExceptForSchemes2And4()
     {
         QFETCH(QString, regime);
         QFETCH(QString, fund);
@@ -129,14 +129,14 @@ private Q_SLOTS:
         QCOMPARE(pageOf(cardWith({{CardKey::managementCode, u"A1"_s}})).gestionCode, u"00"_s);
     }
 
-    void theLogoIsTheSchemes()
+    void theLogoIsThatOfTheScheme()
     {
         QCOMPARE(pageOf(cardWith({{CardKey::regimeCode, u"1"_s}})).logo, m_logos.logoNamed(u"01"_s));
         QCOMPARE(pageOf(cardWith({{CardKey::regimeCode, u"091"_s}})).logo, m_logos.logoNamed(u"91"_s));
         QVERIFY(!pageOf(cardWith({{CardKey::regimeCode, u"55"_s}})).logo);
     }
 
-    void theCertifiedNumberWinsOverTheOther()
+    void theCertifiedNumberIsPreferred()
     {
         BeneficiaryRecord both = personWith(CardKey::ssn, u"1"_s);
         both.setText(CardKey::certifiedSSN, u"2"_s);
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QCOMPARE(lineOf(personWith(CardKey::rank, u"x"_s)).value(u"Rank"_s), u"0"_s);
     }
 
-    void beneficiariesKeepTheirOrderAndTheirDoubles()
+    void beneficiariesKeepTheirOrderAndTheirDuplicates()
     {
         const AttestationPage page = pageOf(cardOf(
             {person(u"SPECIMEN"_s, u"Zoé"_s), person(u"SPECIMEN"_s, u"Anne"_s), person(u"SPECIMEN"_s, u"Zoé"_s)}));
@@ -193,7 +193,7 @@ private Q_SLOTS:
         QCOMPARE(names, QStringList({u"SPECIMEN Zoé"_s, u"SPECIMEN Anne"_s, u"SPECIMEN Zoé"_s}));
     }
 
-    void theRightsAndTheExonerationPlayNoPart()
+    void theRightsAndTheExemptionAreNotShown()
     {
         BeneficiaryRecord covered = person(u"SPECIMEN"_s, u"Marie"_s);
         const BeneficiaryLine expected = lineOf(covered);

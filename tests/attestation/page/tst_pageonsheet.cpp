@@ -9,7 +9,7 @@ class tst_PageOnSheet : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void thePageIsMadeSmallerNeverLargerAndCentred_data()
+    void thePageIsCentredAndOnlyScaledDown_data()
     {
         QTest::addColumn<QSizeF>("sheet");
         QTest::addColumn<double>("scale");
@@ -23,7 +23,7 @@ private Q_SLOTS:
         QTest::newRow("too low alone") << QSizeF(1000, 421) << 0.5 << QPointF((1000 - 297.5) / 2, 0);
     }
 
-    void thePageIsMadeSmallerNeverLargerAndCentred()
+    void thePageIsCentredAndOnlyScaledDown()
     {
         QFETCH(const QSizeF, sheet);
         QFETCH(const QPointF, topLeft);

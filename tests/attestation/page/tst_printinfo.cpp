@@ -36,27 +36,27 @@ class tst_PrintInfo : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theSheetIsTheQueuesPaper()
+    void theSheetHasTheSizeOfTheQueuesPaper()
     {
         const PrintInfo info = PrintInfo::defaultsOf(queueWithPaper("iso_a5_148x210mm", {419.53, 595.28}));
         QCOMPARE(info.sheet.size(), QSizeF(420, 595));
         QCOMPARE(settingOf(info.job({}), "media"), "iso_a5_148x210mm"_ba);
     }
 
-    void aPaperThatHasNoNameKeepsItsSize()
+    void aPaperWithoutANameIsGivenByItsSize()
     {
         const PrintInfo info = PrintInfo::defaultsOf(queueWithPaper("custom_200x300mm", {567, 850}));
         QCOMPARE(info.sheet.size(), QSizeF(567, 850));
     }
 
-    void aQueueThatTellsNoPaperGetsA4()
+    void aQueueWithoutAPaperSizeGetsA4()
     {
         const PrintInfo info = PrintInfo::defaultsOf(queueWithPaper({}, {}));
         QCOMPARE(info.sheet.size(), QSizeF(595, 842));
         QCOMPARE(settingOf(info.job({}), "media"), "A4"_ba);
     }
 
-    void aQueueReadAcrossTurnsTheSheetAndNotTheDocument()
+    void aLandscapeQueueTurnsTheSheetAndNotTheDocument()
     {
         PrintQueue queue = queueWithPaper("iso_a4_210x297mm", {595.28, 841.89});
         queue.landscape = true;
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QCOMPARE(settingOf(info.job({}), "orientation-requested"), "3"_ba);
     }
 
-    void theJobIsNeutralAndLeavesThePageWhereItIs()
+    void theJobHasANeutralTitleAndIsNotScaled()
     {
         const PrintJob job = PrintInfo::defaultsOf(queueWithPaper({}, {})).job("%PDF");
         QCOMPARE(job.queue, u"accueil"_s);
@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(settingOf(job, "InputSlot"), "Tray2"_ba);
     }
 
-    void whatIsAskedForTakesTheQueuesPlace()
+    void aRequestedSettingReplacesTheQueuesDefault()
     {
         PrintInfo info = PrintInfo::defaultsOf(queueWithPaper({}, {}));
         info.set("copies", "3");

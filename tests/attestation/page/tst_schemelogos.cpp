@@ -30,7 +30,7 @@ class tst_SchemeLogos : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void everySchemeHasALogoAndANameOfItsOwn()
+    void everySchemeHasItsOwnLogoAndName()
     {
         SchemeLogos logos(stagedBundle());
         QSet<QByteArray> drawings;

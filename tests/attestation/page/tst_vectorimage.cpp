@@ -32,7 +32,7 @@ private Q_SLOTS:
         QVERIFY(image->operators.startsWith("0.5 0 1 rg\n"));
     }
 
-    void aFileThatIsNotWholeIsNoImage_data()
+    void anIncompleteFileGivesNoImage_data()
     {
         QTest::addColumn<QByteArray>("file");
         QTest::newRow("empty") << QByteArray();
@@ -50,7 +50,7 @@ private Q_SLOTS:
         QTest::newRow("a line before it begins") << QByteArray("10 10 1 T\n0 0 0 rg\n1 1 l\nf\n");
         QTest::newRow("a fill of nothing") << QByteArray("10 10 1 T\n0 0 0 rg\nf\n");
     }
-    void aFileThatIsNotWholeIsNoImage()
+    void anIncompleteFileGivesNoImage()
     {
         QFETCH(const QByteArray, file);
         QVERIFY(!VectorImage::parsed(file));

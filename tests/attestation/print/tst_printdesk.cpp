@@ -49,7 +49,7 @@ private Q_SLOTS:
     void init() { QVERIFY(open()); }
     void cleanup() { close(); }
 
-    void theDialogOpensOnTheWindowThatAsksAndGoesWhenItCloses()
+    void theDialogBelongsToTheRequestingWindowAndClosesWithIt()
     {
         const QPointer<PrintDialog> dialog = openDialog();
         QVERIFY(dialog);
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QCOMPARE(dialog->printer()->docName(), u"Attestation de droits"_s);
     }
 
-    void allWindowsTogetherHaveOneDialog()
+    void onlyOneDialogIsOpenForAllWindows()
     {
         print();
         QWidget other;
@@ -93,14 +93,14 @@ private Q_SLOTS:
         QCOMPARE(m_window->findChildren<PrintDialog*>().size(), 1);
     }
 
-    void aPrintAsksFromItsRequestToTheEndOfItsDialog_data()
+    void theDeskIsAskingFromTheRequestToTheEndOfTheDialog_data()
     {
         QTest::addColumn<bool>("isAccepted");
         QTest::newRow("accepted") << true;
         QTest::newRow("rejected") << false;
     }
 
-    void aPrintAsksFromItsRequestToTheEndOfItsDialog()
+    void theDeskIsAskingFromTheRequestToTheEndOfTheDialog()
     {
         QFETCH(const bool, isAccepted);
         const QTemporaryDir folder;
@@ -119,7 +119,7 @@ private Q_SLOTS:
         QTRY_VERIFY(operations().isEmpty());
     }
 
-    void aNewPrintMayAskWhileTheLastPageIsWritten()
+    void aPrintCanBeginWhileTheLastFileIsWritten()
     {
         const QTemporaryDir folder;
         QPointer<PrintDialog> dialog = openDialog();
@@ -133,7 +133,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_window->findChildren<PrintDialog*>().size(), 1);
     }
 
-    void aWindowMayPrintAsTheDesksOwnerPermits()
+    void printingIsAllowedOnlyWithThePermission()
     {
         QVERIFY(m_desk->mayPrint());
         bool isPermitted = false;
@@ -143,7 +143,7 @@ private Q_SLOTS:
         QVERIFY(m_desk->mayPrint());
     }
 
-    void aDialogBehindIsBroughtToTheFrontWithItsWindow()
+    void bringToFrontRaisesTheDialogWithItsWindow()
     {
         const QPointer<PrintDialog> dialog = openDialog();
         QVERIFY(dialog);
@@ -172,7 +172,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!dialog);
     }
 
-    void aSearchThatTakesLongIsSaidAndCanBeStopped()
+    void aSlowSearchIsShownAndCanBeCancelled()
     {
         const StalledServer server;
         QVERIFY(server.isListening());
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(operations().size(), 1);
     }
 
-    void theDialogTakesTheSearchsPlace()
+    void theDialogReplacesTheSearchWindow()
     {
         print();
         m_desk->bringToFront();
@@ -217,7 +217,7 @@ private Q_SLOTS:
         QCOMPARE(QApplication::activeModalWidget(), dialog.get());
     }
 
-    void afterASearchThatWasStoppedTheNextOneAsksAgain()
+    void afterACancelledSearchTheNextOneAsksTheServerAgain()
     {
         {
             const StalledServer server;
@@ -231,7 +231,7 @@ private Q_SLOTS:
         QVERIFY(m_desk->isAsking());
     }
 
-    void qtCanDoWithoutTheServer()
+    void withoutAPrintServerQtAsksForNoQueues()
     {
         {
             // Its end makes this thread forget the server that it has used so far.
@@ -245,7 +245,7 @@ private Q_SLOTS:
         QVERIFY(!server.isAsked());
     }
 
-    void theWindowMayGoWhileItsDialogIsOpen()
+    void theWindowCanCloseWhileItsDialogIsOpen()
     {
         const QPointer<PrintDialog> dialog = openDialog();
         QVERIFY(dialog);
@@ -253,7 +253,7 @@ private Q_SLOTS:
         QVERIFY(!dialog);
     }
 
-    void theWindowMayGoBeforeItsDialogOpens()
+    void theWindowCanCloseBeforeItsDialogOpens()
     {
         print();
         close();

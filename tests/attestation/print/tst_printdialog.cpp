@@ -55,7 +55,7 @@ private:
 private Q_SLOTS:
     void cleanup() { QApplication::setFont(m_font); }
 
-    void theLastPrinterIsChosenOrElseTheDefaultOneOrElseTheFile_data()
+    void theLastPrinterThenTheDefaultOneThenTheFileIsChosen_data()
     {
         QTest::addColumn<QList<PrintQueue>>("queues");
         QTest::addColumn<QString>("last");
@@ -68,7 +68,7 @@ private Q_SLOTS:
         QTest::newRow("no printer") << QList<PrintQueue>() << u"Étage"_s << file;
     }
 
-    void theLastPrinterIsChosenOrElseTheDefaultOneOrElseTheFile()
+    void theLastPrinterThenTheDefaultOneThenTheFileIsChosen()
     {
         QFETCH(const QList<PrintQueue>, queues);
         QFETCH(const QString, last);
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(info.settings, (QList<PrintOption>{{"ColorModel"_ba, "Gray"_ba}, {"copies"_ba, "3"_ba}}));
     }
 
-    void aFileHasANameInThePlaceOfCopies()
+    void withAFileChosenItsNameIsShownInPlaceOfCopies()
     {
         PrintDialog dialog({m_queues, {}, m_file}, nullptr);
         dialog.show();
@@ -119,7 +119,7 @@ private Q_SLOTS:
         panel->reject();
     }
 
-    void theOptionsAreBehindAButton()
+    void theOptionsButtonRequestsTheOptions()
     {
         PrintDialog dialog({m_queues, {}, m_file}, nullptr);
         dialog.show();
@@ -132,7 +132,7 @@ private Q_SLOTS:
         QVERIFY(dialog.isVisible());
     }
 
-    void nothingIsOffASmallScreen_data()
+    void theDialogFitsASmallScreen_data()
     {
         QTest::addColumn<double>("textSize");
         QTest::addColumn<QSize>("screen");
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QTest::newRow("scale 2") << 1.0 << smallScreen / 2;
     }
 
-    void nothingIsOffASmallScreen()
+    void theDialogFitsASmallScreen()
     {
         QFETCH(const double, textSize);
         QFETCH(const QSize, screen);
@@ -159,7 +159,7 @@ private Q_SLOTS:
         }
     }
 
-    void everyKeyOfALetterIsThereOnce()
+    void everyMnemonicIsUsedOnce()
     {
         PrintDialog dialog({m_queues, {}, m_file}, nullptr);
         QStringList letters;

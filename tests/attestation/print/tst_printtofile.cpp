@@ -17,7 +17,7 @@ private Q_SLOTS:
     void init() { QVERIFY(open()); }
     void cleanup() { close(); }
 
-    void withoutItsProgramAPrintGoesToAFile()
+    void withoutThePrintProgramAPrintGoesToAFile()
     {
         const QTemporaryDir folder;
         useHelper(folder.filePath(u"absent"_s));
@@ -33,7 +33,7 @@ private Q_SLOTS:
         QTRY_VERIFY(contentOf(folder.filePath(u"page.pdf"_s)).startsWith("%PDF"));
     }
 
-    void theFileThatIsOfferedIsTheDesksAndItsFolderIsMade()
+    void theOfferedFileIsThatOfTheDeskAndItsFolderIsMade()
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"Attestations/SPECIMEN Marie.pdf"_s);
@@ -49,7 +49,7 @@ private Q_SLOTS:
         QVERIFY(!MVSettings::stringPreferencesForKey(m_settings.store(), Settings::lastPrinter));
     }
 
-    void theOptionsKeepTheFile()
+    void theOptionsDialogOffersTheSameFile()
     {
         const QString path = u"/tmp/chosen.pdf"_s;
         m_desk->setFileNaming([&path](const CardRecord&) { return path; });
@@ -64,7 +64,7 @@ private Q_SLOTS:
         QTRY_VERIFY(operations().isEmpty());
     }
 
-    void theFileIsPrivateAndWhole()
+    void theFileIsPrivateAndComplete()
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"page.pdf"_s);
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QVERIFY(toolOutput(u"pdftotext"_s, {path, u"-"_s}).contains("SPECIMEN Marie"));
     }
 
-    void aFileThatCannotBeWrittenIsTold()
+    void aFileThatCannotBeWrittenIsReported()
     {
         PrintDialog* dialog = openDialog();
         QVERIFY(dialog != nullptr);
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QTRY_VERIFY(operations().isEmpty());
     }
 
-    void failuresAreToldOneAfterAnother()
+    void failuresAreReportedOneAfterAnother()
     {
         for (const QString& path : {u"/proc/first.pdf"_s, u"/proc/second.pdf"_s}) {
             PrintDialog* dialog = openDialog();
@@ -105,7 +105,7 @@ private Q_SLOTS:
         QTRY_VERIFY(alert() != nullptr && alert()->text().contains(u"second"_s));
     }
 
-    void aFileThatExistsIsReplacedWhenTheUserSaysSo()
+    void anExistingFileIsReplacedAfterConfirmation()
     {
         const QTemporaryDir folder;
         const QString path = existingFile(folder);
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QVERIFY(contentOf(path).startsWith("%PDF"));
     }
 
-    void theEndOfTheWindowIsNoAnswer()
+    void closingTheWindowDoesNotReplaceTheFile()
     {
         const QTemporaryDir folder;
         const QString path = existingFile(folder);
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(path), "the user's"_ba);
     }
 
-    void aFolderIsNoFile_data()
+    void aFolderIsRefused_data()
     {
         QTest::addColumn<QString>("path");
         QTest::newRow("nothing") << u""_s;
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QTest::newRow("folder with its slash") << QTemporaryDir().filePath(u"gone/"_s);
     }
 
-    void aFolderIsNoFile()
+    void aFolderIsRefused()
     {
         QFETCH(const QString, path);
         const QPointer<PrintDialog> dialog = openDialog();
@@ -161,7 +161,7 @@ private Q_SLOTS:
         QVERIFY(dialog->isVisible());
     }
 
-    void theFileHasThePaperThatIsChosen()
+    void theFileHasTheChosenPaperSize()
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"page.pdf"_s);

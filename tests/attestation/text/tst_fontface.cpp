@@ -18,7 +18,7 @@ private:
     QString m_path = *stagedBundle().pathForResource(u"PelmoraSans-Regular"_s, u"ttf"_s);
 
 private Q_SLOTS:
-    void aFaceTellsItsMeasuresInItsOwnUnits()
+    void theMeasuresAreInUnitsOfTheFont()
     {
         const auto face = FontFace::load(m_path);
         QVERIFY(face);
@@ -30,7 +30,7 @@ private Q_SLOTS:
         QVERIFY(!face->glyphOf(U'\u0531'));
     }
 
-    void aFileThatIsNoFontHasNoFace()
+    void aFileThatIsNotAFontIsNotLoaded()
     {
         const QTemporaryDir folder;
         QVERIFY(writeFile(folder.filePath(u"a.ttf"_s), "not a font"));
@@ -39,7 +39,7 @@ private Q_SLOTS:
         QVERIFY(!FontFace::load(m_path, 1));
     }
 
-    void aFontThatMustNotBeEmbeddedHasNoFace()
+    void aFontThatMustNotBeEmbeddedIsNotLoaded()
     {
         QByteArray bytes = contentOf(m_path);
         const qsizetype record = bytes.indexOf("OS/2");
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QVERIFY(!FontFace::load(folder.filePath(u"a.ttf"_s)));
     }
 
-    void aFileIsIntactAsLongAsNoBitOfItChanges()
+    void aFileWithAnyChangedBitIsNotIntact()
     {
         QVERIFY(FontFace::load(m_path)->isIntact());
         QByteArray bytes = contentOf(m_path);
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QVERIFY(!FontFace::load(folder.filePath(u"a.ttf"_s))->isIntact());
     }
 
-    void theFileOfAFaceIsItsOwn() { QCOMPARE(FontFace::load(m_path)->file(), contentOf(m_path)); }
+    void theContentOfTheFileIsKept() { QCOMPARE(FontFace::load(m_path)->file(), contentOf(m_path)); }
 };
 
 template class RunnableTests<tst_FontFace, QCoreApplication>;

@@ -18,7 +18,7 @@ private:
     PageFonts m_fonts = pageFonts();
 
 private Q_SLOTS:
-    void bothFacesAreTheProgramsOwn()
+    void bothFacesAreOfTheProgramsFamily()
     {
         for (const PageFont& font : {m_fonts.systemFontOfSize(12), m_fonts.boldSystemFontOfSize(20)}) {
             QRawFont own;
@@ -28,13 +28,13 @@ private Q_SLOTS:
         }
     }
 
-    void figuresAreAllOfOneWidth_data()
+    void allFiguresHaveTheSameWidth_data()
     {
         QTest::addColumn<bool>("bold");
         QTest::newRow("regular") << false;
         QTest::newRow("bold") << true;
     }
-    void figuresAreAllOfOneWidth()
+    void allFiguresHaveTheSameWidth()
     {
         QFETCH(bool, bold);
         const PageFont font = bold ? m_fonts.boldSystemFontOfSize(12) : m_fonts.systemFontOfSize(12);
@@ -47,7 +47,7 @@ private Q_SLOTS:
         QCOMPARE(widthOfText(u"4711174177", font), 10 * width);
     }
 
-    void metricsGrowWithTheSize()
+    void metricsAreProportionalToTheSize()
     {
         const PageFont small = m_fonts.systemFontOfSize(9);
         const PageFont large = m_fonts.systemFontOfSize(18);
@@ -57,14 +57,14 @@ private Q_SLOTS:
         QVERIFY(small.lineHeight > small.ascent);
     }
 
-    void aHalfPointIsHonoured()
+    void aSizeWithAHalfPointIsNotRounded()
     {
         const double ten = widthOfText(u"SPECIMEN", m_fonts.systemFontOfSize(10));
         const double tenAndHalf = widthOfText(u"SPECIMEN", m_fonts.systemFontOfSize(10.5));
         QVERIFY(qAbs(tenAndHalf / ten - 1.05) < 0.001);
     }
 
-    void theFamilyHasTheLettersOfEveryNeighbour()
+    void theFamilyHasTheLettersOfNeighbouringCountries()
     {
         const PageFont font = m_fonts.systemFontOfSize(12);
         for (const QChar letter : u"ÀÂÆÇÉÈÊËÎÏÔŒÙÛÜŸàâæçéèêëîïôœùûüÿĄĆĘŁŃÓŚŹŻğĞıİşŞŐŰčřžŇỄễẠịƯơΩέώЖщђЂїґ°«»–—’…€"_s)
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QVERIFY(fonts.error().description());
     }
 
-    void aFileThatIsNoFontIsAnError()
+    void aFileThatIsNotAFontIsAnError()
     {
         const QTemporaryDir folder;
         for (const QString& name : {u"PelmoraSans-Regular.ttf"_s, u"PelmoraSans-Bold.ttf"_s}) {
@@ -127,7 +127,7 @@ private Q_SLOTS:
         }
     }
 
-    void theLicenceLiesBesideTheFonts()
+    void theLicenceIsInTheFolderOfTheFonts()
     {
         QFile licence(QStringLiteral(PELMORA_STAGE_SHARE "/PelmoraSans-LICENSE"));
         QVERIFY(licence.open(QIODevice::ReadOnly));

@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(broken(u"SPECIMEN Marie"_s, widthOf(u"SPECIMEN Marie"_s)), QStringList(u"SPECIMEN Marie"_s));
     }
 
-    void aHyphenatedWordGoesWholeToTheNextLine()
+    void aHyphenatedWordMovesUnbrokenToTheNextLine()
     {
         QCOMPARE(broken(u"les lignes ci-dessous, ci-après"_s, widthOf(u"les lignes ci-des"_s)),
                  QStringList({u"les lignes"_s, u"ci-dessous,"_s, u"ci-après"_s}));
@@ -66,7 +66,7 @@ private Q_SLOTS:
                  QStringList({u"  MARTIN-"_s, u"SPECIMEN"_s}));
     }
 
-    void noMoreLinesAreMadeThanAskedFor()
+    void theNumberOfLinesIsBounded()
     {
         QCOMPARE(breakText(u"un\ndeux\ntrois"_s, m_font, 500, 2).size(), 2);
         QCOMPARE(breakText(QString(1000, u'W'), m_font, 100, 3).size(), 3);
@@ -74,7 +74,7 @@ private Q_SLOTS:
 
     void aTextLongerThanAPageCanHoldIsCut() { QCOMPARE(drawableText(QString(4'000'000, u'W')), QString(10'000, u'W')); }
 
-    void whatOnlyDirectsOrJoinsLettersIsLeftOut()
+    void directionAndJoiningCharactersAreLeftOut()
     {
         QCOMPARE(drawableText(u"a\u202Eb\u2066c\u200Dd\u00ADe\uFEFFf"_s), u"abcdef"_s);
     }
@@ -95,7 +95,7 @@ private Q_SLOTS:
             QVERIFY(widthOf(line) <= 100);
     }
 
-    void blanksAtTheEndOfALineAreNotPartOfIt()
+    void blanksAtTheEndOfALineAreRemoved()
     {
         const QList<BrokenLine> lines = breakText(u"  Marie   "_s, m_font, 500, 1000);
         QCOMPARE(lines[0].text, u"  Marie"_s);
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(drawableText(u"Nguye\u0302\u0303n"_s), u"Nguyễn"_s);
     }
 
-    void whatNoFontCanShowIsLeftOut()
+    void charactersThatNoFontCanShowAreLeftOut()
     {
         QCOMPARE(drawableText(QString::fromUtf16(u"a\u0000b\u0001c\u007fd\u009fe", 9)), u"abcde"_s);
         QCOMPARE(drawableText(u"a\tb"_s), u"a b"_s);

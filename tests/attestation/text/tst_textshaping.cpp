@@ -43,7 +43,7 @@ private:
     PageFont m_font = m_fonts.systemFontOfSize(12);
 
 private Q_SLOTS:
-    void aLatinTextIsItsLettersOneAfterTheOther()
+    void theGlyphsOfALatinTextAreInTheOrderOfItsLetters()
     {
         const QString text = u"Zoé ffi"_s;
         const ShapedText shaped = shapedText(text, m_font);
@@ -58,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(widthOfText(text, m_font), pen);
     }
 
-    void lettersOfTheFamilyStayInTheFamily()
+    void lettersThatTheFamilyHasAreNotTakenFromOtherFonts()
     {
         for (const QString& text : {u"Ελένη"_s, u"Юлія"_s, u"Nguyễn"_s}) {
             const ShapedText shaped = shapedText(text, m_font);
@@ -76,7 +76,7 @@ private Q_SLOTS:
         QVERIFY(shaped.runs[0].face != &m_font.faces->own());
     }
 
-    void aNameOfTwoWritingsHasEachInItsOrder()
+    void aNameInTwoScriptsKeepsTheDirectionOfEach()
     {
         const QString text = u"SPECIMEN אבג (Zoé)"_s;
         QCOMPARE(readFromLeft(shapedText(text, m_font), text).join(QString()), u"SPECIMEN גבא (Zoé)"_s);
@@ -95,7 +95,7 @@ private Q_SLOTS:
     }
 
     // No composed character exists for these.
-    void aMarkStandsAboveItsLetter()
+    void aCombiningMarkIsPlacedAboveItsLetter()
     {
         const QString text = u"x\u0302y"_s;
         const std::vector<PlacedGlyph> glyphs = glyphsOf(shapedText(text, m_font));
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QVERIFY(qAbs(shapedText(text, m_font).width - width) < 0.01);
     }
 
-    void everyCharacterIsReadOnce_data()
+    void everyCharacterBelongsToOneGlyph_data()
     {
         QTest::addColumn<QString>("text");
         QTest::newRow("Arabic, with the joined lam and alef") << u"سلام الأمين"_s;
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QTest::newRow("mixed") << u"DUPONT-محمد 12 אב X\u0323\u0302"_s;
         QTest::newRow("characters of two units") << u"\U0001D400a"_s;
     }
-    void everyCharacterIsReadOnce()
+    void everyCharacterBelongsToOneGlyph()
     {
         QFETCH(const QString, text);
         QList<qsizetype> read;

@@ -134,7 +134,7 @@ private Q_SLOTS:
                               u"Nom de l'assuré : SPECIMEN Marie"_s}));
     }
 
-    void theDocumentsTitleIsThereWhenThePageShowsIt()
+    void theTitleElementExistsWhenThePageShowsTheTitle()
     {
         m_settings.setShowsRightLabel(true);
         m_attestation.setVitale(specimenCard(2));
@@ -156,13 +156,13 @@ private Q_SLOTS:
         QCOMPARE(table(1)->columnDescription(0), u"Bénéficiaire(s) nom de famille suivi d'un éventuel nom d'usage"_s);
     }
 
-    void tablesGoByTheirFirstTitle()
+    void tablesAreNamedByTheirFirstHeader()
     {
         QCOMPARE(namesOf(childrenOf(page()).last(2)),
                  QStringList({u"organisme de rattachement sécurité sociale"_s, u"Bénéficiaire(s)"_s}));
     }
 
-    void cellsKnowTheirPlaceAndTheirTitle()
+    void cellsHaveTheirRowColumnAndHeader()
     {
         QAccessibleInterface* cell = table(1)->cellAt(1, 2);
         QCOMPARE(cell->role(), QAccessible::Cell);
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QVERIFY(place->rowHeaderCells().isEmpty());
     }
 
-    void theRankSharesTheTitleOfTheDate()
+    void theRankHasTheHeaderOfTheDate()
     {
         const QAccessibleTableCellInterface* rank = table(1)->cellAt(0, 3)->tableCellInterface();
         const QAccessibleTableCellInterface* date = table(1)->cellAt(0, 2)->tableCellInterface();
@@ -187,7 +187,7 @@ private Q_SLOTS:
         QCOMPARE(placeIn(*m_view, date->columnHeaderCells().at(0)), QRect(473, 305, 115, 51));
     }
 
-    void thereIsNoCellOutsideATable()
+    void noCellExistsOutsideTheTablesRange()
     {
         QCOMPARE(table(1)->cellAt(2, 0), nullptr);
         QCOMPARE(table(1)->cellAt(0, 4), nullptr);
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QCOMPARE(table(1)->columnDescription(4), QString());
     }
 
-    void withoutBeneficiariesTheirTableHasTitlesOnly()
+    void withoutBeneficiariesTheirTableHasHeadersOnly()
     {
         m_attestation.setVitale(specimenCard(0));
         QCOMPARE(table(1)->rowCount(), 0);
@@ -214,7 +214,7 @@ private Q_SLOTS:
     }
 
     // In the same order, letter by letter; where lines break is another matter.
-    void whatIsReadIsWhatTheDocumentSays_data()
+    void theElementsHaveTheTextOfTheDocument_data()
     {
         QTest::addColumn<QString>("name");
         QTest::newRow("plain") << u"Marie"_s;
@@ -223,7 +223,7 @@ private Q_SLOTS:
         QTest::newRow("line breaks, and what no font has") << u"Ma\nrie\t\u200b\U000F1234 Anne"_s;
     }
 
-    void whatIsReadIsWhatTheDocumentSays()
+    void theElementsHaveTheTextOfTheDocument()
     {
         QFETCH(const QString, name);
         CardRecord card = specimenCard(3);
@@ -240,7 +240,7 @@ private Q_SLOTS:
         QCOMPARE(withoutBlanks(textsBelow(page()).join(u' ')), withoutBlanks(written));
     }
 
-    void partsAreWhereTheyAreSeen()
+    void elementsHaveThePlacesOfTheirInk()
     {
         const QAccessibleInterface* cell = table(1)->cellAt(1, 1);
         QCOMPARE(placeIn(*m_view, cell), QRect(293, 395, 181, 41));
@@ -251,14 +251,14 @@ private Q_SLOTS:
         QVERIFY2(place.height() >= 15 && place.height() <= 17, qPrintable(QString::number(place.height())));
     }
 
-    void partsMoveAndShrinkWithThePage()
+    void elementsMoveAndScaleWithThePage()
     {
         m_view->setPlacement(QTransform(0.5, 0, 0, 0.5, 100, 40));
         QCOMPARE(m_view->geometry(), QRect(100, 40, 298, 421));
         QCOMPARE(placeIn(*m_view, table(1)->cellAt(1, 1)), QRect(146, 197, 91, 21));
     }
 
-    void theElementUnderAPlaceIsFound()
+    void theElementAtAPointIsFound()
     {
         const QPoint place = m_view->mapToGlobal(QPoint(300, 400));
         QAccessibleInterface* found = page()->childAt(place.x(), place.y());
@@ -268,7 +268,7 @@ private Q_SLOTS:
         QCOMPARE(page()->childAt(blank.x(), blank.y()), nullptr);
     }
 
-    void everyElementKnowsItsParentAndItsIndex()
+    void everyElementHasItsParentAndIndex()
     {
         QList<QAccessibleInterface*> open{page()};
         int count = 0;
@@ -289,7 +289,7 @@ private Q_SLOTS:
         QCOMPARE(page()->indexOfChild(page()), -1);
     }
 
-    void partsAreShownWhenThePageIs()
+    void elementsAreVisibleWhenThePageIs()
     {
         QVERIFY(page()->child(0)->state().invisible);
         QVERIFY(page()->child(0)->state().readOnly);
@@ -319,7 +319,7 @@ private Q_SLOTS:
         QCOMPARE(QAccessible::accessibleInterface(before), nullptr);
     }
 
-    void elementsEndWithTheirView()
+    void elementsAreInvalidAfterTheirViewIsDeleted()
     {
         const QAccessible::Id text = QAccessible::uniqueId(page()->child(0));
         const QAccessible::Id cell = QAccessible::uniqueId(table(1)->cellAt(0, 0));

@@ -16,7 +16,7 @@ class tst_ClipArithmetic : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void whatFitsIsNotScaled_data()
+    void aDocumentThatFitsIsNotScaled_data()
     {
         QTest::addColumn<QSizeF>("available");
         QTest::newRow("just") << QSizeF(615, 862);
@@ -25,7 +25,7 @@ private Q_SLOTS:
         QTest::newRow("both") << QSizeF(3840, 2160);
     }
 
-    void whatFitsIsNotScaled()
+    void aDocumentThatFitsIsNotScaled()
     {
         QFETCH(const QSizeF, available);
         QVERIFY(!fittingScale(needed, available).has_value());
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(fittingScale(needed, available), std::optional(scale));
     }
 
-    void withoutADocumentTheAirAloneIsFitted()
+    void withoutADocumentOnlyTheMarginsAreFitted()
     {
         QVERIFY(!fittingScale({20, 20}, {20, 20}).has_value());
         QCOMPARE(fittingScale({20, 20}, {10, 30}), std::optional(0.5));
@@ -81,7 +81,7 @@ private Q_SLOTS:
         QCOMPARE(constrainedOrigin({77, 2000}, page, bounds), origin);
     }
 
-    void boundsThatAreNotLargerStayWhereTheyAre()
+    void boundsThatAreNotLargerKeepTheirOrigin()
     {
         QCOMPARE(centredOrigin(page, {12.25, 3.5, 595, 842}), QPointF(12.25, 3.5));
         QCOMPARE(centredOrigin(page, {12.25, 3.5, 100, 100}), QPointF(12.25, 3.5));
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(constrainedOrigin({50, -50}, page, page), QPointF(0, 0));
     }
 
-    void eachDirectionIsItsOwn()
+    void eachDirectionIsConstrainedSeparately()
     {
         QCOMPARE(constrainedOrigin({50, 60}, page, {695, 400}), QPointF(-50, 60));
         QCOMPARE(constrainedOrigin({50, 60}, page, {400, 942}), QPointF(50, -50));
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(transform.sizeFromWindow({1, 1}), QSizeF(2, 4));
     }
 
-    void scalesMultiply()
+    void scalesAreMultiplied()
     {
         BoundsTransform transform;
         transform.scaleUnitSquareToSize({0.5, 0.5});
@@ -159,7 +159,7 @@ private Q_SLOTS:
     }
 
     // Every scale that a window can ask for, with the rounding errors that each of them has.
-    void undoingAScaleGivesBackExactlyOneToOne()
+    void scalingByTheInverseGivesExactlyOne()
     {
         for (int available = 1; available < 862; ++available) {
             BoundsTransform transform;
@@ -171,7 +171,7 @@ private Q_SLOTS:
         }
     }
 
-    void aScaleOfNothingIsNotTaken()
+    void aScaleThatIsNotPositiveIsIgnored()
     {
         BoundsTransform transform;
         transform.setFrame({0, 0, 300, 200});

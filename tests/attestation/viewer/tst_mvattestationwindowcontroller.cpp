@@ -91,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(window()->windowTitle(), u"Attestation"_s);
     }
 
-    void thePageIsTheAttestations()
+    void theWindowShowsTheViewOfTheAttestation()
     {
         m_viewer->setVitale(specimenCard(3));
         QCOMPARE(page()->page().lines.size(), 3);
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(window()->windowTitle(), u" "_s);
     }
 
-    void theContentIsThePageWithTenPointsAroundItUnlessTheScreenIsSmaller()
+    void theWindowFitsThePageWithTenPointsAroundItOrTheScreen()
     {
         QVERIFY(show());
         const QRect available = window()->screen()->availableGeometry();
@@ -150,7 +150,7 @@ private Q_SLOTS:
         QVERIFY(clipView()->rect().contains(page()->geometry()));
     }
 
-    void theBarSaysWhatTheKeysDo()
+    void theToolBarsActionsHaveTheirTitlesAndShortcuts()
     {
         QCOMPARE(bar()->actions(),
                  QList({action(u"printAction"_s), action(u"saveAction"_s), action(u"closeAction"_s)}));
@@ -166,7 +166,7 @@ private Q_SLOTS:
         QCOMPARE(action(u"printAction"_s)->toolTip(), u"Imprimer l’attestation (Ctrl+P)"_s);
     }
 
-    void thePageHasTheFocusAndTheBarIsReachedByTab()
+    void tabMovesTheFocusFromThePageToTheToolBar()
     {
         QVERIFY(show());
         QVERIFY(page()->hasFocus());
@@ -174,7 +174,7 @@ private Q_SLOTS:
         QTRY_COMPARE(QApplication::focusWidget(), bar()->widgetForAction(action(u"printAction"_s)));
     }
 
-    void theKeysAndTheButtonAskToSave()
+    void theKeysAndTheButtonRequestSaving()
     {
         m_viewer->setVitale(specimenCard(2));
         QVERIFY(show());
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QCOMPARE(window()->findChildren<PrintOperation*>().size(), 1);
     }
 
-    void withoutThePermissionOfThePrintDeskNothingIsPrinted()
+    void withoutPermissionNothingIsPrinted()
     {
         m_printDesk->setPermission([] { return false; });
         m_viewer->setVitale(specimenCard(2));
@@ -216,7 +216,7 @@ private Q_SLOTS:
         QVERIFY(!m_printDesk->isAsking());
     }
 
-    void theCardThatIsSetWhileThePrintDeskIsAskedIsTheOneThatIsPrinted()
+    void aCardSetDuringThePermissionIsPrinted()
     {
         m_viewer->setVitale(cardOf(u"Marie"_s, u"Martin"_s));
         m_printDesk->setPermission([this] {
@@ -229,14 +229,14 @@ private Q_SLOTS:
         QVERIFY(dialog()->windowTitle().endsWith(u"Durand Jean"_s));
     }
 
-    void keysCloseTheWindowWhichComesBack_data()
+    void keysCloseTheWindowAndItCanBeShownAgain_data()
     {
         QTest::addColumn<QKeySequence>("keys");
         QTest::newRow("Ctrl+W") << QKeySequence(u"Ctrl+W"_s);
         QTest::newRow("Escape") << QKeySequence(u"Esc"_s);
     }
 
-    void keysCloseTheWindowWhichComesBack()
+    void keysCloseTheWindowAndItCanBeShownAgain()
     {
         QFETCH(const QKeySequence, keys);
         QVERIFY(show());
@@ -248,7 +248,7 @@ private Q_SLOTS:
         QCOMPARE(window()->windowTitle(), u"Marie SPECIMEN"_s);
     }
 
-    void aHiddenOrIconifiedWindowIsBroughtBack()
+    void aHiddenOrIconifiedWindowIsShown()
     {
         QVERIFY(show());
         window()->showMinimized();
@@ -259,13 +259,13 @@ private Q_SLOTS:
         QVERIFY(window()->isMaximized());
     }
 
-    void theKeyboardIsOnThePage()
+    void thePageHasTheKeyboardFocus()
     {
         QVERIFY(show());
         QCOMPARE(QApplication::focusWidget(), page());
     }
 
-    void theSizeThatTheUserGaveTheWindowStays()
+    void theSizeSetByTheUserIsKept()
     {
         QVERIFY(show());
         window()->resize(400, 500);

@@ -85,7 +85,7 @@ private Q_SLOTS:
         QTRY_COMPARE(paints.value(), 1);
     }
 
-    void theScaleIsTheOneSet()
+    void theScaleIsTheOneThatWasSet()
     {
         Clip clip;
         clip.view.setFrame({0, 0, 400, 500});
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QCOMPARE(clip.document.geometry(), QRect(50, 50, 300, 400));
     }
 
-    void aScaleThatLeavesTheOriginWhereItIsShowsTheDocumentSmaller()
+    void aSmallerScaleWithTheSameOriginShowsTheDocumentSmaller()
     {
         Clip clip;
         clip.view.setFrame({0, 0, 300, 400});
@@ -105,7 +105,7 @@ private Q_SLOTS:
     }
 
     // Not a product of those before.
-    void anotherScaleTakesThePlaceOfTheLast()
+    void aNewScaleReplacesThePreviousOne()
     {
         Clip clip;
         clip.view.setFrame({0, 0, 400, 500});
@@ -132,7 +132,7 @@ private Q_SLOTS:
         QCOMPARE(clip.document.documentSize(), QSizeF(600, 800));
     }
 
-    void aLayoutOfTheFileIsTakenAway()
+    void theLayoutOfTheUiFileIsRemoved()
     {
         Clip clip;
         auto* layout = new QVBoxLayout(&clip.view);
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(clip.view.layout(), nullptr);
     }
 
-    void aLargerDocumentIsScrolledWithinItsEdges()
+    void aLargerDocumentCanBeScrolledToItsEdgesOnly()
     {
         Clip clip;
         clip.view.setFrame({0, 0, 300, 1000});
@@ -172,7 +172,7 @@ private Q_SLOTS:
         QCOMPARE(clip.document.geometry(), QRect(200, 250, 300, 400));
     }
 
-    void aDocumentThatGrowsUnderBoundsThatStayIsShownLarger()
+    void aDocumentThatGrowsInUnchangedBoundsIsShownLarger()
     {
         Clip clip;
         clip.view.setFrame({0, 0, 300, 400});
@@ -192,7 +192,7 @@ private Q_SLOTS:
     }
 
     // The base would move the bounds before it tells the scroll view of the document.
-    void theScrollViewLearnsOfTheDocumentsSizeBeforeTheBoundsMove()
+    void theScrollViewIsNotifiedBeforeTheBoundsChange()
     {
         ScrollView scroll;
         auto* view = new MVClipView;
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QCOMPARE(scroll.horizontalScrollBar()->value(), 200);
     }
 
-    void withoutADocumentTheViewIsCentredOnNothing()
+    void withoutADocumentTheOriginIsTheCentre()
     {
         MVClipView view;
         view.setFrame({0, 0, 101, 50});
@@ -221,7 +221,7 @@ private Q_SLOTS:
         QCOMPARE(view.documentSize(), QSizeF(0, 0));
     }
 
-    void theDesktopsColourIsAroundThePage()
+    void theBackgroundHasTheDesktopsColour()
     {
         Clip clip;
         QPalette palette;

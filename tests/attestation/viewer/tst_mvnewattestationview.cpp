@@ -150,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(shown(*view).pixelColor(120, 50), QColor(Qt::white));
     }
 
-    void eachOfManyRecordsIsShownInItsTurn()
+    void everyRecordOfASequenceIsShown()
     {
         MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
@@ -174,7 +174,7 @@ private Q_SLOTS:
         QCOMPARE(view->grab().toImage().pixelColor(8, 390), QColor(Qt::black));
     }
 
-    void theDesktopsColoursPlayNoPart()
+    void thePageDoesNotDependOnTheDesktopsColours()
     {
         MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(2));
@@ -188,7 +188,7 @@ private Q_SLOTS:
     }
 
     // Letters fall on other pixels, but each part of the page is as dark.
-    void twoPixelsAPointShowTheSamePage()
+    void twoPixelsPerPointShowTheSamePage()
     {
         MVNewAttestation attestation(m_settings.store(), m_logos);
         attestation.setVitale(specimenCard(2));
@@ -238,7 +238,7 @@ private Q_SLOTS:
         QCOMPARE(seen, drawn);
     }
 
-    void theBorderIsSeenOnAllSidesAtEveryScale()
+    void theBorderIsVisibleOnAllSidesAtEveryScale()
     {
         const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);
@@ -254,7 +254,7 @@ private Q_SLOTS:
         }
     }
 
-    void theSamePlaceIsNotPaintedAgain()
+    void anUnchangedPlacementIsNotPaintedAgain()
     {
         const MVNewAttestation attestation(m_settings.store(), m_logos);
         const auto view = MVNewAttestationView::viewOf(attestation, m_fonts);

@@ -84,7 +84,7 @@ private Q_SLOTS:
         QCOMPARE(scroll.scale(), 0.25);
     }
 
-    void aMoveSetsTheScaleToo()
+    void aMoveSetsTheScale()
     {
         Scroll scroll;
         scroll.clip->setScale({3, 3});
@@ -92,7 +92,7 @@ private Q_SLOTS:
         QCOMPARE(scroll.scale(), 1.0);
     }
 
-    void thePageComesBackToExactlyItsSizeAndNeverBeyond()
+    void thePageReturnsToItsExactSizeAndIsNotScaledUp()
     {
         Scroll scroll;
         for (int width = 600; width > 100; width -= 7)
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(scroll.document->geometry(), QRect(5, 210, 300, 400));
     }
 
-    void thePageIsSeenWholeAtEveryWindowSize()
+    void theWholePageIsVisibleAtEveryWindowSize()
     {
         Scroll scroll;
         for (const QSize size : {QSize(137, 900), QSize(900, 93), QSize(411, 617), QSize(60, 60), QSize(619, 819)}) {
@@ -124,7 +124,7 @@ private Q_SLOTS:
         }
     }
 
-    void theFrameThatAHiddenViewWasGivenCounts()
+    void aFrameSetWhileHiddenIsUsed()
     {
         MVScrollView view;
         auto* clip = new MVClipView;
@@ -134,7 +134,7 @@ private Q_SLOTS:
         QCOMPARE(clip->scale(), QSizeF(0.5, 0.5));
     }
 
-    void anotherContentViewIsLeftAlone()
+    void anotherContentViewIsNotChanged()
     {
         MVScrollView view;
         auto* other = new ClipView;
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QCOMPARE(plain.documentView(), nullptr);
     }
 
-    void withoutADocumentOnlyTheAirIsFitted()
+    void withoutADocumentOnlyTheMarginsAreFitted()
     {
         MVScrollView view;
         auto* clip = new MVClipView;
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(clip->scale(), QSizeF(0.5, 0.5));
     }
 
-    void aViewWithoutRoomShowsNothingAndRecovers()
+    void aViewThatHadNoRoomShowsThePageWhenEnlarged()
     {
         Scroll scroll;
         scroll.view.setFrameSize({0, 0});
@@ -166,7 +166,7 @@ private Q_SLOTS:
         QCOMPARE(scroll.scale(), 0.5);
     }
 
-    void theBestSizeHasTenPointsOfAirOnEachSide()
+    void theSizeHintHasTenPointsOnEachSideOfThePage()
     {
         const Scroll scroll;
         QCOMPARE(scroll.view.sizeHint(), QSize(620, 820));
@@ -188,7 +188,7 @@ private Q_SLOTS:
         QCOMPARE(scroll.view.verticalScrollBar()->maximum(), 0);
     }
 
-    void centringTellsTheScrollBarsEvenWhenThePageStays()
+    void centringUpdatesTheScrollBarsEvenWhenThePageDoesNotMove()
     {
         Scroll scroll;
         scroll.view.horizontalScrollBar()->setMaximum(77);

@@ -99,13 +99,13 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(22, 60), QColor(Qt::white));
     }
 
-    void aRuleIsOnePointWideAndEndsWhereItEnds()
+    void aRuleIsOnePointWideWithoutCaps()
     {
         const QImage image = painted({whitePage, InkRule{.from = {30.5, 10}, .to = {30.5, 50}}}, 2);
         QCOMPARE(inkBounds(image), QRect(60, 20, 2, 80));
     }
 
-    void aTextStandsBelowTheTopOfItsLine()
+    void aTextIsPaintedBelowTheTopOfItsLine()
     {
         const PageFonts fonts = pageFonts();
         const InkText text{.position = {10, 20}, .text = u"H"_s, .font = fonts.systemFontOfSize(12), .place = {}};
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QCOMPARE(inkBounds(image), QRect(10, 20, 30, 15));
     }
 
-    void inkIsLaidDownInItsOrder()
+    void inkIsPaintedInItsOrder()
     {
         const PageInk ink{InkFill{.rect = {0, 0, 50, 50}, .color = InkColor::Black},
                           InkFill{.rect = {0, 0, 50, 50}, .color = InkColor::White}};
