@@ -73,7 +73,7 @@ class tst_CardParser : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutADocumentItIsTheInternalError()
+    void withoutADocumentTheResultIsTheInternalError()
     {
         const std::expected<CardRecord, Error> result = parseCardDocument(nullptr);
         QVERIFY(!result);
@@ -81,12 +81,12 @@ private Q_SLOTS:
         QCOMPARE(result.error().code(), -11);
     }
 
-    void theTableHoldsTheFourteenFieldsAndNoOther()
+    void theTableHasExactlyTheFourteenFields()
     {
         QCOMPARE(beneficiaryFields.size(), std::size_t(expectedFields.size()));
     }
 
-    void eachFieldComesFromItsOwnPathAlone_data()
+    void eachFieldIsReadFromItsPathOnly_data()
     {
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("path");
@@ -94,7 +94,7 @@ private Q_SLOTS:
             QTest::newRow(qPrintable(field.key)) << field.key << field.path;
     }
 
-    void eachFieldComesFromItsOwnPathAlone()
+    void eachFieldIsReadFromItsPathOnly()
     {
         QFETCH(QString, key);
         QFETCH(QString, path);
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(person.text(key), std::optional(u"valeur"_s));
     }
 
-    void anEmptyFieldIsAnEmptyTextAndAMissingOneIsAbsent_data() { eachFieldComesFromItsOwnPathAlone_data(); }
+    void anEmptyFieldIsAnEmptyTextAndAMissingOneIsAbsent_data() { eachFieldIsReadFromItsPathOnly_data(); }
 
     void anEmptyFieldIsAnEmptyTextAndAMissingOneIsAbsent()
     {
@@ -123,12 +123,12 @@ private Q_SLOTS:
                  std::optional(u""_s));
     }
 
-    void aPathStartsAtTheBeneficiaryAndNotDeeper()
+    void aPathDoesNotMatchBelowOtherElements()
     {
         QCOMPARE(onlyBeneficiary(u"<x><ident><nir>1</nir></ident></x><nir>2</nir>"_s).keys(), QStringList());
     }
 
-    void aValueIsTakenAsTheDocumentHoldsIt()
+    void aValueIsNotChanged()
     {
         QCOMPARE(onlyBeneficiary(u"<ident><nomUsuel>  De La\n\tTour </nomUsuel></ident>"_s).text(CardKey::lastName),
                  std::optional(u"  De La\n\tTour "_s));
@@ -161,7 +161,7 @@ private Q_SLOTS:
         QCOMPARE(card.beneficiaries()[2].text(CardKey::lastName), std::optional(u"C"_s));
     }
 
-    void withoutQuality0TheFirstBeneficiaryStandsForTheInsuredPerson_data()
+    void withoutQuality0TheFirstBeneficiaryIsTheInsuredPerson_data()
     {
         QTest::addColumn<QString>("other");
         QTest::newRow("another") << u"6"_s;
@@ -172,14 +172,14 @@ private Q_SLOTS:
         QTest::newRow("missing") << QString();
     }
 
-    void withoutQuality0TheFirstBeneficiaryStandsForTheInsuredPerson()
+    void withoutQuality0TheFirstBeneficiaryIsTheInsuredPerson()
     {
         QFETCH(QString, other);
         const CardRecord card = record(CardXml::card(CardXml::person(u"A"_s, u"6"_s) + CardXml::person(u"B"_s, other)));
         QCOMPARE(card.text(CardKey::lastName), std::optional(u"A"_s));
     }
 
-    void theTopLevelCopiesTheInsuredPersonsIdentityAndCoverageAlone()
+    void theTopLevelCopiesOnlyTheInsuredPersonsIdentityAndCoverage()
     {
         QString first;
         QString insured = u"<amo><qualBenef>0</qualBenef></amo>"_s;
@@ -196,7 +196,7 @@ private Q_SLOTS:
             QCOMPARE(card.text(key), std::optional(key));
     }
 
-    void whatTheInsuredPersonLacksIsAbsentAtTheTopLevel()
+    void valuesMissingForTheInsuredPersonAreAbsentAtTheTopLevel()
     {
         const CardRecord card = record(CardXml::card(
             CardXml::beneficiary(u"<amo><codeGestion>10</codeGestion></amo>"_s) + CardXml::person(u"B"_s, u"0"_s)));
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(card.keys(), QStringList{u"LastName"_s});
     }
 
-    void rightsPeriodsLeaveAnEmptyArrayAndNoPeriodNoArray()
+    void rightsPeriodsGiveAnEmptyArrayAndNoPeriodGivesNone()
     {
         const QString period = u"<T_AsnPeriode><debut>01012025</debut><fin>31122025</fin></T_AsnPeriode>"_s;
         const auto rights = [](const QString& periods) {
@@ -221,7 +221,7 @@ private Q_SLOTS:
                  QStringList{u"AMORights"_s});
     }
 
-    void withoutABeneficiaryItIsTheNoBeneficiaryError_data()
+    void withoutABeneficiaryTheResultIsTheNoBeneficiaryError_data()
     {
         QTest::addColumn<QString>("text");
         QTest::newRow("another root") << u"<autre><listeBenef><T_AsnBeneficiaire/></listeBenef></autre>"_s;
@@ -232,7 +232,7 @@ private Q_SLOTS:
         QTest::newRow("other case") << CardXml::card(u"<t_asnbeneficiaire/>"_s);
     }
 
-    void withoutABeneficiaryItIsTheNoBeneficiaryError()
+    void withoutABeneficiaryTheResultIsTheNoBeneficiaryError()
     {
         QFETCH(QString, text);
         const std::expected<CardRecord, Error> result = parse(text);
@@ -249,7 +249,7 @@ private Q_SLOTS:
         QCOMPARE(card.keys(), QStringList());
     }
 
-    void beneficiariesOfSeveralListsStandInDocumentOrder()
+    void beneficiariesOfSeveralListsAreInDocumentOrder()
     {
         const CardRecord card = record(u"<T_AsnDonneesVitale><listeBenef>%1</listeBenef><x/><listeBenef>%2</listeBenef>"
                                        "</T_AsnDonneesVitale>"_s.arg(CardXml::person(u"A"_s), CardXml::person(u"B"_s)));

@@ -59,7 +59,7 @@ private Q_SLOTS:
         QCOMPARE(record.keys(), QStringList{u"LastName"_s});
     }
 
-    void aTextReplacesTheOneBefore()
+    void settingATextReplacesThePreviousOne()
     {
         CardRecord record;
         record.setText(CardKey::lastName, u"A"_s);
@@ -67,7 +67,7 @@ private Q_SLOTS:
         QCOMPARE(record.text(CardKey::lastName), std::optional(u"B"_s));
     }
 
-    void noRightsAndEmptyRightsAreTwoThings()
+    void absentRightsDifferFromEmptyRights()
     {
         BeneficiaryRecord none;
         BeneficiaryRecord empty;

@@ -76,7 +76,7 @@ private Q_SLOTS:
                  u"L’opération n’a pas pu s’achever. (erreur Pelmora -11.)"_s);
     }
 
-    void aResultCodeGivesItsErrorOrElseTheGeneralOne_data()
+    void aResultCodeGivesItsErrorOrTheGeneralOne_data()
     {
         QTest::addColumn<qint64>("result");
         QTest::addColumn<int>("code");
@@ -93,7 +93,7 @@ private Q_SLOTS:
             row(result);
     }
 
-    void aResultCodeGivesItsErrorOrElseTheGeneralOne()
+    void aResultCodeGivesItsErrorOrTheGeneralOne()
     {
         QFETCH(qint64, result);
         QFETCH(int, code);
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(error.description().has_value(), code != -10);
     }
 
-    void theTextsOfResultCodesAreTheCatalogues()
+    void theErrorsOfResultCodesHaveTheTextsOfTheCatalogue()
     {
         QCOMPARE(PelmoraError::errorForCode(11).description(), PelmoraError::vitaleNotPresent().description());
         QCOMPARE(PelmoraError::errorForCode(13).description(), PelmoraError::readerError().description());

@@ -41,7 +41,7 @@ class tst_SpecimenCard : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void itHoldsThreeBeneficiariesNamedSpecimen()
+    void theCardHasThreeBeneficiariesNamedSpecimen()
     {
         const std::expected<CardRecord, QString> card = specimen();
         QVERIFY2(card.has_value(), card ? "" : qPrintable(card.error()));
@@ -51,7 +51,7 @@ private Q_SLOTS:
         QCOMPARE(card->beneficiaries().first().text(CardKey::quality), std::optional(u"0"_s));
     }
 
-    void itsNumbersHaveValidKeys()
+    void theNumbersHaveValidKeys()
     {
         const std::expected<CardRecord, QString> card = specimen();
         QVERIFY(card.has_value());

@@ -111,7 +111,7 @@ class tst_XmlBadInput : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachTextGivesItsRecordOrItsErrorInUnderASecond_data()
+    void eachTextGivesTheExpectedResultWithinASecond_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
@@ -225,7 +225,7 @@ private Q_SLOTS:
         row("carriage returns", cardOf(u"A\r\nB\rC"_s), u"[A\nB\nC]"_s);
     }
 
-    void eachTextGivesItsRecordOrItsErrorInUnderASecond()
+    void eachTextGivesTheExpectedResultWithinASecond()
     {
         QFETCH(QString, text);
         QFETCH(QString, expected);
@@ -307,7 +307,7 @@ private Q_SLOTS:
                  u"[Zoé €]"_s);
     }
 
-    void bytesAreDecodedAsTheySayAndInvalidOnesRefused_data()
+    void bytesAreDecodedAsDeclaredAndInvalidOnesRefused_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("expected");
@@ -342,7 +342,7 @@ private Q_SLOTS:
             u"refused"_s);
     }
 
-    void bytesAreDecodedAsTheySayAndInvalidOnesRefused()
+    void bytesAreDecodedAsDeclaredAndInvalidOnesRefused()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, expected);
@@ -352,7 +352,7 @@ private Q_SLOTS:
         QVERIFY2(timer.elapsed() < patience, qPrintable(u"%1 ms"_s.arg(timer.elapsed())));
     }
 
-    void aFileThatADocumentNamesIsNeverOpened_data()
+    void aFileNamedInADocumentIsNeverOpened_data()
     {
         QTest::addColumn<QString>("pattern");
         QTest::addColumn<QString>("expected");
@@ -367,7 +367,7 @@ private Q_SLOTS:
         QTest::newRow("inclusion") << u"<!DOCTYPE a [<!ENTITY x SYSTEM 'file://%1'>]><a b='&x;'/>"_s << refused;
     }
 
-    void aFileThatADocumentNamesIsNeverOpened()
+    void aFileNamedInADocumentIsNeverOpened()
     {
         QFETCH(QString, pattern);
         QFETCH(QString, expected);

@@ -13,19 +13,19 @@ class tst_BindOutcome : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aBindThatWentWellHasNoError() { QVERIFY(bindOutcome(true, std::nullopt).has_value()); }
+    void aSuccessfulBindHasNoError() { QVERIFY(bindOutcome(true, std::nullopt).has_value()); }
 
     void aFailureKeepsItsError()
     {
         QVERIFY(bindOutcome(false, PelmoraError::badReader()) == std::unexpected(PelmoraError::badReader()));
     }
 
-    void aFailureWithoutAnErrorIsTheGeneralOne()
+    void aFailureWithoutAnErrorGivesTheGeneralError()
     {
         QVERIFY(bindOutcome(false, std::nullopt) == std::unexpected(PelmoraError::generalError()));
     }
 
-    void theNotificationSaysHowItEnded()
+    void theNotificationContainsTheOutcome()
     {
         QList<QVariantMap> heard;
         NotificationCenter::defaultCenter().addObserver(

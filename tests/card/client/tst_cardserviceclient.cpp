@@ -81,7 +81,7 @@ private Q_SLOTS:
         QCOMPARE(summary(awaitRead(client)), u"Pelmora -40"_s);
     }
 
-    void withoutASimulatedReaderThereIsNone()
+    void withoutASimulatedReaderNoReaderIsFound()
     {
         const ClientPointer client = makeClient({});
         QCOMPARE(summary(awaitBind(client)), u"Pelmora -20"_s);

@@ -33,7 +33,7 @@ private Q_SLOTS:
         QCOMPARE(m_log.lines().size(), 1);
     }
 
-    void whatWasLeftOutIsToldBeforeTheFirstLineOfALaterPeriod()
+    void theNumberLeftOutIsReportedBeforeTheNextPeriodsFirstLine()
     {
         LogLimit limit(MXLog::Debug, 1, 50ms);
         QVERIFY(limit.admits());
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(m_log.lines(), told);
     }
 
-    void aPeriodThatKeepsWithinTheLimitLeavesNothingOut()
+    void withinTheLimitNothingIsLeftOut()
     {
         LogLimit limit(MXLog::Warning, 2, 1h);
         QVERIFY(limit.admits());

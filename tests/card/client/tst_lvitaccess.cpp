@@ -144,7 +144,7 @@ private Q_SLOTS:
         QCOMPARE(client->initialized(), false);
     }
 
-    void whyThereAreNoReadersComesWithTheError()
+    void theErrorForMissingReadersHasTheServicesDetail()
     {
         const auto [fake, client] =
             Served(FakeScript().readers({}).text("readers_list", "Detail", "Le service PC/SC ne répond pas."));
@@ -180,7 +180,7 @@ private Q_SLOTS:
         QCOMPARE(client->initialized(), false);
     }
 
-    void aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected_data()
+    void aFailedChoiceOfReadersKeepsTheClientInitialized_data()
     {
         QTest::addColumn<FakeScript>("script");
         QTest::addColumn<bool>("isConnected");
@@ -191,7 +191,7 @@ private Q_SLOTS:
             QTest::newRow(behaviour) << FakeScript().doing("set_readers", behaviour) << false;
     }
 
-    void aChoiceOfReadersThatFailsLeavesTheClientInitializedWhileItIsConnected()
+    void aFailedChoiceOfReadersKeepsTheClientInitialized()
     {
         QFETCH(const FakeScript, script);
         QFETCH(const bool, isConnected);
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(client->bound(), true);
     }
 
-    void theClientIsBoundAfterABindThatWentWellUntilItsConnectionEnds()
+    void theClientIsBoundFromASuccessfulBindToTheEndOfTheConnection()
     {
         const auto [fake, client] = Served();
         QCOMPARE(client->bound(), false);
@@ -231,7 +231,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
     }
 
-    void bindAnswersWhatWaitedOnTheOldConnection()
+    void bindAnswersRequestsOfTheOldConnection()
     {
         const auto [fake, client] = Served(FakeScript().doing("vitale_read", "silent"));
         auto waiting = beginRead(client);

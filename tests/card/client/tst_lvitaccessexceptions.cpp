@@ -59,7 +59,7 @@ class tst_LVitAccessExceptions : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void informationsThatThrowAreTheGeneralErrorAndLeaveNone()
+    void informationsThatThrowGiveTheGeneralErrorAndAreCleared()
     {
         const auto [fake, client] = Served(informations(QString(20'000, u'7')));
         QCOMPARE(summary(awaitInformations(client)), success);

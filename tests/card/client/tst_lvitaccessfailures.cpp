@@ -82,7 +82,7 @@ private Q_SLOTS:
                                                   u"vitale_read"_s}));
     }
 
-    void aReplyThatIsNoDictionaryIsTheGeneralErrorAndKeepsTheConnection()
+    void aReplyThatIsNotADictionaryGivesTheGeneralErrorAndKeepsTheConnection()
     {
         const auto [fake, client] = Served(FakeScript().doing("vitale_read", "null"));
         QCOMPARE(summary(awaitBind(client)), success);
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QCOMPARE(client->bound(), true);
     }
 
-    void ofManyBindsTheNewestEndsWell()
+    void ofManyBindsTheNewestSucceeds()
     {
         const auto [fake, client] = Served();
         std::vector<Expected<NoResult>> binds;
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QCOMPARE(fake.processes().size(), 1);
     }
 
-    void operationsWithoutAHandlerDoNoHarm()
+    void operationsWithoutAHandlerAreAccepted()
     {
         const auto [fake, client] = Served();
         client->bindWithCompletionHandler({});

@@ -35,7 +35,7 @@ private Q_SLOTS:
                           }));
     }
 
-    void theListOfReadersIsLoggedWhenThereIsOne_data()
+    void aListOfReadersIsLogged_data()
     {
         QTest::addColumn<QStringList>("list");
         QTest::addColumn<QStringList>("logged");
@@ -45,7 +45,7 @@ private Q_SLOTS:
         QTest::newRow("none") << QStringList() << QStringList();
     }
 
-    void theListOfReadersIsLoggedWhenThereIsOne()
+    void aListOfReadersIsLogged()
     {
         QFETCH(const QStringList, list);
         QFETCH(const QStringList, logged);
@@ -81,7 +81,7 @@ private Q_SLOTS:
                  u"Received response in _initConnection event handler: ADDRESS\n{\"Event\": \"something\"}"_s);
     }
 
-    void manyUnsolicitedMessagesFillNoLog()
+    void theLogOfManyUnsolicitedMessagesIsBounded()
     {
         const auto [fake, client] = Served(FakeScript().doing("vitale_read", "burst"));
         QCOMPARE(summary(awaitRead(client)), success);
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QVERIFY(lines().contains(u"Card service: 99800 more lines left out"_s));
     }
 
-    void aReplyThatIsNoDictionaryIsLogged()
+    void aReplyThatIsNotADictionaryIsLogged()
     {
         const auto [fake, client] = Served(FakeScript().doing("any", "null"));
         QCOMPARE(summary(awaitRead(client)), general);
@@ -107,7 +107,7 @@ private Q_SLOTS:
         QCOMPARE(m_log.lines(), QStringList());
     }
 
-    void nothingOfACardIsLogged()
+    void noDataOfACardAreLogged()
     {
         const auto [fake, client] = Served();
         QCOMPARE(summary(awaitRead(client)), success);

@@ -62,7 +62,7 @@ private Q_SLOTS:
         QCOMPARE(client->informations(), obtained);
     }
 
-    void failedInformationsGiveTheLastOnes_data()
+    void failedInformationsGiveThePreviousOnes_data()
     {
         QTest::addColumn<FakeScript>("script");
         QTest::addColumn<QString>("error");
@@ -75,7 +75,7 @@ private Q_SLOTS:
         QTest::newRow("empty") << FakeScript().text("informations", "Informations", "") << u"XML"_s;
     }
 
-    void failedInformationsGiveTheLastOnes()
+    void failedInformationsGiveThePreviousOnes()
     {
         QFETCH(const FakeScript, script);
         QFETCH(const QString, error);
@@ -139,7 +139,7 @@ private Q_SLOTS:
         }
     }
 
-    void whatTheServiceHasToSayOfAFailureComesWithItsError()
+    void theErrorOfAFailedReadHasTheServicesDetail()
     {
         const FakeScript failing = FakeScript().failing("vitale_read", 13);
         const FakeService telling(failing.text("vitale_read", "Detail", "Fermez l’autre programme."));
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QVERIFY(outcome->result->text(CardKey::xmlString).value_or(QString()).contains(read));
     }
 
-    void aCancelledReadEndsOnceWithItsServiceAndTheNextBindStartsAnother()
+    void aCancelledReadEndsOnceAndTheNextBindStartsANewService()
     {
         // Busy with the reader, the service does not even see that its input ends.
         const auto [fake, client] = Served(FakeScript().doing("vitale_read", "stop-reading"), {.exitGrace = 100ms});
@@ -219,7 +219,7 @@ private Q_SLOTS:
         QCOMPARE(fake.processes().size(), 2);
     }
 
-    void aCancellationWithoutAReadLeavesTheConnection()
+    void aCancellationWithoutAReadKeepsTheConnection()
     {
         const auto [fake, client] = Served();
         QCOMPARE(summary(awaitBind(client)), success);
@@ -230,7 +230,7 @@ private Q_SLOTS:
         QCOMPARE(fake.processes().size(), 1);
     }
 
-    void aCancellationLeavesABindThatHasEndedTheReadAlready()
+    void aCancellationDoesNotEndABindThatReplacedTheRead()
     {
         const auto [fake, client] = Served(FakeScript().doing("vitale_read", "silent"));
         QCOMPARE(summary(awaitBind(client)), success);

@@ -63,7 +63,7 @@ private:
 private Q_SLOTS:
     void init() { m_log.clear(); }
 
-    void theHandlerReceivesTheStatesThatTheServiceTells()
+    void theHandlerReceivesTheStatesThatTheServiceReports()
     {
         const auto [fake, client] = Served(FakeScript()
                                                .telling("init", {u"no_service"_s, u"no_reader"_s, u"other_reader"_s})
@@ -78,7 +78,7 @@ private Q_SLOTS:
         client->setReaderStateHandler({});
     }
 
-    void unknownWordsAndTheSameStateAgainAreNoChange()
+    void unknownAndRepeatedStatesAreNotReported()
     {
         const auto [fake, client] =
             Served(FakeScript().telling("init", {u"empty"_s, u"on fire"_s, u"empty"_s, u""_s, u"card"_s}));
@@ -103,7 +103,7 @@ private Q_SLOTS:
         client->setReaderStateHandler({});
     }
 
-    void aLaterHandlerReceivesTheStateAndTheEarlierOneNothingMore()
+    void aNewHandlerReplacesTheEarlierOneAndReceivesTheState()
     {
         const auto [fake, client] =
             Served(FakeScript().telling("init", {u"card"_s}).telling("informations", {u"empty"_s}));

@@ -13,7 +13,7 @@ class tst_MessageLogText : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void keysAndShortValuesAreTold_data()
+    void keysAndShortValuesAreWritten_data()
     {
         QTest::addColumn<QCborMap>("body");
         QTest::addColumn<QString>("text");
@@ -40,7 +40,7 @@ private Q_SLOTS:
                                      << uR"({1: other value, "k": other value})"_s;
     }
 
-    void keysAndShortValuesAreTold()
+    void keysAndShortValuesAreWritten()
     {
         QFETCH(const QCborMap, body);
         QFETCH(const QString, text);

@@ -14,7 +14,7 @@ class tst_ReaderChoice : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theAcceptedReaderIsTheHealthCards_data()
+    void theAcceptedReaderIsUsedForTheHealthCard_data()
     {
         QTest::addColumn<QStringList>("readers");
         QTest::addColumn<QString>("professional");
@@ -26,7 +26,7 @@ private Q_SLOTS:
                                      << u"Feitian SCR301 (2)"_s;
     }
 
-    void theAcceptedReaderIsTheHealthCards()
+    void theAcceptedReaderIsUsedForTheHealthCard()
     {
         QFETCH(const QStringList, readers);
         QFETCH(const QString, professional);
@@ -43,7 +43,7 @@ private Q_SLOTS:
         QCOMPARE(choice.error().code(), PelmoraError::noReader().code());
     }
 
-    void anotherModelAloneIsAnError_data()
+    void onlyReadersOfOtherModelsGiveAnError_data()
     {
         QTest::addColumn<QStringList>("readers");
         QTest::newRow("others") << QStringList{u"X"_s, u"Y"_s};
@@ -51,7 +51,7 @@ private Q_SLOTS:
         QTest::newRow("longer name") << QStringList{u"Feitian SCR301 00 00"_s};
     }
 
-    void anotherModelAloneIsAnError()
+    void onlyReadersOfOtherModelsGiveAnError()
     {
         QFETCH(const QStringList, readers);
         const auto choice = readerChoice(readers);

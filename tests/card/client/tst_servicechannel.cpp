@@ -20,7 +20,7 @@ class tst_ServiceChannel : public TestCase
 private Q_SLOTS:
     void init() { m_log.clear(); }
 
-    void byDefaultAReplyMayTakeAMinuteAndLeavingTwoSeconds()
+    void theDefaultLimitsAreAMinuteForAReplyAndTwoSecondsToExit()
     {
         QVERIFY(ChannelLimits{}.requestTimeout == 60s);
         QVERIFY(ChannelLimits{}.exitGrace == 2s);
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QTEST(talk.events(commands), "events");
     }
 
-    void aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest_data()
+    void aBreakIsReportedToTheHandlerThenToEveryPendingRequest_data()
     {
         QTest::addColumn<FakeScript>("script");
         QTest::addColumn<bool>("isSeenByTimeout");
@@ -75,7 +75,7 @@ private Q_SLOTS:
             QTest::addRow("%s at start", behaviour) << FakeScript().startingWith(behaviour) << false;
     }
 
-    void aBrokenConnectionTellsItsHandlerAndThenEveryWaitingRequest()
+    void aBreakIsReportedToTheHandlerThenToEveryPendingRequest()
     {
         QFETCH(const FakeScript, script);
         QFETCH(const bool, isSeenByTimeout);
@@ -90,14 +90,14 @@ private Q_SLOTS:
         QVERIFY(std::ranges::all_of(talk.fake.processes(), FakeService::isReaped));
     }
 
-    void aServiceIsSeenToEndWithoutWaitingForATimeout_data()
+    void theEndOfAServiceIsNoticedWithoutATimeout_data()
     {
         QTest::addColumn<QString>("behaviour");
         for (const auto* const behaviour : {"exit", "crash", "close-output", "close-input", "die-and-leave-a-child"})
             QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
     }
 
-    void aServiceIsSeenToEndWithoutWaitingForATimeout()
+    void theEndOfAServiceIsNoticedWithoutATimeout()
     {
         QFETCH(const QString, behaviour);
         Conversation talk(FakeScript().doing("any", behaviour), {.requestTimeout = 10min, .exitGrace = 100ms});
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
     }
 
-    void aRequestToAServiceThatHasJustDiedIsAnsweredAndTheApplicationGoesOn()
+    void aRequestToAServiceThatHasExitedIsAnswered()
     {
         Conversation talk(FakeScript().startingWith("exit"));
         std::promise<QString> replied;
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QCOMPARE(reply.get(), u"none"_s);
     }
 
-    void theConnectionIsClosedWhenItsHandlerIsToldOfTheBreak()
+    void theConnectionIsClosedBeforeItsHandlerIsCalled()
     {
         Conversation talk(FakeScript().doing("any", "crash"));
         std::promise<QString> told;
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(future.get(), u"closed"_s);
     }
 
-    void aServiceThatEndsWhileNothingWaitsInterrupts()
+    void aServiceThatEndsWithoutPendingRequestsIsAnInterruption()
     {
         Conversation talk(FakeScript().startingWith("exit"));
         std::promise<ChannelEvent::Kind> told;
@@ -171,7 +171,7 @@ private Q_SLOTS:
                               u"Card service: reply to request 4711, which does not wait"_s}));
     }
 
-    void unknownRepliesFillNoLog()
+    void theLogOfManyUnknownRepliesIsBounded()
     {
         Conversation talk(FakeScript().doing("any", "unknown-reply-often"));
         QVERIFY(talk.ask({u"init"_s}));
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QCOMPARE(reply.get(), false);
     }
 
-    void aRequestLargerThanThePipeArrivesWhole()
+    void aRequestLargerThanThePipeArrivesCompletely()
     {
         Conversation talk;
         std::promise<bool> replied;
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QCOMPARE(talk.fake.requested(u"Padding"_s), QStringList{QString(1'000'000, u'x')});
     }
 
-    void aServiceThatReadsNothingDoesNotHoldTheThread()
+    void aServiceThatReadsNothingDoesNotBlockTheThread()
     {
         Conversation talk(FakeScript().startingWith("stop-reading"), {.exitGrace = 100ms});
         std::promise<bool> replied;

@@ -71,7 +71,7 @@ class tst_ServiceChannelDescriptors : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void whicheverDescriptorIsRefusedNothingIsLeftBehind()
+    void afterAnyRefusedDescriptorNoDescriptorIsLeftOpen()
     {
         const FakeService fake;
         int error = EMFILE;
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QVERIFY(std::ranges::all_of(fake.processes(), FakeService::isReaped));
     }
 
-    void aClientThatIsMadeWithoutDescriptorsFailsItsBindsAndWorksLater()
+    void aClientMadeWithoutFreeDescriptorsWorksOnceSomeAreFree()
     {
         const FakeService fake;
         std::shared_ptr<LVitAccess> client;
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(ClientOutcome::summary(ClientOutcome::awaitBind(client)), u"success"_s);
     }
 
-    void aConnectionThatCannotBeWatchedAnyMoreIsBrokenAndNothingSpins()
+    void aConnectionThatCannotBePolledIsClosedWithoutABusyLoop()
     {
         Conversation talk(FakeScript().doing("vitale_read", "silent"), {.requestTimeout = 10min, .exitGrace = 1500ms});
         QVERIFY(talk.ask({u"init"_s}));

@@ -15,7 +15,7 @@ class tst_ServiceChannelLife : public TestCase
 private Q_SLOTS:
     void init() { m_log.clear(); }
 
-    void closingAnswersWhatWaitsAndTellsNoEvent()
+    void closingAnswersPendingRequestsAndReportsNoEvent()
     {
         Conversation talk(FakeScript().doing("any", "silent"));
         const auto story = std::make_shared<Story>();
@@ -57,7 +57,7 @@ private Q_SLOTS:
         QCOMPARE(talk.fake.processes().size(), 2);
     }
 
-    void destructionAnswersWhatWaitsAndEndsTheService()
+    void destructionAnswersPendingRequestsAndEndsTheService()
     {
         const FakeService fake(FakeScript().doing("any", "silent"));
         const auto story = std::make_shared<Story>();
@@ -71,7 +71,7 @@ private Q_SLOTS:
         QVERIFY(FakeService::isReaped(fake.processes().value(0)));
     }
 
-    void destructionOutlastsAServiceThatIgnoresTheEndOfItsInput()
+    void destructionKillsAServiceThatIgnoresTheEndOfItsInput()
     {
         const FakeService fake(FakeScript().ignoringTheEnd());
         const auto story = std::make_shared<Story>();
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(fake.notes().last(), u"end of input"_s);
     }
 
-    void tasksRunInOrderOnOneThreadOfTheirOwn()
+    void tasksRunInOrderOnTheChannelsThread()
     {
         const FakeService fake;
         ServiceChannel channel({fake.filePath(u"absent"_s), {}});
@@ -135,7 +135,7 @@ private Q_SLOTS:
         }
     }
 
-    void tasksPostedBeforeTheEndAreRunAndCannotConnect()
+    void tasksPostedBeforeTheEndRunAndCannotConnect()
     {
         Conversation talk;
         std::promise<void> gate;

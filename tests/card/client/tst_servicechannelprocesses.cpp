@@ -19,7 +19,7 @@ class tst_ServiceChannelProcesses : public TestCase
 private Q_SLOTS:
     void init() { m_log.clear(); }
 
-    void aServiceLeavesWhenItsInputEnds()
+    void aServiceExitsWhenItsInputEnds()
     {
         Conversation talk;
         QVERIFY(talk.ask({u"init"_s}));
@@ -29,7 +29,7 @@ private Q_SLOTS:
         QVERIFY(FakeService::isReaped(talk.fake.processes()[0]));
     }
 
-    void closingDoesNotWaitForAServiceThatStaysAndThatIsKilled()
+    void closingDoesNotWaitForAServiceThatMustBeKilled()
     {
         Conversation talk(FakeScript().ignoringTheEnd(), {.exitGrace = 1s});
         QVERIFY(talk.ask({u"init"_s}));
@@ -46,7 +46,7 @@ private Q_SLOTS:
         QVERIFY(!FakeService::isDead(talk.fake.processes().value(1)));
     }
 
-    void theEndHurriesServicesThatIgnoreTheEndOfTheirInput()
+    void stoppingKillsServicesThatIgnoreTheEndOfTheirInput()
     {
         // One that was leaving already, and one that is told to.
         Conversation talk(FakeScript().ignoringTheEnd(), {.exitGrace = 10min, .stopGrace = 300ms});
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(story->events, QStringList{u"1: success"_s});
     }
 
-    void whatTheServiceSaysOnStandardErrorIsLoggedAtDebugLevelInBoundedLines()
+    void standardErrorIsLoggedAtDebugLevelInBoundedLines()
     {
         Conversation talk(FakeScript().doing("any", "chatter-on-errors"));
         QCOMPARE(talk.events({u"init"_s}), QStringList{u"1: success"_s});
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QCOMPARE(said(), m_log.lines());
     }
 
-    void whatTheServiceSaysOnStandardErrorIsNotLoggedByDefault()
+    void standardErrorIsNotLoggedByDefault()
     {
         Conversation talk(FakeScript().doing("any", "chatter-on-errors"));
         const auto story = std::make_shared<Story>();
@@ -164,14 +164,14 @@ private Q_SLOTS:
         QCOMPARE(m_log.lines(), QStringList());
     }
 
-    void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged_data()
+    void theLastOutputOfAServiceIsReadAndABoundedPartLogged_data()
     {
         QTest::addColumn<QString>("behaviour");
         for (const auto* const behaviour : {"last-words", "last-words-and-leave-a-child"})
             QTest::newRow(behaviour) << QString::fromLatin1(behaviour);
     }
 
-    void allThatAServiceSaysBeforeItEndsIsReadAndABoundedPartLogged()
+    void theLastOutputOfAServiceIsReadAndABoundedPartLogged()
     {
         QFETCH(const QString, behaviour);
         Conversation talk(FakeScript().doing("any", behaviour));
@@ -181,7 +181,7 @@ private Q_SLOTS:
         QCOMPARE(said(), expected);
     }
 
-    void aNoisyChildDoesNotDelayTheEndOfItsService()
+    void aChildThatKeepsWritingDoesNotDelayTheEndOfTheService()
     {
         Conversation talk(FakeScript().doing("any", "die-and-leave-a-noisy-child"), {.exitGrace = 10min});
         const auto story = std::make_shared<Story>();
@@ -191,7 +191,7 @@ private Q_SLOTS:
                                  10'000);
     }
 
-    void aFloodOnStandardErrorHoldsNothingUpAndFillsNoLog()
+    void aFloodOnStandardErrorBlocksNothingAndItsLogIsBounded()
     {
         Conversation talk(FakeScript().doing("any", "flood-on-errors"), {.exitGrace = 200ms});
         const auto story = std::make_shared<Story>();
@@ -228,7 +228,7 @@ private Q_SLOTS:
         QCOMPARE(m_log.lines(MXLog::Warning), QStringList{logged});
     }
 
-    void aServiceThatLeavesWhenItIsAskedToIsNotLogged()
+    void aServiceThatExitsOnRequestIsNotLogged()
     {
         Conversation talk;
         QVERIFY(talk.ask({u"init"_s}));
@@ -238,7 +238,7 @@ private Q_SLOTS:
         QCOMPARE(m_log.lines(), QStringList());
     }
 
-    void aServiceThatHadToBeKilledIsLoggedAsThat()
+    void aKilledServiceIsLoggedAsKilled()
     {
         Conversation talk(FakeScript().ignoringTheEnd(), {.exitGrace = 100ms});
         QVERIFY(talk.ask({u"init"_s}));

@@ -62,7 +62,7 @@ private Q_SLOTS:
             QCOMPARE(::setenv(name, "a value = of its own", 1), 0);
     }
 
-    void aServiceIsGivenItsLanguageItsFoldersAndTheWayToPcsc()
+    void aServiceGetsTheVariablesForLanguageFoldersAndPcsc()
     {
         const Variables variables = environmentOfAService();
         for (const char* name :
@@ -70,7 +70,7 @@ private Q_SLOTS:
             QVERIFY2(variables.contains(name) && variables.at(name) == "a value = of its own", name);
     }
 
-    void nothingElseOfTheSessionReachesAService()
+    void aServiceGetsNoOtherVariables()
     {
         const Variables variables = environmentOfAService();
         for (const char* name : {"DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY",

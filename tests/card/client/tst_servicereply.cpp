@@ -38,20 +38,20 @@ private Q_SLOTS:
         QCOMPARE(decodeCardText(bytes), text);
     }
 
-    void bytesInNoEncodingAreNoText_data()
+    void bytesThatFitNoEncodingGiveNoText_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         for (const char* const hex : {"81", "8d", "8f", "90", "9d", "c9419d"})
             QTest::newRow(hex) << QByteArray::fromHex(hex);
     }
 
-    void bytesInNoEncodingAreNoText()
+    void bytesThatFitNoEncodingGiveNoText()
     {
         QFETCH(const QByteArray, bytes);
         QCOMPARE(decodeCardText(bytes), std::nullopt);
     }
 
-    void aReplysTextIsATextOrBytesOfUtf8_data()
+    void aTextInAReplyCanBeATextOrBytesInUtf8_data()
     {
         QTest::addColumn<QCborValue>("value");
         QTest::addColumn<bool>("isText");
@@ -64,7 +64,7 @@ private Q_SLOTS:
         QTest::newRow("absent") << QCborValue() << false;
     }
 
-    void aReplysTextIsATextOrBytesOfUtf8()
+    void aTextInAReplyCanBeATextOrBytesInUtf8()
     {
         QFETCH(const QCborValue, value);
         QFETCH(const bool, isText);
@@ -74,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(replyText(reply, "Key"_L1), isText ? std::optional(u"é"_s) : std::nullopt);
     }
 
-    void aDetailIsALineThatAnAlertCanShow()
+    void aDetailIsMadeAShortLineOfPlainText()
     {
         QCOMPARE(replyDetail({}), QString());
         QCOMPARE(replyDetail({{u"Detail"_s, 7}}), QString());
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(replyDetail({{u"Detail"_s, QString(1000, u'x')}}), QString(300, u'x'));
     }
 
-    void onlyTheExactWordIsASuccess_data()
+    void onlyTheExactSuccessWordIsASuccess_data()
     {
         QTest::addColumn<QCborMap>("reply");
         QTest::addColumn<bool>("success");
@@ -96,7 +96,7 @@ private Q_SLOTS:
         QTest::newRow("nothing") << QCborMap() << false;
     }
 
-    void onlyTheExactWordIsASuccess()
+    void onlyTheExactSuccessWordIsASuccess()
     {
         QFETCH(const QCborMap, reply);
         QFETCH(const bool, success);

@@ -14,7 +14,7 @@ class tst_CardReaderState : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachStateTravelsInAMessageOfItsOwn()
+    void eachStateHasItsOwnMessage()
     {
         QSet<QString> words;
         for (const CardReaderStateRow& row : cardReaderStates) {
@@ -28,7 +28,7 @@ private Q_SLOTS:
         QCOMPARE(words.size(), qsizetype(cardReaderStates.size()));
     }
 
-    void otherMessagesTellNoState_data()
+    void otherMessagesContainNoState_data()
     {
         QTest::addColumn<QCborMap>("message");
         QTest::newRow("empty") << QCborMap();
@@ -40,7 +40,7 @@ private Q_SLOTS:
         QTest::newRow("bytes") << QCborMap{{u"Event"_s, u"reader"_s}, {u"State"_s, QByteArray("card")}};
     }
 
-    void otherMessagesTellNoState()
+    void otherMessagesContainNoState()
     {
         QFETCH(QCborMap, message);
         QCOMPARE(readerStateOf(message), std::nullopt);

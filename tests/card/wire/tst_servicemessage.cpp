@@ -76,7 +76,7 @@ private Q_SLOTS:
                                                                                                           "init");
     }
 
-    void whatIsWrittenIsReadBack_data()
+    void anEncodedMessageIsDecodedUnchanged_data()
     {
         QTest::addColumn<qint64>("number");
         QTest::addColumn<bool>("isMap");
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QTest::newRow("the largest number") << std::numeric_limits<qint64>::max() << false << QCborMap{};
     }
 
-    void whatIsWrittenIsReadBack()
+    void anEncodedMessageIsDecodedUnchanged()
     {
         QFETCH(const qint64, number);
         QFETCH(const bool, isMap);
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.messages[0].body, (QCborMap{{u"k"_s, u"v"_s}}));
     }
 
-    void whatIsNoMessageFailsForGood_data()
+    void afterAMalformedItemTheReaderStaysFailed_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("text of a human") << QByteArray("hello, world\n");
@@ -190,7 +190,7 @@ private Q_SLOTS:
         QTest::newRow("100,000 tags") << QByteArray::fromHex("8201a1616b") + QByteArray(100'000, '\xc1');
     }
 
-    void whatIsNoMessageFailsForGood()
+    void afterAMalformedItemTheReaderStaysFailed()
     {
         QFETCH(const QByteArray, bytes);
         const Outcome atOnce = readAll(bytes);
@@ -209,14 +209,14 @@ private Q_SLOTS:
         QCOMPARE(afterwards.error(), FramingError::Malformed);
     }
 
-    void messagesBeforeAMalformedItemAreHandedOut()
+    void messagesBeforeAMalformedItemAreDelivered()
     {
         const Outcome outcome = readAll(encodeServiceMessage({.number = 1, .body = QCborMap{}}) + "garbage");
         QCOMPARE(outcome.messages.size(), 1);
         QCOMPARE(outcome.failure, FramingError::Malformed);
     }
 
-    void everyBeginningOfAnItemNeedsMore()
+    void everyIncompleteItemNeedsMoreBytes()
     {
         const QByteArray item = encodeServiceMessage(
             {.number = 70'000,
@@ -240,7 +240,7 @@ private Q_SLOTS:
         QCOMPARE(readAll(messageWithText(limit - overhead + 1)).failure, FramingError::TooLarge);
     }
 
-    void anItemOverTheMaximumSizeIsRefusedByItsHead_data()
+    void anItemOverTheMaximumSizeIsRefusedAfterItsHead_data()
     {
         QTest::addColumn<QByteArray>("beginning");
         QTest::newRow("text of 5 MiB") << messageWithText(5 * 1024 * 1024, 5 * 1024 * 1024);
@@ -251,7 +251,7 @@ private Q_SLOTS:
         QTest::newRow("map of 5 million pairs") << QByteArray::fromHex("8201ba004c4b40");
     }
 
-    void anItemOverTheMaximumSizeIsRefusedByItsHead()
+    void anItemOverTheMaximumSizeIsRefusedAfterItsHead()
     {
         QFETCH(const QByteArray, beginning);
         QVERIFY(beginning.size() < 100);
@@ -291,7 +291,7 @@ private Q_SLOTS:
         QVERIFY(timer.elapsed() < 20'000);
     }
 
-    void aLargeItemOfManyPartsThatDribblesInIsReadInLinearTime()
+    void aLargeItemReceivedInSmallSlicesIsReadInLinearTime()
     {
         constexpr int parts = 4000;
         constexpr int partSize = 1024;

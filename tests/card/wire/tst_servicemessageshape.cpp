@@ -104,7 +104,7 @@ private Q_SLOTS:
         QCOMPARE(outcomeOf(bytes.chopped(1)), u"0 messages"_s);
     }
 
-    void whatHasAnotherShapeIsRefused_data()
+    void aMessageOfAnotherShapeIsRefused_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("an unknown key") << hex("8201a1 6553746174 7560");
@@ -138,13 +138,13 @@ private Q_SLOTS:
         QTest::newRow("an endless message of three") << hex("9f01f6f6ff");
     }
 
-    void whatHasAnotherShapeIsRefused()
+    void aMessageOfAnotherShapeIsRefused()
     {
         QFETCH(const QByteArray, bytes);
         QCOMPARE(outcomeOf(bytes), u"malformed"_s);
     }
 
-    void aShapeIsRefusedBeforeItsContentIsThere_data()
+    void aWrongShapeIsRefusedBeforeItsContentArrives_data()
     {
         QTest::addColumn<QByteArray>("beginning");
         QTest::newRow("a key that is too long") << hex("8201a1 7841");
@@ -154,13 +154,13 @@ private Q_SLOTS:
         QTest::newRow("a tag") << hex("8201a1 66537461747573 c1");
     }
 
-    void aShapeIsRefusedBeforeItsContentIsThere()
+    void aWrongShapeIsRefusedBeforeItsContentArrives()
     {
         QFETCH(const QByteArray, beginning);
         QCOMPARE(outcomeOf(beginning), u"malformed"_s);
     }
 
-    void withoutAListOfKeysAnyTextIsOne()
+    void withoutAListOfKeysAnyTextIsAccepted()
     {
         const QByteArray shortKeys = hex("8201a2 6161 60 60 60");
         QCOMPARE(outcomeOf(shortKeys, {}), u"1 messages"_s);
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QTEST(outcomeOf(bytes), "outcome");
     }
 
-    void noMessageTakesMuchMemory_data()
+    void theMemoryForAMessageIsBounded_data()
     {
         QTest::addColumn<QByteArray>("beginning");
         QTest::addColumn<QByteArray>("unit"); // comes as often as a message has room for it
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QTest::newRow("a byte string") << value + hex("5a003fffc0") << QByteArray("\xff") << QByteArray();
     }
 
-    void noMessageTakesMuchMemory()
+    void theMemoryForAMessageIsBounded()
     {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
         QSKIP("the sanitizer's own memory counts too");
@@ -260,7 +260,7 @@ private Q_SLOTS:
         QVERIFY2(taken < 64 * 1024, qPrintable(u"%1 KiB"_s.arg(taken)));
     }
 
-    void messagesThatWereHandedOutAreForgotten()
+    void deliveredMessagesUseNoMemory()
     {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
         QSKIP("the sanitizer's own memory counts too");

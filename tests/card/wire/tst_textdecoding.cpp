@@ -12,7 +12,7 @@ class tst_TextDecoding : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void utf8IsDecodedWithoutItsMark_data()
+    void utf8IsDecodedWithoutItsByteOrderMark_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("expected");
@@ -24,14 +24,14 @@ private Q_SLOTS:
         QTest::newRow("ends in a whole character") << QByteArray("Zo\xC3\xA9") << u"Zoé"_s;
     }
 
-    void utf8IsDecodedWithoutItsMark()
+    void utf8IsDecodedWithoutItsByteOrderMark()
     {
         QFETCH(const QByteArray, bytes);
         QFETCH(const QString, expected);
         QCOMPARE(decodeUtf8(bytes), std::optional(expected));
     }
 
-    void whatIsNotUtf8IsRefused_data()
+    void bytesThatAreNotUtf8AreRefused_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("Latin 1") << QByteArray("Zo\xE9 ");
@@ -46,7 +46,7 @@ private Q_SLOTS:
         QTest::newRow("beyond the last character") << QByteArray("\xF4\x90\x80\x80");
     }
 
-    void whatIsNotUtf8IsRefused()
+    void bytesThatAreNotUtf8AreRefused()
     {
         QFETCH(const QByteArray, bytes);
         QCOMPARE(decodeUtf8(bytes), std::nullopt);
@@ -61,7 +61,7 @@ private Q_SLOTS:
         }
     }
 
-    void windows1252DiffersFromLatin1In27CharactersAndLacksFive()
+    void windows1252DiffersFromLatin1In27CharactersAndHasFiveUnassigned()
     {
         QString others;
         QByteArray absent;
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(absent, QByteArray("\x81\x8D\x8F\x90\x9D"));
     }
 
-    void whatIsEncodedIsDecodedAgain()
+    void anEncodedTextIsDecodedUnchanged()
     {
         const QString inBoth = u"Zoé Œdipe, 3 € « à » – ™\n"_s;
         QCOMPARE(encodeWindows1252(inBoth),
@@ -92,7 +92,7 @@ private Q_SLOTS:
         QCOMPARE(encodeUtf8(QString()).value_or("x"), QByteArray());
     }
 
-    void whatAnEncodingLacksIsNotEncoded()
+    void charactersOutsideAnEncodingAreNotEncoded()
     {
         QCOMPARE(encodeWindows1252(u"Łódź"), std::nullopt);
         QCOMPARE(encodeWindows1252(u"\U0001F642"), std::nullopt);
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(encodeWindows1252(half), std::nullopt);
     }
 
-    void wholeTextsAreDecoded()
+    void textsOfTheEncodingAreDecodedAndOthersRefused()
     {
         QCOMPARE(decodeLatin1("Zo\xE9"), std::optional(u"Zoé"_s));
         QCOMPARE(decodeLatin1("Zo\xE9 \x8C"), std::nullopt);

@@ -25,7 +25,7 @@ class tst_XmlBytes : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theMarkOrElseTheDeclarationOrElseUtf8Decides_data()
+    void theEncodingIsThatOfTheMarkThenOfTheDeclarationThenUtf8_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("expected");
@@ -50,21 +50,21 @@ private Q_SLOTS:
         declared("<?xml version='1.0' encoding='US-ASCII'?>", "<n>Zoe</n>", u"<n>Zoe</n>"_s);
     }
 
-    void theMarkOrElseTheDeclarationOrElseUtf8Decides()
+    void theEncodingIsThatOfTheMarkThenOfTheDeclarationThenUtf8()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, expected);
         QCOMPARE(decodeXmlBytes(bytes), std::optional(expected));
     }
 
-    void aMarkWinsOverTheDeclaration()
+    void aByteOrderMarkOverridesTheDeclaration()
     {
         const QString text = u"<?xml version='1.0' encoding='ISO-8859-1'?><n>Zoé</n>"_s;
         QCOMPARE(decodeXmlBytes(encoded(QStringConverter::Utf8, text, true)), std::optional(text));
         QCOMPARE(decodeXmlBytes(encoded(QStringConverter::Utf16LE, text, true)), std::optional(text));
     }
 
-    void bytesThatTheEncodingLacksAreRefused_data()
+    void bytesThatAreInvalidInTheEncodingAreRefused_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("Latin-1 taken for UTF-8") << QByteArray("<n>Zo\xE9</n>");
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QTest::newRow("UTF-16 declared in bytes") << QByteArray("<?xml version='1.0' encoding='UTF-16'?><n/>");
     }
 
-    void bytesThatTheEncodingLacksAreRefused()
+    void bytesThatAreInvalidInTheEncodingAreRefused()
     {
         QFETCH(QByteArray, bytes);
         QCOMPARE(decodeXmlBytes(bytes), std::nullopt);
