@@ -44,7 +44,7 @@ private Q_SLOTS:
         QCOMPARE(Bundle(m_folder.path()).pathForResource(u"01"_s, u"svg"_s), m_folder.filePath(u"01.svg"_s));
     }
 
-    void whatIsNotAResourceHasNoPath()
+    void aNameThatIsNotAResourceHasNoPath()
     {
         const Bundle bundle(m_folder.path());
         QVERIFY(!bundle.pathForResource(u"99"_s, u"svg"_s));
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QVERIFY(!bundle.pathForResource(u""_s, u"svg"_s));
     }
 
-    void programsLieBesideTheResources()
+    void programsAreFoundBesideTheResources()
     {
         QCOMPARE(Bundle(u"/tree/share/pelmora"_s).pathForProgram(u"pelmora-cards"_s),
                  u"/tree/libexec/pelmora/pelmora-cards"_s);
@@ -81,7 +81,7 @@ private Q_SLOTS:
         QCOMPARE(copy.objectForInfoDictionaryKey(u"Key"), QVariant(u"first"_s));
     }
 
-    void aMissingOrBrokenInformationDictionaryIsEmptyAndToldOnce_data()
+    void aMissingOrBrokenInformationDictionaryIsEmptyAndLoggedOnce_data()
     {
         QTest::addColumn<QString>("folder");
         QTest::newRow("missing") << m_folder.filePath(u"nowhere"_s);
@@ -89,7 +89,7 @@ private Q_SLOTS:
         QTest::newRow("no dictionary") << folderWithInformation("<plist version=\"1.0\"><string>a</string></plist>");
     }
 
-    void aMissingOrBrokenInformationDictionaryIsEmptyAndToldOnce()
+    void aMissingOrBrokenInformationDictionaryIsEmptyAndLoggedOnce()
     {
         QFETCH(const QString, folder);
         QTest::ignoreMessage(QtWarningMsg, "The information dictionary cannot be read.");

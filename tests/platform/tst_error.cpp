@@ -11,7 +11,7 @@ class tst_Error : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aDescriptionIsShownAsItStands()
+    void aDescriptionIsShownUnchanged()
     {
         const Error error(u"Pelmora"_s, -30, u"Texte\nsur deux lignes."_s);
         QCOMPARE(error.localizedDescription(), u"Texte\nsur deux lignes."_s);
@@ -24,12 +24,12 @@ private Q_SLOTS:
         QCOMPARE(error.localizedDescription(), u"L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s);
     }
 
-    void aPercentSignInTheDomainIsShownAsItStands()
+    void aPercentSignInTheDomainIsShown()
     {
         QCOMPARE(Error(u"%2"_s, 7).localizedDescription(), u"L’opération n’a pas pu s’achever. (erreur %2 7.)"_s);
     }
 
-    void aDetailStandsBesideTheText()
+    void theDetailIsSeparateFromTheText()
     {
         const Error plain(u"Pelmora"_s, -22, u"Erreur lecteur."_s);
         QCOMPARE(plain.detail(), QString());

@@ -31,7 +31,7 @@ private Q_SLOTS:
         QCOMPARE(threads, QList<QThread*>(3, QCoreApplication::instance()->thread()));
     }
 
-    void aTaskPostedFromTheMainThreadRunsLaterToo()
+    void aTaskPostedFromTheMainThreadRunsLater()
     {
         bool ran = false;
         postToMainQueue([&ran] { ran = true; });

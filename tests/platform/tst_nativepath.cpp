@@ -13,7 +13,7 @@ class tst_NativePath : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aPathInUtf8IsItsText_data()
+    void aPathInUtf8IsConvertedToItsText_data()
     {
         QTest::addColumn<QString>("text");
         QTest::newRow("plain") << u"/home/a b/carte.xml"_s;
@@ -24,14 +24,14 @@ private Q_SLOTS:
         QTest::newRow("empty") << u""_s;
     }
 
-    void aPathInUtf8IsItsText()
+    void aPathInUtf8IsConvertedToItsText()
     {
         QFETCH(const QString, text);
         QCOMPARE(pathFromBytes(text.toUtf8()), text);
         QCOMPARE(bytesOfPath(text), text.toUtf8());
     }
 
-    void whatIsNotUtf8ComesBackAsItWas_data()
+    void aPathThatIsNotUtf8IsConvertedBackUnchanged_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("Latin 1") << QByteArray("/tmp/Zo\xE9.xml");
@@ -48,13 +48,13 @@ private Q_SLOTS:
         }();
     }
 
-    void whatIsNotUtf8ComesBackAsItWas()
+    void aPathThatIsNotUtf8IsConvertedBackUnchanged()
     {
         QFETCH(const QByteArray, bytes);
         QCOMPARE(bytesOfPath(pathFromBytes(bytes)), bytes);
     }
 
-    void anyBytesComeBackAsTheyWere()
+    void anyBytesAreConvertedBackUnchanged()
     {
         QRandomGenerator random(1);
         constexpr std::array<uchar, 12> pieces{'a', '/', 0x80, 0x9F, 0xA0, 0xB2, 0xC3, 0xE2, 0xED, 0xF0, 0xFE, 0xFF};
@@ -66,7 +66,7 @@ private Q_SLOTS:
         }
     }
 
-    void anAddressLeadsToItsFileWhateverItsName_data()
+    void anAddressGivesThePathOfItsFileForAnyName_data()
     {
         QTest::addColumn<QByteArray>("address");
         QTest::addColumn<QByteArray>("path");
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QTest::newRow("NUL") << QByteArray("file:///a%00b") << QByteArray();
     }
 
-    void anAddressLeadsToItsFileWhateverItsName()
+    void anAddressGivesThePathOfItsFileForAnyName()
     {
         QFETCH(const QByteArray, address);
         QFETCH(const QByteArray, path);

@@ -29,7 +29,7 @@ private Q_SLOTS:
         m_heard.clear();
     }
 
-    void observersOfTheNameHearAtOnceInTheirOrder()
+    void observersOfTheNameAreCalledAtOnceInTheirOrder()
     {
         m_center.addObserver(&m_second, u"Bind"_s, hear(u"second"_s));
         m_center.addObserver(&m_first, u"Bind"_s, hear(u"first"_s));
@@ -38,13 +38,13 @@ private Q_SLOTS:
         QCOMPARE(m_heard, (QStringList{u"second Bind"_s, u"first Bind"_s}));
     }
 
-    void aNotificationThatNobodyObservesIsNoFault()
+    void aNotificationWithoutObserversIsAccepted()
     {
         m_center.postNotification(u"Bind"_s);
         QVERIFY(m_heard.isEmpty());
     }
 
-    void theUserInformationArrivesAsItWasGiven()
+    void theUserInformationArrivesUnchanged()
     {
         std::vector<std::optional<QVariantMap>> heard;
         m_center.addObserver(&m_first, u"Bind"_s,
@@ -59,7 +59,7 @@ private Q_SLOTS:
         QVERIFY(!heard[2].has_value());
     }
 
-    void aRemovedObserverHearsNothingMore()
+    void aRemovedObserverIsNotCalled()
     {
         m_center.addObserver(&m_first, u"Bind"_s, hear(u"first"_s));
         m_center.addObserver(&m_first, u"Other"_s, hear(u"first"_s));
@@ -71,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(m_heard, QStringList{u"second Bind"_s});
     }
 
-    void anObserverMayLeaveAndTakeOthersAlongWhileItHears()
+    void anObserverCanRemoveItselfAndOthersWhenCalled()
     {
         m_center.addObserver(&m_first, u"Bind"_s, [this](const Notification& notification) {
             hear(u"first"_s)(notification);
@@ -84,7 +84,7 @@ private Q_SLOTS:
         QCOMPARE(m_heard, QStringList{u"first Bind"_s});
     }
 
-    void anObserverThatComesDuringANotificationHearsTheNextOne()
+    void anObserverAddedDuringANotificationIsCalledForTheNextOne()
     {
         m_center.addObserver(&m_first, u"Bind"_s, [this](const Notification&) {
             for (int count = 0; count < 100; ++count)
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(m_heard, QStringList{u"second Bind"_s});
     }
 
-    void aBlockMayPost()
+    void anObserverCanPostANotification()
     {
         m_center.addObserver(&m_first, u"Bind"_s,
                              [this](const Notification&) { m_center.postNotification(u"Other"_s); });
@@ -108,7 +108,7 @@ private Q_SLOTS:
         QCOMPARE(m_heard, (QStringList{u"second Other"_s, u"second Bind"_s}));
     }
 
-    void anErrorTravelsInUserInformation()
+    void userInformationCanContainAnError()
     {
         const Error error(u"Pelmora"_s, -20, u"Rien."_s);
         const std::optional<Error> found = errorInValue(QVariant::fromValue(error));
@@ -119,7 +119,7 @@ private Q_SLOTS:
         QVERIFY(!errorInValue(QVariant(u"Pelmora"_s)).has_value());
     }
 
-    void theDefaultCentreIsOne()
+    void theDefaultCentreIsShared()
     {
         QCOMPARE(&NotificationCenter::defaultCenter(), &NotificationCenter::defaultCenter());
     }

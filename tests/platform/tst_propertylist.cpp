@@ -82,7 +82,7 @@ private Q_SLOTS:
         QCOMPARE(list->toMap(), expected);
     }
 
-    void everyKindOfValueIsReadAgainAsItWasWritten_data()
+    void everyWrittenKindOfValueIsReadBackUnchanged_data()
     {
         QTest::addColumn<QVariant>("value");
         QTest::newRow("text") << QVariant(u"Zoé & « <fils> » \"\n\t\U0001F600"_s);
@@ -102,7 +102,7 @@ private Q_SLOTS:
             QVariantMap{{u"a<b>&"_s, u"x"_s}, {u"e"_s, QVariantMap{{u"f"_s, qint64{1}}}}});
     }
 
-    void everyKindOfValueIsReadAgainAsItWasWritten()
+    void everyWrittenKindOfValueIsReadBackUnchanged()
     {
         QFETCH(const QVariant, value);
         const QVariant read = writtenAndRead(value);
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QCOMPARE(read, value);
     }
 
-    void aListIsWrittenAsAnyPropertyListIs()
+    void theWrittenFormatIsThatOfPropertyLists()
     {
         const auto xml = writePropertyList(QVariantMap{{u"Beneficiaries"_s, QVariantList{QVariantMap()}}, {u"n"_s, 7}});
         QVERIFY(xml.has_value());
@@ -122,14 +122,14 @@ private Q_SLOTS:
                  text.constData());
     }
 
-    void charactersThatXmlLacksAreReplaced()
+    void charactersThatAreInvalidInXmlAreReplaced()
     {
         const auto xml = writePropertyList(u"a\u0001b\uFFFEc"_s);
         QVERIFY(xml.has_value());
         QCOMPARE(textInXml(*xml), u"a\uFFFDb\uFFFDc"_s);
     }
 
-    void whatAPropertyListCannotHoldIsNotWritten_data()
+    void aValueThatAPropertyListCannotContainIsNotWritten_data()
     {
         QTest::addColumn<QVariant>("value");
         QTest::newRow("nothing") << QVariant();
@@ -141,13 +141,13 @@ private Q_SLOTS:
         QTest::newRow("nested too deep") << QVariant(nestedList(100));
     }
 
-    void whatAPropertyListCannotHoldIsNotWritten()
+    void aValueThatAPropertyListCannotContainIsNotWritten()
     {
         QFETCH(const QVariant, value);
         QVERIFY(!writePropertyList(value).has_value());
     }
 
-    void whatIsNoPropertyListIsNotRead_data()
+    void aTextThatIsNotAPropertyListIsRefused_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("nothing") << QByteArray();
@@ -164,13 +164,13 @@ private Q_SLOTS:
             << document(QByteArray("<dict><key>a</key>").repeated(50'000) + QByteArray("</dict>").repeated(50'000));
     }
 
-    void whatIsNoPropertyListIsNotRead()
+    void aTextThatIsNotAPropertyListIsRefused()
     {
         QFETCH(const QByteArray, bytes);
         QVERIFY(!parsePropertyList(bytes).has_value());
     }
 
-    void whatIsNestedWithinReasonIsRead() { QCOMPARE(writtenAndRead(nestedList(60)), QVariant(nestedList(60))); }
+    void aListWithAcceptedNestingIsRead() { QCOMPARE(writtenAndRead(nestedList(60)), QVariant(nestedList(60))); }
 };
 
 template class RunnableTests<tst_PropertyList, void>;

@@ -11,7 +11,7 @@ class tst_TildePath : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyALeadingTildeIsTheHome_data()
+    void onlyALeadingTildeIsReplacedByTheHome_data()
     {
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("expected");
@@ -23,7 +23,7 @@ private Q_SLOTS:
         QTest::newRow("empty") << u""_s << u""_s;
     }
 
-    void onlyALeadingTildeIsTheHome()
+    void onlyALeadingTildeIsReplacedByTheHome()
     {
         qputenv("HOME", "/home/léa b");
         QFETCH(const QString, path);

@@ -34,7 +34,7 @@ private:
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_folder.isValid()); }
 
-    void anArrayOfAnyLengthIsReadAgainAsAnArray_data()
+    void anArrayOfAnyLengthIsReadBackAsAnArray_data()
     {
         QTest::addColumn<QVariantList>("array");
         QTest::newRow("empty") << QVariantList();
@@ -43,7 +43,7 @@ private Q_SLOTS:
         QTest::newRow("three") << QVariantList{u"é"_s, u"a;b"_s, u"%2F=[x]"_s};
     }
 
-    void anArrayOfAnyLengthIsReadAgainAsAnArray()
+    void anArrayOfAnyLengthIsReadBackAsAnArray()
     {
         QFETCH(const QVariantList, array);
         const QVariant read = storedAndReadAgain(newFile(), array);
@@ -51,7 +51,7 @@ private Q_SLOTS:
         QCOMPARE(read.toList(), array);
     }
 
-    void aShorterArrayLeavesNothingOfALongerOne()
+    void aShorterArrayReplacesALongerOneCompletely()
     {
         const QString file = newFile();
         UserDefaults defaults(file);
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QVERIFY(!defaults.object(u"Key"_s).isValid());
     }
 
-    void textsAreReadAgainAsTheyWere_data()
+    void textsAreReadBackUnchanged_data()
     {
         QTest::addColumn<QString>("text");
         QTest::newRow("path with blanks and accents") << u"/home/a b/Médecins, 2ᵉ étage; \"x\" = \\y"_s;
@@ -74,19 +74,19 @@ private Q_SLOTS:
         QTest::newRow("at sign") << u"@Variant(x)"_s;
     }
 
-    void textsAreReadAgainAsTheyWere()
+    void textsAreReadBackUnchanged()
     {
         QFETCH(const QString, text);
         QCOMPARE(storedAndReadAgain(newFile(), text).toString(), text);
     }
 
-    void aDateIsReadAgainAsADate()
+    void aDateIsReadBackAsADate()
     {
         const QDateTime date(QDate(2026, 2, 28), QTime(12, 30), Qt::UTC);
         QCOMPARE(storedAndReadAgain(newFile(), date).toDateTime(), date);
     }
 
-    void aStoredValueWinsOverTheRegisteredOneUntilItIsRemoved()
+    void aStoredValueOverridesTheRegisteredOneUntilItIsRemoved()
     {
         UserDefaults defaults(newFile());
         defaults.registerDefaults({{u"Key"_s, u"registered"_s}});
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QVERIFY(!UserDefaults(path).object(u"Absent"_s).isValid());
     }
 
-    void anArrayHoldsWhatIsThereWhateverItsSizeSays_data()
+    void anArrayHasItsStoredElementsWhateverItsSizeKeySays_data()
     {
         QTest::addColumn<QByteArray>("lines");
         QTest::addColumn<QVariantList>("array");
@@ -132,7 +132,7 @@ private Q_SLOTS:
                                    << QVariantList{u"a"_s};
     }
 
-    void anArrayHoldsWhatIsThereWhateverItsSizeSays()
+    void anArrayHasItsStoredElementsWhateverItsSizeKeySays()
     {
         QFETCH(const QByteArray, lines);
         const QString path = newFile();
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QTEST(read.toList(), "array");
     }
 
-    void aNewFileAndItsFolderAreTheirOwnersAlone_data()
+    void aNewFileAndItsFolderAreAccessibleToTheirOwnerOnly_data()
     {
         QTest::addColumn<int>("mask");
         QTest::newRow("no umask") << 0;
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QTest::newRow("umask against the owner") << 0277;
     }
 
-    void aNewFileAndItsFolderAreTheirOwnersAlone()
+    void aNewFileAndItsFolderAreAccessibleToTheirOwnerOnly()
     {
         QFETCH(const int, mask);
         const QString above = m_folder.filePath(u"above-%1"_s.arg(m_count++));
@@ -175,7 +175,7 @@ private Q_SLOTS:
         QCOMPARE(UserDefaults(file).object(u"Key"_s).toInt(), 2);
     }
 
-    void whatTheEventLoopWritesIsItsOwnersAlone()
+    void aFileWrittenByTheEventLoopIsAccessibleToItsOwnerOnly()
     {
         const mode_t before = umask(0);
         const QString file = newFile();
@@ -189,7 +189,7 @@ private Q_SLOTS:
         umask(before);
     }
 
-    void theFoldersAboveHaveTheUsualRights()
+    void parentFoldersGetTheDefaultPermissions()
     {
         const QString above = m_folder.filePath(u"above-%1"_s.arg(m_count++));
         const mode_t before = umask(0022);
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(modeOf(above), 0755U);
     }
 
-    void aWiderFileIsNarrowedWhenItIsOpenedAndStaysSo()
+    void aReadableFileIsRestrictedToItsOwnerWhenOpened()
     {
         const QString file = newFile();
         UserDefaults(file).setObject(u"Key"_s, 1);
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QCOMPARE(UserDefaults(file).object(u"Key"_s).toInt(), 2);
     }
 
-    void theUsersOwnFolderIsNarrowedAndNoOther()
+    void onlyTheUsersOwnFolderIsRestricted()
     {
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_folder.path()));
         for (const QString& name : {u"MORVEL"_s, u"another"_s}) {
@@ -236,7 +236,7 @@ private Q_SLOTS:
     }
 
     // What waits for a pipe's other end waits for ever.
-    void inThePlaceOfAPipeSettingsLiveInMemory_data()
+    void settingsStayInMemoryWhenTheFileIsNotRegular_data()
     {
         QTest::addColumn<QString>("kind");
         QTest::newRow("pipe") << u"pipe"_s;
@@ -244,7 +244,7 @@ private Q_SLOTS:
         QTest::newRow("folder") << u"folder"_s;
     }
 
-    void inThePlaceOfAPipeSettingsLiveInMemory()
+    void settingsStayInMemoryWhenTheFileIsNotRegular()
     {
         QFETCH(const QString, kind);
         const QString path = newFile();
@@ -270,7 +270,7 @@ private Q_SLOTS:
         QVERIFY(kind != u"folder" || QDir(path).isEmpty());
     }
 
-    void theStandardFileLiesInTheConfigurationFolder()
+    void theStandardFileIsInTheConfigurationFolder()
     {
         qputenv("XDG_CONFIG_HOME", m_folder.path().toUtf8());
         QCOMPARE(UserDefaults::standardFilePath(), m_folder.filePath(u"MORVEL/Pelmora.conf"_s));

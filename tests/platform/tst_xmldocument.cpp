@@ -68,14 +68,14 @@ private Q_SLOTS:
         QVERIFY(root.firstNode("e").value().hasChildren());
     }
 
-    void aDecodedTextIsReadAsItIsWhateverEncodingItDeclares_data()
+    void theDeclaredEncodingOfADecodedTextIsIgnored_data()
     {
         QTest::addColumn<QString>("encoding");
         for (const char* name : {"UTF-8", "ISO-8859-1", "windows-1252", "UTF-16", "US-ASCII", "no-such-encoding"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
 
-    void aDecodedTextIsReadAsItIsWhateverEncodingItDeclares()
+    void theDeclaredEncodingOfADecodedTextIsIgnored()
     {
         QFETCH(const QString, encoding);
         const QString text = u"<?xml version='1.0' encoding='%1'?><a>Zoé Œ €</a>"_s.arg(encoding);
@@ -84,7 +84,7 @@ private Q_SLOTS:
         QCOMPARE(document->rootElement().stringValue(), u"Zoé Œ €"_s);
     }
 
-    void anErrorTellsThePlaceAndQuotesNothing()
+    void anErrorHasThePositionAndNoTextOfTheDocument()
     {
         const auto document = XmlDocument::fromText(u"<a>\n<SPECIMEN>1 85 05</b></a>"_s);
         QVERIFY(!document.has_value());

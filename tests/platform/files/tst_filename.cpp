@@ -40,7 +40,7 @@ private Q_SLOTS:
         QCOMPARE(fileNameFromText(fits + u'a', u"pdf"_s), fits + u".pdf"_s);
     }
 
-    void aCharacterOfMoreBytesThanANameHasIsCutToo()
+    void aCharacterLongerThanTheLimitIsRemoved()
     {
         const QString name = fileNameFromText(u'e' + QString(300, QChar(u'\u0301')), u"pdf"_s);
         QCOMPARE(name, u'e' + QString(125, QChar(u'\u0301')) + u".pdf"_s);

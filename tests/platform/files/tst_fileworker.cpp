@@ -28,7 +28,7 @@ class tst_FileWorker : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theWorkIsDoneAsideAndItsOutcomeToldOnTheMainThread()
+    void workRunsOnAnotherThreadAndItsOutcomeOnTheMainThread()
     {
         FileWorker worker;
         std::thread::id workedOn;
@@ -43,7 +43,7 @@ private Q_SLOTS:
         QVERIFY(workedOn != toldOn);
     }
 
-    void theMainThreadGoesOnMeanwhile()
+    void theMainThreadIsNotBlocked()
     {
         FileWorker worker;
         std::promise<void> answer;
@@ -59,7 +59,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!worker.isBusy());
     }
 
-    void piecesOfWorkAreDoneInTheirOrder()
+    void workIsDoneInItsOrder()
     {
         FileWorker worker;
         const QSignalSpy ended(&worker, &FileWorker::ended);
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QCOMPARE(ended.count(), 1);
     }
 
-    void workThatComesAfterAPauseIsDoneToo()
+    void workStartedAfterAPauseIsDone()
     {
         FileWorker worker;
         const QSignalSpy ended(&worker, &FileWorker::ended);
@@ -89,7 +89,7 @@ private Q_SLOTS:
         }
     }
 
-    void anAskerThatHasGoneIsToldNothing()
+    void aDeletedReceiverGetsNoOutcome()
     {
         FileWorker worker;
         const QSignalSpy ended(&worker, &FileWorker::ended);
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QVERIFY(!isTold);
     }
 
-    void itsEndWaitsForTheWorkThatWasBegun()
+    void destructionWaitsForStartedWork()
     {
         std::atomic<int> done = 0;
         {
@@ -121,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(done.load(), 3);
     }
 
-    void itsEndDoesNotWaitForADiskThatNeverAnswers()
+    void destructionDoesNotWaitForWorkThatNeverEnds()
     {
         std::promise<void> answer;
         auto isDone = std::make_shared<std::promise<void>>();

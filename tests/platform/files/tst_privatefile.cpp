@@ -45,7 +45,7 @@ private:
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_folder.isValid()); }
 
-    void aNewFileIsReadableByItsOwnerAlone()
+    void aNewFileIsReadableByItsOwnerOnly()
     {
         const mode_t before = umask(0);
         const QString path = m_folder.filePath(u"new"_s);
@@ -56,7 +56,7 @@ private Q_SLOTS:
         QCOMPARE(modeOf(path), 0600U);
     }
 
-    void aFileThatEverybodyCouldReadBecomesPrivate()
+    void aReadableFileBecomesPrivate()
     {
         const QString path = m_folder.filePath(u"open"_s);
         QVERIFY(writePrivateFile(path, "old").has_value());
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo(path).isSymLink());
     }
 
-    void whatAKilledWriterHasLeftIsSwept()
+    void filesLeftByAKilledWriterAreRemoved()
     {
         const QTemporaryDir folder;
         for (const char* name : {".pelmora-AbCdEf", ".pelmora-000000", ".pelmora-zzzzzz"})
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(entries(folder.path()), QStringList{u"new"_s});
     }
 
-    void whatHasAWriterStaysUntilTheWriterIsGone()
+    void aTemporaryFileIsKeptWhileItsWriterRuns()
     {
         const QTemporaryDir folder;
         const QString leftover = folder.filePath(u".pelmora-AbCdEf"_s);
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QCOMPARE(entries(folder.path()), QStringList{u"new"_s});
     }
 
-    void whatOnlyLooksLikeALeftoverStays()
+    void filesWithSimilarNamesAreKept()
     {
         const QTemporaryDir folder;
         const QTemporaryDir elsewhere;
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(kept), QByteArray("x"));
     }
 
-    void anothersLeftoverStays()
+    void leftoversOfOtherUsersAreKept()
     {
         if (geteuid() != 0)
             QSKIP("Only the administrator can make another's file.");
@@ -159,7 +159,7 @@ private Q_SLOTS:
         QCOMPARE(entries(folder.path()), (QStringList{u".pelmora-AbCdEf"_s, u"new"_s}));
     }
 
-    void aNameThatIsNotUtf8IsWrittenAsItIs()
+    void aNameThatIsNotUtf8IsNotChanged()
     {
         const QByteArray name = QFile::encodeName(m_folder.path()) + "/Zo\xE9";
         QVERIFY(writePrivateFile(pathFromBytes(name), "content").has_value());
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QCOMPARE(writePrivateFile(m_folder.path() + u'/', "x").error().reason, u"un dossier porte déjà ce nom"_s);
     }
 
-    void aFolderInTheWayIsTold()
+    void aFolderAtTheFilesPathGivesAnError()
     {
         QVERIFY(QDir(m_folder.path()).mkdir(u"folder"_s));
         const auto written = writePrivateFile(m_folder.filePath(u"folder"_s), "x");
@@ -179,7 +179,7 @@ private Q_SLOTS:
         QCOMPARE(written.error().reason, u"un dossier porte déjà ce nom"_s);
     }
 
-    void aMissingFolderIsTold()
+    void aMissingFolderGivesAnError()
     {
         const auto written = writePrivateFile(m_folder.filePath(u"absent/file"_s), "x");
         QVERIFY(!written.has_value());

@@ -53,7 +53,7 @@ class tst_PrivateFileInterrupted : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theFileIsOldOrNewAndWholeAndTheNextWriterSweepsUp_data()
+    void afterAKillTheFileIsCompleteAndTheNextWriterCleansUp_data()
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<bool>("named");
@@ -63,7 +63,7 @@ private Q_SLOTS:
             QTest::addRow("named, %s", call) << QString::fromLatin1(call) << true;
     }
 
-    void theFileIsOldOrNewAndWholeAndTheNextWriterSweepsUp()
+    void afterAKillTheFileIsCompleteAndTheNextWriterCleansUp()
     {
         QFETCH(const QString, call);
         QFETCH(const bool, named);
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QCOMPARE(entries(folder), QStringList{u"file"_s});
     }
 
-    void aWriterKilledWhileItWritesLeavesSomethingOnlyWhereFilesHaveNames()
+    void aKilledWriterLeavesAFileOnlyWithoutUnnamedFiles()
     {
         for (const bool named : {false, true}) {
             const QTemporaryDir folder;
@@ -94,7 +94,7 @@ private Q_SLOTS:
         }
     }
 
-    void theContentIsOnTheDiskBeforeTheFileHasItsName_data()
+    void theContentIsFlushedBeforeTheFileIsRenamed_data()
     {
         QTest::addColumn<bool>("named");
         QTest::addColumn<QString>("order");
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QTest::newRow("named") << true << u"write fdatasync renameat"_s;
     }
 
-    void theContentIsOnTheDiskBeforeTheFileHasItsName()
+    void theContentIsFlushedBeforeTheFileIsRenamed()
     {
         QFETCH(const bool, named);
         QFETCH(const QString, order);

@@ -26,7 +26,7 @@ private:
     QTemporaryDir m_folder;
 
 private Q_SLOTS:
-    void whatPeopleCanActOnIsToldInWords_data()
+    void failuresThatUsersCanResolveHaveTheirOwnTexts_data()
     {
         QTest::addColumn<int>("error");
         QTest::addColumn<WriteObstacle>("obstacle");
@@ -44,7 +44,7 @@ private Q_SLOTS:
         QTest::newRow("other") << EIO << WriteObstacle::Other << u"l’écriture a échoué (Input/output error)"_s;
     }
 
-    void whatPeopleCanActOnIsToldInWords()
+    void failuresThatUsersCanResolveHaveTheirOwnTexts()
     {
         QFETCH(const int, error);
         const WriteFailure failure =
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QTEST(failure.reason, "reason");
     }
 
-    void aFolderInTheFilesPlaceIsToldWhateverTheSystemSays()
+    void aFolderAtTheFilesPathIsReportedForAnySystemError()
     {
         const WriteFailure failure =
             writeFailureOf(pathOf(m_folder.path()), std::make_error_code(std::errc::file_exists));
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(failure.reason, u"un dossier porte déjà ce nom"_s);
     }
 
-    void aMissingFolderIsToldWhateverTheSystemSays()
+    void aMissingFolderIsReportedForAnySystemError()
     {
         const WriteFailure failure = writeFailureOf(pathOf(m_folder.filePath(u"absent/file"_s)),
                                                     std::make_error_code(std::errc::no_such_file_or_directory));

@@ -58,7 +58,7 @@ private Q_SLOTS:
         m_alerts = std::make_unique<AlertQueue>(m_window.get());
     }
 
-    void anErrorWithATopicOffersHelpAndStays()
+    void anErrorWithATopicOffersHelpAndStaysOpen()
     {
         m_alerts->presentError(noReader, u"erreur-20"_s);
         m_alerts->presentError(noText);
@@ -84,7 +84,7 @@ private Q_SLOTS:
         m_window.reset();
     }
 
-    void anErrorIsShownOverTheWindowAsItStands()
+    void anErrorIsShownOverItsWindowAsPlainText()
     {
         m_alerts->presentError(noReader);
         QCOMPARE(boxes().size(), 1);
@@ -99,7 +99,7 @@ private Q_SLOTS:
         QCOMPARE(box->buttons().constFirst()->text(), u"OK"_s);
     }
 
-    void anErrorsDetailIsShownBelowItsTextAsItStands()
+    void anErrorsDetailIsShownBelowItsTextUnchanged()
     {
         m_alerts->presentError(noReader.withDetail(u"Le service <i>ne répond pas</i>."_s));
         const QMessageBox* box = boxes().constFirst();
@@ -146,7 +146,7 @@ private Q_SLOTS:
         QVERIFY(shown().isEmpty());
     }
 
-    void anAlertThatIsShownOrWaitsIsNotShownAgain()
+    void anAlertThatIsShownOrQueuedIsNotRepeated()
     {
         for (int count = 0; count < 5; ++count) {
             m_alerts->presentError(noReader);
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QVERIFY(shown().isEmpty());
     }
 
-    void aWarningFollowsTheMessageThatItPutsRight()
+    void aWarningFollowsTheMessageThatItCorrects()
     {
         const AlertText message{u"Titre"_s, u"Fait."_s};
         const AlertText warning{u"Non"_s, u"Rien n’est fait."_s};
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QCOMPARE(shown(), QStringList{noText.localizedDescription()});
     }
 
-    void anAlertOfAWindowThatIsJustShownComesOnceThatLiesInItsPlace()
+    void anAlertWaitsUntilItsNewWindowIsPlaced()
     {
         m_alerts.reset();
         m_window = std::make_unique<QWidget>();
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QCOMPARE(shown(), QStringList{noText.localizedDescription()});
     }
 
-    void anAlertThatWaitsForAWindowThatIsHiddenAgainComesWithTheNextOne()
+    void anAlertForAWindowHiddenAgainIsShownWithTheNextAlert()
     {
         m_window->hide();
         m_window->show();
@@ -240,14 +240,14 @@ private Q_SLOTS:
         QVERIFY(shown().isEmpty());
     }
 
-    void anAlertOfAHiddenWindowComesAtOnce()
+    void anAlertOfAHiddenWindowIsShownAtOnce()
     {
         m_window->hide();
         m_alerts->presentError(noReader);
         QCOMPARE(shown(), QStringList{noReader.localizedDescription()});
     }
 
-    void alertsLeaveNothingBehind()
+    void closedAlertsAreDeleted()
     {
         for (int count = 0; count < 20; ++count) {
             m_alerts->presentError(noReader);
@@ -256,7 +256,7 @@ private Q_SLOTS:
         QTRY_VERIFY(m_window->findChildren<QMessageBox*>().isEmpty());
     }
 
-    void theEndOfTheQueueClosesItsAlert()
+    void deletingTheQueueClosesItsAlert()
     {
         m_alerts->presentError(noReader);
         m_alerts->presentError(noText);

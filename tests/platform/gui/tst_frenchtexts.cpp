@@ -30,13 +30,13 @@ private Q_SLOTS:
         QCOMPARE(box.button(QDialogButtonBox::Cancel)->text().remove(u'&'), u"Annuler"_s);
     }
 
-    void whatQtsOwnFrenchLacksIsThere()
+    void textsMissingInQtsTranslationAreTranslated()
     {
         QCOMPARE(QCoreApplication::translate("QPrintSettingsOutput", "Long side binding"),
                  u"Reliure sur le grand côté"_s);
     }
 
-    void whatNobodyKnowsStaysAsItIs()
+    void aTextWithoutTranslationIsNotChanged()
     {
         QCOMPARE(QCoreApplication::translate("QPrintSettingsOutput", "Frobnicate"), u"Frobnicate"_s);
     }

@@ -56,9 +56,9 @@ class tst_QuestionAlert : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void nothingIsActiveWithoutAWindow() { QVERIFY(!isApplicationActive()); }
+    void withoutAWindowTheApplicationIsNotActive() { QVERIFY(!isApplicationActive()); }
 
-    void theBoxSaysWhatItIsAsked()
+    void theBoxShowsTheGivenTexts()
     {
         QStringList texts;
         bool isDefault = false;
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(format, Qt::PlainText);
     }
 
-    void eachWayToAnswerIsOneOfTheTwo_data()
+    void eachWayToCloseTheBoxGivesItsAnswer_data()
     {
         using Act = std::function<void(QMessageBox&)>;
         QTest::addColumn<Act>("act");
@@ -89,7 +89,7 @@ private Q_SLOTS:
         QTest::newRow("closing") << Act(closeBox) << false;
     }
 
-    void eachWayToAnswerIsOneOfTheTwo()
+    void eachWayToCloseTheBoxGivesItsAnswer()
     {
         QFETCH(const std::function<void(QMessageBox&)>, act);
         QFETCH(const bool, isAccepted);
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QVERIFY(!answer.isSuppressionOn);
     }
 
-    void theBoxToTickIsTold()
+    void theStateOfTheCheckBoxIsReturned()
     {
         const QuestionAnswer answer = answerBy([](QMessageBox& box) {
             box.checkBox()->click();

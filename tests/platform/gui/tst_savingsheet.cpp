@@ -29,7 +29,7 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
     }
 
-    void aWriteThatTakesLongIsToldOverTheWindow()
+    void aLongWriteShowsASheetOverTheWindow()
     {
         SavingSheet sheet(m_window.get(), 1ms);
         sheet.begin();
@@ -41,7 +41,7 @@ private Q_SLOTS:
         QVERIFY(!sheet.isVisible());
     }
 
-    void aWriteThatIsSoonOverIsNotTold()
+    void aShortWriteShowsNoSheet()
     {
         SavingSheet sheet(m_window.get(), 50ms);
         SavingSheet other(m_window.get(), 50ms);
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QVERIFY(!sheet.isVisible());
     }
 
-    void usuallyItComesAfterThreeTenthsOfASecond() { QCOMPARE(SavingSheet::usualPatience, 300ms); }
+    void theDefaultDelayIsThreeTenthsOfASecond() { QCOMPARE(SavingSheet::usualPatience, 300ms); }
 
     void neitherEscapeNorItsCloseButtonEndsTheWrite()
     {
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QVERIFY(sheet.isVisible());
     }
 
-    void aHiddenWindowComesBackWithIt()
+    void aHiddenWindowIsShownWithTheSheet()
     {
         m_window->hide();
         SavingSheet sheet(m_window.get(), 1ms);
@@ -74,7 +74,7 @@ private Q_SLOTS:
         QVERIFY(m_window->isVisible());
     }
 
-    void leavingIsAnnouncedAtOnce()
+    void quittingShowsTheSheetAtOnce()
     {
         SavingSheet sheet(m_window.get(), 1h);
         sheet.begin();

@@ -22,7 +22,7 @@ private:
 private Q_SLOTS:
     void init() { QGuiApplication::clipboard()->clear(); }
 
-    void theTextIsThereAndMarkedAsSecret()
+    void theTextIsCopiedAndMarkedAsSecret()
     {
         SecretClipboard secret;
         secret.copy(u"285057511612381"_s);
@@ -30,14 +30,14 @@ private Q_SLOTS:
         QCOMPARE(QGuiApplication::clipboard()->mimeData()->data(u"x-kde-passwordManagerHint"_s), "secret"_ba);
     }
 
-    void itIsRemovedAfterItsTime()
+    void theTextIsRemovedAfterItsTime()
     {
         SecretClipboard secret(50ms);
         secret.copy(u"285057511612381"_s);
         QTRY_COMPARE(content(), QString());
     }
 
-    void itIsRemovedAtTheEnd()
+    void theTextIsRemovedAtTheEnd()
     {
         auto secret = std::make_unique<SecretClipboard>();
         secret->copy(u"285057511612381"_s);
@@ -45,7 +45,7 @@ private Q_SLOTS:
         QCOMPARE(content(), QString());
     }
 
-    void whatHasReplacedItStays()
+    void aTextThatReplacedItIsKept()
     {
         auto secret = std::make_unique<SecretClipboard>(1ms);
         secret->copy(u"285057511612381"_s);

@@ -13,7 +13,7 @@ class tst_WindowActivation : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aWindowComesBackFromWhereverItIs_data()
+    void aHiddenOrIconifiedWindowIsShown_data()
     {
         QTest::addColumn<Qt::WindowStates>("state");
         QTest::addColumn<bool>("isHidden");
@@ -23,7 +23,7 @@ private Q_SLOTS:
         QTest::newRow("maximised, iconified") << (Qt::WindowMaximized | Qt::WindowMinimized) << false;
         QTest::newRow("shown") << Qt::WindowStates(Qt::WindowNoState) << false;
     }
-    void aWindowComesBackFromWhereverItIs()
+    void aHiddenOrIconifiedWindowIsShown()
     {
         QFETCH(const Qt::WindowStates, state);
         QFETCH(const bool, isHidden);

@@ -24,14 +24,14 @@ class tst_PrintMessages : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void requestsArriveAsTheyWere()
+    void requestsAreDecodedUnchanged()
     {
         const std::optional<PrintRequest> queues = decodePrintRequest(encodePrintRequest(std::nullopt));
         QVERIFY(queues && !*queues);
         QCOMPARE(decodePrintRequest(encodePrintRequest(job())), PrintRequest(job()));
     }
 
-    void answersArriveAsTheyWere()
+    void answersAreDecodedUnchanged()
     {
         QList<PrintQueue> queues(2);
         queues[0] = {u"accueil"_s, true, "A5", QSizeF(419.53, 595.28), true, {{"copies", "2"}}};
@@ -44,7 +44,7 @@ private Q_SLOTS:
         QVERIFY(none->value().isEmpty());
     }
 
-    void refusalsArriveAsTheyWere()
+    void refusalsAreDecodedUnchanged()
     {
         const Error refusal(u"Impression"_s, 1286, u"L’imprimante « accueil » dort."_s);
         const std::optional<PrintAnswer> answer = decodePrintAnswer(encodePrintAnswer(std::unexpected(refusal)));
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QCOMPARE(answer->error().localizedDescription(), refusal.localizedDescription());
     }
 
-    void aPartOfARequestIsNone()
+    void anIncompleteRequestIsRefused()
     {
         const QByteArray whole = encodePrintRequest(job());
         for (qsizetype size = 0; size < whole.size(); ++size)
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QVERIFY(!decodePrintRequest(whole + '\0'));
     }
 
-    void aPartOfAnAnswerIsNone()
+    void anIncompleteAnswerIsRefused()
     {
         const QByteArray whole = encodePrintAnswer(QList<PrintQueue>(1));
         for (qsizetype size = 0; size < whole.size(); ++size)
@@ -69,7 +69,7 @@ private Q_SLOTS:
         QVERIFY(!decodePrintAnswer(whole + '\0'));
     }
 
-    void whatIsNoMessageIsNone_data()
+    void bytesThatAreNotAMessageAreRefused_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("text") << "Bonjour\n"_ba;
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QTest::newRow("undefined") << QCborValue().toCbor();
     }
 
-    void whatIsNoMessageIsNone()
+    void bytesThatAreNotAMessageAreRefused()
     {
         QFETCH(const QByteArray, bytes);
         QVERIFY(!decodePrintRequest(bytes));

@@ -57,7 +57,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.error().localizedDescription(), u"Le serveur d’impression n’est pas joignable."_s);
     }
 
-    void aServerThatNeverAnswersIsGivenUp()
+    void aServerThatNeverAnswersGivesAnErrorAfterALimit()
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         QElapsedTimer clock;
@@ -75,7 +75,7 @@ private Q_SLOTS:
         QVERIFY(isLeft(*silent));
     }
 
-    void whoeverWaitsGivesItUpInTheSameWay()
+    void askingAndWaitingHasTheSameLimit()
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         PrintServer server(realHelper());
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QVERIFY(isLeft(*silent));
     }
 
-    void whoeverCancelsIsToldNothingAndLeavesTheServer()
+    void aCancelledRequestIsNotAnsweredAndItsConnectionIsClosed()
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         PrintServer server(realHelper());
@@ -97,7 +97,7 @@ private Q_SLOTS:
         QVERIFY(!isTold);
     }
 
-    void whoeverLeavesNeedNotWaitForQueues()
+    void destructionDoesNotWaitForQueues()
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         QElapsedTimer clock;
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QVERIFY(isLeft(*silent));
     }
 
-    void aHelperThatIsNotEndedEndsByItself()
+    void aHelperEndsByItselfWhenTheServerDoesNotAnswer()
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         QProcess helper;
@@ -122,7 +122,7 @@ private Q_SLOTS:
         QCOMPARE(helper.readAllStandardOutput(), ""_ba);
     }
 
-    void aHelperThatGetsAPartOfItsRequestFails()
+    void aHelperWithAnIncompleteRequestFails()
     {
         QProcess helper;
         helper.start(realHelper(), QStringList());
@@ -134,7 +134,7 @@ private Q_SLOTS:
         QCOMPARE(helper.readAllStandardOutput(), ""_ba);
     }
 
-    void theHelperGetsTheJobOnItsInputAlone()
+    void theHelperGetsTheJobOnItsInputOnly()
     {
         PrintServer server(fakeHelper("cat > $0.input; echo \"$@\" > $0.arguments; cat $0.answer", {}));
         QVERIFY(server.askAndWait(twoCopies()).has_value());
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(fakePath() + ".arguments"_L1), "\n"_ba);
     }
 
-    void theQueuesAreThoseThatTheHelperTells()
+    void theQueuesAreThoseOfTheHelpersAnswer()
     {
         const QList<PrintQueue> queues{{u"accueil"_s, true, "A5", QSizeF(420, 595), false, {}}};
         PrintServer server(fakeHelper("cat $0.answer", queues));
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QCOMPARE(server.askAndWait(std::nullopt).value(), queues);
     }
 
-    void aRefusalIsTheOneThatTheHelperTells()
+    void aRefusalOfTheHelperIsReported()
     {
         const Error refusal(u"Impression"_s, 1286, u"L’imprimante dort."_s);
         PrintServer server(fakeHelper("cat $0.answer", std::unexpected(refusal)));
@@ -161,7 +161,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.error().localizedDescription(), u"L’imprimante dort."_s);
     }
 
-    void theNextOperationMayBeginWhenOneIsTold()
+    void theNextOperationCanBeginInAHandler()
     {
         PrintServer server(fakeHelper("cat > $0.input; cat $0.answer", {}));
         bool isPrinted = false;
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(twoCopies()));
     }
 
-    void aHelperThatDoesNotWorkIsTold_data()
+    void aHelperThatFailsIsReported_data()
     {
         QTest::addColumn<QByteArray>("script");
         QTest::newRow("crash") << "kill -SEGV $$"_ba;
@@ -184,7 +184,7 @@ private Q_SLOTS:
         QTest::newRow("two answers") << "cat $0.answer $0.answer"_ba;
     }
 
-    void aHelperThatDoesNotWorkIsTold()
+    void aHelperThatFailsIsReported()
     {
         QFETCH(const QByteArray, script);
         PrintServer server(fakeHelper(script, {}));
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.error().localizedDescription(), brokenHelperText);
     }
 
-    void aHelperThatIsMissingIsTold()
+    void aMissingHelperIsReported()
     {
         PrintServer server(fakePath());
         std::optional<PrintAnswer> queues;
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.error().localizedDescription(), brokenHelperText);
     }
 
-    void aJobOnItsWayArrivesBeforeTheEnd()
+    void destructionWaitsForAJobThatIsBeingSent()
     {
         PrintJob large = twoCopies();
         large.pdf = QByteArray(1'000'000, 'x'); // no pipe takes that at once
@@ -221,7 +221,7 @@ private Q_SLOTS:
         QCOMPARE(decodePrintRequest(contentOf(fakePath() + ".input"_L1)), PrintRequest(large));
     }
 
-    void theEndDoesNotWaitForAJobThatIsNotTaken()
+    void destructionDoesNotWaitForAServerThatDoesNotAnswer()
     {
         const std::unique_ptr<QLocalServer> silent = silentServer();
         QElapsedTimer clock;
