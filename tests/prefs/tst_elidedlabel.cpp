@@ -22,7 +22,7 @@ private:
     }
 
 private Q_SLOTS:
-    void theWholeTextIsKeptAndInItsToolTip()
+    void theWholeTextIsKeptAndShownInTheToolTip()
     {
         ElidedLabel label;
         label.setWholeText(m_text);
@@ -32,7 +32,7 @@ private Q_SLOTS:
         QCOMPARE(label.toolTip(), m_text);
     }
 
-    void itGivesWayInItsMiddleWhereThereIsNoRoom()
+    void withoutEnoughRoomTheMiddleIsElided()
     {
         ElidedLabel label;
         label.setWholeText(m_text);
@@ -44,7 +44,7 @@ private Q_SLOTS:
         QVERIFY(label.minimumSizeHint().width() < narrow);
     }
 
-    void whereThereIsRoomItIsALabelLikeAnother()
+    void withEnoughRoomTheWholeTextIsShown()
     {
         ElidedLabel label;
         label.setWholeText(m_text);
@@ -55,7 +55,7 @@ private Q_SLOTS:
         QCOMPARE(label.grab().toImage(), other.grab().toImage());
     }
 
-    void whatLooksLikeMarkupIsText()
+    void markupIsShownAsText()
     {
         ElidedLabel label;
         label.setWholeText(u"/srv/<b>gras</b>"_s);

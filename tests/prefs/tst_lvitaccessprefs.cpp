@@ -131,7 +131,7 @@ private Q_SLOTS:
         end();
     }
 
-    void beforeItsPreparationThePaneExplainsNothing()
+    void beforeItsPreparationThePaneHasNoExplanation()
     {
         make();
         QCOMPARE(m_pane->modeInformations(), u""_s);
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QCOMPARE(m_binds, QStringList());
     }
 
-    void anUnknownModeIsExplainedByNothingAndStoredAsAutomatic_data()
+    void anUnknownModeHasNoExplanationAndIsStoredAsAutomatic_data()
     {
         QTest::addColumn<QVariant>("tag");
         QTest::newRow("3") << QVariant(3);
@@ -186,7 +186,7 @@ private Q_SLOTS:
         QTest::newRow("huge") << QVariant(std::numeric_limits<qint64>::max());
         QTest::newRow("negative") << QVariant(-1);
     }
-    void anUnknownModeIsExplainedByNothingAndStoredAsAutomatic()
+    void anUnknownModeHasNoExplanationAndIsStoredAsAutomatic()
     {
         QFETCH(const QVariant, tag);
         prepare(FakeScript().doing("any", "silent"));
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QCOMPARE(m_client->accessMode(), 0U);
     }
 
-    void theVersionsComeAfterUnknownOnes()
+    void versionsAreShownAsUnknownUntilTheyArrive()
     {
         prepare();
         QCOMPARE(fields(), unknown());
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QCOMPARE(m_pane->modeInformations(), expectedExplanations.at(2).toString());
     }
 
-    void aVersionThatIsMissingIsUnknownAlone()
+    void onlyTheMissingVersionIsShownAsUnknown()
     {
         for (const ExpectedField& missing : expectedFields) {
             prepare(reporting(missing.name));
@@ -247,7 +247,7 @@ private Q_SLOTS:
         }
     }
 
-    void whileTheClientKnowsNothingTheFieldsStay()
+    void withoutInformationsTheFieldsAreNotChanged()
     {
         prepare(FakeScript().doing("init", "silent"));
         choose(1);
@@ -281,7 +281,7 @@ private Q_SLOTS:
         QCOMPARE(title(), clearedTitle);
     }
 
-    void aFailedBindIsToldWithAnErrorAndTheModeIsKept_data()
+    void aFailedBindShowsAnErrorAndKeepsTheMode_data()
     {
         QTest::addColumn<FakeScript>("behaviour");
         QTest::addColumn<QString>("told");
@@ -289,7 +289,7 @@ private Q_SLOTS:
         QTest::newRow("another reader") << FakeScript().readers({u"Autre"_s}) << u"failure Pelmora -21"_s;
         QTest::newRow("crash") << FakeScript().doing("init", "crash") << u"failure Pelmora -10"_s;
     }
-    void aFailedBindIsToldWithAnErrorAndTheModeIsKept()
+    void aFailedBindShowsAnErrorAndKeepsTheMode()
     {
         QFETCH(const FakeScript, behaviour);
         QFETCH(const QString, told);
@@ -301,7 +301,7 @@ private Q_SLOTS:
         QCOMPARE(m_pane->selectModePopUpButton()->currentIndex(), 2);
     }
 
-    void aClientThatGivesNoErrorIsTheGeneralOne()
+    void aFailureWithoutAnErrorShowsTheGeneralError()
     {
         m_service = std::make_unique<FakeService>();
         m_client = std::make_shared<LVitAccess>(ServiceCommand{m_service->filePath(u"absent"_s), {}});
@@ -312,7 +312,7 @@ private Q_SLOTS:
         QCOMPARE(fields(), unknown());
     }
 
-    void aWalkThroughTheModesByTheKeyboardBindsOnce()
+    void severalKeysInTheMenuBindOnce()
     {
         prepare();
         QVERIFY(show(*m_pane));
@@ -331,7 +331,7 @@ private Q_SLOTS:
         QCOMPARE(m_binds.size(), 1);
     }
 
-    void aChoiceByTheKeyboardCountsAtOnceWhenTheKeyboardLeaves()
+    void aChoiceByTheKeyboardIsAppliedAtOnceWhenTheFocusLeaves()
     {
         prepare();
         QVERIFY(show(*m_pane));
@@ -358,7 +358,7 @@ private Q_SLOTS:
         QCOMPARE(m_pane->infosTestField()->text(), expectedExplanations.at(0).toString());
     }
 
-    void aPaneThatGoesWithKeysThatHaveNotRestedBindsNothing()
+    void aPaneDeletedBeforeTheKeyDelayEndsBindsNothing()
     {
         prepare();
         QVERIFY(show(*m_pane));
@@ -369,7 +369,7 @@ private Q_SLOTS:
         QVERIFY(m_service->notes().isEmpty());
     }
 
-    void ofTwoChoicesInARowTheSecondAloneIsTold()
+    void ofTwoQuickChoicesOnlyTheSecondIsNotified()
     {
         prepare(FakeScript().doing("init", "silent").onlyAtStart(1));
         QVERIFY(show(*m_pane));
@@ -382,7 +382,7 @@ private Q_SLOTS:
         QCOMPARE(m_binds, QStringList{u"success"_s});
     }
 
-    void aPaneThatIsGoneIsNotTold()
+    void aDeletedPaneIsNotNotified()
     {
         prepare();
         choose(1);

@@ -67,7 +67,7 @@ private Q_SLOTS:
         m_menu->setFocus();
     }
 
-    void keysCountOnceTheyHaveRested()
+    void aChoiceByKeysIsAppliedAfterTheDelay()
     {
         QElapsedTimer clock;
         clock.start();
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QVERIFY2(clock.elapsed() >= ModeMenu::keyRest.count() * 9 / 10, qPrintable(QString::number(clock.elapsed())));
     }
 
-    void eachKeyBeginsTheRestAnew()
+    void eachKeyRestartsTheDelay()
     {
         press({Qt::Key_Down});
         QElapsedTimer clock;
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QCOMPARE(m_menu->currentIndex(), 2);
     }
 
-    void aLetterIsAKeyToo()
+    void aLetterChoosesAfterTheDelayLikeOtherKeys()
     {
         QTest::keyClick(m_menu, Qt::Key_E, Qt::NoModifier);
         QCOMPARE(m_menu->currentIndex(), 2);
@@ -102,14 +102,14 @@ private Q_SLOTS:
         QTRY_COMPARE(m_chosen->count(), 1);
     }
 
-    void enterAndTheLossOfTheKeyboardCountAtOnce_data()
+    void enterOrTheLossOfFocusAppliesAChoiceAtOnce_data()
     {
         QTest::addColumn<Qt::Key>("key");
         QTest::newRow("Enter") << Qt::Key_Return;
         QTest::newRow("Enter of the digits") << Qt::Key_Enter;
         QTest::newRow("Tab") << Qt::Key_Tab;
     }
-    void enterAndTheLossOfTheKeyboardCountAtOnce()
+    void enterOrTheLossOfFocusAppliesAChoiceAtOnce()
     {
         QFETCH(const Qt::Key, key);
         press({Qt::Key_Down, Qt::Key_Down});
@@ -122,14 +122,14 @@ private Q_SLOTS:
         QCOMPARE(m_chosen->count(), 1);
     }
 
-    void aHiddenMenuCountsAtOnce()
+    void aChoiceInAHiddenMenuIsAppliedAtOnce()
     {
         press({Qt::Key_Down});
         m_menu->hide();
         QCOMPARE(m_chosen->count(), 1);
     }
 
-    void enterAloneChoosesNothing()
+    void enterWithoutAChangeChoosesNothing()
     {
         press({Qt::Key_Return});
         m_other->setFocus();
@@ -137,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(m_browsed->count(), 0);
     }
 
-    void keysThatLeadBackChooseNothing()
+    void keysThatReturnToTheSameEntryChooseNothing()
     {
         press({Qt::Key_Down, Qt::Key_Up});
         QCOMPARE(m_browsed->count(), 2);
@@ -146,7 +146,7 @@ private Q_SLOTS:
         QCOMPARE(m_menu->currentIndex(), 0);
     }
 
-    void theWheelDoesNothingInTheClosedMenuAndIsLeftToThePane()
+    void theWheelOverTheClosedMenuIsPassedToThePane()
     {
         m_menu->setCurrentIndex(1);
         for (const int turn : {120, -120}) {
@@ -161,7 +161,7 @@ private Q_SLOTS:
         QCOMPARE(m_chosen->count(), 0);
     }
 
-    void aPickInTheListCountsAtOnceAndAlone()
+    void aChoiceInTheListIsAppliedAtOnceAndOnce()
     {
         press({Qt::Key_Down});
         QVERIFY(openList());
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(m_chosen->count(), 1);
     }
 
-    void theSameEntryPickedAgainCounts()
+    void choosingTheSameEntryAgainIsAChoice()
     {
         QVERIFY(openList());
         QTest::keyClick(m_menu->view(), Qt::Key_Return);
@@ -181,7 +181,7 @@ private Q_SLOTS:
         QCOMPARE(m_menu->currentIndex(), 0);
     }
 
-    void whileTheListIsOpenNothingCountsAndKeysFromBeforeDoAfterIt()
+    void aChoiceByKeysIsNotAppliedWhileTheListIsOpenButAfterwards()
     {
         press({Qt::Key_Down});
         QVERIFY(openList());
@@ -192,7 +192,7 @@ private Q_SLOTS:
         QCOMPARE(m_menu->currentIndex(), 1);
     }
 
-    void whatTheProgramSetsIsNoChoice()
+    void anEntrySetByTheProgramIsNotAChoice()
     {
         m_menu->setCurrentIndex(2);
         m_other->setFocus();

@@ -92,14 +92,14 @@ private Q_SLOTS:
         QVERIFY(!opened->testOption(QFileDialog::DontResolveSymlinks));
     }
 
-    void thePanelStartsWhereDocumentsAre()
+    void thePanelStartsInTheDocumentsFolder()
     {
         MVSettings::setPreferencesWithStringValue(*m_settings, Settings::attestationsFolder, path(u"ailleurs"_s));
         QVERIFY(makeFolder(u"ailleurs"_s));
         QCOMPARE(openPanel()->directory().path(), path(u"Documents"_s));
     }
 
-    void withoutDocumentsThePanelStartsAtHome()
+    void withoutADocumentsFolderThePanelStartsInTheHome()
     {
         QVERIFY(QDir(path(u"Documents"_s)).removeRecursively());
         QCOMPARE(openPanel()->directory().path(), m_folder->path());
@@ -124,7 +124,7 @@ private Q_SLOTS:
                  QVariant(path(name)));
     }
 
-    void aLinkStandsForTheFolderThatItLeadsTo()
+    void aLinkToAFolderIsReplacedByItsTarget()
     {
         QVERIFY(makeFolder(u"cible"_s));
         QVERIFY(QFile::link(path(u"cible"_s), path(u"lien"_s)));
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(shown(), before);
     }
 
-    void outsideAWindowNothingIsOpened()
+    void withoutAWindowNoPanelIsOpened()
     {
         m_pane->view().setParent(nullptr);
         m_pane->changeAttestationsFolder(nullptr);

@@ -76,7 +76,7 @@ private Q_SLOTS:
         end();
     }
 
-    void theDebugSwitchIsShownToThoseWhoHoldAltDown_data()
+    void theDebugSwitchIsShownWhileAltIsHeld_data()
     {
         QTest::addColumn<Qt::KeyboardModifiers>("keys");
         QTest::addColumn<bool>("isOn");
@@ -88,7 +88,7 @@ private Q_SLOTS:
         QTest::newRow("nothing, on") << Qt::KeyboardModifiers() << true << true;
         QTest::newRow("Alt, on") << Qt::KeyboardModifiers(Qt::AltModifier) << true << true;
     }
-    void theDebugSwitchIsShownToThoseWhoHoldAltDown()
+    void theDebugSwitchIsShownWhileAltIsHeld()
     {
         QFETCH(const Qt::KeyboardModifiers, keys);
         QFETCH(const bool, isOn);
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QVERIFY(!m_pane->debugModeButton()->isChecked());
     }
 
-    void switchedOffAndOpenedWithoutAltTheDebugSwitchIsGone()
+    void switchedOffAndOpenedWithoutAltTheDebugSwitchIsHidden()
     {
         open(Qt::AltModifier);
         m_pane->debugModeButton()->setChecked(true);
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QVERIFY(hidesTheSwitch());
     }
 
-    void theStatusItemFollowsItsCheckBoxOnceThatIsStored()
+    void theStatusItemFollowsItsCheckBoxAfterTheSettingIsStored()
     {
         QVERIFY(show(*m_pane));
         auto* box = control<QCheckBox>(*m_pane, "statusItemButton");
@@ -137,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(m_statusItem.requests, (QStringList{u"hide, stored off"_s, u"show, stored on"_s}));
     }
 
-    void anySenderButAButtonIsIgnored()
+    void aSenderThatIsNotAButtonIsIgnored()
     {
         const QLabel label;
         QCheckBox button;
@@ -162,14 +162,14 @@ private Q_SLOTS:
         QCOMPARE(m_statusItem.requests, QStringList());
     }
 
-    void showingThePaneAsksForNothing()
+    void showingThePaneDoesNotShowOrHideTheStatusItem()
     {
         QVERIFY(show(*m_pane));
         open({});
         QCOMPARE(m_statusItem.requests, QStringList());
     }
 
-    void eachChangeOfWhatIsForgottenIsStoredAndTold()
+    void eachChangeOfAForgettingOptionIsStoredAndNotified()
     {
         open({});
         QVERIFY(show(*m_pane));

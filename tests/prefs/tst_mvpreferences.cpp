@@ -25,7 +25,7 @@ private Q_SLOTS:
         QVERIFY(!MVPreferences::preferences().window());
     }
 
-    void everyOperationReachesIt()
+    void everyOperationReachesTheController()
     {
         MVPreferencesController& controller = MVPreferences::preferences();
         const auto a = std::make_shared<RecordingPane>(u"a"_s, m_notes);

@@ -11,7 +11,7 @@ class tst_MVPreferencesController final : public ControllerTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void nothingIsThereBeforeAPaneOrTheWindow()
+    void beforeAPaneOrTheWindowNothingExists()
     {
         QVERIFY(m_controller->panes().empty());
         QVERIFY(!m_controller->currentPane());
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(notes(), (QStringList{u"a will appear"_s, u"a did appear"_s}));
     }
 
-    void noPaneIsNotRegistered()
+    void aNullPaneIsNotRegistered()
     {
         m_controller->resigterPreferencesPane(nullptr);
         QVERIFY(m_controller->panes().empty());
@@ -107,7 +107,7 @@ private Q_SLOTS:
         QCOMPARE(m_controller->currentPane(), late);
     }
 
-    void aPaneThatComesIntoAnEmptyWindowIsShownWithoutAButton()
+    void aPaneRegisteredInAnEmptyWindowIsShownWithoutAButton()
     {
         m_controller->show();
         RecordingPane* a = pane(u"a"_s);
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QVERIFY(m_controller->toolbar().isVisible());
     }
 
-    void aPaneThatComesAfterTheFirstIsNotShown()
+    void aPaneRegisteredAfterTheFirstIsNotShown()
     {
         RecordingPane* a = pane(u"a"_s);
         m_controller->show();
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(notes(), QStringList());
     }
 
-    void showingBringsAnIconifiedWindowBack()
+    void showingRestoresAnIconifiedWindow()
     {
         pane(u"a"_s);
         m_controller->show();
@@ -216,7 +216,7 @@ private Q_SLOTS:
         QCOMPARE(afterKeys(u"Ctrl+Shift+Tab"_s), u"c"_s);
     }
 
-    void panesAreFoundByTheirVeryViewAndTheFirstOfAnIdentifier()
+    void panesAreFoundByTheirOwnViewAndTheFirstOfAnIdentifier()
     {
         RecordingPane* a = pane(u"a"_s);
         RecordingPane* b = pane(u"b"_s);
@@ -230,7 +230,7 @@ private Q_SLOTS:
         QCOMPARE(m_controller->paneForIdentifier({}), nullptr);
     }
 
-    void noPaneReceivesNothing()
+    void aNullPaneReceivesNoMessage()
     {
         constexpr std::array messages{&MVPreferencesController::paneWillAppear, &MVPreferencesController::paneDidAppear,
                                       &MVPreferencesController::paneWillDisappear,
@@ -245,7 +245,7 @@ private Q_SLOTS:
         }
     }
 
-    void theViewsStayWithThePanes()
+    void thePanesKeepTheirViews()
     {
         const auto kept = std::make_shared<RecordingPane>(u"a"_s, m_notes);
         m_controller->resigterPreferencesPane(kept);

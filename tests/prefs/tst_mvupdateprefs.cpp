@@ -69,7 +69,7 @@ private Q_SLOTS:
         QTEST(m_pane->lastCheckTextField()->text(), "text");
     }
 
-    void aDateThatIsMissingLeavesNoGap()
+    void withoutADateItsLineTakesNoRoom()
     {
         makeUpdater();
         m_pane->setUpdater(m_updater.get());
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QCOMPARE_LT(gap, hint->fontMetrics().height());
     }
 
-    void theDateIsTheOneOfTheStart()
+    void theDateIsReadOnceAtTheStart()
     {
         makeUpdater();
         m_pane->setUpdater(m_updater.get());
@@ -102,7 +102,7 @@ private Q_SLOTS:
         m_pane->checkForUpdateNow(nullptr);
     }
 
-    void anUpdaterThatIsGoneIsNoUpdater()
+    void aDeletedUpdaterIsTreatedAsNone()
     {
         makeUpdater(QDateTime(QDate(2024, 3, 5), QTime(9, 7)));
         m_pane->setUpdater(m_updater.get());
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(m_pane->lastCheckTextField()->text(), QString());
     }
 
-    void theButtonAsksForACheck()
+    void theButtonStartsACheck()
     {
         makeUpdater();
         m_pane->setUpdater(m_updater.get());
@@ -124,7 +124,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_program->notes(), QStringList{u"start"_s});
     }
 
-    void withoutAFeedTheButtonIsDisabledAndSaysWhy()
+    void withoutAFeedTheButtonIsDisabledWithAnExplanation()
     {
         makeUpdater({}, false);
         m_pane->setUpdater(m_updater.get());

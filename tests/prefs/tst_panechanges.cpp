@@ -61,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(m_a->paneView()->parentWidget(), nullptr);
     }
 
-    void inTheMiddleOfTheFadeBothAreSeen()
+    void duringAFadeBothPanesAreVisible()
     {
         open();
         QCOMPARE(seen(), QColor(Qt::red));
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(seen(), QColor(Qt::blue));
     }
 
-    void theNewPaneTakesTheMouseWhileItFadesIn()
+    void theNewPaneReceivesMouseEventsDuringTheFade()
     {
         open();
         click(u"b"_s);
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(notes(), QStringList());
     }
 
-    void twoQuickClicksLeaveThePaneBetweenUnderTheNewest()
+    void afterTwoQuickClicksTheSecondPaneIsBelowTheThird()
     {
         open();
         click(u"b"_s);
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(seen(), QColor(Qt::red));
     }
 
-    void thereAndBackWithinOneFadeEndsWithThePaneWhoseButtonIsDown()
+    void twoChangesDuringOneFadeEndWithTheSelectedPane()
     {
         open();
         click(u"b"_s);
@@ -181,7 +181,7 @@ private Q_SLOTS:
         QVERIFY(m_a->paneView()->isVisible());
     }
 
-    void noPaneEmptiesTheWindowAndLeavesTheSelection()
+    void showingANullPaneEmptiesTheWindowAndKeepsTheSelection()
     {
         open();
         m_controller->showPane(nullptr);
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QVERIFY(!isFading());
     }
 
-    void emptiedInTheMiddleOfAFadeTheWindowStaysEmpty()
+    void aWindowEmptiedDuringAFadeStaysEmpty()
     {
         open();
         click(u"b"_s);
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QCOMPARE(notes(), QStringList());
     }
 
-    void choosingNothingOrAnUnknownItemChangesNothing()
+    void choosingNullOrAnUnknownItemChangesNothing()
     {
         open();
         QAction unknown;
@@ -240,7 +240,7 @@ private Q_SLOTS:
         QCOMPARE(m_controller->currentPane(), m_c);
     }
 
-    void aPaneAskedForBeforeTheWindowWasEverOpenComesAfterTheFirst()
+    void aPaneRequestedBeforeTheWindowOpensIsShownAfterTheFirst()
     {
         pane(u"a"_s);
         RecordingPane* b = pane(u"b"_s);
@@ -255,7 +255,7 @@ private Q_SLOTS:
         QCOMPARE(notes(), (QStringList{u"a did disappear"_s, u"b did appear"_s}));
     }
 
-    void anUnknownPaneAskedForLeavesTheWindowOpenOnItsPane()
+    void requestingAnUnknownPaneKeepsTheCurrentOne()
     {
         open();
         m_controller->hide();
@@ -281,7 +281,7 @@ private Q_SLOTS:
         QCOMPARE(subviews(), QList<QWidget*>{silent->paneView()});
     }
 
-    void aWindowThatGoesInTheMiddleOfAFadeTakesNobodyAlong()
+    void aWindowDeletedDuringAFadeDoesNotDeletePanes()
     {
         const auto a = std::make_shared<RecordingPane>(u"a"_s, m_notes);
         const auto b = std::make_shared<RecordingPane>(u"b"_s, m_notes);

@@ -157,7 +157,7 @@ private Q_SLOTS:
         end();
     }
 
-    void everyPaneIsWhatItIsToBe()
+    void everyPaneHasItsPropertiesAndOutlets()
     {
         for (std::size_t index = 0; index < expectedPanes.size(); ++index) {
             const ExpectedPane& expected = expectedPanes.at(index);
@@ -197,7 +197,7 @@ private Q_SLOTS:
         }
     }
 
-    void everyMessageIsLoggedAsItIsToBe()
+    void everyMessageToAPaneIsLogged()
     {
         for (std::size_t index = 0; index < expectedPanes.size(); ++index) {
             const ExpectedPane& expected = expectedPanes.at(index);
@@ -212,7 +212,7 @@ private Q_SLOTS:
         }
     }
 
-    void theToolbarShowsThemInOrder()
+    void theToolbarShowsThePanesInOrder()
     {
         QVERIFY(open());
         QStringList identifiers;
@@ -222,7 +222,7 @@ private Q_SLOTS:
         QCOMPARE(m_controller->currentPane(), m_panes.front().get());
     }
 
-    void nothingIsCut_data()
+    void noTextIsCut_data()
     {
         QTest::addColumn<double>("textSize");
         QTest::newRow("plain") << 1.0;
@@ -230,7 +230,7 @@ private Q_SLOTS:
         QTest::newRow("175 %") << 1.75;
         QTest::newRow("200 %") << 2.0;
     }
-    void nothingIsCut()
+    void noTextIsCut()
     {
         QFETCH(const double, textSize);
         QFont font = m_font;
@@ -278,7 +278,7 @@ private Q_SLOTS:
         QCOMPARE(problems.join(u"; "_s), QString());
     }
 
-    void allPanesHaveOneGrid()
+    void allPanesAreAlignedToTheSameGrid()
     {
         QVERIFY(open());
         QList<int> edges;
@@ -311,7 +311,7 @@ private Q_SLOTS:
         QCOMPARE(problems.join(u"; "_s), QString());
     }
 
-    void textsAreWrittenAsFrenchIs()
+    void textsFollowFrenchTypography()
     {
         QVERIFY(open());
         QStringList problems;
@@ -333,7 +333,7 @@ private Q_SLOTS:
         QCOMPARE(problems.join(u"; "_s), QString());
     }
 
-    void everyTextThatMayComeFromOutsideIsPlain()
+    void everyTextFromOutsideTheProgramIsPlain()
     {
         QVERIFY(open());
         for (const char* name : {"apiVersionTextField", "tablebinVersionTextField", "pdtcdcVersionTextField",

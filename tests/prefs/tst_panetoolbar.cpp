@@ -23,7 +23,7 @@ private:
     }
 
 private Q_SLOTS:
-    void itHasOneButtonPerPaneInTheirOrder()
+    void theToolbarHasOneButtonPerPaneInTheirOrder()
     {
         QVERIFY(open());
         QCOMPARE(m_controller->toolbar().itemIdentifiers(), m_identifiers);
@@ -71,7 +71,7 @@ private Q_SLOTS:
         }
     }
 
-    void itCannotBeHiddenOrMoved()
+    void theToolbarCannotBeHiddenOrMoved()
     {
         QVERIFY(open());
         const PaneToolbar& toolbar = m_controller->toolbar();
@@ -81,7 +81,7 @@ private Q_SLOTS:
         QVERIFY(!toolbar.accessibleName().isEmpty());
     }
 
-    void theSelectionStaysWhenTheButtonsAreMadeAnew()
+    void theSelectionIsKeptWhenTheButtonsAreReplaced()
     {
         QVERIFY(open());
         click(u"b"_s);

@@ -28,7 +28,7 @@ private Q_SLOTS:
         end();
     }
 
-    void theBoxShowsWhatIsStored()
+    void theBoxShowsTheStoredValue()
     {
         tieToSetting(*m_box, *m_settings, Settings::statusItemMenu);
         QVERIFY(m_box->isChecked());
@@ -37,7 +37,7 @@ private Q_SLOTS:
         QVERIFY(!other.isChecked());
     }
 
-    void aSwitchIsStoredBeforeWhateverIsConnectedLater()
+    void aSwitchIsStoredBeforeLaterConnectionsAreCalled()
     {
         tieToSetting(*m_box, *m_settings, Settings::statusItemMenu);
         QList<bool> stored;
@@ -48,7 +48,7 @@ private Q_SLOTS:
         QCOMPARE(stored, (QList<bool>{false, true}));
     }
 
-    void comingIntoViewItShowsWhatIsStoredAndStoresNothing()
+    void whenShownTheControlReadsTheSettingAndStoresNothing()
     {
         tieToSetting(*m_box, *m_settings, Settings::showRightLabelPrintOption);
         const QSignalSpy switched(m_box.get(), &QCheckBox::toggled);
