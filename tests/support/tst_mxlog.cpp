@@ -54,7 +54,7 @@ class tst_MXLog : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aNewLoggerStartsAtFive() { QCOMPARE(MXLog().logLevel(), 5U); }
+    void aNewLoggerHasTheThresholdFive() { QCOMPARE(MXLog().logLevel(), 5U); }
 
     void aMessageIsWrittenWhenTheThresholdIsItsLevelOrMore()
     {
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QVERIFY(lines == expected);
     }
 
-    void theDefaultLoggerIsOne() { QCOMPARE(&MXLog::defaultLogger(), &MXLog::defaultLogger()); }
+    void theDefaultLoggerIsShared() { QCOMPARE(&MXLog::defaultLogger(), &MXLog::defaultLogger()); }
 
     void atTheDefaultThresholdNeitherDebugMessagesNorDumpsAreWritten()
     {
@@ -145,14 +145,14 @@ private Q_SLOTS:
         QCOMPARE(lines[2], "|47 " + std::string(45, ' ') + "|G" + std::string(15, ' ') + "|\n");
     }
 
-    void bytesFromTheSpaceTo128AreCopiedAsTheyAre()
+    void bytesFromTheSpaceTo128AreCopiedUnchanged()
     {
         const std::vector<std::string> lines = dumped(QByteArray("\x1F\x20\x7E\x7F\x80\x81\xFF\x00", 8));
         QCOMPARE(lines[1],
                  "|1F 20 7E 7F 80 81 FF 00 " + std::string(24, ' ') + "|. ~\x7F\x80..." + std::string(8, ' ') + "|\n");
     }
 
-    void aTerminalOnStandardErrorShowsEachLineWhole()
+    void eachLineIsWrittenCompletelyToATerminalOnStandardError()
     {
         int terminal = -1;
         int screen = -1;
@@ -170,7 +170,7 @@ private Q_SLOTS:
         QCOMPARE(QByteArray(shown.data(), std::max<ssize_t>(count, 0)), QByteArray("une ligne 7\r\n"));
     }
 
-    void aStandardErrorThatIsNoTerminalShowsNothing()
+    void nothingIsWrittenToAStandardErrorThatIsNotATerminal()
     {
         std::array<int, 2> ends{};
         QCOMPARE(pipe(ends.data()), 0);

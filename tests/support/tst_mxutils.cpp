@@ -46,14 +46,14 @@ private Q_SLOTS:
         QVERIFY(MXUtils::checkFolderAtPath(m_folder.path(), true));
     }
 
-    void aPlainFileIsNoFolderAndIsLeftAlone()
+    void aFileAtTheFoldersPathIsRefusedAndKept()
     {
         QVERIFY(!MXUtils::checkFolderAtPath(m_folder.filePath(u"file"_s), true));
         QVERIFY(QFile::exists(m_folder.filePath(u"file"_s)));
         QVERIFY(m_lines.empty());
     }
 
-    void aMissingFolderIsMadeOnlyWhenAsked()
+    void aMissingFolderIsMadeOnlyOnRequest()
     {
         const QString path = m_folder.filePath(u"é/b c/d"_s);
         QVERIFY(!MXUtils::checkFolderAtPath(path, false));
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QVERIFY(QDir(path).exists());
     }
 
-    void aNewFolderIsItsOwnersAloneAndThoseAboveAreAsUsual_data()
+    void aNewFolderIsPrivateAndItsParentsHaveDefaultPermissions_data()
     {
         QTest::addColumn<QString>("end");
         QTest::newRow("plain") << u""_s;
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QTest::newRow("slashes and dots") << u"//.//"_s;
     }
 
-    void aNewFolderIsItsOwnersAloneAndThoseAboveAreAsUsual()
+    void aNewFolderIsPrivateAndItsParentsHaveDefaultPermissions()
     {
         QFETCH(const QString, end);
         const QTemporaryDir folder;
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QCOMPARE(modeOf(folder.filePath(u"a/b"_s)), 0700U);
     }
 
-    void aFolderThatIsThereKeepsItsRights()
+    void anExistingFolderKeepsItsPermissions()
     {
         const QTemporaryDir folder;
         QCOMPARE(chmod(QFile::encodeName(folder.path()).constData(), 0755), 0);
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QCOMPARE(modeOf(folder.path()), 0755U);
     }
 
-    void aNameThatIsNotUtf8IsUsedAsItIs()
+    void aNameThatIsNotUtf8IsNotChanged()
     {
         const QByteArray name = QFile::encodeName(m_folder.path()) + "/Zo\xE9";
         QVERIFY(MXUtils::checkFolderAtPath(pathFromBytes(name), true));
@@ -106,7 +106,7 @@ private Q_SLOTS:
                  std::vector<std::string>{"2 Error on folder create '" + path.toStdString() + "' : Not a directory"});
     }
 
-    void theTildeIsACharacterLikeAnyOther()
+    void aTildeIsNotReplacedByTheHome()
     {
         const QString before = QDir::currentPath();
         QVERIFY(QDir::setCurrent(m_folder.path()));

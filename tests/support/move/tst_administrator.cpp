@@ -53,7 +53,7 @@ class tst_Administrator : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutTheProgramNothingCanBeAsked()
+    void withoutTheProgramTheRequestFails()
     {
         const QByteArray before = qgetenv("PATH");
         qputenv("PATH", "/nulle/part");
@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(asking.record(), "/bin/sh -s\n");
     }
 
-    void argumentsArriveAsTheyAre()
+    void argumentsArriveUnchanged()
     {
         const FakeAsking asking(granted);
         const QTemporaryDir folder;
@@ -87,7 +87,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(name));
     }
 
-    void theStatusIsTheCommands_data()
+    void theExitStatusIsThatOfTheCommand_data()
     {
         QTest::addColumn<QString>("script");
         QTest::addColumn<std::optional<int>>("status");
@@ -97,7 +97,7 @@ private Q_SLOTS:
         QTest::newRow("killed") << u"kill -KILL $$"_s << std::optional<int>();
     }
 
-    void theStatusIsTheCommands()
+    void theExitStatusIsThatOfTheCommand()
     {
         QFETCH(const QString, script);
         QFETCH(const std::optional<int>, status);
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
     }
 
-    void whatACommandPrintsIsNotItsStatus()
+    void theOutputOfACommandIsNotTakenForItsStatus()
     {
         const FakeAsking asking(granted);
         Administrator administrator;
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QCOMPARE(administrator.run({u"echo"_s, u"7"_s}), std::optional(0));
     }
 
-    void aCommandReadsNothing()
+    void theInputOfACommandIsEmpty()
     {
         const FakeAsking asking(granted);
         Administrator administrator;
@@ -132,7 +132,7 @@ private Q_SLOTS:
         QCOMPARE(administrator.request(), Administrator::Answer::Cancelled);
     }
 
-    void anythingElseRefuses_data()
+    void anyOtherEndOfTheDialogIsARefusal_data()
     {
         QTest::addColumn<QByteArray>("script");
         QTest::newRow("not allowed") << QByteArray("exit 127\n");
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QTest::newRow("another answer") << QByteArray("echo non; exit 1\n");
     }
 
-    void anythingElseRefuses()
+    void anyOtherEndOfTheDialogIsARefusal()
     {
         QFETCH(const QByteArray, script);
         const FakeAsking asking(script);
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QCOMPARE(administrator.request(), Administrator::Answer::Refused);
     }
 
-    void rightsThatEndMidwayAreAFailure()
+    void aShellThatExitsMakesCommandsFail()
     {
         const FakeAsking asking("read line; echo ready; read line; exit 0\n");
         Administrator administrator;
@@ -157,7 +157,7 @@ private Q_SLOTS:
         QCOMPARE(administrator.run({u"true"_s}), std::optional<int>());
     }
 
-    void othersCannotWriteToTheShell()
+    void otherProcessesCannotWriteToTheShell()
     {
         const FakeAsking asking(granted);
         const QTemporaryDir folder;

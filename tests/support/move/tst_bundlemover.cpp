@@ -13,7 +13,7 @@ class tst_BundleMover : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aDestinationThatIsFreeIsFilled()
+    void aFreeDestinationGetsTheCopy()
     {
         RecordedMove platform;
         furnish(platform);
@@ -51,7 +51,7 @@ private Q_SLOTS:
                               u"log info | INFO -- Switching to an already running version"_s, opening}));
     }
 
-    void anotherRunningApplicationIsNoHindrance()
+    void anotherRunningApplicationDoesNotPreventTheMove()
     {
         RecordedMove platform;
         furnish(platform);
@@ -91,7 +91,7 @@ private Q_SLOTS:
                               failureAlert}));
     }
 
-    void authorizationIsNeededByAnyLockedPlace_data()
+    void aLockedFolderRequiresAuthorization_data()
     {
         QTest::addColumn<Facts>("installFolder");
         QTest::addColumn<Facts>("present");
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QTest::newRow("an own copy in a locked folder") << lockedFolder << folder << true;
     }
 
-    void authorizationIsNeededByAnyLockedPlace()
+    void aLockedFolderRequiresAuthorization()
     {
         QFETCH(const Facts, installFolder);
         QFETCH(const Facts, present);
@@ -224,7 +224,7 @@ private Q_SLOTS:
                               u"trash | /home/anne/Downloads/Pelmora.app"_s, relaunching}));
     }
 
-    void aSourceThatCannotBeTrashedEitherIsLeft()
+    void aSourceThatCannotBeTrashedIsKept()
     {
         RecordedMove platform;
         furnish(platform);
@@ -240,7 +240,7 @@ private Q_SLOTS:
                               relaunching}));
     }
 
-    void aTranslocatedSourceIsTrashedWithoutAWord()
+    void aTranslocatedSourceIsTrashedWithoutALogLine()
     {
         RecordedMove platform;
         furnish(platform);

@@ -33,7 +33,7 @@ private Q_SLOTS:
 
     void cleanup() { m_folder.reset(); }
 
-    void aCopyIsWhole()
+    void aCopyIsComplete()
     {
         QVERIFY(copyFolder(source(), target()));
         QCOMPARE(folderTreeOf(target()), folderTreeOf(source()));
@@ -41,7 +41,7 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(target()).permissions(), QFileInfo(source()).permissions());
     }
 
-    void timesAreKept()
+    void modificationTimesAreKept()
     {
         const QDateTime time(QDate(2020, 2, 3), QTime(4, 5, 6));
         QFile file(source() + "/bin/pelmora"_L1);
@@ -68,7 +68,7 @@ private Q_SLOTS:
             QVERIFY2(QFileInfo(path).permissions().testFlag(QFile::WriteOwner), qPrintable(path));
     }
 
-    void aDestinationThatExistsStaysAsItIs()
+    void anExistingDestinationIsNotChanged()
     {
         QVERIFY(QDir().mkpath(target()));
         QCOMPARE(copyFolder(source(), target()), (std::expected<void, QString>(std::unexpect, u"File exists"_s)));
@@ -76,14 +76,14 @@ private Q_SLOTS:
         QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList{u"Pelmora.app"_s});
     }
 
-    void aFolderThatIsMissingIsNoSource()
+    void aMissingSourceIsAnError()
     {
         QVERIFY(!copyFolder(m_folder->path() + "/rien"_L1, target()));
         QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), QStringList());
         QVERIFY(!copyFolder(source(), m_folder->path() + "/rien/Pelmora.app"_L1));
     }
 
-    void whatIsNeitherFileNorFolderIsRefused()
+    void anEntryThatIsNeitherFileNorFolderIsRefused()
     {
         QCOMPARE(mkfifo(QFile::encodeName(source() + "/tube"_L1).constData(), 0600), 0);
         QVERIFY(!copyFolder(source(), target()));
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QCOMPARE(folderTreeOf(source()), whole);
     }
 
-    void whatWasInterruptedIsSweptAway()
+    void anInterruptedCopyIsRemovedByTheNextOne()
     {
         QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.pelmora-copy-Ab12xY/bin"_L1));
         QVERIFY(QDir().mkpath(m_folder->path() + "/Applications/.autre"_L1));
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(namesIn(m_folder->path() + "/Applications"_L1), (QStringList{u".autre"_s, u"Pelmora.app"_s}));
     }
 
-    void whatAnotherIsMakingIsNotSweptAway()
+    void aCopyInProgressIsNotRemoved()
     {
         const QString other = m_folder->path() + "/Applications/.pelmora-copy-Ab12xY"_L1;
         QVERIFY(makeFolderTree(other));
@@ -135,7 +135,7 @@ private Q_SLOTS:
         QCOMPARE(folderTreeOf(other), whole);
     }
 
-    void aRemovedFolderIsGone()
+    void removingAFolderDeletesItsContent()
     {
         QVERIFY(removeFolder(source()));
         QCOMPARE(namesIn(QFileInfo(source()).path()), QStringList());

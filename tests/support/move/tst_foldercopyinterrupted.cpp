@@ -24,14 +24,14 @@ class tst_FolderCopyInterrupted : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aCopyIsWholeOrNotThere_data()
+    void aKilledCopyIsCompleteOrAbsent_data()
     {
         QTest::addColumn<QString>("call");
         for (const char* call : {"mkdir", "openat", "sendfile", "fchmodat", "utimensat", "symlink", "fsync", "rename"})
             QTest::newRow(call) << QString::fromLatin1(call);
     }
 
-    void aCopyIsWholeOrNotThere()
+    void aKilledCopyIsCompleteOrAbsent()
     {
         QFETCH(const QString, call);
         const QTemporaryDir folder;
@@ -56,7 +56,7 @@ private Q_SLOTS:
         QCOMPARE(namesIn(folder.path() + u"/Applications"_s), QStringList{u"Pelmora.app"_s});
     }
 
-    void aCopyInTheMakingIsLocked()
+    void aCopyInProgressIsLocked()
     {
         const QTemporaryDir folder;
         QVERIFY(makeFolderTree(folder.path() + "/Pelmora.app"_L1));
@@ -75,14 +75,14 @@ private Q_SLOTS:
         QVERIFY(calls.readLine().startsWith("sendfile("));
     }
 
-    void aRemovedFolderIsWholeOrGone_data()
+    void aKilledRemovalLeavesTheFolderCompleteOrAbsent_data()
     {
         QTest::addColumn<QString>("call");
         for (const char* call : {"mkdir", "rename", "unlinkat", "openat"})
             QTest::newRow(call) << QString::fromLatin1(call);
     }
 
-    void aRemovedFolderIsWholeOrGone()
+    void aKilledRemovalLeavesTheFolderCompleteOrAbsent()
     {
         QFETCH(const QString, call);
         const QTemporaryDir folder;

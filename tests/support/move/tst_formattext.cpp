@@ -11,7 +11,7 @@ class tst_FormatText : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void placeholdersTakeTheValuesInOrder_data()
+    void placeholdersAreReplacedInOrder_data()
     {
         QTest::addColumn<QString>("format");
         QTest::addColumn<QStringList>("values");
@@ -25,7 +25,7 @@ private Q_SLOTS:
         QTest::newRow("a lone sign") << u"100 % de %"_s << QStringList{u"a"_s} << u"100 % de %"_s;
     }
 
-    void placeholdersTakeTheValuesInOrder()
+    void placeholdersAreReplacedInOrder()
     {
         QFETCH(const QString, format);
         QFETCH(const QStringList, values);

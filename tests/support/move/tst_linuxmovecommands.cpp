@@ -53,7 +53,7 @@ class tst_LinuxMoveCommands : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theCommandsAreThese()
+    void theCommandsAreAsExpected()
     {
         const LinuxMoveCommands commands({u"--simulate"_s, u"l'été.xml"_s});
         QCOMPARE(textOf(commands.openRunningCopy(bundle)),
@@ -81,8 +81,8 @@ private Q_SLOTS:
                      bundle);
     }
 
-    void theRunningCopyIsOpenedWhateverItsPath_data() { strangePaths(); }
-    void theRunningCopyIsOpenedWhateverItsPath()
+    void theRunningCopyIsOpenedForAnyPath_data() { strangePaths(); }
+    void theRunningCopyIsOpenedForAnyPath()
     {
         QFETCH(const QString, name);
         const auto [folder, path, destination, isMade] = Bundles(name);
@@ -92,8 +92,8 @@ private Q_SLOTS:
         QTRY_COMPARE(textOfFile(folder.path() + "/started"_L1), u"started\n"_s + name + u'\n');
     }
 
-    void theCopyIsStartedWhenTheProcessHasEnded_data() { strangePaths(); }
-    void theCopyIsStartedWhenTheProcessHasEnded()
+    void theCopyIsStartedAfterTheProcessHasEnded_data() { strangePaths(); }
+    void theCopyIsStartedAfterTheProcessHasEnded()
     {
         QFETCH(const QString, name);
         const auto [folder, path, destination, isMade] = Bundles(name);
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(parent.waitForFinished());
     }
 
-    void theAdministratorsCopyIsWholeAndReplacesNothing()
+    void theAdministratorsCopyIsCompleteAndReplacesNothing()
     {
         const QTemporaryDir folder;
         const QString source = folder.path() + "/l'été/-a b.app"_L1;
@@ -150,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
     }
 
-    void theAdministratorsCopyServesEveryUser()
+    void theAdministratorsCopyIsReadableByEveryUser()
     {
         const auto [folder, source, destination, isMade] = Bundles();
         QVERIFY(isMade);
@@ -170,7 +170,7 @@ private Q_SLOTS:
         QCOMPARE(modeOf(destination + "/texte"_L1), 0644U);
     }
 
-    void whatAnAdministratorDeletesIsGone_data()
+    void aBundleDeletedByTheAdministratorIsRemoved_data()
     {
         QTest::addColumn<bool>("isThere");
         QTest::addColumn<bool>("wasInterrupted");
@@ -180,7 +180,7 @@ private Q_SLOTS:
         QTest::newRow("what an interrupted deletion has left") << false << true;
     }
 
-    void whatAnAdministratorDeletesIsGone()
+    void aBundleDeletedByTheAdministratorIsRemoved()
     {
         QFETCH(const bool, isThere);
         QFETCH(const bool, wasInterrupted);
@@ -193,7 +193,7 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
     }
 
-    void otherFoldersBesideTheCopyStay()
+    void otherFoldersBesideTheCopyAreKept()
     {
         const auto [folder, source, destination, isMade] = Bundles();
         QVERIFY(isMade);
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(destination + ".part/bin/pelmora"_L1));
     }
 
-    void linksInACopyAreNotFollowed()
+    void permissionsAreNotSetThroughLinks()
     {
         const auto [folder, source, destination, isMade] = Bundles();
         QVERIFY(isMade);
@@ -222,7 +222,7 @@ private Q_SLOTS:
         QCOMPARE(modeOf(secret), 0700U);
     }
 
-    void whatIsBeingCopiedIsClosedToOthers()
+    void aCopyInProgressIsNotAccessibleToOthers()
     {
         const auto [folder, source, destination, isMade] = Bundles();
         QVERIFY(isMade);

@@ -46,7 +46,7 @@ private Q_SLOTS:
         QVERIFY(!LinuxMoveOperations(others).isQuestionSuppressed());
     }
 
-    void factsAreThoseOfTheFileSystem()
+    void fileQueriesGiveTheStateOfTheFileSystem()
     {
         QVERIFY(writeFile(path(u"fichier"_s), "x"));
         const MoveOperations::ItemFacts file = m_platform->factsOf(path(u"fichier"_s));
@@ -57,7 +57,7 @@ private Q_SLOTS:
         QVERIFY(!missing.exists && !missing.isFolder && !missing.isWritable);
     }
 
-    void entriesAreAll()
+    void allEntriesOfAFolderAreListed()
     {
         QVERIFY(QDir().mkpath(path(u"dossier/a.app"_s)));
         QVERIFY(writeFile(path(u"dossier/.caché"_s), "x"));
@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(m_platform->resolvingSymbolicLinks(path(u"rien"_s)), path(u"rien"_s));
     }
 
-    void theTrashIsTheUsersOwn()
+    void theTrashIsThatOfTheUser()
     {
         const QString bundle = path(u"L'été/Pelmora.app"_s);
         QVERIFY(writeFile(bundle + "/bin/pelmora"_L1, "programme"));
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(m_platform->run({u"/nulle/part"_s, {}}), std::optional<int>());
     }
 
-    void startedCommandsAreNot()
+    void startedCommandsAreNotWaitedFor()
     {
         // It waits for a word that comes after it has been started.
         QCOMPARE(m_platform->run({u"mkfifo"_s, {path(u"tube"_s)}}), std::optional(0));
@@ -157,7 +157,7 @@ private Q_SLOTS:
         QTRY_COMPARE(contentOf(path(u"fin"_s)), "mot");
     }
 
-    void thisFolderLiesOnAVolume()
+    void theFolderOfTheTestIsOnAVolume()
     {
         const std::optional<MoveOperations::Volume> volume = m_platform->volumeOf(u"/"_s);
         QVERIFY(volume);

@@ -49,7 +49,7 @@ class tst_MacintoshMove : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theCommandsAreThese()
+    void theCommandsAreAsExpected()
     {
         const MacintoshMoveCommands commands(MacintoshRelease::firstOf10_8);
         QCOMPARE(textOf(MacintoshMoveCommands::listMountedImages()), u"/usr/bin/hdiutil | info | -plist"_s);
@@ -60,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(textOf(commands.privilegedCopy(u"/a b"_s, bundle)), u"/bin/cp | -pR | /a b | "_s + bundle);
     }
 
-    void theQuarantineIsRemovedAsTheReleaseKnowsHow_data()
+    void theQuarantineIsRemovedByTheCommandOfTheRelease_data()
     {
         QTest::addColumn<int>("release");
         QTest::addColumn<QString>("removal");
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QTest::newRow("10.8") << 1187 << u"/usr/bin/xattr -d -r com.apple.quarantine "_s;
     }
 
-    void theQuarantineIsRemovedAsTheReleaseKnowsHow()
+    void theQuarantineIsRemovedByTheCommandOfTheRelease()
     {
         QFETCH(const int, release);
         QFETCH(const QString, removal);
@@ -79,7 +79,7 @@ private Q_SLOTS:
                      quotedBundle + u"; /usr/bin/open "_s + quotedBundle + u") &"_s);
     }
 
-    void beforeTheReleaseACommandTellsWhatRuns()
+    void beforeThatReleaseACommandTellsWhetherTheCopyRuns()
     {
         const std::optional<MoveCommand> test = MacintoshMoveCommands(949).testRunning(bundle);
         QVERIFY(test);
@@ -88,7 +88,7 @@ private Q_SLOTS:
         QVERIFY(!MacintoshMoveCommands(950).testRunning(bundle));
     }
 
-    void theFirstWayToTheTrashThatSucceedsIsTheLast_data()
+    void afterTheFirstSuccessNoOtherWayToTheTrashIsTried_data()
     {
         QTest::addColumn<int>("release");
         QTest::addColumn<bool>("trashes");
@@ -101,7 +101,7 @@ private Q_SLOTS:
         QTest::newRow("before, the script's") << 1186 << true << false << QStringList{recycle, script};
     }
 
-    void theFirstWayToTheTrashThatSucceedsIsTheLast()
+    void afterTheFirstSuccessNoOtherWayToTheTrashIsTried()
     {
         QFETCH(const int, release);
         QFETCH(const bool, trashes);

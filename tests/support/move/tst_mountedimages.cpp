@@ -39,7 +39,7 @@ class tst_MountedImages : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aFolderLiesOnTheNearestVolume()
+    void aFolderIsOnTheNearestVolume()
     {
         const QTemporaryDir folder;
         QVERIFY(QDir().mkpath(folder.path() + "/disk/inner"_L1));
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(volume->device, u"/dev/loop1"_s);
     }
 
-    void aFolderThatIsMissingLiesNowhere()
+    void aMissingFolderIsOnNoVolume()
     {
         const MountedImages images(line("8:1", "/", "/dev/sda1"), QString());
         QVERIFY(!images.volumeOf(u"/pas/de/dossier"_s));
@@ -105,7 +105,7 @@ private Q_SLOTS:
         QCOMPARE(devicesOf(images), (QStringList{u"/dev/sdb"_s, u"/dev/sdb1"_s}));
     }
 
-    void namesMayHoldAnything()
+    void namesMayHaveAnyCharacters()
     {
         const QTemporaryDir folder;
         QVERIFY(QDir().mkpath(folder.path() + u"/L'été à\tl \\040\n"_s));
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QCOMPARE(volume->device, u"/dev/loop0"_s);
     }
 
-    void brokenLinesArePassedOver()
+    void brokenLinesAreSkipped()
     {
         const MountedImages images("\nx\n36 35 7:0 / /mnt rw\n36 35 7:0 / /mnt rw - ext4\n36 35 7:0 / /mnt\\ rw - ext4 "
                                    "/dev/loop0 rw\n",

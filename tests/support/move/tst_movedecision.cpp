@@ -12,7 +12,7 @@ class tst_MoveDecision : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyTheDeviceOfAnImageCounts_data()
+    void onlyAVolumeOnTheDeviceOfAnImageIsEjected_data()
     {
         QTest::addColumn<QByteArray>("list");
         QTest::addColumn<bool>("isFound");
@@ -45,7 +45,7 @@ private Q_SLOTS:
             << false;
     }
 
-    void onlyTheDeviceOfAnImageCounts()
+    void onlyAVolumeOnTheDeviceOfAnImageIsEjected()
     {
         QFETCH(const QByteArray, list);
         QFETCH(const bool, isFound);
@@ -58,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(platform.record.contains(removing), !isFound);
     }
 
-    void aVolumeThatCannotBeToldIsNoImage()
+    void anUnknownVolumeIsNotTreatedAsAnImage()
     {
         RecordedMove platform;
         furnish(platform);

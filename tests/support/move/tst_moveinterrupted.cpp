@@ -129,7 +129,7 @@ class tst_MoveInterrupted : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aWholeCopyIsLeftWhereverItStops_data()
+    void aCompleteCopyRemainsWhereverTheMoveIsKilled_data()
     {
         QTest::addColumn<bool>("isLocked");
         QTest::addColumn<bool>("hasOldCopy");
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QTest::newRow("with an administrator, over an old copy") << true << true << 15;
     }
 
-    void aWholeCopyIsLeftWhereverItStops()
+    void aCompleteCopyRemainsWhereverTheMoveIsKilled()
     {
         QFETCH(const bool, isLocked);
         QFETCH(const bool, hasOldCopy);
@@ -178,14 +178,14 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(surroundings.bundlePath));
     }
 
-    void whatAnAdministratorDeletesIsWholeOrGone_data()
+    void aKilledDeletionOfTheAdministratorLeavesAllOrNothing_data()
     {
         QTest::addColumn<QString>("call");
         for (const char* call : {"renameat2", "unlinkat"})
             QTest::newRow(call) << QString::fromLatin1(call);
     }
 
-    void whatAnAdministratorDeletesIsWholeOrGone()
+    void aKilledDeletionOfTheAdministratorLeavesAllOrNothing()
     {
         QFETCH(const QString, call);
         const QTemporaryDir folder;
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QCOMPARE(namesIn(folder.path()), QStringList());
     }
 
-    void whatAnAdministratorCopiesIsWholeOrNotThere_data()
+    void aKilledCopyOfTheAdministratorIsCompleteOrAbsent_data()
     {
         QTest::addColumn<QString>("call");
         for (const char* call : {"/^(openat|mkdir|mkdirat)$", "/^(write|copy_file_range|ioctl)$", "/chmod", "syncfs",
@@ -215,7 +215,7 @@ private Q_SLOTS:
             QTest::newRow(call) << QString::fromLatin1(call);
     }
 
-    void whatAnAdministratorCopiesIsWholeOrNotThere()
+    void aKilledCopyOfTheAdministratorIsCompleteOrAbsent()
     {
         QFETCH(const QString, call);
         const QTemporaryDir folder;

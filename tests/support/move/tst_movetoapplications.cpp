@@ -15,7 +15,7 @@ class tst_MoveToApplications : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aSuppressedQuestionStopsAtOnce()
+    void aSuppressedQuestionIsNotAsked()
     {
         RecordedMove platform;
         furnish(platform);
@@ -24,7 +24,7 @@ private Q_SLOTS:
         QCOMPARE(platform.record, QStringList{u"suppressed?"_s});
     }
 
-    void aCopyInAnApplicationsFolderIsNotAsked_data()
+    void inAnApplicationsFolderTheQuestionIsNotAsked_data()
     {
         QTest::addColumn<QString>("path");
         QTest::addColumn<bool>("isAsked");
@@ -38,7 +38,7 @@ private Q_SLOTS:
         QTest::newRow("elsewhere") << u"/home/anne/Bureau/Pelmora.app"_s << true;
     }
 
-    void aCopyInAnApplicationsFolderIsNotAsked()
+    void inAnApplicationsFolderTheQuestionIsNotAsked()
     {
         QFETCH(const QString, path);
         QFETCH(const bool, isAsked);
@@ -51,7 +51,7 @@ private Q_SLOTS:
         QCOMPARE(platform.record, isAsked ? questions(values) : QStringList{u"suppressed?"_s});
     }
 
-    void aCopyInsideAnotherApplicationIsAskedWhereverThatLies()
+    void insideAnotherApplicationTheQuestionIsAskedAnywhere()
     {
         RecordedMove platform;
         furnish(platform);
@@ -74,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(platform.record, expected);
     }
 
-    void theUsersFolderIsChosenWhenItHoldsAnApplication_data()
+    void theUsersFolderIsChosenWhenItContainsAnApplication_data()
     {
         QTest::addColumn<Facts>("facts");
         QTest::addColumn<QStringList>("entries");
@@ -88,7 +88,7 @@ private Q_SLOTS:
         QTest::newRow("a file") << Facts{true, false, true} << QStringList{u"Autre.app"_s} << false;
     }
 
-    void theUsersFolderIsChosenWhenItHoldsAnApplication()
+    void theUsersFolderIsChosenWhenItContainsAnApplication()
     {
         QFETCH(const Facts, facts);
         QFETCH(const QStringList, entries);
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QVERIFY(platform.record.contains(u"copy | "_s + source + u" | "_s + chosen + u"/Pelmora.app"_s));
     }
 
-    void withoutAnyFolderToMoveToNothingIsAsked()
+    void withoutAFolderToMoveToTheQuestionIsNotAsked()
     {
         RecordedMove platform;
         MoveSurroundings values = surroundings();
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QVERIFY(local.record.contains(u"copy | /home/anne/Downloads/Pelmora.app | /System/Applications/Pelmora.app"_s));
     }
 
-    void theAlertSaysWhereToAndWhatItTakes_data()
+    void theAlertShowsTheDestinationAndTheNeededRights_data()
     {
         QTest::addColumn<QString>("bundle");
         QTest::addColumn<bool>("isOwn");
@@ -150,7 +150,7 @@ private Q_SLOTS:
         QTest::newRow("local, desktop") << desktop << false << false << local << body;
     }
 
-    void theAlertSaysWhereToAndWhatItTakes()
+    void theAlertShowsTheDestinationAndTheNeededRights()
     {
         QFETCH(const QString, bundle);
         QFETCH(const bool, isOwn);
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(platform.question.suppressionBox, u"Do not show this message again"_s);
     }
 
-    void theAlertSpeaksTheUsersLanguage()
+    void theAlertIsInTheUsersLanguage()
     {
         RecordedMove platform;
         furnish(platform);

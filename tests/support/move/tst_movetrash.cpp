@@ -14,7 +14,7 @@ class tst_MoveTrash : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theFirstWayThatSucceedsIsTheLast_data()
+    void afterTheFirstSuccessNoOtherWayIsTried_data()
     {
         QTest::addColumn<bool>("trashes");
         QTest::addColumn<QStringList>("record");
@@ -22,7 +22,7 @@ private Q_SLOTS:
         QTest::newRow("the desktop's own way") << false << QStringList{trash, recycle};
     }
 
-    void theFirstWayThatSucceedsIsTheLast()
+    void afterTheFirstSuccessNoOtherWayIsTried()
     {
         QFETCH(const bool, trashes);
         QFETCH(const QStringList, record);
@@ -32,7 +32,7 @@ private Q_SLOTS:
         QCOMPARE(platform.record, record);
     }
 
-    void aFailureOfAllIsLogged()
+    void theFailureOfAllWaysIsLogged()
     {
         RecordedMove platform;
         platform.trashes = false;

@@ -16,7 +16,7 @@ class tst_PortableBundle : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyATreeThatIsNamedSoIsACopysBundle_data()
+    void onlyAFolderWithTheBundlesNameIsABundle_data()
     {
         QTest::addColumn<QString>("executable");
         QTest::addColumn<QString>("bundle");
@@ -37,7 +37,7 @@ private Q_SLOTS:
         QTest::newRow("root") << u"/libexec/pelmora/pelmora-window"_s << none;
     }
 
-    void onlyATreeThatIsNamedSoIsACopysBundle()
+    void onlyAFolderWithTheBundlesNameIsABundle()
     {
         QFETCH(const QString, executable);
         QFETCH(const QString, bundle);
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QCOMPARE(bundleOfExecutable(executable).value_or(QString()), bundle);
     }
 
-    void theFoldersAreTheUsersOwn()
+    void theFoldersAreThoseOfTheUser()
     {
         const QTemporaryDir home;
         qputenv("HOME", QFile::encodeName(home.path()));
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QCOMPARE(values.downloadsFolders, QStringList{home.path() + "/Downloads"_L1});
     }
 
-    void foldersAreKnownWithoutTheirLinksToo()
+    void foldersAreRecognisedThroughLinks()
     {
         const QTemporaryDir folder;
         const QString home = folder.path() + "/maison"_L1;
@@ -100,7 +100,7 @@ private Q_SLOTS:
                  (QStringList{home + u"/Téléchargements"_s, folder.path() + u"/disque/Téléchargements"_s}));
     }
 
-    void aHomeIsNoDownloadsFolder()
+    void theHomeIsNotADownloadsFolder()
     {
         const QTemporaryDir home;
         QVERIFY(QDir().mkpath(home.path() + "/config"_L1));

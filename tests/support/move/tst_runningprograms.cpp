@@ -36,7 +36,7 @@ class tst_RunningPrograms : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void thisProgramRuns()
+    void thisProgramIsFoundAsRunning()
     {
         QCOMPARE(executableOf(QCoreApplication::applicationPid(), runningPrograms()),
                  QCoreApplication::applicationFilePath());
@@ -57,7 +57,7 @@ private Q_SLOTS:
         QCOMPARE(executableOf(identifier, runningPrograms()), QString());
     }
 
-    void aProgramWhoseExecutableIsHiddenIsKnownByItsStart()
+    void aProgramWithAHiddenExecutableIsFoundByItsCommandLine()
     {
         const QTemporaryDir folder;
         QVERIFY(writeCommandLine(folder.path() + "/12"_L1, QByteArray("/opt/a b/pelmora\0--simulate\0", 28)));

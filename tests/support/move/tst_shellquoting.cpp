@@ -13,7 +13,7 @@ class tst_ShellQuoting : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theShellReadsTheTextAsOneWord_data()
+    void theShellReadsAQuotedTextAsOneWord_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("quoted");
@@ -29,7 +29,7 @@ private Q_SLOTS:
         QTest::newRow("the shell's own") << u"a;b&c|d>e*?[x]~#!(y){z}"_s << u"'a;b&c|d>e*?[x]~#!(y){z}'"_s;
     }
 
-    void theShellReadsTheTextAsOneWord()
+    void theShellReadsAQuotedTextAsOneWord()
     {
         QFETCH(const QString, text);
         QFETCH(const QString, quoted);

@@ -38,7 +38,7 @@ private Q_SLOTS:
         QVERIFY(writeTable(m_folder.path() + "/br.lproj"_L1, "Ya"));
     }
 
-    void theFirstLanguageThatThereIsSpeaks_data()
+    void theFirstAvailableLanguageIsUsed_data()
     {
         QTest::addColumn<QStringList>("languages");
         QTest::addColumn<QString>("text");
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QTest::newRow("a way out") << QStringList{u"../"_s, QString(), u"-"_s} << u"Yes"_s;
     }
 
-    void theFirstLanguageThatThereIsSpeaks()
+    void theFirstAvailableLanguageIsUsed()
     {
         QFETCH(const QStringList, languages);
         QFETCH(const QString, text);
@@ -61,14 +61,14 @@ private Q_SLOTS:
         QCOMPARE(table.localizedString(u"Yes"), text);
     }
 
-    void whatNobodyTranslatedIsEnglish()
+    void aTextWithoutTranslationIsShownInEnglish()
     {
         QCOMPARE(StringTable::load(Bundle(m_folder.path()), u"Table"_s, {u"fr"_s}).localizedString(u"No"), u"No"_s);
         QCOMPARE(StringTable::load(Bundle(m_folder.path()), u"Missing"_s, {u"fr"_s}).localizedString(u"Yes"), u"Yes"_s);
         QCOMPARE(StringTable().localizedString(u"Yes"), u"Yes"_s);
     }
 
-    void whatIsNoTextIsEnglish()
+    void aValueThatIsNotATextIsShownInEnglish()
     {
         const StringTable table = StringTable::load(Bundle(m_folder.path()), u"Table"_s, {u"fr"_s});
         QCOMPARE(table.localizedString(u"Number"), u"Number"_s);

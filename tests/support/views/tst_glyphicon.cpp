@@ -51,7 +51,7 @@ private Q_SLOTS:
 
     void init() { m_lines.clear(); }
 
-    void itIsPaintedInThePensColour()
+    void theIconIsPaintedInThePensColour()
     {
         const QString path = written(u"square.svg"_s, R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 8 8">)"
                                                       R"(<rect width="8" height="8" fill="currentColor"/></svg>)");
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QVERIFY(m_lines.empty());
     }
 
-    void aMissingOrBrokenFileShowsNothingAndIsLogged()
+    void aMissingOrBrokenFileGivesAnEmptyIconAndIsLogged()
     {
         for (const QString& path : {m_folder.filePath(u"none.svg"_s), written(u"broken.svg"_s, "<svg")}) {
             m_lines.clear();

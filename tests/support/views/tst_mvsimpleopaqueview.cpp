@@ -28,7 +28,7 @@ class tst_MVSimpleOpaqueView : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void itIsOpaqueWithAndWithoutAColour()
+    void theViewIsOpaqueWithAndWithoutAColour()
     {
         MVSimpleOpaqueView view;
         QVERIFY(view.isOpaque());
@@ -57,7 +57,7 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(20, 20), QColor(Qt::magenta));
     }
 
-    void settingTheColourRedrawsTheWholeViewAndNoneStopsTheFill()
+    void settingTheColourRedrawsTheViewAndRemovingItStopsTheFill()
     {
         MVSimpleOpaqueView view;
         view.resize(40, 30);

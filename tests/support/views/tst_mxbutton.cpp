@@ -72,7 +72,7 @@ class tst_MXButton : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theImageLiesEightPointsBelowThePlatformsPlace()
+    void theImageIsEightPointsBelowItsDefaultPlace()
     {
         const auto button = tile(green);
         const QRect platforms = ButtonCell().imageRectForBounds(bounds, *button);
@@ -150,7 +150,7 @@ private Q_SLOTS:
         QVERIFY(differingPixels(plain, drawn(*button, Qt::magenta)) > 20);
     }
 
-    void whoUsesTheKeyboardSeesTheFocus()
+    void theKeyboardFocusIsVisible()
     {
         QWidget window;
         auto* first = tile(green).release();
@@ -195,7 +195,7 @@ private Q_SLOTS:
                 button->fontMetrics().horizontalAdvance(button->text()));
     }
 
-    void inkIsWhatReadsBest_data()
+    void theInkHasTheBetterContrast_data()
     {
         QTest::addColumn<QColor>("background");
         QTest::addColumn<bool>("white");
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QTest::newRow("grey") << QColor(88, 88, 88) << true;
     }
 
-    void inkIsWhatReadsBest()
+    void theInkHasTheBetterContrast()
     {
         QFETCH(const QColor, background);
         QFETCH(const bool, white);
@@ -215,7 +215,7 @@ private Q_SLOTS:
         QVERIFY(contrastRatio(background, readableInk(background)) >= 4.5);
     }
 
-    void contrastIsThatOfTheGuidelines()
+    void theContrastRatioIsThatOfTheGuidelines()
     {
         QCOMPARE(contrastRatio(Qt::black, Qt::white), 21.0);
         QCOMPARE(contrastRatio(Qt::white, Qt::white), 1.0);
