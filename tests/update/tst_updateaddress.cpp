@@ -66,7 +66,7 @@ private Q_SLOTS:
         QTEST(isSafeRedirect(QUrl(address, QUrl::StrictMode)), "isSafe");
     }
 
-    void packagesAreKnownByTheirName_data()
+    void packagesAreRecognisedByTheirName_data()
     {
         QTest::addColumn<QString>("end");
         QTest::addColumn<QString>("name");
@@ -84,7 +84,7 @@ private Q_SLOTS:
         QTest::newRow("no ending") << u"pelmora"_s << u""_s;
         QTest::newRow("folder") << u"pelmora.deb/"_s << u""_s;
     }
-    void packagesAreKnownByTheirName()
+    void packagesAreRecognisedByTheirName()
     {
         QFETCH(const QString, end);
         QTEST(packageFileName(QUrl("https://updates.morvel.example/"_L1 + end)).value_or(QString()), "name");

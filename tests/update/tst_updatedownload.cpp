@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(entriesBelow(m_folder), QStringList());
     }
 
-    void aFolderThatCannotBeWrittenToIsTold()
+    void aFolderThatCannotBeWrittenToIsReported()
     {
         UpdateConfiguration changed = configuration();
         changed.folder = u"/proc/self/updates"_s;

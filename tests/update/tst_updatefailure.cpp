@@ -12,7 +12,7 @@ class tst_UpdateFailure : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyFailureHasATextOfItsOwn()
+    void everyFailureHasItsOwnText()
     {
         QSet<QString> texts;
         const int count = static_cast<int>(UpdateFailure::CannotReadBack) + 1;
@@ -25,7 +25,7 @@ private Q_SLOTS:
         QCOMPARE(updateFailureTexts.size(), static_cast<std::size_t>(count));
     }
 
-    void textsAreWholeSentencesInGoodTypography()
+    void textsAreSentencesInFrenchTypography()
     {
         for (const UpdateFailureText& row : updateFailureTexts) {
             const QString text = row.text.toString();

@@ -55,7 +55,7 @@ private Q_SLOTS:
         QCOMPARE(choice->item.signature.front(), static_cast<unsigned char>('s'));
     }
 
-    void versionsMayBeAttributesOfTheEnclosure()
+    void versionsCanBeAttributesOfTheEnclosure()
     {
         const auto choice = choiceOf({{.version = {},
                                        .shortVersion = {},
@@ -67,7 +67,7 @@ private Q_SLOTS:
         QCOMPARE(choice->item.shortVersion, u"deux"_s);
     }
 
-    void anyPrefixOfTheNamespaceWillDo()
+    void anyPrefixOfTheNamespaceIsAccepted()
     {
         QByteArray xml = feedXml(itemXml({}));
         xml.replace("sparkle:", "s:").replace("xmlns:sparkle", "xmlns:s");
@@ -77,14 +77,14 @@ private Q_SLOTS:
         QCOMPARE(choiceIn(xml).error(), UpdateFailure::Incomplete);
     }
 
-    void anAddressMayBeRelativeToTheFeeds()
+    void anAddressCanBeRelativeToTheFeed()
     {
         const auto choice = choiceOf({{.url = "../packages/a.deb"}});
         QVERIFY(choice.has_value());
         QCOMPARE(choice->item.package, QUrl(u"https://updates.morvel.example/packages/a.deb"_s));
     }
 
-    void whatIsNewMayBePlainText()
+    void releaseNotesCanBePlainText()
     {
         const auto choice = choiceOf({{.more = "<description sparkle:format=\"plain-text\">a &lt; b</description>"}});
         QVERIFY(choice.has_value());
@@ -92,7 +92,7 @@ private Q_SLOTS:
         QVERIFY(!choice->item.notesMayBeHtml);
     }
 
-    void aVersionWithoutAnotherNameBearsItsOwn()
+    void aVersionWithoutADisplayNameIsShownByItsNumber()
     {
         const auto choice = choiceOf({{.shortVersion = {}}});
         QVERIFY(choice.has_value());
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QCOMPARE(choiceOf({{.version = "1.9"}, {.version = "1.10"}, {.version = "1.2"}})->item.version, u"1.10"_s);
     }
 
-    void nothingThatIsNotNewerIsOffered_data()
+    void aVersionThatIsNotNewerIsNotOffered_data()
     {
         QTest::addColumn<QByteArray>("version");
         QTest::newRow("older") << QByteArray("0.9");
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QTest::newRow("the same, written otherwise") << QByteArray("1.0.0");
         QTest::newRow("unfinished") << QByteArray("1.0b3");
     }
-    void nothingThatIsNotNewerIsOffered()
+    void aVersionThatIsNotNewerIsNotOffered()
     {
         QFETCH(const QByteArray, version);
         const auto choice = choiceOf({{.version = version}});
@@ -120,18 +120,18 @@ private Q_SLOTS:
         QCOMPARE(choice->kind, Kind::UpToDate);
     }
 
-    void anOlderVersionIsNotLookedAtAnyCloser()
+    void anOlderVersionIsNotValidated()
     {
         QCOMPARE(choiceOf({{.version = "0.9", .signature = {}}})->kind, Kind::UpToDate);
     }
 
-    void versionsForOthersArePassedOver()
+    void versionsForOtherSystemsOrChannelsAreIgnored()
     {
         QCOMPARE(choiceOf({{.moreAttributes = " sparkle:os=\"macos\""}})->kind, Kind::UpToDate);
         QCOMPARE(choiceOf({{.more = "<sparkle:channel>beta</sparkle:channel>"}})->kind, Kind::UpToDate);
     }
 
-    void aVersionForANewerSystemGivesWayToOneThatRunsHere()
+    void aVersionThatRunsHereIsPreferredToOneForANewerSystem()
     {
         const FeedItem demanding{.version = "3.0",
                                  .more = "<sparkle:minimumSystemVersion>2.40</sparkle:minimumSystemVersion>"};
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(choiceOf({demanding})->kind, Kind::NeedsNewerSystem);
     }
 
-    void aFaultyVersionGivesWayToASoundOne()
+    void aValidVersionIsPreferredToAFaultyNewerOne()
     {
         const auto choice = choiceOf({{.version = "3.0", .signature = {}}, {}});
         QVERIFY(choice.has_value());
@@ -191,7 +191,7 @@ private Q_SLOTS:
         QCOMPARE(choice.error(), failure);
     }
 
-    void whatIsNoFeedIsRefused_data()
+    void aTextThatIsNotAFeedIsRefused_data()
     {
         QTest::addColumn<QByteArray>("xml");
         QTest::newRow("nothing") << QByteArray();
@@ -212,7 +212,7 @@ private Q_SLOTS:
         QTest::newRow("broken encoding") << feedXml("<item><title>\xe9</title></item>");
         QTest::newRow("element in a version") << feedXml("<item><sparkle:version><b>2.0</item>");
     }
-    void whatIsNoFeedIsRefused()
+    void aTextThatIsNotAFeedIsRefused()
     {
         QFETCH(const QByteArray, xml);
         QCOMPARE(choiceIn(xml).error(), UpdateFailure::NotAFeed);

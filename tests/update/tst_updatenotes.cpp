@@ -35,7 +35,7 @@ private Q_SLOTS:
         QTEST(plainNotes(notes, true), "text");
     }
 
-    void whatIsPlainStaysAsItIs() { QCOMPARE(plainNotes(u"<b>a</b>"_s, false), u"<b>a</b>"_s); }
+    void plainTextIsNotChanged() { QCOMPARE(plainNotes(u"<b>a</b>"_s, false), u"<b>a</b>"_s); }
 
     void longNotesAreCutAndReadInTime()
     {
@@ -47,7 +47,7 @@ private Q_SLOTS:
         QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
     }
 
-    void aShortLineIsOneLineAndShort()
+    void aShortLineHasNoLineBreakAndABoundedLength()
     {
         QCOMPARE(shortLine(u" 2.0\n(été)\u202E "_s), u"2.0 (été)"_s);
         QCOMPARE(shortLine(QString(1000, u'a')).size(), 64);

@@ -32,7 +32,7 @@ private:
 private Q_SLOTS:
     void cleanup() { QVERIFY(QDir(m_folder).removeRecursively()); }
 
-    void aPackageIsItsOwnersAlone()
+    void aPackageIsAccessibleToItsOwnerOnly()
     {
         const mode_t before = umask(0);
         const auto package = UpdatePackage::create(m_folder, u"a.deb"_s);
@@ -44,7 +44,7 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo((*package)->path()).fileName(), u"a.deb"_s);
     }
 
-    void aFolderThatOthersCouldWriteToIsClosedToThem()
+    void aFolderThatOthersCouldWriteToIsMadePrivate()
     {
         QVERIFY(QDir().mkpath(m_folder));
         QVERIFY(chmod(QFile::encodeName(m_folder).constData(), 0777) == 0);
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(modeOf(m_folder), 0700U);
     }
 
-    void aPackageThatIsNotKeptLeavesNothing()
+    void aPackageThatIsNotKeptIsRemoved()
     {
         {
             const auto package = UpdatePackage::create(m_folder, u"a.deb"_s);
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QCOMPARE(entriesOf(m_folder), QStringList());
     }
 
-    void aPackageThatIsKeptStaysUntilTheNextOne()
+    void aKeptPackageIsRemovedByTheNextOne()
     {
         QString path;
         {
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QCOMPARE(entriesOf(m_folder).size(), 1);
     }
 
-    void whatOthersPutThereIsLeftAlone()
+    void otherFilesInTheFolderAreKept()
     {
         QVERIFY(QDir().mkpath(m_folder + "/other"_L1));
         QVERIFY(QDir().mkpath(m_home.filePath(u"elsewhere/kept"_s)));
@@ -89,7 +89,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(m_home.filePath(u"elsewhere/kept"_s)));
     }
 
-    void aFullDiskIsTold()
+    void aFullDiskIsReported()
     {
         const auto package = UpdatePackage::create(m_folder, u"a.deb"_s);
         QVERIFY(package.has_value());
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE((*package)->write(QByteArray(600, 'x')), UpdateFailure::DiskFull);
     }
 
-    void aFolderThatCannotBeMadeIsTold()
+    void aFolderThatCannotBeMadeIsReported()
     {
         QFile file(m_home.filePath(u"file"_s));
         QVERIFY(file.open(QIODevice::WriteOnly));

@@ -95,7 +95,7 @@ private Q_SLOTS:
         QVERIFY(!shownWindow()->isModal());
     }
 
-    void aSecondCheckOnlyBringsTheWindowToTheFront()
+    void aSecondCheckRaisesTheWindowOnly()
     {
         const auto run = runWithUpdate();
         QVERIFY(run);
@@ -108,7 +108,7 @@ private Q_SLOTS:
         QTRY_COMPARE(requests(), 2);
     }
 
-    void withoutAFeedAKindMessageIsShownAndNoDateKept()
+    void withoutAFeedAMessageIsShownAndNoDateStored()
     {
         UpdateConfiguration configuration = m_fixture->configuration();
         configuration.feed.reset();
@@ -121,7 +121,7 @@ private Q_SLOTS:
         QVERIFY(!lastCheck().isValid());
     }
 
-    void aVerifiedPackageIsHandedToTheDesktop()
+    void aVerifiedPackageIsOpenedByTheDesktop()
     {
         const Desktop desktop;
         const auto run = runWithUpdate();
@@ -137,7 +137,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(path));
     }
 
-    void aPackageThatIsNotTheMakersIsNotHandedOver()
+    void aPackageWithoutAValidSignatureIsNotOpened()
     {
         const Desktop desktop;
         m_fixture->server().setAnswer(u"/pelmora.deb"_s,
@@ -150,13 +150,13 @@ private Q_SLOTS:
         QVERIFY(QDir(m_fixture->folder()).isEmpty());
     }
 
-    void theEndOfTheWindowOrOfTheRunEndsADownload_data()
+    void closingTheWindowOrEndingTheRunEndsADownload_data()
     {
         QTest::addColumn<bool>("isWindow");
         QTest::newRow("closing the window") << true;
         QTest::newRow("quitting") << false;
     }
-    void theEndOfTheWindowOrOfTheRunEndsADownload()
+    void closingTheWindowOrEndingTheRunEndsADownload()
     {
         QFETCH(const bool, isWindow);
         m_fixture->server().setAnswer(
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(shownWindow(), nullptr);
     }
 
-    void aSearchThatWasCancelledCanBeBegunAgain()
+    void aCancelledSearchCanBeStartedAgain()
     {
         m_fixture->server().setAnswer(u"/feed"_s, {{}, {}, Then::Stall, false});
         const auto run = this->run();
@@ -187,7 +187,7 @@ private Q_SLOTS:
         QCOMPARE(requests(), 2);
     }
 
-    void aCheckIsDatedWhateverComesOfIt()
+    void theDateOfACheckIsStoredForAnyOutcome()
     {
         m_fixture->setFeed("Bonjour");
         const AnnouncedMessages failures(m_searchFailed);
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QTRY_COMPARE(shownHeadline(), u"Aucune mise à jour n’a pu être obtenue."_s);
     }
 
-    void theEndOfTheWindowIsTheEnd()
+    void closingTheWindowEndsTheRun()
     {
         const auto run = this->run();
         const QSignalSpy finished(run.get(), &UpdateRun::finished);
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(finished.size(), 1);
     }
 
-    void aNewVersionThatNobodyAskedForHasAWindow()
+    void anAutomaticCheckShowsANewVersion()
     {
         const auto run = this->run();
         const QSignalSpy finished(run.get(), &UpdateRun::finished);
@@ -222,7 +222,7 @@ private Q_SLOTS:
         QCOMPARE(finished.size(), 1);
     }
 
-    void whatElseNobodyAskedForEndsWithoutAWindow_data()
+    void anAutomaticCheckWithoutANewVersionEndsWithoutAWindow_data()
     {
         QTest::addColumn<QByteArray>("feed");
         QTest::addColumn<bool>("isFailure");
@@ -231,7 +231,7 @@ private Q_SLOTS:
         QTest::newRow("for a newer system")
             << feedXml(itemXml({.more = "<sparkle:minimumSystemVersion>9.9</sparkle:minimumSystemVersion>"})) << false;
     }
-    void whatElseNobodyAskedForEndsWithoutAWindow()
+    void anAutomaticCheckWithoutANewVersionEndsWithoutAWindow()
     {
         QFETCH(const QByteArray, feed);
         QFETCH(const bool, isFailure);
@@ -245,7 +245,7 @@ private Q_SLOTS:
         QCOMPARE(failures.count() > 0, isFailure);
     }
 
-    void anIgnoredVersionShowsOnlyToWhoAsks()
+    void anIgnoredVersionIsShownOnlyInARequestedCheck()
     {
         {
             const auto run = this->run();
@@ -270,7 +270,7 @@ private Q_SLOTS:
         QTRY_COMPARE(shownHeadline(), m_available);
     }
 
-    void aSearchByItselfIsShownToWhoAsksMeanwhile()
+    void anAutomaticSearchIsShownWhenTheUserStartsACheck()
     {
         m_fixture->server().setAnswer(u"/feed"_s, {{}, {}, Then::Stall, false});
         const auto run = this->run();

@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(searched(session), State::Available);
     }
 
-    void redirectsAreFollowedUpToTheirBound()
+    void theNumberOfRedirectsIsBounded()
     {
         UpdateConfiguration asked = configuration();
         asked.feed = m_server->address(u"/1"_s);
@@ -150,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(server.requests().size(), 0);
     }
 
-    void aServerThatIsNotThereIsTold()
+    void aMissingServerIsReported()
     {
         const UpdateConfiguration asked = configuration();
         m_server.reset();

@@ -36,7 +36,7 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(file).fileName(), u"pelmora.deb"_s);
     }
 
-    void aPackageThatIsReadyOutlivesItsSession()
+    void aReadyPackageIsKeptAfterItsSession()
     {
         QString path;
         {
@@ -48,7 +48,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(path));
     }
 
-    void plainHttpOfThisMachineWillDo()
+    void plainHttpIsAcceptedFromThisMachine()
     {
         UpdateServer plain;
         publish(plain);
@@ -57,7 +57,7 @@ private Q_SLOTS:
         QCOMPARE(downloaded(session), State::Ready);
     }
 
-    void whatHasNothingToAskAsksNobody_data()
+    void anIncompleteConfigurationSendsNoRequest_data()
     {
         QTest::addColumn<std::function<void(UpdateConfiguration&)>>("change");
         QTest::addColumn<UpdateFailure>("failure");
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QTest::newRow("no version") << Change([](UpdateConfiguration& c) { c.version.clear(); })
                                     << UpdateFailure::UnknownVersion;
     }
-    void whatHasNothingToAskAsksNobody()
+    void anIncompleteConfigurationSendsNoRequest()
     {
         QFETCH(const std::function<void(UpdateConfiguration&)>, change);
         QFETCH(const UpdateFailure, failure);
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QCOMPARE(m_server->requests().size(), 0);
     }
 
-    void aDownloadCanBeCancelledAndBegunAgain()
+    void aDownloadCanBeCancelledAndStartedAgain()
     {
         m_server->setAnswer(u"/pelmora.deb"_s,
                             {"HTTP/1.1 200 OK\r\nContent-Length: 200000\r\n", samplePackage.first(1000), Then::Stall});
@@ -108,7 +108,7 @@ private Q_SLOTS:
         QCOMPARE(downloaded(session), State::Ready);
     }
 
-    void aVerificationCanBeCancelledAndBegunAgain()
+    void aVerificationCanBeCancelledAndStartedAgain()
     {
         UpdateSession session(configuration());
         QCOMPARE(searched(session), State::Available);
@@ -122,7 +122,7 @@ private Q_SLOTS:
         QCOMPARE(downloaded(session), State::Ready);
     }
 
-    void aSessionThatIsDroppedLeavesNothing()
+    void aDeletedSessionLeavesNoFiles()
     {
         m_server->setAnswer(u"/pelmora.deb"_s,
                             {"HTTP/1.1 200 OK\r\nContent-Length: 200000\r\n", samplePackage.first(1000), Then::Stall});
@@ -138,7 +138,7 @@ private Q_SLOTS:
         searching.start();
     }
 
-    void aSessionThatIsDroppedWhileItVerifiesLeavesNothing()
+    void aSessionDeletedDuringTheVerificationLeavesNoFiles()
     {
         auto session = std::make_unique<UpdateSession>(configuration());
         QCOMPARE(searched(*session), State::Available);
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(entriesBelow(m_folder), QStringList());
     }
 
-    void everybodySendsTheSame()
+    void requestsContainNothingThatIdentifiesTheUser()
     {
         // What a server gives away to know people by is not brought back.
         UpdateServer::Answer marked = UpdateServer::ok(feedType, feed(*m_server, m_key.sign(samplePackage)));

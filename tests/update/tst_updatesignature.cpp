@@ -31,7 +31,7 @@ private:
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_folder.isValid()); }
-    void theMakersSignatureIsAccepted()
+    void theSignatureOfTheKeyIsAccepted()
     {
         QVERIFY(!faultOf("package", "package"));
         const QByteArray large(5'000'001, 'x');
@@ -45,7 +45,7 @@ private Q_SLOTS:
         QCOMPARE(faultOf("package ", "package"), UpdateFailure::WrongSignature);
     }
 
-    void aSignatureOfSomebodyElseIsRefused()
+    void aSignatureOfAnotherKeyIsRefused()
     {
         const SigningKey other;
         QCOMPARE(findSignatureFault(fileWith("package"), *signatureFromBase64(other.sign("package")),
@@ -53,7 +53,7 @@ private Q_SLOTS:
                  UpdateFailure::WrongSignature);
     }
 
-    void aKeyThatEverythingFitsIsRefused()
+    void aKeyThatAcceptsAnySignatureIsRefused()
     {
         // The neutral element of the curve, as key and as signature.
         UpdatePublicKey key = {1};
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(findSignatureFault(fileWith("package"), signature, key), UpdateFailure::WrongSignature);
     }
 
-    void aFileThatIsGoneOrEmptyCannotBeChecked()
+    void aMissingOrEmptyFileCannotBeVerified()
     {
         const auto signature = *signatureFromBase64(m_key.sign(""));
         const auto key = *publicKeyFromBase64(m_key.publicKey());

@@ -78,7 +78,7 @@ private Q_SLOTS:
         m_fixture.reset();
     }
 
-    void aSearchShowsThatItRunsAndCanBeCancelled()
+    void aSearchShowsAProgressBarAndCanBeCancelled()
     {
         m_fixture->server().setAnswer(u"/feed"_s, {{}, {}, Then::Stall, false});
         show(m_fixture->configuration());
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QCOMPARE(finished.size(), 1);
     }
 
-    void whoIsUpToDateIsToldSo()
+    void anUpToDateProgramIsReportedAsSuch()
     {
         m_fixture->publish("1.0");
         show(m_fixture->configuration());
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(seenIn(*m_window), expected);
     }
 
-    void aNewerVersionIsShownWithWhatIsNew()
+    void aNewerVersionIsShownWithItsNotes()
     {
         m_fixture->publish("2.0", "<description><![CDATA[<p>Plus rapide</p><img src=\"http://x.example/\">]]>"
                                   "</description>");
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QVERIFY(buttonIn(*m_window, u"Télécharger"_s)->isDefault());
     }
 
-    void whatAFeedSaysIsShownAsItIsAndFetchesNothing()
+    void textsOfAFeedAreShownAsPlainTextAndLoadNothing()
     {
         const QByteArray image = m_fixture->server().address(u"/spy.png"_s).toEncoded();
         m_fixture->publish("2.0",
@@ -143,7 +143,7 @@ private Q_SLOTS:
         QVERIFY(!seenIn(*m_window).contains(u"[notes]"_s));
     }
 
-    void aVersionOfTheSameNameIsToldApart()
+    void aVersionOfTheSameNameIsShownWithItsNumber()
     {
         UpdateConfiguration configuration = m_fixture->configuration();
         configuration.shortVersion = u"2.0"_s;
@@ -192,7 +192,7 @@ private Q_SLOTS:
         QCOMPARE(seenIn(*m_window), expected);
     }
 
-    void aDownloadShowsHowFarItIs()
+    void aDownloadShowsItsProgress()
     {
         const QByteArray package = UpdateFixture::package();
         m_fixture->server().setAnswer(u"/pelmora.deb"_s, {"HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n",
@@ -231,7 +231,7 @@ private Q_SLOTS:
                      m_session->packagePath());
     }
 
-    void laterClosesAndIgnoringTellsSo()
+    void laterClosesTheWindowAndIgnoringEmitsItsSignal()
     {
         show(m_fixture->configuration());
         QVERIFY(reaches(*m_session, State::Available));
@@ -259,13 +259,13 @@ private Q_SLOTS:
         QVERIFY(reaches(*m_session, State::Ready));
     }
 
-    void nothingIsCutWhateverTheTextSize_data()
+    void noTextIsCutAtAnyTextSize_data()
     {
         QTest::addColumn<double>("scale");
         for (const int percent : {75, 100, 150, 200})
             QTest::addRow("%d %%", percent) << percent / 100.0;
     }
-    void nothingIsCutWhateverTheTextSize()
+    void noTextIsCutAtAnyTextSize()
     {
         QFETCH(const double, scale);
         const QFont usual = QApplication::font();

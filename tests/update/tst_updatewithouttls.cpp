@@ -14,7 +14,7 @@ class tst_UpdateWithoutTls : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aSystemThatCannotEncryptAsksNobody()
+    void withoutTlsNoRequestIsSent()
     {
         QVERIFY(QSslSocket::setActiveBackend(u"cert-only"_s));
         UpdateConfiguration configuration;

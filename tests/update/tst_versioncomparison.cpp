@@ -12,7 +12,7 @@ class tst_VersionComparison : public TestCase
 
 private Q_SLOTS:
     // Each row is older than the next one.
-    void versionsAreOrderedAsPeopleReadThem()
+    void versionPartsAreComparedAsNumbers()
     {
         const QStringList versions{u"0"_s,
                                    u"0.9"_s,
@@ -37,7 +37,7 @@ private Q_SLOTS:
         }
     }
 
-    void versionsThatDifferInWritingAloneAreEquivalent_data()
+    void differentSpellingsOfAVersionAreEquivalent_data()
     {
         QTest::addColumn<QString>("left");
         QTest::addColumn<QString>("right");
@@ -47,7 +47,7 @@ private Q_SLOTS:
         QTest::newRow("letter case") << u"1.0RC1"_s << u"1.0rc1"_s;
         QTest::newRow("nothing is 0") << u""_s << u"0"_s;
     }
-    void versionsThatDifferInWritingAloneAreEquivalent()
+    void differentSpellingsOfAVersionAreEquivalent()
     {
         QFETCH(const QString, left);
         QFETCH(const QString, right);
@@ -55,7 +55,7 @@ private Q_SLOTS:
         QVERIFY(std::is_eq(compareVersions(right, left)));
     }
 
-    void onlyShortPlainTextsAreVersions()
+    void onlyShortTextsOfAllowedCharactersAreVersions()
     {
         for (const QString& version : {u"0"_s, u"1.2.3"_s, u"1.0-rc1"_s, u"v2"_s, QString(64, u'1')})
             QVERIFY2(isVersion(version), qPrintable(version));

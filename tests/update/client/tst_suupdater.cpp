@@ -76,7 +76,7 @@ private Q_SLOTS:
         QVERIFY(m_program->isMade());
     }
 
-    void aCheckStartsTheProgramAndASecondOneAsksForItsWindow()
+    void aCheckStartsTheProgramAndASecondOneRaisesItsWindow()
     {
         const auto updater = this->updater();
         updater->checkForUpdates(nullptr);
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_program->notes(), (QStringList{u"start"_s, u"end"_s, u"start"_s}));
     }
 
-    void aProgramThatIsMissingIsToldToWhoAsks()
+    void aMissingProgramIsReportedInARequestedCheck()
     {
         QVERIFY(QFile::remove(m_program->path()));
         const auto updater = this->updater();
@@ -132,7 +132,7 @@ private Q_SLOTS:
                  "est incomplète. Il faut le réinstaller."_s);
     }
 
-    void aProgramThatIsMissingIsNotToldToWhoHasNotAsked()
+    void aMissingProgramIsNotReportedInAnAutomaticCheck()
     {
         QVERIFY(QFile::remove(m_program->path()));
         QTest::ignoreMessage(QtWarningMsg, "The program for updates cannot be started: No such file or directory");
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(failed.size(), 0);
     }
 
-    void theDateIsTheOneThatTheProgramHasStored()
+    void theDateIsTheOneStoredByTheProgram()
     {
         const auto updater = this->updater();
         QVERIFY(!updater->lastUpdateCheckDate());
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QCOMPARE(updater->lastUpdateCheckDate(), date);
     }
 
-    void aDateThatIsNoneIsAbsent()
+    void aStoredValueThatIsNotADateIsAbsent()
     {
         const auto updater = this->updater();
         QVERIFY(storeFromOutside(u"hier"_s));
@@ -160,7 +160,7 @@ private Q_SLOTS:
         QVERIFY(!updater->lastUpdateCheckDate());
     }
 
-    void withPermissionItLooksByItself()
+    void withPermissionAnAutomaticCheckRuns()
     {
         const auto updater = this->updater(automatic(24h));
         QTRY_COMPARE(m_program->notes(), QStringList{u"start --by-itself"_s});
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_program->notes(), (QStringList{u"start --by-itself"_s, u"show"_s}));
     }
 
-    void nothingIsLookedForWithoutPermission_data()
+    void withoutPermissionNoAutomaticCheckRuns_data()
     {
         QTest::addColumn<UpdateConfiguration>("configuration");
         UpdateConfiguration configuration = automatic(0ms);
@@ -181,21 +181,21 @@ private Q_SLOTS:
         configuration.feed.reset();
         QTest::newRow("without a feed") << configuration;
     }
-    void nothingIsLookedForWithoutPermission()
+    void withoutPermissionNoAutomaticCheckRuns()
     {
         QFETCH(const UpdateConfiguration, configuration);
         const auto updater = this->updater(configuration);
         QVERIFY(isQuietMeanwhile());
     }
 
-    void itLooksOnceADayAtMost()
+    void automaticChecksRunOnceADayAtMost()
     {
         QVERIFY(storeFromOutside(QDateTime::currentDateTime().addSecs(-23 * 3600)));
         const auto updater = this->updater(automatic(24h));
         QVERIFY(isQuietMeanwhile());
     }
 
-    void aCheckThatTheUserMadeMeanwhileIsAsGood()
+    void aRecentManualCheckReplacesTheAutomaticOne()
     {
         UpdateConfiguration configuration = automatic(24h);
         configuration.limits.firstCheck = 1ms;
@@ -204,13 +204,13 @@ private Q_SLOTS:
         QVERIFY(isQuietMeanwhile());
     }
 
-    void itLooksAgainAfterADayOrWhenTheClockWasWrong_data()
+    void anAutomaticCheckRunsAfterADayOrWhenTheDateIsInTheFuture_data()
     {
         QTest::addColumn<int>("hours");
         QTest::newRow("yesterday") << -25;
         QTest::newRow("to come") << 48;
     }
-    void itLooksAgainAfterADayOrWhenTheClockWasWrong()
+    void anAutomaticCheckRunsAfterADayOrWhenTheDateIsInTheFuture()
     {
         QFETCH(const int, hours);
         QVERIFY(storeFromOutside(QDateTime::currentDateTime().addSecs(hours * 3600)));

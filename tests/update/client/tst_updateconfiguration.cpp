@@ -29,7 +29,7 @@ private:
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_folder.isValid()); }
-    void theInformationDictionaryTellsAll()
+    void allValuesComeFromTheInformationDictionary()
     {
         const UpdateConfiguration configuration = configurationOf({{u"SUFeedURL"_s, u"https://a.example/feed.xml"_s},
                                                                    {u"SUPublicEDKey"_s, u"a2V5"_s},
@@ -46,7 +46,7 @@ private Q_SLOTS:
         QVERIFY(!configuration.isPackaged);
     }
 
-    void whatItDoesNotTellIsOff()
+    void missingValuesSwitchUpdatesOff()
     {
         const UpdateConfiguration configuration = configurationOf({{u"CFBundleVersion"_s, u"1"_s}});
         QVERIFY(!configuration.feed);
@@ -60,14 +60,14 @@ private Q_SLOTS:
             QVERIFY(!configurationOf({{u"SUEnableAutomaticChecks"_s, value}}).automaticChecks);
     }
 
-    void aFeedThatIsNoAddressIsThereAllTheSame()
+    void aFeedThatIsNotAnAddressIsStillAFeed()
     {
         const UpdateConfiguration configuration = configurationOf({{u"SUFeedURL"_s, u"https://["_s}});
         QVERIFY(configuration.feed);
         QVERIFY(!configuration.feed->isValid());
     }
 
-    void thePackageManagersFoldersAreKnown_data()
+    void theFoldersOfThePackageManagerAreRecognised_data()
     {
         QTest::addColumn<QString>("folder");
         QTest::addColumn<bool>("isPackageManagers");
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QTest::newRow("look-alike") << u"/usr2/bin"_s << false;
         QTest::newRow("the folder itself") << u"/usr"_s << true;
     }
-    void thePackageManagersFoldersAreKnown()
+    void theFoldersOfThePackageManagerAreRecognised()
     {
         QFETCH(const QString, folder);
         QTEST(isPackageManagersFolder(folder), "isPackageManagers");
