@@ -21,7 +21,7 @@ private:
     }
 
 private Q_SLOTS:
-    void aTestFailsOnAMessageThatItHasNotAnnounced_data()
+    void aTestFailsOnAnUnannouncedMessage_data()
     {
         QTest::addColumn<int>("failed");
         QTest::newRow("aDebugMessage") << 0;
@@ -34,12 +34,12 @@ private Q_SLOTS:
         QTest::newRow("aWarningAfterAnAnnouncedOne") << 1;
     }
 
-    void aTestFailsOnAMessageThatItHasNotAnnounced()
+    void aTestFailsOnAnUnannouncedMessage()
     {
         QTEST(failures({QString::fromLatin1(QTest::currentDataTag())}), "failed");
     }
 
-    void eachTestOfAClassIsWatched() { QCOMPARE(failures({}), 4); }
+    void messagesAreCheckedInEveryTestOfAClass() { QCOMPARE(failures({}), 4); }
 };
 
 template class RunnableTests<tst_TestCase, QCoreApplication>;
