@@ -53,21 +53,21 @@ private Q_SLOTS:
         QCOMPARE(coverageOf(card(beneficiary(u""_s) + covered(u"6"_s, u"01"_s, u"751"_s))), u" "_s);
     }
 
-    void theFirstElementOfEachNameCounts()
+    void theFirstElementOfEachNameIsUsed()
     {
         QCOMPARE(coverageOf(card(beneficiary(u"<caisse>751</caisse><caisse>752</caisse><codeRegime/>"
                                              "<codeRegime>01</codeRegime>"_s))),
                  u" 751"_s);
     }
 
-    void commentsCdataAndInnerElementsAreOneText()
+    void commentsCdataAndInnerElementsGiveOneText()
     {
         QCOMPARE(coverageOf(card(beneficiary(u"<codeRegime>0<!-- x --><![CDATA[1]]></codeRegime>"
                                              "<caisse>7<i>5</i><?p x?>&#49;</caisse>"_s))),
                  u"01 751"_s);
     }
 
-    void elementsElsewhereOrInANamespaceDoNotCount()
+    void elementsElsewhereOrInANamespaceAreIgnored()
     {
         QCOMPARE(coverageOf(card(beneficiary(u"<x><codeRegime>09</codeRegime></x>"
                                              "<n:caisse xmlns:n='urn:x'>999</n:caisse>"_s))),
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(coverageOf(card(u""_s)), u" "_s);
     }
 
-    void whatIsNotStrictXmlIsRefused_data()
+    void aTextThatIsNotStrictXmlIsRefused_data()
     {
         QTest::addColumn<QString>("text");
         QTest::newRow("empty") << u""_s;
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QTest::newRow("deep, left open") << QString(u"<a>"_s).repeated(1'000'000);
     }
 
-    void whatIsNotStrictXmlIsRefused()
+    void aTextThatIsNotStrictXmlIsRefused()
     {
         QFETCH(QString, text);
         QCOMPARE(coverageOf(text), u"refused"_s);
@@ -135,7 +135,7 @@ private Q_SLOTS:
         QCOMPARE(coverageOf(QString(u"<a>"_s).repeated(257) + QString(u"</a>"_s).repeated(257)), u"refused"_s);
     }
 
-    void whatEncodingTheTextDeclaresDoesNotMatter()
+    void theDeclaredEncodingIsIgnored()
     {
         QCOMPARE(coverageOf(u"<?xml version='1.0' encoding='UTF-16'?>"_s + card(covered(u"0"_s, u"01"_s, u"é"_s))),
                  u"01 é"_s);

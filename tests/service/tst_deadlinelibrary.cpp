@@ -148,7 +148,7 @@ class tst_DeadlineLibrary : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void answersAreTheLibrarysOwn()
+    void answersAreThoseOfTheLibrary()
     {
         const Subject subject(Call::None);
         QCOMPARE(answersOf(*subject.library), u"1 A+B chosen <informations/> <T_AsnDonneesVitale/>"_s);
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QVERIFY(stage->closedOn.load() == stage->calledOn.load());
     }
 
-    void aCallThatNeverReturnsIsLeftBehind_data()
+    void aCallThatNeverReturnsIsAnsweredAtItsLimit_data()
     {
         QTest::addColumn<Call>("call");
         QTest::addColumn<QString>("answer");
@@ -182,7 +182,7 @@ private Q_SLOTS:
         QTest::newRow("readCard") << Call::ReadCard << u"25"_s;
     }
 
-    void aCallThatNeverReturnsIsLeftBehind()
+    void aCallThatNeverReturnsIsAnsweredAtItsLimit()
     {
         QFETCH(Call, call);
         QFETCH(QString, answer);
@@ -191,7 +191,7 @@ private Q_SLOTS:
         QVERIFY(subject.library->isBeyondUse());
     }
 
-    void afterThatEveryCallFailsAtOnceAndReachesTheLibraryNoMore()
+    void afterALateCallEveryCallFailsAtOnceWithoutTheLibrary()
     {
         const Subject subject(Call::ReadCard, {.read = 20ms, .other = 1h});
         QCOMPARE(subject.library->readers().size(), 2);
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(subject.stage->calls.load(), 2);
     }
 
-    void aReadHasALimitOfItsOwn()
+    void aReadHasItsOwnLimit()
     {
         const Subject subject(Call::ReadCard, {.read = 100ms, .other = 1h});
         QElapsedTimer timer;
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(timer.elapsed() >= 100);
     }
 
-    void aLateReadThatWaitsForAnotherProgramIsAReaderFaultInItsWords()
+    void aLateReadThatWaitsForAnotherProgramIsAReaderFaultWithItsHint()
     {
         const Subject subject(Call::ReadCard, {.read = 20ms, .other = 1h});
         subject.stage->waitsFor = u"un autre programme"_s;
@@ -220,7 +220,7 @@ private Q_SLOTS:
         QVERIFY(subject.library->readCard() == std::unexpected(ReadResult::CardMute));
     }
 
-    void whatTheLibraryHasToSayIsHandedOn()
+    void theHintOfTheLibraryIsReturned()
     {
         const Subject subject(Call::None);
         QCOMPARE(subject.library->hint(), QString());
@@ -230,7 +230,7 @@ private Q_SLOTS:
         QCOMPARE(subject.library->hint(), u"after 2 calls"_s);
     }
 
-    void aCallThatReturnsTooLateHasTheLibraryClosed()
+    void aCallThatReturnsAfterItsLimitClosesTheLibrary()
     {
         const std::shared_ptr<Stage> stage = std::make_shared<Stage>();
         {
@@ -243,7 +243,7 @@ private Q_SLOTS:
         QVERIFY(stage->closedOn.load() == stage->calledOn.load());
     }
 
-    void theLimitsAreThoseThatUsersAndTheirProgramCanBear()
+    void theDefaultLimitsAreTwentySecondsForAReadAndTenForOtherCalls()
     {
         constexpr DeadlineLimits limits;
         QCOMPARE(limits.read, 20s);

@@ -26,7 +26,7 @@ class tst_FundTable : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theFundsOwnLineWinsOverItsScheme()
+    void theLineOfAFundOverridesThatOfItsScheme()
     {
         FundTable table;
         QCOMPARE(table.add(u"t"_s, "01;;Régime général\n01;751;CPAM de test\n"), QStringList());
@@ -36,7 +36,7 @@ private Q_SLOTS:
         QCOMPARE(labelOf(table, u" 01"_s, u"751 "_s), u"CPAM de test"_s);
     }
 
-    void anUnknownOrOddCodeHasNoLabel()
+    void anUnknownOrMalformedCodeHasNoLabel()
     {
         FundTable table;
         QCOMPARE(table.add(u"t"_s, "01;751;CPAM de test"), QStringList());
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(labelOf(table, u"02"_s, u""_s), u"MSA"_s);
     }
 
-    void aFileThatIsMissingOrTooLargeIsToldOf()
+    void aFileThatIsMissingOrTooLargeIsReported()
     {
         const QTemporaryDir folder;
         FundTable table;
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(labelOf(table, u"01"_s, u""_s), u"(none)"_s);
     }
 
-    void theShippedTableIsSoundAndNamesTheSchemes_data()
+    void theShippedTableIsValidAndNamesTheSchemes_data()
     {
         QTest::addColumn<QString>("scheme");
         for (const char* scheme : {"01", "02", "03", "04", "05", "06", "07", "08", "09", "10", "12",
@@ -106,7 +106,7 @@ private Q_SLOTS:
             QTest::newRow(scheme) << QString::fromLatin1(scheme);
     }
 
-    void theShippedTableIsSoundAndNamesTheSchemes()
+    void theShippedTableIsValidAndNamesTheSchemes()
     {
         QFETCH(QString, scheme);
         FundTable table;

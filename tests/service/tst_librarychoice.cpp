@@ -70,7 +70,7 @@ class tst_LibraryChoice : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theModeSaysWhoseLibraryReads_data()
+    void theModeChoosesTheLibrary_data()
     {
         QTest::addColumn<LibraryMode>("mode");
         QTest::addColumn<bool>("isInstalled");
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QTest::newRow("embedded, not installed") << LibraryMode::Embedded << false << embedded;
     }
 
-    void theModeSaysWhoseLibraryReads()
+    void theModeChoosesTheLibrary()
     {
         QFETCH(LibraryMode, mode);
         QFETCH(bool, isInstalled);
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QVERIFY(subject.embedded.asked.isEmpty());
     }
 
-    void theInstalledLibraryIsToldThatItIsNotWanted()
+    void theInstalledLibraryIsInitialisedWithTheModeThatExcludesIt()
     {
         Subject subject(true);
         QCOMPARE(subject.choice.initialise(LibraryMode::System), std::optional(LibraryKind::System));
@@ -121,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(subject.choice.readers(), QStringList{u"embedded"_s});
     }
 
-    void theLibraryInUseTellsTheReadersState()
+    void theReadersStateIsThatOfTheLibraryInUse()
     {
         Subject subject(true);
         subject.embedded.state = CardReaderState::Card;

@@ -46,7 +46,7 @@ class tst_LibraryVersions : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void theFourVersionsStandAtTheirPaths()
+    void theFourVersionsAreAtTheirPaths()
     {
         const QHash<QString, QString> texts =
             textsByPath(informationsDocument({u"1.0"_s, u"2 & 3"_s, u"é"_s, u"<4>"_s}));
@@ -57,7 +57,7 @@ private Q_SLOTS:
         QCOMPARE(texts[versionPaths[3]], u"<4>"_s);
     }
 
-    void theSimulatedReaderTellsItsFourVersions()
+    void theSimulatedReaderReportsItsFourVersions()
     {
         const QHash<QString, QString> simulated = textsByPath(SimulatedReader("x").informations());
         for (const QString& path : versionPaths)

@@ -59,7 +59,7 @@ class tst_ProcessSetup : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void whatIsPrintedGoesToStandardErrorAndOnlyRepliesToTheChannel()
+    void printedTextsGoToStandardErrorAndOnlyRepliesToTheChannel()
     {
         Pipe input{};
         Pipe output{};

@@ -60,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(shownNames({systemName}), QStringList{shown});
     }
 
-    void readersOfOneModelAreToldApart()
+    void readersOfOneModelGetDifferentNames()
     {
         QCOMPARE(
             shownNames({"Feitian SCR301 00 00", "Alcor AU9540 00 00", "Feitian SCR301 [CCID] (2) 01 00",
@@ -68,7 +68,7 @@ private Q_SLOTS:
             (QStringList{u"Feitian SCR301"_s, u"Alcor AU9540"_s, u"Feitian SCR301 (2)"_s, u"Feitian SCR301 (3)"_s}));
     }
 
-    void spellingsOfOneModelAreToldApartAsOne()
+    void differentSpellingsOfOneModelCountAsOneModel()
     {
         QCOMPARE(shownNames({"Feitian Technologies SCR301 00 00", "FEITIAN SCR301 01 00"}),
                  (QStringList{u"Feitian SCR301"_s, u"Feitian SCR301 (2)"_s}));

@@ -168,7 +168,7 @@ class tst_Sandbox : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void whatIsNotSaidToBeMissingHolds()
+    void everyRestrictionNotReportedAsMissingApplies()
     {
         const QTemporaryDir folder;
         const QTemporaryDir ownFolder;
@@ -202,7 +202,7 @@ private Q_SLOTS:
         QCOMPARE(pcsc.received(), QByteArray("hello"));
     }
 
-    void whereNoServiceListensAConnectionFailsAsItDoesOutside()
+    void aConnectionToAMissingServiceFailsAsOutsideTheSandbox()
     {
         const QTemporaryDir folder;
         const QByteArray absent = QFile::encodeName(folder.filePath(u"absent"_s));
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(int{outcome.errors[PcscConnection]}, ENOENT);
     }
 
-    void anImpossiblePlaceOfTheServiceIsToldAndTheRestHolds()
+    void anUnusableSocketPathIsReportedAndOtherRestrictionsApply()
     {
         const pid_t child = ::fork();
         if (child == 0) {
@@ -224,7 +224,7 @@ private Q_SLOTS:
         QCOMPARE(status, 0);
     }
 
-    void theFoldersOfALibraryAreThoseThatTheApplicationMakes()
+    void theWritableFoldersAreThoseThatTheApplicationMakes()
     {
         qputenv("HOME", "/home/specimen");
         QCOMPARE(libraryFolders(), (QList<QByteArray>{"/home/specimen/Library/Logs/santesocial",

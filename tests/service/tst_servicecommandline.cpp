@@ -37,7 +37,7 @@ class tst_ServiceCommandLine : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachFormIsUnderstood_data()
+    void eachCommandLineGivesItsAction_data()
     {
         QTest::addColumn<QList<QByteArray>>("arguments");
         QTest::addColumn<QByteArray>("expected");
@@ -76,7 +76,7 @@ private Q_SLOTS:
         row({"--simuler"}, "error: argument inconnu : --simuler");
     }
 
-    void eachFormIsUnderstood()
+    void eachCommandLineGivesItsAction()
     {
         QFETCH(QList<QByteArray>, arguments);
         QFETCH(QByteArray, expected);

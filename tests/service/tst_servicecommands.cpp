@@ -101,7 +101,7 @@ class tst_ServiceCommands : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTellsWhetherTheLibraryIsEmbedded_data()
+    void initAnswersWhetherTheLibraryIsEmbedded_data()
     {
         QTest::addColumn<QString>("mode");
         QTest::addColumn<QString>("embedded");
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QTest::newRow("embedded") << u"2"_s << u"true"_s;
     }
 
-    void initTellsWhetherTheLibraryIsEmbedded()
+    void initAnswersWhetherTheLibraryIsEmbedded()
     {
         QFETCH(QString, mode);
         QFETCH(QString, embedded);
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(statusOf(subject.answer(request(ServiceWord::setReaders))), u"error"_s);
     }
 
-    void theLibrarysDocumentIsHandedOver()
+    void theLibrarysDocumentIsSent()
     {
         ServiceCommands subject = commands();
         const QCborMap expected{{u"Status"_s, u"success"_s}, {u"Informations"_s, u"<informations/>"_s}};
@@ -190,7 +190,7 @@ private Q_SLOTS:
         QCOMPARE(statusOf(subject.answer(request(ServiceWord::vitaleRead))), u"success"_s);
     }
 
-    void whatTheLibraryHasToSayOfAFailureComesWithIt()
+    void theAnswerToAFailedReadHasTheLibrarysHint()
     {
         auto owned = std::make_unique<FakeLibrary>(QStringList(), std::unexpected(ReadResult::ReaderFault));
         FakeLibrary& library = *owned;
@@ -222,7 +222,7 @@ private Q_SLOTS:
         QCOMPARE(readAfterBind(commands(insuredCard)), std::optional(expected));
     }
 
-    void aDocumentThatIsNoCardIsHandedOverAsItIs()
+    void aDocumentThatIsNotACardIsSentUnchanged()
     {
         const QCborMap expected{{u"Status"_s, u"success"_s}, {u"Vitale"_s, u"<autre/>"_s}};
         QCOMPARE(readAfterBind(commands(u"<autre/>"_s, "01;;Régime général\n")), std::optional(expected));
@@ -236,7 +236,7 @@ private Q_SLOTS:
         QCOMPARE(readAfterBind(commands(std::unexpected(ReadResult::ReadError))), std::optional(broken));
     }
 
-    void aCardThatNoMessageCanHoldIsAReadError()
+    void aCardTooLargeForAMessageIsAReadError()
     {
         const qsizetype limit = ServiceMessageReader::maximumItemSize;
         const QCborMap expected{{u"Status"_s, u"error"_s}, {u"Result"_s, 17}};
@@ -245,7 +245,7 @@ private Q_SLOTS:
         QCOMPARE(statusOf(readAfterBind(commands(u"<a>%1</a>"_s.arg(QString(limit / 2, u'x'))))), u"success"_s);
     }
 
-    void whatIsNoCommandHasNoAnswer_data()
+    void anUnknownCommandHasNoAnswer_data()
     {
         QTest::addColumn<QCborMap>("message");
         QTest::newRow("empty") << QCborMap();
@@ -254,14 +254,14 @@ private Q_SLOTS:
         QTest::newRow("not a text") << QCborMap{{ServiceWord::command, 1}};
     }
 
-    void whatIsNoCommandHasNoAnswer()
+    void anUnknownCommandHasNoAnswer()
     {
         QFETCH(QCborMap, message);
         ServiceCommands subject = commands();
         QCOMPARE(subject.answer(message), std::nullopt);
     }
 
-    void theReaderIsWatchedAfterEachInitAndNotOtherwise()
+    void theReaderIsWatchedOnlyAfterInit()
     {
         ServiceCommands subject = commands();
         int reports = 0;

@@ -119,7 +119,7 @@ class tst_ServiceLoop : public TestCase
 private Q_SLOTS:
     void initTestCase() { QVERIFY(std::signal(SIGPIPE, SIG_IGN) != SIG_ERR); }
 
-    void theEndOfTheRequestsEndsIt()
+    void theEndOfTheInputEndsTheLoop()
     {
         const LoopOutcome outcome = outcomeOfLoop({});
         QCOMPARE(outcome.end, ServiceLoop::End::Closed);
@@ -134,7 +134,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.replies, noReaders(7) + noReaders(3));
     }
 
-    void whatIsNoCommandIsAnsweredWithNull()
+    void anUnknownCommandIsAnsweredWithNull()
     {
         const LoopOutcome outcome =
             outcomeOfLoop(request(1, command("eject"_L1)) + request(2, std::nullopt) + request(3, QCborMap()));
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.replies, request(1, std::nullopt) + request(2, std::nullopt) + request(3, std::nullopt));
     }
 
-    void aRequestThatTheEndCutsShortIsDropped()
+    void anIncompleteRequestAtTheEndIsDropped()
     {
         const QByteArray whole = request(1, command(ServiceWord::readersList));
         for (qsizetype size = 1; size < whole.size(); ++size) {
@@ -152,7 +152,7 @@ private Q_SLOTS:
         }
     }
 
-    void aStreamThatCannotBeReadEndsItAfterTheAnswersBefore_data()
+    void malformedInputEndsTheLoopAfterEarlierAnswers_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("text") << QByteArray("bonjour");
@@ -163,7 +163,7 @@ private Q_SLOTS:
         QTest::newRow("5 MiB announced") << QByteArray("\x82\x01\x7A\x00\x50\x00\x00", 7);
     }
 
-    void aStreamThatCannotBeReadEndsItAfterTheAnswersBefore()
+    void malformedInputEndsTheLoopAfterEarlierAnswers()
     {
         QFETCH(QByteArray, bytes);
         const LoopOutcome outcome = outcomeOfLoop(request(1, command(ServiceWord::readersList)) + bytes);
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.replies, noReaders(1));
     }
 
-    void aCallThatIsLeftBehindIsAnsweredAndNothingAfterIt()
+    void aLateCallIsAnsweredAndNothingAfterIt()
     {
         const QCborMap init{{ServiceWord::command, ServiceWord::init}, {ServiceWord::mode, u"0"_s}};
         const QCborMap choice{{ServiceWord::command, ServiceWord::setReaders},
@@ -189,7 +189,7 @@ private Q_SLOTS:
                                       request(2, success) + request(3, mute));
     }
 
-    void aLostReaderOfItsRepliesEndsIt_data()
+    void aClosedOutputEndsTheLoop_data()
     {
         QTest::addColumn<bool>("isBeyondUse");
         QTest::addColumn<ServiceLoop::End>("end");
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QTest::newRow("with a call that hangs") << true << ServiceLoop::End::BeyondUse;
     }
 
-    void aLostReaderOfItsRepliesEndsIt()
+    void aClosedOutputEndsTheLoop()
     {
         QFETCH(bool, isBeyondUse);
         QFETCH(ServiceLoop::End, end);

@@ -31,7 +31,7 @@ class tst_SimulatedReader : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void itIsEmbeddedUnlessTheSystemsLibraryIsAskedFor()
+    void theLibraryIsTheSystemsOnlyInTheModeSystem()
     {
         SimulatedReader reader("x");
         QCOMPARE(reader.initialise(LibraryMode::Automatic), LibraryKind::Embedded);
@@ -49,7 +49,7 @@ private Q_SLOTS:
         QVERIFY(!reader.chooseReaders(u""_s, u""_s));
     }
 
-    void itReportsACardAndNoChange()
+    void theStateIsACardAndDoesNotChange()
     {
         SimulatedReader reader("x");
         QList<CardReaderState> reports;
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(resultOf(u""_s), qint64(11));
     }
 
-    void theContentIsHandedOverDecodedAndOtherwiseUntouched()
+    void theContentIsDecodedAndOtherwiseUnchanged()
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QCOMPARE(reader.readCard().value(), u"<?xml version='1.0' encoding='ISO-8859-1'?>\r\n<a>Zoé</a>\r\n"_s);
     }
 
-    void aFileThatIsNoCardIsAReadError_data()
+    void aFileThatIsNotACardIsAReadError_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::newRow("empty") << QByteArray();
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QTest::newRow("over 16 MiB") << "<a>" + QByteArray(16 * 1024 * 1024, 'x') + "</a>";
     }
 
-    void aFileThatIsNoCardIsAReadError()
+    void aFileThatIsNotACardIsAReadError()
     {
         QFETCH(QByteArray, content);
         const QTemporaryDir folder;
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QCOMPARE(resultOf(path), qint64(17));
     }
 
-    void aFileOf16MiBIsStillRead()
+    void aFileOf16MiBIsRead()
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QCOMPARE(resultOf(path), qint64(0));
     }
 
-    void whatIsNotARegularFileIsAReadErrorAtOnce()
+    void aPathThatIsNotARegularFileIsAReadErrorAtOnce()
     {
         const QTemporaryDir folder;
         QCOMPARE(resultOf(folder.path()), qint64(17));
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(result, qint64(17));
     }
 
-    void thePathIsTakenByteForByte()
+    void thePathMayHaveAnyBytes()
     {
         const QTemporaryDir folder;
         const QByteArray path = QFile::encodeName(folder.path()) + "/carte-\xE9.xml";

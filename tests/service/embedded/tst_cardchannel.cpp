@@ -49,18 +49,18 @@ private Q_SLOTS:
         QVERIFY((exchangeWith({"6A82"}) == Exchange{reply("", 0x6A82), {"00B0000000"}}));
     }
 
-    void anAnswerWithoutAStatusIsNonsense()
+    void anAnswerWithoutAStatusIsAnError()
     {
         QVERIFY(exchangeWith({"90"}).reply == std::unexpected(CardFault::CardNonsense));
         QVERIFY(exchangeWith({""}).reply == std::unexpected(CardFault::CardNonsense));
     }
 
-    void whatTheCardKeepsReadyIsFetched()
+    void dataKeptByTheCardAreFetched()
     {
         QVERIFY((exchangeWith({"6103", "0102039000"}) == Exchange{reply("010203"), {"00B0000000", "00C0000003"}}));
     }
 
-    void whatIsKeptReadyMayComeInParts()
+    void dataKeptByTheCardAreFetchedInParts()
     {
         QVERIFY((exchangeWith({"016102", "02036101", "049000"}) ==
                  Exchange{reply("01020304"), {"00B0000000", "00C0000002", "00C0000001"}}));
@@ -72,36 +72,36 @@ private Q_SLOTS:
                  Exchange{reply("0102"), {"00B0000000", "00C0000008", "00C0000002"}}));
     }
 
-    void aCorrectedLengthIsFollowed()
+    void aCommandIsSentAgainWithTheCorrectedLength()
     {
         QVERIFY((exchangeWith({"6C02", "01029000"}) == Exchange{reply("0102"), {"00B0000000", "00B0000002"}}));
     }
 
-    void aCommandWithDataKeepsThemWhenItsLengthIsCorrected()
+    void aCommandKeepsItsDataWhenItsLengthIsCorrected()
     {
         QVERIFY((exchangeWith({"6C02", "01029000"}, QByteArray::fromHex("00A4040002AABB00")) ==
                  Exchange{reply("0102"), {"00A4040002AABB00", "00A4040002AABB02"}}));
     }
 
-    void aCommandThatExpectsNothingHasNoLengthToCorrect()
+    void aCorrectedLengthIsIgnoredWhenNoDataAreExpected()
     {
         QVERIFY((exchangeWith({"6C02"}, QByteArray::fromHex("00A4040002AABB")) ==
                  Exchange{reply("", 0x6C02), {"00A4040002AABB"}}));
         QVERIFY((exchangeWith({"6C02"}, QByteArray::fromHex("00A40000")) == Exchange{reply("", 0x6C02), {"00A40000"}}));
     }
 
-    void aCardThatCorrectsForEverIsNotFollowed()
+    void aLengthIsCorrectedOnlyOnce()
     {
         QVERIFY((exchangeWith({"6C02", "6C03"}) == Exchange{reply("", 0x6C03), {"00B0000000", "00B0000002"}}));
     }
 
-    void aCardThatHasEverMoreWithoutGivingItIsNonsense()
+    void aCardThatAnnouncesMoreDataWithoutSendingAnyIsAnError()
     {
         QVERIFY((exchangeWith({"6110", "6110"}) ==
                  Exchange{std::unexpected(CardFault::CardNonsense), {"00B0000000", "00C0000010"}}));
     }
 
-    void moreBytesThanACardHasUseForAreNotTaken()
+    void theLengthOfAnAnswerIsBounded()
     {
         const QByteArray part = QByteArray(256, 'x').toHex() + "6100";
         const Exchange exchange = exchangeWith(Answers(1000, part));
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(exchange.commands.size(), CardChannel::mostBytes / 258 + 1);
     }
 
-    void moreCommandsThanACardHasUseForAreNotSent()
+    void theNumberOfCommandsIsBounded()
     {
         ScriptedTransport transport(Answers(3000, "6A82"));
         CardChannel channel(transport);
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(transport.commands().size(), CardChannel::mostCommands);
     }
 
-    void aFaultOnTheWayIsHandedOn()
+    void aFaultOfTheTransportIsReturned()
     {
         const auto gone = std::unexpected(CardFault::CardGone);
         QVERIFY(exchangeWith({gone}).reply == gone);
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(exchangeWith({"6C02", gone}).reply == gone);
     }
 
-    void whetherTheCardHasAnsweredIsKnown()
+    void hasAnsweredIsTrueAfterTheFirstAnswer()
     {
         ScriptedTransport transport({std::unexpected(CardFault::CardGone), "6A82"});
         CardChannel channel(transport);

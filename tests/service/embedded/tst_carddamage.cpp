@@ -13,7 +13,7 @@ class tst_CardDamage : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aFieldThatIsThereTwiceIsDamage()
+    void aRepeatedFieldIsDamage()
     {
         const CardContent card = cardOf(person(insuredParts(), coverageParts(), tlv("80", "AUTRE")));
         QVERIFY(isDamaged(card));
@@ -43,7 +43,7 @@ private Q_SLOTS:
         QCOMPARE(gapOf(cardOf(persons), mapChanged(u"files/1/ignored"_s, QJsonArray{u"5F20"_s, tags})), QString());
     }
 
-    void aFileOfOtherThingsMayHoldMore()
+    void unknownObjectsInAFileWithoutPersonsAreAccepted()
     {
         QCOMPARE(gapOf({{serialId, tlv("5A", "x") + tlv("66", tlv("80", "x"))}, {personsId, insured()}}), QString());
     }
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(gapOf(card), u"bénéficiaire 1 : le champ « %1 » n’est pas de la forme attendue"_s.arg(element));
     }
 
-    void everyQualityOfTheSetIsKnown()
+    void everyListedQualityIsAccepted()
     {
         for (const char quality : {'1', '2', '3', '4', '5', '6', '8', '9'}) {
             const QByteArray other = person(insuredParts(), {{"80", QByteArray(1, quality)}});
@@ -107,14 +107,14 @@ private Q_SLOTS:
         }
     }
 
-    void aDateThatCannotBeIsDamage_data()
+    void anImpossibleDateIsDamage_data()
     {
         QTest::addColumn<QByteArray>("date");
         for (const char* date : {"19851301", "19854200", "19850532", "19850230", "19850229", "19000229", "19850631",
                                  "    1314", "198500 9X"})
             QTest::newRow(date) << QByteArray(date);
     }
-    void aDateThatCannotBeIsDamage()
+    void anImpossibleDateIsDamage()
     {
         QFETCH(const QByteArray, date);
         Parts parts = insuredParts();
@@ -132,34 +132,34 @@ private Q_SLOTS:
             QCOMPARE(gapOf(cardOf(person(parts, coverageParts())), map), refusal);
     }
 
-    void aFileOfPersonsOfWhichNothingWasReadIsDamage()
+    void anEmptyFileOfPersonsIsDamage()
     {
         QVERIFY(isDamaged(cardOf("")));
         QCOMPARE(gapOf(cardOf("")), u"fichier « personnes » : vide"_s);
     }
 
-    void nobodyHasThatManyBeneficiaries()
+    void moreThanNinetyNineBeneficiariesAreDamage()
     {
         QCOMPARE(gapOf(cardOf(insured() + child().repeated(98))), QString());
         QCOMPARE(gapOf(cardOf(insured() + child().repeated(99))), u"plus de 99 bénéficiaires"_s);
         QVERIFY(isDamaged(cardOf(QByteArray::fromHex("6500").repeated(16000))));
     }
 
-    void damagedObjectsAreToldWithTheirFile()
+    void damagedObjectsAreReportedWithTheirFile()
     {
         QVERIFY(isDamaged(cardOf(insured().chopped(1))));
         QCOMPARE(gapOf(cardOf(insured().chopped(1))), u"fichier « personnes » : valeur tronquée"_s);
         QCOMPARE(gapOf({{serialId, "\x5F"}, {personsId, insured()}}), u"fichier « série » : étiquette tronquée"_s);
     }
 
-    void everyCutOfTheFileIsDamage()
+    void aFileCutAtAnyByteIsDamage()
     {
         const QByteArray whole = insured();
         for (qsizetype size = 1; size < whole.size(); ++size)
             QVERIFY2(isDamaged(cardOf(whole.first(size))), qPrintable(QString::number(size)));
     }
 
-    void aValueOfAnotherFormIsDamageToo()
+    void aValueOfAnotherFormIsDamage()
     {
         Parts parts = insuredParts();
         parts["80"] = "SPECI\x01MEN";
@@ -189,7 +189,7 @@ private Q_SLOTS:
         QCOMPARE(damageWith(sound), u"fichier « couverture », enregistrement 1 : il n’est d’aucun bénéficiaire"_s);
     }
 
-    void oneRecordIsOfTwoPersonsUnlessItTellsWhoIsInsured()
+    void aRecordWithTheQualityMustBelongToOnePerson()
     {
         Parts twin = insuredParts();
         CardContent card = cardOf(insured() + person(twin, {{"80", "6"}}));

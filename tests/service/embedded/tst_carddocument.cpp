@@ -25,7 +25,7 @@ private Q_SLOTS:
         QCOMPARE(textsAt(beneficiary + "amo/codeRegime", card), u"\"01\""_s);
     }
 
-    void aFieldThatTheCardDoesNotCarryIsNoElement()
+    void aFieldMissingOnTheCardGivesNoElement()
     {
         QCOMPARE(textsAt(beneficiary + "amo/libelleExo", cardOf(insured())), QString());
         QCOMPARE(textsAt(beneficiary + "ident/nomPatronymique", cardOf(insured())), QString());
@@ -33,7 +33,7 @@ private Q_SLOTS:
         QCOMPARE(textsAt("tech", {{personsId, insured()}}), QString());
     }
 
-    void markupOnTheCardStaysText()
+    void markupOnTheCardIsEscaped()
     {
         Parts parts = insuredParts();
         parts["80"] = "</nomUsuel><x a=\"1\">&amp;]]>";
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(textsAt(beneficiary + "ident/listePeriodesDroits", cardOf(insured())), QString());
     }
 
-    void ofTwoPlacesForAnElementTheFirstThatHoldsSomethingCounts()
+    void theFirstNonEmptyFieldForAnElementIsUsed()
     {
         const CardMap map =
             mapChanged(u"beneficiaries/0/fields/10"_s,
@@ -66,7 +66,7 @@ private Q_SLOTS:
                  u"\"AUTRE\""_s);
     }
 
-    void whatAnAttestationShowsOfTheInsuredPersonIsNeeded_data()
+    void theInsuredPersonNeedsTheFieldsOfTheAttestation_data()
     {
         QTest::addColumn<QByteArray>("tag");
         QTest::addColumn<bool>("isOfCoverage");
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QTest::newRow("centre") << QByteArray("83") << true << u"amo/centreCarte"_s;
         QTest::newRow("management") << QByteArray("84") << true << u"amo/codeGestion"_s;
     }
-    void whatAnAttestationShowsOfTheInsuredPersonIsNeeded()
+    void theInsuredPersonNeedsTheFieldsOfTheAttestation()
     {
         QFETCH(const QByteArray, tag);
         QFETCH(const bool, isOfCoverage);
@@ -97,7 +97,7 @@ private Q_SLOTS:
         QCOMPARE(gapOf(cardOf(person(parts, coverage))), u"il manque à l’assuré : %1"_s.arg(element));
     }
 
-    void zerosAreNoNumberSchemeOrDate()
+    void zerosGiveNoNumberSchemeOrDate()
     {
         Parts parts = insuredParts();
         Parts coverage = coverageParts();
@@ -108,7 +108,7 @@ private Q_SLOTS:
                  QStringList({u"ident/nir"_s, u"amo/codeRegime"_s, u"ident/naissance/date"_s}));
     }
 
-    void anotherPersonNeedsWhatALineShows()
+    void otherPersonsNeedTheFieldsOfTheirLine()
     {
         Parts parts = insuredParts();
         parts.erase("83");
@@ -120,7 +120,7 @@ private Q_SLOTS:
                  u"il manque au bénéficiaire 3 : ident/nomUsuel, ident/prenomUsuel, ident/rangDeNaissance"_s);
     }
 
-    void theInsuredPersonMayStandAnywhere()
+    void theInsuredPersonCanBeAtAnyPosition()
     {
         QCOMPARE(gapOf(cardOf(child() + insured())), QString());
         Parts coverage = coverageParts();
@@ -128,13 +128,13 @@ private Q_SLOTS:
         QCOMPARE(gapOf(cardOf(child() + person(insuredParts(), coverage))), u"il manque à l’assuré : amo/caisse"_s);
     }
 
-    void anIncompleteDateOfBirthIsNotGiven_data()
+    void anIncompleteDateOfBirthGivesNoElement_data()
     {
         QTest::addColumn<QByteArray>("date");
         for (const char* date : {"19850500", "19850000", "1985    ", "198505  ", "00000514", "    0514", "19850014"})
             QTest::newRow(date) << QByteArray(date);
     }
-    void anIncompleteDateOfBirthIsNotGiven()
+    void anIncompleteDateOfBirthGivesNoElement()
     {
         QFETCH(const QByteArray, date);
         QJsonObject shortDate{{u"path"_s, u"ident/naissance/dateEnCarte"_s}, {u"tag"_s, u"82"_s}};
@@ -148,7 +148,7 @@ private Q_SLOTS:
         QCOMPARE(textsAt(beneficiary + "ident/naissance/dateEnCarte", card, map), u"\"850514\""_s);
     }
 
-    void aDateThatTheCardHasInItsOwnFormIsGivenThoughTheOtherIsIncomplete()
+    void aShortDateIsWrittenEvenIfTheLongDateIsIncomplete()
     {
         QJsonObject shortDate{{u"path"_s, u"ident/naissance/dateEnCarte"_s}, {u"tag"_s, u"85"_s}};
         shortDate.insert(u"form"_s, u"digits"_s);
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QCOMPARE(gapOf(cardOf(insured() + person(parts, {{"80", "6"}}))), QString());
     }
 
-    void theShortDateOfBirthWillDo()
+    void theShortDateOfBirthIsSufficient()
     {
         const CardMap map =
             mapChanged(u"beneficiaries/0/fields/2"_s, QJsonObject{{u"path"_s, u"ident/naissance/dateEnCarte"_s},
@@ -187,7 +187,7 @@ private Q_SLOTS:
         QCOMPARE(gapOf(cardOf(insured()), map), QString());
     }
 
-    void whatIsMissingIsNamedWithoutAnyValue()
+    void missingFieldsAreReportedWithoutValues()
     {
         const auto document = cardDocument(mapOf(smallMap()), cardOf(person(Parts{{"80", "SPECIMEN"}}, {})));
         QVERIFY(!document);
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QVERIFY(!document.error().explanation.contains(u"SPECIMEN"_s));
     }
 
-    void aCardWithoutBeneficiariesIsTheApplicationsAffair()
+    void aCardWithoutBeneficiariesGivesADocumentThatTheParserRefuses()
     {
         const auto document = cardDocument(mapOf(smallMap()), cardOf(QByteArray(64, '\xFF')));
         QVERIFY(document);
@@ -207,14 +207,14 @@ private Q_SLOTS:
         QVERIFY(xml->rootElement().firstNode("/T_AsnDonneesVitale/tech/numSerie"));
     }
 
-    void aCardThatHidesItsBeneficiariesIsRefused()
+    void aCardWithoutItsFileOfBeneficiariesIsRefused()
     {
         const CardContent card{{serialId, ""}};
         QCOMPARE(gapOf(card), u"la carte ne montre aucun bénéficiaire"_s);
         QCOMPARE(missingIn(card), QStringList(u"listeBenef/T_AsnBeneficiaire"_s));
     }
 
-    void whatASecondFileSaysIsFoundByTheSameBytes()
+    void recordsOfASecondFileAreMatchedByTheirKey()
     {
         const CardMap map = mapWithSource(exemptionSource(true));
         CardContent card = cardOf(insured() + child());
@@ -229,7 +229,7 @@ private Q_SLOTS:
         QCOMPARE(gapOf(card, map), u"fichier « couverture » : valeur tronquée"_s);
     }
 
-    void withoutALinkTheFirstRecordHoldsForEveryone()
+    void withoutAKeyTheFirstRecordAppliesToEveryPerson()
     {
         const CardMap map = mapWithSource(exemptionSource(false));
         CardContent card = cardOf(insured() + child());

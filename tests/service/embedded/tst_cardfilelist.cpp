@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(written(firstCardFiles(mapOf({listed(u"a"_s, firstApplication, 1, false)}))), u"1/1"_s);
     }
 
-    void oneOfSeveralMayBeRefused()
+    void oneOfSeveralIdentityFilesIsOptional()
     {
         CardMap map = mapOf({listed(u"a"_s, firstApplication, 1, false), listed(u"b"_s, firstApplication, 2)});
         map.identity.push_back(*map.files[1].id);
@@ -130,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(otherFiles(map, {{pointersId, pointersFile()}}), u"2/2011"_s);
     }
 
-    void aNameThatTheCardDoesNotKnowMattersOnlyWhenItIsRequired()
+    void anUnknownNameIsAnErrorOnlyForARequiredFile()
     {
         CardMap map = mapOf({listed(u"p"_s, firstApplication, 0x2001), named(u"photo"_s, "PHOTO", false)});
         map.pointers = pointersId;
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(otherFiles(map, {{pointersId, pointersFile()}}), u"la carte ne désigne pas le fichier « photo »"_s);
     }
 
-    void allPointedFilesAreReadAsFarAsTheCardGivesThem()
+    void allPointedFilesAreOptional()
     {
         CardMap map = mapOf({listed(u"p"_s, firstApplication, 0x2001), named(u"droits"_s, "DROITS")});
         map.pointers = pointersId;
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QCOMPARE(otherFiles(map, {{pointersId, pointersFile()}}), u"1/2010? 2/2011"_s);
     }
 
-    void aPointersFileThatWasNotReadIsDamage()
+    void aMissingPointersFileIsDamage()
     {
         CardMap map = mapOf({listed(u"p"_s, firstApplication, 0x2001)});
         map.pointers = pointersId;

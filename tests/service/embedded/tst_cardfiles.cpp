@@ -84,7 +84,7 @@ private Q_SLOTS:
         QCOMPARE(transport.commands().size(), 4);
     }
 
-    void aFileIsReadFromItsFirstByteToItsEnd()
+    void aFileIsReadFromItsFirstToItsLastByte()
     {
         QVERIFY((readFileOf({"9000", "0102039000", "9000"}) ==
                  Read{QByteArray("\1\2\3"), {"00A40200022F02", "00B0000000", "00B0000300"}}));
@@ -97,13 +97,13 @@ private Q_SLOTS:
                       {"00A40200022F02", "00B0000000", "00B0010000", "00B0020000", "00B0020100"}}));
     }
 
-    void lessThanWasAskedForIsNotTheEnd_data()
+    void aShortBlockIsNotTheEndOfTheFile_data()
     {
         QTest::addColumn<qsizetype>("most");
         for (const qsizetype most : {1, 64, 100, 128, 192, 240, 255, 256})
             QTest::addRow("%lld bytes at a time", static_cast<long long>(most)) << most;
     }
-    void lessThanWasAskedForIsNotTheEnd()
+    void aShortBlockIsNotTheEndOfTheFile()
     {
         QFETCH(const qsizetype, most);
         QByteArray content;
@@ -129,9 +129,12 @@ private Q_SLOTS:
         QVERIFY(readFileOf({"6F04800200009000", "6B00"}).content == QByteArray());
     }
 
-    void dataBeforeTheEndAreGood() { QVERIFY(readFileOf({"9000", "01026282"}).content == QByteArray("\1\2")); }
+    void dataSentWithTheEndOfFileStatusAreUsed()
+    {
+        QVERIFY(readFileOf({"9000", "01026282"}).content == QByteArray("\1\2"));
+    }
 
-    void aFileIsOfTheSizeThatItsSelectionTells_data()
+    void aFileMustHaveTheSizeGivenBySelect_data()
     {
         QTest::addColumn<QByteArray>("selection");
         QTest::addColumn<bool>("isWhole");
@@ -148,7 +151,7 @@ private Q_SLOTS:
         QTest::newRow("without a number") << QByteArray("6F028000") << true;
         QTest::newRow("no objects") << QByteArray("6F04") << true;
     }
-    void aFileIsOfTheSizeThatItsSelectionTells()
+    void aFileMustHaveTheSizeGivenBySelect()
     {
         QFETCH(const QByteArray, selection);
         QFETCH(const bool, isWhole);
@@ -158,13 +161,13 @@ private Q_SLOTS:
         QVERIFY(readFileOf({selection + "9000", "0102036282"}).content == expected);
     }
 
-    void otherStatusesAreTheEndOfAFileThatIsWhole_data()
+    void anyStatusEndsAFileOfTheRightSize_data()
     {
         QTest::addColumn<QByteArray>("status");
         for (const char* status : {"6A82", "6A86", "6A87", "6700"})
             QTest::newRow(status) << QByteArray(status);
     }
-    void otherStatusesAreTheEndOfAFileThatIsWhole()
+    void anyStatusEndsAFileOfTheRightSize()
     {
         QFETCH(const QByteArray, status);
         const Bytes refused = std::unexpected(CardFault::CardRefusal);
@@ -173,12 +176,12 @@ private Q_SLOTS:
         QVERIFY(readFileOf({"9000", "0102039000", status}).content == refused);
     }
 
-    void moreThanWasAskedForIsNonsense()
+    void moreDataThanRequestedAreAnError()
     {
         QVERIFY(readFileOf({"9000", answer(block('a', 257))}).content == std::unexpected(CardFault::CardNonsense));
     }
 
-    void aRefusalIsARefusal_data()
+    void aRefusedCommandGivesARefusal_data()
     {
         QTest::addColumn<QList<QByteArray>>("answers");
         QTest::newRow("no such file") << QList<QByteArray>{"6A82"};
@@ -188,13 +191,13 @@ private Q_SLOTS:
         QTest::newRow("beyond the end at once, against its word") << QList<QByteArray>{"6F04800200039000", "6B00"};
     }
 
-    void aRefusalIsARefusal()
+    void aRefusedCommandGivesARefusal()
     {
         QFETCH(QList<QByteArray>, answers);
         QVERIFY(readFileOf(Answers(answers.begin(), answers.end())).content == std::unexpected(CardFault::CardRefusal));
     }
 
-    void aFileWithoutEndIsNonsense()
+    void aFileWithoutEndIsAnError()
     {
         const Read read = readFileOf(Answers{"9000"} + Answers(1000, answer(block('a'))));
         QVERIFY(read.content == std::unexpected(CardFault::CardNonsense));
@@ -202,13 +205,13 @@ private Q_SLOTS:
         QCOMPARE(read.commands.last(), "00B07F0000");
     }
 
-    void aFileMayBeAsLongAsAnOffsetCanSay()
+    void aFileCanHaveTheLargestOffset()
     {
         const Answers answers = Answers{"6F04800280009000"} + Answers(128, answer(block('a')));
         QVERIFY(readFileOf(answers).content == QByteArray(0x8000, 'a'));
     }
 
-    void aCardThatLeavesIsNoRefusal()
+    void aRemovedCardIsNotReportedAsARefusal()
     {
         const auto gone = std::unexpected(CardFault::CardGone);
         QVERIFY(readFileOf({gone}).content == gone);

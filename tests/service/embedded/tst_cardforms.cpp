@@ -27,7 +27,7 @@ class tst_CardForms : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aTextIsLatin1WithoutWhatFillsItUp()
+    void aTextIsLatin1WithoutItsFiller()
     {
         QCOMPARE(textOf(CardForm::Text, "SPECIMEN"), u"SPECIMEN"_s);
         QCOMPARE(textOf(CardForm::Text, "H\xE9l\xE8ne   "), u"Hélène"_s);
@@ -37,7 +37,7 @@ private Q_SLOTS:
         QCOMPARE(textOf(CardForm::Text, "<&>\"'"), u"<&>\"'"_s);
     }
 
-    void aTextOfNothingButFillerIsEmpty()
+    void aTextOfFillerOnlyIsEmpty()
     {
         for (const CardForm form : {CardForm::Text, CardForm::Utf8, CardForm::Digits, CardForm::Number, CardForm::Date,
                                     CardForm::ShortDate}) {
@@ -47,7 +47,7 @@ private Q_SLOTS:
         QCOMPARE(textOf(CardForm::PackedDigits, "\xFF\xFF"), QString());
     }
 
-    void aControlCharacterIsNoText()
+    void aControlCharacterIsRefused()
     {
         for (char byte = 0; byte < ' '; ++byte) {
             const QByteArray bytes = QByteArray("SPECI") + byte + "MEN";
@@ -59,7 +59,7 @@ private Q_SLOTS:
         QCOMPARE(textOf(CardForm::Utf8, "SPECI\xC2\x85MEN"), damaged());
     }
 
-    void noByteAbove7FIsInTheWayOfAName()
+    void everyByteAbove7FGivesACharacterOfAName()
     {
         for (int byte = 0x80; byte <= 0xFF; ++byte) {
             const QString expected = byte < 0xA0 ? u"A\uFFFDB"_s : u"A%1B"_s.arg(QChar(byte));
@@ -67,7 +67,7 @@ private Q_SLOTS:
         }
     }
 
-    void utf8IsReadStrictly()
+    void invalidUtf8IsRefused()
     {
         QCOMPARE(textOf(CardForm::Utf8, "Pas d\xE2\x80\x99"
                                         "exon\xC3\xA9ration  "),
@@ -80,7 +80,7 @@ private Q_SLOTS:
             QCOMPARE(textOf(CardForm::Utf8, bytes), damaged());
     }
 
-    void digitsKeepTheZerosInFront()
+    void digitsKeepLeadingZeros()
     {
         QCOMPARE(textOf(CardForm::Digits, "0042"), u"0042"_s);
         QCOMPARE(textOf(CardForm::Digits, "0  "), u"0"_s);
@@ -89,7 +89,7 @@ private Q_SLOTS:
             QCOMPARE(textOf(CardForm::Digits, bytes), damaged());
     }
 
-    void packedDigitsAreTwoAByte()
+    void aByteHasTwoPackedDigits()
     {
         QCOMPARE(textOf(CardForm::PackedDigits, QByteArray::fromHex("0751")), u"0751"_s);
         QCOMPARE(textOf(CardForm::PackedDigits, QByteArray::fromHex("751FFF")), u"751"_s);
@@ -97,7 +97,7 @@ private Q_SLOTS:
             QCOMPARE(textOf(CardForm::PackedDigits, QByteArray::fromHex(digits)), damaged());
     }
 
-    void aNumberHasItsKeyOrGetsIt()
+    void theKeyOfANumberIsKeptOrAdded()
     {
         QCOMPARE(textOf(CardForm::Number, "185057800608491"), u"185057800608491"_s);
         QCOMPARE(textOf(CardForm::Number, "1850578006084"), u"185057800608491"_s);
@@ -109,13 +109,13 @@ private Q_SLOTS:
         QCOMPARE(textOf(CardForm::Number, "185057800608492"), u"185057800608492"_s);
     }
 
-    void zerosGetNoKey()
+    void noKeyIsAddedToZeros()
     {
         QCOMPARE(textOf(CardForm::Number, "0000000000000"), u"0000000000000"_s);
         QCOMPARE(textOf(CardForm::Number, "000000000000000"), u"000000000000000"_s);
     }
 
-    void whatIsNoNumberIsRefused()
+    void aValueThatIsNotANumberIsRefused()
     {
         for (const QByteArray& bytes :
              {QByteArray("185057800608"), QByteArray("18505780060849"), QByteArray("1850578006084911"),
@@ -124,13 +124,13 @@ private Q_SLOTS:
             QCOMPARE(textOf(CardForm::Number, bytes), damaged());
     }
 
-    void datesTurnAround()
+    void datesAreReordered()
     {
         QCOMPARE(textOf(CardForm::Date, "19850514"), u"14051985"_s);
         QCOMPARE(textOf(CardForm::ShortDate, "19850514"), u"850514"_s);
     }
 
-    void whatIsNotKnownOfADateIsZeros()
+    void unknownPartsOfADateAreZeros()
     {
         QCOMPARE(textOf(CardForm::Date, "19850000"), u"00001985"_s);
         QCOMPARE(textOf(CardForm::Date, "1985    "), u"00001985"_s);
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QCOMPARE(textOf(CardForm::ShortDate, "20000514"), u"000514"_s);
     }
 
-    void daysThatNoCalendarHasAreNoDate()
+    void daysThatDoNotExistAreRefused()
     {
         for (const CardForm form : {CardForm::Date, CardForm::ShortDate}) {
             for (const char* bytes : {"19851314", "19854200", "19850532", "19850230", "19850229", "    0230"})
@@ -150,7 +150,7 @@ private Q_SLOTS:
         }
     }
 
-    void whatIsNoDateIsRefused()
+    void aValueThatIsNotADateIsRefused()
     {
         for (const CardForm form : {CardForm::Date, CardForm::ShortDate}) {
             for (const QByteArray& bytes :
@@ -160,7 +160,7 @@ private Q_SLOTS:
         }
     }
 
-    void hexadecimalTakesAnything()
+    void hexadecimalAcceptsAnyBytes()
     {
         QCOMPARE(textOf(CardForm::Hexadecimal, QByteArray::fromHex("00fFa1")), u"00FFA1"_s);
         QCOMPARE(textOf(CardForm::Hexadecimal, QByteArray()), QString());

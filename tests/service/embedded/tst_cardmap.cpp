@@ -140,7 +140,7 @@ class tst_CardMap : public TestCase
 private Q_SLOTS:
     void theElementsAreThoseOfTheCardRecord() { QCOMPARE(pathsOfTheElements(), pathsOfTheRecord()); }
 
-    void allThatTheHeadOfAnAttestationShowsIsNeeded()
+    void everyValueInTheAttestationsHeadIsNeeded()
     {
         for (const QString& path : pathsOfTheHead()) {
             const auto* element = std::ranges::find(CardElements::beneficiaryElements, path, &CardElement::path);
@@ -148,7 +148,7 @@ private Q_SLOTS:
         }
     }
 
-    void aMapIsWhatItsFileSays()
+    void aMapHasTheValuesOfItsFile()
     {
         const std::expected<CardMap, QString> map = parseCardMap(QJsonDocument(smallMap()).toJson());
         QVERIFY2(map, qPrintable(map ? QString() : map.error()));
@@ -193,7 +193,7 @@ private Q_SLOTS:
             QCOMPARE(refusalOf(mapWith(u"beneficiaries/0/fields/0/form"_s, name)), QString());
     }
 
-    void whatIsNotAMapIsRefusedAsAWhole()
+    void aFileThatIsNotAMapIsRefused()
     {
         QVERIFY(refusalOf("").startsWith(u"ce n’est pas du JSON"_s));
         QVERIFY(refusalOf("{\"format\": 1").startsWith(u"ce n’est pas du JSON (octet "_s));
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(refusalOf("{\"plan\": 1}"), u"clé inconnue « plan »"_s);
     }
 
-    void whatIsWrongIsToldWithItsPlace_data()
+    void aFaultIsReportedWithItsPlace_data()
     {
         QTest::addColumn<QString>("path");
         QTest::addColumn<QJsonValue>("value");
@@ -215,7 +215,7 @@ private Q_SLOTS:
                 << QString::fromLatin1(row.path) << row.value << row.sentence;
         }
     }
-    void whatIsWrongIsToldWithItsPlace()
+    void aFaultIsReportedWithItsPlace()
     {
         QFETCH(const QString, path);
         QFETCH(const QJsonValue, value);
@@ -244,7 +244,7 @@ private Q_SLOTS:
         QCOMPARE(refusalOf(mapWith(u"beneficiaries/0/fields/0/tag"_s, tag)), place + reason);
     }
 
-    void theFirstFaultIsTheOneThatIsTold()
+    void theFirstFaultIsReported()
     {
         QJsonObject map = smallMap();
         map.insert(u"name"_s, QString());

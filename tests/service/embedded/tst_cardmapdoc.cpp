@@ -93,7 +93,7 @@ private Q_SLOTS:
         QVERIFY(firstCardFiles(*map).size() == 2);
     }
 
-    void aCardIsReadAlongTheExample()
+    void aCardIsReadWithTheExample()
     {
         const auto map = exampleMap();
         QVERIFY(map);
@@ -122,7 +122,7 @@ private Q_SLOTS:
         QCOMPARE(static_cast<qsizetype>(found.size()), forms.size());
     }
 
-    void theDocumentedNeedsAreThoseOfTheTable()
+    void theDocumentedNeededFieldsAreThoseOfTheTable()
     {
         const QString documented = between(documentation(), u"| element | of whom |\n|---|---|\n"_s, u"\n\n"_s);
         QVERIFY2(documented == renderedNeeds(), qPrintable(u"docs/card-data.md should hold:\n"_s + renderedNeeds()));

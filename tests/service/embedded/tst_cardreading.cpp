@@ -155,7 +155,7 @@ private Q_SLOTS:
         QCOMPARE(card.commands(), commandsOfARead);
     }
 
-    void theFirstMapThatIsTheCardsIsUsed()
+    void theFirstMatchingMapIsUsed()
     {
         CardMap other = smallCardMap();
         other.application = QByteArray::fromHex("F0FF");
@@ -164,25 +164,25 @@ private Q_SLOTS:
         QCOMPARE(card.commands(), commandsOfARead + 1);
     }
 
-    void aCardOfNoMapIsOfAnotherKind()
+    void aCardWithoutAMapIsOfAnUnknownKind()
     {
         QCOMPARE(faultIn(documentOf(bankCard())), CardFault::CardOfOtherKind);
         FileCard card(smallCard('A'));
         QCOMPARE(faultIn(documentOf(card, {})), CardFault::CardOfOtherKind);
     }
 
-    void aCardThatLeavesBeforeItsFirstAnswerWasNotHeard()
+    void aCardRemovedBeforeItsFirstAnswerGivesGoneUnheard()
     {
         QCOMPARE(faultIn(documentOf(smallCard('A'), leavesAt(1))), CardFault::CardGoneUnheard);
     }
 
-    void aCardThatLeavesLaterIsGone()
+    void aCardRemovedLaterGivesGone()
     {
         for (int number = 2; number <= commandsOfARead; ++number)
             QCOMPARE(faultIn(documentOf(smallCard('A'), leavesAt(number))), CardFault::CardGone);
     }
 
-    void anyFaultOnTheWayEndsTheRead()
+    void anyFaultOfTheTransportEndsTheRead()
     {
         for (const CardFault fault : {CardFault::CardReset, CardFault::ReaderLost, CardFault::ServiceLost}) {
             const FileCard::Event event = at(4, [fault](FileCard&, int) { return std::optional(fault); });
@@ -190,7 +190,7 @@ private Q_SLOTS:
         }
     }
 
-    void anotherCardThatTookItsPlaceUnnoticedIsNoticed()
+    void anUnreportedReplacementByAnotherCardIsNoticed()
     {
         QVERIFY(documentOf(smallCard('A'), swappedAt(1, smallCard('B'))) == Document(expectedDocument('B')));
         for (int number = 2; number < firstAfterIdentity; ++number)
@@ -199,14 +199,14 @@ private Q_SLOTS:
             QCOMPARE(faultIn(documentOf(smallCard('A'), swappedAt(number, smallCard('B')))), CardFault::CardSwapped);
     }
 
-    void aCardOfAnotherKindThatTookItsPlaceIsNoticed()
+    void aReplacementByACardOfAnotherKindIsNoticed()
     {
         QCOMPARE(faultIn(documentOf(smallCard('A'), swappedAt(1, bankCard()))), CardFault::CardOfOtherKind);
         for (int number = 2; number <= commandsOfARead; ++number)
             QCOMPARE(faultIn(documentOf(smallCard('A'), swappedAt(number, bankCard()))), CardFault::CardSwapped);
     }
 
-    void aRefusedFileIsARefusalByTheSameCard()
+    void aRefusedFileIsReportedByName()
     {
         for (const quint16 file : {quint16{1}, quint16{2}})
             QCOMPARE(damageIn(documentOf(without(smallCard('A'), file))),
@@ -214,7 +214,7 @@ private Q_SLOTS:
                                                                               maps().front().files[file - 1U].name));
     }
 
-    void aRefusalOfOneCommandIsNotAnotherCard()
+    void aRefusedCommandIsNotReportedAsAnotherCard()
     {
         for (int number = 2; number <= commandsOfARead; ++number) {
             const auto refuse = [](const QByteArray&) { return QByteArray::fromHex("6982"); };
@@ -269,7 +269,7 @@ private Q_SLOTS:
         }
     }
 
-    void aCardWithoutEndIsLeft()
+    void aReadEndsAfterTheMaximumOfCommands()
     {
         CardContent files = smallCard('A');
         std::vector<CardMap> known{smallCardMap()};
@@ -286,7 +286,7 @@ private Q_SLOTS:
         QCOMPARE(card.commands(), CardChannel::mostCommands);
     }
 
-    void aCardThatHidesWhichOneItIsIsRefused()
+    void aCardThatRefusesItsIdentityIsRefused()
     {
         std::vector<CardMap> known{smallCardMap()};
         known.front().files[0].required = false;
@@ -298,7 +298,7 @@ private Q_SLOTS:
             damageIn(documentOf(card, known)).endsWith(u" : la carte refuse tous les fichiers qui l’identifient"_s));
     }
 
-    void aFileThatMayLackIsNotMissed()
+    void aMissingOptionalFileIsAccepted()
     {
         std::vector<CardMap> known{smallCardMap()};
         const CardFile more{
@@ -308,7 +308,7 @@ private Q_SLOTS:
         QVERIFY(documentOf(card, known) == Document(expectedDocument('A')));
     }
 
-    void damagedDataAreAGap()
+    void damagedDataGiveAGap()
     {
         CardContent files = smallCard('A');
         files[smallCardFile(2)].chop(1);
@@ -318,7 +318,7 @@ private Q_SLOTS:
         QVERIFY(gap != nullptr && gap->kind == CardGap::Kind::Damaged);
     }
 
-    void whatIsMissingIsAGap()
+    void missingFieldsGiveAGap()
     {
         CardContent files = smallCard('A');
         files[smallCardFile(2)] = tlv("65", tlv("80", "SPECIMEN"));

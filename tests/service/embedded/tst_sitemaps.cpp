@@ -57,7 +57,7 @@ private Q_SLOTS:
         QVERIFY(site.maps.back().wantsAllPointed());
     }
 
-    void theUsersComeFirstThenTheSitesThenTheShippedOnes()
+    void theUsersMapsPrecedeTheSitesAndTheShippedOnes()
     {
         QVERIFY(writeFile(path(u"share/maps/a.json"_s), mapNamed(u"fournie"_s)));
         QVERIFY(writeFile(path(u"site/MORVEL/cartes/a.json"_s), mapNamed(u"du site"_s)));
@@ -68,7 +68,7 @@ private Q_SLOTS:
         QCOMPARE(namesOf(site), QStringList({u"à soi"_s, u"à soi, seconde"_s, u"du site"_s, u"fournie"_s}));
     }
 
-    void aFileThatIsNoMapIsToldAndTheOthersLoaded()
+    void aFileThatIsNotAMapIsLoggedAndTheOthersLoaded()
     {
         QVERIFY(writeFile(path(u"share/maps/a.json"_s), "{}"));
         QVERIFY(writeFile(path(u"share/maps/b.json"_s), QByteArray(qsizetype{2} * 1024 * 1024, ' ')));
@@ -80,7 +80,7 @@ private Q_SLOTS:
                               u"plan de carte %1 : trop grand"_s.arg(path(u"share/maps/b.json"_s))}));
     }
 
-    void otherFilesArePassedOver()
+    void otherFilesAreIgnored()
     {
         QVERIFY(writeFile(path(u"share/maps/LISEZ-MOI.txt"_s), "x"));
         QVERIFY(writeFile(path(u"share/maps/a.json~"_s), "x"));

@@ -122,7 +122,7 @@ private Q_SLOTS:
         QVERIFY(*record == *direct);
     }
 
-    void othersDoToo_data()
+    void otherCardsFilesGiveTheirRecord_data()
     {
         QTest::addColumn<QString>("xml");
         QTest::newRow("without serial number, periods and certified numbers")
@@ -131,7 +131,7 @@ private Q_SLOTS:
             << CardXml::card(scarceBeneficiary(u"SPECIMEN"_s, u"0"_s), u"<numSerie>00123</numSerie>"_s);
         QTest::newRow("a large family") << largeFamily();
     }
-    void othersDoToo()
+    void otherCardsFilesGiveTheirRecord()
     {
         QFETCH(const QString, xml);
         const auto direct = recordOf(xml);
@@ -188,7 +188,7 @@ private Q_SLOTS:
         QVERIFY(document.error().kind == CardGap::Kind::Missing);
     }
 
-    void aFileThatIsPointedToTwiceHoldsItsPersonsOnce()
+    void aFilePointedToTwiceIsReadOnce()
     {
         const CardMap map = shippedMap("vitale2.json");
         CardContent content = readAlong(map, encoded(u"second-generation"_s));
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(cardDocument(map, content).error().explanation, once);
     }
 
-    void aDamagedRecordAmongThePointedFilesIsTold()
+    void aDamagedRecordInAPointedFileIsReported()
     {
         const CardMap map = shippedMap("vitale2.json");
         CardContent content = readAlong(map, encoded(u"second-generation"_s));

@@ -60,7 +60,7 @@ class tst_Tlv : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void objectsAndThoseInThemAreFound()
+    void objectsAndNestedObjectsAreFound()
     {
         QCOMPARE(parsedDigits("80 01 41"), u"80:41"_s);
         QCOMPARE(parsedDigits("65 07 80 01 41 81 02 4243 93 00"), u"65{80:41 81:4243} 93:"_s);
@@ -68,18 +68,18 @@ private Q_SLOTS:
         QCOMPARE(parsedDigits("DF8101 01 41"), u"DF8101:41"_s);
     }
 
-    void tagsThatOneByteCouldHaveHeldAreInUse()
+    void longTagsWithSmallNumbersAreAccepted()
     {
         QCOMPARE(parsedDigits("9F02 01 41 DF01 01 42"), u"9F02:41 DF01:42"_s);
     }
 
-    void nothingIsNoObject()
+    void noBytesGiveNoObjects()
     {
         QCOMPARE(parsedDigits(""), QString());
         QCOMPARE(parsedDigits("65 00"), u"65{}"_s);
     }
 
-    void everyLengthOfALengthIsUnderstood()
+    void everyFormOfALengthIsAccepted()
     {
         QCOMPARE(parsedDigits("80 81 01 41"), u"80:41"_s);
         QCOMPARE(parsedDigits("80 82 0001 41"), u"80:41"_s);
@@ -89,7 +89,7 @@ private Q_SLOTS:
             QCOMPARE(parsed(tlv("80", QByteArray(size, 'A'))).size(), 3 + 2 * size);
     }
 
-    void erasedMemoryIsPassedOver()
+    void erasedMemoryIsSkipped()
     {
         QCOMPARE(parsedDigits("0000 80 01 41 00 81 01 42 000000"), u"80:41 81:42"_s);
         QCOMPARE(parsedDigits("65 08 00 80 01 41 0000 8100"), u"65{80:41 81:}"_s);
@@ -98,13 +98,13 @@ private Q_SLOTS:
         QCOMPARE(parsedDigits("FFFFFFFF"), QString());
     }
 
-    void fillerIsNoneWithinAnObject()
+    void fillerInsideAnObjectIsNotSkipped()
     {
         QCOMPARE(parsedDigits("65 05 80 01 41 FFFF"), u"étiquette tronquée"_s);
         QCOMPARE(parsedDigits("80 01 41 FFFFFF 81 01 42"), u"étiquette trop longue"_s);
     }
 
-    void damageOfEachKindIsTold_data()
+    void eachKindOfDamageIsReported_data()
     {
         QTest::addColumn<QByteArray>("digits");
         QTest::addColumn<QString>("fault");
@@ -124,13 +124,13 @@ private Q_SLOTS:
         QTest::newRow("an object over its holder's end") << QByteArray("6503800241") + "42" << u"valeur tronquée"_s;
         QTest::newRow("text where objects belong") << QByteArray("650453504543") << u"valeur tronquée"_s;
     }
-    void damageOfEachKindIsTold()
+    void eachKindOfDamageIsReported()
     {
         QFETCH(const QByteArray, digits);
         QTEST(parsedDigits(digits.constData()), "fault");
     }
 
-    void everyCutOfASoundFileIsDamagedOrShorter()
+    void aFileCutAtAnyByteIsDamagedOrShorter()
     {
         const QByteArray whole = tlv("65", tlv("80", "SPECIMEN") + tlv("A2", tlv("5F20", QByteArray(200, 'A'))));
         for (qsizetype size = 1; size < whole.size(); ++size)
@@ -138,7 +138,7 @@ private Q_SLOTS:
         QVERIFY(parseTlv(whole));
     }
 
-    void objectsAreNestedOnlySoDeep()
+    void theDepthOfNestingIsBounded()
     {
         QVERIFY(parseTlv(nested(deepestTlv)));
         QCOMPARE(parsed(nested(deepestTlv + 1)), u"objets trop imbriqués"_s);
@@ -175,7 +175,7 @@ private Q_SLOTS:
             QCOMPARE(leadingTlvTag(QByteArray::fromHex(digits)), std::nullopt);
     }
 
-    void theFirstByteOfATagTellsWhatItHolds()
+    void theFirstByteOfATagTellsWhetherItIsConstructed()
     {
         for (const quint32 tag : {0x65U, 0xA0U, 0xE0U, 0x7F21U, 0x7F67U, 0xBF8120U})
             QVERIFY(isConstructedTag(tag));

@@ -69,20 +69,20 @@ class tst_SystemFile : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aFileThatOnlyItsOwnerCanChangeIsGood()
+    void aFileThatOnlyItsOwnerCanChangeIsAccepted()
     {
         const System system;
         QCOMPARE(verdict(system.place()), u"good"_s);
         QCOMPARE(system.place().path(), QFile::encodeName(system.path(u"usr/lib/library.so"_s)));
     }
 
-    void theRootMayBeThatOfTheSystem()
+    void theRootOfTheSystemIsAccepted()
     {
         QCOMPARE((SystemPlace{.root = "/", .relative = "usr/lib/a.so", .owner = 0}.path()), "/usr/lib/a.so");
         QCOMPARE(verdict({.root = "/", .relative = "usr/lib/no-such-folder/a.so", .owner = 0}), u"absent"_s);
     }
 
-    void whatIsNotThereIsAbsentAndNoFault()
+    void aMissingFileIsAbsentWithoutAnError()
     {
         const System system;
         QVERIFY(QFile::remove(system.path(levels[2])));
@@ -91,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(verdict(system.place()), u"absent"_s);
     }
 
-    void whatOthersCanWriteIsRefused_data()
+    void aFileOrFolderThatOthersCanWriteIsRefused_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("mode");
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QTest::newRow("root, others") << u"."_s << 0777;
     }
 
-    void whatOthersCanWriteIsRefused()
+    void aFileOrFolderThatOthersCanWriteIsRefused()
     {
         QFETCH(QString, name);
         QFETCH(int, mode);
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(verdict(system.place()), place + u" peut être modifié par d’autres que root"_s);
     }
 
-    void whatBelongsToSomebodyElseIsRefused()
+    void aFileOrFolderOfAnotherOwnerIsRefused()
     {
         for (const QString& name : levels) {
             const System system;
@@ -137,7 +137,7 @@ private Q_SLOTS:
         }
     }
 
-    void whatIsNoFileIsRefused()
+    void aPathThatIsNotARegularFileIsRefused()
     {
         const System system;
         QVERIFY(QFile::remove(system.path(levels[2])));

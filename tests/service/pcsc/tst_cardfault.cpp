@@ -18,7 +18,7 @@ class tst_CardFault : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aCodeStandsForItsFault_data()
+    void eachCodeGivesItsFault_data()
     {
         QTest::addColumn<long>("code");
         QTest::addColumn<CardFault>("fault");
@@ -40,13 +40,13 @@ private Q_SLOTS:
         QTest::newRow("internal error") << 0x80100001L << CardFault::Unexpected;
     }
 
-    void aCodeStandsForItsFault()
+    void eachCodeGivesItsFault()
     {
         QFETCH(long, code);
         QTEST(cardFault(code), "fault");
     }
 
-    void everyFaultHasTheResultThatItsUserIsTold_data()
+    void everyFaultHasItsResultCode_data()
     {
         QTest::addColumn<CardFault>("fault");
         QTest::addColumn<ReadResult>("result");
@@ -69,13 +69,13 @@ private Q_SLOTS:
         QTest::newRow("Unexpected") << CardFault::Unexpected << ReadResult::ReaderFault;
     }
 
-    void everyFaultHasTheResultThatItsUserIsTold()
+    void everyFaultHasItsResultCode()
     {
         QFETCH(CardFault, fault);
         QTEST(readResult(fault), "result");
     }
 
-    void everyFaultIsToldInWordsOfItsOwn()
+    void everyFaultHasItsOwnText()
     {
         QStringList texts;
         for (int fault = 0; fault <= lastFault; ++fault)

@@ -178,7 +178,7 @@ private Q_SLOTS:
 
     void nothingIsReportedAfterItsEnd() { QCOMPARE(reportsOf({}), QList<CardReaderState>()); }
 
-    void aThreadThatHangsIsLeftBehind()
+    void destructionDoesNotWaitForAThreadThatHangs()
     {
         const auto hang = std::make_shared<Hang>();
         {

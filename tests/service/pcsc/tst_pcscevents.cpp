@@ -82,7 +82,7 @@ private Q_SLOTS:
         QCOMPARE(subject.events.next(), answerWith({watched}));
     }
 
-    void withoutReadersTheFirstAnswerComesAtOnceToo()
+    void withoutReadersTheFirstAnswerComesAtOnce()
     {
         Subject subject;
         QCOMPARE(subject.events.next(), answerWith(QList<WatchedReader>()));
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QCOMPARE(subject.events.next(), answerWith({{.name = reader}}));
     }
 
-    void aReaderThatComesBetweenTheListAndTheWaitIsFound()
+    void aReaderConnectedBetweenTheListAndTheWaitIsFound()
     {
         Subject subject;
         subject.service.setState(reader, FakePcsc::empty);
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(subject.answerOf(subject.next()), answerWith({{.name = reader}, {.name = other}}));
     }
 
-    void aServiceThatWasReplacedIsUsedWithoutAnyReportOfItsAbsence()
+    void aReplacedServiceIsUsedWithoutReportingAnAbsence()
     {
         Subject subject;
         subject.service.setState(reader, FakePcsc::empty);
@@ -159,7 +159,7 @@ private Q_SLOTS:
         QCOMPARE(subject.answerOf(std::move(next)), answerWith({{.name = reader}}));
     }
 
-    void anAbsentServiceIsNotAskedWithoutAReason()
+    void anAbsentServiceIsNotPolled()
     {
         Subject subject;
         QVERIFY(QDir().mkdir(subject.folder()));
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(subject.answerOf(std::move(next)), Answer());
     }
 
-    void itCanBeCancelledWhileItWaitsForAReader()
+    void theWaitForAReaderCanBeCancelled()
     {
         Subject subject;
         QVERIFY(subject.events.next().has_value());
@@ -185,7 +185,7 @@ private Q_SLOTS:
         QCOMPARE(subject.events.next(), Answer());
     }
 
-    void itReleasesItsConnection()
+    void theConnectionIsReleased()
     {
         FakePcsc service;
         {

@@ -176,7 +176,7 @@ private Q_SLOTS:
         QCOMPARE(service.finish(), 0);
     }
 
-    void aBrokenCardIsAReadErrorAndNothingOfItIsPrinted()
+    void aBrokenCardIsAReadErrorAndIsNotPrinted()
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
@@ -192,7 +192,7 @@ private Q_SLOTS:
         QCOMPARE(service.process().readAllStandardError(), QByteArray());
     }
 
-    void theSitesOwnFundsAreUsedAndItsBadLinesReported()
+    void theSitesFundsAreUsedAndItsBadLinesReported()
     {
         const QTemporaryDir folder;
         QVERIFY(QDir(folder.path()).mkpath(u"MORVEL"_s));
@@ -212,7 +212,7 @@ private Q_SLOTS:
         QCOMPARE(service.process().readAllStandardError(), expected);
     }
 
-    void onceStartedItsStandardOutputIsNotTheChannel()
+    void afterTheStartStandardOutputIsNotTheChannel()
     {
         Service service({u"--simulate"_s, specimen});
         QVERIFY(service.bind());
@@ -234,7 +234,7 @@ private Q_SLOTS:
         QCOMPARE(service.process().readAllStandardError(), QByteArray("bavardage\n"));
     }
 
-    void itLeavesNoCoreDump()
+    void theServiceMakesNoCoreDump()
     {
         Service service({});
         QVERIFY(service.ask("readers_list"_L1).has_value());
@@ -252,7 +252,7 @@ private Q_SLOTS:
         QCOMPARE(service.finish(), 0);
     }
 
-    void garbageEndsItWithALineOnStandardError()
+    void malformedInputEndsTheServiceWithALineOnStandardError()
     {
         Service service({});
         QCOMPARE(service.finish("\xFFgarbage"), 1);
@@ -261,7 +261,7 @@ private Q_SLOTS:
         QCOMPARE(service.process().readAllStandardOutput(), QByteArray());
     }
 
-    void halfARequestAndTheEndIsAnEndLikeAnother()
+    void anIncompleteRequestAtTheEndIsIgnored()
     {
         Service service({});
         const QCborMap request{{ServiceWord::command, ServiceWord::readersList}};
@@ -270,7 +270,7 @@ private Q_SLOTS:
         QCOMPARE(service.process().readAllStandardOutput(), QByteArray());
     }
 
-    void aRequestThatIsNoCommandIsAnsweredWithNullAndTheNextOneNormally()
+    void anUnknownRequestIsAnsweredWithNull()
     {
         Service service({});
         QCOMPARE(service.ask("eject"_L1), std::nullopt);
@@ -278,7 +278,7 @@ private Q_SLOTS:
         QCOMPARE(service.finish(), 0);
     }
 
-    void aReplyThatNobodyReadsEndsItQuietly()
+    void aClosedOutputEndsTheServiceWithoutAnError()
     {
         const QCborMap body{{ServiceWord::command, ServiceWord::readersList}};
         const QByteArray request = encodeServiceMessage({.number = 1, .body = body});
@@ -317,7 +317,7 @@ private Q_SLOTS:
         QCOMPARE(version.output, QByteArray("com.morvel.lvit " PELMORA_VERSION "\n"));
     }
 
-    void wrongUsageIsOneFrenchLineAndExit2()
+    void wrongUsagePrintsOneFrenchLineAndExitsWith2()
     {
         const Run run = runWith({u"--simuler"_s});
         QCOMPARE(run.exitCode, 2);
