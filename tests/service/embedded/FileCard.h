@@ -7,11 +7,11 @@
 #include <optional>
 #include <utility>
 
-/// A card of files, whatever they hold; files that are not there are refused. It answers at once, as a T=1 card does.
+/// A card of files with any content. Missing files are refused. It answers at once, like a T=1 card.
 class FileCard final : public CardTransport
 {
 public:
-    /// What may happen before a command, counted from 1: something to the card, or a fault on the way to it.
+    /// An event before a command, counted from 1: a change of the card, or a fault of the transport.
     using Event = std::function<std::optional<CardFault>(FileCard& card, int number)>;
 
     explicit FileCard(CardContent files, Event event = {})
@@ -33,7 +33,7 @@ public:
         return read((static_cast<quint8>(command[2]) << 8) + static_cast<quint8>(command[3]));
     }
 
-    /// Puts another card, on which nothing is selected, in the place of this one.
+    /// Replaces the card by another one, on which nothing is selected.
     void swapFor(CardContent files)
     {
         m_files = std::move(files);

@@ -4,7 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-/// A map of one application and two files: sound, and small enough to be damaged in one place.
+/// A valid map of one application and two files, small enough to change one place.
 inline QJsonObject smallMap()
 {
     return QJsonDocument::fromJson(R"({
@@ -48,7 +48,7 @@ inline QJsonObject smallMap()
         .object();
 }
 
-/// The value with another one at a path of keys and indices; an undefined one takes the key, or the element, away.
+/// The value with another one at a path of keys and indices; an undefined one removes the key or the element.
 inline QJsonValue withValue(const QJsonValue& value, const QStringList& path, const QJsonValue& other)
 {
     if (path.isEmpty())

@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Cards of the small map, made of persons whose parts a test may change, and what becomes of them.
+// Cards of the small map, made of persons whose parts a test can change, and the result of reading them.
 
 inline const QByteArray application = QByteArray::fromHex("F000000000");
 inline const CardFileId serialId{application, 1};
@@ -70,7 +70,7 @@ inline CardContent cardOf(const QByteArray& persons)
     return {{serialId, tlv("5A", QByteArray::fromHex("0012AB"))}, {personsId, persons}};
 }
 
-/// What is wrong with the card; nothing when there is a document.
+/// The fault of the card; empty when there is a document.
 inline QString gapOf(const CardContent& content, const CardMap& map = mapOf(smallMap()))
 {
     const auto document = cardDocument(map, content);
@@ -89,7 +89,7 @@ inline bool isDamaged(const CardContent& content)
     return !document && document.error().kind == CardGap::Kind::Damaged && document.error().missing.isEmpty();
 }
 
-/// Texts of the elements at a path in the document, each in quotes; or what is wrong.
+/// Texts of the elements at a path in the document, each in quotes; or the fault.
 inline QString textsAt(const std::string& path, const CardContent& content, const CardMap& map = mapOf(smallMap()))
 {
     const auto document = cardDocument(map, content);

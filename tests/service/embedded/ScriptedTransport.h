@@ -4,7 +4,7 @@
 
 #include <QList>
 
-/// A card that gives prepared answers, one for each command, and then none any more.
+/// A card that gives prepared answers, one for each command.
 class ScriptedTransport final : public CardTransport
 {
 public:
@@ -25,7 +25,7 @@ public:
         return answer ? Answer(QByteArray::fromHex(*answer)) : answer;
     }
 
-    /// What was sent, in hexadecimal digits.
+    /// The sent commands, in hexadecimal digits.
     QList<QByteArray> commands() const { return m_commands; }
 
 private:

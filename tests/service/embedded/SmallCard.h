@@ -15,7 +15,7 @@ inline CardFileId smallCardFile(quint16 file)
     return {QByteArray::fromHex("F000000000"), file};
 }
 
-/// A card of the small map with all that it must have. Two cards with different letters have no value in common.
+/// A card of the small map with all needed fields. Two cards with different letters have no value in common.
 inline CardContent smallCard(char letter)
 {
     const QByteArray text(3, letter);

@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Damaged cards, each with the reason that the log is given.
+// Damaged cards, each with the reason in the log.
 class tst_CardDamage : public TestCase
 {
     Q_OBJECT
@@ -39,7 +39,7 @@ private Q_SLOTS:
         QFETCH(const QString, tags);
         QVERIFY(isDamaged(cardOf(persons)));
         QCOMPARE(gapOf(cardOf(persons)), u"fichier « personnes » : objet inattendu "_s + tags);
-        // Unless the map says that it is known to be of no use.
+        // Tags that the map ignores are accepted.
         QCOMPARE(gapOf(cardOf(persons), mapChanged(u"files/1/ignored"_s, QJsonArray{u"5F20"_s, tags})), QString());
     }
 
@@ -57,7 +57,7 @@ private Q_SLOTS:
         Parts coverage = coverageParts();
         coverage["80"] = "6";
         QCOMPARE(gapOf(cardOf(person(insuredParts(), coverage) + child())), u"aucun bénéficiaire n’est l’assuré"_s);
-        // A card that tells no quality at all is of a map that is not complete.
+        // Without any quality, the map is incomplete.
         coverage.erase("80");
         QCOMPARE(gapOf(cardOf(person(insuredParts(), coverage))), u"il manque à l’assuré : amo/qualBenef"_s);
     }
@@ -121,7 +121,7 @@ private Q_SLOTS:
         parts["82"] = date;
         QVERIFY(isDamaged(cardOf(person(parts, coverageParts()))));
         QVERIFY(isDamaged(cardOf(insured() + person(parts, {{"80", "6"}}))));
-        // Nor on the card's own short form.
+        // The same for the card's short form.
         const CardMap map = mapChanged(
             u"beneficiaries/0/fields/2"_s,
             QJsonObject{{u"path"_s, u"ident/naissance/dateEnCarte"_s}, {u"tag"_s, u"82"_s}, {u"form"_s, u"text"_s}});

@@ -143,7 +143,7 @@ private Q_SLOTS:
         Parts parts = insuredParts();
         parts["82"] = date;
         const CardContent card = cardOf(person(parts, coverageParts()) + child());
-        // Nothing that looks like a date: the page says that it is not known.
+        // Without the element, the page shows that the date is unknown.
         QCOMPARE(textsAt(beneficiary + "ident/naissance/date", card, map), u"\"14051985\""_s);
         QCOMPARE(textsAt(beneficiary + "ident/naissance/dateEnCarte", card, map), u"\"850514\""_s);
     }

@@ -59,7 +59,7 @@ QString written(const std::vector<CardFileToRead>& files)
     return texts.join(u' ');
 }
 
-/// The other files in one line, or what is wrong.
+/// The other files in one line, or the fault.
 QString otherFiles(const CardMap& map, const CardContent& content)
 {
     const auto files = otherCardFiles(map, content);

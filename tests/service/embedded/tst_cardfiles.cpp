@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(files.selectApplication(applicationName).value(), true);
         QCOMPARE(files.selectApplication(applicationName).value(), true);
         QCOMPARE(files.selectApplication(QByteArray::fromHex("F002")).value(), false);
-        // Whether a failed selection leaves the earlier one is not to be relied on.
+        // After a failed selection, the earlier one may be lost.
         QCOMPARE(files.selectApplication(applicationName).value(), true);
         files.startOver();
         QCOMPARE(files.selectApplication(applicationName).value(), true);

@@ -105,7 +105,7 @@ private Q_SLOTS:
                                           "12A001234  "),
                  u"155012A00123483"_s);
         QCOMPARE(textOf(CardForm::Number, "269062B123456"), u"269062B12345634"_s);
-        // A wrong key is what the card says.
+        // A wrong key of the card is kept.
         QCOMPARE(textOf(CardForm::Number, "185057800608492"), u"185057800608492"_s);
     }
 

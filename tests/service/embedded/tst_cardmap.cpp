@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the parser says, or nothing when there is a map.
+/// The parser's error; empty when there is a map.
 QString refusalOf(const QByteArray& json)
 {
     const std::expected<CardMap, QString> map = parseCardMap(json);
@@ -37,7 +37,7 @@ QStringList pathsOfTheElements()
     return paths;
 }
 
-/// The paths of what the attestation's head shows of the insured person.
+/// The paths of the insured person's values in the attestation's head.
 QStringList pathsOfTheHead()
 {
     QStringList paths;
@@ -48,7 +48,7 @@ QStringList pathsOfTheHead()
     return paths;
 }
 
-/// Another value at a place of the small map, and what is said about it.
+/// Another value at a place of the small map, and the expected error.
 struct Refusal
 {
     const char* path = nullptr;

@@ -23,7 +23,7 @@ QString documentation()
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : file.errorString();
 }
 
-/// What stands between two texts, neither of which belongs to it; nothing without them.
+/// The text between two others; empty without them.
 QString between(const QString& text, const QString& before, const QString& after)
 {
     const qsizetype start = text.indexOf(before);

@@ -14,11 +14,11 @@ namespace {
 
 using Document = std::expected<QString, CardFailure>;
 
-// A file is its selection, its content and its end. The application and both files; then the application and the second
-// file once more, and last the application and the file that tells which card it is.
+// A file takes three commands: select, read, and read the end. A read has the application and both files, then the
+// application and the second file again, and last the application and the file that identifies the card.
 constexpr int commandsOfAFile = 3;
 constexpr int commandsOfARead = (1 + 2 * commandsOfAFile) + (1 + commandsOfAFile) + (1 + commandsOfAFile);
-// From here on it is known which card it is.
+// From this command on the card is identified.
 constexpr int firstAfterIdentity = 1 + commandsOfAFile + 1;
 
 const std::vector<CardMap>& maps()
@@ -45,7 +45,7 @@ std::optional<CardFault> faultIn(const Document& document)
     return fault == nullptr ? std::nullopt : std::optional(*fault);
 }
 
-/// What the log is told of damaged content; nothing when there is none.
+/// The log's text about damaged content; empty when there is none.
 QString damageIn(const Document& document)
 {
     const auto* gap = document ? nullptr : std::get_if<CardGap>(&document.error());
@@ -68,7 +68,7 @@ CardContent bankCard()
     return {{{QByteArray::fromHex("A0000000421010"), 1}, "bank"}};
 }
 
-/// A card one of whose answers, counted from 1, is another one on its way.
+/// A card with one answer, counted from 1, that is changed on its way.
 class FalsifiedCard final : public CardTransport
 {
 public:
@@ -93,7 +93,8 @@ private:
     Change m_change;
 };
 
-/// What a read with one other answer gives: "true" for the whole record, "refused" for a failure, else the document.
+/// The result of a read with one changed answer: "true" for the complete record, "refused" for a failure, else the
+/// document.
 QString outcomeOf(int number, const FalsifiedCard::Change& change)
 {
     FalsifiedCard card(smallCard('A'), number, change);
@@ -120,7 +121,7 @@ bool onlyTrueOrRefused(const QStringList& outcomes)
                                [](const QString& outcome) { return outcome == u"true" || outcome == u"refused"; });
 }
 
-/// Something that happens before one of the commands.
+/// An event before one of the commands.
 FileCard::Event at(int number, const FileCard::Event& event)
 {
     return [number, event](FileCard& card, int current) {
@@ -237,7 +238,7 @@ private Q_SLOTS:
                         answer[place] = static_cast<char>(answer[place] ^ bits);
                     return answer;
                 });
-                // At each place there is an answer of a file for which this is refused.
+                // Each place has an answer for which this is refused.
                 QVERIFY(outcomes.contains(u"refused"_s));
                 QVERIFY2(onlyTrueOrRefused(outcomes), qPrintable(outcomes.join(u'\n')));
             }
@@ -250,7 +251,7 @@ private Q_SLOTS:
             const auto shorter = [size](const QByteArray& answer) {
                 return answer.first(std::min(size, answer.size() - 2)) + answer.last(2);
             };
-            // What is left is read with the next command.
+            // The rest is read with the next command.
             QCOMPARE(outcomesOf(shorter), size == 0 ? QStringList({u"refused"_s, u"true"_s}) : QStringList(u"true"_s));
             const auto cut = [size](const QByteArray& answer) { return answer.first(std::min(size, answer.size())); };
             const QStringList outcomes = outcomesOf(cut);

@@ -19,7 +19,7 @@ const QString feitian = u"Feitian SCR301"_s;
 const QByteArray feitianInSystem = "Feitian SCR301 [CCID Interface] (123) 00 00";
 const QByteArray otherInSystem = "Alcor AU9540 01 00";
 
-/// What comes of an attempt to reach the card: the card, with what happens to it, or a fault.
+/// The result of an attempt to connect: a card, with the events during its reading, or a fault.
 using Attempt = std::expected<FileCard::Event, CardFault>;
 
 const Attempt reached = FileCard::Event();
@@ -29,22 +29,32 @@ Attempt failsWith(CardFault fault)
     return std::unexpected(fault);
 }
 
-/// A card that is reached, and lost in the middle.
+/// A card that gives a fault at one of its commands.
 Attempt loses(CardFault fault, int number = 3)
 {
     return FileCard::Event(
         [fault, number](FileCard&, int current) { return current == number ? std::optional(fault) : std::nullopt; });
 }
 
-/// What readers do, and what was asked of them.
+/// A card with other content than the small card.
+Attempt reachedWith(const CardContent& content)
+{
+    return FileCard::Event([content](FileCard& card, int number) {
+        if (number == 1)
+            card.swapFor(content);
+        return std::optional<CardFault>();
+    });
+}
+
+/// The results of the readers' calls, and the calls that were made.
 struct Script
 {
     std::expected<QList<QByteArray>, CardFault> names{QList<QByteArray>{otherInSystem, feitianInSystem}};
-    QList<Attempt> attempts; // and faults that nobody expects afterwards
-    QList<QByteArray> calls;
+    QList<Attempt> attempts{}; // then unexpected faults
+    QList<QByteArray> calls{};
     std::function<void()> whileConnecting{};
     CardReaderState state = CardReaderState::Empty;
-    const EmbeddedLibrary* library = nullptr; // for events that ask it
+    const EmbeddedLibrary* library = nullptr; // for events that use it
 };
 
 class ScriptedReaders final : public CardReaders
@@ -106,10 +116,16 @@ struct Read
     friend bool operator==(const Read&, const Read&) = default;
 };
 
+/// The attempts of a read, as a column of a test's data.
+struct Attempts
+{
+    QList<Attempt> list;
+};
+
 /// A read by a library whose reader is chosen.
 Read readWith(const QList<Attempt>& attempts)
 {
-    Script script{.attempts = attempts, .calls = {}};
+    Script script{.attempts = attempts};
     EmbeddedLibrary library = libraryOf(script);
     if (!library.chooseReaders(feitian, feitian))
         return {};
@@ -131,7 +147,7 @@ class tst_EmbeddedLibrary : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void itIsTheEmbeddedLibraryUnlessTheSystemsIsWanted()
+    void theLibraryRefusesOnlyTheModeSystem()
     {
         Script script;
         EmbeddedLibrary library = libraryOf(script);
@@ -142,15 +158,14 @@ private Q_SLOTS:
 
     void theStateOfTheReadersIsReported()
     {
-        Script script;
-        script.state = CardReaderState::MuteCard;
+        Script script{.state = CardReaderState::MuteCard};
         EmbeddedLibrary library = libraryOf(script);
         QList<CardReaderState> reports;
         QVERIFY(!library.watchReader([&reports](CardReaderState state) { reports.append(state); }));
         QCOMPARE(reports, QList{CardReaderState::MuteCard});
     }
 
-    void readersAreNamedByTheirModels()
+    void readersAreListedByTheirModels()
     {
         Script script;
         QCOMPARE(libraryOf(script).readers(), (QStringList{u"Alcor AU9540"_s, feitian}));
@@ -158,14 +173,13 @@ private Q_SLOTS:
 
     void withoutTheServiceThereAreNoReaders()
     {
-        Script script;
-        script.names = std::unexpected(CardFault::ServiceDown);
+        Script script{.names = std::unexpected(CardFault::ServiceDown)};
         EmbeddedLibrary library = libraryOf(script);
         QCOMPARE(library.readers(), QStringList());
         QVERIFY(!library.chooseReaders(feitian, feitian));
     }
 
-    void onlyReadersThatAreThereAreChosen()
+    void onlyConnectedReadersCanBeChosen()
     {
         Script script;
         EmbeddedLibrary library = libraryOf(script);
@@ -176,7 +190,7 @@ private Q_SLOTS:
 
     void aRefusedChoiceLeavesTheEarlierOne()
     {
-        Script script{.attempts = {reached}, .calls = {}};
+        Script script{.attempts = {reached}};
         EmbeddedLibrary library = libraryOf(script);
         QVERIFY(library.chooseReaders(feitian, feitian));
         QVERIFY(!library.chooseReaders(u"Alcor AU9540"_s, u"?"_s));
@@ -186,7 +200,7 @@ private Q_SLOTS:
 
     void aReadNeedsAChosenReader()
     {
-        Script script{.attempts = {reached, reached}, .calls = {}};
+        Script script{.attempts = {reached, reached}};
         EmbeddedLibrary library = libraryOf(script);
         QVERIFY(library.readCard() == std::unexpected(ReadResult::ReaderFault));
         QVERIFY(library.chooseReaders(feitian, feitian));
@@ -195,116 +209,96 @@ private Q_SLOTS:
         QCOMPARE(script.calls, QList<QByteArray>());
     }
 
-    void theCardInTheChosenReaderIsRead() { QVERIFY((readWith({reached}) == Read{wholeCard(), {connecting}})); }
-
-    void aCardThatIsNotKnownYetIsWaitedForOnce()
+    void aReadRetriesAfterSomeFaultsAndEndsAfterOthers_data()
     {
+        QTest::addColumn<Attempts>("attempts");
+        QTest::addColumn<Read>("expected");
+        const auto row = [](const char* name, const QList<Attempt>& attempts, const Read& expected) {
+            QTest::newRow(name) << Attempts{attempts} << expected;
+        };
+        const Card found = wholeCard();
+        const Card changed = std::unexpected(ReadResult::CardChanged);
+        const QByteArray pause = "pause 100";
+        row("card in the chosen reader", {reached}, {found, {connecting}});
         const Attempt absent = failsWith(CardFault::CardAbsent);
-        QVERIFY((readWith({absent, reached}) == Read{wholeCard(), {connecting, "wait for a card 500", connecting}}));
-        QVERIFY((readWith({absent, absent, reached}) ==
-                 Read{std::unexpected(ReadResult::CardAbsent), {connecting, "wait for a card 500", connecting}}));
-    }
-
-    void aCardThatHadLeftAlreadyIsAbsent()
-    {
-        const Attempt absent = failsWith(CardFault::CardAbsent);
-        QVERIFY((readWith({loses(CardFault::CardGone, 1), absent, absent}) ==
-                 Read{std::unexpected(ReadResult::CardAbsent),
-                      {connecting, "wait for none 500", connecting, "wait for a card 500", connecting}}));
-    }
-
-    void aCardThatLeavesTwiceBeforeAnyAnswerHasChanged()
-    {
-        const Attempt leaves = loses(CardFault::CardGone, 1);
-        QVERIFY((readWith({leaves, leaves, reached}) ==
-                 Read{std::unexpected(ReadResult::CardChanged), {connecting, "wait for none 500", connecting}}));
-    }
-
-    void aBusyReaderIsWaitedForTwoSeconds()
-    {
+        const Card noCard = std::unexpected(ReadResult::CardAbsent);
+        row("card recognised late", {absent, reached}, {found, {connecting, "wait for a card 500", connecting}});
+        row("no card", {absent, absent, reached}, {noCard, {connecting, "wait for a card 500", connecting}});
+        const Attempt removed = loses(CardFault::CardGone, 1);
+        row("card removed before the read", {removed, absent, absent},
+            {noCard, {connecting, "wait for none 500", connecting, "wait for a card 500", connecting}});
+        row("card removed twice before any answer", {removed, removed, reached},
+            {changed, {connecting, "wait for none 500", connecting}});
         const Attempt busy = failsWith(CardFault::ReaderBusy);
-        QVERIFY((readWith({busy, busy, reached}) ==
-                 Read{wholeCard(), {connecting, "pause 100", connecting, "pause 100", connecting}}));
-        const Read read = readWith(QList<Attempt>(100, busy));
-        QVERIFY(read.card == std::unexpected(ReadResult::ReaderFault));
-        QCOMPARE(read.calls.count("pause 100"), 20);
-    }
-
-    void aCardThatWasResetIsReadOnceMore()
-    {
+        row("busy reader", {busy, busy, reached}, {found, {connecting, pause, connecting, pause, connecting}});
         const Attempt reset = loses(CardFault::CardReset);
-        QVERIFY((readWith({reset, reached}) == Read{wholeCard(), {connecting, connecting}}));
-        QVERIFY((readWith({failsWith(CardFault::CardReset), reached}) == Read{wholeCard(), {connecting, connecting}}));
-        QVERIFY((readWith({reset, reset, reached}) ==
-                 Read{std::unexpected(ReadResult::CardChanged), {connecting, connecting}}));
+        row("card reset during the read", {reset, reached}, {found, {connecting, connecting}});
+        row("card reset before the read", {failsWith(CardFault::CardReset), reached},
+            {found, {connecting, connecting}});
+        row("card reset twice", {reset, reset, reached}, {changed, {connecting, connecting}});
+        row("service restarted during the read", {loses(CardFault::ServiceLost), reached},
+            {found, {connecting, pause, connecting}});
+        const Attempt lost = failsWith(CardFault::ServiceLost);
+        row("service not ready yet",
+            {lost, failsWith(CardFault::ServiceDown), failsWith(CardFault::ReaderUnknown), reached},
+            {found, {connecting, pause, connecting, pause, connecting, pause, connecting}});
+        // The second person has no known field.
+        row("fields missing",
+            {reachedWith({{smallCardFile(1), tlv("5A", "AAA")}, {smallCardFile(2), tlv("65", tlv("80", "A"))}})},
+            {std::unexpected(ReadResult::Unusable), {connecting}});
+        row("damaged data",
+            {reachedWith({{smallCardFile(1), tlv("5A", "AAA")}, {smallCardFile(2), QByteArray::fromHex("6505")}})},
+            {std::unexpected(ReadResult::ReadError), {connecting}});
     }
 
-    void aServiceThatWasStartedAnewDuringAReadIsUsed()
+    void aReadRetriesAfterSomeFaultsAndEndsAfterOthers()
     {
-        const Attempt lost = loses(CardFault::ServiceLost);
-        QVERIFY((readWith({lost, reached}) == Read{wholeCard(), {connecting, "pause 100", connecting}}));
+        QFETCH(const Attempts, attempts);
+        QFETCH(const Read, expected);
+        const Read read = readWith(attempts.list);
+        QCOMPARE(read.calls, expected.calls);
+        QVERIFY(read.card == expected.card);
     }
 
-    void aServiceThatIsStartedAnewIsWaitedForTwoSeconds()
+    void aBusyReaderOrAnAbsentServiceIsRetriedForTwoSeconds()
     {
-        // It is lost, is away, and is back before it has found its readers.
-        const Read read = readWith({failsWith(CardFault::ServiceLost), failsWith(CardFault::ServiceDown),
-                                    failsWith(CardFault::ReaderUnknown), reached});
-        QVERIFY(read.card == wholeCard());
-        QCOMPARE(read.calls.count("pause 100"), 3);
-        for (const CardFault fault : {CardFault::ServiceLost, CardFault::ServiceDown}) {
-            const Read away = readWith(QList<Attempt>(100, failsWith(fault)));
-            QVERIFY(away.card == std::unexpected(ReadResult::ReaderFault));
-            QCOMPARE(away.calls.count("pause 100"), 20);
+        for (const CardFault fault : {CardFault::ReaderBusy, CardFault::ServiceLost, CardFault::ServiceDown}) {
+            const Read read = readWith(QList<Attempt>(100, failsWith(fault)));
+            QVERIFY(read.card == std::unexpected(ReadResult::ReaderFault));
+            QCOMPARE(read.calls.count("pause 100"), 20);
         }
     }
 
-    void ofTwoAcceptedReadersTheOneWithACardIsRead()
+    void ofTwoAcceptedReadersTheOneWithACardIsUsed()
     {
         const QByteArray second = "FEITIAN SCR301 02 00";
-        Script script{.attempts = {failsWith(CardFault::CardAbsent), reached, reached}, .calls = {}};
-        script.names = QList<QByteArray>{otherInSystem, feitianInSystem, second};
+        Script script{.names = QList<QByteArray>{otherInSystem, feitianInSystem, second},
+                      .attempts = {failsWith(CardFault::CardAbsent), reached, reached}};
         EmbeddedLibrary library = libraryOf(script);
         QVERIFY(library.chooseReaders(feitian, u"Alcor AU9540"_s));
         QVERIFY(library.readCard() == wholeCard());
-        // The chosen one comes first.
+        // The chosen reader is tried first.
         QVERIFY(library.readCard() == wholeCard());
         QCOMPARE(script.calls, (QList<QByteArray>{connecting, "connect " + second, connecting}));
     }
 
-    void whatIsInTheOtherReaderCountsOnlyIfItIsAHealthCard()
+    void aCardInTheOtherReaderIsUsedOnlyIfItIsAHealthCard()
     {
         const QByteArray second = "Feitian SCR301 02 00";
-        const Attempt professionalCard = FileCard::Event([](FileCard& card, int number) {
-            if (number == 1)
-                card.swapFor({{{QByteArray::fromHex("A000000000"), 1}, "x"}});
-            return std::optional<CardFault>();
-        });
+        const Attempt professionalCard = reachedWith({{{QByteArray::fromHex("A000000000"), 1}, "x"}});
         const Attempt absent = failsWith(CardFault::CardAbsent);
         for (const Attempt& other : {professionalCard, absent, failsWith(CardFault::ReaderBusy)}) {
-            Script script{.attempts = {absent, other, absent, other}, .calls = {}};
-            script.names = QList<QByteArray>{feitianInSystem, second};
+            Script script{.names = QList<QByteArray>{feitianInSystem, second},
+                          .attempts = {absent, other, absent, other}};
             EmbeddedLibrary library = libraryOf(script);
             QVERIFY(library.chooseReaders(feitian, feitian));
             QVERIFY(library.readCard() == std::unexpected(ReadResult::CardAbsent));
         }
     }
 
-    void aReaderOfTheModelIsFoundWhenTheChosenOneIsGone()
+    void theHintExplainsTheLastFailure()
     {
-        const QByteArray second = "Feitian Technologies SCR301 02 00";
-        Script script{.attempts = {failsWith(CardFault::ReaderUnknown), reached}, .calls = {}};
-        script.names = QList<QByteArray>{feitianInSystem, second};
-        EmbeddedLibrary library = libraryOf(script);
-        QVERIFY(library.chooseReaders(u"Feitian SCR301 (2)"_s, feitian));
-        script.names = QList<QByteArray>{feitianInSystem};
-        QVERIFY(library.readCard() == wholeCard());
-        QCOMPARE(script.calls, (QList<QByteArray>{"connect " + second, connecting}));
-    }
-
-    void whatTheResultAloneWouldHideIsTold()
-    {
-        Script script{.attempts = QList<Attempt>(21, failsWith(CardFault::ReaderBusy)), .calls = {}};
+        Script script{.attempts = QList<Attempt>(21, failsWith(CardFault::ReaderBusy))};
         EmbeddedLibrary library = libraryOf(script);
         QVERIFY(library.chooseReaders(feitian, feitian));
         QCOMPARE(library.hint(), QString());
@@ -321,15 +315,15 @@ private Q_SLOTS:
         QCOMPARE(library.hint(), QString());
     }
 
-    void aReadThatWaitsForItsTurnSaysSo()
+    void aReadThatWaitsForAnotherProgramHasAHint()
     {
         QString whileConnecting;
         QString whileReading;
-        Script script{.attempts = {FileCard::Event([&whileReading, &script](FileCard&, int) {
-                          whileReading = script.library->waitsFor();
-                          return std::optional<CardFault>();
-                      })},
-                      .calls = {}};
+        Script script;
+        script.attempts = {FileCard::Event([&whileReading, &script](FileCard&, int) {
+            whileReading = script.library->waitsFor();
+            return std::optional<CardFault>();
+        })};
         EmbeddedLibrary library = libraryOf(script);
         script.library = &library;
         script.whileConnecting = [&whileConnecting, &library] { whileConnecting = library.waitsFor(); };
@@ -339,10 +333,22 @@ private Q_SLOTS:
         QCOMPARE(whileReading, QString());
     }
 
-    void aReaderThatIsBackUnderAnotherNumberIsFound()
+    void aReaderOfTheModelIsUsedWhenTheChosenOneIsDisconnected()
+    {
+        const QByteArray second = "Feitian Technologies SCR301 02 00";
+        Script script{.names = QList<QByteArray>{feitianInSystem, second},
+                      .attempts = {failsWith(CardFault::ReaderUnknown), reached}};
+        EmbeddedLibrary library = libraryOf(script);
+        QVERIFY(library.chooseReaders(u"Feitian SCR301 (2)"_s, feitian));
+        script.names = QList<QByteArray>{feitianInSystem};
+        QVERIFY(library.readCard() == wholeCard());
+        QCOMPARE(script.calls, (QList<QByteArray>{"connect " + second, connecting}));
+    }
+
+    void aReaderReconnectedUnderAnotherNumberIsFound()
     {
         const QByteArray back = "Feitian SCR301 [CCID Interface] (123) 02 00";
-        Script script{.attempts = {failsWith(CardFault::ReaderUnknown), reached, reached}, .calls = {}};
+        Script script{.attempts = {failsWith(CardFault::ReaderUnknown), reached, reached}};
         EmbeddedLibrary library = libraryOf(script);
         QVERIFY(library.chooseReaders(feitian, feitian));
         script.names = QList<QByteArray>{back};
@@ -351,9 +357,9 @@ private Q_SLOTS:
         QCOMPARE(script.calls, (QList<QByteArray>{connecting, "connect " + back, "connect " + back}));
     }
 
-    void aReaderThatStaysAwayIsAFault()
+    void aReaderThatStaysDisconnectedIsAFault()
     {
-        Script script{.attempts = QList<Attempt>(10, failsWith(CardFault::ReaderUnknown)), .calls = {}};
+        Script script{.attempts = QList<Attempt>(10, failsWith(CardFault::ReaderUnknown))};
         EmbeddedLibrary library = libraryOf(script);
         QVERIFY(library.chooseReaders(feitian, feitian));
         script.names = QList<QByteArray>{otherInSystem};
@@ -378,28 +384,7 @@ private Q_SLOTS:
             QVERIFY((readWith({loses(fault), reached}) == Read{std::unexpected(readResult(fault)), {connecting}}));
     }
 
-    void aCardWithoutWhatIsNeededIsOfNoUse()
-    {
-        // A person of whom nothing is known is left when the others are taken away.
-        const Attempt emptied = FileCard::Event([](FileCard& card, int number) {
-            if (number == 1)
-                card.swapFor({{smallCardFile(1), tlv("5A", "AAA")}, {smallCardFile(2), tlv("65", tlv("80", "A"))}});
-            return std::optional<CardFault>();
-        });
-        QVERIFY((readWith({emptied}) == Read{std::unexpected(ReadResult::Unusable), {connecting}}));
-    }
-
-    void damagedDataAreAReadError()
-    {
-        const Attempt damaged = FileCard::Event([](FileCard& card, int number) {
-            if (number == 1)
-                card.swapFor({{smallCardFile(1), tlv("5A", "AAA")}, {smallCardFile(2), QByteArray::fromHex("6505")}});
-            return std::optional<CardFault>();
-        });
-        QVERIFY((readWith({damaged}) == Read{std::unexpected(ReadResult::ReadError), {connecting}}));
-    }
-
-    void itNamesItselfAndItsMaps()
+    void theVersionsNameTheLibraryAndItsMaps()
     {
         Script script;
         const QString document = libraryOf(script).informations();

@@ -51,7 +51,7 @@ private Q_SLOTS:
         QCOMPARE(namesOf(site),
                  QStringList({u"Carte fictive de Pelmora (disposition inventée)"_s,
                               u"Carte Vitale de deuxième génération (données publiques, non vérifiées)"_s}));
-        // An application of one's own, which no issuer has been given.
+        // An application identifier without a registered issuer.
         QCOMPARE(site.maps.front().application, QByteArray("\xF0PELMORA\x01"));
         QCOMPARE(site.maps.back().application, QByteArray::fromHex("D250000002") + "VITALE");
         QVERIFY(site.maps.back().wantsAllPointed());

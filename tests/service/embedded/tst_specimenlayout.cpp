@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The files that the virtual card's own encoder makes, of a layout that it knows by itself.
+/// The files that the virtual card's encoder makes, independently of the map.
 CardContent encoded(const QString& layout, const QByteArray& xml = {})
 {
     const QTemporaryDir folder;
@@ -50,7 +50,7 @@ CardMap shippedMap(const QByteArray& file)
     return parseCardMap(contentOf(QStringLiteral(PELMORA_STAGE_SHARE "/maps/") + QString::fromLatin1(file))).value();
 }
 
-/// What the library reads of it: the map's files and no others.
+/// The files that the library reads: those of the map.
 CardContent readAlong(const CardMap& map, const CardContent& card)
 {
     CardContent content;
@@ -72,7 +72,7 @@ std::expected<CardRecord, Error> recordOf(const QString& xml)
     return parseCardDocument(document ? &*document : nullptr);
 }
 
-/// What the record of a card of the specimen layout is, that was made of this XML.
+/// The record of a card of the specimen layout that was made of this XML.
 std::expected<CardRecord, QString> recordThroughCard(const QByteArray& xml)
 {
     const CardMap map = shippedMap("specimen.json");
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QVERIFY(!document);
         QVERIFY(document.error().kind == CardGap::Kind::Damaged);
         QCOMPARE(document.error().explanation, u"fichier 2011 : valeur tronquée"_s);
-        // A file of another form is none of the map's business.
+        // A file of another form is ignored.
         content[{map.application, 0x2011}] = QByteArray::fromHex("3082FFFF");
         QVERIFY(cardDocument(map, content).error().kind == CardGap::Kind::Missing);
     }

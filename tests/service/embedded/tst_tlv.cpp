@@ -24,7 +24,7 @@ QString written(const std::vector<TlvObject>& objects)
     return texts.join(u' ');
 }
 
-/// The objects in one line, or what is wrong.
+/// The objects in one line, or the fault.
 QString parsed(const QByteArray& bytes)
 {
     const auto objects = parseTlv(bytes);

@@ -24,7 +24,7 @@ namespace {
 
 const QByteArray card = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><T_AsnDonneesVitale>é</T_AsnDonneesVitale>";
 
-/// A folder with a library that does what the files beside it say.
+/// A folder with a library whose behaviour is given by files beside it.
 class Installation
 {
 public:
@@ -57,7 +57,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-/// What a process writes on standard error meanwhile.
+/// The process's standard error during the object's life.
 class ErrorCapture
 {
 public:
@@ -110,7 +110,7 @@ private Q_SLOTS:
                  "open; readers; readers; choose_readers <Feitian SCR301> <Alcor AU9540>; read_card");
     }
 
-    void onlyTheModesThatWantItHaveIt()
+    void theLibraryIsUsedOnlyInItsModes()
     {
         for (const auto& [mode, isUsed] :
              {std::pair(LibraryMode::Automatic, true), std::pair(LibraryMode::System, true),
@@ -122,7 +122,7 @@ private Q_SLOTS:
         }
     }
 
-    void itIsClosedByEveryChangeOfModeAndAtTheEnd()
+    void theLibraryIsClosedByEveryChangeOfModeAndAtTheEnd()
     {
         const Installation installation;
         {
@@ -136,7 +136,7 @@ private Q_SLOTS:
         QCOMPARE(installation.calls(), "open; close; open; close; open; close");
     }
 
-    void noLibraryIsNoUseAndNoNews()
+    void withoutALibraryNothingWorksAndNothingIsLogged()
     {
         const Installation installation;
         QVERIFY(QFile::remove(installation.path(u"library.so"_s)));
@@ -155,17 +155,16 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("interface");
         QTest::addColumn<mode_t>("mode");
         QTest::addColumn<QString>("reason");
-        const QString scripted = QStringLiteral(PELMORA_SCRIPTED_LIBRARY);
-        QTest::newRow("writable") << scripted << QByteArray("1") << mode_t{0775}
-                                  << u"%1 peut être modifié par d’autres que root"_s;
-        QTest::newRow("newer interface") << scripted << QByteArray("2") << mode_t{0755}
-                                         << u"%1 est de l’interface 2, et non 1"_s;
-        QTest::newRow("no interface") << scripted << QByteArray("0") << mode_t{0755}
-                                      << u"%1 est de l’interface 0, et non 1"_s;
-        QTest::newRow("a function less") << QStringLiteral(PELMORA_INCOMPLETE_LIBRARY) << QByteArray("1")
-                                         << mode_t{0755} << u"%1 n’a pas de fonction pelmora_reading_close"_s;
-        QTest::newRow("another file") << QStringLiteral(PELMORA_SOURCE "/README.md") << QByteArray("1") << mode_t{0755}
-                                      << u"%1 ne se charge pas : %1: "_s;
+        const auto row = [](const char* name, const QByteArray& interface, mode_t mode, const QString& reason,
+                            const QString& library = QStringLiteral(PELMORA_SCRIPTED_LIBRARY)) {
+            QTest::newRow(name) << library << interface << mode << reason;
+        };
+        row("writable", "1", 0775, u"%1 peut être modifié par d’autres que root"_s);
+        row("newer interface", "2", 0755, u"%1 est de l’interface 2, et non 1"_s);
+        row("no interface", "0", 0755, u"%1 est de l’interface 0, et non 1"_s);
+        row("a function less", "1", 0755, u"%1 n’a pas de fonction pelmora_reading_close"_s,
+            QStringLiteral(PELMORA_INCOMPLETE_LIBRARY));
+        row("another file", "1", 0755, u"%1 ne se charge pas : %1: "_s, QStringLiteral(PELMORA_SOURCE "/README.md"));
     }
 
     void aLibraryThatCannotBeUsedIsRefusedWithALine()
@@ -187,14 +186,14 @@ private Q_SLOTS:
         QCOMPARE(installation.calls(), "");
     }
 
-    void aCutLibraryIsRefusedWithALineAndHarmsNothing_data()
+    void aTruncatedLibraryIsRefusedWithALineWithoutACrash_data()
     {
         QTest::addColumn<int>("percent");
-        for (const int percent : {0, 1, 5, 10, 20}) // the rest is for debuggers
+        for (const int percent : {0, 1, 5, 10, 20}) // the last part of the file is debugging information
             QTest::addRow("%d %% are there", percent) << percent;
     }
 
-    void aCutLibraryIsRefusedWithALineAndHarmsNothing()
+    void aTruncatedLibraryIsRefusedWithALineWithoutACrash()
     {
         QFETCH(int, percent);
         const Installation installation;
@@ -209,16 +208,16 @@ private Q_SLOTS:
                          file.fileName())),
                  qPrintable(told));
         QCOMPARE(told.count(u'\n'), 1);
-        QCOMPARE(::waitpid(-1, nullptr, WNOHANG), -1); // no child, ended or not
+        QCOMPARE(::waitpid(-1, nullptr, WNOHANG), -1); // no child is left, not even one to be reaped
         QCOMPARE(errno, ECHILD);
-        // What is put there whole is used at the next change of mode.
+        // A complete library is used at the next change of mode.
         QVERIFY(file.remove());
         QVERIFY(QFile::copy(QStringLiteral(PELMORA_SCRIPTED_LIBRARY), file.fileName()));
         QCOMPARE(::chmod(installation.place().path().constData(), 0755), 0);
         QCOMPARE(library.initialise(LibraryMode::Automatic), std::optional(LibraryKind::System));
     }
 
-    void aLibraryThatDisturbsItsTrialIsNotLoaded_data()
+    void aLibraryThatFailsInItsTrialIsNotLoaded_data()
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<std::chrono::milliseconds>("limit");
@@ -230,13 +229,13 @@ private Q_SLOTS:
         QTest::newRow("by changing") << u"interface.touch"_s << 30'000ms << u"%1 a changé pendant son essai"_s;
     }
 
-    void aLibraryThatDisturbsItsTrialIsNotLoaded()
+    void aLibraryThatFailsInItsTrialIsNotLoaded()
     {
         QFETCH(const QString, file);
         QFETCH(const std::chrono::milliseconds, limit);
         QFETCH(const QString, reason);
         const Installation installation;
-        installation.write(file, "no number"); // a result on which it aborts
+        installation.write(file, "no number"); // the library aborts on this result
         QElapsedTimer timer;
         timer.start();
         const auto functions = loadInstalledFunctions(installation.place(), limit);
@@ -261,7 +260,7 @@ private Q_SLOTS:
                  u"com.morvel.lvit: bibliothèque de lecture installée : pelmora_reading_open : résultat 1\n"_s);
     }
 
-    void namesOfPcscAreShownShortAndGivenBackWhole()
+    void pcscNamesAreShownShortAndPassedBackComplete()
     {
         const Installation installation;
         installation.write(u"readers.text"_s, "Feitian SCR301 [CCID Interface] (1) 00 00\n\nFeitian SCR301 01 00\n"
@@ -287,7 +286,7 @@ private Q_SLOTS:
         QVERIFY(errors.text().endsWith(u": pelmora_reading_choose_readers : résultat 13\n"_s));
     }
 
-    void readersThatCannotBeToldAreNone_data()
+    void unusableReaderListsGiveNoReaders_data()
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<QByteArray>("content");
@@ -298,7 +297,7 @@ private Q_SLOTS:
         QTest::newRow("impossible length") << u"readers.length"_s << QByteArray("1000000000");
     }
 
-    void readersThatCannotBeToldAreNone()
+    void unusableReaderListsGiveNoReaders()
     {
         QFETCH(QString, file);
         QFETCH(QByteArray, content);
@@ -311,7 +310,7 @@ private Q_SLOTS:
         QCOMPARE(errors.text().count(u'\n'), 1);
     }
 
-    void itsVersionsAreShown()
+    void theLibrarysVersionsAreShown()
     {
         const Installation installation;
         installation.write(u"version0.text"_s, "4.20 <é>");
@@ -328,7 +327,7 @@ private Q_SLOTS:
         QCOMPARE(errors.text().count(u": pelmora_reading_version : texte illisible\n"_s), 2);
     }
 
-    void resultsAreThoseOfTheLibrary_data()
+    void resultCodesAreThoseOfTheLibrary_data()
     {
         QTest::addColumn<QByteArray>("result");
         QTest::addColumn<QString>("expected");
@@ -339,7 +338,7 @@ private Q_SLOTS:
         QTest::newRow("unknown") << QByteArray("-7") << u"0"_s;
     }
 
-    void resultsAreThoseOfTheLibrary()
+    void resultCodesAreThoseOfTheLibrary()
     {
         QFETCH(QByteArray, result);
         QFETCH(QString, expected);
@@ -350,30 +349,28 @@ private Q_SLOTS:
         InstalledLibrary library(installation.place());
         QVERIFY(library.initialise(LibraryMode::System).has_value());
         QCOMPARE(cardOrResult(library.readCard()), expected);
-        // An empty reader is no news.
+        // A missing card is not logged.
         QCOMPARE(errors.text().isEmpty(), result == "11");
     }
 
-    void aCardThatIsNoneIsAReadErrorAndNothingOfItIsPrinted_data()
+    void aDocumentThatIsNotACardIsAReadErrorAndIsNotPrinted_data()
     {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QByteArray>("length");
-        QTest::newRow("empty") << QByteArray() << QByteArray();
-        QTest::newRow("ISO Latin 1") << QByteArray("<T_AsnDonneesVitale>SP\xC9"
-                                                   "CIMEN</T_AsnDonneesVitale>")
-                                     << QByteArray();
-        QTest::newRow("cut short") << card.chopped(3) << QByteArray();
-        QTest::newRow("no XML") << QByteArray("SPECIMEN") << QByteArray();
-        QTest::newRow("declarations") << QByteArray("<!DOCTYPE SPECIMEN [<!ELEMENT a ANY>]>"
-                                                    "<a/>")
-                                      << QByteArray();
-        QTest::newRow("over 4 MiB") << QByteArray("<SPECIMEN>") + QByteArray(5 * 1024 * 1024, ' ') + "</SPECIMEN>"
-                                    << QByteArray();
-        QTest::newRow("impossible length") << card << QByteArray("4194305");
-        QTest::newRow("negative length") << card << QByteArray("-1");
+        const auto row = [](const char* name, const QByteArray& text, const QByteArray& length = {}) {
+            QTest::newRow(name) << text << length;
+        };
+        row("empty", {});
+        row("ISO Latin 1", "<T_AsnDonneesVitale>SP\311CIMEN</T_AsnDonneesVitale>");
+        row("cut short", card.chopped(3));
+        row("no XML", "SPECIMEN");
+        row("declarations", "<!DOCTYPE SPECIMEN [<!ELEMENT a ANY>]><a/>");
+        row("over 4 MiB", QByteArray("<SPECIMEN>") + QByteArray(5 * 1024 * 1024, ' ') + "</SPECIMEN>");
+        row("impossible length", card, "4194305");
+        row("negative length", card, "-1");
     }
 
-    void aCardThatIsNoneIsAReadErrorAndNothingOfItIsPrinted()
+    void aDocumentThatIsNotACardIsAReadErrorAndIsNotPrinted()
     {
         QFETCH(QByteArray, text);
         QFETCH(QByteArray, length);
@@ -389,7 +386,7 @@ private Q_SLOTS:
         QVERIFY(!errors.text().contains(u"CIMEN"_s));
     }
 
-    void itIsLookedForInOnePlaceOfTheSystem()
+    void theLibrarysPathIsFixed()
     {
         const SystemPlace place = InstalledLibrary::standardPlace();
         QCOMPARE(place.root, "/");

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A small system of the test's own: usr/lib/library.so in a folder.
+/// A folder with usr/lib/library.so.
 class System
 {
 public:
