@@ -23,15 +23,15 @@
 #include <optional>
 #include <vector>
 
-/// Card services that answer nothing, or no request to read.
+/// Card services that answer no request, or no request to read a card.
 inline const FakeScript silent = FakeScript().doing("any", "silent");
 inline const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
 
-/// The application's controller with its window, as at a front desk: a home, settings and a card service of its own.
+/// The application's controller and window, with their own home folder, settings and card service.
 class Office
 {
 public:
-    /// With a fake card service; the bundle is the program's own unless another is given.
+    /// With a fake card service. Without a bundle, the program's own is used.
     explicit Office(const FakeScript& script = {}, const QString& resources = QStringLiteral(PELMORA_STAGE_SHARE))
         : Office(std::make_unique<FakeService>(script), std::nullopt, resources)
     {
@@ -75,14 +75,14 @@ private:
     }
 
 public:
-    /// What was set is written while the home is there.
+    /// Writes the settings before the home folder is removed.
     ~Office() { settings.synchronize(); }
     Q_DISABLE_COPY_MOVE(Office)
 
-    /// Brings the application up, as main does.
+    /// Starts the application in the same steps as main().
     void start() const
     {
-        // The tests' own program is no portable copy, so there is nothing to ask.
+        // The test program is not a portable copy, so no question is asked.
         if (AppDelegate::applicationWillFinishLaunching(m_bundle) == MoveOutcome::Ends)
             return;
         delegate->awakeFromNib();
@@ -92,7 +92,7 @@ public:
     /// A path in the home.
     [[nodiscard]] QString path(const QString& name) const { return m_home.filePath(name); }
 
-    /// The folder where attestations go unless the settings say otherwise.
+    /// The default folder of attestations.
     [[nodiscard]] QString attestations() const { return path(QStringLiteral("Documents/Attestations Pelmora")); }
 
     /// The alert that is on the screen.
@@ -144,7 +144,7 @@ public:
     std::shared_ptr<LVitAccess> client;
 
 private:
-    // The panes of the one preferences window are never released, and keep the settings that they were given.
+    // The panes of the preferences window are never deleted, and keep a pointer to their settings.
     static UserDefaults& lastingSettings(const QString& path)
     {
         static std::vector<std::unique_ptr<UserDefaults>> all;

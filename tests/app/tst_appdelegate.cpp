@@ -228,7 +228,7 @@ private Q_SLOTS:
         QVERIFY(office->panelLine().contains(
             QRegularExpression(u"^Lecture annulée à \\d\\d:\\d\\d – carte précédente, fichier ouvert (à|le) "_s)));
         QCOMPARE(office->summary(), before);
-        // What was read before can be worked on at once.
+        // The actions on the earlier card are enabled at once.
         office->delegate->viewAttestation();
         QCOMPARE(Office::alertText(), std::nullopt);
     }

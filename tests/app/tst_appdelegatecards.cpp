@@ -29,7 +29,7 @@ const QString refusedWhileReading = u"Demande refusée pendant la lecture d’un
 const QString refusedWhilePrinting =
     u"Demande refusée pendant l’impression\u00A0: confirmez ou annulez d’abord celle-ci."_s;
 
-// A way for a card, or a page of one, to be asked for.
+// A way to request a card or its page.
 using Way = std::function<void(const Office&, const QString&)>;
 
 // A file that is dragged over the main window, and dropped there later.
@@ -57,7 +57,7 @@ private:
     QMimeData m_data;
 };
 
-// What happens to some objects, of each the events of one kind.
+// Records events of one type for each of several objects.
 class EventOrder final : public QObject
 {
 public:
@@ -110,7 +110,7 @@ PrintDialog* dialog()
 
 } // namespace
 
-// Whose card it is: what is printed is what the windows show, and a card that is read, opened or printed stays.
+// The printed card is the shown one, and no other card replaces it during a read or a print.
 class tst_AppDelegateCards : public TestCase
 {
     Q_OBJECT
@@ -145,7 +145,7 @@ private:
     QTemporaryDir m_folder;
 
 private Q_SLOTS:
-    // No print server is asked.
+    // No print server is used.
     void initTestCase() { qputenv("CUPS_SERVER", QFile::encodeName(m_folder.filePath(u"cups.sock"_s))); }
 
     void whileThePrintDialogIsOpenNoOtherCardIsTaken_data()

@@ -18,11 +18,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What the linker puts in the place of two functions of the program: see CMakeLists.txt.
+// The linker replaces two functions of the program by these: see CMakeLists.txt.
 int beeps = 0;
 bool fontsCanBeCut = true;
 
-// Resources with that information dictionary and nothing else.
+// Resources with only that information dictionary.
 bool writeInformation(const QTemporaryDir& resources, const QByteArray& entries)
 {
     QFile file(resources.filePath(u"Info.plist"_s));

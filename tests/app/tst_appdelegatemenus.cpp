@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The status item's menus that there are.
+// All menus of status items.
 QList<const QWidget*> statusMenus()
 {
     QList<const QWidget*> menus;
@@ -37,7 +37,7 @@ private:
 private Q_SLOTS:
     void init()
     {
-        // No keys are held down any more: the next event tells so.
+        // The next event reports that no keys are held down.
         QWidget window;
         window.show();
         QTest::mouseClick(&window, Qt::LeftButton);
@@ -91,7 +91,7 @@ private Q_SLOTS:
             QTRY_COMPARE(office.delegate->isEnabled(), isBound);
             for (const QAction* action : office.window->findChildren<QAction*>()) {
                 const bool isCardAction = cardActions.contains(action->objectName());
-                // There is no address to look for updates at.
+                // No address of an update feed is configured.
                 const bool isUpdate = action == office.window->updateMenuItem();
                 QCOMPARE(office.delegate->validateMenuItem(*action), !isUpdate && (isBound || !isCardAction));
                 if (isCardAction)

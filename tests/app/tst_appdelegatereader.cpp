@@ -41,7 +41,7 @@ qsizetype reads(const Office& office)
 
 } // namespace
 
-/// What the controller does when cards come and leave.
+/// The controller when cards are inserted and removed.
 class tst_AppDelegateReader : public TestCase
 {
     Q_OBJECT
@@ -91,7 +91,7 @@ private Q_SLOTS:
         QTRY_COMPARE(office->notice(), absentCard);
         QVERIFY(!office->window->isVisible());
         QVERIFY(!Office::alert());
-        // A read that the user asks for is told as ever.
+        // A read that the user requests shows its failure in an alert.
         office->delegate->readVitale(nullptr);
         QTRY_COMPARE(Office::alertText(), absentCard);
         QVERIFY(office->window->isVisible());
@@ -132,7 +132,7 @@ private Q_SLOTS:
         else
             office->delegate->readVitale(nullptr);
         QTRY_VERIFY(hasCard(*office));
-        // The reader's state comes with the answer to any request.
+        // The reader's state arrives with the answer to any request.
         bool isAnswered = false;
         office->client->getInformationsWithCompletionHandler([&isAnswered, receiver = office->window.get()](auto&&...) {
             QMetaObject::invokeMethod(receiver, [&isAnswered] { isAnswered = true; });

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Asks for the attestation to be saved, and waits until the user has been told.
+// Saves the attestation, and waits for the message to the user.
 bool isSaved(const Office& office)
 {
     const QSignalSpy ended(&FileWorker::shared(), &FileWorker::ended);
@@ -34,12 +34,12 @@ QStringList recents(const Office& office)
 
 const QString saved = u"Enregistrée\u00A0: SPECIMEN Hélène.pdf"_s;
 
-// Something that the user asks for.
+// A request of the user.
 using Request = void (*)(AppDelegate&);
 
 } // namespace
 
-/// The files that the controller writes, and what it tells of them.
+/// The files that the controller writes, and its messages about them.
 class tst_AppDelegateSaving : public TestCase
 {
     Q_OBJECT
@@ -121,7 +121,7 @@ private Q_SLOTS:
         const QString told = u"Non enregistrée\u00A0: le dossier est inutilisable. Changez-le dans les préférences."_s;
         QVERIFY(office->panelLine().endsWith(u'\n' + told));
 
-        // Until the next save, whatever happens meanwhile.
+        // It stays until the next save.
         office->delegate->loadXMLFile(Office::specimen());
         QVERIFY(office->panelLine().endsWith(u'\n' + told));
         MVSettings::setPreferencesWithStringValue(office->settings, Settings::attestationsFolder,

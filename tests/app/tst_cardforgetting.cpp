@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// The class under test, with all that may use the card.
+/// The class under test, with all objects that may use the card.
 struct Subject
 {
     Subject()
@@ -33,7 +33,7 @@ struct Subject
     {
     }
 
-    /// The timer that runs for so long; null if there is none.
+    /// The timer with that interval; null if there is none.
     [[nodiscard]] QTimer* timer(std::chrono::milliseconds time) const
     {
         for (QTimer* timer : forgetting.findChildren<QTimer*>()) {
@@ -52,7 +52,7 @@ struct Subject
     QSignalSpy due;
 };
 
-/// A file that is written until the test ends that.
+/// A file whose writing lasts until the test ends it.
 class SlowFile
 {
 public:
@@ -94,7 +94,7 @@ private Q_SLOTS:
         Subject subject;
         MVSettings::setPreferencesWithBooleanValue(subject.desk.settings, Settings::forgetOnRemoval, isWanted);
         subject.forgetting.cardLeft();
-        QCOMPARE(subject.due.size(), 0); // none is shown
+        QCOMPARE(subject.due.size(), 0); // no card is shown
         subject.forgetting.cardShown(origin);
         subject.forgetting.cardLeft();
         QCOMPARE(subject.due.size(), count);

@@ -79,7 +79,7 @@ private Q_SLOTS:
                 missing.append(action->text());
         }
         QCOMPARE(missing, QStringList());
-        // Not twice: an ambiguous shortcut does nothing.
+        // A shortcut that is set twice is ambiguous and does nothing.
         const auto ofPrint = [](const QAction* action) { return action->shortcut() == QKeySequence(u"Ctrl+P"_s); };
         QCOMPARE(std::ranges::count_if(viewer->actions() + viewer->findChildren<QAction*>(), ofPrint), 1);
     }

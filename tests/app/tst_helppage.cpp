@@ -46,7 +46,7 @@ QString helpPage()
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-// What the page says, with a blank in the place of each tag and line break.
+// The page's text, with a blank in place of each tag and line break.
 QString textOf(QString page)
 {
     static const QRegularExpression tag(u"<[^>]*>"_s);

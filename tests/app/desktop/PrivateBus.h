@@ -4,7 +4,7 @@
 #include <QProcess>
 #include <QString>
 
-/// A message bus of the test's own.
+/// A private message bus.
 class PrivateBus
 {
 public:
@@ -24,7 +24,7 @@ public:
         m_daemon.waitForFinished();
     }
 
-    /// Empty when it does not run.
+    /// Empty when the bus does not run.
     [[nodiscard]] const QString& address() const { return m_address; }
     [[nodiscard]] QDBusConnection connect(const QString& name) const
     {

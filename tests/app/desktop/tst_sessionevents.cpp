@@ -19,7 +19,7 @@ const QString otherSession = u"/org/freedesktop/login1/session/_38"_s;
 
 } // namespace
 
-/// logind, as far as SessionEvents uses it.
+/// A fake of the part of logind that SessionEvents uses.
 class FakeLogind final : public QObject
 {
     Q_OBJECT
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QSignalSpy asleep(&events, &SessionEvents::aboutToSleep);
         QSignalSpy resumed(&events, &SessionEvents::resumed);
         QTRY_COMPARE(logind.asked, QStringList{asked});
-        // The session's path is known a moment after that answer.
+        // The session's path is known shortly after that answer.
         QTRY_VERIFY([&] {
             logind.lock(ownSession);
             return locked.wait(50);

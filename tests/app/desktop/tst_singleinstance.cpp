@@ -29,7 +29,7 @@ namespace {
 
 constexpr auto longPatience = 20s;
 
-/// A runtime folder of the test's own.
+/// A temporary runtime folder.
 class Folder
 {
 public:
@@ -40,7 +40,7 @@ public:
         return QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
     }
 
-    /// A later start's claim, on a thread of its own while the first one's events are handled.
+    /// A later start's claim, on another thread, while the first one's events are processed.
     [[nodiscard]] std::future<Claim> laterStart(const std::optional<QString>& card = {},
                                                 std::chrono::milliseconds patience = longPatience) const
     {
@@ -50,7 +50,7 @@ public:
         });
     }
 
-    /// What a guest says who does not know the form; -1 when it cannot.
+    /// Sends bytes that are not a message of a start; -1 when that fails.
     [[nodiscard]] FileDescriptor guest(const QByteArray& message) const
     {
         FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
@@ -75,13 +75,13 @@ bool isReady(const std::future<Claim>& claim)
     return claim.wait_for(0s) == std::future_status::ready;
 }
 
-// Whether a start that runs beside the first one reaches that.
+// Whether a simultaneous start reaches the first one.
 bool reachesTheFirst(std::future<Claim> later)
 {
     return QTest::qWaitFor([&later] { return isReady(later); }, 20'000) && later.get() == Claim::AlreadyRunning;
 }
 
-/// Whether the other side has hung up without a word.
+/// Whether the other side has closed the connection without an answer.
 bool isDismissed(const FileDescriptor& guest)
 {
     char received = 0;
@@ -93,7 +93,7 @@ QString keyOf(const QStringList& arguments)
     return SingleInstance::keyFor(CommandLine::parse(QStringList{u"pelmora"_s} + arguments).value());
 }
 
-// The instance of a folder of its own: `auto [folder, first, claim] = First();`
+// An instance with its own folder: `auto [folder, first, claim] = First();`
 struct First
 {
     Folder folder;
@@ -196,7 +196,7 @@ private Q_SLOTS:
 
     void filesOfAKilledInstanceDoNotPreventAStart()
     {
-        // As a killed one does: the files stay, the lock went with it.
+        // A killed instance leaves its files. Its lock is released.
         const Folder folder;
         for (const QString& name : {u"pelmora-a.lock"_s, u"pelmora-a.socket"_s}) {
             QFile file(folder.path(name));
@@ -272,7 +272,7 @@ private Q_SLOTS:
         QVERIFY(guest.isValid());
         QTRY_VERIFY(isDismissed(guest));
         QCOMPARE(reopened.size() + opened.size(), 0);
-        // The next one is heard all the same.
+        // The next connection is accepted.
         QVERIFY(reachesTheFirst(folder.laterStart()));
     }
 

@@ -38,7 +38,7 @@ private Q_SLOTS:
     void eachSignalRequestsTermination()
     {
         QFETCH(const int, number);
-        // The test's own surroundings may ignore some.
+        // The environment of the test may ignore some signals.
         const Handler before = std::signal(number, SIG_DFL);
         {
             const TerminationSignals signals;

@@ -45,7 +45,7 @@ QByteArray chosen(const std::vector<const char*>& words)
     return programFor(arguments);
 }
 
-// By the rule that the programs themselves go by.
+// The programs use the same function.
 QByteArray expected(const std::vector<const char*>& words)
 {
     QStringList arguments{u"pelmora"_s};
@@ -64,7 +64,7 @@ class tst_Door : public TestCase
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
 
-    // A tree whose programs tell their place and what they were given.
+    // A tree whose programs print their path and arguments.
     [[nodiscard]] QString tree() const { return m_folder->filePath(u"L'été 100 %s"_s); }
     [[nodiscard]] QString door() const { return tree() + "/bin/pelmora"_L1; }
     [[nodiscard]] QString program(const QString& name) const { return tree() + "/libexec/pelmora/"_L1 + name; }
@@ -199,7 +199,7 @@ private Q_SLOTS:
                  (Run{2,
                       {},
                       "pelmora : pelmora-window ne fait qu’ouvrir la fenêtre.\n« pelmora --help » affiche l’aide.\n"}));
-        // What is wrong with a command is told alike by both.
+        // Both programs report a wrong command with the same text.
         QCOMPARE(run(stage + u"pelmora-window"_s, {u"--frobnicate"_s}),
                  run(stage + u"pelmora-cards"_s, {u"--frobnicate"_s}));
     }

@@ -15,7 +15,7 @@
 #include <memory>
 #include <optional>
 
-// What is noted of a read: its refusal, its sheets, and all of a read that binds first and goes well.
+// Notes of a read: its refusal, its sheets, and a successful read with a bind.
 namespace ReadingNotes {
 inline const QString busy = QStringLiteral("refused Une lecture est déjà en cours.");
 inline const QString nowSheet = QStringLiteral("sheet Lecture de la carte Vitale...");
@@ -26,7 +26,7 @@ inline const QStringList generalErrorAfterBind{QStringLiteral("bind success"), n
                                                QStringLiteral("read failed"), QStringLiteral("error -10")};
 } // namespace ReadingNotes
 
-/// A card service, the reading of cards, and a window that notes what it is told, in order.
+/// A card service, a read workflow, and a window that records its calls in order.
 class ReadingDesk final : public ReadWorkflowDelegate
 {
 public:
@@ -39,7 +39,7 @@ public:
             this, BindNotification::name.toString(),
             [this](const Notification& notification) { noteBind(notification); });
     }
-    /// A desk whose card service is bound, and that has noted nothing yet; null when it cannot be bound.
+    /// A desk with a bound card service and no notes; null when the bind fails.
     static std::unique_ptr<ReadingDesk> bound(const FakeScript& script = {})
     {
         auto desk = std::make_unique<ReadingDesk>(script);
@@ -66,7 +66,7 @@ public:
     void readCancelled() override { note(QStringLiteral("read cancelled")); }
     void saveXMLIfNeeded() override { note(QStringLiteral("copy")); }
 
-    /// Asks for a card, now or if there is none.
+    /// Requests a card, always or only if there is none.
     void read(bool ifNeeded)
     {
         if (ifNeeded)
@@ -74,7 +74,7 @@ public:
         else
             workflow->readVitale();
     }
-    /// Asks for a card, and notes what the handler receives.
+    /// Requests a card, and records what the handler receives.
     void readIfNeed()
     {
         workflow->readVitaleIfNeedWithCompletionHandler([this](bool success, const std::optional<Error>& error) {
@@ -82,7 +82,7 @@ public:
         });
     }
 
-    /// How often the service was asked for something.
+    /// The number of requests of a kind that the service has received.
     [[nodiscard]] qsizetype count(const QString& command) const
     {
         return service.requested(QStringLiteral("Command")).count(command);
@@ -97,7 +97,7 @@ public:
     std::optional<CardRecord> card;
     QStringList notes;
     bool showsBinding = false;
-    /// Whether every note was taken on the main thread.
+    /// Whether every note was made on the main thread.
     bool isOnMainThread = true;
 
 private:

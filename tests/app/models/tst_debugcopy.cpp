@@ -38,7 +38,7 @@ CardRecord card()
     return record;
 }
 
-// As the application does after a read.
+// The application calls this after a read.
 void saveXMLIfNeeded(const UserDefaults& settings, const std::optional<CardRecord>& record, const QString& folder)
 {
     if (isDebugCopyWanted(settings, record))

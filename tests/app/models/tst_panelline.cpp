@@ -13,7 +13,7 @@ QDateTime today(int hour, int minute)
     return {QDate(2026, 11, 21), QTime(hour, minute)};
 }
 
-// What happens after a result.
+// An event after a result.
 using Next = void (*)(PanelLine&);
 
 const QString hint = u"Insérez une carte, puis appuyez sur Lire."_s;
@@ -125,7 +125,7 @@ private Q_SLOTS:
         line.setSaveFailure(u"Non enregistrée"_s);
         QCOMPARE(line.text(), read + u". "_s + noReader + u"\nNon enregistrée"_s);
         line.setSaveFailure(QString());
-        // The card that is there was read, unless it has come since.
+        // The present card has been read already, unless it was inserted after the read.
         line.setReader({.state = CardReaderState::Card});
         QCOMPARE(line.text(), read);
         line.setReader({.state = CardReaderState::Card, .hasCardCome = true});

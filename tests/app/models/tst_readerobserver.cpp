@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A card service that tells states of its reader, and an observer that notes its reports.
+/// A card service that reports states of its reader, and an observer whose reports are recorded.
 struct Subject
 {
     explicit Subject(const FakeScript& script)
@@ -31,7 +31,7 @@ struct Subject
             changes.append(change);
         });
     }
-    /// Waits, without processing events, until the client has done something; its reports are on their way then.
+    /// Waits for the end of a client's operation without processing events, so that its reports are still queued.
     void bind()
     {
         std::binary_semaphore isDone{0};

@@ -58,7 +58,7 @@ private Q_SLOTS:
         const auto desk = ReadingDesk::bound();
         QVERIFY(desk);
         desk->readIfNeed();
-        // No event is processed here meanwhile.
+        // No event is processed in this loop.
         const QDeadlineTimer deadline(10000);
         while (desk->workflow->isReading() && !deadline.hasExpired())
             QThread::yieldCurrentThread();
@@ -316,7 +316,7 @@ private Q_SLOTS:
         ReadingDesk desk(wrongReader);
         desk.readIfNeed();
         QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"read failed"_s}));
-        // A later bind is no second chance for what was given up.
+        // A later bind does not start an abandoned read again.
         desk.workflow->bind();
         QTRY_COMPARE(desk.notes, (QStringList{u"bind failure -21"_s, u"read failed"_s, u"bind failure -21"_s}));
     }

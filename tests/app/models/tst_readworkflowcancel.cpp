@@ -14,7 +14,7 @@ namespace {
 
 const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
 
-// Lets the outcomes of all that was asked before come to the main thread, and no further.
+// Waits until the outcomes of all earlier requests are queued for the main thread, without processing them.
 bool awaitOutcomes(const ReadingDesk& desk)
 {
     return ClientOutcome::awaitReaders(desk.client).has_value();
@@ -22,7 +22,7 @@ bool awaitOutcomes(const ReadingDesk& desk)
 
 } // namespace
 
-/// Reads that the user gives up.
+/// Reads that the user cancels.
 class tst_ReadWorkflowCancel : public TestCase
 {
     Q_OBJECT
@@ -83,7 +83,7 @@ private Q_SLOTS:
     void theReadAfterACancellationUsesANewService()
     {
         QFETCH(const bool, ifNeeded);
-        // The first service hangs in the reader, and sees nothing of what is asked of it; the next one reads.
+        // The first service hangs in the reader and receives no further request. The next one reads.
         ReadingDesk desk;
         const QString script =
             u"b=normal; mkdir '%1' 2>/dev/null && b=stop-reading; exec \"$0\" \"$@\" --do vitale_read $b"_s;

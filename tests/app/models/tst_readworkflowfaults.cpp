@@ -13,10 +13,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// A service that does not answer is given up after this; long enough for one that does on a busy machine.
+// The limit for an answer, long enough for a service on a busy machine.
 constexpr ChannelLimits impatient{.requestTimeout = 1s, .exitGrace = 100ms, .stopGrace = 100ms};
 
-/// A bind as the preferences make it.
+/// A bind as started by the preferences.
 void bindFromElsewhere(const ReadingDesk& desk)
 {
     bindCardService(*desk.client, postBindNotification);
@@ -44,7 +44,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.notes, generalErrorAfterBind);
         QVERIFY(!desk.workflow->isReading());
 
-        // The service is gone: the next one who needs a card binds again.
+        // The service has ended, so the next read binds again.
         desk.notes.clear();
         QTRY_VERIFY(!desk.client->initialized());
         desk.readIfNeed();
@@ -139,13 +139,13 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.binds(), 1);
         bindFromElsewhere(desk);
         QTRY_COMPARE(desk.binds(), 2);
-        // Still waiting, for the other one.
+        // The read now waits for the other bind.
         desk.workflow->readVitale();
         QCOMPARE(desk.notes, QStringList{busy});
         QCOMPARE(::kill(desk.service.processes().constLast(), SIGKILL), 0);
         QTRY_COMPARE(desk.notes, (QStringList{busy, u"bind failure -10"_s, u"read failed"_s}));
         QVERIFY(!desk.showsBinding);
-        // What was given up does not come back with a later bind.
+        // A later bind does not start the abandoned read again.
         desk.notes.clear();
         bindFromElsewhere(desk);
         QTRY_COMPARE(desk.binds(), 3);
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.count(command), 1);
         desk.workflow.reset();
         const QStringList before = desk.notes;
-        // Answers come in order: once a later one is there, the handlers of the first have run.
+        // Answers arrive in order: after a later answer, the handlers of the first one have run.
         QVERIFY(ClientOutcome::awaitReaders(desk.client).has_value());
         QCoreApplication::processEvents();
         QCOMPARE(desk.notes, before);

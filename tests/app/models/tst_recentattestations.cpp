@@ -22,7 +22,7 @@ QStringList numbered(int count)
     return paths;
 }
 
-// A menu in words, an entry a line.
+// The entries of a menu as texts, one a line.
 QStringList described(const std::vector<MenuEntry>& menu)
 {
     QStringList lines;
@@ -50,7 +50,7 @@ private:
 
     RecentAttestations recents() { return RecentAttestations(*m_settings); }
 
-    // The settings, as somebody else wrote them.
+    // Values that another program has written to the settings.
     void plant(const QByteArray& content)
     {
         m_settings.reset();

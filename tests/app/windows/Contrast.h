@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cmath>
 
-// How legible a picture's content is.
+// The contrast of a picture's content.
 
-// The web's accessibility guidelines, worked out here by themselves.
+// The formula of the web accessibility guidelines, independent of the program's own.
 inline double luminance(QRgb colour)
 {
     const auto linear = [](int channel) {
@@ -25,7 +25,7 @@ inline double contrast(QRgb one, QRgb other)
     return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
 }
 
-// How well what is drawn stands out from the colour in the picture's corner.
+// The highest contrast of a pixel to the colour in the picture's corner.
 inline double drawnContrast(const QImage& picture)
 {
     double best = 1;

@@ -18,7 +18,7 @@
 #include <memory>
 #include <optional>
 
-// What the main window is to be, for the tests of its looks, of what it asks for and of what happens to it.
+// The expected contents of the main window, for the tests of its appearance, signals and events.
 
 using Signal = void (MainWindow::*)();
 
@@ -48,7 +48,7 @@ struct ExpectedItem
     const char* name;
     QStringView title;
     QStringView shortcut;
-    Signal signal; // null when the window sees to it itself, or an entry has a submenu
+    Signal signal; // null when the window handles it itself, or an entry has a submenu
     bool cardAction;
 };
 
@@ -78,13 +78,13 @@ inline const std::array expectedItems{
     ExpectedItem{"helpMenu", "mailAction", u"Envoyer une suggestion", u"", &MainWindow::mailRequested, false},
 };
 
-// A part of the window as it is on the screen.
+// A picture of a part of the window.
 inline QImage shot(MainWindow& window, const QWidget* part)
 {
     return window.grab(QRect(part->mapTo(&window, QPoint()), part->size())).toImage();
 }
 
-// Where there are other pixels than the background's, in the given part of a picture.
+// Whether a part of a picture has pixels of another colour than the background's.
 inline bool hasInk(const QImage& picture, const QRect& part)
 {
     for (int y = part.top(); y <= part.bottom(); ++y) {
@@ -96,7 +96,7 @@ inline bool hasInk(const QImage& picture, const QRect& part)
     return false;
 }
 
-/// A window of its own for each test, on the desktop's own font and colours.
+/// A new window for each test, with the desktop's font and colours.
 class MainWindowTest : public TestCase
 {
     Q_OBJECT

@@ -33,37 +33,51 @@ private:
     QLabel* lineField() const { return m_window->findChild<QLabel*>(u"panelLineField"_s); }
     FileLink* link() const { return m_window->findChild<FileLink*>(); }
 
-private Q_SLOTS:
-    void theTimeOfReadingIsBesideTheSummary()
+    static QString toolTipOf(QLabel* label)
     {
-        const auto* label = m_window->findChild<QLabel*>(u"panelLineField"_s);
-        const QDateTime time(QDate(2026, 11, 21), QTime(14, 2));
-        m_window->panel().setCardTime(PanelLine::CardOrigin::Reader, time);
-        QCOMPARE(label->text(), u"Lue le 21/11/2026 à 14:02"_s);
-        m_window->panel().setCardTime(PanelLine::CardOrigin::File, time);
-        QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
+        QHelpEvent help(QEvent::ToolTip, QPoint(5, 5), label->mapToGlobal(QPoint(5, 5)));
+        QCoreApplication::sendEvent(label, &help);
+        return QToolTip::text();
+    }
+
+    /// The text of the notification that screen readers get from the panel, or "(none)".
+    QString notification() const
+    {
+        QAccessibleInterface* panel = QAccessible::queryAccessibleInterface(m_window->vitaleInfoView());
+        for (int index = 0; index < panel->childCount(); ++index) {
+            QAccessibleInterface* child = panel->child(index);
+            if (child->role() == QAccessible::Notification && !child->state().invisible)
+                return child->text(QAccessible::Name);
+        }
+        return u"(none)"_s;
+    }
+
+private Q_SLOTS:
+    void theTimeOfReadingOrOpeningIsShown()
+    {
+        m_window->panel().setCardTime(PanelLine::CardOrigin::Reader, afternoon);
+        QCOMPARE(lineField()->text(), u"Lue le 21/11/2026 à 14:02"_s);
+        m_window->panel().setCardTime(PanelLine::CardOrigin::File, afternoon);
+        QCOMPARE(lineField()->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
         QCOMPARE(m_window->vitaleInfoTextField()->text(), u"Aucune"_s);
     }
 
-    void aConnectionThatTakesLongIsToldInTheTimesPlace()
+    void aSlowConnectionIsShownInPlaceOfTheTime()
     {
-        const auto* label = m_window->findChild<QLabel*>(u"panelLineField"_s);
-        const QString hint = u"Insérez une carte, puis appuyez sur Lire."_s;
         const QString connecting = u"Connexion au lecteur de cartes…"_s;
-        QCOMPARE(label->text(), hint);
+        QCOMPARE(lineField()->text(), emptyLine);
         const QSize smallest = m_window->minimumSizeHint();
         m_window->panel().setConnecting(true);
-        QCOMPARE(label->text(), hint);
-        QTRY_COMPARE(label->text(), connecting);
-        // The window does not grow for it.
+        QCOMPARE(lineField()->text(), emptyLine);
+        QTRY_COMPARE(lineField()->text(), connecting);
         QCOMPARE(m_window->minimumSizeHint().expandedTo(smallest), smallest);
 
-        m_window->panel().setCardTime(PanelLine::CardOrigin::File, QDateTime(QDate(2026, 11, 21), QTime(14, 2)));
-        QCOMPARE(label->text(), connecting);
+        m_window->panel().setCardTime(PanelLine::CardOrigin::File, afternoon);
+        QCOMPARE(lineField()->text(), connecting);
         m_window->panel().setConnecting(false);
-        QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
+        QCOMPARE(lineField()->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
         m_window->panel().setConnecting(true);
-        QCOMPARE(label->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
+        QCOMPARE(lineField()->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
     }
 
     void theReadersStateIsShownAndAnnounced()
@@ -71,7 +85,7 @@ private Q_SLOTS:
         const auto* notice = m_window->findChild<SpokenNotice*>();
         m_window->setReader({.state = CardReaderState::Empty});
         QCOMPARE(lineField()->text(), emptyLine);
-        QVERIFY(notice->isHidden()); // as before
+        QVERIFY(notice->isHidden());
         m_window->setReader({.state = CardReaderState::NoReader});
         const QString noReader = u"Aucun lecteur – branchez-le."_s;
         QCOMPARE(lineField()->text(), noReader);
@@ -101,9 +115,9 @@ private Q_SLOTS:
         QCOMPARE(m_window->viewButton()->toolTip(), usual);
     }
 
-    void aCardThatIsNotFromTheLastReadIsSeenAndToldAsSuch_data() { addDesktops(); }
+    void thePreviousCardIsMarkedAfterAFailedRead_data() { addDesktops(); }
 
-    void aCardThatIsNotFromTheLastReadIsSeenAndToldAsSuch()
+    void thePreviousCardIsMarkedAfterAFailedRead()
     {
         QFETCH(const QPalette, desktop);
         QApplication::setPalette(desktop);
@@ -129,7 +143,7 @@ private Q_SLOTS:
         }
     }
 
-    void aFailedReadBeforeAnyCardLeavesTheSummaryAsItWas()
+    void aFailedReadBeforeAnyCardDoesNotChangeTheSummary()
     {
         QLabel* summary = m_window->vitaleInfoTextField();
         const QImage before = shot(*m_window, summary);
@@ -187,50 +201,37 @@ private Q_SLOTS:
         QCOMPARE(lineField()->text(), u"Lecture échouée à 14:02\nUne lecture est déjà en cours."_s);
     }
 
-    void aLineThatDoesNotFitIsWholeInItsToolTip()
+    void aLineThatDoesNotFitIsShownCompletelyInItsToolTip()
     {
         const auto toolTip = [this](const QString& notice) {
             m_window->panel().setNotice(notice);
-            QHelpEvent help(QEvent::ToolTip, QPoint(5, 5), lineField()->mapToGlobal(QPoint(5, 5)));
-            QCoreApplication::sendEvent(lineField(), &help);
-            return QToolTip::text();
+            return toolTipOf(lineField());
         };
         QCOMPARE(toolTip(u"Une lecture est déjà en cours."_s), QString());
-        // Wrapped, but whole.
+        // A wrapped text is shown completely.
         QCOMPARE(toolTip(u"Non enregistrée : il n’y a plus de place sur le disque (« A B.pdf »)."_s), QString());
         const QString name = QString(300, u'W');
         QVERIFY(toolTip(name + u" <b>x</b>"_s).contains(name + u" &lt;b&gt;x&lt;/b&gt;"_s));
     }
 
-    void whatTheUserIsToldIsANotificationForScreenReaders()
+    void noticesAndFailuresAreNotificationsForScreenReaders()
     {
-        const auto notification = [this]() -> QAccessibleInterface* {
-            QAccessibleInterface* panel = QAccessible::queryAccessibleInterface(m_window->vitaleInfoView());
-            for (int index = 0; index < panel->childCount(); ++index) {
-                QAccessibleInterface* child = panel->child(index);
-                if (child->role() == QAccessible::Notification && !child->state().invisible)
-                    return child;
-            }
-            return nullptr;
-        };
-        QVERIFY(!notification());
-        m_window->panel().setNotice(u"Une lecture est déjà en cours."_s);
-        QVERIFY(notification());
-        QCOMPARE(notification()->text(QAccessible::Name), u"Une lecture est déjà en cours."_s);
+        const QString notice = u"Une lecture est déjà en cours."_s;
+        const QString failure = u"Non enregistrée"_s;
+        QCOMPARE(notification(), u"(none)"_s);
+        m_window->panel().setNotice(notice);
+        QCOMPARE(notification(), notice);
         m_window->panel().setNotice(QString());
-        QVERIFY(!notification());
-        m_window->panel().setSaveFailure(u"Non enregistrée"_s);
-        QVERIFY(notification());
-        QCOMPARE(notification()->text(QAccessible::Name), u"Non enregistrée"_s);
-        // It stays as long as the panel tells it.
+        QCOMPARE(notification(), u"(none)"_s);
+        m_window->panel().setSaveFailure(failure);
+        QCOMPARE(notification(), failure);
         m_window->panel().setNotice(QString());
-        QVERIFY(notification());
-        QCOMPARE(notification()->text(QAccessible::Name), u"Non enregistrée"_s);
-        m_window->panel().setNotice(u"Une lecture est déjà en cours."_s);
-        QCOMPARE(notification()->text(QAccessible::Name), u"Une lecture est déjà en cours."_s);
+        QCOMPARE(notification(), failure);
+        m_window->panel().setNotice(notice);
+        QCOMPARE(notification(), notice);
         m_window->panel().setNotice(QString());
         m_window->panel().setSaveFailure(QString());
-        QVERIFY(!notification());
+        QCOMPARE(notification(), u"(none)"_s);
     }
 
     void aSavedFileIsALinkAtTheEndOfItsLine_data() { addDesktops(); }
@@ -249,7 +250,7 @@ private Q_SLOTS:
         QVERIFY(drawnContrast(shot(*m_window, link())) >= 4.5);
         QVERIFY(link()->geometry().top() >= lineField()->fontMetrics().lineSpacing());
         QVERIFY(lineField()->rect().contains(link()->geometry()));
-        // The words before it are painted beside it, not below.
+        // The text before the link is painted on the same line.
         const QImage line = shot(*m_window, lineField());
         QVERIFY(hasInk(line, QRect(0, link()->y(), link()->x(), link()->height())));
         QCOMPARE(m_window->size(), size);
@@ -298,21 +299,16 @@ private Q_SLOTS:
     void theNumberInGroupsIsInTheSummarysToolTip()
     {
         QLabel* summary = m_window->vitaleInfoTextField();
-        const auto toolTip = [summary] {
-            QHelpEvent help(QEvent::ToolTip, QPoint(5, 5), summary->mapToGlobal(QPoint(5, 5)));
-            QCoreApplication::sendEvent(summary, &help);
-            return QToolTip::text();
-        };
         m_window->panel().setNumber(u"2 85 05 75 116 123 81"_s);
-        QCOMPARE(toolTip(), u"<p style='white-space:pre'>2 85 05 75 116 123 81"_s);
+        QCOMPARE(toolTipOf(summary), u"<p style='white-space:pre'>2 85 05 75 116 123 81"_s);
         const QString name(300, u'W');
         summary->setText(name);
-        QCOMPARE(toolTip(), u"<p style='white-space:pre'>"_s + name + u"\n2 85 05 75 116 123 81"_s);
+        QCOMPARE(toolTipOf(summary), u"<p style='white-space:pre'>"_s + name + u"\n2 85 05 75 116 123 81"_s);
         m_window->panel().clear();
-        QTRY_COMPARE(toolTip(), QString());
+        QTRY_COMPARE(toolTipOf(summary), QString());
     }
 
-    void aClickOnThePanelViewsTheAttestationUnlessThatIsOff()
+    void aClickOnThePanelShowsTheAttestationIfViewingIsEnabled()
     {
         const QSignalSpy requests(m_window.get(), &MainWindow::viewRequested);
         QTest::mouseClick(m_window->vitaleInfoTextField(), Qt::LeftButton);
@@ -373,7 +369,7 @@ private Q_SLOTS:
         QCOMPARE(m_window->vitaleInfoTextField()->text(), summary);
     }
 
-    void noTextIsTakenForRichText()
+    void markupInTextsIsShownAsPlainText()
     {
         m_window->beginSheet(u"<b>Lecture</b>"_s);
         for (const QLabel* label : m_window->findChildren<QLabel*>())
@@ -384,20 +380,15 @@ private Q_SLOTS:
         QVERIFY(shot(*m_window, m_window->vitaleInfoTextField()) != marked);
     }
 
-    void aLongNameIsWholeInItsToolTip()
+    void aLongNameIsShownCompletelyInItsToolTip()
     {
-        const auto toolTip = [this](const QString& summary) {
-            QLabel* field = m_window->vitaleInfoTextField();
-            field->setText(summary);
-            QHelpEvent help(QEvent::ToolTip, QPoint(5, 5), field->mapToGlobal(QPoint(5, 5)));
-            QCoreApplication::sendEvent(field, &help);
-            return QToolTip::text();
-        };
+        QLabel* field = m_window->vitaleInfoTextField();
+        field->setText(u"SPECIMEN CAMILLE\n1 85 05 78 006 084 36\n2 bénéficiaires"_s);
+        QCOMPARE(toolTipOf(field), QString());
         const QString name = QString(100, u'W');
-        QCOMPARE(toolTip(u"SPECIMEN CAMILLE\n1 85 05 78 006 084 36\n2 bénéficiaires"_s), QString());
-        // Tool tips guess whether they hold rich text.
-        const QString tip = toolTip(name + u" <b>CAMILLE</b>\n\n"_s);
-        QVERIFY(tip.contains(name + u" &lt;b&gt;CAMILLE&lt;/b&gt;"_s));
+        field->setText(name + u" <b>CAMILLE</b>\n\n"_s);
+        // Qt shows a tool tip as rich text when it looks like rich text.
+        QVERIFY(toolTipOf(field).contains(name + u" &lt;b&gt;CAMILLE&lt;/b&gt;"_s));
     }
 };
 

@@ -27,7 +27,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<QWidget> m_window;
 
-    // The window, over a shell that does this.
+    // The window, with a shell command as its program.
     QPointer<DiagnosisWindow> shownFor(const QString& script)
     {
         DiagnosisWindow::showOver(*m_window, {u"/bin/sh"_s, u"-c"_s, script}, {u"PATH=/usr/bin:/bin"_s});

@@ -18,7 +18,7 @@ QString withoutMnemonic(const QString& text)
     return QString(text).remove(u'&');
 }
 
-// The letters behind "&" in texts, in upper case.
+// The letters after "&" in texts, in upper case.
 QStringList mnemonics(const QStringList& texts)
 {
     QStringList letters;
@@ -130,7 +130,7 @@ private Q_SLOTS:
             for (const ExpectedItem& item : expectedItems) {
                 if (item.signal != tile.signal || item.shortcut.isEmpty())
                     continue;
-                // As people read it on their keyboards; the texts of the tests' own program are English.
+                // French key names. The test program has no translation, so its texts are in English.
                 const QString keys = item.shortcut.toString().replace(u"Shift"_s, u"Maj"_s);
                 const QString toolTip = (*m_window.*tile.outlet)()->toolTip();
                 QVERIFY2(toolTip.endsWith(u" ("_s + keys + u')'), tile.name);

@@ -14,7 +14,7 @@ namespace {
 constexpr QSize smallScreen(1366, 768);
 constexpr QSize windowFrame(16, 48);
 
-// The labels, tiles and menu titles that have less room than they need.
+// The labels, tiles and menu titles that are smaller than their size hint.
 QStringList cutTexts(const QWidget& window)
 {
     QStringList cut;

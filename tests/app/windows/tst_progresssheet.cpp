@@ -97,7 +97,7 @@ private Q_SLOTS:
         const QAccessibleInterface* button = QAccessible::queryAccessibleInterface(sheet.cancelButton());
         QCOMPARE(button->text(QAccessible::Name), u"Annuler"_s);
         QCOMPARE(button->text(QAccessible::Description), sheet.patienceLabel()->text());
-        // It comes under the hands of people who wait: Enter, which they may be striking, does not end the read.
+        // The button appears while the user may be typing, so Enter does not press it.
         QTest::keyClick(sheet.cancelButton(), Qt::Key_Return);
         QCOMPARE(cancelled.count(), 0);
         QTest::keyClick(sheet.cancelButton(), Qt::Key_Space);
