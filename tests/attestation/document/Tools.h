@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What a command-line tool printed; ends the test program when the tool is missing or fails.
+/// The output of a command-line tool. Ends the test program when the tool is missing or fails.
 [[nodiscard]] QByteArray toolOutput(const QString& program, const QStringList& arguments);
 
 /// A document in a file, for the tools; removed with the object.
@@ -33,7 +33,7 @@ struct PageWord
 /// The words of the document's one page, in the document's order.
 [[nodiscard]] QList<PageWord> wordsOf(const QByteArray& document);
 
-/// The document's one page as a picture, with so many pixels a point, as each of two programs draws it that share no
+/// The document's page as a picture, with that many pixels per point, drawn by two programs that share no
 /// code.
 [[nodiscard]] QImage pixelsOf(const QByteArray& document, int pixelsPerPoint);
 [[nodiscard]] QImage pixelsOfMuPdf(const QByteArray& document, int pixelsPerPoint);

@@ -50,7 +50,7 @@ private:
         return line.match(information).captured(1);
     }
 
-    // What a Java program printed; it wants all its libraries.
+    // The output of a Java program.
     static QByteArray javaOutput(const QString& program, const QStringList& arguments)
     {
         QStringList jars;
@@ -66,7 +66,7 @@ private:
         return toolOutput(u"java"_s, options + arguments);
     }
 
-    // Every part of the file as bytes: streams unpacked, strings as written.
+    // Every part of the file as bytes: streams decompressed, strings as written.
     static QByteArray unpacked(const QByteArray& document)
     {
         const DocumentFile file(document);
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QCOMPARE(rows.size(), 2);
         for (const QByteArray& row : rows) {
             QVERIFY2(row.contains("+PelmoraSans-"), row.constData());
-            // Embedded, whatever the subset's name says, and mapped to Unicode.
+            // The font is embedded, whatever the subset's name says, and mapped to Unicode.
             QVERIFY2(QRegularExpression(u"Identity-H +yes +(yes|no) +yes "_s).match(QString::fromUtf8(row)).hasMatch(),
                      row.constData());
         }
@@ -165,8 +165,8 @@ private Q_SLOTS:
         QTest::newRow("Arabic") << u"محمد"_s;
         QTest::newRow("Arabic with the joined lam and alef") << u"سلام"_s;
     }
-    // By programs that go by the places of the letters, and by one that goes by their order in the document, as those
-    // do that read aloud. Places do not tell the order of two letters that are joined to one.
+    // Some programs use the places of the letters. One uses their order in the document, as screen readers
+    // do. Places do not define the order of two letters in one ligature.
     void namesFromRightToLeftAreReadBack()
     {
         QFETCH(const QString, name);
@@ -183,7 +183,7 @@ private Q_SLOTS:
         }
     }
 
-    // Both have the same shape.
+    // Both glyphs have the same shape.
     void similarLettersOfDifferentScriptsAreReadBackCorrectly()
     {
         QVERIFY(textOf(documentWithNames({u"ÐuroĐorđe"_s})).contains(u"SPECIMEN ÐuroĐorđe"_s));

@@ -13,8 +13,8 @@
 
 using namespace Qt::StringLiterals;
 
-// The page as others read it: its texts and its ink in the finished document, against where they belong on paper. Every
-// figure here is the page's own, in points, written out.
+// The finished document as other programs read it: its texts and ink at their places on paper. Every
+// figure is in points and independent of the program's constants.
 namespace {
 
 constexpr double tolerance = 0.5;
@@ -98,7 +98,7 @@ QList<ExpectedText> expectedRows(int count)
     for (int i = 0; i < count; ++i) {
         const double top = 358.5 + i * rowHeight(count);
         if (top + 12 * 1900.0 / 2048 > 842)
-            break; // its letters stand below the page
+            break; // its letters are below the page
         texts.append({u"SPECIMEN Numéro%1"_s.arg(i + 1), 13.5, top, 12});
         texts.append({u"1 85 05 78 006 084 91"_s, 468.5, top, 12, Edge::Right});
         texts.append({u"15/03/1980"_s, 554.5, top, 12, Edge::Right});
@@ -124,7 +124,7 @@ QString described(const QString& text, const QRectF& box)
     return u"%1 at %2 %3 to %4 %5"_s.arg(text).arg(box.left()).arg(box.top()).arg(box.right()).arg(box.bottom());
 }
 
-// The difference between the words from the given place on and a text; empty when there is none.
+// The difference between the words from an index on and a text; empty when there is none.
 QString difference(const QList<PageWord>& words, qsizetype from, const ExpectedText& expected)
 {
     const QStringList texts = expected.text.split(u' ');
@@ -144,7 +144,7 @@ QString difference(const QList<PageWord>& words, qsizetype from, const ExpectedT
     return described(foundTexts.join(u' '), found) + u" instead of "_s + described(expected.text, box);
 }
 
-// What of the picture, at two pixels a point, is not as a colour should be.
+// The document's page at two pixels per point. Counts the pixels that do not have an expected colour.
 class Picture
 {
 public:
@@ -161,10 +161,10 @@ public:
         return qGray(m_image.pixel(int(x * pixelsPerPoint), int(y * pixelsPerPoint)));
     }
 
-    // 0.7 of white lies between two levels of a picture.
+    // 0.7 of white is between two grey levels.
     [[nodiscard]] bool isGray(double x, double y, int gray) const { return qAbs(at(x, y) - gray) <= 1; }
 
-    // Whether a black line one point wide lies between the two places, and none beside it.
+    // Whether there is a black line one point wide between two places, and none beside it.
     [[nodiscard]] bool hasRule(QPointF from, QPointF to) const
     {
         const bool vertical = from.x() == to.x();
@@ -191,7 +191,7 @@ public:
                hasRule(rect.topLeft(), rect.bottomLeft()) && hasRule(rect.topRight(), rect.bottomRight());
     }
 
-    // How many pixels of the inner edge of a rectangle, one point inside its outline, have another grey.
+    // The number of pixels of another grey on the inner edge of a rectangle, one point inside its outline.
     [[nodiscard]] int pixelsNotFilled(const QRectF& rect, int gray) const
     {
         const QRectF inner = rect.adjusted(1.25, 1.25, -1.25, -1.25);
@@ -203,7 +203,7 @@ public:
         return others;
     }
 
-    // Whether a part of the page is white all over.
+    // Whether a part of the page is completely white.
     [[nodiscard]] bool isBlank(const QRectF& rect) const
     {
         for (double y = rect.top(); y < rect.bottom(); y += 0.5) {
@@ -290,7 +290,7 @@ private Q_SLOTS:
             QVERIFY(picture.hasOutline({8.5, 355.5, 579, bottom - 355.5}));
             QVERIFY(picture.hasRule({473.5, 355.5}, {473.5, bottom}));
         }
-        // Where no rule belongs: between name and number, between date and rank, between rows, around the page.
+        // There are no rules between name and number, between date and rank, between rows, and around the page.
         for (const double x : {218.5, 293.5, 559.5}) {
             QVERIFY(picture.isGray(x, 350, headerGray));
             if (count > 0)
@@ -320,11 +320,11 @@ private Q_SLOTS:
         }
         // The fourth cell of the organism table.
         QVERIFY(picture.isBlank({474.5, 281.5, 112, 23}));
-        // The title's line and, without it, nothing in its place.
+        // The title's line is blank without the title.
         QCOMPARE(picture.isBlank({0, 186, 595, 43}), !hasTitle);
     }
 
-    // What the document asks for, as its operators tell.
+    // The line widths in the document's operators.
     void theRulesOfNinetyNineRowsAreAtTheirPlaces()
     {
         const DocumentFile file(documentOf(99, false));

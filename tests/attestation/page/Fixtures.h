@@ -34,7 +34,7 @@ private:
 /// A person of a card, invented, with a number of 15 characters.
 [[nodiscard]] BeneficiaryRecord person(const QString& lastName, const QString& firstName);
 
-/// A card with these texts alone.
+/// A card with only these texts.
 [[nodiscard]] CardRecord cardWith(const QList<std::pair<RecordKey, QString>>& texts);
 
 /// The card of SPECIMEN Marie: scheme 01, fund 751, centre 8801, code 10, and the given number of beneficiaries, named

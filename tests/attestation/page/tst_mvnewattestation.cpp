@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The first failure to parse ends in an exception instead of no date.
+// Throws an exception when a text cannot be parsed.
 class RaisingDateFormatter final : public DateFormatter
 {
 public:
@@ -28,7 +28,7 @@ public:
     }
 };
 
-// What the default logger writes while this lives.
+// The lines of the default logger during the object's life.
 class LogWatch
 {
 public:

@@ -59,7 +59,7 @@ public:
         return QTest::qWaitFor([&dialog] { return dialog() != nullptr && dialog()->isVisible(); }) ? dialog() : nullptr;
     }
 
-    /// Qt's dialog in the place of the small one.
+    /// Opens Qt's dialog in place of the small one.
     [[nodiscard]] PrinterOptions* openOptions()
     {
         const PrintDialog* dialog = openDialog();
@@ -112,7 +112,7 @@ private:
     SchemeLogos m_logos{stagedBundle()};
 };
 
-/// An application where no print server is: the dialog offers a file alone.
+/// An environment without a print server: the dialog offers only a file.
 class ApplicationWithoutPrintServer
 {
 public:

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Leads programs to a print server that takes connections and never answers, as long as it lives.
+/// A print server that accepts connections and never answers, used by all programs during the object's life.
 class StalledServer
 {
 public:
@@ -26,7 +26,7 @@ public:
     StalledServer& operator=(const StalledServer&) = delete;
 
     [[nodiscard]] bool isListening() const { return m_isListening; }
-    /// Whether it was asked for something.
+    /// Whether a program has connected.
     [[nodiscard]] bool isAsked() const { return m_server.hasPendingConnections(); }
 
 private:
@@ -234,7 +234,7 @@ private Q_SLOTS:
     void withoutAPrintServerQtAsksForNoQueues()
     {
         {
-            // Its end makes this thread forget the server that it has used so far.
+            // Its destructor makes this thread forget the server that it has used.
             const WithoutPrintServer before;
         }
         const StalledServer server;

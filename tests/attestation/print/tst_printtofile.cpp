@@ -168,7 +168,7 @@ private Q_SLOTS:
         PrinterOptions* dialog = openOptions();
         QVERIFY(dialog != nullptr);
         chooseFile(*dialog, path);
-        // As the dialog's page of properties does.
+        // The dialog's page of properties does the same.
         dialog->printer()->setPageSize(QPageSize(QPageSize::A5));
         pressPrint(*dialog);
         QTRY_VERIFY(operations().isEmpty());

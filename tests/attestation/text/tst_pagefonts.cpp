@@ -42,7 +42,7 @@ private Q_SLOTS:
         QVERIFY(width > 0);
         for (const QChar digit : u"123456789"_s)
             QCOMPARE(widthOfText(QString(digit), font), width);
-        // Nothing happens between two figures either.
+        // There is no kerning between two figures.
         QCOMPARE(widthOfText(u"1111111111", font), 10 * width);
         QCOMPARE(widthOfText(u"4711174177", font), 10 * width);
     }
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QVERIFY(!PageFonts::load(Bundle(folder.path())));
     }
 
-    // What a plain text is made of is never looked for elsewhere.
+    // The characters of a plain text are never taken from another font.
     void theFamilyHasEveryCharacterOfAPlainText()
     {
         for (const PageFont& font : {m_fonts.systemFontOfSize(12), m_fonts.boldSystemFontOfSize(20)}) {
@@ -107,7 +107,7 @@ private Q_SLOTS:
         QTest::newRow("regular") << u"PelmoraSans-Regular"_s;
         QTest::newRow("bold") << u"PelmoraSans-Bold"_s;
     }
-    // One bit of an outline, or an end that is cut off.
+    // One changed bit of an outline, or a truncated file.
     void aFileThatIsDamagedIsAnError()
     {
         QFETCH(const QString, damaged);

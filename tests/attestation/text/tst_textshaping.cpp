@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What the glyphs stand for, from left to right.
+// The characters of the glyphs, from left to right.
 QStringList readFromLeft(const ShapedText& shaped, const QString& text)
 {
     QStringList parts;
@@ -88,7 +88,7 @@ private Q_SLOTS:
         const ShapedText shaped = shapedText(text, m_font);
         QCOMPARE(readFromLeft(shaped, text), QStringList({u"د"_s, u"م"_s, u"ح"_s, u"م"_s}));
         const FontFace& face = *shaped.runs[0].face;
-        // Both are the same letter: one begins the word and the other stands within it.
+        // Both are the same letter, in its initial and medial forms.
         const std::vector<PlacedGlyph> glyphs = glyphsOf(shaped);
         QVERIFY(glyphs[1].glyph != glyphs[3].glyph);
         QVERIFY(glyphs[3].glyph != *face.glyphOf(U'م'));

@@ -57,7 +57,7 @@ QString withoutBlanks(QString text)
     return text.remove(QRegularExpression(u"\\s"_s));
 }
 
-// Where an element is in the view.
+// The place of an element in the view.
 QRect placeIn(const QWidget& view, const QAccessibleInterface* element)
 {
     return element->rect().translated(-view.mapToGlobal(QPoint()));
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QCOMPARE(rowOf(blank->child(0)->tableInterface(), 0), QStringList({u""_s, u""_s, u""_s, u""_s}));
     }
 
-    // In the same order, letter by letter; where lines break is another matter.
+    // The letters have the same order. Line breaks may differ.
     void theElementsHaveTheTextOfTheDocument_data()
     {
         QTest::addColumn<QString>("name");

@@ -75,7 +75,7 @@ private Q_SLOTS:
     {
         QFETCH(const QSizeF, bounds);
         QFETCH(const QPointF, origin);
-        // Wherever the bounds were, and whatever is asked for.
+        // The result does not depend on the earlier or the proposed origin.
         QCOMPARE(centredOrigin(page, QRectF(QPointF(123, -45), bounds)), origin);
         QCOMPARE(constrainedOrigin({}, page, bounds), origin);
         QCOMPARE(constrainedOrigin({77, 2000}, page, bounds), origin);
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(transform.toFrame().map(QPointF(595, 842)), QPointF(302.5, 431));
     }
 
-    // Every scale that a window can ask for, with the rounding errors that each of them has.
+    // Every scale that a window can have, each with its rounding errors.
     void scalingByTheInverseGivesExactlyOne()
     {
         for (int available = 1; available < 862; ++available) {

@@ -70,7 +70,7 @@ private:
     }
 
 private Q_SLOTS:
-    // No print server is asked.
+    // No print server is used.
     void initTestCase() { qputenv("CUPS_SERVER", QFile::encodeName(m_folder.filePath(u"cups.sock"_s))); }
 
     void init()

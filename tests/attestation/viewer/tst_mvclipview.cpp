@@ -24,7 +24,7 @@ struct Clip
     Clip() { view.setDocumentView(&document); }
 
     MVClipView view;
-    Sheet document{{600, 800}}; // ends before the view, whose child it is
+    Sheet document{{600, 800}}; // a child of the view, destroyed before it
 };
 
 } // namespace
@@ -80,7 +80,7 @@ private Q_SLOTS:
         const EventCount paints(clip.view, QEvent::Paint);
         QCoreApplication::processEvents();
         QCOMPARE(paints.value(), 0);
-        // The same as before.
+        // The same result as before.
         clip.view.setScale({1, 1});
         QTRY_COMPARE(paints.value(), 1);
     }
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QCOMPARE(clip.document.geometry(), QRect(0, 0, 300, 400));
     }
 
-    // Not a product of those before.
+    // The scale is not multiplied with the earlier ones.
     void aNewScaleReplacesThePreviousOne()
     {
         Clip clip;
@@ -191,7 +191,7 @@ private Q_SLOTS:
         QCOMPARE(clip.view.bounds().topLeft(), QPointF(-50, -50));
     }
 
-    // The base would move the bounds before it tells the scroll view of the document.
+    // The base class would move the bounds before it notifies the scroll view.
     void theScrollViewIsNotifiedBeforeTheBoundsChange()
     {
         ScrollView scroll;

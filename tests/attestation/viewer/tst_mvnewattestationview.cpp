@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The view as the screen shows it, at so many pixels a point.
+// The view as shown on a screen with that many pixels per point.
 QImage shown(MVNewAttestationView& view, int pixelsPerPoint = 1)
 {
     QImage image(view.size() * pixelsPerPoint, QImage::Format_RGB32);
@@ -27,7 +27,7 @@ QImage shown(MVNewAttestationView& view, int pixelsPerPoint = 1)
     return image;
 }
 
-// Of a part of the image, on average: from 0 (white) to 255.
+// The average darkness of a part of the image: from 0 (white) to 255.
 double darkness(const QImage& image, QRect part)
 {
     int sum = 0;
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(MVNewAttestationView::viewOf(attestation, m_fonts)->page().lines.size(), 3);
     }
 
-    // A logo whose proportions change behind the view's back: only a new layout would see it.
+    // The logo's proportions change without a notification, so only a new layout shows the change.
     void aPageIsLaidOutOnceHoweverOftenItIsPainted()
     {
         const std::shared_ptr<SchemeLogo> logo = blackLogo({400, 200});
@@ -137,7 +137,7 @@ private Q_SLOTS:
         view->setPlacement(QTransform::fromScale(0.5, 0.5));
         QCOMPARE(shown(*view).pixelColor(60, 25), black);
 
-        // The page is laid out anew for what it depends on.
+        // The page is laid out again when its values change.
         view->setPlacement({});
         view->setPage(page);
         QCOMPARE(shown(*view).pixelColor(120, 50), QColor(Qt::white));
@@ -187,7 +187,7 @@ private Q_SLOTS:
         QCOMPARE(dark, light);
     }
 
-    // Letters fall on other pixels, but each part of the page is as dark.
+    // Letters cover other pixels, but each part of the page is equally dark.
     void twoPixelsPerPointShowTheSamePage()
     {
         MVNewAttestation attestation(m_settings.store(), m_logos);
@@ -206,7 +206,7 @@ private Q_SLOTS:
         }
     }
 
-    // Drawn anew at every scale, never a stretched picture: pixel by pixel what the ink gives at that scale.
+    // The page is drawn again at every scale, not stretched: each pixel is that of the ink at that scale.
     void thePageIsSharpAtEveryScale_data()
     {
         QTest::addColumn<double>("scale");

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A scroll view as the viewer has it, on the screen, with a document of 600 by 800 points.
+// A shown scroll view as in the viewer, with a document of 600 by 800 points.
 class Scroll
 {
 public:
@@ -172,7 +172,7 @@ private Q_SLOTS:
         QCOMPARE(scroll.view.sizeHint(), QSize(620, 820));
     }
 
-    // The viewer always fits its page; a page that does not fit can be scrolled.
+    // The viewer always scales the page to fit. A page that does not fit can be scrolled.
     void theScrollBarsFollowThePage()
     {
         Scroll scroll;

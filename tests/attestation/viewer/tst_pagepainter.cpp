@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The ink at so many pixels a point, on a page of 100 x 100 points.
+// The ink at that many pixels per point, on a page of 100 x 100 points.
 QImage painted(const PageInk& ink, int pixelsPerPoint = 1)
 {
     QImage image(100 * pixelsPerPoint, 100 * pixelsPerPoint, QImage::Format_RGB32);
@@ -30,7 +30,7 @@ QImage painted(const PageInk& ink, int pixelsPerPoint = 1)
     return image;
 }
 
-// Where the ink of a white image lies.
+// The rectangle of the ink in a white image.
 QRect inkBounds(const QImage& image)
 {
     QRect bounds;
@@ -43,7 +43,7 @@ QRect inkBounds(const QImage& image)
     return bounds;
 }
 
-// Of squares five points wide, how much their grey differs on average.
+// The average difference of grey between squares five points wide.
 int largestDifference(const QImage& left, const QImage& right)
 {
     constexpr int side = 10;
@@ -110,7 +110,7 @@ private Q_SLOTS:
         const PageFonts fonts = pageFonts();
         const InkText text{.position = {10, 20}, .text = u"H"_s, .font = fonts.systemFontOfSize(12), .place = {}};
         const QRect bounds = inkBounds(painted({whitePage, text}, 10));
-        // A capital stands on the baseline and is 0.711 of the size high.
+        // A capital is on the baseline, and its height is 0.711 of the size.
         const double baseline = 20 + text.font.ascent;
         QVERIFY(qAbs(bounds.bottom() + 1 - baseline * 10) <= 1.5);
         QVERIFY(qAbs(bounds.height() - 0.711 * 12 * 10) <= 2);
@@ -130,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(painted(ink).pixelColor(25, 25), QColor(Qt::white));
     }
 
-    // The ink is painted by us on the screen, and by others in the document. They smooth letters each in its own way.
+    // Pelmora paints the ink on the screen, other programs paint the document. Each smooths letters differently.
     void screenPaperAndFileAgree_data()
     {
         QTest::addColumn<int>("count");
@@ -168,7 +168,7 @@ private Q_SLOTS:
         }
     }
 
-    // Screen, paper and file differ in their resolution only.
+    // Screen, paper and file differ only in their resolution.
     void aPageIsTheSameAtEveryResolution()
     {
         const PageFonts fonts = pageFonts();
