@@ -26,7 +26,7 @@ template <typename T>
 constexpr bool canReachALog =
     PrintableByQDebug<T> || PrintableByAStream<T> || ConvertibleToText<T> || fmt::is_formattable<T>::value;
 
-// What people's data must not do, and what shows that the question is put rightly.
+// Types with patients' data cannot be printed. Other types can, which shows that the check works.
 static_assert(!canReachALog<CardRecord>);
 static_assert(!canReachALog<BeneficiaryRecord>);
 static_assert(!PrintableByQDebug<PersonalRecord> && !fmt::is_formattable<PersonalRecord>::value);

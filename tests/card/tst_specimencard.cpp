@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The shipped specimen; the error for people when it cannot be read.
+/// The shipped specimen, or the text of the error when it cannot be read.
 std::expected<CardRecord, QString> specimen()
 {
     QFile file(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));
@@ -26,7 +26,7 @@ std::expected<CardRecord, QString> specimen()
     return *record;
 }
 
-/// Whether a 15-digit social security number ends with the key of its first 13 digits.
+/// Whether a social security number of 15 digits ends with the key of its first 13 digits.
 bool hasValidKey(const QString& number)
 {
     bool isNumber = false;

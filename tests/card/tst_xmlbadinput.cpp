@@ -29,8 +29,8 @@ constexpr qint64 patience = 20'000;
 constexpr qint64 patience = 1000;
 #endif
 
-/// What became of a card's XML: the insured person's name in brackets, "no beneficiary", "general error", or "refused"
-/// by the XML parser.
+/// The result of parsing a card's XML: the insured person's name in brackets, "no beneficiary", "general error", or
+/// "refused" by the XML parser.
 QString outcomeOf(const std::expected<XmlDocument, Error>& document)
 {
     if (!document)
@@ -48,7 +48,7 @@ QString outcomeOfText(const QString& text)
     return outcomeOf(XmlDocument::fromText(text));
 }
 
-/// The same for a file's bytes, "undecodable" when they are not the text that they say.
+/// The same for a file's bytes; "undecodable" when they do not match their encoding.
 QString outcomeOfBytes(const QByteArray& bytes)
 {
     const std::optional<QString> text = decodeXmlBytes(bytes);
@@ -89,7 +89,7 @@ QString attributes(int count)
     return all;
 }
 
-/// As many repetitions of a piece of XML as one document of the largest size holds.
+/// As many repetitions of a piece of XML as fit into a document of the maximum size.
 QString asMuchAsAllowed(const QString& piece)
 {
     constexpr qsizetype room = qsizetype(XmlDocument::maximumSize) - 4096;
@@ -374,7 +374,7 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString pipe = folder.filePath(u"secret"_s);
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-        // Opening the pipe to read would block the parser; that it did so and came back would show in the reader count.
+        // Opening the pipe for reading would block the parser. A reader that had come and gone would be counted.
         QCOMPARE(outcomeOfText(pattern.arg(pipe)), expected);
         QCOMPARE(::open(QFile::encodeName(pipe).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC), -1);
     }

@@ -13,7 +13,7 @@
 #include <future>
 #include <memory>
 
-/// What the tests of the channel share: conversations with a service, told as lists of events.
+/// Shared by the tests of the channel: conversations with a service as lists of events.
 namespace ChannelTest {
 
 using namespace Qt::StringLiterals;
@@ -22,7 +22,7 @@ using namespace std::chrono_literals;
 inline constexpr auto patience = 30s;
 inline constexpr ChannelLimits hasty{.requestTimeout = 300ms, .exitGrace = 200ms};
 
-/// What happened on a channel, in its order. Written on the channel's thread, read once that is through.
+/// The events of a channel, in order. Written on the channel's thread, and read after its end.
 struct Story
 {
     QStringList events;
@@ -43,7 +43,7 @@ inline QCborMap request(const QString& command = u"init"_s)
     return {{u"Command"_s, command}};
 }
 
-/// Runs something on the channel's thread and gives its result. When that takes too long the test program ends.
+/// Runs a function on the channel's thread and returns its result. Ends the test program after a time limit.
 template <typename Function>
 auto onChannel(ServiceChannel& channel, Function function) -> decltype(function())
 {
@@ -51,7 +51,7 @@ auto onChannel(ServiceChannel& channel, Function function) -> decltype(function(
     auto future = promise.get_future();
     channel.post([&promise, &function] { promise.set_value(function()); });
     if (future.wait_for(patience) != std::future_status::ready)
-        std::terminate(); // the task holds what is about to go
+        std::terminate(); // the task uses objects that would be destroyed
     return future.get();
 }
 
@@ -67,7 +67,7 @@ inline QString textOf(const std::optional<QCborMap>& reply)
     return reply ? reply->value("Status"_L1).toString() : u"none"_s;
 }
 
-/// Closes the connection; whether it is still open then.
+/// Closes the connection, and returns whether it is still open.
 inline bool isOpenAfterClosing(ServiceChannel& channel)
 {
     return onChannel(channel, [&channel] {
@@ -76,7 +76,7 @@ inline bool isOpenAfterClosing(ServiceChannel& channel)
     });
 }
 
-/// Opens the connection and sends requests; each reply is told as "number: status", the last one ends the story.
+/// Opens the connection and sends requests. Each reply is recorded as "number: status"; the last one ends the story.
 inline bool converse(ServiceChannel& channel, const StoryPointer& story, const QStringList& commands)
 {
     return onChannel(channel, [&channel, story, commands] {
@@ -108,14 +108,14 @@ struct Conversation
     {
     }
 
-    /// Sends requests over an open connection, or a new one, and waits for the last reply. Whether all went well.
+    /// Sends requests over an open connection, or a new one, and waits for the last reply. False when something fails.
     bool ask(const QStringList& commands) { return ask(std::make_shared<Story>(), commands); }
     bool ask(const StoryPointer& story, const QStringList& commands)
     {
         return converse(channel, story, commands) && waitForEnd(*story);
     }
 
-    /// The same, and stops the channel: all that happened.
+    /// The same, then stops the channel. Returns all events.
     QStringList events(const QStringList& commands)
     {
         const auto story = std::make_shared<Story>();

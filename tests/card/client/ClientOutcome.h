@@ -8,7 +8,7 @@
 #include <optional>
 #include <thread>
 
-/// What a handler of the client received, and on which thread. A handler that is called twice ends the test program.
+/// The values that a handler of the client received, and its thread. A second call ends the test program.
 template <typename Result>
 struct Outcome
 {
@@ -22,12 +22,12 @@ struct NoResult
 {
 };
 
-/// An outcome that is to come.
+/// A future outcome.
 template <typename Result>
 class Expected
 {
 public:
-    /// Hands the outcome out once it is there; a test that gets none within half a minute fails by it.
+    /// Waits for the outcome. The test fails when there is none after half a minute.
     [[nodiscard]] std::optional<Outcome<Result>> wait()
     {
         if (m_future.wait_for(std::chrono::seconds(30)) != std::future_status::ready)
@@ -39,7 +39,7 @@ public:
         return m_future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     }
 
-    /// A handler for the client that fulfils this.
+    /// A handler that sets this outcome.
     [[nodiscard]] auto handler()
     {
         return [promise = m_promise](bool success, std::optional<Error> error,

@@ -9,7 +9,7 @@
 #include <QRegularExpression>
 #include <QtTest>
 
-/// What the tests of the card service's client share: its outcomes as texts, and shorthands.
+/// Shared by the tests of the card service's client: outcomes as texts, and abbreviations.
 namespace ClientTest {
 
 using namespace Qt::StringLiterals;

@@ -8,8 +8,8 @@
 #include <memory>
 #include <mutex>
 
-/// Keeps what the process-wide logger writes, at every level. Made before other threads log, once per program. Threads
-/// that still log after its end do no harm.
+/// Records the lines of the process-wide logger, at every level. Made before other threads log, once per program.
+/// Threads may still log after its destruction.
 class LogCapture
 {
 public:
@@ -47,7 +47,7 @@ private:
         QString text;
     };
 
-    // Shared with the logger, which outlives the capture.
+    // The logger uses it after the capture's destruction.
     struct Kept
     {
         std::mutex mutex;

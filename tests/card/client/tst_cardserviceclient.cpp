@@ -25,7 +25,7 @@ ClientPointer makeClient(const QStringList& arguments)
 
 } // namespace
 
-/// The client and the card service that is shipped, together.
+/// The client with the shipped card service.
 class tst_CardServiceClient : public TestCase
 {
     Q_OBJECT

@@ -19,7 +19,7 @@ using namespace ClientOutcome;
 
 namespace {
 
-/// A PC/SC service that takes every connection and never says a word.
+/// A PC/SC service that accepts every connection and never answers.
 class MuteReaderService
 {
 public:
@@ -48,7 +48,7 @@ private:
 
 } // namespace
 
-/// The client and the card service that is shipped, when the system's readers hang.
+/// The client with the shipped card service, while the system's readers hang.
 class tst_CardServiceDeadline : public TestCase
 {
     Q_OBJECT
@@ -62,17 +62,18 @@ private Q_SLOTS:
         QVERIFY(readers.isListening());
         qputenv("PCSCLITE_CSOCK_NAME", readers.path().toLocal8Bit());
 
-        // The reply comes before the service's end: it says that there is no reader, and not that the service is lost.
+        // The reply is sent before the service ends. So the error is that there is no reader, not that the service has
+        // ended.
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(summary(awaitBind(client)), u"Pelmora -20"_s);
         QVERIFY2(timer.elapsed() >= 10'000 && timer.elapsed() < 20'000, qPrintable(QString::number(timer.elapsed())));
-        // Whatever is asked while the service ends is answered, by its end or by the next one.
+        // Requests during the service's end are answered by its end or by the next service.
         qputenv("PCSCLITE_CSOCK_NAME", readers.path().toLocal8Bit() + "-absent");
         const QString late = summary(awaitReaders(client));
         QVERIFY2(late == u"Pelmora -10" || late == u"success", qPrintable(late));
 
-        // The next bind has another service, which does not wait for what hangs.
+        // The next bind starts another service, which does not wait for the hanging call.
         timer.restart();
         QCOMPARE(summary(awaitBind(client)), u"Pelmora -20"_s);
         QVERIFY2(timer.elapsed() < 5'000, qPrintable(QString::number(timer.elapsed())));

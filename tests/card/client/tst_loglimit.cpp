@@ -47,7 +47,7 @@ private Q_SLOTS:
         const QStringList told =
             leftOut > 0 ? QStringList{u"Card service: %1 more lines left out"_s.arg(leftOut)} : QStringList();
         QCOMPARE(m_log.lines(MXLog::Debug), told);
-        // The later period has lines of its own, and nothing is told twice.
+        // The next period admits lines again, and the number is reported once.
         limit.tellLeftOut();
         QCOMPARE(m_log.lines(), told);
     }

@@ -199,7 +199,7 @@ private Q_SLOTS:
         QCOMPARE(summary(awaitBind(client)), general);
         QCOMPARE(client->initialized(), isConnected);
         QCOMPARE(client->bound(), false);
-        // The service works when it is started again.
+        // A new service works.
         QCOMPARE(summary(awaitBind(client)), success);
         QCOMPARE(client->initialized(), true);
         QCOMPARE(client->bound(), true);

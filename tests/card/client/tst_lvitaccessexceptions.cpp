@@ -15,10 +15,10 @@ using namespace ClientTest;
 
 namespace {
 
-// What is asked for beyond this is refused. Qt's and libxml2's own texts and nodes come from elsewhere.
+// Larger allocations are refused. Texts and nodes of Qt and libxml2 are not allocated with operator new.
 std::atomic<std::size_t> largestAllocation = std::numeric_limits<std::size_t>::max();
 
-/// Until its end, the program's allocations of more than so many bytes throw.
+/// During its life, the program's allocations of more than that many bytes throw.
 class AllocationLimit
 {
 public:
@@ -36,7 +36,7 @@ FakeScript informations(const QString& version)
 
 } // namespace
 
-// The program's own, so that a test can refuse what the shipped code asks for.
+// Replaces the program's operator new, so that a test can make an allocation fail.
 void* operator new(std::size_t size)
 {
     void* const memory = size > largestAllocation ? nullptr : std::malloc(size);
@@ -53,7 +53,7 @@ void operator delete(void* memory, std::size_t) noexcept
     std::free(memory);
 }
 
-/// The client when reading a document throws: it has no memory for it.
+/// The client when reading a document throws for lack of memory.
 class tst_LVitAccessExceptions : public TestCase
 {
     Q_OBJECT
@@ -71,7 +71,7 @@ private Q_SLOTS:
             const AllocationLimit limit(16'384);
             outcome = awaitInformations(client);
         }
-        // Not even the version that was read before.
+        // The version that was read before is cleared.
         QCOMPARE(summary(outcome), general);
         QCOMPARE(outcome->result, QVariantMap());
         QCOMPARE(client->informations(), QVariantMap());
@@ -82,7 +82,7 @@ private Q_SLOTS:
 
     void aReadThatThrowsIsTheGeneralErrorWithoutARecord()
     {
-        // A list of so many persons is one allocation of more than the limit below.
+        // A list of that many persons needs one allocation above the limit below.
         constexpr int persons = 400;
         const QString card = u"<T_AsnDonneesVitale><listeBenef>%1</listeBenef></T_AsnDonneesVitale>"_s.arg(
             u"<T_AsnBeneficiaire><ident><nomUsuel>SPECIMEN</nomUsuel></ident></T_AsnBeneficiaire>"_s.repeated(persons));

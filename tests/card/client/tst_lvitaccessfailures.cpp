@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(summary(wasRead), general);
         QVERIFY(!wasRead->result);
         QCOMPARE(client->initialized(), false);
-        // A service that starts slowly may not have got as far before the time was up.
+        // A service that starts slowly may not have received the request before the limit.
         if (!isSeenByTimeout)
             QCOMPARE(commands(fake), (QStringList{u"init"_s, u"readers_list"_s, u"set_readers"_s, u"informations"_s,
                                                   u"vitale_read"_s}));

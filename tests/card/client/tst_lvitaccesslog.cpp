@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 using namespace ClientOutcome;
 using namespace ClientTest;
 
-/// What the client writes to the log.
+/// The client's log lines.
 class tst_LVitAccessLog : public TestCase
 {
     Q_OBJECT
@@ -127,7 +127,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// The lines with the addresses of messages made alike.
+    /// The lines, with one placeholder for all addresses of messages.
     [[nodiscard]] QStringList lines() const
     {
         QStringList found = m_log.lines(MXLog::Debug);

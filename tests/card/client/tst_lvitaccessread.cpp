@@ -83,7 +83,7 @@ private Q_SLOTS:
         auto outcome = awaitInformations(client);
         QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
         QCOMPARE(outcome->result, QVariantMap());
-        // After an "init" there are none to give.
+        // An "init" clears them.
         QCOMPARE(summary(awaitBind(client)), success);
         outcome = awaitInformations(client);
         QVERIFY2(summary(outcome).startsWith(error), qPrintable(summary(outcome)));
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QFETCH(const std::optional<int>, result);
         QFETCH(const QString, error);
         const FakeScript failing = FakeScript().failing("vitale_read", result);
-        // A document beside a failure is not looked at.
+        // A document in the reply to a failed read is ignored.
         for (const FakeScript& script : {failing, failing.without("vitale_read", "Status")}) {
             const auto outcome = awaitRead(Served(script).client);
             QCOMPARE(summary(outcome), error);
@@ -162,7 +162,7 @@ private Q_SLOTS:
         QTest::newRow("no beneficiary") << FakeScript().text("vitale_read", "Vitale", "<T_AsnDonneesVitale/>")
                                         << u"Pelmora -40"_s;
         QTest::newRow("another root") << FakeScript().text("vitale_read", "Vitale", "<card/>") << u"Pelmora -40"_s;
-        // 0x81 is nothing in any of the encodings.
+        // 0x81 is not a character in any of the encodings.
         QTest::newRow("in no encoding") << FakeScript().bytes("vitale_read", "Vitale", vitaleOf("SPECIMEN \x81"))
                                         << general;
     }
@@ -203,7 +203,7 @@ private Q_SLOTS:
 
     void aCancelledReadEndsOnceAndTheNextBindStartsANewService()
     {
-        // Busy with the reader, the service does not even see that its input ends.
+        // A service that waits for the reader does not notice the end of its input.
         const auto [fake, client] = Served(FakeScript().doing("vitale_read", "stop-reading"), {.exitGrace = 100ms});
         QCOMPARE(summary(awaitBind(client)), success);
         auto read = beginRead(client);

@@ -30,7 +30,7 @@ public:
             m_changed.notify_all();
         };
     }
-    /// All of them, once there are so many.
+    /// All states, after that many have been received.
     [[nodiscard]] QList<State> first(qsizetype count)
     {
         std::unique_lock lock(m_mutex);

@@ -83,7 +83,7 @@ private Q_SLOTS:
         const auto story = std::make_shared<Story>();
         QVERIFY(talk.ask(story, {u"vitale_read"_s, u"vitale_read"_s, u"vitale_read"_s}));
         talk.channel.stop();
-        // The flood may come too late for a message of it to arrive.
+        // The flood may start too late for one of its messages to arrive.
         QVERIFY(story->events.removeAll(u"unsolicited"_s) == 0 ||
                 QLatin1StringView(QTest::currentDataTag()) == "flood"_L1);
         QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s, u"2: none"_s, u"3: none"_s}));
@@ -103,7 +103,7 @@ private Q_SLOTS:
         Conversation talk(FakeScript().doing("any", behaviour), {.requestTimeout = 10min, .exitGrace = 100ms});
         const auto story = std::make_shared<Story>();
         QVERIFY(converse(talk.channel, story, {u"init"_s}));
-        // Less than the life of the child that one of them leaves behind.
+        // Shorter than the life of the child process that one of the services leaves running.
         QVERIFY(story->end.get_future().wait_for(10s) == std::future_status::ready);
         talk.channel.stop();
         QCOMPARE(story->events, (QStringList{u"interrupted"_s, u"1: none"_s}));
@@ -116,7 +116,7 @@ private Q_SLOTS:
         auto reply = replied.get_future();
         const bool isOpen = onChannel(talk.channel, [&] {
             const auto opened = talk.channel.open([](const ChannelEvent&) {});
-            // The channel looks at its service only after this task.
+            // The channel polls its service only after this task.
             QDeadlineTimer deadline(30'000);
             while (!deadline.hasExpired() &&
                    !(talk.fake.processes().size() == 1 && FakeService::isDead(talk.fake.processes()[0])))
@@ -237,7 +237,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Sends a request that is larger than a pipe; the promise is told whether it got a reply.
+    /// Sends a request that is larger than a pipe. The promise is set to whether it got a reply.
     static bool sendLarge(ServiceChannel& channel, std::promise<bool>& replied)
     {
         return onChannel(channel, [&] {

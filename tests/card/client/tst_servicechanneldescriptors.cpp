@@ -18,7 +18,7 @@ using namespace ChannelTest;
 
 namespace {
 
-/// Until its end, the process opens no descriptor of that number or above. What it has open stays open.
+/// During its life, the process cannot open a descriptor of that number or above. Open descriptors stay open.
 class DescriptorLimit
 {
 public:
@@ -35,7 +35,7 @@ private:
     rlimit m_before{};
 };
 
-/// The number that the next descriptor would get.
+/// The number of the next descriptor.
 int nextDescriptor()
 {
     return FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)).get();
@@ -46,8 +46,8 @@ int openDescriptors()
     return static_cast<int>(QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size());
 }
 
-/// How long a thread of this process has run or waited for a processor: all the time for one that spins, however busy
-/// the machine is.
+/// How long a thread of this process has run or waited for a processor. This grows constantly for a busy loop, also
+/// when the machine is busy.
 std::chrono::nanoseconds runnableTime(pid_t thread)
 {
     QFile file(u"/proc/self/task/%1/schedstat"_s.arg(thread));
@@ -65,7 +65,7 @@ int openError(ServiceChannel& channel)
 
 } // namespace
 
-/// The channel where the process may have no more descriptors.
+/// The channel when the process cannot open more descriptors.
 class tst_ServiceChannelDescriptors : public TestCase
 {
     Q_OBJECT
@@ -76,7 +76,7 @@ private Q_SLOTS:
         const FakeService fake;
         int error = EMFILE;
         int refusals = 0;
-        // Some numbers may be taken already.
+        // Some numbers may already be in use.
         for (int allowed = 0; allowed < 64 && error != 0; ++allowed) {
             const int before = openDescriptors();
             {
@@ -89,7 +89,7 @@ private Q_SLOTS:
                 QVERIFY(error == EMFILE || error == 0);
                 QCOMPARE(onChannel(channel, [&channel] { return channel.isOpen(); }), error == 0);
                 refusals += error == 0 ? 0 : 1;
-                // Once there are descriptors again, the same channel works.
+                // With free descriptors, the same channel works.
                 const auto story = std::make_shared<Story>();
                 QVERIFY(converse(channel, story, {u"init"_s}));
                 QVERIFY(waitForEnd(*story));
@@ -132,7 +132,7 @@ private Q_SLOTS:
         const auto before = runnableTime(thread);
         QVERIFY(before > 0ns);
         {
-            // Fewer than are waited for: poll refuses them.
+            // poll() fails when the limit is below the number of polled descriptors.
             const DescriptorLimit limit(2);
             talk.channel.post([&talk, story] {
                 talk.channel.send(request(u"vitale_read"_s), [story](const std::optional<QCborMap>& reply) {
@@ -148,7 +148,7 @@ private Q_SLOTS:
         QVERIFY(isReaped);
         const auto busy = runnableTime(thread) - before;
         QVERIFY2(busy < 1s, qPrintable(QString::number(busy.count())));
-        // The channel goes on.
+        // The channel still works.
         const auto last = std::make_shared<Story>();
         QVERIFY(talk.ask(last, {u"init"_s}));
         QCOMPARE(last->events, QStringList{u"1: success"_s});

@@ -113,7 +113,7 @@ private Q_SLOTS:
         });
         QVERIFY(future.wait_for(patience) == std::future_status::ready);
         QCOMPARE(future.get(), (QStringList{u"success"_s, u"destroyed"_s}));
-        // The thread ends its service, though no one waits for it.
+        // The thread ends its service without a waiting caller.
         QTRY_VERIFY_WITH_TIMEOUT(FakeService::isReaped(fake.processes().value(0)), 30'000);
         QCOMPARE(fake.notes().last(), u"end of input"_s);
     }
@@ -150,7 +150,7 @@ private Q_SLOTS:
             talk.channel.post([&] { ranLater = true; });
         });
         const auto stopping = std::async(std::launch::async, [&] { talk.channel.stop(); });
-        // Time for the stop to be asked for; what is checked below holds without it as well.
+        // Lets the stop be requested first. The checks below do not depend on it.
         stopping.wait_for(100ms);
         gate.set_value();
         stopping.wait();

@@ -48,7 +48,7 @@ private Q_SLOTS:
 
     void stoppingKillsServicesThatIgnoreTheEndOfTheirInput()
     {
-        // One that was leaving already, and one that is told to.
+        // The first service is already exiting, the second one is told to.
         Conversation talk(FakeScript().ignoringTheEnd(), {.exitGrace = 10min, .stopGrace = 300ms});
         QVERIFY(talk.ask({u"init"_s}));
         QVERIFY(!isOpenAfterClosing(talk.channel));
@@ -102,7 +102,7 @@ private Q_SLOTS:
     void theServiceStartsWithCleanSignalsAndThreeDescriptors()
     {
         const FakeService fake;
-        // What the application blocks, ignores and has open is not passed on.
+        // Blocked and ignored signals and open descriptors are not inherited.
         const FileDescriptor inheritable(::open("/dev/null", O_RDONLY));
         const auto previous = std::signal(SIGPIPE, SIG_IGN);
         ServiceChannel channel(fake.command());
@@ -118,7 +118,7 @@ private Q_SLOTS:
         std::signal(SIGPIPE, previous);
         QVERIFY2(content.contains("SigBlk:\t0000000000000000"), content.constData());
         QVERIFY2(content.contains("SigIgn:\t0000000000000000"), content.constData());
-        // 3 is the record that this service keeps.
+        // Descriptor 3 is this service's own record.
         QCOMPARE(descriptors, (QStringList{u"0"_s, u"1"_s, u"2"_s, u"3"_s}));
     }
 
@@ -186,7 +186,7 @@ private Q_SLOTS:
         Conversation talk(FakeScript().doing("any", "die-and-leave-a-noisy-child"), {.exitGrace = 10min});
         const auto story = std::make_shared<Story>();
         QVERIFY(converse(talk.channel, story, {u"init"_s}));
-        // Less than the child's life.
+        // Shorter than the child's life.
         QTRY_VERIFY_WITH_TIMEOUT(!talk.fake.processes().isEmpty() && FakeService::isReaped(talk.fake.processes()[0]),
                                  10'000);
     }
@@ -201,7 +201,7 @@ private Q_SLOTS:
         talk.channel.stop();
         QCOMPARE(story->events, QStringList{u"1: success"_s});
         QVERIFY(FakeService::isReaped(talk.fake.processes().value(0)));
-        // Of more than one period, where the machine is slow.
+        // On a slow machine the lines may be of several periods.
         QVERIFY2(said().size() < 1000, qPrintable(QString::number(said().size())));
         const QRegularExpression leftOut(u"^Card service: (\\d+) more lines left out$"_s);
         QVERIFY(leftOut.match(said().constLast()).captured(1).toLongLong() > 1000);
@@ -248,7 +248,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// What was logged of what services said.
+    /// The logged lines of the services' standard error.
     [[nodiscard]] QStringList said() const { return m_log.lines(MXLog::Debug).filter(u"Card service: "_s); }
 
     LogCapture m_log;

@@ -15,7 +15,7 @@ namespace {
 
 using Variables = std::map<QByteArray, QByteArray>;
 
-/// All that a program writes on its standard output.
+/// The standard output of a program.
 QByteArray outputOf(const ServiceProcess& process)
 {
     QByteArray output;

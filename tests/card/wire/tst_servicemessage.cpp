@@ -15,7 +15,7 @@ namespace {
 
 constexpr qsizetype limit = ServiceMessageReader::maximumItemSize;
 
-/// What a reader made of a whole stream.
+/// The messages of a complete stream, and its failure.
 struct Outcome
 {
     QList<ServiceMessage> messages;
@@ -282,7 +282,7 @@ private Q_SLOTS:
         const QByteArray stream = encodeServiceMessage({.number = 0, .body = QCborMap{}}).repeated(250'000);
         QElapsedTimer timer;
         timer.start();
-        // At once, and as it comes out of a pipe: each slice ends within a message.
+        // The stream is read as a whole, then in slices that end inside messages.
         for (const qsizetype slice : {stream.size(), qsizetype{65536}}) {
             const Outcome outcome = readAll(stream, slice);
             QVERIFY(!outcome.failure);
@@ -307,7 +307,7 @@ private Q_SLOTS:
     }
 };
 
-// The two below take minutes, not milliseconds, where the time is quadratic; their limits are far from both.
+// With quadratic time, the two tests below would take minutes instead of milliseconds.
 
 template class RunnableTests<tst_ServiceMessage, QCoreApplication>;
 

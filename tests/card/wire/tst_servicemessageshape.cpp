@@ -18,7 +18,7 @@ constexpr qsizetype sizeLimit = ServiceMessageReader::maximumItemSize;
 constexpr qsizetype slice = qsizetype{64} * 1024;
 constexpr int maximumItems = ServiceMessageScanner::maximumItems;
 
-/// What a reader made of the bytes: the number of messages, or the failure.
+/// The number of messages in the bytes, or the failure.
 QString outcomeOf(QByteArrayView bytes, qsizetype sliceSize, std::span<const QLatin1StringView> keys)
 {
     ServiceMessageReader reader(keys);
@@ -37,7 +37,7 @@ QString outcomeOf(QByteArrayView bytes, qsizetype sliceSize, std::span<const QLa
     return u"%1 messages"_s.arg(count);
 }
 
-/// The same however the bytes come; "differs" if not.
+/// The same for the bytes as a whole and one by one; "differs" when the two results differ.
 QString outcomeOf(QByteArrayView bytes, std::span<const QLatin1StringView> keys = ServiceWord::replyKeys)
 {
     const QString atOnce = outcomeOf(bytes, std::max(bytes.size(), qsizetype{1}), keys);
@@ -55,7 +55,7 @@ QByteArray listOf(const char* head, int numbers)
     return hex("8201a16752656164657273") + hex(head) + QByteArray(numbers, '\1');
 }
 
-/// A line of what the system says about the process's memory, in KiB: what it has, and what it has had at most.
+/// A line of the system's report on the process's memory, in KiB: the current or the largest size.
 constexpr QByteArrayView memoryNow("VmRSS:");
 constexpr QByteArrayView memoryPeak("VmHWM:");
 qint64 memory(QByteArrayView line)
@@ -70,7 +70,7 @@ qint64 memory(QByteArrayView line)
 
 } // namespace
 
-/// What the client accepts of a card service before it decodes it.
+/// The shapes that the client accepts before decoding a message.
 class tst_ServiceMessageShape : public TestCase
 {
     Q_OBJECT
@@ -172,7 +172,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("outcome");
-        // Beside the numbers: the message, its own number, the map, a key and the list.
+        // The other items are the message, its number, the map, a key and the list.
         constexpr int others = 5;
         QTest::newRow("as many as may be") << listOf("990ffb", maximumItems - others) << u"1 messages"_s;
         QTest::newRow("one more") << listOf("990ffc", maximumItems - others + 1) << u"too large"_s;
@@ -199,7 +199,7 @@ private Q_SLOTS:
     void theMemoryForAMessageIsBounded_data()
     {
         QTest::addColumn<QByteArray>("beginning");
-        QTest::addColumn<QByteArray>("unit"); // comes as often as a message has room for it
+        QTest::addColumn<QByteArray>("unit"); // repeated until the message is full
         QTest::addColumn<QByteArray>("end");
         const QByteArray value = hex("8201a1 66537461747573");
         const QByteArray list = value + hex("9f");
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QFETCH(const QByteArray, beginning);
         QFETCH(const QByteArray, unit);
         QFETCH(const QByteArray, end);
-        // The lengths of the strings above leave so much for all that is not the string.
+        // The room that the strings above leave for the rest of the message.
         constexpr qsizetype room = sizeLimit - 64;
         const QByteArray wave = unit.repeated(slice / unit.size());
         malloc_trim(0);
@@ -272,7 +272,7 @@ private Q_SLOTS:
         const qint64 before = memory(memoryNow);
         ServiceMessageReader reader(ServiceWord::replyKeys);
         int read = 0;
-        // Each slice ends within a message.
+        // Each slice ends inside a message.
         for (QByteArray rest = message + message.first(100); read < count;
              rest = message.sliced(100) + message.first(100)) {
             reader.append(rest);
