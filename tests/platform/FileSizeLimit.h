@@ -2,8 +2,8 @@
 
 #include <sys/resource.h>
 
-/// Until the end of the test, the program's files may grow to so many bytes: writing beyond fails as a full disk does,
-/// or ends the program where it does not ignore SIGXFSZ.
+/// Until the end of the test, the program's files can grow to that many bytes. Writing more fails as on a full disk,
+/// or ends the program if it does not ignore SIGXFSZ.
 class FileSizeLimit
 {
 public:

@@ -19,7 +19,7 @@ private:
     QTemporaryDir m_folder;
     int m_count = 0;
 
-    // A new folder of resources, with that information dictionary.
+    // A folder of resources with that information dictionary.
     QString folderWithInformation(const QByteArray& content)
     {
         const QString path = m_folder.filePath(QString::number(++m_count));
@@ -111,7 +111,7 @@ private Q_SLOTS:
         };
         for (const auto& [key, value] : expected.asKeyValueRange())
             QCOMPARE(bundle.objectForInfoDictionaryKey(key), QVariant(value));
-        // The log level stays the logger's own.
+        // The log level keeps the logger's default.
         QVERIFY(!bundle.objectForInfoDictionaryKey(u"MVDebugLevel").isValid());
     }
 

@@ -24,7 +24,7 @@ private:
 
     QString newFile() { return m_folder.filePath(u"settings-%1.conf"_s.arg(m_count++)); }
 
-    // What a later run of the program reads.
+    // The value that a later run of the program reads.
     static QVariant storedAndReadAgain(const QString& file, const QVariant& value)
     {
         UserDefaults(file).setObject(u"Key"_s, value);
@@ -165,7 +165,7 @@ private Q_SLOTS:
             defaults.setObject(u"Key"_s, 1);
             defaults.synchronize();
             QCOMPARE(modeOf(file), 0600U);
-            // Somebody tidies up meanwhile.
+            // Another program removes the files meanwhile.
             QVERIFY(QFile::remove(file));
             defaults.setObject(u"Key"_s, 2);
         }
@@ -235,7 +235,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(m_folder.filePath(u"absent"_s)));
     }
 
-    // What waits for a pipe's other end waits for ever.
+    // Opening a pipe without a writer would block forever.
     void settingsStayInMemoryWhenTheFileIsNotRegular_data()
     {
         QTest::addColumn<QString>("kind");

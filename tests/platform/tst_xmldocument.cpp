@@ -112,7 +112,7 @@ private Q_SLOTS:
     {
         const QByteArray open = "<a><b>";
         const QByteArray close = "</b></a>";
-        // Several texts: a single one is bounded further by the parser.
+        // Several text nodes, because the parser has a lower limit for one.
         QByteArray body(static_cast<qsizetype>(XmlDocument::maximumSize) - open.size() - close.size(), 'x');
         for (qsizetype index = 0; index + 4 < body.size(); index += 1024 * 1024)
             body.replace(index, 4, "<i/>");

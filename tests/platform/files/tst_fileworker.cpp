@@ -133,7 +133,7 @@ private Q_SLOTS:
                 return [] {};
             });
         }
-        // The work goes on by itself.
+        // The work continues without its receiver.
         std::future<void> end = isDone->get_future();
         QCOMPARE(end.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
         answer.set_value();

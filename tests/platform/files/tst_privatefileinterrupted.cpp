@@ -31,7 +31,7 @@ QStringList entries(const QTemporaryDir& folder)
     return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
 
-// The system calls that the command made, of those named: a line each.
+// The named system calls of the command, one a line.
 QStringList callsOf(const QString& names, const QStringList& command)
 {
     const QTemporaryDir folder;
@@ -47,7 +47,7 @@ QStringList callsOf(const QString& names, const QStringList& command)
 
 } // namespace
 
-// A writer that is killed at each of its system calls.
+// Kills a writer at each of its system calls.
 class tst_PrivateFileInterrupted : public TestCase
 {
     Q_OBJECT
@@ -80,7 +80,7 @@ private Q_SLOTS:
             QVERIFY(count < 300);
         }
         QVERIFY(count > 0);
-        // The last one went through.
+        // The last run was not killed.
         QCOMPARE(contentOf(path), newer);
         QCOMPARE(entries(folder), QStringList{u"file"_s});
     }
@@ -112,7 +112,7 @@ private Q_SLOTS:
         for (const QString& line :
              callsOf(u"write,fdatasync,linkat,renameat"_s, writing(folder.filePath(u"file"_s), 'n', named))) {
             const QRegularExpressionMatch match = call.match(line);
-            // Sanitizers write, too, but never that much at once.
+            // Sanitizers also write, but less at once.
             if (match.captured(1) != u"write"_s || match.captured(2).toInt() == size)
                 done.append(match.captured(1));
         }

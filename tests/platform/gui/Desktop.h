@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QUrl>
 
-/// Takes the files and the mails that the program wants opened, in the desktop's place.
+/// Receives the files and mails that the program opens with the desktop.
 class Desktop final : public QObject
 {
     Q_OBJECT

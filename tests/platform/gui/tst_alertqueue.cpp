@@ -35,7 +35,7 @@ private:
         }
         return visible;
     }
-    // The texts of all alerts that are on the screen.
+    // The texts of all shown alerts.
     QStringList shown() const
     {
         QStringList texts;
@@ -170,13 +170,13 @@ private Q_SLOTS:
         QCOMPARE(boxes().constFirst()->icon(), QMessageBox::Warning);
         QCOMPARE(boxes().constFirst()->windowTitle(), u"Non"_s);
 
-        // Anew while the warning is still there: the message comes again, and the warning after it again.
+        // Repeated while the warning is shown: the message is shown again, and the warning after it.
         m_alerts->presentMessageThenWarning(message, warning);
         pressOk();
         QCOMPARE(shown(), QStringList{u"Fait."_s});
         pressOk();
         QCOMPARE(shown(), QStringList{u"Rien n’est fait."_s});
-        // A message that holds at last is the last one.
+        // A message without a correction removes the queued warning.
         m_alerts->presentMessage(message.title, message.text);
         pressOk();
         QCOMPARE(shown(), QStringList{u"Fait."_s});

@@ -32,7 +32,7 @@ QPushButton* buttonOf(const QMessageBox& box, const QString& text)
     return found == buttons.end() ? nullptr : qobject_cast<QPushButton*>(*found);
 }
 
-// Asks, and lets the user act on the box as soon as it waits.
+// Asks the question, and calls a function with the box when it is shown.
 QuestionAnswer answerBy(const std::function<void(QMessageBox&)>& act)
 {
     QTimer::singleShot(0, qApp, [&act] { act(*shownBox()); });

@@ -47,7 +47,7 @@ private Q_SLOTS:
         SavingSheet other(m_window.get(), 50ms);
         sheet.begin();
         sheet.end();
-        // Began later, so its time comes later.
+        // The other sheet begins later, so it appears later.
         other.begin();
         QTRY_VERIFY(other.isVisible());
         QVERIFY(!sheet.isVisible());
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(sheet.isVisible());
         QCOMPARE(messageOf(sheet), u"Enregistrement en cours… Pelmora se fermera ensuite."_s);
         sheet.end();
-        // The next write is none to leave after.
+        // The next write has the usual message.
         sheet.begin();
         QCOMPARE(messageOf(sheet), u"Enregistrement en cours…"_s);
     }

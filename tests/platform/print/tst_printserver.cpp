@@ -28,7 +28,7 @@ PrintJob twoCopies()
 
 } // namespace
 
-// What a server that answers is asked is tested with a real one, where whole programs are.
+// Requests to a server that answers are tested with a real server in the tests of whole programs.
 class tst_PrintServer : public TestCase
 {
     Q_OBJECT
@@ -69,7 +69,7 @@ private Q_SLOTS:
         QVERIFY(!queues->has_value());
         QCOMPARE(queues->error(), Error(u"Impression"_s, -1));
         QCOMPARE(queues->error().localizedDescription(), u"Le serveur d’impression ne répond pas."_s);
-        // Timers may be early by a twentieth.
+        // Timers can be early by a twentieth.
         QVERIFY(clock.elapsed() >= PrintServer::patience.count() * 9 / 10);
         QVERIFY(clock.elapsed() < 5 * PrintServer::patience.count());
         QVERIFY(isLeft(*silent));
@@ -213,7 +213,7 @@ private Q_SLOTS:
     void destructionWaitsForAJobThatIsBeingSent()
     {
         PrintJob large = twoCopies();
-        large.pdf = QByteArray(1'000'000, 'x'); // no pipe takes that at once
+        large.pdf = QByteArray(1'000'000, 'x'); // more than a pipe's buffer
         {
             PrintServer server(fakeHelper("cat > $0.part; mv $0.part $0.input; cat $0.answer", {}));
             server.print(large, [](const auto&) { QFAIL("called after the end"); });
@@ -239,7 +239,7 @@ private:
 
     [[nodiscard]] QString fakePath() const { return m_folder->filePath(u"helper"_s); }
 
-    // A shell script in the helper's place, with an answer to give beside it; empty when it cannot be made.
+    // A shell script that replaces the helper, with its answer in a file beside it; empty when it cannot be made.
     [[nodiscard]] QString fakeHelper(const QByteArray& script, const PrintAnswer& answer) const
     {
         const bool isMade = writeFile(fakePath(), "#!/bin/sh\n" + script + '\n') &&
@@ -254,7 +254,7 @@ private:
         qputenv("CUPS_SERVER", QFile::encodeName(m_path));
     }
 
-    // It accepts connections and never answers.
+    // A server that accepts connections and never answers.
     std::unique_ptr<QLocalServer> silentServer()
     {
         useServer(u"silent"_s);
@@ -262,7 +262,7 @@ private:
         return server->listen(m_path) ? std::move(server) : nullptr;
     }
 
-    // Whether the server was asked, and whoever asked has gone since.
+    // Whether a client has connected and disconnected.
     static bool isLeft(QLocalServer& server)
     {
         const QLocalSocket* connection =
