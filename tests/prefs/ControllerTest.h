@@ -13,7 +13,7 @@
 
 #include <memory>
 
-/// A preferences window of its own for each test, with as many recording panes as the test wants.
+/// A new preferences window for each test, with any number of recording panes.
 class ControllerTest : public TestCase
 {
     Q_OBJECT
@@ -27,7 +27,7 @@ protected:
         return made.get();
     }
 
-    /// What was noted since the last time.
+    /// The notes since the last call.
     QStringList notes() { return std::exchange(m_notes, {}); }
 
     QList<QWidget*> subviews() const { return m_controller->contentView()->subviews(); }
@@ -44,7 +44,7 @@ protected:
     }
     void click(const QString& identifier) const { QTest::mouseClick(button(identifier), Qt::LeftButton); }
 
-    QStringList m_notes; // outlives the panes
+    QStringList m_notes; // destroyed after the panes
     std::unique_ptr<MVPreferencesController> m_controller;
 
 private Q_SLOTS:

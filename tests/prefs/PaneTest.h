@@ -13,7 +13,7 @@
 
 #include <memory>
 
-/// Settings of its own for each test, as the program has them once it has started, and all that is logged.
+/// New settings for each test, as after the program's start, and a record of the log.
 class PaneTest : public TestCase
 {
     Q_OBJECT
@@ -34,7 +34,7 @@ protected:
         m_settings.reset();
     }
 
-    /// The program quits and is started again.
+    /// Simulates a restart of the program.
     void restart()
     {
         m_settings.reset();

@@ -8,7 +8,7 @@
 
 #include <memory>
 
-/// A pane of one colour that notes each message that it receives, with its identifier, in a list that panes can share.
+/// A pane of one colour that records each received message with its identifier in a list that panes can share.
 class RecordingPane final : public MVPreference
 {
 public:
@@ -45,7 +45,7 @@ private:
     std::unique_ptr<QWidget> m_view;
 };
 
-/// A pane that answers none of the messages that it need not answer.
+/// A pane without the optional messages.
 class SilentPane final : public MVPreference
 {
 public:

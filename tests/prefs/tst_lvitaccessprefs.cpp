@@ -30,7 +30,7 @@ struct ExpectedField
 {
     const char* name;
     QLabel* (LVitAccessPrefs::*outlet)() const;
-    const char* element; // in the service's document
+    const char* element; // of the service's document
     const char* version;
 };
 
@@ -45,7 +45,7 @@ const QString embeddedTitle = u"Informations sur la librarie embarqué"_s;
 const QString installedTitle = u"Informations sur la librarie installé"_s;
 const QString clearedTitle = u"Informations"_s;
 
-/// The behaviour of a service that reports all versions but one.
+/// A service that reports all versions but one.
 FakeScript reporting(const QByteArray& left = {})
 {
     QString document;
@@ -68,7 +68,7 @@ private:
     std::unique_ptr<FakeService> m_service;
     std::shared_ptr<LVitAccess> m_client;
     std::unique_ptr<LVitAccessPrefs> m_pane;
-    QStringList m_binds; // what the notifications said
+    QStringList m_binds; // the outcomes in the notifications
 
     void make(const FakeScript& behaviour = reporting())
     {
@@ -83,7 +83,7 @@ private:
         m_pane->initialization();
     }
 
-    /// The user chooses an entry of the menu.
+    /// Chooses an entry of the menu as the user does.
     void choose(int index)
     {
         QComboBox* menu = m_pane->selectModePopUpButton();
@@ -273,7 +273,7 @@ private Q_SLOTS:
         prepare(behaviour);
         QSignalSpy failed(this, &tst_LVitAccessPrefs::asking);
         m_pane->paneWillAppear();
-        // Behind the pane's own request.
+        // This request follows the pane's own.
         m_client->getReadersWithCompletionHandler([this](bool, auto&&...) { Q_EMIT asking(); });
         QVERIFY(failed.wait());
         QCoreApplication::processEvents();

@@ -16,7 +16,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// A window with the menu, and another control that can take the keyboard.
+/// A window with the menu, and another control that accepts the focus.
 class tst_ModeMenu final : public TestCase
 {
     Q_OBJECT
@@ -34,7 +34,7 @@ private:
             QTest::keyClick(m_menu, key);
     }
 
-    /// Until a timer that began after the menu's has run as long as that one would.
+    /// Waits until a timer with the menu's delay, started now, has expired.
     void letTheRestPass() const
     {
         QTimer timer;
@@ -116,7 +116,7 @@ private Q_SLOTS:
         press({key});
         QCOMPARE(m_chosen->count(), 1);
         QCOMPARE(m_menu->currentIndex(), 2);
-        // Not a second time when the keyboard goes, or when the keys have rested.
+        // The loss of focus or the end of the delay does not apply the choice again.
         m_other->setFocus();
         letTheRestPass();
         QCOMPARE(m_chosen->count(), 1);
@@ -197,7 +197,7 @@ private Q_SLOTS:
         m_menu->setCurrentIndex(2);
         m_other->setFocus();
         QCOMPARE(m_chosen->count(), 0);
-        // And it is where the next keys begin.
+        // The next keys start from that entry.
         m_menu->setFocus();
         press({Qt::Key_Up, Qt::Key_Down, Qt::Key_Return});
         QCOMPARE(m_chosen->count(), 0);

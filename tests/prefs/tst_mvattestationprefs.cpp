@@ -31,7 +31,7 @@ private:
         QTest::mouseClick(control<QPushButton>(*m_pane, "changeFolderButton"), Qt::LeftButton);
         return panel();
     }
-    // Chooses a folder, as far as there is one in the panel.
+    // Chooses a folder, if the panel has it.
     void choose(const QString& folder)
     {
         QFileDialog* opened = openPanel();

@@ -11,7 +11,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// Notes what it is asked for, with what is stored at that moment.
+/// Records its requests, with the stored value at that time.
 class StatusItemRecord final : public StatusItemControl
 {
 public:
@@ -37,7 +37,7 @@ private:
     StatusItemRecord m_statusItem;
     std::unique_ptr<MVConfigPrefs> m_pane;
 
-    // Opens the pane with keys held down, as a click on its button does.
+    // Opens the pane while keys are held, like a click on its button.
     void open(Qt::KeyboardModifiers keys)
     {
         QWidget clicked;
@@ -149,7 +149,7 @@ private Q_SLOTS:
         button.setChecked(true);
         m_pane->changeStatusItemPrefs(&button);
         QCOMPARE(m_statusItem.requests, (QStringList{u"hide, stored on"_s, u"show, stored on"_s}));
-        // Neither on nor off.
+        // Partially checked.
         button.setCheckState(Qt::PartiallyChecked);
         m_pane->changeStatusItemPrefs(&button);
         QCOMPARE(m_statusItem.requests.constLast(), u"hide, stored on"_s);

@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-// One process, one window: the slots tell one story.
+// A process has one preferences window, so the tests depend on their order.
 class tst_MVPreferences final : public TestCase
 {
     Q_OBJECT

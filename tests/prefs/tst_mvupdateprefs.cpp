@@ -19,7 +19,7 @@ private:
     std::unique_ptr<FakeUpdateProgram> m_program;
     std::unique_ptr<SUUpdater> m_updater;
 
-    // An updater whose last check was then.
+    // An updater with that date of its last check.
     void makeUpdater(const QVariant& lastCheck = {}, bool hasFeed = true)
     {
         auto defaults = std::make_unique<UserDefaults>(m_folder->filePath(u"updates.conf"_s));

@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// From one pane to another.
+/// Changes from one pane to another.
 class tst_PaneChanges final : public ControllerTest
 {
     Q_OBJECT
@@ -105,7 +105,7 @@ private Q_SLOTS:
         click(u"c"_s);
         QCOMPARE(m_controller->currentPane(), m_c);
         QCOMPARE(subviews(), views({m_a, m_b, m_c}));
-        // The first view is still the one that was there when the first click came.
+        // The first view is still the one that was shown before the first click.
         QCOMPARE(notes(),
                  (QStringList{u"a will disappear"_s, u"b will appear"_s, u"a will disappear"_s, u"c will appear"_s}));
         QTRY_COMPARE(m_notes.size(), 4);
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QVERIFY(!m_b->paneView()->isVisible());
         QCOMPARE(seen(), QColor(Qt::green));
 
-        // The next change takes it away.
+        // The next change removes it.
         click(u"a"_s);
         QCOMPARE(notes(), (QStringList{u"b will disappear"_s, u"a will appear"_s}));
         QTRY_VERIFY(!isFading());
@@ -133,7 +133,7 @@ private Q_SLOTS:
         QCOMPARE(m_controller->currentPane(), m_a);
         QCOMPARE(subviews(), views({m_b, m_a}));
         QTRY_COMPARE(m_notes.size(), 8);
-        // Both fades began with that view as the lowest one.
+        // Both fades have that view as the lowest one.
         QCOMPARE(notes(),
                  (QStringList{u"a will disappear"_s, u"b will appear"_s, u"a will disappear"_s, u"a will appear"_s,
                               u"a did disappear"_s, u"b did appear"_s, u"a did disappear"_s, u"a did appear"_s}));
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QVERIFY(!m_b->paneView()->isVisible());
         QCOMPARE(seen(), QColor(Qt::red));
 
-        // The next change takes the pane between away.
+        // The next change removes the second pane.
         click(u"c"_s);
         QTRY_VERIFY(!isFading());
         QCOMPARE(subviews(), views({m_a, m_c}));
@@ -190,7 +190,7 @@ private Q_SLOTS:
         QCOMPARE(m_controller->toolbar().selectedItemIdentifier(), u"a"_s);
         QVERIFY(button(u"a"_s)->isChecked());
         QCOMPARE(notes(), QStringList());
-        // Empty as it was before the first pane: no fade.
+        // An empty window shows a pane without a fade.
         m_controller->showPane(m_b);
         QCOMPARE(notes(), (QStringList{u"b will appear"_s, u"b did appear"_s}));
         QVERIFY(!isFading());

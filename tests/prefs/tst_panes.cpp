@@ -37,15 +37,15 @@ public:
 
 struct ExpectedPane
 {
-    const char* view; // the layout file's
+    const char* view; // of the layout file
     QStringView identifier;
     QStringView image;
     QStringView name;
-    const char* preparationLine; // of the log, if any
+    const char* preparationLine; // of the log; null if there is none
     const char* appearanceLine;
 };
 
-// In the order of their buttons.
+// The panes in the order of their buttons.
 constexpr std::array expectedPanes{
     ExpectedPane{"ConfigView", u"com.morvel.prefspane.config", u"Config", u"Configuration", nullptr, "paneWillAppear"},
     ExpectedPane{"AttestationConfigView", u"com.morvel.prefspane.attestation", u"Attestation", u"Attestations",
@@ -56,7 +56,7 @@ constexpr std::array expectedPanes{
                  "'MVUpdatePrefs' initialization", "'MVUpdatePrefs' paneWillAppear"},
 };
 
-// The texts that have less room than they need.
+// The texts that are cut.
 QStringList cutTexts(const QWidget& window)
 {
     QStringList cut;
@@ -64,7 +64,7 @@ QStringList cutTexts(const QWidget& window)
         const auto* label = qobject_cast<const QLabel*>(widget);
         const bool shows =
             label || qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget);
-        // One that gives way in its middle tells the whole in its tool tip.
+        // An elided label has its whole text in its tool tip.
         if (!shows || !widget->isVisible() || !widget->toolTip().isEmpty())
             continue;
         const bool wraps = label && label->wordWrap();
@@ -75,7 +75,7 @@ QStringList cutTexts(const QWidget& window)
     return cut;
 }
 
-// Where the texts that the user reads are not written as French is.
+// Places where texts break the rules of French typography.
 QStringList badTypography(const QString& text)
 {
     static const std::array<std::pair<QRegularExpression, QString>, 4> faults{{
@@ -94,7 +94,7 @@ QStringList badTypography(const QString& text)
 
 } // namespace
 
-/// What all panes have in common.
+/// Properties of all panes.
 class tst_Panes final : public PaneTest
 {
     Q_OBJECT
@@ -116,7 +116,7 @@ private:
         return QTest::qWaitForWindowActive(m_controller->window());
     }
 
-    /// Each pane, shown alone and without a fade, with all that it can show.
+    /// Shows each pane without a fade, with all its optional controls.
     template <typename Function>
     void forEachShown(Function function)
     {
@@ -178,7 +178,7 @@ private Q_SLOTS:
             QVERIFY2(QFile::copy(QStringLiteral(PELMORA_STAGE_SHARE) + file, resources.path() + file),
                      qPrintable(file));
         }
-        // Each alone finds its image; without it there is none.
+        // Each icon is found only with its image file.
         const Bundle images(resources.path());
         const auto icons = [&](const Bundle& bundle) {
             const auto client = std::make_shared<LVitAccess>(ServiceCommand{m_folder->filePath(u"absent"_s), {}});
@@ -318,7 +318,7 @@ private Q_SLOTS:
         forEachShown([&](PaneViewController& pane) {
             for (const QWidget* widget : pane.view().findChildren<QWidget*>()) {
                 const auto* label = qobject_cast<const QLabel*>(widget);
-                // The explanations of the modes are as they stand; paths are the user's.
+                // The explanations of the modes are fixed texts. Paths come from the user.
                 const QStringList fixed{u"infosTestField"_s, u"folderTextField"_s, u"lastCheckTextField"_s};
                 if (label && !fixed.contains(label->objectName()))
                     problems += badTypography(label->text());

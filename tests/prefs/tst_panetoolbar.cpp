@@ -6,7 +6,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// The toolbar, as the window has it.
+/// The toolbar in its window.
 class tst_PaneToolbar final : public ControllerTest
 {
     Q_OBJECT
