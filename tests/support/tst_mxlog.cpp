@@ -21,7 +21,7 @@ struct Line
     friend bool operator==(const Line&, const Line&) = default;
 };
 
-// A logger that keeps its lines.
+// A logger that records its lines.
 class RecordingLog
 {
 public:
@@ -166,7 +166,7 @@ private Q_SLOTS:
         const ssize_t count = read(terminal, shown.data(), shown.size());
         for (const int descriptor : {before, terminal, screen})
             ::close(descriptor);
-        // The terminal itself turns the end of the line into two characters.
+        // The terminal converts a line feed to two characters.
         QCOMPARE(QByteArray(shown.data(), std::max<ssize_t>(count, 0)), QByteArray("une ligne 7\r\n"));
     }
 

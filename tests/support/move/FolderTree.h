@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-// Folders with a bit of everything that an application holds, and what is in them.
+// Folders with every kind of entry that an application has, and their lists.
 
 /// Makes such a folder, which must not exist; false when that fails.
 [[nodiscard]] bool makeFolderTree(const QString& path);

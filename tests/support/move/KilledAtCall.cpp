@@ -8,7 +8,7 @@ bool isKilledAt(const QString& call, int n, const QStringList& command)
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // Leaks cannot be looked for in a process that is traced.
+    // The leak sanitizer does not work in a traced process.
     environment.insert(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);
     process.setProcessEnvironment(environment);
     const QString fault = u"inject=%1:signal=KILL:when=%2"_s.arg(call).arg(n);

@@ -4,17 +4,17 @@
 
 #include <expected>
 
-// What the move to the Applications folder does on the Macintosh in its own ways, for a port to that platform. No
-// program holds it.
+// The parts of the move to the Applications folder that are particular to the Macintosh, for a port to it. No
+// program contains this code.
 
-/// Releases of the platform (integer part of the application kit's version) from which things are done otherwise.
+/// Releases of the platform (integer part of the application kit's version) that changed the move.
 namespace MacintoshRelease {
-/// The last release of 10.5: what came after is above it.
+/// The last release of 10.5.
 inline constexpr int lastOf10_5 = 949;
 inline constexpr int firstOf10_8 = 1187;
 } // namespace MacintoshRelease
 
-/// The right to be asked for where the move takes an administrator.
+/// The right that the move requests when it needs an administrator.
 inline constexpr QStringView administratorsRight{u"system.privilege.admin"};
 
 /// The commands of that platform.
@@ -31,14 +31,14 @@ public:
 
     /// Prints the mounted disk images as a property list.
     [[nodiscard]] static MoveCommand listMountedImages();
-    /// Ends with status 0 when the copy runs. Nothing from the release on where the platform tells what runs.
+    /// Exits with status 0 when the copy runs. Absent from the release on that lists running applications.
     [[nodiscard]] std::optional<MoveCommand> testRunning(const QString& destination) const;
 
 private:
     int m_release;
 };
 
-/// What moving to the trash asks of that platform.
+/// The platform's functions for moving to the trash.
 class MacintoshTrash
 {
 public:
@@ -48,11 +48,11 @@ public:
 
     [[nodiscard]] virtual bool trashItem(const QString& path) = 0;
     [[nodiscard]] virtual bool recycleItem(const QString& name, const QString& parentFolder) = 0;
-    /// The failure is the reason.
+    /// An error contains its reason.
     [[nodiscard]] virtual std::expected<void, QString> runScript(const QStringList& lines) = 0;
     virtual void logError(const QString& line) = 0;
 };
 
-/// Moves an item to the trash, by the first of three ways that succeeds. False, and two lines in the log, when none
-/// does.
+/// Moves an item to the trash by the first of three ways that succeeds. False, and two lines in the log, when all
+/// fail.
 [[nodiscard]] bool moveToMacintoshTrash(const QString& path, int release, MacintoshTrash& platform);

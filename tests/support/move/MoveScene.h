@@ -45,7 +45,7 @@ inline MoveOutcome moveWith(RecordedMove& platform, const MoveSurroundings& valu
     return moveToApplications(values, LinuxMoveCommands(), StringTable(), platform);
 }
 
-// What is asked for before the question, when the copy lies on the root file system.
+// The operations before the question, when the copy is on the root file system.
 inline QStringList questions(const MoveSurroundings& values = surroundings())
 {
     const QString parent = values.bundlePath.left(values.bundlePath.lastIndexOf(u'/'));
@@ -111,7 +111,7 @@ inline void putOnDiskImage(RecordedMove& platform)
     platform.images = twoImages();
 }
 
-// A move that takes an administrator's rights: to a folder that is not the user's.
+// A move that needs an administrator's rights, to a folder of another owner.
 inline void requireAuthorization(RecordedMove& platform)
 {
     platform.entries.clear();

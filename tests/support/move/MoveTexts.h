@@ -4,7 +4,7 @@
 
 #include <QString>
 
-// Paths with characters that shells and scripts treat in their own way, and what becomes of them.
+// Paths with special characters of shells and scripts, and the operations on them.
 namespace MoveTexts {
 
 using namespace Qt::StringLiterals;

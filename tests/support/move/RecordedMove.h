@@ -4,7 +4,7 @@
 
 #include <QHash>
 
-/// A platform that does nothing but note what it is asked for, in order, and answers as it is told to.
+/// A platform that only records its calls in order, and gives prepared answers.
 class RecordedMove : public MoveOperations
 {
 public:
@@ -24,7 +24,7 @@ public:
     bool trashes = true;
     bool recycles = true;
     Right right = Right::Granted;
-    /// Of the commands run with authorisation, in order; 0 beyond.
+    /// The statuses of the commands run with authorisation, in order; 0 for further ones.
     QList<std::optional<int>> authorizedEnds;
     MoveQuestion question;
 

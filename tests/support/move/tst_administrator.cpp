@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Stands in for the program that asks for the password, first in the path until its end.
+// Replaces the program that asks for the password. It is first in the path during the object's life.
 class FakeAsking
 {
 public:
@@ -105,7 +105,7 @@ private Q_SLOTS:
         Administrator administrator;
         QCOMPARE(administrator.request(), Administrator::Answer::Granted);
         QCOMPARE(administrator.run({u"/bin/sh"_s, u"-c"_s, script}), status);
-        // And the next command has its own.
+        // The next command has its own status.
         QCOMPARE(administrator.run({u"true"_s}), std::optional(0));
     }
 
@@ -163,8 +163,8 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         Administrator administrator;
         QCOMPARE(administrator.request(), Administrator::Answer::Granted);
-        // What another process of the same user does: it writes commands to all that this one has open. It may not be
-        // able to open some of it, which is no fault.
+        // Another process of the same user writes commands to all open descriptors of this one. It may not be
+        // able to open some of them.
         const QString intrusion =
             u"for d in /proc/%1/fd/*; do (echo touch %2/intrusion >$d) 2>/dev/null; done; exit 0"_s.arg(
                 QString::number(QCoreApplication::applicationPid()), folder.path());

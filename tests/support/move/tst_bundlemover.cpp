@@ -120,7 +120,7 @@ private Q_SLOTS:
         RecordedMove platform;
         furnish(platform);
         requireAuthorization(platform);
-        // How the deletion ends does not matter, as long as it does by itself.
+        // The deletion may fail, but must end by itself.
         platform.authorizedEnds = {1, 0};
         QCOMPARE(moveWith(platform), MoveOutcome::Ends);
         const QString relaunchingThere = QString(relaunching).replace(destination, lockedDestination);

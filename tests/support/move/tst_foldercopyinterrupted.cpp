@@ -51,7 +51,7 @@ private Q_SLOTS:
             QVERIFY(count < 200);
         }
         QVERIFY(count > 0);
-        // The last one went through, and has swept up after those that were killed.
+        // The last run was not killed, and has removed the files of the killed ones.
         QCOMPARE(folderTreeOf(target), whole);
         QCOMPARE(namesIn(folder.path() + u"/Applications"_s), QStringList{u"Pelmora.app"_s});
     }

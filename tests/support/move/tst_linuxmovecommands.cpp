@@ -20,7 +20,7 @@ using namespace MoveTexts;
 
 namespace {
 
-// A bundle whose program notes its arguments, one a line, in the file "started" beside the bundle.
+// A bundle whose program writes its arguments, one a line, to the file "started" beside the bundle.
 bool makeBundle(const QString& path)
 {
     QFile program(path + "/bin/pelmora"_L1);
@@ -30,7 +30,7 @@ bool makeBundle(const QString& path)
            program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
-/// A bundle, and where it shall be copied: `const auto [folder, source, destination, isMade] = Bundles();`
+/// A bundle and its destination: `const auto [folder, source, destination, isMade] = Bundles();`
 struct Bundles
 {
     explicit Bundles(const QString& name = u"Pelmora"_s)
@@ -113,8 +113,8 @@ private Q_SLOTS:
     {
         const auto [folder, path, destination, isMade] = Bundles();
         QVERIFY(isMade);
-        // A shell that becomes a program which never asks for the shell's child. The child ends after that: a shell
-        // might ask.
+        // A shell that replaces itself by a program which never waits for the shell's child. The child ends afterwards,
+        // because a shell might wait for it.
         QProcess parent;
         parent.start(u"/bin/sh"_s,
                      {u"-c"_s, u"until grep -q sleep /proc/$$/comm; do :; done & echo $!; exec sleep 60"_s});
@@ -135,7 +135,7 @@ private Q_SLOTS:
         const QString destination = folder.path() + "/Applications/-a b.app"_L1;
         QVERIFY(makeBundle(source));
         QVERIFY(QDir().mkpath(folder.path() + "/Applications"_L1));
-        // What an interrupted copy has left.
+        // Files of an interrupted copy.
         QVERIFY(makeBundle(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
         const LinuxMoveCommands commands;
         const MoveCommand copy = commands.privilegedCopy(source, destination);
@@ -145,7 +145,7 @@ private Q_SLOTS:
                  QStringList{u"-a b.app"_s});
         QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
 
-        // One that was not deleted stays as it is.
+        // A bundle that was not deleted is unchanged.
         QVERIFY(QProcess::execute(copy.program, copy.arguments) != 0);
         QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
     }
@@ -227,7 +227,7 @@ private Q_SLOTS:
         const auto [folder, source, destination, isMade] = Bundles();
         QVERIFY(isMade);
         QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06755), 0);
-        // In the place of the program that gives the copy its permissions: tells who may enter the folder above it.
+        // Replaces chmod, which sets the copy's permissions, and records those of the folder above the copy.
         QFile watcher(folder.path() + "/programmes/chmod"_L1);
         QVERIFY(QDir().mkpath(folder.path() + "/programmes"_L1) && watcher.open(QIODevice::WriteOnly));
         watcher.write("#!/bin/sh\nfor copy; do :; done\nstat -c %a -- \"${copy%/*}\" >\"${0%/*}/mode\"\n"

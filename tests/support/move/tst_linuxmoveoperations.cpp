@@ -90,7 +90,7 @@ private Q_SLOTS:
     void withoutATrashNothingIsMoved_data()
     {
         QTest::addColumn<QString>("dataFolder");
-        // In the test's folder, "." being that folder itself.
+        // Paths in the test's folder; "." is that folder.
         QTest::newRow("a file where the data lie") << u"./fichier"_s;
         QTest::newRow("a file on the way there") << u"./fichier/share"_s;
         QTest::newRow("a file where the trash lies") << u"./dossier"_s;
@@ -147,7 +147,7 @@ private Q_SLOTS:
 
     void startedCommandsAreNotWaitedFor()
     {
-        // It waits for a word that comes after it has been started.
+        // The command waits for a text that is written after its start.
         QCOMPARE(m_platform->run({u"mkfifo"_s, {path(u"tube"_s)}}), std::optional(0));
         m_platform->start({u"/bin/sh"_s, {u"-c"_s, u"cat '%1' >'%2'"_s.arg(path(u"tube"_s), path(u"fin"_s))}});
         QFile pipe(path(u"tube"_s));

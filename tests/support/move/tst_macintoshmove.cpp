@@ -13,7 +13,7 @@ namespace {
 const QString script = u"script | set theFile to POSIX file \""_s + path +
                        u"\" | tell application \"Finder\" | move theFile to trash | end tell"_s;
 
-// Notes what it is asked for, in order, and answers as it is told to.
+// Records its calls in order, and gives prepared answers.
 class RecordedTrash final : public MacintoshTrash
 {
 public:

@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(inner->device, u"/dev/loop0"_s);
         const std::optional<MountedImages::Volume> itself = images.volumeOf(folder.path() + "/disk"_L1);
         QVERIFY(itself && !itself->isRootFileSystem);
-        // A name that begins alike is another folder.
+        // A folder whose name begins with the same text.
         const std::optional<MountedImages::Volume> beside = images.volumeOf(folder.path() + "/disk2"_L1);
         QVERIFY(beside && beside->isRootFileSystem);
         QCOMPARE(beside->device, u"/dev/sda1"_s);
@@ -88,7 +88,7 @@ private Q_SLOTS:
     void removableMediaAreImages()
     {
         const QTemporaryDir folder;
-        // As the kernel has it: numbers are links to the devices, and partitions lie inside their disk.
+        // As in the kernel: numbers are links to the devices, and partitions are inside their disk.
         const QString devices = folder.path() + "/devices"_L1;
         const QString numbers = folder.path() + "/numbers"_L1;
         QVERIFY(QDir().mkpath(numbers));

@@ -22,8 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The platform as it is, but for people and their passwords: the question is accepted, and commands that take an
-// administrator's rights run with those of the test. Kills its process instead of the n-th operation.
+// The real platform, except for the user: the question is accepted, and commands that need an
+// administrator's rights run with the test's. Kills its process instead of the n-th operation.
 class MortalMove final : public RecordedMove
 {
 public:
@@ -60,7 +60,7 @@ MoveOperations::ItemFacts MortalMove::factsOf(const QString& path)
 {
     static_cast<void>(RecordedMove::factsOf(path));
     ItemFacts real = m_platform.factsOf(path);
-    // Whom the test runs as may write everywhere: a folder is locked when the test says so.
+    // The test may run as root, who can write everywhere. So the test sets which folders are locked.
     if (facts.contains(path))
         real.isWritable = facts.value(path).isWritable;
     return real;
@@ -103,7 +103,7 @@ enum class End
     Otherwise
 };
 
-// Moves in a process of its own, which dies at its n-th operation when it has so many.
+// Moves in a child process, which is killed at its n-th operation.
 End moveUntil(int fatalOperation, const MoveSurroundings& surroundings, bool isLocked)
 {
     const pid_t child = fork();
@@ -158,7 +158,7 @@ private Q_SLOTS:
         int operation = 0;
         End end = End::Killed;
         while (end == End::Killed) {
-            // As the interrupted one has left it, but for what the user puts there again.
+            // The state after the interruption, with the bundle that the user downloads again.
             if (!QFile::exists(surroundings.bundlePath))
                 QVERIFY(makeFolderTree(surroundings.bundlePath));
             if (QFile::exists(destination) != hasOldCopy)
@@ -167,7 +167,7 @@ private Q_SLOTS:
             const bool isSourceWhole = folderTreeOf(surroundings.bundlePath) == whole;
             const bool isDestinationWhole = folderTreeOf(destination) == whole;
             QVERIFY2(isSourceWhole || isDestinationWhole, qPrintable(QString::number(operation)));
-            // And nothing that looks like a copy is a broken one.
+            // No folder with the name of a copy is incomplete.
             QVERIFY(isSourceWhole || !QFile::exists(surroundings.bundlePath));
             QVERIFY(isDestinationWhole || !QFile::exists(destination));
         }
@@ -223,11 +223,11 @@ private Q_SLOTS:
         const QString path = folder.path() + "/Applications/Pelmora.app"_L1;
         QVERIFY(makeFolderTree(source));
         const QStringList whole = folderTreeOf(source);
-        // What an interrupted copy has left.
+        // Files of an interrupted copy.
         QVERIFY(makeFolderTree(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
         const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, path);
         int count = 1;
-        // A killed deletion may leave files. The copy has not failed then.
+        // A killed deletion may leave files, but the copy is complete.
         while (isKilledAt(call, count, QStringList(copy.program) + copy.arguments) ||
                namesIn(folder.path() + "/Applications"_L1).size() > 1) {
             ++count;

@@ -6,7 +6,7 @@
 #include <QRect>
 #include <QWidget>
 
-/// What a shown widget is asked to paint anew, from the time when nothing is left to be painted.
+/// The regions that a shown widget repaints, recorded after it has been painted completely.
 class PaintRecord final : public QObject
 {
 public:

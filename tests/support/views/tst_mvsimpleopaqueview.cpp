@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What a view leaves on a picture that is magenta before.
+// A view painted on a magenta picture.
 QImage drawn(MVSimpleOpaqueView& view, const QRect& part)
 {
     QImage image(view.size(), QImage::Format_RGB32);

@@ -88,7 +88,7 @@ private Q_SLOTS:
         QVERIFY(bounds.contains(title));
         QVERIFY(image.bottom() < title.top());
         QVERIFY(std::abs(image.center().x() - bounds.center().x()) <= 1);
-        // As much air above the image as below the title.
+        // The margins above the image and below the title are equal.
         QVERIFY(std::abs((image.top() - bounds.top()) - (bounds.bottom() - title.bottom())) <= 1);
     }
 
@@ -162,14 +162,14 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(&window));
         first->setFocus();
         const QImage unfocused = drawn(*second, Qt::magenta);
-        // Until then nothing tells that the first one has it.
+        // Before that, the focus of the first button is not shown.
         QCOMPARE(drawn(*first, Qt::magenta), unfocused);
         QTest::keyClick(first, Qt::Key_Tab);
         QVERIFY(second->hasFocus());
         const QImage focused = drawn(*second, Qt::magenta);
         QVERIFY(differingPixels(unfocused, focused) > 400);
         QCOMPARE(drawn(*first, Qt::magenta), unfocused);
-        // Inside the tile, in the ink's colour.
+        // The focus frame is inside the tile, in the ink's colour.
         QVERIFY(edgesAre(focused, green));
         QCOMPARE(focused.pixelColor(80, 4), second->cell().inkColor(*second));
     }
@@ -219,7 +219,7 @@ private Q_SLOTS:
     {
         QCOMPARE(contrastRatio(Qt::black, Qt::white), 21.0);
         QCOMPARE(contrastRatio(Qt::white, Qt::white), 1.0);
-        // The well-known lightest grey that white still reads on.
+        // The lightest grey with enough contrast to white.
         QVERIFY(std::abs(contrastRatio(QColor(0x76, 0x76, 0x76), Qt::white) - 4.54) < 0.01);
     }
 
