@@ -2,7 +2,7 @@
 
 #include <QByteArray>
 
-/// What an item of a feed says; an absent value leaves its element or attribute out.
+/// The values of a feed's item. An absent value leaves out its element or attribute.
 struct FeedItem
 {
     QByteArray version = "2.0";

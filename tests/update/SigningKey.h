@@ -6,7 +6,7 @@
 
 #include <sodium.h>
 
-/// A key pair of a maker, made anew.
+/// A new key pair.
 class SigningKey
 {
 public:

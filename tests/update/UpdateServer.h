@@ -14,7 +14,7 @@
 class QTcpServer;
 class QTcpSocket;
 
-/// A certification authority of the test's own, and the certificates that it gives to servers on 127.0.0.1.
+/// A private certification authority, and its certificates for servers on 127.0.0.1.
 class CertificateAuthority
 {
 public:
@@ -34,7 +34,7 @@ public:
 
     CertificateAuthority();
 
-    /// Whether the system's tools could make it.
+    /// False when the system's tools failed.
     [[nodiscard]] bool isValid() const { return !m_certificate.isNull(); }
     [[nodiscard]] const QSslCertificate& certificate() const { return m_certificate; }
     [[nodiscard]] Identity identity(Kind kind) const;
@@ -47,13 +47,13 @@ private:
     QSslCertificate m_certificate;
 };
 
-/// A web server on loopback that answers well or badly, as it is told.
+/// A web server on loopback with valid or faulty answers.
 class UpdateServer final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What it does once it has sent its answer.
+    /// The server's behaviour after its answer.
     enum class Then
     {
         Close,
@@ -61,9 +61,9 @@ public:
         Stall,
         /// Breaks the connection.
         Reset,
-        /// Sends the last bytes again and again, as fast as they are taken.
+        /// Repeats the last bytes as fast as they are received.
         Flood,
-        /// Sends the last bytes again and again, one after another.
+        /// Repeats the last bytes, one at a time.
         Drip
     };
 
@@ -72,24 +72,24 @@ public:
         QByteArray head;
         QByteArray body;
         Then then = Then::Close;
-        /// Whether the head has an end, or the body is more of it.
+        /// Whether the head has an end. If not, the body continues it.
         bool endsHead = true;
     };
 
-    /// Over plain HTTP without an identity, else over HTTPS.
+    /// Plain HTTP without an identity, else HTTPS.
     explicit UpdateServer(const std::optional<CertificateAuthority::Identity>& identity = std::nullopt);
     ~UpdateServer() override;
 
     [[nodiscard]] QUrl address(const QString& path) const;
     void setAnswer(const QString& path, Answer answer) { m_answers.insert(path, std::move(answer)); }
 
-    /// A sound answer.
+    /// A valid answer.
     [[nodiscard]] static Answer ok(const QByteArray& type, const QByteArray& body);
     [[nodiscard]] static Answer redirect(const QUrl& target);
 
-    /// The heads of the requests that came, in order.
+    /// The heads of the received requests, in order.
     [[nodiscard]] const QList<QByteArray>& requests() const { return m_requests; }
-    /// Stops, as a server does that is switched off.
+    /// Stops the server, as if it were switched off.
     void stop();
 
 private:
@@ -101,6 +101,6 @@ private:
     QHash<QString, Answer> m_answers;
     QHash<QTcpSocket*, QByteArray> m_received;
     QList<QByteArray> m_requests;
-    // Its connections end before what is noted about them.
+    // The connections are destroyed before the records about them.
     std::unique_ptr<QTcpServer> m_server;
 };

@@ -19,8 +19,8 @@ inline const QByteArray samplePackage(200'000, 'p');
 inline constexpr auto feedType = "application/rss+xml; charset=utf-8";
 inline constexpr auto packageType = "application/octet-stream";
 
-/// What the tests of searches and downloads share: a maker's server on loopback, over TLS, which publishes version 2.0
-/// anew for each test, and a configuration of version 1.0 that asks it.
+/// Shared by the tests of searches and downloads: a server on loopback, over TLS, which publishes version 2.0
+/// again for each test, and a configuration of version 1.0 that uses it.
 class UpdateSessionTest : public TestCase
 {
     Q_OBJECT
@@ -72,7 +72,7 @@ protected:
         server.setAnswer(QStringLiteral("/pelmora.deb"), UpdateServer::ok(packageType, samplePackage));
     }
 
-    // A configuration whose patience ends soon where that is what is tested.
+    // A configuration with a short limit when the limit is tested.
     [[nodiscard]] UpdateConfiguration configurationFor(UpdateFailure failure) const
     {
         UpdateConfiguration changed = configuration();

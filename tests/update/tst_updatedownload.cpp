@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 using Then = UpdateServer::Then;
 using Answer = UpdateServer::Answer;
 
-/// What becomes of a download when the package, its server or the disk is bad.
+/// Downloads with a faulty package, server or disk.
 class tst_UpdateDownload final : public UpdateSessionTest
 {
     Q_OBJECT

@@ -66,7 +66,7 @@ private:
     }
     [[nodiscard]] std::unique_ptr<UpdateRun> run() const { return run(m_fixture->configuration()); }
 
-    // One that has found the update; null when it does not.
+    // A run that has found the update; null when it does not.
     [[nodiscard]] std::unique_ptr<UpdateRun> runWithUpdate() const
     {
         auto run = this->run();
@@ -75,7 +75,7 @@ private:
     }
 
     [[nodiscard]] qsizetype requests() const { return m_fixture->server().requests().size(); }
-    // When the feed was last asked, as another process reads it.
+    // The date of the last check, as another process reads it.
     [[nodiscard]] QDateTime lastCheck() const { return settings()->object(u"SULastCheckTime"_s).toDateTime(); }
 
 private Q_SLOTS:

@@ -14,13 +14,13 @@ constexpr auto okHead = "HTTP/1.1 200 OK\r\nContent-Type: application/rss+xml\r\
 
 } // namespace
 
-/// What becomes of a search when the server or its feed is bad.
+/// Searches with a faulty server or feed.
 class tst_UpdateSearch final : public UpdateSessionTest
 {
     Q_OBJECT
 
 private:
-    // Why a search fails; the failure's text where it does, else the number of the state that it ended in.
+    // The text of a search's failure, else the number of its last state.
     [[nodiscard]] static QString failureOf(const UpdateConfiguration& configuration)
     {
         UpdateSession session(configuration);

@@ -9,7 +9,7 @@
 using namespace Qt::StringLiterals;
 using Then = UpdateServer::Then;
 
-/// The whole way of a session, what ends it, and what it tells the server.
+/// A session's states, its end, and its requests to the server.
 class tst_UpdateSession final : public UpdateSessionTest
 {
     Q_OBJECT
@@ -148,14 +148,14 @@ private Q_SLOTS:
         }
         QCOMPARE(session->state(), State::Verifying);
         session.reset();
-        // Its result, which is on its way, finds nobody.
+        // The result of the verification arrives after the session's end.
         QCoreApplication::processEvents();
         QCOMPARE(entriesBelow(m_folder), QStringList());
     }
 
     void requestsContainNothingThatIdentifiesTheUser()
     {
-        // What a server gives away to know people by is not brought back.
+        // Cookies and entity tags of a server are not sent back.
         UpdateServer::Answer marked = UpdateServer::ok(feedType, feed(*m_server, m_key.sign(samplePackage)));
         marked.head += "Set-Cookie: who=me; Path=/\r\nETag: \"me\"\r\n";
         m_server->setAnswer(u"/feed"_s, marked);

@@ -18,7 +18,7 @@ using Then = UpdateServer::Then;
 
 namespace {
 
-// What a person sees: the two texts, what is between them and the buttons, and the buttons from left to right.
+// The visible content: the two texts, the widgets below them, and the buttons from left to right.
 QStringList seenIn(const UpdateWindow& window)
 {
     QStringList seen{window.findChild<QLabel*>(u"headlineLabel"_s)->text(),
@@ -274,7 +274,7 @@ private Q_SLOTS:
         QApplication::setFont(scaled);
         show(m_fixture->configuration());
         const bool isAvailable = reaches(*m_session, State::Available);
-        // Text that is wider than its place is cut: the layout itself lets a button shrink below its text.
+        // A layout can make a button narrower than its text.
         QStringList cut;
         for (const QPushButton* button : m_window->findChildren<QPushButton*>()) {
             if (button->isVisible() && button->width() < button->sizeHint().width())

@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// Qt chooses how it encrypts once: a system that cannot is tried in a program of its own.
+/// Qt chooses its TLS library once per process, so a system without one needs a separate process.
 class tst_UpdateWithoutTls : public TestCase
 {
     Q_OBJECT

@@ -4,8 +4,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// A program in the place of the one for updates: it notes its start with its arguments, each request for its window,
-/// and the end of its input, which ends it.
+/// Replaces the program for updates: it records its start with its arguments, each request for its window,
+/// and the end of its input, after which it exits.
 class FakeUpdateProgram
 {
 public:
@@ -26,7 +26,7 @@ public:
             return {};
         return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
     }
-    /// From now on a request for its window ends it.
+    /// From now on the program exits when its window is requested.
     [[nodiscard]] bool stopAtNextRequest() const
     {
         return QFile(path() + QStringLiteral(".stop")).open(QIODevice::WriteOnly);

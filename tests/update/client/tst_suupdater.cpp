@@ -30,7 +30,7 @@ private:
         return std::make_unique<SUUpdater>(configuration, m_program->path(), settings());
     }
 
-    // One that looks by itself, at once and then as often as it is told.
+    // A configuration with automatic checks: one at once, then at the given interval.
     [[nodiscard]] static UpdateConfiguration automatic(std::chrono::milliseconds interval)
     {
         UpdateConfiguration configuration;
@@ -41,7 +41,7 @@ private:
         return configuration;
     }
 
-    // Whether an updater starts nothing while another one, which may and has come later, starts its program three
+    // Whether an updater starts nothing while another, later one with permission starts its program three
     // times.
     [[nodiscard]] bool isQuietMeanwhile() const
     {
@@ -59,7 +59,7 @@ private:
         return m_program->notes().isEmpty();
     }
 
-    // Stores a date as the program does, from a process of its own: this one has read the file before.
+    // Stores a date from another process, as the program does. This process has read the file before.
     [[nodiscard]] bool storeFromOutside(const QVariant& date) const
     {
         const QString other = m_folder->filePath(u"outside.conf"_s);
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_program->notes(), (QStringList{u"start"_s, u"end"_s}));
     }
 
-    // Whether the application has learned of the end by then or not.
+    // The application may have noticed the end by then or not.
     void onceTheProgramHasEndedTheNextCheckStartsItAgain()
     {
         const auto updater = this->updater();
