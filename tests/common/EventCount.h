@@ -3,7 +3,7 @@
 #include <QEvent>
 #include <QObject>
 
-/// How many events of a type an object gets.
+/// Counts the events of a type that an object receives.
 class EventCount final : public QObject
 {
 public:

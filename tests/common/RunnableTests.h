@@ -4,15 +4,15 @@
 
 #include <type_traits>
 
-/// Runs a class of tests; the arguments are QtTest's, the program first. Gives the number of tests that failed.
+/// Runs a class of tests with QtTest's arguments, the program first. Returns the number of failed tests.
 using TestRun = int (*)(int argc, char** argv);
 
-/// Makes a class of tests one that its program runs when it is asked for by its name, in any case of letters.
-/// Called while the program's constants are made. Always true.
+/// Registers a class of tests under its name, which is compared without case.
+/// Called during static initialisation. Always true.
 bool addRunnableTests(const char* name, TestRun run);
 
 /// Adds a class of tests to its program: `template class RunnableTests<tst_Name, QCoreApplication>;` Application is
-/// what the tests need around them; void is nothing.
+/// the application object that the tests need; void is none.
 template <typename Tests, typename Application>
 class RunnableTests
 {

@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// The messages of the running test, on their way to QtTest.
+/// The messages of the running test, before QtTest receives them.
 class TestMessages
 {
 public:
@@ -35,10 +35,10 @@ public:
 private:
     void handle(QtMsgType type, const QMessageLogContext& context, const QString& message)
     {
-        // Qt's platform without a display says this of every window. It tells nothing about our code.
+        // Qt's platform without a display writes this about every window.
         if (message.startsWith("This plugin does not support "_L1) || isAnnounced(message))
             return;
-        // QtTest fails tests on warnings alone, and forgets after each test that it shall.
+        // QtTest fails tests on warnings only, and resets this after each test.
         const bool isFault = type == QtWarningMsg || type == QtCriticalMsg;
         if (isFault)
             QTest::failOnWarning(m_anything);
@@ -62,7 +62,7 @@ private:
 
 void TestCase::initTestCase_data()
 {
-    // QtTest has put its handler in place by now, and takes ours away with it at its end.
+    // QtTest has installed its handler already, and removes this one together with it.
     TestMessages::instance().install();
 }
 

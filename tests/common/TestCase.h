@@ -5,28 +5,28 @@
 
 #include <atomic>
 
-/// What every class of tests is. A warning or a critical message fails the test in which it comes, unless the test has
-/// announced it: QTest::ignoreMessage(QtWarningMsg, …), for a critical one too.
+/// The base of every class of tests. A warning or a critical message fails the running test, unless the test has
+/// announced it with QTest::ignoreMessage(QtWarningMsg, …), also for a critical one.
 class TestCase : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    // Not initTestCase() nor init(), which the classes have of their own: QtTest would then call theirs alone.
+    // initTestCase() and init() are left to the derived classes, because QtTest would call only theirs.
     void initTestCase_data();
 };
 
-/// Announces messages of which any number may come while it lives, where QTest::ignoreMessage() announces one. There is
-/// one at a time.
+/// Announces any number of messages during its life, while QTest::ignoreMessage() announces one. There is
+/// one object at a time.
 class AnnouncedMessages
 {
 public:
-    /// How each of them begins.
+    /// The messages begin with this text.
     explicit AnnouncedMessages(QString beginning);
     ~AnnouncedMessages();
     Q_DISABLE_COPY_MOVE(AnnouncedMessages)
 
-    /// How many have come.
+    /// The number of messages so far.
     [[nodiscard]] int count() const { return m_count; }
 
 private:

@@ -22,7 +22,7 @@ namespace {
 
 using Runs = std::map<QByteArray, TestRun>;
 
-// Inside of a function: the classes are added before main(), in any order.
+// A local object, because the classes are added before main() in any order.
 Runs& runs()
 {
     static Runs all;
@@ -30,10 +30,10 @@ Runs& runs()
 }
 
 #ifdef __SANITIZE_THREAD__
-// ThreadSanitizer cannot see how Qt's own threads synchronise (Qt is not instrumented), and QtTest has one such thread:
-// a watchdog, which it leaves out when a debugger watches the program. So the program watches itself: reports that are
-// left are about our code, and nothing has to be suppressed.
-// Gives the exit status of the watched program in the watching one, and nothing in the watched one.
+// Qt is not instrumented, so ThreadSanitizer cannot see how Qt's threads synchronise. QtTest has one such thread:
+// a watchdog, which is not started when the program is traced by a debugger. So the program traces itself. Remaining
+// reports are about Pelmora's code, and no suppressions are needed.
+// Returns the exit status of the traced program in the tracing one, and nothing in the traced one.
 std::optional<int> watchedByItself()
 {
     const pid_t watched = fork();

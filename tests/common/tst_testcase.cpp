@@ -12,7 +12,7 @@ class tst_TestCase : public TestCase
     Q_OBJECT
 
 private:
-    // How many of the program's tests fail.
+    // The number of the program's failed tests.
     static int failures(const QStringList& tests)
     {
         QProcess program;

@@ -9,7 +9,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArrayView bytes(data, static_cast<qsizetype>(size));
-    // The same bytes as a fund table, the other file that the service reads.
+    // The same bytes are read as a fund table, the service's other file.
     FundTable funds;
     [[maybe_unused]] const QStringList skipped = funds.add(QStringLiteral("table"), bytes);
     if (const std::optional<QString> text = decodeXmlBytes(bytes)) {

@@ -1,4 +1,4 @@
-// A program that does nothing: the tests borrow the headers that were compiled for it.
+// A program that does nothing. The tests use its precompiled headers.
 int main()
 {
     return 0;

@@ -15,7 +15,7 @@ namespace {
 
 const QString card = u"<T_AsnDonneesVitale/>"_s;
 
-/// The calls of a library, as the test's table names them.
+/// The calls of a library.
 enum class Call
 {
     None,
@@ -26,10 +26,10 @@ enum class Call
     ReadCard
 };
 
-/// What the test shares with a library that it gives away.
+/// Shared by the test and the library that it gives away.
 struct Stage
 {
-    std::counting_semaphore<> release{0}; // the call that hangs goes on
+    std::counting_semaphore<> release{0}; // lets the hanging call continue
     std::counting_semaphore<> closed{0};  // the library was destroyed
     std::atomic<std::thread::id> closedOn;
     std::atomic<std::thread::id> calledOn;
@@ -100,7 +100,7 @@ private:
     Call m_stuckCall;
 };
 
-/// The library, and what to watch it by. A call that hangs is released, and the end of its thread awaited, at the end.
+/// The library under test. Its destructor releases a hanging call and waits for the end of its thread.
 struct Subject
 {
     explicit Subject(Call stuckCall, DeadlineLimits limits = {})
@@ -166,7 +166,7 @@ private Q_SLOTS:
             QVERIFY(library.readCard().has_value());
             QVERIFY(stage->calledOn.load() == worker);
         }
-        // The end of the library was waited for.
+        // The destructor has waited for the library's end.
         QVERIFY(stage->closed.try_acquire());
         QVERIFY(stage->closedOn.load() == stage->calledOn.load());
     }
@@ -216,7 +216,7 @@ private Q_SLOTS:
         QVERIFY(subject.library->readCard() == std::unexpected(ReadResult::ReaderFault));
         QCOMPARE(subject.library->hint(), u"un autre programme"_s);
         QVERIFY(subject.library->isBeyondUse());
-        // The next one has no time at all.
+        // The next read fails at once.
         QVERIFY(subject.library->readCard() == std::unexpected(ReadResult::CardMute));
     }
 

@@ -8,11 +8,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What a library of the test is like, and what was asked of it.
+/// The behaviour of a test's library, and its calls.
 struct Script
 {
     QString name;
-    std::optional<LibraryKind> kind; // what initialise answers, but for a refused mode
+    std::optional<LibraryKind> kind; // the result of initialise(), except for a refused mode
     LibraryMode refused = LibraryMode::System;
     QList<LibraryMode> asked = {};
     CardReaderState state = CardReaderState::Empty;
@@ -48,7 +48,7 @@ private:
     Script* m_script;
 };
 
-/// Both libraries, the installed one there or not, and the choice between them.
+/// Both libraries, the installed one present or not, and the choice between them.
 struct Subject
 {
     explicit Subject(bool isInstalled)

@@ -30,7 +30,7 @@ bool say(int descriptor, QByteArrayView text)
     return ::write(descriptor, text.data(), static_cast<std::size_t>(text.size())) == text.size();
 }
 
-/// What a service does with its descriptors, and what a chatty library in it does.
+/// A service's use of its descriptors, and a library's that prints.
 [[noreturn]] void becomeService(const Pipe& input, const Pipe& output, const Pipe& errors)
 {
     const bool isPlugged = ::dup2(input[0], STDIN_FILENO) >= 0 && ::dup2(output[1], STDOUT_FILENO) >= 0 &&
@@ -44,7 +44,7 @@ bool say(int descriptor, QByteArrayView text)
     ::_exit(isDone ? 0 : 1);
 }
 
-/// Whether a write to a file that may not grow fails as one.
+/// Whether a write beyond the file size limit fails with an error.
 bool writesBeyondTheLimit()
 {
     const int file = ::memfd_create("file", MFD_CLOEXEC);

@@ -23,7 +23,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The errno of the call that has ended so; 0 when it has gone well.
+/// The errno of a failed call; 0 after a success.
 char errorOf(int result)
 {
     return result >= 0 ? char{0} : static_cast<char>(errno);
@@ -39,7 +39,7 @@ int connectTo(const QByteArray& path)
     return made < 0 ? -1 : ::connect(made, reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
-/// A socket that takes connections.
+/// A socket that accepts connections.
 class Listener
 {
 public:
@@ -57,7 +57,7 @@ public:
 
     [[nodiscard]] const QByteArray& path() const { return m_path; }
     [[nodiscard]] bool isReady() const { return m_isReady; }
-    /// What a client has sent.
+    /// The bytes that a client has sent.
     [[nodiscard]] QByteArray received() const
     {
         const int client = ::accept(m_socket, nullptr, nullptr);
@@ -73,7 +73,7 @@ private:
     bool m_isReady = false;
 };
 
-/// What is tried in the sandbox, by its place in the report.
+/// The attempts in the sandbox, by their place in the report.
 enum Attempt
 {
     InternetSocket,
@@ -127,7 +127,7 @@ std::array<char, AttemptCount> attempts(const Surroundings& around)
     return errors;
 }
 
-/// Tried in a child, which alone is confined.
+/// The attempts run in a child process, because the sandbox is permanent.
 Outcome outcomeOf(const Surroundings& around)
 {
     std::array<int, 2> pipe{-1, -1};
@@ -144,7 +144,7 @@ Outcome outcomeOf(const Surroundings& around)
                 QByteArray(errors.data(), errors.size()) + sandbox.obstacles().value_or(QString()).toUtf8();
             isTold = ::write(pipe[1], report.constData(), static_cast<std::size_t>(report.size())) == report.size();
         }
-        // With the sandbox its other process has ended, and has been waited for.
+        // The sandbox's helper process has ended with it, and is reaped.
         const bool hasChild = ::waitpid(-1, nullptr, __WALL) != -1 || errno != ECHILD;
         ::_exit(isTold && !hasChild ? 0 : 1);
     }
@@ -198,7 +198,7 @@ private Q_SLOTS:
         for (std::size_t attempt = 0; attempt < AttemptCount; ++attempt)
             QVERIFY2(outcome.errors.at(attempt) == expected.at(attempt),
                      qPrintable(u"attempt %1 ends with %2"_s.arg(attempt).arg(int{outcome.errors.at(attempt)})));
-        QCOMPARE(pcsc.received(), QByteArray()); // the first, which has sent nothing
+        QCOMPARE(pcsc.received(), QByteArray()); // the first connection, which has sent nothing
         QCOMPARE(pcsc.received(), QByteArray("hello"));
     }
 

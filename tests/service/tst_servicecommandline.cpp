@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The action, or the card, or the complaint, as one text to compare.
+/// The action, the card or the error as one text.
 QByteArray outcome(const QList<QByteArray>& arguments)
 {
     const std::expected<ServiceCommandLine, std::string> line = parseCommandLine(arguments);

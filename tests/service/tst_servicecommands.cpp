@@ -180,7 +180,7 @@ private Q_SLOTS:
                               {u"Result"_s, 13},
                               {u"Detail"_s, u"Aucun lecteur « Feitian SCR301 » n’est branché."_s}};
         QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), std::optional(absent));
-        // A choice that is refused is none.
+        // A refused choice chooses no reader.
         QCOMPARE(statusOf(subject.answer(chooseRequest(feitian, u"CPS"_s))), u"error"_s);
         QCOMPARE(subject.answer(request(ServiceWord::vitaleRead)), std::optional(absent));
         library.setReaders({u"CPS"_s, feitian});

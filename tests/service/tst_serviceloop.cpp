@@ -43,7 +43,7 @@ struct LoopOutcome
     QByteArray replies;
 };
 
-/// A library without readers, which is beyond use from the start or once it has been asked for a card.
+/// A library without readers, which is unusable from the start or after a read.
 class EmptyLibrary final : public ReadingLibrary
 {
 public:
@@ -77,7 +77,7 @@ ServiceCommands commands(bool areBeyondUse = false)
     return ServiceCommands(std::make_unique<EmptyLibrary>(areBeyondUse), {});
 }
 
-/// What a loop makes of these bytes, which must fit a pipe, and their end.
+/// The replies and the end of a loop with these bytes as its input, which must fit into a pipe.
 LoopOutcome outcomeOfLoop(const QByteArray& bytes)
 {
     Pipe requests = makePipe();

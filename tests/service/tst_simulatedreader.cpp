@@ -131,7 +131,7 @@ private Q_SLOTS:
         const QString path = folder.filePath(u"carte.xml"_s);
         QVERIFY(writeFile(path, "<a/>"));
         QVERIFY(QFile::setPermissions(path, {}));
-        // Root may read every file, but not in another's name.
+        // Root can read every file, so the test changes its user.
         constexpr uid_t nobody = 65534;
         const bool isRoot = ::geteuid() == 0;
         if (isRoot)

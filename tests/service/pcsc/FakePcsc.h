@@ -8,8 +8,8 @@
 #include <mutex>
 #include <optional>
 
-/// The PC/SC service of a test program: FakePcsc.cpp defines the functions of PC/SC that the shared library would have.
-/// Its calls wait as PC/SC's do, until the test changes something.
+/// The PC/SC service of a test program. FakePcsc.cpp defines PC/SC's functions in place of the shared library.
+/// Its calls wait, like PC/SC's, until the test changes something.
 class FakePcsc final
 {
 public:
@@ -28,19 +28,19 @@ public:
     FakePcsc& operator=(const FakePcsc&) = delete;
     ~FakePcsc();
 
-    // What happens to it.
+    // Events.
     void setState(const QByteArray& reader, unsigned long state); // a new reader is plugged in
     void unplug(const QByteArray& reader);
     void stop();
     void start();
     void restart();
-    /// A reader that is plugged in between the next list and the call that waits.
+    /// Connects a reader between the next list and the call that waits.
     void plugInAfterList(const QByteArray& reader);
 
     /// Waits until a call waits without a time limit; false when none does within some seconds.
     [[nodiscard]] bool isWaitedFor();
     [[nodiscard]] int contexts();
-    /// How often the service was asked to connect.
+    /// The number of connections.
     [[nodiscard]] int attempts();
 
     // The functions of PC/SC.

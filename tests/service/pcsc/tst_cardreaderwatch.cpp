@@ -40,7 +40,7 @@ Readers fault(CardFault kind = CardFault::ServiceDown)
     return std::unexpected(kind);
 }
 
-/// Gives the readers of a list, one after the other, then waits until it is cancelled.
+/// Returns the states of a list one after the other, then waits until it is cancelled.
 class ListedEvents final : public ReaderEvents
 {
 public:
@@ -75,7 +75,7 @@ private:
     bool m_isCancelled = false;
 };
 
-/// What a watch reports while the readers change like that.
+/// The reports of a watch during these changes.
 QList<CardReaderState> reportsOf(const QList<Readers>& readers)
 {
     QList<CardReaderState> reports;

@@ -149,7 +149,7 @@ private Q_SLOTS:
         QCOMPARE(subject.events.next(), answerWith(CardFault::ServiceDown));
         auto next = subject.next();
         if (!hasFolder) {
-            // The new folder leads to an attempt, which is too early.
+            // The new folder causes an attempt, which is too early.
             QVERIFY(QDir().mkdir(subject.folder()));
             QCOMPARE(subject.answerOf(std::move(next)), answerWith(CardFault::ServiceDown));
             next = subject.next();

@@ -45,12 +45,12 @@ QProcessEnvironment withoutASite()
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"XDG_CONFIG_HOME"_s, folder.path());
     environment.insert(u"XDG_CONFIG_DIRS"_s, folder.path());
-    // Nor the machine's own readers.
+    // The readers of the machine are not used.
     environment.insert(u"PCSCLITE_CSOCK_NAME"_s, folder.filePath(u"absent"_s));
     return environment;
 }
 
-/// The program, asked one question at a time over its real pipes.
+/// The program, with one request at a time over its pipes.
 class Service
 {
 public:
@@ -69,7 +69,7 @@ public:
             const auto next = m_reader.next();
             if (!next)
                 return std::nullopt;
-            // The reader's state comes in between.
+            // Messages about the reader's state can arrive before the reply.
             if (*next && (*next)->number == 0)
                 continue;
             if (*next)
@@ -88,7 +88,7 @@ public:
         return init && choice && choice->value(ServiceWord::status) == QCborValue(ServiceWord::success);
     }
 
-    /// The exit code after the end of its input; -1 when it did not leave by itself.
+    /// The exit code after the end of its input; -1 when it did not exit by itself.
     int finish(const QByteArray& lastBytes = {})
     {
         m_process.write(lastBytes);
@@ -217,14 +217,14 @@ private Q_SLOTS:
         Service service({u"--simulate"_s, specimen});
         QVERIFY(service.bind());
         const QString descriptors = u"/proc/%1/fd/"_s.arg(service.process().processId());
-        // A process that cannot be dumped, which shows as root's, hides its descriptors from others.
+        // A process without core dumps belongs to root in /proc and hides its descriptors.
         if (coresAreForbidden() && ::geteuid() != 0) {
             QCOMPARE(QFileInfo(descriptors).ownerId(), 0u);
             return;
         }
         QCOMPARE(QFile::symLinkTarget(descriptors + u'1'), QFile::symLinkTarget(descriptors + u'2'));
         QCOMPARE(QFile::symLinkTarget(descriptors + u'0'), u"/dev/null"_s);
-        // What a chatty library would do.
+        // A library might print.
         QFile chatter(descriptors + u'1');
         QVERIFY(chatter.open(QIODevice::WriteOnly));
         QVERIFY(chatter.write("bavardage\n") > 0);
@@ -243,7 +243,7 @@ private Q_SLOTS:
         const auto core =
             std::ranges::find_if(limits, [](const QByteArray& line) { return line.startsWith("Max core"); });
         QVERIFY(core != limits.end());
-        // It may be unable to raise a limit of 0; then it cannot be dumped at all, which shows as root's.
+        // A process that cannot raise a limit of 0 is made undumpable, and belongs to root in /proc.
         const bool isUndumpable = coresAreForbidden() && core->simplified() == "Max core file size 0 0 bytes";
         if (isUndumpable)
             QCOMPARE(QFileInfo(limitsFile).ownerId(), 0u);
