@@ -54,8 +54,8 @@ private Q_SLOTS:
             << QVariant(QDateTime(QDate(2024, 3, 5), QTime(9, 7))) << u"Dernière recherche le 05/03/2024 à 09:07"_s;
         QTest::newRow("the last minute of a year") << QVariant(QDateTime(QDate(2025, 12, 31), QTime(23, 59, 59, 999)))
                                                    << u"Dernière recherche le 31/12/2025 à 23:59"_s;
-        QTest::newRow("kept in another zone") << QVariant(QDateTime(QDate(2024, 3, 5), QTime(9, 7)).toUTC())
-                                              << u"Dernière recherche le 05/03/2024 à 09:07"_s;
+        QTest::newRow("stored in another time zone") << QVariant(QDateTime(QDate(2024, 3, 5), QTime(9, 7)).toUTC())
+                                                     << u"Dernière recherche le 05/03/2024 à 09:07"_s;
         QTest::newRow("never") << QVariant() << QString();
         QTest::newRow("garbage") << QVariant(u"hier"_s) << QString();
     }

@@ -181,7 +181,7 @@ private Q_SLOTS:
                                            .otherSocket = other.path()});
         QCOMPARE(outcome.status, 0);
         if (!outcome.obstacles.isEmpty())
-            qWarning("not all can be tested here: %s", qPrintable(outcome.obstacles));
+            qWarning("some restrictions cannot be tested on this system: %s", qPrintable(outcome.obstacles));
         const auto refusal = [&outcome](const QString& protection, int error) {
             return outcome.obstacles.contains(protection) ? 0 : error;
         };

@@ -20,7 +20,7 @@ class Paths(unittest.TestCase):
     def missing(self, names):
         return [name for name in names if not os.path.exists(os.path.join(SOURCES, name))]
 
-    def test_one_cards_way_names_files_that_exist_each_once_and_is_short(self):
+    def test_the_list_of_files_has_existing_files_once_and_is_short(self):
         way = re.findall(r"^\d+\. `([^`]+)`", section("File by file"), re.MULTILINE)
         self.assertEqual(self.missing(way), [])
         self.assertEqual(len(set(way)), len(way))

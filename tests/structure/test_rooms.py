@@ -43,7 +43,7 @@ class Rule(unittest.TestCase):
     def faults(self):
         return rooms.faults(rooms.rooms(self.root))
 
-    def test_rooms_that_keep_to_it_have_no_fault(self):
+    def test_rooms_that_use_only_named_rooms_have_no_fault(self):
         self.assertEqual(self.faults(), [])
 
     def test_an_include_of_a_room_that_is_not_named_is_a_fault(self):
@@ -51,7 +51,7 @@ class Rule(unittest.TestCase):
         self.assertEqual(self.faults(), ["platform/Wrong.cpp includes from card, which platform may not use",
                                          "a circle: card -> platform -> card"])
 
-    def test_a_circle_is_a_fault_also_when_both_rooms_name_each_other(self):
+    def test_a_cycle_is_a_fault_even_when_both_rooms_name_each_other(self):
         self.write("platform/CMakeLists.txt", "# Below.\n# May use: card.\n")
         self.write("platform/Wrong.cpp", '#include "card/Card.h"\n')
         self.assertEqual(self.faults(), ["a circle: card -> platform -> card"])
@@ -60,18 +60,18 @@ class Rule(unittest.TestCase):
         self.write("card/Wrong.cpp", '#include "Card.h"\n')
         self.assertEqual(self.faults(), ["card/Wrong.cpp includes a file without its folder"])
 
-    def test_more_modules_than_one_can_know_are_a_fault(self):
+    def test_too_many_modules_are_a_fault(self):
         for number in range(rooms.MOST_MODULES):
             self.write(f"card/Module{number}.h", "")
         self.assertEqual(self.faults(), ["card has 21 modules, more than 20"])
 
-    def test_a_folder_that_does_not_say_what_it_is_for_is_a_fault(self):
+    def test_a_folder_without_a_purpose_is_a_fault(self):
         self.write("card/CMakeLists.txt", "add_library(card)\n")
         self.assertEqual(self.faults(), ["card/CMakeLists.txt does not open with what the folder is for",
                                          "card/CMakeLists.txt does not say what the folder may use",
                                          "card/Card.cpp includes from platform, which card may not use"])
 
-    def test_a_name_that_is_nothing_is_a_fault(self):
+    def test_a_name_that_is_not_a_room_is_a_fault(self):
         self.write("card/CMakeLists.txt", "# Above.\n# May use: platform, cards.\n")
         self.assertEqual(self.faults(), ["card may use cards, which is neither a folder nor a library that is known"])
 

@@ -61,7 +61,7 @@ class Sources(unittest.TestCase):
 
 
 class Rule(unittest.TestCase):
-    """Each fault that the rule is about is found where it is planted."""
+    """Each kind of fault is found in an example with it."""
 
     def setUp(self):
         self.root = tempfile.mkdtemp()

@@ -20,7 +20,7 @@ class tst_InstanceMessage : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void aCardArrivesAsItWasSent_data()
+    void aSentCardArrivesUnchanged_data()
     {
         QTest::addColumn<QString>("path");
         QTest::newRow("plain") << u"/home/cabinet/carte.xml"_s;
@@ -28,7 +28,7 @@ private Q_SLOTS:
         QTest::newRow("not UTF-8") << pathFromBytes("/tmp/Zo\xE9/\xFF\xC3.xml");
         QTest::newRow("as long as paths get") << u'/' + QString(4095, u'é');
     }
-    void aCardArrivesAsItWasSent()
+    void aSentCardArrivesUnchanged()
     {
         QFETCH(const QString, path);
         const auto message = InstanceMessage::decoded(InstanceMessage{path}.encoded());

@@ -99,7 +99,7 @@ private Q_SLOTS:
         const QString folder = folderIn(parent, 0700);
         constexpr uid_t nobody = 65534;
         if (chown(QFile::encodeName(folder).constData(), nobody, static_cast<gid_t>(-1)) != 0)
-            QSKIP("Only root can give a folder away.");
+            QSKIP("Only root can change the owner of a folder.");
         QVERIFY(!openPrivateFolder(folder).isValid());
     }
 

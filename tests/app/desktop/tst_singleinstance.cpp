@@ -295,7 +295,7 @@ private Q_SLOTS:
     void withoutAFreeDescriptorALaterStartWaitsAndTheFirstIsIdle()
     {
 #ifdef __SANITIZE_ADDRESS__
-        QSKIP("the sanitizer needs descriptors of its own");
+        QSKIP("the sanitizer itself needs free descriptors");
 #endif
         auto [folder, first, claim] = First();
         QCOMPARE(claim, Claim::First);

@@ -202,7 +202,7 @@ def figures_and_headings(document):
 
 
 def unicode_map(font):
-    """What each code reads as."""
+    """The Unicode text of each code."""
     stream = font.get("/ToUnicode")
     if stream is None:
         return {}

@@ -110,7 +110,7 @@ def descendant(pdf):
     return pdf.pages[0].Resources.Font.F0.DescendantFonts[0]
 
 
-# What is broken, and the condition that must name it.
+# A damage of the document, and the condition that must report it.
 PLANTED = {
     "01-005 painted outside of marks": lambda pdf: contents(pdf, lambda old: old + b"\n0 0 5 5 re f\n"),
     "01-004 artifact or tag inside another":

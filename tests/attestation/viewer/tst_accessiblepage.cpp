@@ -220,7 +220,7 @@ private Q_SLOTS:
         QTest::newRow("plain") << u"Marie"_s;
         QTest::newRow("accents") << u"Zoé Éloïse Ÿ"_s;
         QTest::newRow("very long") << u"Marie-Antoinette Charlotte Joséphine de la Tour "_s.repeated(3).trimmed();
-        QTest::newRow("line breaks, and what no font has") << u"Ma\nrie\t\u200b\U000F1234 Anne"_s;
+        QTest::newRow("line breaks, and characters that no font has") << u"Ma\nrie\t\u200b\U000F1234 Anne"_s;
     }
 
     void theElementsHaveTheTextOfTheDocument()

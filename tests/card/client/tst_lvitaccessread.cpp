@@ -30,7 +30,7 @@ private Q_SLOTS:
         QTest::newRow("the first of two, even empty")
             << u"<r><apiLecVitale><version/><version>7</version><tableHab>1</tableHab><tableHab>2</tableHab></apiLecVitale></r>"_s
             << QVariantMap{{u"MVTableHabVersion"_s, u"1"_s}};
-        QTest::newRow("text in parts, as it stands")
+        QTest::newRow("text in parts, unchanged")
             << u"<r><apiLecVitale><version> <b>7</b>.é </version></apiLecVitale></r>"_s
             << QVariantMap{{u"MVAPILecVersion"_s, u" 7.é "_s}};
         QTest::newRow("the root itself is no step")

@@ -150,7 +150,7 @@ private Q_SLOTS:
     void leftoversOfOtherUsersAreKept()
     {
         if (geteuid() != 0)
-            QSKIP("Only the administrator can make another's file.");
+            QSKIP("Only root can make a file of another owner.");
         const QTemporaryDir folder;
         const QString leftover = folder.filePath(u".pelmora-AbCdEf"_s);
         QVERIFY(makeFile(leftover));

@@ -19,9 +19,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("encoded");
         QTest::newRow("plain") << u"/a/b.pdf"_s << QByteArray("file:///a/b.pdf");
         QTest::newRow("blanks and accents") << u"/a b/Zoé.pdf"_s << QByteArray("file:///a%20b/Zo%C3%A9.pdf");
-        QTest::newRow("what links give a meaning")
+        QTest::newRow("special characters of addresses")
             << u"/100 %/a#b?c&d.pdf"_s << QByteArray("file:///100%20%25/a%23b%3Fc&d.pdf");
-        QTest::newRow("what shells give a meaning") << u"/a'b\"c;d$e.pdf"_s << QByteArray("file:///a'b%22c;d$e.pdf");
+        QTest::newRow("special characters of shells") << u"/a'b\"c;d$e.pdf"_s << QByteArray("file:///a'b%22c;d$e.pdf");
         QTest::newRow("already like a link") << u"/a%20b.pdf"_s << QByteArray("file:///a%2520b.pdf");
     }
 
@@ -35,7 +35,7 @@ private Q_SLOTS:
         QTEST(desktop.opened().constFirst().toEncoded(), "encoded");
     }
 
-    void anAddressIsOpenedAsItIs()
+    void anAddressIsOpenedUnchanged()
     {
         const Desktop desktop;
         const QUrl url(u"mailto:support@morvel.example?subject=Suggestion%20pour%20le%20logiciel%20PELMORA"_s);

@@ -25,7 +25,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("persons");
         QTest::addColumn<QString>("tags");
         QTest::newRow("beside the persons") << insured() + tlv("66", "") << u"66"_s;
-        QTest::newRow("a person whose tag is another") << insured() + tlv("45", "x") << u"45"_s;
+        QTest::newRow("a person with another tag") << insured() + tlv("45", "x") << u"45"_s;
         QTest::newRow("in a person") << person(insuredParts(), coverageParts(), tlv("9F7F", "x")) << u"65/9F7F"_s;
         Parts coverage = coverageParts();
         coverage["95"] = "x";

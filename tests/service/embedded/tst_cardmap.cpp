@@ -231,7 +231,7 @@ private Q_SLOTS:
         QTest::newRow("half a tag") << u"5F"_s << u"« 5F » n’est pas une étiquette"_s;
         QTest::newRow("two tags") << u"8081"_s << u"« 8081 » n’est pas une étiquette"_s;
         QTest::newRow("none between slashes") << u"A1//80"_s << u"«  » n’est pas une étiquette"_s;
-        QTest::newRow("a value that holds another")
+        QTest::newRow("a value inside another")
             << u"80/81"_s << u"l’étiquette qui précède « 81 » ne contient pas d’objets"_s;
         QTest::newRow("too deep") << QStringList(16, u"A1"_s).join(u'/') << u"trop d’étiquettes"_s;
         QTest::newRow("sound") << u"7F21/BF8120/5F37"_s << QString();

@@ -176,8 +176,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("wasInterrupted");
         QTest::newRow("an old copy") << true << false;
         QTest::newRow("nothing") << false << false;
-        QTest::newRow("an old copy, and what an interrupted deletion has left") << true << true;
-        QTest::newRow("what an interrupted deletion has left") << false << true;
+        QTest::newRow("an old copy and the rest of an interrupted deletion") << true << true;
+        QTest::newRow("the rest of an interrupted deletion") << false << true;
     }
 
     void aBundleDeletedByTheAdministratorIsRemoved()

@@ -92,8 +92,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("dataFolder");
         // Paths in the test's folder; "." is that folder.
         QTest::newRow("a file where the data lie") << u"./fichier"_s;
-        QTest::newRow("a file on the way there") << u"./fichier/share"_s;
-        QTest::newRow("a file where the trash lies") << u"./dossier"_s;
+        QTest::newRow("a file at a parent folder's path") << u"./fichier/share"_s;
+        QTest::newRow("a file at the trash's path") << u"./dossier"_s;
         QTest::newRow("a folder that depends on the current one") << u"relatif"_s;
     }
 
