@@ -22,7 +22,7 @@ QList<Item> itemsOf(const PageInk& ink)
 
 [[nodiscard]] QList<InkText> textsOf(const PageInk& ink);
 
-/// The place of the first text that is the one given; far off the page when there is none.
+/// The place of the first text that equals the given one; far outside the page when there is none.
 [[nodiscard]] QPointF placeOf(const PageInk& ink, const QString& text);
 inline constexpr QPointF nowhere{-1000, -1000};
 

@@ -70,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(images[0].logo, page.logo);
     }
 
-    // These ratios differ, but not once they are rounded: in double precision the logo would be a trifle narrower.
+    // These ratios differ in double precision only, where the logo would be slightly narrower.
     void aLogosRatiosAreComparedInSinglePrecision()
     {
         AttestationPage page;

@@ -5,7 +5,7 @@
 #include "support/move/StringTable.h"
 #include "tests/support/move/RecordedMove.h"
 
-// The scene of the moving tests: a copy in Downloads, and a user whose own Applications folder holds another
+// The surroundings of the moving tests: a copy in Downloads, and a user whose own Applications folder holds another
 // application.
 namespace MoveScene {
 
