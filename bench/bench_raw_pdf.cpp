@@ -20,8 +20,7 @@ int main(int argc, char* argv[])
     if (bytes.empty() || !compressor)
         return EXIT_FAILURE;
     std::string result(libdeflate_zlib_compress_bound(compressor.get(), bytes.size()), '\0');
-    result.resize(
-        libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), result.data(), result.size()));
+    result.resize(libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), result.data(), result.size()));
     std::ofstream output(argv[2], std::ios::binary);
     return output << result && output.flush() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
