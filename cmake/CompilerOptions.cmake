@@ -24,13 +24,13 @@ else()
   # _FORTIFY_SOURCE needs optimisation, and sanitizers replace the functions that it checks.
   target_compile_options(pelmora_options INTERFACE
     $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong>)
-  # For what is installed. Compilers for other processors may not have these.
+  # The same as above for both, so that CI's compiler cache serves them. Compilers for other processors may not have these.
   include(CheckCXXCompilerFlag)
   foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -Wdate-time)
     string(MAKE_C_IDENTIFIER PELMORA_HAS${flag} known)
     check_cxx_compiler_flag(${flag} ${known})
     if(${known})
-      target_compile_options(pelmora_options INTERFACE $<$<CONFIG:Release>:${flag}>)
+      target_compile_options(pelmora_options INTERFACE $<$<CONFIG:Release,RelWithDebInfo>:${flag}>)
     endif()
   endforeach()
 endif()
