@@ -38,7 +38,9 @@ bool leadsSomewhere(const QString& link, const QString& path)
 
 QStringList documents()
 {
-    QStringList paths{sources.filePath(u"README.md"_s)};
+    QStringList paths;
+    for (const QString& name : sources.entryList({u"*.md"_s}, QDir::Files, QDir::Name))
+        paths.append(sources.filePath(name));
     const QDir docs(sources.filePath(u"docs"_s));
     for (const QString& name : docs.entryList({u"*.md"_s}, QDir::Files, QDir::Name))
         paths.append(docs.filePath(name));
