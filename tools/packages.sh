@@ -52,6 +52,8 @@ test_packages=(
     procps strace
     # For the portable copy.
     zstd
+    # For the licence of every file.
+    reuse
 )
 
 bench_packages=(
