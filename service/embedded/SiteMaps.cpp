@@ -16,7 +16,7 @@ std::expected<QByteArray, QString> readCardMapFile(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::unexpected(u"illisible (%1)"_s.arg(file.errorString()));
-    const QByteArray json = file.read(largestMap + 1);
+    QByteArray json = file.read(largestMap + 1);
     if (file.error() != QFileDevice::NoError)
         return std::unexpected(u"illisible (%1)"_s.arg(file.errorString()));
     if (json.size() > largestMap)
