@@ -15,6 +15,8 @@ namespace {
 // Shorter texts may be in memory for other reasons.
 constexpr qsizetype shortest = 8;
 constexpr char mask = '\x5A';
+// Longer ranges are addresses set aside (sanitizers take terabytes), not memory in use. Reading them would take hours.
+constexpr std::uint64_t longestRange = std::uint64_t{1} << 30U; // bytes
 
 char maskedByte(char byte)
 {
@@ -36,7 +38,8 @@ std::vector<MemoryRange> writableMemory()
         MemoryRange range;
         char dash = '\0';
         std::string rights;
-        if (fields >> std::hex >> range.start >> dash >> range.end >> rights && rights.starts_with("rw"))
+        if (fields >> std::hex >> range.start >> dash >> range.end >> rights && rights.starts_with("rw") &&
+            range.end - range.start <= longestRange)
             ranges.push_back(range);
     }
     return ranges;
