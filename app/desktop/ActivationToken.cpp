@@ -17,10 +17,10 @@ bool isToken(const QString& text)
 
 } // namespace
 
-QString ActivationToken::ofThisStart()
+std::optional<QString> ActivationToken::ofThisStart()
 {
     const QString token = qEnvironmentVariable(variable);
-    return isToken(token) ? token : QString();
+    return isToken(token) ? std::optional(token) : std::nullopt;
 }
 
 void ActivationToken::use(const QString& token)

@@ -57,8 +57,8 @@ QByteArray InstanceMessage::encoded() const
         map[nameKey] = nameOf(*action).toString();
     } else
         map[requestKey] = QString(reopenRequest);
-    if (!activationToken.isEmpty())
-        map[tokenKey] = activationToken;
+    if (activationToken)
+        map[tokenKey] = *activationToken;
     QByteArray bytes = map.toCborValue().toCbor();
     if (bytes.size() > maximumSize)
         bytes.clear();
@@ -76,7 +76,8 @@ std::optional<InstanceMessage> InstanceMessage::decoded(QByteArrayView bytes)
         return std::nullopt;
 
     QCborMap map = value.toMap();
-    const QString token = map.take(tokenKey).toString();
+    const QCborValue sentToken = map.take(tokenKey);
+    const std::optional<QString> token = sentToken.isString() ? std::optional(sentToken.toString()) : std::nullopt;
     const QString request = map.value(requestKey).toString();
     if (request == reopenRequest && map.size() == 1)
         return InstanceMessage{std::nullopt, std::nullopt, token};

@@ -17,8 +17,8 @@ struct InstanceMessage
     std::optional<QString> cardPath;
     /// Without a card file only.
     std::optional<DesktopAction> action = std::nullopt;
-    /// For bringing the window to the front (ActivationToken); empty without one.
-    QString activationToken = {};
+    /// For bringing the window to the front (ActivationToken).
+    std::optional<QString> activationToken = std::nullopt;
 
     /// The message for a card file; a relative path is relative to the current folder.
     [[nodiscard]] static InstanceMessage forCard(const std::optional<QString>& card);

@@ -286,7 +286,8 @@ void SingleInstance::hear(int socket)
 
     if (!message)
         return;
-    ActivationToken::use(message->activationToken);
+    if (message->activationToken)
+        ActivationToken::use(*message->activationToken);
     if (message->cardPath)
         Q_EMIT openRequested(*message->cardPath);
     else if (message->action)
