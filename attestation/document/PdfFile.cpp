@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr qsizetype usualSize = 32 * 1024;
+constexpr qsizetype usualSize = qsizetype{32} * 1024;
 
 // Above it a document takes half as long again and is 40 bytes smaller.
 constexpr int compressionLevel = 4;

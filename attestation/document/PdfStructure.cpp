@@ -17,7 +17,7 @@ struct Element
     PdfReference parent;
     std::string_view type;
     std::string entries; // beside those that every element has
-    std::string children = {};
+    std::string children;
 };
 
 class StructureBuilder
@@ -93,7 +93,7 @@ private:
 
     std::size_t add(std::string_view type, PdfReference parent, std::string entries = {})
     {
-        m_elements.push_back({m_file.reserve(), parent, type, std::move(entries)});
+        m_elements.push_back({m_file.reserve(), parent, type, std::move(entries), {}});
         return m_elements.size() - 1;
     }
 

@@ -3,8 +3,10 @@
 #include "platform/FileDescriptor.h"
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 #include <fcntl.h>
@@ -45,22 +47,35 @@ std::vector<MemoryRange> writableMemory()
     return ranges;
 }
 
-/// Whether the bytes of the range have the masked text, once they are masked.
+/// Whether the bytes have the text that is masked.
+bool contains(std::string_view bytes, QByteArrayView masked)
+{
+    const char first = maskedByte(masked.front());
+    for (std::size_t place = bytes.find(first); place != std::string_view::npos; place = bytes.find(first, place + 1)) {
+        const std::string_view found = bytes.substr(place, static_cast<std::size_t>(masked.size()));
+        if (std::ranges::equal(found, masked, {}, {}, maskedByte))
+            return true;
+    }
+    return false;
+}
+
+/// Whether the memory in the range has the text that is masked.
 bool hasText(const FileDescriptor& memory, MemoryRange range, QByteArrayView masked)
 {
     constexpr std::size_t slice = std::size_t{1} << 20U;
     std::vector<char> bytes(slice + static_cast<std::size_t>(masked.size()));
-    for (std::uint64_t place = range.start; place < range.end; place += slice) {
+    bool isFound = false;
+    for (std::uint64_t place = range.start; place < range.end && !isFound; place += slice) {
         const std::size_t wanted = std::min<std::uint64_t>(bytes.size(), range.end - place);
         const ssize_t count = ::pread(memory.get(), bytes.data(), wanted, static_cast<off_t>(place));
         // Some mappings of devices cannot be read.
         if (count <= 0)
             break;
-        std::ranges::transform(bytes, bytes.begin(), maskedByte);
-        if (QByteArrayView(bytes.data(), count).contains(masked))
-            return true;
+        isFound = contains({bytes.data(), static_cast<std::size_t>(count)}, masked);
     }
-    return false;
+    // A later search must not find what this one has read.
+    ::explicit_bzero(bytes.data(), bytes.size());
+    return isFound;
 }
 
 } // namespace
