@@ -39,7 +39,7 @@ void PreferencesDesk::initPrefs(const std::shared_ptr<LVitAccess>& client)
     MVPreferences::resigterPreferencesPane(updatePrefs);
 }
 
-void PreferencesDesk::show()
+void PreferencesDesk::show() const
 {
     MVPreferences::show();
     m_with.window.addShortcutsTo(*MVPreferences::preferences().window());

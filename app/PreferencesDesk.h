@@ -35,7 +35,7 @@ public:
     /// Step of the start: makes the updater and registers the panes.
     void initPrefs(const std::shared_ptr<LVitAccess>& client);
 
-    void show();
+    void show() const;
     void checkForUpdates();
     /// Whether there is an address to look at.
     [[nodiscard]] bool canCheckForUpdates() const;
