@@ -110,7 +110,10 @@ class Application:
             raise AssertionError(f"no {role} named {name!r} among {self.names()}") from None
 
     def wait_until_gone(self, role, name):
-        wait(lambda: self.find_now(role, name) is None)
+        try:
+            wait(lambda: self.find_now(role, name) is None)
+        except AssertionError:
+            raise AssertionError(f"the {role} named {name!r} stays among {self.names()}") from None
 
     def names(self):
         """The content of the screen, for messages of failed tests."""

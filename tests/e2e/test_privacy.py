@@ -47,7 +47,7 @@ class Session(Application):
     def answer(self, alert):
         self.find("alert", alert)
         self.press("push button", "OK")
-        self.wait_until_gone("alert", ".*")
+        self.wait_until_gone("alert", alert)
 
     def print(self):
         self.press("push button", "Imprimer")
@@ -124,6 +124,7 @@ def work(records, bar):
         os.mkdir(os.path.join(records.attestations, f"{NAME}.pdf"))
         session.save()
         session.answer("Enregistrement de l'attestation")
+        session.answer("L’attestation n’est pas enregistrée")
         os.rmdir(os.path.join(records.attestations, f"{NAME}.pdf"))
         service = session.service()
         records.note_core_limits(service, session.process.pid)

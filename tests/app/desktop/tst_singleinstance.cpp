@@ -294,9 +294,6 @@ private Q_SLOTS:
 
     void withoutAFreeDescriptorALaterStartWaitsAndTheFirstIsIdle()
     {
-#ifdef __SANITIZE_ADDRESS__
-        QSKIP("the sanitizer itself needs free descriptors");
-#endif
         auto [folder, first, claim] = First();
         QCOMPARE(claim, Claim::First);
         first.startListening();
@@ -304,12 +301,13 @@ private Q_SLOTS:
         const FileDescriptor guest = folder.guest(InstanceMessage{u"/carte.xml"_s, {}}.encoded());
         QVERIFY(guest.isValid());
 
+        // Before the limit: the undefined behaviour sanitizer needs free descriptors when it first sees an object's type.
+        const EventCount announcements(*QCoreApplication::instance(), QEvent::SockAct);
         rlimit before{};
         QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);
         const FileDescriptor nextFree(dup(guest.get()));
         const rlimit none{static_cast<rlim_t>(nextFree.get()), before.rlim_max};
         QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
-        const EventCount announcements(*qApp, QEvent::SockAct);
         bool isOver = false;
         QTimer::singleShot(600, this, [&isOver] { isOver = true; });
         QTRY_VERIFY(isOver);
