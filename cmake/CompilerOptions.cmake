@@ -16,21 +16,29 @@ target_compile_definitions(pelmora_options INTERFACE
   QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_NO_FOREACH QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400
   _GLIBCXX_ASSERTIONS)
 
+# A test's own sources are compiled as fast as can be: compiling them takes far longer than running them. So they are not
+# optimised, and the undefined behaviour that is looked for is that of the program.
+define_property(TARGET PROPERTY PELMORA_IS_TEST BRIEF_DOCS "The target's own sources are tests.")
+set(is_test $<BOOL:$<TARGET_PROPERTY:PELMORA_IS_TEST>>)
+set(is_optimised $<AND:$<CONFIG:Release,RelWithDebInfo>,$<NOT:${is_test}>>)
+
 if(PELMORA_SANITIZERS)
   target_compile_options(pelmora_options INTERFACE
-    -fsanitize=${PELMORA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=${PELMORA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    $<${is_test}:-fno-sanitize=undefined>)
   target_link_options(pelmora_options INTERFACE -fsanitize=${PELMORA_SANITIZERS})
 else()
   # _FORTIFY_SOURCE needs optimisation, and sanitizers replace the functions that it checks.
   target_compile_options(pelmora_options INTERFACE
-    $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong>)
+    $<${is_optimised}:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong>
+    $<${is_test}:-O0>)
   # The same as above for both, so that CI's compiler cache serves them. Compilers for other processors may not have these.
   include(CheckCXXCompilerFlag)
   foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -Wdate-time)
     string(MAKE_C_IDENTIFIER PELMORA_HAS${flag} known)
     check_cxx_compiler_flag(${flag} ${known})
     if(${known})
-      target_compile_options(pelmora_options INTERFACE $<$<CONFIG:Release,RelWithDebInfo>:${flag}>)
+      target_compile_options(pelmora_options INTERFACE $<${is_optimised}:${flag}>)
     endif()
   endforeach()
 endif()

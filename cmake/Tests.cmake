@@ -9,7 +9,7 @@ set(PELMORA_ABSENT ${CMAKE_BINARY_DIR}/absent)
 function(pelmora_tests program)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS;DEPENDS;ENVIRONMENT")
   add_executable(${program} ${arg_SOURCES})
-  set_target_properties(${program} PROPERTIES AUTOUIC OFF)
+  set_target_properties(${program} PROPERTIES AUTOUIC OFF PELMORA_IS_TEST ON)
   target_link_libraries(${program} PRIVATE ${arg_LIBRARIES} test_program Qt6::Test)
   target_precompile_headers(${program} REUSE_FROM test_headers)
   target_compile_definitions(${program} PRIVATE

@@ -301,7 +301,6 @@ private Q_SLOTS:
         const FileDescriptor guest = folder.guest(InstanceMessage{u"/carte.xml"_s, {}}.encoded());
         QVERIFY(guest.isValid());
 
-        // Before the limit: the undefined behaviour sanitizer needs free descriptors when it first sees an object's type.
         const EventCount announcements(*QCoreApplication::instance(), QEvent::SockAct);
         rlimit before{};
         QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);

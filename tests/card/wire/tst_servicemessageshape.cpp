@@ -1,14 +1,12 @@
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
+#include "tests/card/wire/MemoryGrowth.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCborArray>
 #include <QCoreApplication>
-#include <QFile>
 #include <QtTest>
-
-#include <malloc.h>
 
 using namespace Qt::StringLiterals;
 
@@ -53,19 +51,6 @@ QByteArray hex(const char* digits)
 QByteArray listOf(const char* head, int numbers)
 {
     return hex("8201a16752656164657273") + hex(head) + QByteArray(numbers, '\1');
-}
-
-/// A line of the system's report on the process's memory, in KiB: the current or the largest size.
-constexpr QByteArrayView memoryNow("VmRSS:");
-constexpr QByteArrayView memoryPeak("VmHWM:");
-qint64 memory(QByteArrayView line)
-{
-    QFile file(u"/proc/self/status"_s);
-    if (!file.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray content = file.readAll();
-    const qsizetype start = content.indexOf(line) + line.size();
-    return content.sliced(start, content.indexOf("kB", start) - start).trimmed().toLongLong();
 }
 
 } // namespace
@@ -227,18 +212,13 @@ private Q_SLOTS:
 
     void theMemoryForAMessageIsBounded()
     {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        QSKIP("the sanitizer's own memory counts too");
-#endif
         QFETCH(const QByteArray, beginning);
         QFETCH(const QByteArray, unit);
         QFETCH(const QByteArray, end);
         // The room that the strings above leave for the rest of the message.
         constexpr qsizetype room = sizeLimit - 64;
         const QByteArray wave = unit.repeated(slice / unit.size());
-        malloc_trim(0);
-        const qint64 before = memory(memoryNow);
-        QVERIFY(before > 0);
+        const MemoryGrowth growth;
 
         ServiceMessageReader reader(ServiceWord::replyKeys);
         bool isRead = false;
@@ -256,20 +236,16 @@ private Q_SLOTS:
             isGoingOn = take(end);
         QCOMPARE(isRead, isGoingOn);
         QCOMPARE(isRead, end.isEmpty() || unit.size() > 2048);
-        const qint64 taken = memory(memoryPeak) - before;
-        QVERIFY2(taken < 64 * 1024, qPrintable(u"%1 KiB"_s.arg(taken)));
+        const qint64 taken = growth.peak();
+        QVERIFY2(taken >= 0 && taken < 64 * 1024, qPrintable(u"%1 KiB"_s.arg(taken)));
     }
 
     void deliveredMessagesUseNoMemory()
     {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        QSKIP("the sanitizer's own memory counts too");
-#endif
         constexpr int count = 2000;
         const QByteArray message =
             encodeServiceMessage({.number = 0, .body = QCborMap{{u"Event"_s, QString(slice, u'x')}}});
-        malloc_trim(0);
-        const qint64 before = memory(memoryNow);
+        const MemoryGrowth growth;
         ServiceMessageReader reader(ServiceWord::replyKeys);
         int read = 0;
         // Each slice ends inside a message.
@@ -280,8 +256,8 @@ private Q_SLOTS:
             QVERIFY(next && *next);
             ++read;
         }
-        const qint64 taken = memory(memoryPeak) - before;
-        QVERIFY2(taken < 16 * 1024, qPrintable(u"%1 KiB"_s.arg(taken)));
+        const qint64 taken = growth.peak();
+        QVERIFY2(taken >= 0 && taken < 16 * 1024, qPrintable(u"%1 KiB"_s.arg(taken)));
     }
 };
 
