@@ -23,12 +23,11 @@
 #include <QApplication>
 
 #include <algorithm>
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int failure = 1;
 
 bool hasVisibleWindows()
 {
@@ -68,7 +67,7 @@ int runApplication(const CommandLine& command, const Bundle& bundle, SingleInsta
     const std::expected<PageFonts, Error> fonts = PageFonts::load(bundle);
     if (!fonts) {
         Console::complain(fonts.error().localizedDescription());
-        return failure;
+        return EXIT_FAILURE;
     }
     UserDefaults settings(UserDefaults::standardFilePath());
     useSiteSettings(settings);
@@ -116,7 +115,7 @@ int runWindow(const CommandLine& command, int argc, char** argv)
         return 0;
     case SingleInstance::Claim::NoAnswer:
         Console::complain(SingleInstance::noAnswerText());
-        return failure;
+        return EXIT_FAILURE;
     }
     return runApplication(command, bundle, instance);
 }

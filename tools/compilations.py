@@ -20,3 +20,17 @@ def compilations(build):
                 parts = re.findall(r'^#include "(.*)"$', file.read(), re.MULTILINE)
         for part in parts:
             yield target, os.path.relpath(part), words
+
+
+def flags(compilations):
+    """The definitions and the folders of headers of all of them; of a macro the first definition."""
+    definitions, folders = {}, []
+    for words in compilations:
+        for word, after in zip(words, [*words[1:], ""]):
+            if word.startswith("-D"):
+                definitions.setdefault(word.split("=")[0], word)
+            elif word.startswith("-I") or word == "-isystem":
+                folder = [word, after] if word == "-isystem" else [word]
+                if folder not in folders and "/tests/" not in word:
+                    folders.append(folder)
+    return [*definitions.values(), *(word for folder in folders for word in folder)]

@@ -6,7 +6,7 @@ import os
 import re
 import sys
 
-from compilations import compilations
+from compilations import compilations, flags
 
 BUILD, FOLDER = sys.argv[1:]
 
@@ -16,20 +16,6 @@ def sources():
     for _, path, words in compilations(BUILD):
         if path.startswith("tests/") and not path.startswith(("tests/fuzz/", "tests/headers/")) and path.endswith(".cpp"):
             yield path, words
-
-
-def flags(compilations):
-    """The definitions and the folders of headers of all of them; of a macro the first definition."""
-    definitions, folders = {}, []
-    for words in compilations:
-        for word, after in zip(words, [*words[1:], ""]):
-            if word.startswith("-D"):
-                definitions.setdefault(word.split("=")[0], word)
-            elif word.startswith("-I") or word == "-isystem":
-                folder = [word, after] if word == "-isystem" else [word]
-                if folder not in folders and "/tests/" not in word:
-                    folders.append(folder)
-    return [*definitions.values(), *(word for folder in folders for word in folder)]
 
 
 def includes(text):

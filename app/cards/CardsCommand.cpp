@@ -4,11 +4,11 @@
 #include "app/models/CardFile.h"
 #include "app/models/CommandLine.h"
 
+#include <cstdlib>
+
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int failure = 1;
 
 constexpr QStringView outputFailed = u"la sortie standard ne peut pas être écrite.";
 
@@ -51,7 +51,7 @@ int CardsCommand::finish()
 {
     if (m_results && !Console::print(QString::fromUtf8(m_results->document())))
         fail(outputFailed.toString());
-    return m_failed ? failure : 0;
+    return m_failed ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
 void CardsCommand::fail(const QString& reason)
@@ -68,5 +68,5 @@ int failWithoutCards(std::optional<CardResults> results, const Error& error)
         if (!Console::print(QString::fromUtf8(results->document())))
             Console::complain(outputFailed.toString());
     }
-    return failure;
+    return EXIT_FAILURE;
 }

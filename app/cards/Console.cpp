@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // In UTF-8 whatever the locale, and file names as they are, whatever their bytes.
-bool write(std::FILE* stream, const QString& text)
+bool writeText(std::FILE* stream, const QString& text)
 {
     const QByteArray bytes = bytesOfPath(text);
     const bool written = std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream) ==
@@ -21,7 +21,7 @@ bool write(std::FILE* stream, const QString& text)
 
 bool Console::print(const QString& text)
 {
-    return write(stdout, text);
+    return writeText(stdout, text);
 }
 
 void Console::complain(const QString& reason)
@@ -38,5 +38,5 @@ void Console::complain(const QString& reason)
 void Console::advise(const QString& advice)
 {
     // Where the standard error cannot be written either, the exit code remains.
-    static_cast<void>(write(stderr, advice + u'\n'));
+    static_cast<void>(writeText(stderr, advice + u'\n'));
 }

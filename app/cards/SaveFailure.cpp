@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QLatin1StringView errorDomain{"Enregistrement"};
+constexpr QLatin1StringView saveErrorDomain{"Enregistrement"};
 
 // These numbers are documented.
 constexpr int folderUnusable = 1;
@@ -65,13 +65,13 @@ Error SaveFailure::error(const QString& prefix) const
 {
     switch (kind) {
     case Kind::FolderUnusable:
-        return {errorDomain, folderUnusable, u"le dossier « %1 » ne peut pas être utilisé."_s.arg(path)};
+        return {saveErrorDomain, folderUnusable, u"le dossier « %1 » ne peut pas être utilisé."_s.arg(path)};
     case Kind::NoDocument:
         return {PelmoraError::domain, PelmoraError::internalError().code(), cause};
     case Kind::WriteFailed:
         break;
     }
-    return {errorDomain, codeOf(write.obstacle),
+    return {saveErrorDomain, codeOf(write.obstacle),
             u"%1l’attestation n’a pas été enregistrée dans « %2 » : %3."_s.arg(prefix, path.section(u'/', 0, -2),
                                                                                write.reason)};
 }

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QLatin1StringView errorDomain{"Fichier"};
+constexpr QLatin1StringView fileErrorDomain{"Fichier"};
 
 // One byte more than allowed, to detect a larger file.
 constexpr qint64 longestRead = qint64{XmlDocument::maximumSize} + 1;
@@ -29,12 +29,12 @@ std::expected<QByteArray, Error> readFile(const QString& path)
     // Plain files only: a pipe could block or never end.
     const std::error_code error = openPlainFile(file, path);
     if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
-        return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier n’existe pas."_s));
+        return std::unexpected(Error(fileErrorDomain, QFileDevice::OpenError, u"Le fichier n’existe pas."_s));
     if (error)
-        return std::unexpected(Error(errorDomain, QFileDevice::OpenError, u"Le fichier ne peut pas être lu."_s));
+        return std::unexpected(Error(fileErrorDomain, QFileDevice::OpenError, u"Le fichier ne peut pas être lu."_s));
     QByteArray bytes = file.read(longestRead);
     if (file.error() != QFileDevice::NoError)
-        return std::unexpected(Error(errorDomain, file.error(), u"Le fichier ne peut pas être lu."_s));
+        return std::unexpected(Error(fileErrorDomain, file.error(), u"Le fichier ne peut pas être lu."_s));
     return bytes;
 }
 
@@ -53,7 +53,7 @@ std::expected<QByteArray, Error> readStandardInput()
     }
     if (!isRead)
         return std::unexpected(
-            Error(errorDomain, QFileDevice::ReadError, u"L’entrée standard ne peut pas être lue."_s));
+            Error(fileErrorDomain, QFileDevice::ReadError, u"L’entrée standard ne peut pas être lue."_s));
     return bytes;
 }
 
@@ -64,7 +64,8 @@ std::expected<XmlDocument, Error> parse(const QByteArray& bytes)
     if (!text || text->contains(QChar::Null))
         text = decodeXmlBytes(bytes);
     if (!text)
-        return std::unexpected(Error(errorDomain, QFileDevice::ReadError, u"Le fichier n’est pas un texte lisible."_s));
+        return std::unexpected(
+            Error(fileErrorDomain, QFileDevice::ReadError, u"Le fichier n’est pas un texte lisible."_s));
     return XmlDocument::fromText(*text);
 }
 

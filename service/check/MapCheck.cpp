@@ -14,7 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype fileNumberSize = 2;
 // As much as the service reads of a card.
 constexpr qint64 largestFile = qint64{64} * 1024;
 
@@ -130,7 +129,7 @@ std::expected<RecordedCard, QString> readRecordedCard(const QString& folder)
         for (const QString& file : files.entryList(QDir::Files)) {
             const std::optional<QByteArray> number = bytesOfName(file);
             QFile content(files.filePath(file));
-            if (!number || number->size() != fileNumberSize)
+            if (!number || number->size() != sizeof(quint16))
                 return std::unexpected(u"%1 n’a pas le nom d’un fichier de carte"_s.arg(content.fileName()));
             if (!content.open(QIODevice::ReadOnly))
                 return std::unexpected(u"%1 : %2"_s.arg(content.fileName(), content.errorString()));
