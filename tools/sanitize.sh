@@ -9,9 +9,9 @@ seconds=${1:-30}
 ensure_packages "${build_packages[@]}" "${test_packages[@]}" "${check_packages[@]}"
 cmake --preset asan
 cmake --build --preset asan
-# One more than processors: tests of whole programs wait for most of their time.
+# Two more than processors: tests of whole programs wait for most of their time.
 # The tests of windows on Wayland are those on X11 once more.
-ctest --preset asan --parallel "$(($(nproc) + 1))" --exclude-regex '^e2e_wayland_'
+ctest --preset asan --parallel "$(($(nproc) + 2))" --exclude-regex '^e2e_wayland_'
 
 cmake --preset tsan
 cmake --build --preset tsan --target channel_tests

@@ -7,5 +7,5 @@ cd "$(dirname "$0")/.."
 ensure_packages "${build_packages[@]}" "${test_packages[@]}"
 cmake --preset dev
 cmake --build --preset dev
-# One more than processors: tests of whole programs wait for most of their time.
-ctest --preset dev --parallel "$(($(nproc) + 1))" "$@"
+# Two more than processors: tests of whole programs wait for most of their time.
+ctest --preset dev --parallel "$(($(nproc) + 2))" "$@"
