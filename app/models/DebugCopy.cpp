@@ -1,5 +1,6 @@
 #include "app/models/DebugCopy.h"
 
+#include "app/models/RecordEntries.h"
 #include "card/CardKeys.h"
 #include "card/wire/TextDecoding.h"
 #include "platform/ObjectText.h"
@@ -15,30 +16,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QVariantMap textsOf(const PersonalRecord& record)
-{
-    QVariantMap texts;
-    for (const QString& key : record.keys()) {
-        if (const std::optional<QString> text = record.text(key))
-            texts.insert(key, *text);
-    }
-    return texts;
-}
-
-QVariantMap propertyListOf(const CardRecord& record)
-{
-    QVariantList beneficiaries;
-    for (const BeneficiaryRecord& beneficiary : record.beneficiaries()) {
-        QVariantMap entries = textsOf(beneficiary);
-        if (const std::optional<QVariantList> rights = beneficiary.rights())
-            entries.insert(CardKey::amoRights.toString(), *rights);
-        beneficiaries.append(entries);
-    }
-    QVariantMap entries = textsOf(record);
-    entries.insert(CardKey::beneficiaries.toString(), beneficiaries);
-    return entries;
-}
 
 using Written = std::expected<void, WriteFailure>;
 
@@ -79,5 +56,5 @@ void writeDebugCopy(const CardRecord& record, const QString& folder)
         objectText(record.text(CardKey::lastName)) + u'_' + objectText(record.text(CardKey::firstName));
     logFailure("XML", writeXml(folder + u'/' + fileNameFromText(name, u"xml"_s), *xml));
     logFailure("property list", writeIfEncoded(folder + u'/' + fileNameFromText(name, u"plist"_s),
-                                               writePropertyList(propertyListOf(record))));
+                                               writePropertyList(entriesOfRecord(record))));
 }
