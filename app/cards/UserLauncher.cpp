@@ -16,12 +16,13 @@ namespace {
 
 constexpr QLatin1StringView launcherName{"com.morvel.Pelmora.desktop"};
 constexpr QLatin1StringView programInTree{"/bin/pelmora"};
+constexpr QLatin1StringView ownFolderInTree{"/libexec/pelmora"};
 
 /// The folder of the portable copy that this program belongs to.
 std::optional<QString> portableTree()
 {
     const QString folder = QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path();
-    QString tree = folder.endsWith("/libexec/pelmora"_L1) ? folder.chopped(16) : QString();
+    QString tree = folder.endsWith(ownFolderInTree) ? folder.chopped(ownFolderInTree.size()) : QString();
     // A launcher is a text in UTF-8.
     if (!tree.endsWith(".app"_L1) || tree.contains(QChar::ReplacementCharacter))
         return std::nullopt;
@@ -74,15 +75,17 @@ int refuseInstalled()
 
 QString launcherOfCopy(const QString& launcher, const QString& tree)
 {
+    constexpr QLatin1StringView installedCommand{"Exec=pelmora"};
+    constexpr QLatin1StringView icon{"Icon="};
     QString copied;
     for (const QString& line : launcher.split(u'\n')) {
         if (line.startsWith("DBusActivatable="_L1))
             continue;
-        if (line.startsWith("Exec=pelmora"_L1))
-            copied += u"Exec="_s + quoted(tree + programInTree) + line.sliced(12) + u'\n';
-        else if (line.startsWith("Icon="_L1)) {
-            copied +=
-                u"Icon=%1\n"_s.arg(escaped(tree + u"/share/icons/hicolor/scalable/apps/%1.svg"_s.arg(line.sliced(5))));
+        if (line.startsWith(installedCommand))
+            copied += u"Exec="_s + quoted(tree + programInTree) + line.sliced(installedCommand.size()) + u'\n';
+        else if (line.startsWith(icon)) {
+            copied += u"Icon=%1\n"_s.arg(
+                escaped(tree + u"/share/icons/hicolor/scalable/apps/%1.svg"_s.arg(line.sliced(icon.size()))));
             copied += marker(tree);
         } else
             copied += line + u'\n';
