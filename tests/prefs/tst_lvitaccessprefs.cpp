@@ -123,10 +123,12 @@ private Q_SLOTS:
     }
     void cleanup()
     {
-        NotificationCenter::defaultCenter().removeObserver(this);
         m_pane.reset();
         m_client.reset();
         m_service.reset();
+        // The end of a bind that was under way is told now, and not in the next test.
+        QCoreApplication::sendPostedEvents();
+        NotificationCenter::defaultCenter().removeObserver(this);
         m_binds.clear();
         end();
     }
