@@ -34,7 +34,8 @@ const QString endOfProcess = u"fin du processus"_s;
     const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || !nothing.isValid() || ::dup2(nothing.get(), STDIN_FILENO) < 0)
         ::_exit(EXIT_FAILURE);
-    // A library that does not close its descriptors is told apart from one that fails for lack of them.
+    // A library that leaves descriptors open is reported for that. With the usual limit it would fail first, because no
+    // descriptor is free.
     constexpr rlim_t enoughDescriptors = 16'384;
     rlimit descriptors{};
     if (::getrlimit(RLIMIT_NOFILE, &descriptors) == 0) {

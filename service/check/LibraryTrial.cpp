@@ -97,7 +97,7 @@ void LibraryTrial::run()
         tryCard(readers.first());
     m_calls.close();
     LibraryRounds(m_calls, *m_notes, m_limits, readers).run();
-    closeForGood(threadsBefore);
+    judgeThreadsLeft(threadsBefore);
 }
 
 bool LibraryTrial::open()
@@ -243,7 +243,7 @@ void LibraryTrial::tryShortBuffers(const LibraryCalls::Answer& whole,
                                          .arg(size));
 }
 
-void LibraryTrial::closeForGood(qsizetype threadsBefore)
+void LibraryTrial::judgeThreadsLeft(qsizetype threadsBefore)
 {
     // As long as the service waits at its end.
     constexpr auto patience = 1000ms;

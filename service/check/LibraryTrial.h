@@ -23,7 +23,7 @@ private:
                          const std::function<LibraryCalls::Answer(std::size_t capacity)>& ask);
     void judgeVersion(const LibraryCalls::Answer& answer, const QString& label);
     void judgeCard(const LibraryCalls::Answer& answer);
-    void closeForGood(qsizetype threadsBefore);
+    void judgeThreadsLeft(qsizetype threadsBefore);
 
     QByteArray m_path;
     const TrialNotes* m_notes;

@@ -25,7 +25,7 @@ struct TrialNote
 /// Decodes a line without its end.
 [[nodiscard]] TrialNote decodeTrialNote(QByteArrayView line);
 
-/// Writes notes to a pipe. When that fails, the process ends: nobody would read its result.
+/// Writes notes to a pipe. When a write fails, the process ends, because no process reads the pipe any more.
 class TrialNotes
 {
 public:

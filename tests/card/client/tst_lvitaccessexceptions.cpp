@@ -53,7 +53,7 @@ void operator delete(void* memory, std::size_t) noexcept
     std::free(memory);
 }
 
-/// The client when reading a document throws for lack of memory.
+/// A client whose reading of a document throws std::bad_alloc.
 class tst_LVitAccessExceptions : public TestCase
 {
     Q_OBJECT

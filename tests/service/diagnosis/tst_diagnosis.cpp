@@ -153,8 +153,8 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les ca
         row("faulty map", true, u"  À corriger          carte.json : ligne 3"_s,
             [](Diagnosis& d) { d.warnings = {u"carte.json : ligne 3"_s}; });
         row("a protection that is not available", true,
-            u"  Réseau              indisponible (Function not implemented)"_s,
-            [](Diagnosis& d) { d.protections[0].obstacle = u"Function not implemented"_s; });
+            u"  Réseau              indisponible (Operation not supported)"_s,
+            [](Diagnosis& d) { d.protections[0].obstacle = u"Operation not supported"_s; });
     }
 
     void whatIsWrongIsTold()
