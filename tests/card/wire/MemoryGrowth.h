@@ -2,8 +2,8 @@
 
 #include <QtGlobal>
 
-/// How much more memory the process has used at most than when this was made. One at a time. Under a sanitizer, whose own
-/// memory is not to count, it is the memory of the heap.
+/// How much more memory the process has used at most than when this was made. One at a time. Under a sanitizer, whose
+/// own memory is not to count, it is the memory of the heap.
 class MemoryGrowth
 {
 public:
