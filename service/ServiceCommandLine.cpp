@@ -24,7 +24,7 @@ struct Command
     const char* complaint = nullptr; // about other arguments
 };
 
-constexpr std::array commands{
+constexpr std::array loneCommands{
     Command{"--diagnose", Action::Diagnose, "--diagnose s’emploie seul"},
     Command{"--check-library", Action::CheckLibrary, "--check-library demande un fichier, et rien d’autre"},
     Command{"--check-map", Action::CheckMap, "--check-map demande un fichier, puis --card DOSSIER ou rien"},
@@ -56,8 +56,8 @@ std::expected<ServiceCommandLine, std::string> parseCommandLine(const QList<QByt
             return lineOf(Action::ShowHelp);
         if (*argument == "--version" || *argument == "-v")
             return lineOf(Action::ShowVersion);
-        if (const auto* command = std::ranges::find(commands, QByteArrayView(*argument), &Command::name);
-            command != commands.end())
+        if (const auto* command = std::ranges::find(loneCommands, QByteArrayView(*argument), &Command::name);
+            command != loneCommands.end())
             return parseCommand(*command, arguments);
         if (line.simulatedCard)
             return std::unexpected("trop d’arguments"s);
