@@ -5,14 +5,18 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh
 
-ensure_packages "${build_packages[@]}" "${test_packages[@]}"
+ensure_packages "${build_packages[@]}" "${test_packages[@]}" grim
 cmake --preset dev
 cmake --build --preset dev
 
-# take FOLDER SUFFIX [VARIABLE=VALUE...]
+# take_in DESKTOP FOLDER SUFFIX [VARIABLE=VALUE...]
+take_in() {
+    mkdir -p "$2"
+    env "${@:4}" "tests/e2e/$1.sh" /usr/bin/python3 tests/e2e/pictures.py build/dev/stage "$2" "$3"
+}
+
 take() {
-    mkdir -p "$1"
-    env "${@:3}" tests/e2e/in-desktop.sh /usr/bin/python3 tests/e2e/pictures.py build/dev/stage "$1" "$2"
+    take_in in-desktop "$@"
 }
 
 if [ $# -gt 0 ]; then
@@ -21,6 +25,8 @@ if [ $# -gt 0 ]; then
         take "$1/1024x600" "$suffix" SCREEN=1024x600
         take "$1/1024x600-large-texts" "$suffix" SCREEN=1024x600 QT_ENABLE_HIGHDPI_SCALING=0 QT_FONT_DPI=192
         take "$1/scale-2" "$suffix" SCREEN=2560x2048 QT_SCALE_FACTOR=2
+        take_in in-wayland-desktop "$1/wayland" "$suffix"
+        take_in in-wayland-desktop "$1/wayland-scale-2" "$suffix" SCREEN=2560x2048 SCALE=2
     done
     exit
 fi

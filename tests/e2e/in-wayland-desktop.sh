@@ -1,7 +1,8 @@
 #!/bin/sh
 # in-wayland-desktop.sh COMMAND...: runs a command in a desktop of its own that is Wayland alone, with a compositor without a
-# screen (sway) and a session bus; all of it ends with the command. There is no X server and no status bar. The script that
-# runs brings the keyboard and the mouse (wayland.py).
+# screen (sway) and a session bus; all of it ends with the command. SCREEN is the size of its screen in pixels, SCALE the
+# scale that it tells programs. There is no X server and no status bar. The script that runs brings the keyboard and the mouse
+# (wayland.py).
 #
 # Scripts that drive windows by desktop.py and windows.py work here as under in-desktop.sh, unless they need what only X has:
 # bell.py, statusbar.py, xdotool and wmctrl themselves, and windows that are iconified. So a scenario is written once, as a
@@ -27,6 +28,7 @@ ready=$XDG_RUNTIME_DIR/ready
 mkfifo "$ready"
 {
     cat "$here/sway.conf"
+    echo "output * resolution ${SCREEN:-1280x1024} position 0,0 scale ${SCALE:-1}"
     # The words are for the compositor's shell.
     # shellcheck disable=SC2016
     echo 'exec sh -c '\''echo "$WAYLAND_DISPLAY $SWAYSOCK" >'"$ready'"

@@ -1,15 +1,16 @@
 """Takes a picture of each window, with the card of a fictitious patient. Usage: pictures.py STAGE FOLDER SUFFIX
 
-The desktop's size, Qt's scale and its size of texts are as the caller has set them. With the suffix "-dark" the desktop
+The desktop (X or Wayland), its size, the scale and the size of texts are as the caller has set them. With the suffix "-dark" the desktop
 prefers dark windows."""
 
 import os
 import subprocess
 import sys
 
-from desktop import Application, wait
+import wayland
+from desktop import Application, key, wait
 from portal import DARK, LIGHT, Portal
-from windows import shown_windows, wait_until_shown
+from windows import is_in_front, shown_windows, wait_until_shown
 
 STAGE, FOLDER, SUFFIX = sys.argv[1:]
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
@@ -19,22 +20,34 @@ PANES = {"Configuration": "configuration", "Attestations": "attestations", "Lect
          "Mise à jour": "updates"}
 
 
-def pixels(window):
-    return subprocess.run(["import", "-silent", "-window", window, "rgb:-"], capture_output=True, check=True).stdout
+def picture(title):
+    """The window as PNG data. On Wayland it must be in front: what is taken is its part of the screen."""
+    if wayland.HERE:
+        box = wayland.windows(title)[0]["rect"]
+        command = ["grim", "-g", f"{box['x']},{box['y']} {box['width']}x{box['height']}", "-"]
+    else:
+        command = ["import", "-silent", "-window", shown_windows(title)[0], "-strip", "png:-"]
+    return subprocess.run(command, capture_output=True, check=True).stdout
 
 
 def take(title, name):
     """A picture of the window when nothing changes in it any more."""
     wait_until_shown(title)
-    window = shown_windows(title)[0]
     seen = [None]
 
     def is_still():
-        before, seen[0] = seen[0], pixels(window)
+        before, seen[0] = seen[0], picture(title)
         return before == seen[0]
     wait(is_still)
-    subprocess.run(["import", "-silent", "-window", window, "-strip",
-                    os.path.join(FOLDER, f"{name}{SUFFIX}.png")], check=True)
+    with open(os.path.join(FOLDER, f"{name}{SUFFIX}.png"), "wb") as file:
+        file.write(seen[0])
+
+
+def take_dialog(title, name):
+    take(title, name)
+    wait(lambda: is_in_front(title))
+    key("Escape")
+    wait(lambda: not shown_windows(title))
 
 
 def main():
@@ -44,6 +57,13 @@ def main():
         pelmora.press("push button", "Lire")
         pelmora.find("label", "SPECIMEN.*")
         take(MAIN, "main-window")
+        pelmora.press("push button", "Imprimer")
+        take_dialog("Imprimer l’attestation – SPECIMEN Hélène", "print")
+        pelmora.choose("Diagnostic…")
+        pelmora.find("text", "Diagnostic")
+        take_dialog("Diagnostic de la lecture", "diagnosis")
+        pelmora.choose("À propos de Pelmora")
+        take_dialog("À propos de Pelmora", "about")
         pelmora.press("push button", "Voir")
         take("Hélène SPECIMEN", "viewer")
         pelmora.choose("Préférences…")
