@@ -24,6 +24,7 @@ void ShownCard::show(const CardRecord& record, PanelLine::CardOrigin origin)
     m_window.vitaleInfoTextField()->setText(cardSummary(m_record));
     m_window.panel().setNumber(formatNSS(m_record->text(CardKey::ssn)));
     m_window.panel().setCardTime(origin, QDateTime::currentDateTime());
+    m_window.panel().announceCard();
 }
 
 void ShownCard::forget()

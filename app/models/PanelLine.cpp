@@ -130,6 +130,8 @@ QString PanelLine::cardPart() const
 
 QString PanelLine::readerPart() const
 {
+    if (m_isConnecting)
+        return u"Connexion au lecteur de cartes…"_s;
     const bool isBeforeAnyRead = !m_card && !m_failedAt;
     const bool asksForCard = !m_reader || m_reader == CardReaderState::Empty;
     const bool asksForRead = m_reader == CardReaderState::Card;
@@ -141,7 +143,7 @@ QString PanelLine::readerPart() const
 QString PanelLine::cardText() const
 {
     if (m_isConnecting)
-        return u"Connexion au lecteur de cartes…"_s;
+        return readerPart();
     QStringList parts{cardPart(), readerPart()};
     parts.removeAll(QString());
     return parts.join(u". "_s);

@@ -50,7 +50,7 @@ public:
     [[nodiscard]] QString savedPath() const { return m_notice.isEmpty() ? m_result.path : QString(); }
     /// The file's name as the text shows it, on one line.
     [[nodiscard]] static QString shownName(const QString& path);
-    /// What the line tells of the reader; empty when that asks for nothing.
+    /// What the line tells of the reader or of connecting to it; empty when the reader's state asks for nothing.
     [[nodiscard]] QString readerPart() const;
     /// The card's line with the reader's state and, if there is one, that message.
     [[nodiscard]] QString text() const;

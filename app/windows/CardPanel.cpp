@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -30,11 +31,13 @@ constexpr auto usualConnecting = 1s;
 CardPanel::CardPanel(const Widgets& widgets)
     : m_widgets(widgets)
     , m_spokenNotice(new SpokenNotice(&widgets.view))
+    , m_formerNotice(new SpokenNotice(&widgets.view))
 {
     m_connectingTimer.setSingleShot(true);
     m_connectingTimer.setInterval(usualConnecting);
     connect(&m_connectingTimer, &QTimer::timeout, this, [this] {
         m_line.setConnecting(true);
+        announce(m_line.readerPart());
         showLine();
     });
     connect(&m_widgets.line.link(), &FileLink::clicked, this, [this] { Q_EMIT fileRequested(m_line.savedPath()); });
@@ -58,9 +61,20 @@ void CardPanel::forgetCard()
 {
     m_widgets.summary.setText(summaryBeforeAnyCard.toString());
     setNumber(QString());
+    m_cardNotice.clear();
     m_line.forgetCard();
-    announce(QString());
+    announce(m_line.readerPart());
+    // It may name the patient.
+    m_formerNotice->say(QString());
     showLine();
+}
+
+void CardPanel::announceCard()
+{
+    const QString summary = m_widgets.summary.text();
+    // Without the number, which others could hear.
+    m_cardNotice = summary.section(u'\n', 0, 0) + u", "_s + summary.section(u'\n', 2);
+    announce(m_cardNotice);
 }
 
 void CardPanel::setCardTime(PanelLine::CardOrigin origin, const QDateTime& time)
@@ -71,6 +85,7 @@ void CardPanel::setCardTime(PanelLine::CardOrigin origin, const QDateTime& time)
 
 void CardPanel::setReadFailed(const QDateTime& time)
 {
+    m_cardNotice.clear();
     setNotice(QString());
     m_line.setReadFailed(time);
     showLine();
@@ -78,6 +93,7 @@ void CardPanel::setReadFailed(const QDateTime& time)
 
 void CardPanel::setReadCancelled(const QDateTime& time)
 {
+    m_cardNotice.clear();
     setNotice(QString());
     m_line.setReadCancelled(time);
     showLine();
@@ -139,8 +155,14 @@ void CardPanel::setNumber(const QString& grouped)
 // Screen readers announce new texts. An announced text stays as long as the panel shows it.
 void CardPanel::announce(const QString& text)
 {
-    if (!text.isEmpty() || m_spokenNotice->accessibleName() != m_line.told())
-        m_spokenNotice->say(text);
+    const QString spoken = m_spokenNotice->accessibleName();
+    const bool isShown = spoken == m_line.told() || spoken == m_line.readerPart() || spoken == m_cardNotice;
+    if (text.isEmpty() && isShown)
+        return;
+    // Screen readers fetch a text a moment after they are notified: the former one keeps a widget of its own.
+    std::swap(m_spokenNotice, m_formerNotice);
+    m_formerNotice->hide();
+    m_spokenNotice->say(text);
 }
 
 void CardPanel::setReader(const ReaderChange& change)
@@ -160,7 +182,10 @@ void CardPanel::setConnecting(bool isConnecting)
         return;
     }
     m_connectingTimer.stop();
+    const QString before = m_line.text();
     m_line.setConnecting(false);
+    if (m_line.text() != before)
+        announce(m_line.readerPart());
     showLine();
 }
 

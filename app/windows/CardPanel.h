@@ -29,8 +29,10 @@ public:
 
     /// Sets the colours and shows that no card has been read.
     void clear();
-    /// Shows no card any more. The reader's state stays.
+    /// Shows no card any more, and tells screen readers what the reader's state asks for now.
     void forgetCard();
+    /// Tells screen readers whose card the summary shows.
+    void announceCard();
     /// Shows when the card was read or its file opened.
     void setCardTime(PanelLine::CardOrigin origin, const QDateTime& time);
     /// Shows that a read failed, so that the shown card is an earlier one, until the next card.
@@ -68,6 +70,8 @@ private:
 
     Widgets m_widgets;
     PanelLine m_line;
-    SpokenNotice* m_spokenNotice; // belongs to the view
+    QString m_cardNotice;         // what was announced of the shown card; empty if that is an earlier one
+    SpokenNotice* m_spokenNotice; // belongs to the view, as the next one
+    SpokenNotice* m_formerNotice; // what was announced before
     QTimer m_connectingTimer;     // runs while connecting takes no longer than usual
 };

@@ -1,10 +1,8 @@
 #include "app/windows/FileLink.h"
-#include "app/windows/SpokenNotice.h"
 #include "tests/app/windows/Contrast.h"
 #include "tests/app/windows/MainWindowTest.h"
 #include "tests/common/RunnableTests.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QDateTime>
@@ -40,18 +38,6 @@ private:
         return QToolTip::text();
     }
 
-    /// The text of the notification that screen readers get from the panel, or "(none)".
-    QString notification() const
-    {
-        QAccessibleInterface* panel = QAccessible::queryAccessibleInterface(m_window->vitaleInfoView());
-        for (int index = 0; index < panel->childCount(); ++index) {
-            QAccessibleInterface* child = panel->child(index);
-            if (child->role() == QAccessible::Notification && !child->state().invisible)
-                return child->text(QAccessible::Name);
-        }
-        return u"(none)"_s;
-    }
-
 private Q_SLOTS:
     void theTimeOfReadingOrOpeningIsShown()
     {
@@ -78,26 +64,6 @@ private Q_SLOTS:
         QCOMPARE(lineField()->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
         m_window->panel().setConnecting(true);
         QCOMPARE(lineField()->text(), u"Fichier ouvert le 21/11/2026 à 14:02"_s);
-    }
-
-    void theReadersStateIsShownAndAnnounced()
-    {
-        const auto* notice = m_window->findChild<SpokenNotice*>();
-        m_window->setReader({.state = CardReaderState::Empty});
-        QCOMPARE(lineField()->text(), emptyLine);
-        QVERIFY(notice->isHidden());
-        m_window->setReader({.state = CardReaderState::NoReader});
-        const QString noReader = u"Aucun lecteur – branchez-le."_s;
-        QCOMPARE(lineField()->text(), noReader);
-        QVERIFY(!notice->isHidden());
-        QCOMPARE(notice->accessibleName(), noReader);
-        m_window->panel().setCardTime(PanelLine::CardOrigin::Reader, afternoon);
-        m_window->setReader({.state = CardReaderState::Card});
-        QCOMPARE(lineField()->text(), u"Lue le 21/11/2026 à 14:02"_s);
-        QVERIFY(notice->isHidden());
-        m_window->panel().setNotice(u"Une lecture est en cours."_s);
-        m_window->setReader({.state = CardReaderState::Empty});
-        QCOMPARE(notice->accessibleName(), u"Une lecture est en cours."_s);
     }
 
     void aDisabledTileSaysWhy()
@@ -214,26 +180,6 @@ private Q_SLOTS:
         QVERIFY(toolTip(name + u" <b>x</b>"_s).contains(name + u" &lt;b&gt;x&lt;/b&gt;"_s));
     }
 
-    void noticesAndFailuresAreNotificationsForScreenReaders()
-    {
-        const QString notice = u"Une lecture est déjà en cours."_s;
-        const QString failure = u"Non enregistrée"_s;
-        QCOMPARE(notification(), u"(none)"_s);
-        m_window->panel().setNotice(notice);
-        QCOMPARE(notification(), notice);
-        m_window->panel().setNotice(QString());
-        QCOMPARE(notification(), u"(none)"_s);
-        m_window->panel().setSaveFailure(failure);
-        QCOMPARE(notification(), failure);
-        m_window->panel().setNotice(QString());
-        QCOMPARE(notification(), failure);
-        m_window->panel().setNotice(notice);
-        QCOMPARE(notification(), notice);
-        m_window->panel().setNotice(QString());
-        m_window->panel().setSaveFailure(QString());
-        QCOMPARE(notification(), u"(none)"_s);
-    }
-
     void aSavedFileIsALinkAtTheEndOfItsLine_data() { addDesktops(); }
 
     void aSavedFileIsALinkAtTheEndOfItsLine()
@@ -334,18 +280,6 @@ private Q_SLOTS:
         }
         QCOMPARE(number.size(), 1);
         QCOMPARE(name.size(), 1);
-    }
-
-    void theResultOfARequestIsANotificationForScreenReaders()
-    {
-        m_window->panel().setSent(u"Accueil"_s, afternoon);
-        const auto* notice = m_window->findChild<SpokenNotice*>();
-        QVERIFY(notice->isVisible());
-        QCOMPARE(notice->accessibleName(), u"Envoyée à «\u202FAccueil\u202F» à\u00A014:02"_s);
-        m_window->panel().setNotice(QString());
-        QVERIFY(notice->isVisible());
-        m_window->panel().clearResult();
-        QVERIFY(!notice->isVisible());
     }
 
     void noNameMakesTheWindowGrow_data()
