@@ -68,8 +68,12 @@ void MVAttestationPrefs::storeFolder(const QFileDialog& panel)
 
 void MVAttestationPrefs::showFolder()
 {
-    m_ui->folderTextField->setWholeText(
-        MVSettings::stringPreferencesForKey(m_settings, Settings::attestationsFolder).value_or(QString()));
+    const QString folder =
+        MVSettings::stringPreferencesForKey(m_settings, Settings::attestationsFolder).value_or(QString());
+    m_ui->folderTextField->setWholeText(folder);
+    // Screen readers say it with the button, because the keyboard does not reach the label. A disabled button says why.
+    if (m_ui->changeFolderButton->isEnabled())
+        m_ui->changeFolderButton->setAccessibleDescription(folder);
 }
 
 void MVAttestationPrefs::loadView(QScrollArea& view)

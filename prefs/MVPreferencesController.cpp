@@ -125,6 +125,7 @@ void MVPreferencesController::showNeighbour(qsizetype step)
         return;
     const qsizetype next = all.indexOf(m_currentPane->paneIdentifier()) + step + all.size();
     showPane(paneForIdentifier(all.at(next % all.size())));
+    m_toolbar->focusSelection();
 }
 
 void MVPreferencesController::selectPane(const QAction* sender)

@@ -1,5 +1,7 @@
 #include "prefs/ModeMenu.h"
 
+#include "platform/gui/CurrentEntry.h"
+
 #include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QScopedValueRollback>
@@ -14,6 +16,7 @@ ModeMenu::ModeMenu(QWidget* parent)
     m_rest.setInterval(keyRest);
     connect(&m_rest, &QTimer::timeout, this, &ModeMenu::settle);
     connect(this, &QComboBox::activated, this, &ModeMenu::entryActivated);
+    tellCurrentEntry(*this);
 }
 
 void ModeMenu::showPopup()

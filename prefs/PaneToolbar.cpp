@@ -49,6 +49,12 @@ void PaneToolbar::setSelectedItemIdentifier(const QString& identifier)
     showSelection();
 }
 
+void PaneToolbar::focusSelection()
+{
+    if (QWidget* button = widgetForAction(m_items->checkedAction()))
+        button->setFocus();
+}
+
 void PaneToolbar::addItem(const Item& item)
 {
     QAction* action = m_items->addAction(item.image, item.label);

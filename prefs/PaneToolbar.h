@@ -34,6 +34,8 @@ public:
     /// Empty before a button was selected.
     [[nodiscard]] const QString& selectedItemIdentifier() const { return m_selected; }
     void setSelectedItemIdentifier(const QString& identifier);
+    /// Gives the selected button the keyboard focus, so that screen readers say which pane is shown.
+    void focusSelection();
 
 Q_SIGNALS:
     /// A button was chosen, also when it was selected already.

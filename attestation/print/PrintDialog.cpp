@@ -1,5 +1,7 @@
 #include "attestation/print/PrintDialog.h"
 
+#include "platform/gui/CurrentEntry.h"
+
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -51,6 +53,9 @@ PrintDialog::PrintDialog(Offer offer, QWidget* parent)
     connect(buttons, &QDialogButtonBox::accepted, this, &PrintDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     contents->addWidget(buttons);
+    // In reading order. Without this, the Tab key skips the other two buttons.
+    setTabOrder(options, buttons->button(QDialogButtonBox::Ok));
+    setTabOrder(buttons->button(QDialogButtonBox::Ok), buttons->button(QDialogButtonBox::Cancel));
 
     connect(m_printers, &QComboBox::currentIndexChanged, this, &PrintDialog::showFields);
     showFields();
@@ -67,6 +72,7 @@ void PrintDialog::offerQueues()
     for (const PrintQueue& queue : std::as_const(m_offer.queues))
         m_printers->addItem(queue.name);
     m_printers->addItem(u"Imprimer dans un fichier (PDF)"_s);
+    tellCurrentEntry(*m_printers);
 
     auto chosen = std::ranges::find(m_offer.queues, m_offer.queue, &PrintQueue::name);
     if (chosen == m_offer.queues.end())
@@ -93,6 +99,8 @@ void PrintDialog::addFields(QFormLayout& form)
     form.addRow(u"&Copies\u00A0:"_s, m_copies);
     auto* fileLabel = new QLabel(u"&Fichier\u00A0:"_s);
     fileLabel->setBuddy(m_file);
+    // Screen readers find a label only among the field's own neighbours.
+    m_file->setAccessibleName(u"Fichier"_s);
     form.addRow(fileLabel, m_fileRow);
 }
 

@@ -79,6 +79,17 @@ private Q_SLOTS:
         QVERIFY2(clock.elapsed() >= ModeMenu::keyRest.count() * 9 / 10, qPrintable(QString::number(clock.elapsed())));
     }
 
+    void screenReadersGetTheEntryWhileTheListIsClosed()
+    {
+        press({Qt::Key_Down});
+        QCOMPARE(m_menu->accessibleDescription(), m_menu->itemText(1));
+        const auto selected = [this] { return m_menu->view()->selectionModel()->selectedIndexes().value(0).row(); };
+        QCOMPARE(selected(), 1);
+        m_other->setFocus();
+        m_menu->setCurrentIndex(2);
+        QCOMPARE(selected(), 1);
+    }
+
     void eachKeyRestartsTheDelay()
     {
         press({Qt::Key_Down});

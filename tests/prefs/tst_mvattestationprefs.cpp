@@ -75,6 +75,7 @@ private Q_SLOTS:
         MVAttestationPrefs other(*m_settings, m_bundle);
         other.initialization();
         QCOMPARE(control<ElidedLabel>(other, "folderTextField")->text(), u"/srv/cabinet"_s);
+        QCOMPARE(control<QPushButton>(other, "changeFolderButton")->accessibleDescription(), u"/srv/cabinet"_s);
     }
 
     void thePanelIsASheetForOneFolder()

@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -96,6 +97,28 @@ private Q_SLOTS:
         QCOMPARE(info.media, "A5"_ba);
         QCOMPARE(info.sheet.size(), QSizeF(420, 595));
         QCOMPARE(info.settings, (QList<PrintOption>{{"ColorModel"_ba, "Gray"_ba}, {"copies"_ba, "3"_ba}}));
+    }
+
+    void theTabKeyReachesEachControlInReadingOrder()
+    {
+        PrintDialog dialog({m_queues, u"A5"_s, m_file}, nullptr);
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        QStringList reached;
+        for (int count = 0; count < 5; ++count) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            const QWidget* widget = QApplication::focusWidget();
+            const auto* button = qobject_cast<const QPushButton*>(widget);
+            reached.append(button ? button->text() : QString::fromLatin1(widget->metaObject()->className()));
+        }
+        QCOMPARE(reached, (QStringList{u"&Options…"_s, u"Imprimer"_s, u"Annuler"_s, u"QComboBox"_s, u"QSpinBox"_s}));
+    }
+
+    void screenReadersGetTheChosenPrinterAndTheNameOfTheFileField()
+    {
+        const PrintDialog dialog({m_queues, u"A5"_s, m_file}, nullptr);
+        QCOMPARE(dialog.findChild<QComboBox*>()->accessibleDescription(), u"A5"_s);
+        QCOMPARE(dialog.findChild<QLineEdit*>(u"filename"_s)->accessibleName(), u"Fichier"_s);
     }
 
     void withAFileChosenItsNameIsShownInPlaceOfCopies()
