@@ -42,8 +42,8 @@ test_packages=(
     cups-daemon cups-client cups-filters-core-drivers
     # Validators of the files for desktops.
     desktop-file-utils appstream appstream-util shared-mime-info libglib2.0-bin
-    # A system font for characters that are missing in the page's font.
-    fonts-dejavu-core
+    # System fonts for characters that are missing in the page's font, of TrueType outlines and of PostScript ones.
+    fonts-dejavu-core fonts-tlwg-loma-otf
     # For the tests' certificates, keys and signatures.
     openssl
     # Simulated card readers with the tests' PC/SC service, and the card service's channel.

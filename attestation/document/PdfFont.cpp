@@ -1,5 +1,6 @@
 #include "attestation/document/PdfFont.h"
 
+#include "attestation/document/CffTable.h"
 #include "attestation/document/PdfNumber.h"
 
 #include <QCryptographicHash>
@@ -14,14 +15,15 @@
 
 namespace {
 
-constexpr unsigned mostCodes = 0xffff;
+// With code 0 it is the most that a font can have.
+constexpr unsigned mostCodes = 0xfffe;
 
 using InputPtr = std::unique_ptr<hb_subset_input_t, decltype(&hb_subset_input_destroy)>;
 using PlanPtr = std::unique_ptr<hb_subset_plan_t, decltype(&hb_subset_plan_destroy)>;
 using FacePtr = std::unique_ptr<hb_face_t, decltype(&hb_face_destroy)>;
 using BlobPtr = std::unique_ptr<hb_blob_t, decltype(&hb_blob_destroy)>;
 
-// What documents need of a TrueType font is its outlines and measures.
+// What documents need of a font is its outlines and measures.
 void dropLayoutTables(hb_subset_input_t* input)
 {
     constexpr std::array unneeded{
@@ -59,7 +61,9 @@ std::optional<PdfFont::Cut> PdfFont::cutFace() const
     hb_set_add(kept, 0);
     for (const Character& character : m_characters)
         hb_set_add(kept, character.glyph);
-    hb_subset_input_set_flags(input.get(), HB_SUBSET_FLAGS_NO_HINTING | HB_SUBSET_FLAGS_NOTDEF_OUTLINE);
+    // Subroutines are those of PostScript outlines.
+    hb_subset_input_set_flags(input.get(), HB_SUBSET_FLAGS_NO_HINTING | HB_SUBSET_FLAGS_NOTDEF_OUTLINE |
+                                               HB_SUBSET_FLAGS_DESUBROUTINIZE);
     dropLayoutTables(input.get());
 
     const PlanPtr plan(hb_subset_plan_create_or_fail(m_face.face(), input.get()), &hb_subset_plan_destroy);
@@ -68,14 +72,23 @@ std::optional<PdfFont::Cut> PdfFont::cutFace() const
     const FacePtr face(hb_subset_plan_execute_or_fail(plan.get()), &hb_face_destroy);
     if (!face)
         return std::nullopt;
-    const BlobPtr blob(hb_face_reference_blob(face.get()), &hb_blob_destroy);
+    const bool isPostScript = m_face.isPostScript();
+    const BlobPtr blob(isPostScript ? hb_face_reference_table(face.get(), HB_TAG('C', 'F', 'F', ' '))
+                                    : hb_face_reference_blob(face.get()),
+                       &hb_blob_destroy);
     unsigned length = 0;
     const char* bytes = hb_blob_get_data(blob.get(), &length);
 
-    Cut cut{.file = {bytes, length}, .glyphs = {}};
+    Cut cut{.program = {bytes, length}, .glyphs = {}};
     const hb_map_t* newGlyphs = hb_subset_plan_old_to_new_glyph_mapping(plan.get());
     for (unsigned code = 0; code < codeCount(); ++code)
         cut.glyphs.push_back(hb_map_get(newGlyphs, glyphOf(code)));
+    if (isPostScript) {
+        std::optional<std::string> table = cffTableWithGlyphs(cut.program, cut.glyphs);
+        if (!table)
+            return std::nullopt;
+        cut.program = std::move(*table);
+    }
     return cut;
 }
 
@@ -105,7 +118,7 @@ std::string PdfFont::name() const
 }
 
 // For readers that look for a similar font. This document's own is always there.
-PdfReference PdfFont::addDescriptor(PdfFile& file, const std::string& fontFile, const std::string& name) const
+PdfReference PdfFont::addDescriptor(PdfFile& file, const std::string& program, const std::string& name) const
 {
     constexpr int symbolic = 4;
     constexpr int usualStem = 80;
@@ -118,13 +131,15 @@ PdfReference PdfFont::addDescriptor(PdfFile& file, const std::string& fontFile, 
         const unsigned at = boxOffset + 2 * i;
         box += ' ' + inThousandths(at + 2 <= length ? qFromBigEndian<qint16>(bytes + at) : 0);
     }
+    const bool isPostScript = m_face.isPostScript();
+    const std::string entries = isPostScript ? "/Subtype /CIDFontType0C " : fmt::format("/Length1 {} ", program.size());
     const std::string ascent = inThousandths(m_face.ascent());
     return file.add(
         fmt::format("<< /Type /FontDescriptor /FontName /{} /Flags {} /FontBBox [{}] /ItalicAngle 0 /Ascent {} "
-                    "/Descent {} /CapHeight {} /StemV {} /CIDSet {} /FontFile2 {} >>",
+                    "/Descent {} /CapHeight {} /StemV {} /CIDSet {} /{} {} >>",
                     name, symbolic, box, ascent, inThousandths(-m_face.descent()), ascent, usualStem,
-                    file.addStream(cidSet()).text(),
-                    file.addStream(fontFile, fmt::format("/Length1 {} ", fontFile.size())).text()));
+                    file.addStream(cidSet()).text(), isPostScript ? "FontFile3" : "FontFile2",
+                    file.addStream(program, entries).text()));
 }
 
 std::string PdfFont::widths() const
@@ -171,15 +186,19 @@ std::optional<PdfReference> PdfFont::embedIn(PdfFile& file) const
     const std::optional<Cut> cut = cutFace();
     if (!cut)
         return std::nullopt;
-    std::string glyphs;
-    for (const unsigned glyph : cut->glyphs)
-        glyphs += {char(glyph >> 8U), char(glyph & 0xffU)};
     const std::string fontName = name();
-    const PdfReference descendant = file.add(fmt::format(
-        "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /{} "
-        "/CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) /Supplement 0 >> "
-        "/FontDescriptor {} /DW 0 /W [0 [{}]] /CIDToGIDMap {} >>",
-        fontName, addDescriptor(file, cut->file, fontName).text(), widths(), file.addStream(glyphs).text()));
+    std::string kind = "/CIDFontType0";
+    if (!m_face.isPostScript()) {
+        std::string glyphs;
+        for (const unsigned glyph : cut->glyphs)
+            glyphs += {char(glyph >> 8U), char(glyph & 0xffU)};
+        kind = fmt::format("/CIDFontType2 /CIDToGIDMap {}", file.addStream(glyphs).text());
+    }
+    const PdfReference descendant =
+        file.add(fmt::format("<< /Type /Font /Subtype {} /BaseFont /{} "
+                             "/CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) /Supplement 0 >> "
+                             "/FontDescriptor {} /DW 0 /W [0 [{}]] >>",
+                             kind, fontName, addDescriptor(file, cut->program, fontName).text(), widths()));
     return file.add(fmt::format(
         "<< /Type /Font /Subtype /Type0 /BaseFont /{} /Encoding /Identity-H /DescendantFonts [{}] /ToUnicode {} >>",
         fontName, descendant.text(), file.addStream(toUnicode()).text()));

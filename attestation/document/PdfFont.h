@@ -37,15 +37,15 @@ private:
 
     struct Cut // the face with those glyphs alone
     {
-        std::string file;
-        std::vector<unsigned> glyphs; // of each code
+        std::string program;          // a font file; of PostScript outlines their table, by codes
+        std::vector<unsigned> glyphs; // of each code, in the font file
     };
 
     [[nodiscard]] hb_codepoint_t glyphOf(unsigned code) const { return code == 0 ? 0 : m_characters[code - 1].glyph; }
     [[nodiscard]] unsigned codeCount() const { return unsigned(m_characters.size()) + 1; }
     [[nodiscard]] std::optional<Cut> cutFace() const;
     [[nodiscard]] std::string name() const;
-    [[nodiscard]] PdfReference addDescriptor(PdfFile& file, const std::string& fontFile, const std::string& name) const;
+    [[nodiscard]] PdfReference addDescriptor(PdfFile& file, const std::string& program, const std::string& name) const;
     [[nodiscard]] std::string widths() const;
     [[nodiscard]] std::string toUnicode() const;
     [[nodiscard]] std::string cidSet() const;

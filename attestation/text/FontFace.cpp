@@ -31,11 +31,24 @@ bool mayBeEmbedded(hb_face_t* face)
     return length < rightsOffset + 2 || (qFromBigEndian<quint16>(bytes + rightsOffset) & restricted) == 0;
 }
 
+bool hasTrueTypeOutlines(hb_face_t* face)
+{
+    return hasTable(face, "glyf") && hasTable(face, "loca");
+}
+
+// A table that HarfBuzz cannot read has no glyphs for it.
+bool hasPostScriptOutlines(hb_face_t* face)
+{
+    const std::unique_ptr<hb_font_t, decltype(&hb_font_destroy)> font(hb_font_create(face), &hb_font_destroy);
+    hb_glyph_extents_t extents{};
+    return hasTable(face, "CFF ") && hb_font_get_glyph_extents(font.get(), 0, &extents) != 0;
+}
+
 bool isUsable(hb_face_t* face)
 {
     return hb_face_get_glyph_count(face) > 0 && hasTable(face, "head") && hasTable(face, "hhea") &&
-           hasTable(face, "hmtx") && hasTable(face, "cmap") && hasTable(face, "glyf") && hasTable(face, "loca") &&
-           mayBeEmbedded(face);
+           hasTable(face, "hmtx") && hasTable(face, "cmap") && mayBeEmbedded(face) &&
+           (hasTrueTypeOutlines(face) || hasPostScriptOutlines(face));
 }
 
 } // namespace
@@ -54,6 +67,7 @@ std::unique_ptr<const FontFace> FontFace::load(const QString& path, unsigned ind
 FontFace::FontFace(FacePtr face, bool isOneOfMany)
     : m_isOneOfMany(isOneOfMany)
     , m_face(std::move(face))
+    , m_isPostScript(!hasTrueTypeOutlines(m_face.get()))
     , m_font(hb_font_create(m_face.get()), &hb_font_destroy)
     , m_unitsPerEm(hb_face_get_upem(m_face.get()))
 {

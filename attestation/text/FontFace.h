@@ -14,12 +14,16 @@
 class FontFace final
 {
 public:
-    /// The face of that index in the file; null when the file cannot be read, has no TrueType outlines, or must not
-    /// be put into documents. A damaged font may be loaded: see isIntact().
+    /// The face of that index in the file; null when the file cannot be read, has neither TrueType outlines nor
+    /// PostScript ones of a single design, or must not be put into documents. A damaged font may be loaded: see
+    /// isIntact().
     [[nodiscard]] static std::unique_ptr<const FontFace> load(const QString& path, unsigned index = 0);
 
     /// Whether the file's checksum agrees with its content: of files that hold one face.
     [[nodiscard]] bool isIntact() const;
+
+    /// Whether the outlines are PostScript's, in a "CFF " table.
+    [[nodiscard]] bool isPostScript() const { return m_isPostScript; }
 
     [[nodiscard]] double unitsPerEm() const { return m_unitsPerEm; }
     /// Above and below the baseline, and the height of a line; all positive.
@@ -46,6 +50,7 @@ private:
 
     bool m_isOneOfMany; // of a collection, in one file
     FacePtr m_face;
+    bool m_isPostScript;
     FontPtr m_font;
     double m_unitsPerEm = 0;
     double m_ascent = 0;

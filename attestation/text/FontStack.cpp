@@ -27,11 +27,10 @@ const FontFace* FontStack::systemFaceFor(char32_t character) const
     // One font for a whole name, where it can be.
     if (const auto known = std::ranges::find_if(m_others, hasIt); known != m_others.cend())
         return known->get();
-    const std::optional<FontPlace> place = systemFontFor(character, m_bold);
-    if (!place)
-        return nullptr;
-    std::unique_ptr<const FontFace> face = FontFace::load(place->path, place->index);
-    if (!face || !hasIt(face))
-        return nullptr;
-    return m_others.emplace_back(std::move(face)).get();
+    for (const FontPlace& place : systemFontsFor(character, m_bold)) {
+        std::unique_ptr<const FontFace> face = FontFace::load(place.path, place.index);
+        if (face && hasIt(face))
+            return m_others.emplace_back(std::move(face)).get();
+    }
+    return nullptr;
 }

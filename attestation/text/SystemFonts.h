@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include <optional>
+#include <vector>
 
 /// Where a font file is, and which of its faces is meant.
 struct FontPlace
@@ -11,7 +11,7 @@ struct FontPlace
     unsigned index = 0;
 };
 
-/// The font of the system that fontconfig thinks best for a character; absent when fontconfig is not there or knows no
-/// outline font. The font may have no such character all the same. Fontconfig is loaded at the first call: most pages
-/// need no other font than their own. Main thread only.
-[[nodiscard]] std::optional<FontPlace> systemFontFor(char32_t character, bool bold);
+/// The fonts of the system that have a character, with TrueType outlines or PostScript ones: those of TrueType first,
+/// each kind in the order in which fontconfig prefers them. None when fontconfig is not there. Fontconfig is loaded at
+/// the first call: most pages need no other font than their own. Main thread only.
+[[nodiscard]] std::vector<FontPlace> systemFontsFor(char32_t character, bool bold);

@@ -9,6 +9,8 @@ import re
 from xml.etree import ElementTree
 
 import pikepdf
+from fontTools.cffLib import CFFFontSet
+from fontTools.pens.basePen import NullPen
 from fontTools.ttLib import TTFont
 from pikepdf import Name
 
@@ -238,10 +240,12 @@ def fonts(document):
         information = cid_font.CIDSystemInfo
         if (str(information.Registry), str(information.Ordering)) != ("Adobe", "Identity"):
             yield "31-001 codes of another system"
-        if "/CIDToGIDMap" not in cid_font:
+        # The outlines of PostScript have their numbers in themselves.
+        is_truetype = cid_font.Subtype == Name.CIDFontType2
+        if ("/CIDToGIDMap" in cid_font) != is_truetype:
             yield "31-004 no map from codes to glyphs"
             continue
-        if "/FontFile2" not in descriptor:
+        if ("/FontFile2" if is_truetype else "/FontFile3") not in descriptor:
             yield "31-009 a font is not embedded"
             continue
         if not re.fullmatch(r"/[A-Z]{6}\+.+", str(descriptor.FontName)) or font.BaseFont != descriptor.FontName:
@@ -255,21 +259,41 @@ def fonts(document):
         yield from measures(cid_font, codes)
 
 
-def measures(cid_font, codes):
+def truetype_advances(cid_font):
+    """The advance of each code, in thousandths of the font's size; none of the missing glyph."""
     glyph_map = bytes(cid_font.CIDToGIDMap.read_bytes())
     face = TTFont(io.BytesIO(cid_font.FontDescriptor.FontFile2.read_bytes()))
     order, advances, units = face.getGlyphOrder(), face["hmtx"], face["head"].unitsPerEm
+    glyphs = [glyph_map[i] * 256 + glyph_map[i + 1] for i in range(0, len(glyph_map), 2)]
+    return {code: advances[order[glyph]][0] * 1000 / units if 0 < glyph < len(order) else None
+            for code, glyph in enumerate(glyphs)}
+
+
+def postscript_advances(cid_font):
+    """The same, from the outlines themselves."""
+    file = CFFFontSet()
+    file.decompile(io.BytesIO(cid_font.FontDescriptor.FontFile3.read_bytes()), None)
+    font, advances = file[0], {0: None}
+    for name in font.charset[1:]:
+        outline, kind = font.CharStrings.getItemAndSelector(name)
+        outline.draw(NullPen())
+        matrix = getattr(font.FDArray[kind], "FontMatrix", font.FontMatrix)
+        advances[int(name.removeprefix("cid"))] = outline.width * matrix[0] * 1000
+    return advances
+
+
+def measures(cid_font, codes):
+    is_truetype = cid_font.Subtype == Name.CIDFontType2
+    advances = truetype_advances(cid_font) if is_truetype else postscript_advances(cid_font)
     declared = [float(width) for width in cid_font.W[1]]
     bits = cid_font.FontDescriptor.CIDSet.read_bytes()
     for code in codes:
-        glyph = glyph_map[2 * code] * 256 + glyph_map[2 * code + 1]
-        if glyph == 0 or glyph >= len(order):
+        if advances.get(code) is None:
             yield "31-030 the missing glyph is shown"
-            continue
-        if abs(advances[order[glyph]][0] * 1000 / units - declared[code]) > 0.01:
+        elif abs(advances[code] - declared[code]) > 0.01:
             yield "31-016 widths disagree"
     present = {code for code in range(len(bits) * 8) if bits[code // 8] & (0x80 >> (code % 8))}
-    if present != set(range(len(glyph_map) // 2)):
+    if present != set(advances):
         yield "31-013 the set of codes is another"
 
 

@@ -16,6 +16,10 @@ from conditions import attribute, faults_of, kids_of, Document
 from pikepdf import Array, Dictionary, Name, String
 
 
+# Letters that only the fonts of PostScript outlines have; one glyph stands for two of them.
+POSTSCRIPT_NAME = "ไทย 一⼀丁"
+
+
 def card_of(specimen, count, regime="01", name="SPECIMEN"):
     """A card file with so many beneficiaries, made of the specimen's first."""
     head, first = re.search(r"(.*?<listeBenef>)\s*(<T_AsnBeneficiaire>.*?</T_AsnBeneficiaire>)", specimen, re.DOTALL).groups()
@@ -53,7 +57,7 @@ def every_document_keeps_every_condition(maker):
                 headings = Document(pdf).of_type("/H1")
                 assert len(headings) == has_title, (count, has_title)
     for changes in ({"regime": "94"}, {"regime": "55"}, {"name": "אברהם Ðuro Đorđe"}, {"name": "محمد الأمين"}, {"name": "X\u0323\u0302"},
-                    {"name": "\U0005fff0"}):
+                    {"name": "\U0005fff0"}, {"name": POSTSCRIPT_NAME}):
         with pikepdf.open(maker.document(2, **changes)) as pdf:
             assert faults_of(pdf) == [], (changes, faults_of(pdf))
 
@@ -106,8 +110,8 @@ def metadata_without(pdf, text):
     pdf.Root.Metadata.write(pdf.Root.Metadata.read_bytes().replace(text, b""))
 
 
-def descendant(pdf):
-    return pdf.pages[0].Resources.Font.F0.DescendantFonts[0]
+def descendant(pdf, name="/F0"):
+    return pdf.pages[0].Resources.Font[name].DescendantFonts[0]
 
 
 # A damage of the document, and the condition that must report it.
@@ -162,11 +166,33 @@ def planted_faults_are_found(maker):
             assert condition in faults_of(pdf), (condition, faults_of(pdf))
 
 
+# The same, of a font of PostScript outlines.
+PLANTED_IN_OUTLINES = {
+    "31-001 another encoding": lambda pdf: pdf.pages[0].Resources.Font.F1.__setitem__("/Encoding", Name("/Identity-V")),
+    "31-004 no map from codes to glyphs":
+        lambda pdf: descendant(pdf, "/F1").__setitem__("/CIDToGIDMap", Name.Identity),
+    "31-009 a font is not embedded":
+        lambda pdf: descendant(pdf, "/F1").FontDescriptor.__delitem__("/FontFile3"),
+    "31-013 the set of codes is another":
+        lambda pdf: descendant(pdf, "/F1").FontDescriptor.CIDSet.write(b"\x80"),
+    "31-016 widths disagree": lambda pdf: descendant(pdf, "/F1").W[1].__setitem__(1, 1),
+}
+
+
+def planted_faults_of_outlines_are_found(maker):
+    path = maker.document(1, name=POSTSCRIPT_NAME)
+    for condition, plant in PLANTED_IN_OUTLINES.items():
+        with pikepdf.open(path) as pdf:
+            plant(pdf)
+            assert condition in faults_of(pdf), (condition, faults_of(pdf))
+
+
 def main():
     with tempfile.TemporaryDirectory() as folder:
         maker = Maker(sys.argv[1], folder)
         for test in (every_document_keeps_every_condition, the_structure_tells_the_page_in_order,
-                     the_same_card_gives_the_same_bytes_but_for_the_time, planted_faults_are_found):
+                     the_same_card_gives_the_same_bytes_but_for_the_time, planted_faults_are_found,
+                     planted_faults_of_outlines_are_found):
             test(maker)
             print(f"ok: {test.__name__}")
 

@@ -226,6 +226,29 @@ private Q_SLOTS:
                      row.constData());
     }
 
+    // The glyphs of the two fonts have names and numbers.
+    void lettersThatOnlyFontsOfPostScriptOutlinesHaveAreReadBack_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("glyphs with names") << u"ไทย"_s;
+        QTest::newRow("glyphs with numbers") << u"丁七万"_s;
+        QTest::newRow("one glyph for two characters") << u"一⼀丁一"_s;
+    }
+    void lettersThatOnlyFontsOfPostScriptOutlinesHaveAreReadBack()
+    {
+        QFETCH(const QString, name);
+        const DocumentFile file(documentWithNames({name}));
+        QVERIFY(toolOutput(u"qpdf"_s, {u"--check"_s, file.path()}).contains("No syntax or stream encoding errors"));
+        const QString fonts = QString::fromUtf8(toolOutput(u"pdffonts"_s, {file.path()}));
+        const QRegularExpression row(u"CID Type 0C +Identity-H +yes +yes +yes "_s);
+        QVERIFY2(row.match(fonts).hasMatch(), qPrintable(fonts));
+        for (const QByteArray& text :
+             {toolOutput(u"pdftotext"_s, {u"-raw"_s, file.path(), u"-"_s}),
+              toolOutput(u"mutool"_s, {u"draw"_s, u"-F"_s, u"txt"_s, file.path()}),
+              javaOutput(u"org.apache.pdfbox.tools.PDFBox"_s, {u"ExtractText"_s, u"-console"_s, file.path()})})
+            QVERIFY2(QString::fromUtf8(text).contains(u"SPECIMEN "_s + name), text.constData());
+    }
+
     void theDocumentConformsToTheArchiveFormat_data()
     {
         QTest::addColumn<QByteArray>("document");
@@ -233,6 +256,7 @@ private Q_SLOTS:
         QTest::newRow("empty record") << documentOf(CardRecord());
         QTest::newRow("every alphabet") << documentWithNames(
             {u"Nguyễn Şükrü Łącka"_s, u"Ελένη Юлія"_s, QString::fromUtf16(u"a\u0000b\u0007\n\tc\u009f", 8)});
+        QTest::newRow("fonts of PostScript outlines") << documentWithNames({u"ไทย 一⼀丁"_s});
         QTest::newRow("characters that no font has") << documentWithNames({u"\U00010380\U0005FFF0 Zoé"_s});
         for (const QString& scheme : {u"2"_s, u"10"_s, u"94"_s}) {
             CardRecord card = specimenCard(20);

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
@@ -37,6 +38,41 @@ private Q_SLOTS:
         QVERIFY(!FontFace::load(folder.filePath(u"a.ttf"_s)));
         QVERIFY(!FontFace::load(folder.filePath(u"missing.ttf"_s)));
         QVERIFY(!FontFace::load(m_path, 1));
+    }
+
+    void aFontOfPostScriptOutlinesIsLoaded_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<char32_t>("letter");
+        QTest::newRow("glyphs with names") << u"Named.otf"_s << U'\u0e01';
+        QTest::newRow("glyphs with numbers") << u"Numbered.otf"_s << U'\u4e00';
+    }
+    void aFontOfPostScriptOutlinesIsLoaded()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const char32_t, letter);
+        const auto face = FontFace::load(QStringLiteral(PELMORA_TEST_FONTS "/") + name);
+        QVERIFY(face);
+        QVERIFY(face->isPostScript());
+        QVERIFY(face->glyphOf(letter));
+        QVERIFY(!FontFace::load(m_path)->isPostScript());
+    }
+
+    void damagedOutlinesAndThoseOfVariableFontsAreNotLoaded()
+    {
+        const QByteArray bytes = contentOf(QStringLiteral(PELMORA_TEST_FONTS "/Named.otf"));
+        const qsizetype record = bytes.indexOf("CFF ");
+        QVERIFY(record > 0);
+        const qsizetype outlines = qFromBigEndian<qint32>(bytes.constData() + record + 8);
+        QByteArray damaged = bytes;
+        damaged.replace(outlines, 64, QByteArray(64, '\xff'));
+        QByteArray variable = bytes;
+        variable.replace(record, 4, "CFF2");
+        const QTemporaryDir folder;
+        for (const QByteArray& changed : {damaged, variable}) {
+            QVERIFY(writeFile(folder.filePath(u"a.otf"_s), changed));
+            QVERIFY(!FontFace::load(folder.filePath(u"a.otf"_s)));
+        }
     }
 
     void aFontThatMustNotBeEmbeddedIsNotLoaded()
