@@ -98,6 +98,10 @@ std::optional<hb_codepoint_t> FontFace::glyphOf(char32_t character) const
     hb_codepoint_t glyph = 0;
     if (!hb_font_get_nominal_glyph(m_font.get(), character, &glyph))
         return std::nullopt;
+    // A font with a damaged outline among those that are shown cannot be cut.
+    hb_glyph_extents_t extents{};
+    if (m_isPostScript && !hb_font_get_glyph_extents(m_font.get(), glyph, &extents))
+        return std::nullopt;
     return glyph;
 }
 

@@ -31,7 +31,8 @@ public:
     [[nodiscard]] double descent() const { return m_descent; }
     [[nodiscard]] double lineHeight() const { return m_lineHeight; }
 
-    /// The glyph of a character on its own; absent when the face has none.
+    /// The glyph of a character on its own; absent when the face has none, or none whose PostScript outline can be
+    /// read.
     [[nodiscard]] std::optional<hb_codepoint_t> glyphOf(char32_t character) const;
     [[nodiscard]] double advanceOf(hb_codepoint_t glyph) const;
 

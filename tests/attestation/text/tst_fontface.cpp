@@ -75,6 +75,27 @@ private Q_SLOTS:
         }
     }
 
+    void aLetterWithADamagedOutlineIsMissing()
+    {
+        QByteArray bytes = contentOf(QStringLiteral(PELMORA_TEST_FONTS "/Named.otf"));
+        const qsizetype outlines = qFromBigEndian<qint32>(bytes.constData() + bytes.indexOf("CFF ") + 8);
+        // Calls of subroutines that no outline names.
+        bytes.replace(outlines + 19'000, 1'000, QByteArray(1'000, '\x0a'));
+        const QTemporaryDir folder;
+        QVERIFY(writeFile(folder.filePath(u"a.otf"_s), bytes));
+        const auto whole = FontFace::load(QStringLiteral(PELMORA_TEST_FONTS "/Named.otf"));
+        const auto damaged = FontFace::load(folder.filePath(u"a.otf"_s));
+        QVERIFY(damaged);
+        int present = 0;
+        int missing = 0;
+        for (char32_t letter = U'\u0e01'; letter < U'\u0e2f'; ++letter) {
+            QVERIFY(whole->glyphOf(letter));
+            ++(damaged->glyphOf(letter) ? present : missing);
+        }
+        QVERIFY(present > 0);
+        QVERIFY(missing > 0);
+    }
+
     void aFontThatMustNotBeEmbeddedIsNotLoaded()
     {
         QByteArray bytes = contentOf(m_path);
