@@ -209,7 +209,7 @@ void SingleInstance::openSocket()
     unlinkat(m_folder.get(), QFile::encodeName(socketName()).constData(), 0);
     FileDescriptor socket = makeSocket();
     const std::optional<SocketAddress> address = addressIn(m_folder, socketName());
-    if (!address || bind(socket.get(), generic(*address), address->length) != 0 ||
+    if (!socket.isValid() || !address || bind(socket.get(), generic(*address), address->length) != 0 ||
         listen(socket.get(), maximumGuests) != 0) {
         MXLog::logWarning("Single instance: {}", lastError());
         return;
