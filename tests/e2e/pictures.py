@@ -1,7 +1,7 @@
 """Takes a picture of each window, with the card of a fictitious patient. Usage: pictures.py STAGE FOLDER SUFFIX
 
-The desktop (X or Wayland), its size, the scale and the size of texts are as the caller has set them. With the suffix "-dark" the desktop
-prefers dark windows."""
+The desktop (X or Wayland), its size, the scale and the size of texts are as the caller has set them. With the suffix "-dark"
+the desktop prefers dark windows."""
 
 import os
 import subprocess
