@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto program = "Pelmora"_L1;
+constexpr auto programName = "Pelmora"_L1;
 
 // As PDF writes it: D:20261122083000+01'00'
 std::string pdfTime(const QDateTime& time)
@@ -67,7 +67,7 @@ QByteArray metadata(const QDateTime& time)
 <?xpacket end="w"?>
 )"_s;
     const QString made = time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODate);
-    return text.arg(attestationTitle, program, made, QChar(QChar::ByteOrderMark)).toUtf8();
+    return text.arg(attestationTitle, programName, made, QChar(QChar::ByteOrderMark)).toUtf8();
 }
 
 // PDF/A: what the numbers of the colours mean.
@@ -86,7 +86,7 @@ PdfReference addInformation(PdfFile& file, const QDateTime& time)
 {
     const std::string made = pdfTime(time);
     return file.add(fmt::format("<< /Title {} /Creator ({}) /Producer ({}) /CreationDate ({}) /ModDate ({}) >>",
-                                pdfString(attestationTitle), program.data(), program.data(), made, made));
+                                pdfString(attestationTitle), programName.data(), programName.data(), made, made));
 }
 
 std::string catalogDescription(PdfFile& file, const QDateTime& time)
