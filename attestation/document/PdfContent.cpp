@@ -58,6 +58,62 @@ std::vector<GlyphRun> inOrderOfText(std::vector<GlyphRun> runs)
     return runs;
 }
 
+/// A glyph with the text that is read for it.
+struct ReadGlyph
+{
+    hb_codepoint_t glyph = 0;
+    QPointF position;
+    QStringView text;
+};
+
+bool runsFromRightToLeft(QStringView text)
+{
+    return text.front().direction() == QChar::DirR || text.front().direction() == QChar::DirAL;
+}
+
+// The letters of a text, each with its marks.
+std::vector<QStringView> lettersOf(QStringView text)
+{
+    std::vector<QStringView> letters;
+    qsizetype start = 0;
+    for (qsizetype i = 1; i <= text.size(); ++i) {
+        if (i < text.size() && (text[i].isMark() || text[i].isLowSurrogate()))
+            continue;
+        letters.push_back(text.sliced(start, i - start));
+        start = i;
+    }
+    return letters;
+}
+
+// Programs that go by places want one for each letter. Of the letters that one glyph joins from right to left, the
+// glyph has the last, which is at its left end. Blanks within the glyph have the others.
+void addLigature(const PlacedGlyph& ligature, QStringView text, hb_codepoint_t blank, std::vector<ReadGlyph>& glyphs)
+{
+    const std::vector<QStringView> letters = lettersOf(text);
+    const double width = ligature.advance / double(letters.size());
+    for (std::size_t i = 0; i + 1 < letters.size(); ++i) {
+        const auto lettersToTheLeft = double(letters.size() - 1 - i);
+        glyphs.push_back({blank, ligature.position + QPointF(lettersToTheLeft * width, 0), letters[i]});
+    }
+    glyphs.push_back({ligature.glyph, ligature.position, letters.back()});
+}
+
+std::vector<ReadGlyph> readGlyphsOf(const GlyphRun& run, QStringView line)
+{
+    std::vector<ReadGlyph> glyphs;
+    glyphs.reserve(run.glyphs.size());
+    for (const PlacedGlyph& glyph : run.glyphs) {
+        const QStringView text = glyph.textLength > 0 ? line.sliced(glyph.textStart, glyph.textLength) : unreadText;
+        const std::optional<hb_codepoint_t> blank =
+            text.size() > 1 && runsFromRightToLeft(text) ? run.face->glyphOf(U' ') : std::nullopt;
+        if (blank)
+            addLigature(glyph, text, *blank, glyphs);
+        else
+            glyphs.push_back({glyph.glyph, glyph.position, text});
+    }
+    return glyphs;
+}
+
 } // namespace
 
 PdfContent::PdfContent(const PaperSheet& sheet, PdfFonts& fonts)
@@ -149,7 +205,7 @@ void PdfContent::drawRun(const GlyphRun& run, QStringView text, QPointF baseline
         pen = position;
     };
     bool isOpen = false;
-    for (const PlacedGlyph& glyph : run.glyphs) {
+    for (const ReadGlyph& glyph : readGlyphsOf(run, text)) {
         const QPointF distance = glyph.position - pen;
         if (!isOpen || std::abs(distance.x()) > negligible || std::abs(distance.y()) > negligible) {
             if (isOpen)
@@ -157,8 +213,7 @@ void PdfContent::drawRun(const GlyphRun& run, QStringView text, QPointF baseline
             startAt(glyph.position);
             isOpen = true;
         }
-        const QStringView read = glyph.textLength > 0 ? text.sliced(glyph.textStart, glyph.textLength) : unreadText;
-        m_stream += hexadecimal(font.codeOf(glyph.glyph, read));
+        m_stream += hexadecimal(font.codeOf(glyph.glyph, glyph.text));
         pen.rx() += run.face->advanceOf(glyph.glyph) * scale;
     }
     m_stream += "> Tj\n";
