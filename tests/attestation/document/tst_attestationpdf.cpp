@@ -254,7 +254,7 @@ private Q_SLOTS:
         QTest::newRow("3 beneficiaries") << documentOf(specimenCard(3));
         QTest::newRow("empty record") << documentOf(CardRecord());
         QTest::newRow("every alphabet") << documentWithNames(
-            {u"Nguyễn Şükrü Łącka"_s, u"Ελένη Юлія"_s, QString::fromUtf16(u"a\u0000b\u0007\n\tc\u009f", 8)});
+            {u"Nguyễn Şükrü Łącka"_s, u"Ελένη Юлія"_s, u"سلام"_s, QString::fromUtf16(u"a\u0000b\u0007\n\tc\u009f", 8)});
         QTest::newRow("fonts of PostScript outlines") << documentWithNames({u"ไทย 一⼀丁"_s});
         QTest::newRow("characters that no font has") << documentWithNames({u"\U00010380\U0005FFF0 Zoé"_s});
         for (const QString& scheme : {u"2"_s, u"10"_s, u"94"_s}) {
