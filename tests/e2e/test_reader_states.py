@@ -12,7 +12,7 @@ from service import CardService
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 from unplugreader import UnplugReader  # noqa: E402
-from virtualcard import VirtualCard  # noqa: E402
+from virtualcard import UNPOWERABLE, VirtualCard  # noqa: E402
 
 STAGE, DRIVER = sys.argv.pop(1), os.path.abspath(sys.argv.pop(1))
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
@@ -22,7 +22,7 @@ SOON = 1.5
 # Seconds without a message, after which none is expected.
 QUIET = 0.5
 # How often a change is timed, and what the middle one of these may take.
-ROUNDS, PROMPT = 5, 0.2
+ROUNDS, PROMPT = 3, 0.2
 
 
 class ServiceTest(unittest.TestCase):
@@ -116,11 +116,12 @@ class States(ServiceTest):
         """Measured from the moment at which another program was told."""
         service = self.bound(self.pcsc)
         self.assertEqual(service.next_state(), "empty")
+        mute = self.enterContext(VirtualCard.specimen(SPECIMEN, atr=UNPOWERABLE))
         delays = []
         with OtherProgram(self.pcsc, "watch", SYSTEM_NAME) as other:
-            for _ in range(ROUNDS):
-                for change, line, state in ((lambda: self.card.insert(self.reader.port), "present", "card"),
-                                            (self.card.remove, "empty", "empty")):
+            for card, state_with_card in [(self.card, "card"), (mute, "mute_card")] * ROUNDS:
+                for change, line, state in ((lambda: card.insert(self.reader.port), "present", state_with_card),
+                                            (card.remove, "empty", "empty")):
                     change()
                     other.expect(line)
                     told = time.monotonic()
