@@ -1,5 +1,5 @@
 // A window with a greeting and nothing else: what the application's start is measured against. With "--fixed" its size
-// is given, so that it is on the screen before any font has been looked for.
+// is given, so that it is on the screen before any font has been looked for. With "--empty" it has no greeting either.
 #include <QApplication>
 #include <QLabel>
 
@@ -9,8 +9,9 @@ int main(int argc, char** argv)
 {
     constexpr int margin = 200;
     const QApplication application(argc, argv);
-    QLabel window(u"Bonjour"_s);
-    if (QCoreApplication::arguments().contains("--fixed"_L1))
+    const QStringList options = QCoreApplication::arguments();
+    QLabel window(options.contains("--empty"_L1) ? QString() : u"Bonjour"_s);
+    if (options.contains("--fixed"_L1) || options.contains("--empty"_L1))
         window.resize(2 * margin, 2 * margin);
     else
         window.setMargin(margin);

@@ -28,3 +28,6 @@ done
 printf '\n== The window\n'
 tests/e2e/in-desktop.sh bench/bench-window.py "$stage/bin/pelmora" "$bench/bench_window" "$bench/bench_bare_window" \
     "${PELMORA_IDLE_SECONDS:-60}"
+printf '\n== The window beside an empty one, without a window manager\n'
+MANAGER=none tests/e2e/in-desktop.sh bench/bench-window.py --empty "$stage/bin/pelmora" "$bench/bench_window" \
+    "$bench/bench_bare_window"

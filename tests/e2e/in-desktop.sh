@@ -1,6 +1,6 @@
 #!/bin/sh
 # in-desktop.sh COMMAND...: runs a command in a desktop of its own, with a display, a window manager and a session bus; all
-# of it ends with the command. SCREEN is the size of its screen.
+# of it ends with the command. SCREEN is the size of its screen; with MANAGER=none it has no window manager.
 set -u
 here=$(dirname "$(readlink -f "$0")")
 XDG_RUNTIME_DIR=$(mktemp -d)
@@ -20,11 +20,13 @@ number=$(timeout 20 head -n 1 "$numbers")
 export DISPLAY=":$number"
 unset WAYLAND_DISPLAY XDG_CURRENT_DESKTOP QT_QPA_PLATFORMTHEME QT_QPA_PLATFORM
 
-# Ready is when it runs its start-up command: windows mapped earlier would never be managed.
-ready=$XDG_RUNTIME_DIR/ready
-mkfifo "$ready"
-openbox --sm-disable --config-file "$here/openbox.xml" --startup "sh -c 'echo >$ready'" >/dev/null 2>&1 &
-manager=$!
-timeout 20 head -n 1 "$ready" >/dev/null
+if [ "${MANAGER:-openbox}" != none ]; then
+    # Ready is when it runs its start-up command: windows mapped earlier would never be managed.
+    ready=$XDG_RUNTIME_DIR/ready
+    mkfifo "$ready"
+    openbox --sm-disable --config-file "$here/openbox.xml" --startup "sh -c 'echo >$ready'" >/dev/null 2>&1 &
+    manager=$!
+    timeout 20 head -n 1 "$ready" >/dev/null
+fi
 
 dbus-run-session -- "$@"
