@@ -11,6 +11,9 @@ class FakeService:
     def __init__(self, folder, program):
         self.path = os.path.join(folder, "service")
         self.record = os.path.join(folder, "record")
+        # The service only writes to a file that exists.
+        with open(self.record, "a", encoding="utf-8"):
+            pass
         self._words = [program, "--record", self.record]
         self._told()
 

@@ -23,6 +23,11 @@ public:
     explicit FakeService(FakeScript script = {})
         : m_script(std::move(script))
     {
+        // Services only write to a file that exists: one that starts late must not put a file into a folder that is
+        // being removed.
+        QFile record(recordPath());
+        if (!record.open(QIODevice::WriteOnly))
+            qWarning("The fake card service's record cannot be made");
     }
 
     /// How to start it. A service may be started several times, with other scripts too; all note in one record.

@@ -1,5 +1,7 @@
 // A card service program that behaves as its arguments say:
-//   --record FILE            notes its process number, the requests (as JSON) and the end of its input, a line each
+//   --record FILE            notes in this file, which exists, its process number, the requests (as JSON) and the end
+//   of its
+//                            input, a line each
 //   --do COMMAND BEHAVIOUR   how it answers a command ("any" stands for all); the behaviours are the table below
 //   --at-start BEHAVIOUR     what it does before it reads anything
 //   --set COMMAND KEY TEXT   a text in the reply to a command; --unset COMMAND KEY leaves a field out
@@ -257,7 +259,7 @@ bool takeOption(QStringList& arguments, Script& script)
     const QString first = arguments.isEmpty() ? QString() : arguments.takeFirst();
     if (option == u"--record") {
         script.record.setFileName(first);
-        return script.record.open(QIODevice::WriteOnly | QIODevice::Append);
+        return script.record.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::ExistingOnly);
     }
     if (option == u"--at-start") {
         script.atStart = first;
