@@ -14,7 +14,7 @@
 
 namespace {
 
-using Pipe = std::array<int, 2>;
+using PipeEnds = std::array<int, 2>;
 
 QByteArray readAll(int descriptor)
 {
@@ -31,7 +31,7 @@ bool say(int descriptor, QByteArrayView text)
 }
 
 /// A service's use of its descriptors, and a library's that prints.
-[[noreturn]] void becomeService(const Pipe& input, const Pipe& output, const Pipe& errors)
+[[noreturn]] void becomeService(const PipeEnds& input, const PipeEnds& output, const PipeEnds& errors)
 {
     const bool isPlugged = ::dup2(input[0], STDIN_FILENO) >= 0 && ::dup2(output[1], STDOUT_FILENO) >= 0 &&
                            ::dup2(errors[1], STDERR_FILENO) >= 0;
@@ -61,9 +61,9 @@ class tst_ProcessSetup : public TestCase
 private Q_SLOTS:
     void printedTextsGoToStandardErrorAndOnlyRepliesToTheChannel()
     {
-        Pipe input{};
-        Pipe output{};
-        Pipe errors{};
+        PipeEnds input{};
+        PipeEnds output{};
+        PipeEnds errors{};
         QVERIFY(::pipe(input.data()) == 0 && ::pipe(output.data()) == 0 && ::pipe(errors.data()) == 0);
         QVERIFY(say(input[1], "r"));
         const pid_t child = ::fork();

@@ -72,7 +72,7 @@ private:
     bool m_isBeyondUse;
 };
 
-ServiceCommands commands(bool areBeyondUse = false)
+ServiceCommands commandsWithoutReaders(bool areBeyondUse = false)
 {
     return ServiceCommands(std::make_unique<EmptyLibrary>(areBeyondUse), {});
 }
@@ -89,13 +89,13 @@ LoopOutcome outcomeOfLoop(const QByteArray& bytes)
     }
     ServiceLoop::End end{};
     {
-        ServiceLoop loop(commands(), std::move(requests.read), std::move(replies.write));
+        ServiceLoop loop(commandsWithoutReaders(), std::move(requests.read), std::move(replies.write));
         end = loop.run();
     }
     return {end, everythingIn(replies.read)};
 }
 
-QByteArray request(qint64 number, const std::optional<QCborMap>& body)
+QByteArray encodedRequest(qint64 number, const std::optional<QCborMap>& body)
 {
     return encodeServiceMessage({.number = number, .body = body});
 }
@@ -107,7 +107,8 @@ QCborMap command(QLatin1StringView name)
 
 QByteArray noReaders(qint64 number)
 {
-    return request(number, QCborMap{{ServiceWord::status, ServiceWord::success}, {ServiceWord::readers, QCborArray()}});
+    return encodedRequest(number,
+                          QCborMap{{ServiceWord::status, ServiceWord::success}, {ServiceWord::readers, QCborArray()}});
 }
 
 } // namespace
@@ -128,23 +129,24 @@ private Q_SLOTS:
 
     void requestsAreAnsweredInTheirOrder()
     {
-        const LoopOutcome outcome = outcomeOfLoop(request(7, command(ServiceWord::readersList)) +
-                                                  request(3, command(ServiceWord::readersList)));
+        const LoopOutcome outcome = outcomeOfLoop(encodedRequest(7, command(ServiceWord::readersList)) +
+                                                  encodedRequest(3, command(ServiceWord::readersList)));
         QCOMPARE(outcome.end, ServiceLoop::End::Closed);
         QCOMPARE(outcome.replies, noReaders(7) + noReaders(3));
     }
 
     void anUnknownCommandIsAnsweredWithNull()
     {
-        const LoopOutcome outcome =
-            outcomeOfLoop(request(1, command("eject"_L1)) + request(2, std::nullopt) + request(3, QCborMap()));
+        const LoopOutcome outcome = outcomeOfLoop(encodedRequest(1, command("eject"_L1)) +
+                                                  encodedRequest(2, std::nullopt) + encodedRequest(3, QCborMap()));
         QCOMPARE(outcome.end, ServiceLoop::End::Closed);
-        QCOMPARE(outcome.replies, request(1, std::nullopt) + request(2, std::nullopt) + request(3, std::nullopt));
+        QCOMPARE(outcome.replies,
+                 encodedRequest(1, std::nullopt) + encodedRequest(2, std::nullopt) + encodedRequest(3, std::nullopt));
     }
 
     void anIncompleteRequestAtTheEndIsDropped()
     {
-        const QByteArray whole = request(1, command(ServiceWord::readersList));
+        const QByteArray whole = encodedRequest(1, command(ServiceWord::readersList));
         for (qsizetype size = 1; size < whole.size(); ++size) {
             const LoopOutcome outcome = outcomeOfLoop(whole + whole.first(size));
             QCOMPARE(outcome.end, ServiceLoop::End::Closed);
@@ -159,14 +161,14 @@ private Q_SLOTS:
         QTest::newRow("array of three") << QByteArray("\x83\x01\xF6\xF6");
         QTest::newRow("text as a number") << QByteArray("\x82\x61\x61\xF6");
         QTest::newRow("text as a body") << QByteArray("\x82\x01\x61\x61");
-        QTest::newRow("number 0") << request(0, command(ServiceWord::readersList));
+        QTest::newRow("number 0") << encodedRequest(0, command(ServiceWord::readersList));
         QTest::newRow("5 MiB announced") << QByteArray("\x82\x01\x7A\x00\x50\x00\x00", 7);
     }
 
     void malformedInputEndsTheLoopAfterEarlierAnswers()
     {
         QFETCH(QByteArray, bytes);
-        const LoopOutcome outcome = outcomeOfLoop(request(1, command(ServiceWord::readersList)) + bytes);
+        const LoopOutcome outcome = outcomeOfLoop(encodedRequest(1, command(ServiceWord::readersList)) + bytes);
         QCOMPARE(outcome.end, ServiceLoop::End::Malformed);
         QCOMPARE(outcome.replies, noReaders(1));
     }
@@ -181,12 +183,13 @@ private Q_SLOTS:
         QCborMap initialised = success;
         initialised.insert(ServiceWord::embedded, ServiceWord::embeddedTrue);
         const QCborMap mute{{ServiceWord::status, ServiceWord::error}, {ServiceWord::result, 25}};
-        const LoopOutcome outcome =
-            outcomeOfLoop(request(1, init) + request(2, choice) + request(3, command(ServiceWord::vitaleRead)) +
-                          request(4, command(ServiceWord::readersList)));
+        const LoopOutcome outcome = outcomeOfLoop(encodedRequest(1, init) + encodedRequest(2, choice) +
+                                                  encodedRequest(3, command(ServiceWord::vitaleRead)) +
+                                                  encodedRequest(4, command(ServiceWord::readersList)));
         QCOMPARE(outcome.end, ServiceLoop::End::BeyondUse);
-        QCOMPARE(outcome.replies, request(1, initialised) + request(0, readerMessage(CardReaderState::NoReader)) +
-                                      request(2, success) + request(3, mute));
+        QCOMPARE(outcome.replies, encodedRequest(1, initialised) +
+                                      encodedRequest(0, readerMessage(CardReaderState::NoReader)) +
+                                      encodedRequest(2, success) + encodedRequest(3, mute));
     }
 
     void aClosedOutputEndsTheLoop_data()
@@ -206,16 +209,16 @@ private Q_SLOTS:
         {
             const FileDescriptor closed = std::move(replies.read);
         }
-        const QByteArray bytes = request(1, command(ServiceWord::readersList));
+        const QByteArray bytes = encodedRequest(1, command(ServiceWord::readersList));
         QCOMPARE(::write(requests.write.get(), bytes.constData(), static_cast<std::size_t>(bytes.size())),
                  bytes.size());
-        ServiceLoop loop(commands(isBeyondUse), std::move(requests.read), std::move(replies.write));
+        ServiceLoop loop(commandsWithoutReaders(isBeyondUse), std::move(requests.read), std::move(replies.write));
         QCOMPARE(loop.run(), end);
     }
 
     void aDescriptorThatCannotBeReadIsAFailure()
     {
-        ServiceLoop loop(commands(), FileDescriptor(), FileDescriptor());
+        ServiceLoop loop(commandsWithoutReaders(), FileDescriptor(), FileDescriptor());
         QCOMPARE(loop.run(), ServiceLoop::End::Failed);
     }
 };

@@ -108,12 +108,12 @@ EmbeddedLibrary libraryOf(Script& script)
 
 using Card = std::expected<QString, ReadResult>;
 
-struct Read
+struct ReadOutcome
 {
     Card card;
     QList<QByteArray> calls;
 
-    friend bool operator==(const Read&, const Read&) = default;
+    friend bool operator==(const ReadOutcome&, const ReadOutcome&) = default;
 };
 
 /// The attempts of a read, as a column of a test's data.
@@ -123,7 +123,7 @@ struct Attempts
 };
 
 /// A read by a library whose reader is chosen.
-Read readWith(const QList<Attempt>& attempts)
+ReadOutcome readWith(const QList<Attempt>& attempts)
 {
     Script script{.attempts = attempts};
     EmbeddedLibrary library = libraryOf(script);
@@ -212,8 +212,8 @@ private Q_SLOTS:
     void aReadRetriesAfterSomeFaultsAndEndsAfterOthers_data()
     {
         QTest::addColumn<Attempts>("attempts");
-        QTest::addColumn<Read>("expected");
-        const auto row = [](const char* name, const QList<Attempt>& attempts, const Read& expected) {
+        QTest::addColumn<ReadOutcome>("expected");
+        const auto row = [](const char* name, const QList<Attempt>& attempts, const ReadOutcome& expected) {
             QTest::newRow(name) << Attempts{attempts} << expected;
         };
         const Card found = wholeCard();
@@ -254,8 +254,8 @@ private Q_SLOTS:
     void aReadRetriesAfterSomeFaultsAndEndsAfterOthers()
     {
         QFETCH(const Attempts, attempts);
-        QFETCH(const Read, expected);
-        const Read read = readWith(attempts.list);
+        QFETCH(const ReadOutcome, expected);
+        const ReadOutcome read = readWith(attempts.list);
         QCOMPARE(read.calls, expected.calls);
         QVERIFY(read.card == expected.card);
     }
@@ -263,7 +263,7 @@ private Q_SLOTS:
     void aBusyReaderOrAnAbsentServiceIsRetriedForTwoSeconds()
     {
         for (const CardFault fault : {CardFault::ReaderBusy, CardFault::ServiceLost, CardFault::ServiceDown}) {
-            const Read read = readWith(QList<Attempt>(100, failsWith(fault)));
+            const ReadOutcome read = readWith(QList<Attempt>(100, failsWith(fault)));
             QVERIFY(read.card == std::unexpected(ReadResult::ReaderFault));
             QCOMPARE(read.calls.count("pause 100"), 20);
         }
@@ -379,9 +379,11 @@ private Q_SLOTS:
     void otherFaultsEndTheReadAtOnce()
     {
         QFETCH(CardFault, fault);
-        QVERIFY((readWith({failsWith(fault), reached}) == Read{std::unexpected(readResult(fault)), {connecting}}));
+        QVERIFY(
+            (readWith({failsWith(fault), reached}) == ReadOutcome{std::unexpected(readResult(fault)), {connecting}}));
         if (fault != CardFault::CardNonsense)
-            QVERIFY((readWith({loses(fault), reached}) == Read{std::unexpected(readResult(fault)), {connecting}}));
+            QVERIFY(
+                (readWith({loses(fault), reached}) == ReadOutcome{std::unexpected(readResult(fault)), {connecting}}));
     }
 
     void theVersionsNameTheLibraryAndItsMaps()
