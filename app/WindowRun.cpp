@@ -73,7 +73,7 @@ int runApplication(const CommandLine& command, const Bundle& bundle, SingleInsta
     useSiteSettings(settings);
     SchemeLogos logos(bundle);
     LVitAccess::setDefaultCommand(cardServiceCommand(command, bundle));
-    MainWindow window(bundle);
+    MainWindow window(bundle, MainWindow::Appearance::AtOnce);
     AppDelegate delegate({bundle, settings, logos, *fonts, window}, LVitAccess::defaultInstance());
     ReopenService service;
     const TerminationSignals termination;

@@ -2,7 +2,8 @@
 //   map        milliseconds from the program's start to its window (100 x 100 or more) on the screen
 //   memory     peak memory then, in MiB
 //   cpu        milliseconds of processor time until then, of the program and its children
-//   paint      milliseconds from the start to the first painting
+//   paint      milliseconds from the start to the first painting that shows something: a row of two colours
+//   painted-memory  peak memory then, in MiB
 //   settled    milliseconds from the start to the last painting before a second of rest
 //   click      milliseconds from a click of the mouse to the last painting before a second of rest
 //   idle-cpu   milliseconds of processor time, of the program and its children, in the time of idleness
@@ -22,6 +23,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <poll.h>
@@ -110,15 +112,25 @@ public:
         xcb_flush(m_connection);
     }
 
-    /// First and last painting until there is none for a while; nothing when there is none at all.
-    std::optional<std::pair<Clock::time_point, Clock::time_point>> waitForRest()
+    /// The first painting that shows something; nothing when there is none until a while of rest. A window without
+    /// content has one colour.
+    std::optional<Clock::time_point> waitForContent()
     {
-        std::optional<std::pair<Clock::time_point, Clock::time_point>> paintings;
         while (const auto event = nextEvent(Clock::now() + rest, isDamage())) {
             const Clock::time_point now = Clock::now();
-            paintings = {paintings ? paintings->first : now, now};
+            if (hasContent())
+                return now;
         }
-        return paintings;
+        return {};
+    }
+
+    /// The last painting until there is none for a while; nothing when there is none at all.
+    std::optional<Clock::time_point> waitForRest()
+    {
+        std::optional<Clock::time_point> last;
+        while (const auto event = nextEvent(Clock::now() + rest, isDamage()))
+            last = Clock::now();
+        return last;
     }
 
     void movePointer(int x, int y)
@@ -156,6 +168,27 @@ private:
             if (left <= 0 || poll(&ready, 1, static_cast<int>(left)) == 0)
                 return {};
         }
+    }
+
+    /// Whether the row in the middle of the window has more than one colour.
+    [[nodiscard]] bool hasContent() const
+    {
+        const Pointer<xcb_get_geometry_reply_t> geometry(
+            xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, m_window), nullptr));
+        if (!geometry)
+            return false;
+        const auto middle = static_cast<std::int16_t>(geometry->height / 2);
+        const Pointer<xcb_get_image_reply_t> row(
+            xcb_get_image_reply(m_connection,
+                                xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_window, 0, middle,
+                                              geometry->width, 1, ~std::uint32_t{0}),
+                                nullptr));
+        if (!row)
+            return false;
+        constexpr std::size_t pixel = 4;
+        const std::string_view bytes(reinterpret_cast<const char*>(xcb_get_image_data(row.get())),
+                                     static_cast<std::size_t>(xcb_get_image_data_length(row.get())));
+        return bytes.size() > pixel && bytes.substr(pixel) != bytes.substr(0, bytes.size() - pixel);
     }
 
     [[nodiscard]] int isDamage() const { return m_damageEvent + XCB_DAMAGE_NOTIFY; }
@@ -297,11 +330,11 @@ void run(const Options& options)
     report("map", since(start, mapped));
     report("memory", memory);
     report("cpu", processorTime);
-    const auto paintings = screen.waitForRest();
-    if (!paintings)
-        fail("nothing painted");
-    report("paint", since(start, paintings->first));
-    report("settled", since(start, paintings->second));
+    if (const auto painted = screen.waitForContent()) {
+        report("paint", since(start, *painted));
+        report("painted-memory", program.memory("VmHWM"));
+        report("settled", since(start, screen.waitForRest().value_or(*painted)));
+    }
 
     if (options.click) {
         screen.movePointer(options.click->first, options.click->second);
@@ -311,7 +344,7 @@ void run(const Options& options)
         const auto answer = screen.waitForRest();
         if (!answer)
             fail("the click did nothing");
-        report("click", since(clicked, answer->second));
+        report("click", since(clicked, *answer));
     }
     if (options.idle.count() > 0) {
         const double memoryBefore = program.memory("VmRSS");

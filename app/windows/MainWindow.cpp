@@ -18,6 +18,7 @@
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QRubberBand>
 #include <QTimer>
@@ -26,6 +27,8 @@
 #include <array>
 #include <optional>
 #include <utility>
+
+#include <xcb/xcb.h>
 
 using namespace Qt::StringLiterals;
 
@@ -44,6 +47,10 @@ struct Tile
 // Text sizes relative to the desktop's.
 constexpr double titleSize = 1.2;
 constexpr double largeSize = 1.4;
+
+// The size in MainWindow.ui, and the size of text in points up to which the content fits into it.
+constexpr QSize usualSize(608, 464);
+constexpr double largestUsualText = 14;
 
 constexpr std::array tiles{
     Tile{&Ui_MainWindow::readButton, QColor{0, 162, 1}, "ReadIcon"_L1, &MainWindow::readRequested},
@@ -81,12 +88,14 @@ constexpr std::array menuItems{
 
 } // namespace
 
-MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
+MainWindow::MainWindow(const Bundle& bundle, Appearance appearance, QWidget* parent)
     : QMainWindow(parent)
     , m_ui(std::make_unique<Ui::MainWindow>())
 {
     // Looking for a native menu bar costs a call on the session bus.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
+    if (appearance == Appearance::AtOnce && font().pointSizeF() <= largestUsualText)
+        appear();
     m_ui->setupUi(this);
     m_panel = std::make_unique<CardPanel>(
         CardPanel::Widgets{*m_ui->vitaleInfoView, *m_ui->vitaleInfoTextField, *m_ui->panelLineField});
@@ -106,9 +115,25 @@ MainWindow::MainWindow(const Bundle& bundle, QWidget* parent)
     initUI();
     resize(boundedToScreen(*this, size()));
     m_ui->readButton->setFocus();
+    // Qt hides widgets that are added to a visible window.
+    if (isVisible()) {
+        centralWidget()->show();
+        menuBar()->show();
+    }
 }
 
 MainWindow::~MainWindow() = default;
+
+void MainWindow::appear()
+{
+    resize(boundedToScreen(*this, usualSize));
+    show();
+    // Sends the request. Qt's own function would paint the empty window too.
+    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t* const connection = x11 != nullptr ? x11->connection() : nullptr;
+    if (connection != nullptr)
+        xcb_flush(connection);
+}
 
 void MainWindow::initUI()
 {

@@ -35,8 +35,16 @@ public:
         Iconify, ///< without a status item, the desktop's task list can show it again
     };
 
+    /// When the window comes to the screen.
+    enum class Appearance
+    {
+        AtShow,
+        AtOnce, ///< while its content is made, so that the window manager works at the same time; at show for large
+                ///< text
+    };
+
     /// Icons come from the bundle; a missing one is not shown.
-    explicit MainWindow(const Bundle& bundle, QWidget* parent = nullptr);
+    explicit MainWindow(const Bundle& bundle, Appearance appearance = Appearance::AtShow, QWidget* parent = nullptr);
     ~MainWindow() override;
 
     /// Sets the tiles' colours and the first summary. Called by the constructor; may be called again.
@@ -115,6 +123,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void appear();
     void connectRequests();
     void setUpTexts();
     void showToolTips();

@@ -104,6 +104,36 @@ private Q_SLOTS:
         QVERIFY(hasInk(shot(window, window.readButton()), window.readButton()->rect()));
     }
 
+    void aWindowThatAppearsAtOnceLooksLikeOneThatIsShown()
+    {
+        MainWindow window(m_bundle, MainWindow::Appearance::AtOnce);
+        QVERIFY(window.isVisible());
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(QTest::qWaitForWindowExposed(&shown()));
+        QCOMPARE(window.size(), m_window->size());
+        QCOMPARE(window.grab().toImage(), m_window->grab().toImage());
+    }
+
+    // It must have its size before the window manager gives it a place.
+    void aWindowWithLargeTextDoesNotAppearBeforeItsSizeIsKnown()
+    {
+        QFont font = m_font;
+        font.setPointSizeF(15);
+        QApplication::setFont(font);
+        const MainWindow window(m_bundle, MainWindow::Appearance::AtOnce);
+        QVERIFY(!window.isVisible());
+    }
+
+    void theUsualSizeHoldsTheContentWithTheLargestUsualText()
+    {
+        QFont font = m_font;
+        font.setPointSizeF(14);
+        QApplication::setFont(font);
+        const MainWindow window(m_bundle, MainWindow::Appearance::AtOnce);
+        QVERIFY(window.isVisible());
+        QCOMPARE(window.minimumSizeHint().boundedTo(m_window->size()), window.minimumSizeHint());
+    }
+
     void theWindowHasItsIcon() { QTRY_VERIFY(!m_window->windowIcon().isNull()); }
 };
 
