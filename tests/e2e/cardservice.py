@@ -11,11 +11,14 @@ class FakeService:
     def __init__(self, folder, program):
         self.path = os.path.join(folder, "service")
         self.record = os.path.join(folder, "record")
-        # The service only writes to a file that exists.
-        with open(self.record, "a", encoding="utf-8"):
-            pass
+        self.forget()
         self._words = [program, "--record", self.record]
         self._told()
+
+    def forget(self):
+        """Empties the record. The service only writes to a file that exists."""
+        with open(self.record, "w", encoding="utf-8"):
+            pass
 
     def doing(self, command, behaviour):
         return self._told("--do", command, behaviour)

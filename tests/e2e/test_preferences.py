@@ -305,7 +305,7 @@ class Panes(Preferences):
             self.assertIsNone(pelmora.find_now("alert", ".*"))
             self.assertEqual(len(self.service.requested("Mode")), 3)
             pelmora.__exit__()
-            os.remove(self.service.record)
+            self.service.forget()
 
     def test_a_mode_that_the_service_refuses_is_told_and_kept(self):
         pelmora = self.start("--card-service", self.service.readers().path)
@@ -345,7 +345,7 @@ class Panes(Preferences):
                 self.assertEqual(self.service.requested("Mode"), ["0"])
                 self.assertEqual(self.setting("MVLVitMode"), value)
                 pelmora.__exit__()
-                os.remove(self.service.record)
+                self.service.forget()
 
     def test_the_last_check_for_updates_is_shown(self):
         os.makedirs(self.path("config", "MORVEL"))
