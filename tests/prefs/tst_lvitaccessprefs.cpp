@@ -3,7 +3,7 @@
 #include "prefs/LVitAccessPrefs.h"
 #include "prefs/ModeMenu.h"
 #include "tests/common/RunnableTests.h"
-#include "tests/fakes/FakeService.h"
+#include "tests/prefs/ExpectedVersions.h"
 #include "tests/prefs/PaneTest.h"
 
 #include <QApplication>
@@ -15,6 +15,9 @@
 
 #include <array>
 #include <atomic>
+#include <utility>
+
+#include <signal.h>
 
 using namespace Qt::StringLiterals;
 
@@ -27,37 +30,9 @@ constexpr std::array<QStringView, 3> expectedExplanations{
     u"Pelmora utilise exclusivement la librarie de lecture vitale embarqué avec l'application.",
 };
 
-struct ExpectedField
-{
-    const char* name;
-    QLabel* (LVitAccessPrefs::*outlet)() const;
-    const char* element; // of the service's document
-    const char* version;
-};
-
-constexpr std::array expectedFields{
-    ExpectedField{"apiVersionTextField", &LVitAccessPrefs::apiVersionTextField, "version", "7.10"},
-    ExpectedField{"tablebinVersionTextField", &LVitAccessPrefs::tablebinVersionTextField, "tableLibVitale", "2026.1"},
-    ExpectedField{"pdtcdcVersionTextField", &LVitAccessPrefs::pdtcdcVersionTextField, "tableLibOrgDest", "<3> & 4"},
-    ExpectedField{"tablehabVersionTextField", &LVitAccessPrefs::tablehabVersionTextField, "tableHab", "5"},
-};
-
 const QString embeddedTitle = u"Informations sur la librarie embarqué"_s;
 const QString installedTitle = u"Informations sur la librarie installé"_s;
 const QString clearedTitle = u"Informations"_s;
-
-/// A service that reports all versions but one.
-FakeScript reporting(const QByteArray& left = {})
-{
-    QString document;
-    for (const ExpectedField& field : expectedFields) {
-        if (left != field.name)
-            document += u"<%1>%2</%1>"_s.arg(QLatin1StringView(field.element),
-                                             QString::fromLatin1(field.version).toHtmlEscaped());
-    }
-    return FakeScript().text("informations", "Informations",
-                             u"<informations><apiLecVitale>"_s + document + u"</apiLecVitale></informations>"_s);
-}
 
 } // namespace
 
@@ -71,9 +46,22 @@ private:
     std::unique_ptr<LVitAccessPrefs> m_pane;
     QStringList m_binds; // the outcomes in the notifications
 
-    void make(const FakeScript& behaviour = reporting())
+    /// A bind under way keeps its client until the service ends, and its end is told here, not in the next test.
+    void endClient()
     {
         m_pane.reset();
+        const std::weak_ptr<LVitAccess> client = std::exchange(m_client, nullptr);
+        QVERIFY(QTest::qWaitFor([this, &client] {
+            for (const pid_t process : m_service ? m_service->processes() : QList<pid_t>())
+                ::kill(process, SIGKILL);
+            return client.expired();
+        }));
+        QCoreApplication::sendPostedEvents();
+        m_service.reset();
+    }
+    void make(const FakeScript& behaviour = reporting())
+    {
+        endClient();
         m_service = std::make_unique<FakeService>();
         m_client = std::make_shared<LVitAccess>(m_service->command(behaviour));
         m_pane = std::make_unique<LVitAccessPrefs>(*m_settings, m_client, m_bundle);
@@ -124,11 +112,7 @@ private Q_SLOTS:
     }
     void cleanup()
     {
-        m_pane.reset();
-        m_client.reset();
-        m_service.reset();
-        // The end of a bind that was under way is told now, and not in the next test.
-        QCoreApplication::sendPostedEvents();
+        endClient();
         NotificationCenter::defaultCenter().removeObserver(this);
         m_binds.clear();
         end();
