@@ -48,9 +48,9 @@ struct Tile
 constexpr double titleSize = 1.2;
 constexpr double largeSize = 1.4;
 
-// The size in MainWindow.ui, and the size of text in points up to which the content fits into it.
+// The size in MainWindow.ui, and the size of text up to which the content fits into it, both in pixels.
 constexpr QSize usualSize(608, 464);
-constexpr double largestUsualText = 14;
+constexpr double largestUsualText = 18;
 
 constexpr std::array tiles{
     Tile{&Ui_MainWindow::readButton, QColor{0, 162, 1}, "ReadIcon"_L1, &MainWindow::readRequested},
@@ -86,6 +86,14 @@ constexpr std::array menuItems{
     MenuItem{&Ui_MainWindow::mailAction, &MainWindow::mailRequested},
 };
 
+// In pixels, without looking for the font, which takes long.
+double textSize(const QWidget& window)
+{
+    constexpr double pointsPerInch = 72;
+    const QFont& font = window.font();
+    return font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF() * window.logicalDpiY() / pointsPerInch;
+}
+
 } // namespace
 
 MainWindow::MainWindow(const Bundle& bundle, Appearance appearance, QWidget* parent)
@@ -94,7 +102,7 @@ MainWindow::MainWindow(const Bundle& bundle, Appearance appearance, QWidget* par
 {
     // Looking for a native menu bar costs a call on the session bus.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
-    if (appearance == Appearance::AtOnce && font().pointSizeF() <= largestUsualText)
+    if (appearance == Appearance::AtOnce && textSize(*this) <= largestUsualText)
         appear();
     m_ui->setupUi(this);
     m_panel = std::make_unique<CardPanel>(

@@ -118,16 +118,18 @@ private Q_SLOTS:
     void aWindowWithLargeTextDoesNotAppearBeforeItsSizeIsKnown()
     {
         QFont font = m_font;
-        font.setPointSizeF(15);
+        font.setPixelSize(19);
         QApplication::setFont(font);
-        const MainWindow window(m_bundle, MainWindow::Appearance::AtOnce);
-        QVERIFY(!window.isVisible());
+        QVERIFY(!MainWindow(m_bundle, MainWindow::Appearance::AtOnce).isVisible());
+        font.setPointSizeF(19.0 * 72 / m_window->logicalDpiY());
+        QApplication::setFont(font);
+        QVERIFY(!MainWindow(m_bundle, MainWindow::Appearance::AtOnce).isVisible());
     }
 
     void theUsualSizeHoldsTheContentWithTheLargestUsualText()
     {
         QFont font = m_font;
-        font.setPointSizeF(14);
+        font.setPixelSize(18);
         QApplication::setFont(font);
         const MainWindow window(m_bundle, MainWindow::Appearance::AtOnce);
         QVERIFY(window.isVisible());
