@@ -30,17 +30,18 @@ def picture(title):
     return subprocess.run(command, capture_output=True, check=True).stdout
 
 
-def take(title, name):
-    """A picture of the window when nothing changes in it any more."""
+def take(title, name, unlike=None):
+    """A picture of the window when nothing changes in it any more, and it is another one than that."""
     wait_until_shown(title)
     seen = [None]
 
     def is_still():
         before, seen[0] = seen[0], picture(title)
-        return before == seen[0]
+        return before == seen[0] != unlike
     wait(is_still)
     with open(os.path.join(FOLDER, f"{name}{SUFFIX}.png"), "wb") as file:
         file.write(seen[0])
+    return seen[0]
 
 
 def take_dialog(title, name):
@@ -53,10 +54,10 @@ def take_dialog(title, name):
 def main():
     with Portal(DARK if SUFFIX == "-dark" else LIGHT), Application(PELMORA, "--simulate") as pelmora:
         wait(lambda: pelmora.is_enabled("push button", "Voir"))
-        take(MAIN, "main-window-empty")
+        empty = take(MAIN, "main-window-empty")
         pelmora.press("push button", "Lire")
         pelmora.find("label", "SPECIMEN.*")
-        take(MAIN, "main-window")
+        take(MAIN, "main-window", unlike=empty)
         pelmora.press("push button", "Imprimer")
         take_dialog("Imprimer l’attestation – SPECIMEN Hélène", "print")
         pelmora.choose("Diagnostic…")
