@@ -1,5 +1,6 @@
 """The application's windows from start to end. Usage: test_application.py STAGE FAKE_SERVICE"""
 
+import collections
 import os
 import shutil
 import signal
@@ -11,7 +12,7 @@ from urllib.parse import unquote
 
 from bell import Bell
 from cardservice import FakeService
-from desktop import Application, Atspi, Opener, is_running, key, wait
+from desktop import Application, Atspi, GLib, Opener, is_running, key, wait, walk
 from windows import close, is_iconified, is_in_front
 
 STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
@@ -312,6 +313,45 @@ class Files(Desk):
         pelmora.press("push button", "Préférences")
         pelmora.click("check box", "Lecture Vitale")
         pelmora.press("push button", "Diagnostic…")
+
+
+class Names(Desk):
+    ROLES = {"push button", "check box", "combo box", "spin button", "text", "link", "menu item"}
+
+    def names_in(self, pelmora, role, title):
+        try:
+            return collections.Counter(
+                node.get_name() for node in walk(pelmora.find(role, title))
+                if node.get_role_name() in self.ROLES and node.get_state_set().contains(Atspi.StateType.SHOWING))
+        except GLib.GError:
+            return None  # One has just gone.
+
+    def assert_own_names(self, pelmora, role, title):
+        """Each control of the window has a name, and no other has it: who cannot see them knows them by it."""
+        names = wait(lambda: self.names_in(pelmora, role, title))
+        self.assertEqual([name for name, count in names.items() if count > 1 or not name], [])
+
+    def test_the_controls_of_a_window_have_names_of_their_own(self):
+        pelmora = self.start_bound("--simulate")
+        self.read(pelmora)
+        self.save(pelmora)
+        self.assert_own_names(pelmora, "frame", TITLE)
+        pelmora.press("push button", "Voir")
+        self.assert_own_names(pelmora, "frame", "Hélène SPECIMEN")
+        pelmora.press("push button", "Préférences")
+        for pane, control in (("Configuration", "Afficher le menu Pelmora"), ("Attestations", "Afficher le titre"),
+                              ("Lecture Vitale", "Lire dès qu’une carte est insérée")):
+            pelmora.press("check box", pane)
+            pelmora.find("check box", control)
+            self.assert_own_names(pelmora, "frame", "Préférences Pelmora")
+        for entry, role, title in (("Diagnostic…", "dialog", "Diagnostic de la lecture"),
+                                   ("À propos de Pelmora", "alert", "À propos de Pelmora"),
+                                   ("Imprimer…", "dialog", "Imprimer l’attestation – SPECIMEN Hélène")):
+            pelmora.choose(entry)
+            self.assert_own_names(pelmora, role, title)
+            wait(lambda: is_in_front(title))
+            key("Escape")
+            pelmora.wait_until_gone(role, title)
 
 
 class End(Desk):
