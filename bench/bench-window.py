@@ -22,12 +22,12 @@ WARM_UP = 2
 CLICKS = 5
 
 
-def watch(*command):
+def watch(watcher, *arguments):
     """What the watcher saw of one run, by name."""
     with tempfile.TemporaryDirectory() as home:
         environment = {**os.environ, "HOME": home, "XDG_CONFIG_HOME": os.path.join(home, "config"),
                        "QT_QPA_PLATFORM": "xcb"}
-        lines = subprocess.run(command, env=environment, capture_output=True, text=True,
+        lines = subprocess.run([watcher, *arguments], env=environment, capture_output=True, text=True,
                                check=True).stdout.split("\n")
     return {name: float(value) for name, _, value in (line.partition(" ") for line in lines if line)}
 

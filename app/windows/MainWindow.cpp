@@ -7,6 +7,7 @@
 #include "app/windows/FileLink.h"
 #include "app/windows/ProgressSheet.h"
 #include "app/windows/ScreenRoom.h"
+#include "app/windows/ShowAtOnce.h"
 #include "app/windows/TextSize.h"
 #include "app/windows/WindowIcon.h"
 #include "platform/Bundle.h"
@@ -28,8 +29,6 @@
 #include <optional>
 #include <utility>
 
-#include <xcb/xcb.h>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -48,7 +47,7 @@ struct Tile
 constexpr double titleSize = 1.2;
 constexpr double largeSize = 1.4;
 
-// The size in MainWindow.ui, and the size of text up to which the content fits into it, both in pixels.
+// The window's size, and the size of text up to which the content fits into it, both in pixels.
 constexpr QSize usualSize(608, 464);
 constexpr double largestUsualText = 18;
 
@@ -86,14 +85,6 @@ constexpr std::array menuItems{
     MenuItem{&Ui_MainWindow::mailAction, &MainWindow::mailRequested},
 };
 
-// In pixels, without looking for the font, which takes long.
-double textSize(const QWidget& window)
-{
-    constexpr double pointsPerInch = 72;
-    const QFont& font = window.font();
-    return font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF() * window.logicalDpiY() / pointsPerInch;
-}
-
 } // namespace
 
 MainWindow::MainWindow(const Bundle& bundle, Appearance appearance, QWidget* parent)
@@ -102,8 +93,9 @@ MainWindow::MainWindow(const Bundle& bundle, Appearance appearance, QWidget* par
 {
     // Looking for a native menu bar costs a call on the session bus.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
+    resize(boundedToScreen(*this, usualSize));
     if (appearance == Appearance::AtOnce && textSize(*this) <= largestUsualText)
-        appear();
+        showAtOnce(*this);
     m_ui->setupUi(this);
     m_panel = std::make_unique<CardPanel>(
         CardPanel::Widgets{*m_ui->vitaleInfoView, *m_ui->vitaleInfoTextField, *m_ui->panelLineField});
@@ -121,7 +113,6 @@ MainWindow::MainWindow(const Bundle& bundle, Appearance appearance, QWidget* par
     connectRequests();
     addCopyMenuTo(*m_ui->vitaleInfoView);
     initUI();
-    resize(boundedToScreen(*this, size()));
     m_ui->readButton->setFocus();
     // Qt hides widgets that are added to a visible window.
     if (isVisible()) {
@@ -131,17 +122,6 @@ MainWindow::MainWindow(const Bundle& bundle, Appearance appearance, QWidget* par
 }
 
 MainWindow::~MainWindow() = default;
-
-void MainWindow::appear()
-{
-    resize(boundedToScreen(*this, usualSize));
-    show();
-    // Sends the request. Qt's own function would paint the empty window too.
-    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    xcb_connection_t* const connection = x11 != nullptr ? x11->connection() : nullptr;
-    if (connection != nullptr)
-        xcb_flush(connection);
-}
 
 void MainWindow::initUI()
 {

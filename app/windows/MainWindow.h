@@ -123,7 +123,6 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    void appear();
     void connectRequests();
     void setUpTexts();
     void showToolTips();
