@@ -13,7 +13,8 @@ chmod 755 "$work"
 root=$work/root
 mkdir "$root"
 background=()
-trap 'for process in "${background[@]}"; do kill "$process"; done; wait; umount --lazy "$root"/{proc,dev,var/cache/apt/archives}
+trap 'for process in "${background[@]}"; do kill "$process"; done; wait
+    findmnt --list --noheadings --output TARGET | grep "^$work/" | tac | xargs --no-run-if-empty umount --lazy
     rm -rf --one-file-system "$work"' EXIT
 
 tar --extract --numeric-owner --file "$cache/root.tar" --directory "$root" --exclude './dev/*'
