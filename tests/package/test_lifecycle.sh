@@ -7,13 +7,16 @@ package=$(realpath "$1")
 screenshot=${2:+$(realpath -m "$2")}
 cd "$(dirname "$0")/../.."
 . tools/packages.sh
-ensure_packages "${package_test_packages[@]}"
+ensure_packages "${package_test_packages[@]}" poppler-utils
 . tests/package/root.sh
+. tests/package/use.sh
 
-# Files, with their content and permissions. Logs, caches and the package manager's own lists change with any installation.
+# Files, with their content and permissions. Logs, caches and the package manager's own lists change with any installation,
+# and the print server has files of its own.
 state() {
     (cd "$root" && find . \( -path ./proc -o -path ./dev -o -path ./home -o -path ./tmp -o -path ./var/log -o -path ./var/cache \
-        -o -path ./var/lib/apt \) -prune -o -path './var/lib/dpkg/*' \( -name 'status*' -o -name 'lock*' \) -prune \
+        -o -path ./var/lib/apt -o -path ./run -o -path ./etc/cups -o -path ./var/spool/cups \) -prune \
+        -o -path './var/lib/dpkg/*' \( -name 'status*' -o -name 'lock*' \) -prune \
         -o \( -type f -exec sha256sum {} + -o -true \) -printf '%p %M %u %g %l\n' | sort)
 }
 homes() {
@@ -23,20 +26,6 @@ every_library_is_found() {
     local missing
     missing=$(inside find /usr/bin/pelmora /usr/libexec/pelmora -type f -exec ldd {} + | grep 'not found')
     [ -z "$missing" ]
-}
-saves_the_specimen() {
-    local path
-    path=$(as_user pelmora --simulate --save "/home/accueil/$1")
-    echo "$path"
-    [ "$(head -c 5 "$root$path")" = %PDF- ]
-}
-shows_its_window() {
-    as_user DISPLAY=":$display" pelmora --simulate &
-    local pelmora=$!
-    timeout 60 xdotool search --sync --onlyvisible --name '^Pelmora par MORVEL$' >/dev/null
-    [ -z "$screenshot" ] || import -window root "$screenshot"
-    kill "$(pgrep --parent "$pelmora" || echo "$pelmora")"
-    wait "$pelmora"
 }
 # looks_for_updates TREE: whether the program of the tree asks the feed, if it has one: it stores the time of that before.
 looks_for_updates() {
@@ -54,13 +43,7 @@ leaves_updates_to_the_package_manager() {
     looks_for_updates /tmp/tree && ! looks_for_updates /usr
 }
 
-numbers=$work/display
-mkfifo "$numbers"
-Xvfb -displayfd 3 -screen 0 1024x768x24 -noreset -ac 3>"$numbers" >/dev/null 2>&1 &
-background+=($!)
-display=$(timeout 20 head -n 1 "$numbers")
-export DISPLAY=":$display"
-
+start_display
 settings=$root/home/accueil/.config/MORVEL/Pelmora.conf
 cp "$package" "$root/tmp/new.deb"
 with_version "$package" 0.0.1 "$root/tmp/old.deb"
@@ -70,13 +53,14 @@ install -D -m 644 /dev/stdin "$root/etc/xdg/MORVEL/caisses.csv" <<<'01;999;Caiss
 install -D -m 755 /dev/stdin "$root/usr/lib/pelmora/reading-library.so" <<<'Not a library.'
 apt update
 apt satisfy --no-install-recommends "$(dpkg-deb --field "$package" Depends)"
+apt install --no-install-recommends "${print_server_packages[@]}"
+start_print_server
 state >"$work/before"
 
 apt install --no-install-recommends /tmp/old.deb | tee "$work/installation"
 expect 'the dependencies are all that it needs' grep '^0 upgraded, 1 newly installed, 0 to remove' "$work/installation"
 expect 'every library is found' every_library_is_found
-expect 'the attestation of the specimen card is saved' saves_the_specimen first
-expect 'the window is shown' shows_its_window
+is_used first 1
 expect 'updates are left to the package manager' leaves_updates_to_the_package_manager
 homes >"$work/homes"
 
@@ -84,7 +68,7 @@ apt install --no-install-recommends /tmp/new.deb
 expect 'the version is the new one' test "$(inside dpkg-query --show --showformat='${Version}' pelmora)" = \
     "$(dpkg-deb --field "$package" Version)"
 expect 'an upgrade leaves files of users as they are' diff "$work/homes" <(homes)
-expect 'the attestation is saved after the upgrade' saves_the_specimen second
+is_used second 2
 homes >"$work/homes"
 
 apt purge pelmora

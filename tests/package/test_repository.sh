@@ -6,8 +6,9 @@ set -euo pipefail
 package=$(realpath "$1")
 cd "$(dirname "$0")/../.."
 . tools/packages.sh
-ensure_packages "${package_test_packages[@]}" "${repository_packages[@]}"
+ensure_packages "${package_test_packages[@]}" "${repository_packages[@]}" poppler-utils
 . tests/package/root.sh
+. tests/package/use.sh
 
 export GNUPGHOME=$work/keys
 mkdir -m 700 "$GNUPGHOME"
@@ -50,14 +51,19 @@ Signed-By: /usr/share/keyrings/pelmora.gpg
 EOF
 
 update
-apt install --no-install-recommends pelmora
+inside useradd --create-home accueil
+apt install --no-install-recommends pelmora "${print_server_packages[@]}"
+start_display
+start_print_server
 expect 'apt installs the package' test "$(installed)" = 0.0.1
+is_used first 1
 expect 'what it recommends can be installed' apt install --simulate pelmora
 
 publish maker "$package"
 update
 apt upgrade
 expect 'apt upgrades it' test "$(installed)" = "$(dpkg-deb --field "$package" Version)"
+is_used second 2
 with_version "$package" 0.0.1 "$work/other.deb"
 echo >>"$work/other.deb"
 expect 'other content under a published version is refused' is_refused 'existe déjà' publish maker "$work/other.deb"
@@ -74,3 +80,5 @@ printf x | dd of="$served/pool/pelmora_99.0_$(dpkg --print-architecture).deb" bs
 update
 expect 'a changed package is refused' is_refused 'Hash Sum mismatch' apt upgrade
 expect 'the installed version has stayed' test "$(installed)" = "$(dpkg-deb --field "$package" Version)"
+apt purge pelmora
+expect 'it is purged' is_refused 'no packages found' installed

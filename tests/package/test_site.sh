@@ -41,7 +41,7 @@ has_the_settings() {
 saves_with_the_title_that_the_site_wants() {
     local path
     path=$(as_user pelmora --simulate --save /home/accueil 2>"$work/messages")
-    [ ! -s "$work/messages" ] && pdftotext "$root$path" - | grep --quiet "^Attestation de droits à l'assurance maladie"
+    [ ! -s "$work/messages" ] && [[ $(pdftotext "$root$path" -) == *"Attestation de droits à l'assurance maladie"* ]]
 }
 
 chroot "$bare" useradd --create-home accueil
