@@ -64,6 +64,29 @@ private Q_SLOTS:
         QCOMPARE(result.outputLines(), QStringList{folder() + u"/SPECIMEN Gaël.pdf"_s});
     }
 
+    void nameTextAndOutputAreTheSameInAnyLocale_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::newRow("ASCII") << u"C"_s;
+        QTest::newRow("other letters for i") << u"tr_TR.UTF-8"_s;
+        QTest::newRow("right to left") << u"ar_EG.UTF-8"_s;
+        QTest::newRow("unknown") << u"xx_XX.ISO-8859-1"_s;
+    }
+
+    void nameTextAndOutputAreTheSameInAnyLocale()
+    {
+        QFETCH(const QString, locale);
+        const QString usual = save({zoe()}).outputLines().value(0);
+        const QString text = textOf(usual);
+        QVERIFY(text.contains(u"SPECIMEN Zoé"_s));
+        QVERIFY(QFile::remove(usual));
+        const RunResult result = save({zoe()}, {u"env"_s, u"LC_ALL="_s + locale});
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.errors, QByteArray());
+        QCOMPARE(result.outputLines(), QStringList{usual});
+        QCOMPARE(textOf(usual), text);
+    }
+
     void whatTheReaderOrTheServiceCannotDoIsTold_data()
     {
         QTest::addColumn<QStringList>("arguments");
