@@ -12,10 +12,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Fonts come in whole sizes: sixteen units a point keep the letters evenly spaced.
+// Font sizes are whole numbers of units: sixteen units a point keep the letters evenly spaced.
 constexpr int unit = 16;
 
-// Places are given in points and kept in units.
+// Positions are given in points and stored in units.
 struct Text
 {
     Text(double x, double baseline, const QString& shown)

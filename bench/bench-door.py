@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What it costs that bin/pelmora starts another program: a program that does nothing, started by it and directly.
+"""The cost of starting another program through bin/pelmora: a program that does nothing, started by it and directly.
 
 Usage: bench-door.py PELMORA
 """
@@ -18,7 +18,7 @@ WARM_UP = 10
 def run(program):
     """Wall milliseconds from the start to the end."""
     start = time.perf_counter()
-    # Wrong usage to the door, and nothing to the program.
+    # The option is wrong usage for bin/pelmora, and the program ignores it.
     process = os.posix_spawn(program, [program, "-x"], os.environ)
     _, status = os.waitpid(process, 0)
     milliseconds = (time.perf_counter() - start) * 1000

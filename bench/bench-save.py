@@ -29,11 +29,11 @@ def run(command, environment):
 
 
 def compare(commands, environment):
-    """All commands in turn, so that a slower moment of the machine falls on all."""
+    """Runs all commands in turn, so that a slow moment of the machine affects all of them."""
     rounds = [[run(command, environment) for command in commands] for _ in range(RUNS + WARM_UP)][WARM_UP:]
     for name, index in (("pelmora --save", 0), ("bare program", 1), ("raw program", 2)):
         seconds = statistics.median(each[index][0] for each in rounds)
-        # A program of less memory than this one's shows this one's, which it has until it is started.
+        # If a program uses less memory than this script, the figure is the script's, from before the exec.
         memory = statistics.median(each[index][1] for each in rounds)
         ratio = statistics.median(each[0][0] / each[index][0] for each in rounds)
         target = {0: "(at most 16 MiB)", 1: f"x {ratio:.2f} (at most 0.60)", 2: f"x {ratio:.2f}"}[index]
@@ -64,11 +64,10 @@ def many_cards(pelmora, specimen, folder, disk, environment):
 def main():
     pelmora, bare, raw, resources = sys.argv[1:]
     specimen = os.path.join(resources, "specimen.xml")
-    # In memory where there is such a folder: the programs are compared, not the disk, which pelmora waits for and the bare
-    # program does not.
+    # In memory if there is such a folder: the disk is not measured. Only pelmora would wait for it.
     memory = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
     with tempfile.TemporaryDirectory() as settings, tempfile.TemporaryDirectory(dir=memory) as folder:
-        # Without the user's own settings: they can ask for a title, which the bare page has not.
+        # Without the user's own settings: they can add a title, which the bare page does not have.
         environment = {**os.environ, "XDG_CONFIG_HOME": settings}
         save = [pelmora, "--save", os.path.join(folder, "out"), specimen]
         run(save, environment)

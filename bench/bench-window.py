@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The application's window beside a window and nothing else: start, memory, a card read, idleness. Runs in a desktop of
+"""The application's window beside a minimal window: start, memory, a card read, idleness. Runs in a desktop of
 its own (tests/e2e/in-desktop.sh).
 
 Usage: bench-window.py PELMORA WATCHER BARE [IDLE_SECONDS]
@@ -23,7 +23,7 @@ CLICKS = 5
 
 
 def watch(watcher, *arguments):
-    """What the watcher saw of one run, by name."""
+    """The watcher's figures of one run, by name."""
     with tempfile.TemporaryDirectory() as home:
         environment = {**os.environ, "HOME": home, "XDG_CONFIG_HOME": os.path.join(home, "config"),
                        "QT_QPA_PLATFORM": "xcb"}
@@ -33,7 +33,7 @@ def watch(watcher, *arguments):
 
 
 def middle_of_read_button(pelmora):
-    """Where the button is in the window."""
+    """The position of the button's centre in the window."""
     with desktop.Application(pelmora, "--simulate") as application:
         button = application.find("push button", "Lire")
         place = desktop.Atspi.Component.get_extents(button, desktop.Atspi.CoordType.WINDOW)
@@ -44,7 +44,7 @@ def middle_of_read_button(pelmora):
 
 def compare_starts(pelmora, watcher, bare, floors):
     """Prints the application's start beside those of the bare window with an option each: (option, label, limits). All are
-    run in turn, so that a slower moment of the machine falls on all."""
+    run in turn, so that a slow moment of the machine affects all of them."""
     commands = [(pelmora, "--simulate"), *((bare, option) for option, _, _ in floors)]
     rounds = [[watch(watcher, *command) for command in commands] for _ in range(RUNS + WARM_UP)][WARM_UP:]
 

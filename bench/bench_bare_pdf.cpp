@@ -1,5 +1,5 @@
-// The bare whole program: bench_bare_pdf RESOURCES OUTPUT.pdf writes the specimen card's page, and that is all it does.
-// The floor for "pelmora --save".
+// The bare whole program: bench_bare_pdf RESOURCES OUTPUT.pdf writes the specimen card's page and does nothing else.
+// The lower bound for "pelmora --save".
 #include "BarePage.h"
 
 #include <QFile>

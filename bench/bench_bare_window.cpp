@@ -1,5 +1,5 @@
-// A window with a greeting and nothing else: what the application's start is measured against. With "--fixed" its size
-// is given, so that it is on the screen before any font has been looked for. With "--empty" it has no greeting either.
+// A window with a greeting and nothing else: the lower bound for the application's start. With "--fixed" its size is
+// given, so that it is shown before any font is looked up. With "--empty" it has no greeting either.
 #include <QApplication>
 #include <QLabel>
 

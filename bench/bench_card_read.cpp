@@ -1,13 +1,13 @@
 // A whole read of the card in a reader, beside a bare PC/SC client that sends the card the same commands; and the same
-// read with the way from the application and back, which bench_channel looks at. Needs a PC/SC service with a specimen
-// card in its first reader: see bench-card-read.py.
+// read requested by the application through the channel, which bench_channel measures. Needs a PC/SC service with a
+// specimen card in its first reader: see bench-card-read.py.
+#include "Timing.h"
 #include "card/client/ServiceChannel.h"
 #include "card/wire/ServiceVocabulary.h"
 #include "service/embedded/EmbeddedLibrary.h"
 #include "service/embedded/SiteMaps.h"
 #include "service/pcsc/PcscReaders.h"
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -24,27 +24,7 @@ constexpr int blocks = 10; // of each kind, in turns
 constexpr int readsPerBlock = 40;
 const QString model = u"Feitian SCR301"_s;
 
-[[noreturn]] void fail(const char* reason)
-{
-    std::fprintf(stderr, "bench_card_read: %s\n", reason);
-    std::exit(1);
-}
-
-template <typename Work>
-double milliseconds(Work work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values)
-{
-    std::ranges::nth_element(values, values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2));
-    return values[values.size() / 2];
-}
-
-/// Keeps what is sent to a card.
+/// Records the commands that are sent to a card.
 class RecordingCard final : public CardTransport
 {
 public:
@@ -74,7 +54,7 @@ public:
     std::expected<QList<QByteArray>, CardFault> names() override { return m_readers.names(); }
     std::expected<std::unique_ptr<CardTransport>, CardFault> connect(const QByteArray& reader) override
     {
-        // Those of the attempt that succeeds.
+        // Only the commands of the successful attempt are kept.
         m_commands->clear();
         auto card = m_readers.connect(reader);
         if (!card)
@@ -107,7 +87,7 @@ QList<QByteArray> commandsOfARead()
     return commands;
 }
 
-/// A program that knows the commands and does nothing with the answers.
+/// A client that sends known commands and ignores the answers.
 class BareClient
 {
 public:
@@ -201,11 +181,11 @@ int main()
     std::vector<double> clientTimes;
     for (int block = 0; block < blocks; ++block) {
         for (int read = 0; read < readsPerBlock; ++read)
-            bareTimes.push_back(milliseconds([&bare] { bare.read(); }));
+            bareTimes.push_back(timeOf<std::milli>([&bare] { bare.read(); }));
         for (int read = 0; read < readsPerBlock; ++read)
-            libraryTimes.push_back(milliseconds(readWithLibrary));
+            libraryTimes.push_back(timeOf<std::milli>(readWithLibrary));
         for (int read = 0; read < readsPerBlock; ++read)
-            clientTimes.push_back(milliseconds([&client] { client.read(); }));
+            clientTimes.push_back(timeOf<std::milli>([&client] { client.read(); }));
     }
     const double floor = median(bareTimes);
     std::printf("%-44s %10.2f ms\n", "the same commands, bare PC/SC client", floor);

@@ -1,11 +1,10 @@
-// A request and its reply of 6 KB through the card service's channel, beside the least that two processes and a thread
-// between them take: a length-prefixed message over a socket pair. And a whole start: spawn to the end of the bind.
+// A request and its reply of 6 KB through the card service's channel, beside the lower bound for two processes and a
+// thread between them: a length-prefixed message over a socket pair. And a whole start: spawn to the end of the bind.
+#include "Timing.h"
 #include "card/client/LVitAccess.h"
 #include "card/wire/ServiceMessage.h"
 
-#include <algorithm>
 #include <array>
-#include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstring>
@@ -27,29 +26,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr qsizetype replySize = 6000;
 constexpr int blocks = 10; // of each kind, in turns
 constexpr int tripsPerBlock = 500;
 constexpr int starts = 41;
-
-double microseconds(Clock::duration duration)
-{
-    return std::chrono::duration<double, std::micro>(duration).count();
-}
-
-double median(std::vector<double> values)
-{
-    std::ranges::nth_element(values, values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2));
-    return values[values.size() / 2];
-}
-
-[[noreturn]] void fail(const char* reason)
-{
-    std::fprintf(stderr, "bench_channel: %s\n", reason);
-    std::exit(1);
-}
 
 bool readAll(int descriptor, void* target, std::size_t size)
 {
@@ -94,7 +74,7 @@ int runChannelPeer()
     }
 }
 
-/// The child of the floor: a length, then that many bytes, both ways.
+/// The child process of the raw exchange: a length, then that many bytes, in both directions.
 void runRawPeer(int descriptor)
 {
     std::vector<char> request(4096);
@@ -106,7 +86,7 @@ void runRawPeer(int descriptor)
         writeAll(descriptor, reply.data(), reply.size());
 }
 
-/// The floor: a thread that blocks on the socket for whoever asks.
+/// The lower bound: a thread that does the blocking exchange on the socket for the caller.
 class RawExchange
 {
 public:
@@ -135,9 +115,8 @@ public:
         waitpid(m_peer, nullptr, 0);
     }
 
-    double trip()
+    void trip()
     {
-        const auto begin = Clock::now();
         std::binary_semaphore done{0};
         post([this, &done] {
             const std::array<char, 27> request{"a request of 26 characters"};
@@ -153,7 +132,6 @@ public:
             done.release();
         });
         done.acquire();
-        return microseconds(Clock::now() - begin);
     }
 
 private:
@@ -204,9 +182,8 @@ public:
             fail("no service");
     }
 
-    double trip()
+    void trip()
     {
-        const auto begin = Clock::now();
         std::binary_semaphore done{0};
         m_channel.post([this, &done] {
             m_channel.send({{u"Command"_s, u"vitale_read"_s}}, [&done](const std::optional<QCborMap>& reply) {
@@ -216,7 +193,6 @@ public:
             });
         });
         done.acquire();
-        return microseconds(Clock::now() - begin);
     }
 
 private:
@@ -231,9 +207,9 @@ void compareTrips(const char* self, const char* where)
     std::vector<double> channelTimes;
     for (int block = 0; block < blocks; ++block) {
         for (int trip = 0; trip < tripsPerBlock; ++trip)
-            rawTimes.push_back(raw.trip());
+            rawTimes.push_back(timeOf([&raw] { raw.trip(); }));
         for (int trip = 0; trip < tripsPerBlock; ++trip)
-            channelTimes.push_back(channel.trip());
+            channelTimes.push_back(timeOf([&channel] { channel.trip(); }));
     }
     const double floor = median(rawTimes);
     const double ours = median(channelTimes);
@@ -242,15 +218,13 @@ void compareTrips(const char* self, const char* where)
                 ours / floor);
 }
 
-double bindOnce(const std::shared_ptr<LVitAccess>& client)
+void bindOnce(const std::shared_ptr<LVitAccess>& client)
 {
-    const auto begin = Clock::now();
     std::promise<bool> bound;
     client->bindWithCompletionHandler(
         [&bound](bool isBound, const std::optional<Error>&) { bound.set_value(isBound); });
     if (!bound.get_future().get())
         fail("bind failed");
-    return microseconds(Clock::now() - begin) / 1000;
 }
 
 void measureStarts(const char* what)
@@ -261,11 +235,11 @@ void measureStarts(const char* what)
     std::vector<double> times;
     times.reserve(starts);
     for (int start = 0; start < starts; ++start)
-        times.push_back(bindOnce(client));
+        times.push_back(timeOf<std::milli>([&client] { bindOnce(client); }));
     std::printf("%-44s %10.2f ms   (target 8)\n", what, median(times));
 }
 
-/// One processor shows the work, more show the wake-ups of idle processors too.
+/// With one processor the times include the work only; with more, also the wake-ups of idle processors.
 void useOneProcessor(bool one)
 {
     static cpu_set_t all = [] {

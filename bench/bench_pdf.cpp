@@ -1,18 +1,16 @@
 // From a card record to the bytes of its attestation, in a program that runs already, beside the same page drawn bare.
 #include "BarePage.h"
 #include "SpecimenCard.h"
+#include "Timing.h"
 #include "attestation/document/AttestationPdf.h"
 #include "attestation/page/PageOfCard.h"
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/text/PageFonts.h"
 
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QSvgRenderer>
 
-#include <algorithm>
 #include <cstdio>
-#include <functional>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -21,23 +19,6 @@ namespace {
 
 constexpr int warmUps = 20;
 constexpr int rounds = 300;
-
-double microseconds(const std::function<QByteArray()>& make)
-{
-    QElapsedTimer timer;
-    timer.start();
-    const QByteArray document = make();
-    const double elapsed = double(timer.nsecsElapsed()) / 1000;
-    if (document.isEmpty())
-        qFatal("no document");
-    return elapsed;
-}
-
-double median(std::vector<double> values)
-{
-    std::ranges::nth_element(values, values.begin() + std::ssize(values) / 2);
-    return values[values.size() / 2];
-}
 
 } // namespace
 
@@ -58,13 +39,15 @@ int main(int argc, char* argv[])
         return renderAttestationPdf(pageOfCard(card, {}, logos), *fonts).value_or(QByteArray());
     };
     const auto bare = [&] { return barePdf(bareFonts, bareLogo); };
+    if (fromRecord().isEmpty() || bare().isEmpty())
+        fail("no document");
 
     std::vector<double> ours;
     std::vector<double> floor;
     std::vector<double> ratios;
     for (int round = 0; round < warmUps + rounds; ++round) {
-        const double bareTime = microseconds(bare);
-        const double ourTime = microseconds(fromRecord);
+        const double bareTime = timeOf(bare);
+        const double ourTime = timeOf(fromRecord);
         if (round < warmUps)
             continue;
         floor.push_back(bareTime);

@@ -1,5 +1,5 @@
-// What no program that writes a compressed document can do without: bench_raw_pdf INPUT OUTPUT deflates the input and
-// writes it. The input is a finished document with nothing compressed.
+// The work that every program must do to write a compressed document: bench_raw_pdf INPUT OUTPUT deflates the input and
+// writes it. The input is a finished, uncompressed document.
 #include <cstdlib>
 #include <fstream>
 #include <iterator>

@@ -3,6 +3,7 @@
 // picture. Meant for a screen of 3840 by 2160 pixels.
 #include "BarePage.h"
 #include "SpecimenCard.h"
+#include "Timing.h"
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/print/PrintDesk.h"
 #include "attestation/text/PageFonts.h"
@@ -39,13 +40,7 @@ double milliseconds(const QElapsedTimer& timer)
     return double(timer.nsecsElapsed()) / 1e6;
 }
 
-double median(std::vector<double> values)
-{
-    std::ranges::nth_element(values, values.begin() + std::ssize(values) / 2);
-    return values[values.size() / 2];
-}
-
-// Waits until the X server has done what it was sent.
+// Waits until the X server has handled all requests.
 void waitForServer()
 {
     const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
@@ -152,7 +147,7 @@ void report(const char* what, const Times& ours, const Times& bare)
                 median(ours.paint), median(ours.whole), median(bare.paint), median(bare.whole));
 }
 
-// Sizes around one, each another one than the last.
+// Sizes close to the given one; each differs from the one before.
 std::function<void(int)> resizing(QWidget& window, QSize size)
 {
     return [&window, size](int round) { window.resize(size - QSize(round % 50, round % 50)); };

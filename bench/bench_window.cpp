@@ -1,4 +1,4 @@
-// Runs a program once, watches its window through the events of the X server, and prints what it saw, a figure a line:
+// Runs a program once, watches its window through the events of the X server, and prints the figures, one a line:
 //   map        milliseconds from the program's start to its window (100 x 100 or more) on the screen
 //   memory     peak memory then, in MiB
 //   cpu        milliseconds of processor time until then, of the program and its children
@@ -88,7 +88,7 @@ public:
     Screen& operator=(const Screen&) = delete;
     ~Screen() { xcb_disconnect(m_connection); }
 
-    /// Waits for a window of some size on the screen, and watches what is painted in it from then on.
+    /// Waits for a window of at least the smallest size on the screen; the time at which it was shown.
     Clock::time_point waitForWindow()
     {
         const Clock::time_point end = Clock::now() + patience;
@@ -112,8 +112,8 @@ public:
         xcb_flush(m_connection);
     }
 
-    /// The first painting that shows something; nothing when there is none until a while of rest. A window without
-    /// content has one colour.
+    /// The time of the first painting with content; none if a period of rest comes before. A window without content has
+    /// one colour.
     std::optional<Clock::time_point> waitForContent()
     {
         while (const auto event = nextEvent(Clock::now() + rest, isDamage())) {
@@ -124,7 +124,7 @@ public:
         return {};
     }
 
-    /// The last painting until there is none for a while; nothing when there is none at all.
+    /// The time of the last painting before a period of rest; none if nothing was painted.
     std::optional<Clock::time_point> waitForRest()
     {
         std::optional<Clock::time_point> last;
@@ -154,7 +154,7 @@ public:
     }
 
 private:
-    /// The next event, of that type or of any; none when the time is over before.
+    /// The next event, of that type or of any; null if there is none before the end.
     Pointer<xcb_generic_event_t> nextEvent(Clock::time_point end, std::optional<int> type = {})
     {
         while (true) {
