@@ -30,7 +30,7 @@ if(PELMORA_SANITIZERS)
 else()
   # _FORTIFY_SOURCE needs optimisation, and sanitizers replace the functions that it checks.
   target_compile_options(pelmora_options INTERFACE
-    $<${is_optimised}:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong>
+    $<${is_optimised}:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong -Wformat -Werror=format-security>
     $<${is_test}:-O0>)
   # The same as above for both, so that CI's compiler cache serves them. Compilers for other processors may not have these.
   include(CheckCXXCompilerFlag)
