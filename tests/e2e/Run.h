@@ -4,7 +4,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What a program left behind.
+/// The exit code and the output of a program.
 struct RunResult
 {
     int exitCode = -1; ///< -1 when it crashed or had to be killed
@@ -19,5 +19,5 @@ struct RunResult
 /// Runs a program to its end, without a display and with its home in the given folder.
 [[nodiscard]] RunResult run(const QString& home, const QString& program, const QStringList& arguments);
 
-/// Runs the pelmora of the build so. A wrapper is a command that starts the one that follows it.
+/// Runs the build's pelmora in the same way. A wrapper is a command that starts the command after it.
 [[nodiscard]] RunResult runPelmora(const QString& home, const QStringList& arguments, const QStringList& wrapper = {});

@@ -1,12 +1,12 @@
-"""The fake card service, told what to do by the same words as in tests/fakes/FakeScript.h."""
+"""The fake card service, controlled by the words of tests/fakes/FakeScript.h."""
 
 import json
 import os
 
 
 class FakeService:
-    """A program in the folder that starts the fake card service, and a record of what that is asked for. The service
-    does well whatever it is not told."""
+    """A program in the folder that starts the fake card service, and a record of the requests to the service. By
+    default every request succeeds."""
 
     def __init__(self, folder, program):
         self.path = os.path.join(folder, "service")
@@ -46,11 +46,11 @@ class FakeService:
         return self
 
     def requested(self, field):
-        """That field of the requests that have it."""
+        """The values of this field, from the requests that have it."""
         with open(self.record, encoding="utf-8") as file:
             found = [json.loads(line) for line in file if line.startswith("{")]
         return [request[field] for request in found if field in request]
 
     def requests(self, command):
-        """How often it was asked for that."""
+        """The number of requests with this command."""
         return self.requested("Command").count(command)

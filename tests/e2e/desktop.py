@@ -6,11 +6,11 @@ import shutil
 import signal
 import subprocess
 import tempfile
-import time
 
 import gi
 
 import wayland
+from waiting import is_running, wait_until
 
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
@@ -29,18 +29,14 @@ def walk(node):
 
 
 def wait(condition, seconds=15):
-    """The condition's value as soon as it is true."""
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
+    """The condition's value as soon as it is true. An error of the accessibility bus counts as false."""
+    def value():
         try:
-            value = condition()
+            return condition()
         except (GLib.GError, StopIteration):
-            value = None
-        if value:
-            return value
-        # Polls: the accessibility bus does not have an event for everything.
-        time.sleep(0.01)
-    raise AssertionError("waited in vain")
+            return None
+    # Polls: the bus does not have an event for everything.
+    return wait_until(value, seconds)
 
 
 def act(found):
@@ -55,7 +51,7 @@ def act(found):
 class Application:
     """A running program with its own home; a context manager that cleans up.
 
-    The environment's values replace or add to the usual ones (None takes one away); a home that is given is kept."""
+    The environment's values replace the usual ones or are added to them; None removes a value. A given home is kept."""
 
     def __init__(self, *command, home=None, environment=None, stdin=None):
         self.home = home or tempfile.mkdtemp()
@@ -87,13 +83,13 @@ class Application:
                     if node is not None and node.get_process_id() == self.process.pid:
                         return node
                 except GLib.GError:
-                    pass  # One that has ended, and is still listed.
+                    pass  # A program that has ended and is still listed.
             return None
         return wait(running)
 
-    def find_now(self, role, name, showing=True):
-        """The control of that role whose whole name matches, or None."""
-        for node in walk(self.node()):
+    def find_now(self, role, name, showing=True, inside=None):
+        """The control of that role whose whole name matches, or None; where a node is given, one inside it."""
+        for node in walk(inside or self.node()):
             try:
                 if (node.get_role_name() == role and re.fullmatch(name, node.get_name() or "", re.DOTALL)
                         and (not showing or node.get_state_set().contains(Atspi.StateType.SHOWING))):
@@ -108,6 +104,17 @@ class Application:
             return wait(lambda: self.find_now(role, name, showing))
         except AssertionError:
             raise AssertionError(f"no {role} named {name!r} among {self.names()}") from None
+
+    def find_inside(self, window, role, name, showing=True):
+        """The same inside one window, which is given as its role and name: other windows have such controls too."""
+        def found():
+            node = self.find_now(*window)
+            return node and self.find_now(role, name, showing, node)
+        return wait(found)
+
+    def press_inside(self, window, name):
+        """Presses a button inside one window."""
+        act(lambda: self.find_inside(window, "push button", name))
 
     def wait_until_gone(self, role, name):
         try:
@@ -134,6 +141,11 @@ class Application:
     def choose(self, name):
         """Chooses an entry of the menu bar, which need not be open."""
         self.press("menu item", name, showing=False)
+
+    def entries(self, menu):
+        """The names of all entries of a submenu of the menu bar; separators have none."""
+        entries = self.find("menu item", menu, showing=False).get_child_at_index(0)
+        return [entries.get_child_at_index(index).get_name() for index in range(entries.get_child_count())]
 
     def is_enabled(self, role, name, showing=True):
         return self.find(role, name, showing).get_state_set().contains(Atspi.StateType.ENABLED)
@@ -220,7 +232,7 @@ class Opener:
 
 
 def _some_window_is_active():
-    """Whether a program knows that it has the keyboard focus: on Wayland it gets that later than its window."""
+    """Whether a program knows that it has the keyboard focus. On Wayland it is told after its window is shown."""
     desktop = Atspi.get_desktop(0)
     for index in range(desktop.get_child_count()):
         try:
@@ -229,7 +241,7 @@ def _some_window_is_active():
             if any(window.get_state_set().contains(Atspi.StateType.ACTIVE) for window in windows if window):
                 return True
         except (AttributeError, GLib.GError):
-            pass  # One that has ended, and is still listed.
+            pass  # A program that has ended and is still listed.
     return False
 
 
@@ -241,15 +253,6 @@ def key(*names):
             wayland.hands.strike(name)
     else:
         subprocess.run(["xdotool", "key", *names], check=True)
-
-
-def is_running(pid):
-    """Whether the process is running. A zombie process is not."""
-    try:
-        with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
-            return file.read().rpartition(")")[2].split()[0] not in "ZX"
-    except (FileNotFoundError, ProcessLookupError):
-        return False
 
 
 def processes_of(path):
@@ -265,7 +268,7 @@ def processes_of(path):
 
 
 class Running(Application):
-    """A process that runs already, started by another one, at the path of its program."""
+    """A running process that another one has started, found by the path of its program."""
 
     class _Process:
         def __init__(self, pid):

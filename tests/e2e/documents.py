@@ -4,6 +4,7 @@ import re
 import subprocess
 
 DOTS_PER_POINT = 4
+TOLERANCE = 0.5  # points
 
 
 def output_of(*command):
@@ -51,8 +52,8 @@ def colours_in(path, box):
 
 
 class Placed:
-    """Where what lies on the attestation's page is expected on a sheet: made smaller to fit it, never larger, and in
-    its middle; turned where the sheet is fed upright and read across."""
+    """The expected position of the attestation's page on a sheet. The page is centred, and scaled down to fit, never
+    up. It is turned if the sheet is fed in portrait and read in landscape."""
 
     PAGE = (595, 842)
 
@@ -67,3 +68,15 @@ class Placed:
         if self.turned:
             return (self.sheet[1] - bottom, left, self.sheet[1] - top, right)
         return (left, top, right, bottom)
+
+
+def assert_words_placed(test, path, original, placed):
+    """Every word of the original document lies where it should."""
+    def in_order(words):
+        return sorted(words, key=lambda word: (word[0], *(round(value) for value in word[1])))
+    expected = in_order((word, placed.box(box)) for word, box in words_of(original))
+    found = in_order(words_of(path))
+    test.assertEqual([word for word, _ in found], [word for word, _ in expected])
+    for (word, box), (_, wanted) in zip(found, expected):
+        for value, target in zip(box, wanted):
+            test.assertAlmostEqual(value, target, delta=TOLERANCE, msg=word)

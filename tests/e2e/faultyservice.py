@@ -1,8 +1,8 @@
 """A card service with a fault that is computed from a number. Usage: faultyservice.py NUMBER SPECIMEN [--patient]
 
-One that is for the patient may also keep silent or talk for ever, until the application no longer waits. The first line on
-standard error names the fault. The memory of a run is measured with the service's own, which takes little whatever it sends.
-It starts in 20 ms: its CBOR is its own, which has to be able to be wrong anyway."""
+With --patient it may also send nothing, or send without end, until the application's time limit. The first line on
+standard error names the fault. The memory measured for a run includes the service's own, so it uses little, whatever it
+sends. It starts in 20 ms because it has its own CBOR encoder, which must also be able to write invalid CBOR."""
 
 import os
 import random
@@ -79,7 +79,7 @@ def say(*parts):
 
 
 def damaged(text, chance):
-    """The card's document with one to three faults of a document."""
+    """The card's document with one to three faults in it."""
     for _ in range(chance.randint(1, 3)):
         data = text if isinstance(text, bytes) else text.encode("utf-8", "surrogatepass")
         place = chance.randrange(len(data))
@@ -100,13 +100,13 @@ def damaged(text, chance):
             data = re.sub(rb"\?>", b"?><!DOCTYPE T [" + chance.choice(
                 (b"", bomb, b'<!ENTITY a8 SYSTEM "file:///etc/passwd">')) + b"]>", data, 1)
             data = re.sub(rb">([^<>]+)</%b>" % element, b">&a8;</" + element + b">", data, 1)
-        elif kind == 5:  # deep
+        elif kind == 5:  # deep nesting
             depth = chance.choice((100, 255, 256, 257, 10_000, 300_000))
             data = data[:place] + b"<a>" * depth + b"x" + b"</a>" * depth + data[place:]
-        elif kind == 6:  # long
+        elif kind == 6:  # a long text
             data = re.sub(rb"<%b>[^<]*" % element,
                           b"<" + element + b">" + b"x" * chance.choice((300, 70_000, 3_000_000)), data, 1)
-        elif kind == 7:  # empty
+        elif kind == 7:  # empty texts
             data = re.sub(rb"<%b>[^<]*" % element, b"<" + element + b">", data)
         elif kind == 8:  # other characters
             other = chance.choice(("\0", "\x1b[31m", "\u202e", "\ud800", "\U0001f600", "e\u0301" * 500, "\t\n", "../../"))
@@ -124,10 +124,10 @@ def damaged(text, chance):
             data = data.replace(b"T_AsnDonneesVitale", chance.choice((b"apiLecVitale", b"html", b"T")))
         elif kind == 13:  # nothing, or nearly
             data = chance.choice((b"<", b" ", b"<a/>", b"\xef\xbb\xbf", b"%PDF-1.4"))
-        elif kind == 14:  # numbers that are none
+        elif kind == 14:  # invalid numbers
             data = re.sub(rb"\b\d+\b", chance.choice((b"-1", b"99999999999999999999", b"NaN", b"")), data,
                           chance.randint(0, 3))
-        else:  # people without end
+        else:  # very many people
             person = re.search(rb"<T_AsnBeneficiaire>.*?</T_AsnBeneficiaire>", data, re.DOTALL)
             if person:
                 count = min(chance.choice((20, 499, 2000)), LIMIT // len(person[0]) // 2)
@@ -168,8 +168,8 @@ def wait_for_ever():
         signal.pause()
 
 
-# The faults. Each is told the chance, the request's number, and the reply that would be right as a dictionary. After it the
-# service goes on, unless the fault keeps it.
+# The faults. Arguments: the random generator, the request's number, and the correct reply as a dictionary. The service
+# continues after a fault unless the fault ends or blocks it.
 
 
 def late(chance, number, reply):
@@ -377,7 +377,7 @@ def choice(number, patient):
 
 def main():
     with open(sys.argv[2], encoding="utf-8") as file:
-        # Each card is another person's.
+        # Each number gives a card with another first name.
         specimen = file.read().replace("Hélène", f"Hélène {sys.argv[1]}")
     chance, fault, at = choice(int(sys.argv[1]), "--patient" in sys.argv)
     os.write(2, f"{fault.__name__} at {at}\n".encode())

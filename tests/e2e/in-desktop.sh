@@ -7,7 +7,7 @@ XDG_RUNTIME_DIR=$(mktemp -d)
 export XDG_RUNTIME_DIR
 chmod 700 "$XDG_RUNTIME_DIR"
 
-# The machine's own card readers are no part of a test.
+# The machine's own card readers are not used.
 export PCSCLITE_CSOCK_NAME="$XDG_RUNTIME_DIR/absent"
 
 numbers=$XDG_RUNTIME_DIR/display
@@ -21,7 +21,7 @@ export DISPLAY=":$number"
 unset WAYLAND_DISPLAY XDG_CURRENT_DESKTOP QT_QPA_PLATFORMTHEME QT_QPA_PLATFORM
 
 if [ "${MANAGER:-openbox}" != none ]; then
-    # Ready is when it runs its start-up command: windows mapped earlier would never be managed.
+    # It is ready when it runs its start-up command. Windows mapped earlier would never be managed.
     ready=$XDG_RUNTIME_DIR/ready
     mkfifo "$ready"
     openbox --sm-disable --config-file "$here/openbox.xml" --startup "sh -c 'echo >$ready'" >/dev/null 2>&1 &

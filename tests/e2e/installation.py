@@ -2,8 +2,9 @@
 
 import os
 import shutil
-import subprocess
 import tempfile
+
+from disks import mount
 
 FOLDER = "/usr/lib/pelmora"
 LIBRARY = os.path.join(FOLDER, "reading-library.so")
@@ -12,10 +13,10 @@ LIBRARY = os.path.join(FOLDER, "reading-library.so")
 def lay_over_system():
     """Lets this process change its own view of /usr/lib."""
     layer = tempfile.mkdtemp()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "none", layer], check=True)
+    mount("-t", "tmpfs", "-o", "mode=755", "none", layer)
     for name in ("upper", "work"):
         os.mkdir(os.path.join(layer, name), 0o755)
-    subprocess.run(["mount", "-t", "overlay", "-o",
-                    f"lowerdir=/usr/lib,upperdir={layer}/upper,workdir={layer}/work", "overlay", "/usr/lib"], check=True)
+    mount("-t", "overlay", "-o", f"lowerdir=/usr/lib,upperdir={layer}/upper,workdir={layer}/work", "overlay",
+          "/usr/lib")
     shutil.rmtree(FOLDER, ignore_errors=True)
     return layer

@@ -6,7 +6,7 @@ WINDOW_SYSTEM = ("libQt6Gui", "libQt6Widgets", "libfontconfig", "libX11", "libxc
 
 
 def loaded(log):
-    """The names of all that the dynamic linker told of loading with LD_DEBUG=files, at the start and later."""
+    """The names of the loaded libraries, at the start and later, from the dynamic linker's log (LD_DEBUG=files)."""
     return {os.path.basename(line.rpartition(" ")[2]) for line in log.splitlines() if "calling init: " in line}
 
 

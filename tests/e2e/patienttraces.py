@@ -9,7 +9,7 @@ from gi.repository import Gio
 
 from desktop import wait
 
-# Of one read of a file or a process's memory of arguments; the test's own files are smaller.
+# The most bytes that are read of a file; the test's own files are smaller.
 LARGEST = 64 << 20
 
 
@@ -50,7 +50,7 @@ class Patient:
         return found
 
     def new_files(self, folder, start):
-        """The same for what has appeared in the folder itself since that time."""
+        """The same for the entries of the folder itself that are new or changed since that time."""
         found = []
         for entry in os.scandir(folder):
             try:
@@ -63,7 +63,7 @@ class Patient:
 
 
 def content_of(path):
-    """A plain file's bytes; nothing of other files, and of those that are gone."""
+    """A regular file's bytes; empty for other kinds of files and for missing files."""
     try:
         if not os.path.isfile(path):
             return b""
@@ -74,7 +74,7 @@ def content_of(path):
 
 
 class Watch:
-    """Looks at something again and again on a thread, and keeps all that it has seen; a context manager."""
+    """Calls a function repeatedly on a thread, and keeps all its results; a context manager."""
 
     def __init__(self, look, pause):
         self.seen = set()
@@ -128,12 +128,12 @@ class BusMonitor:
     def __enter__(self):
         with open(self._path, "wb") as output:
             self._process = subprocess.Popen(["dbus-monitor", "--session"], stdout=output)
-        # It writes what it is told when it has become a monitor.
+        # It writes its first message when it has become a monitor.
         wait(self.messages)
         return self
 
     def __exit__(self, *_):
-        # The last message of all.
+        # When this message has been recorded, all earlier ones have been, too.
         bus = Gio.bus_get_sync(Gio.BusType.SESSION)
         bus.emit_signal(None, "/", "com.morvel.Test", "End", None)
         bus.flush_sync()

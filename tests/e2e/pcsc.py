@@ -1,5 +1,5 @@
 """A PC/SC service of the test's own, with readers that wait for virtual cards. The test runs in a network of its own
-(in-own-network.sh), so that nobody else reaches the readers, and tests side by side take the same ports."""
+(in-own-network.sh): other processes cannot reach the readers, and parallel tests can use the same ports."""
 
 import fcntl
 import itertools
@@ -11,7 +11,8 @@ import struct
 import subprocess
 import sys
 import tempfile
-import time
+
+from waiting import wait_until
 
 DRIVER = "/usr/lib/pcsc/drivers/serial/libifdvpcd.so"
 # The only model that the application accepts.
@@ -30,23 +31,12 @@ ENDING_WITH_PARENT = ("setpriv", "--pdeathsig", "KILL")
 
 
 def raise_loopback():
-    """A new network's loopback is down."""
+    """Brings up the loopback, which is down in a new network."""
     SIOCGIFFLAGS, SIOCSIFFLAGS, IFF_UP = 0x8913, 0x8914, 1
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as anything:
         flags, = struct.unpack("16xH22x", fcntl.ioctl(anything, SIOCGIFFLAGS, struct.pack("16s24x", b"lo")))
         if not flags & IFF_UP:
             fcntl.ioctl(anything, SIOCSIFFLAGS, struct.pack("16sH22x", b"lo", flags | IFF_UP))
-
-
-def wait_until(condition, seconds=15, what="the condition"):
-    """The condition's first true value."""
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        value = condition()
-        if value:
-            return value
-        time.sleep(0.005)
-    raise AssertionError(f"waited in vain for {what}")
 
 
 def is_listening(port):

@@ -21,7 +21,7 @@ PANES = {"Configuration": "configuration", "Attestations": "attestations", "Lect
 
 
 def picture(title):
-    """The window as PNG data. On Wayland it must be in front: what is taken is its part of the screen."""
+    """The window as PNG data. On Wayland it must be in front, because its part of the screen is taken."""
     if wayland.HERE:
         box = wayland.windows(title)[0]["rect"]
         command = ["grim", "-g", f"{box['x']},{box['y']} {box['width']}x{box['height']}", "-"]
@@ -31,7 +31,7 @@ def picture(title):
 
 
 def take(title, name, unlike=None):
-    """A picture of the window when nothing changes in it any more, and it is another one than that."""
+    """Takes a picture of the window when it no longer changes and differs from the given picture."""
     wait_until_shown(title)
     seen = [None]
 

@@ -1,5 +1,5 @@
-"""A home with portable copies, which offer to move to the Applications folder: what the tests of the moves share. The
-command line of such a test: STAGE MOVABLE_PROGRAM, in a mount namespace of its own."""
+"""Shared by the tests of portable copies: a home with copies that offer to move to the Applications folder. The command
+line of such a test: STAGE MOVABLE_PROGRAM, in a mount namespace of its own."""
 
 import os
 import re

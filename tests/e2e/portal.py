@@ -3,10 +3,11 @@
 It ends with the process that started it, or when its standard input does. A line of input is the preference's new number:
 0 none, 1 dark, 2 light. Other programs start it as a Portal."""
 
-import subprocess
 import sys
 
 from gi.repository import Gio, GLib
+
+from busprogram import BusProgram, serve
 
 NAME = "org.freedesktop.portal.Desktop"
 PATH = "/org/freedesktop/portal/desktop"
@@ -40,43 +41,19 @@ class Settings:
                              GLib.Variant("(ssv)", (*KEY, GLib.Variant("u", number))))
 
 
-class Portal:
+class Portal(BusProgram):
     """A portal of another process, with that preference; a context manager."""
 
     def __init__(self, preference):
-        self.process = subprocess.Popen(["/usr/bin/python3", __file__, str(preference)], stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, text=True)
-        self.process.stdout.readline()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.process.kill()
-        self.process.communicate()
+        super().__init__("portal.py", str(preference))
 
     def prefer(self, preference):
-        self.process.stdin.write(f"{preference}\n")
-        self.process.stdin.flush()
+        self.tell(preference)
 
 
 def main():
-    loop = GLib.MainLoop()
-    portal = Settings(Gio.bus_get_sync(Gio.BusType.SESSION), int(sys.argv[1]))
-
-    def hear(*_):
-        line = sys.stdin.readline()
-        if not line:
-            loop.quit()
-            return False
-        portal.change(int(line))
-        return True
-
-    GLib.io_add_watch(sys.stdin.fileno(), GLib.IO_IN | GLib.IO_HUP, hear)
-    # Ready when the name is owned.
-    Gio.bus_own_name_on_connection(portal.bus, NAME, Gio.BusNameOwnerFlags.NONE,
-                                   lambda *_: print("ready", flush=True), None)
-    loop.run()
+    settings = Settings(Gio.bus_get_sync(Gio.BusType.SESSION), int(sys.argv[1]))
+    serve(settings.bus, NAME, lambda line: settings.change(int(line)))
 
 
 if __name__ == "__main__":

@@ -1,11 +1,9 @@
 """The application with the specimen card, for tests of printing. Their first argument is the stage."""
 
 import os
-import re
-import subprocess
 import sys
 
-from desktop import Application, Atspi, act, wait, walk
+from desktop import Application, Atspi, key, wait
 from windows import is_in_front
 
 STAGE = sys.argv[1]
@@ -17,10 +15,6 @@ VIEWER = "Hélène SPECIMEN"
 
 def is_focused(node):
     return node.get_state_set().contains(Atspi.StateType.FOCUSED)
-
-
-def key(*names):
-    subprocess.run(["xdotool", "key", "--clearmodifiers", *names], check=True)
 
 
 def key_in(title, name):
@@ -41,14 +35,7 @@ class Desk(Application):
         return self.find("frame", VIEWER)
 
     def in_dialog(self, role, name, showing=True):
-        """A control of the print dialog: other windows have buttons of the same name."""
-        self.find("dialog", DIALOG)
-
-        def found():
-            return next(node for node in walk(self.find_now("dialog", DIALOG) or self.node())
-                        if node.get_role_name() == role and re.fullmatch(name, node.get_name())
-                        and (not showing or node.get_state_set().contains(Atspi.StateType.SHOWING)))
-        return wait(found)
+        return self.find_inside(("dialog", DIALOG), role, name, showing)
 
     def focus_printers(self, chosen):
         self.in_dialog("combo box", chosen)
@@ -61,4 +48,4 @@ class Desk(Application):
         key("Down")
 
     def press_in_dialog(self, name):
-        act(lambda: self.in_dialog("push button", name))
+        self.press_inside(("dialog", DIALOG), name)

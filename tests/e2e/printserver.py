@@ -85,7 +85,7 @@ def end_with_parent():
 
 
 class Job:
-    """What reached a printer."""
+    """A job that has reached a printer."""
 
     def __init__(self, path):
         self.path = path
@@ -146,7 +146,7 @@ class PrintServer:
             if self.process.poll() is not None:
                 break
             time.sleep(0.01)
-        raise AssertionError("the print server: waited in vain\n" + self.log()[-4000:])
+        raise AssertionError("the print server: the condition did not become true in time\n" + self.log()[-4000:])
 
     def log(self):
         try:
@@ -165,8 +165,8 @@ class PrintServer:
         return subprocess.run(command, env=environment, check=check, capture_output=True, text=True, timeout=30)
 
     def add_queue(self, name, sheet=None, margin=12, options=()):
-        """A queue for sheets of that size, of a printer with that margin; without a size, what is printed passes
-        through as it is."""
+        """A queue for sheets of that size, of a printer with that margin. Without a size, print data are passed on
+        unchanged."""
         folder = self.path("caught-" + name)
         os.makedirs(folder, exist_ok=True)
         os.chmod(folder, 0o1777)

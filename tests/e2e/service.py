@@ -1,5 +1,6 @@
 """The card service as its application sees it: a child process, and messages over its standard input and output."""
 
+import contextlib
 import os
 import select
 import subprocess
@@ -8,7 +9,7 @@ import time
 
 import cbor2
 
-from pcsc import ENDING_WITH_PARENT, MODEL
+from pcsc import ENDING_WITH_PARENT, MODEL, PcscService
 
 PATIENCE = 40  # seconds; more than any call to a reader may take
 
@@ -46,7 +47,7 @@ class CardService:
             if name in os.environ:
                 self.environment.setdefault(name, os.environ[name])
         self.number = 0
-        self.states = []  # of the reader, that were told between replies
+        self.states = []  # of the reader, received between replies
         self.before = None  # what its process does before it becomes the service
 
     def __enter__(self):
@@ -83,20 +84,20 @@ class CardService:
 
     @staticmethod
     def state_of(body):
-        """The state in a message about the reader, which has nothing else."""
+        """The state in a message about the reader; any other message is an error."""
         if set(body) != {"Event", "State"} or body["Event"] != "reader":
             raise AssertionError(f"an unknown message: {body}")
         return body["State"]
 
     def next_state(self, seconds=15):
-        """The next state of the reader that it tells, or None if it tells none in that time."""
+        """The next state of the reader that the service reports, or None if it reports none in that time."""
         if self.states:
             return self.states.pop(0)
         if not select.select([self.replies.descriptor], [], [], seconds)[0]:
             return None
         number, body = cbor2.load(self.replies)
         if number != 0:
-            raise AssertionError(f"a reply to {number} that nobody awaits")
+            raise AssertionError(f"an unexpected reply to {number}")
         return self.state_of(body)
 
     def ask(self, command, **fields):
@@ -107,7 +108,7 @@ class CardService:
         return self.ask("readers_list")["Readers"]
 
     def bind(self, vitale=MODEL, professional=MODEL, mode="2"):
-        """Whether all of it went well."""
+        """Initialises the service and chooses its readers; whether both succeeded."""
         return all(reply["Status"] == "success" for reply in (
             self.ask("init", Mode=mode),
             self.ask("set_readers", vitale_reader_name=vitale, cps_reader_name=professional)))
@@ -152,12 +153,17 @@ class CardService:
         user, system = fields[11:13]
         return (int(user) + int(system)) / os.sysconf("SC_CLK_TCK")
 
-    def is_sanitized(self):
-        """Whether it keeps freed memory for a while, as sanitizers do."""
-        with open(f"/proc/{self.process.pid}/maps", encoding="utf-8") as file:
-            return "libasan" in file.read()
-
     def private_memory(self):
         """Its private memory in kilobytes."""
         with open(f"/proc/{self.process.pid}/smaps_rollup", encoding="ascii") as file:
             return sum(int(line.split()[1]) for line in file if line.startswith(("Private_Dirty:", "Swap:")))
+
+
+@contextlib.contextmanager
+def started(stage, card, reader):
+    """A card service of its own, with the card in its reader."""
+    with PcscService(reader) as pcsc, CardService(stage, **pcsc.environment()) as service, card:
+        if not service.bind():
+            raise AssertionError(service.log())
+        card.insert(reader.port)
+        yield service

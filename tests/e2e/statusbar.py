@@ -3,9 +3,9 @@
 It ends with the process that started it, or when its standard input does. A line of input, "host" or "no host", changes
 whether there is a host."""
 
-import sys
-
 from gi.repository import Gio, GLib
+
+from busprogram import serve
 
 NAME = "org.kde.StatusNotifierWatcher"
 PATH = "/StatusNotifierWatcher"
@@ -35,7 +35,7 @@ class Watcher:
 
     def call(self, _bus, sender, _path, _interface, method, arguments, invocation):
         if method == "RegisterStatusNotifierItem":
-            # Either the item's bus name or, from its sender, a path.
+            # The argument is the item's bus name, or a path on the sender's connection.
             name = arguments.unpack()[0]
             self.items.append(name if not name.startswith("/") else sender)
             self.tell("StatusNotifierItemRegistered", name)
@@ -51,23 +51,5 @@ class Watcher:
         self.tell("StatusNotifierHostRegistered" if has_host else "StatusNotifierHostUnregistered")
 
 
-def main():
-    loop = GLib.MainLoop()
-    watcher = Watcher(Gio.bus_get_sync(Gio.BusType.SESSION))
-
-    def hear(*_):
-        line = sys.stdin.readline()
-        if not line:
-            loop.quit()
-            return False
-        watcher.set_host(line.strip() == "host")
-        return True
-
-    GLib.io_add_watch(sys.stdin.fileno(), GLib.IO_IN | GLib.IO_HUP, hear)
-    # Ready when the name is owned.
-    Gio.bus_own_name_on_connection(watcher.bus, NAME, Gio.BusNameOwnerFlags.NONE,
-                                   lambda *_: print("ready", flush=True), None)
-    loop.run()
-
-
-main()
+WATCHER = Watcher(Gio.bus_get_sync(Gio.BusType.SESSION))
+serve(WATCHER.bus, NAME, lambda line: WATCHER.set_host(line == "host"))

@@ -1,30 +1,19 @@
 """Status items as a status bar sees them."""
 
-import os
-import subprocess
-
 from gi.repository import Gio, GLib
 
+from busprogram import BusProgram
 from desktop import wait
 
 
-class StatusBar:
+class StatusBar(BusProgram):
     """A host of StatusNotifierItems; a context manager."""
 
-    def __enter__(self):
-        program = os.path.join(os.path.dirname(os.path.abspath(__file__)), "statusbar.py")
-        self.process = subprocess.Popen(["/usr/bin/python3", program], stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, text=True)
-        self.process.stdout.readline()
-        return self
-
-    def __exit__(self, *_):
-        self.process.kill()
-        self.process.communicate()
+    def __init__(self):
+        super().__init__("statusbar.py")
 
     def set_host(self, has_host):
-        self.process.stdin.write("host\n" if has_host else "no host\n")
-        self.process.stdin.flush()
+        self.tell("host" if has_host else "no host")
 
     @staticmethod
     def item():

@@ -5,9 +5,7 @@ import socket
 import subprocess
 import tempfile
 
-
-def mount(*arguments):
-    subprocess.run(["mount", *arguments], check=True)
+from disks import mount
 
 
 class SystemLog:

@@ -23,7 +23,7 @@ UNUSABLE, READ_ERROR = 0, 17
 with open(os.path.join(SHARE, "specimen.xml"), encoding="utf-8") as specimen:
     SPECIMEN_XML = specimen.read()
 
-# What a second-generation card carries of each person, in the document's order.
+# The elements of each person on a second-generation card, in the document's order.
 PERSONAL = ("nomUsuel", "prenomUsuel", "date", "dateEnCarte", "rangDeNaissance", "nir", "qualBenef", "codeRegime", "caisse",
             "centreCarte", "codeGestion")
 
@@ -35,7 +35,7 @@ def persons(xml):
 
 
 def completed_map():
-    """The shipped map of the second generation, completed as the documentation tells, with invented places."""
+    """The shipped map of the second generation, completed as the documentation says, with invented positions."""
     with open(os.path.join(SHARE, "maps", "vitale2.json"), encoding="utf-8") as file:
         card_map = json.load(file)
     card_map["name"] = "Carte d’essai complétée"
@@ -80,7 +80,7 @@ class SiteMaps(unittest.TestCase):
         count = len(card.commands)
         self.assertEqual(persons(service.read()), persons(SPECIMEN_XML))
         self.assertEqual(service.log(), "")
-        # The first map is the card's: nothing else was asked for.
+        # The first map fits the card: no other application was selected before.
         self.assertEqual(card.commands[count][5:], cardlayout.VITALE_APPLICATION)
 
     def test_other_cards_are_still_read_by_the_shipped_maps(self):

@@ -1,14 +1,13 @@
 """A card that is removed or exchanged at each command of a read. Usage: test_card_removal.py STAGE, in a network
 of its own"""
 
-import contextlib
 import os
 import sys
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 
-from pcsc import PcscService, Reader
-from service import CardService
+from pcsc import Reader
+from service import started
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 from cardlayout import specimen_files  # noqa: E402
@@ -21,7 +20,7 @@ WORKERS = 8
 
 
 def card_xml(serial, name, number):
-    """A card's XML with one person in it; of two cards every field differs."""
+    """The XML of a card with one person; every field differs between two cards."""
     fields = {"nomUsuel": name, "nomPatronymique": name + " NÉE", "prenomUsuel": name + " PRÉNOM",
               "rangDeNaissance": number, "nir": f"28505751161238{number}"}
     ident = "".join(f"<{key}>{value}</{key}>" for key, value in fields.items())
@@ -41,18 +40,8 @@ def second_card():
     return VirtualCard(specimen_files(card_xml("0000000000022222", "AUTRE", 2)))
 
 
-@contextlib.contextmanager
-def started(card, reader):
-    """A card service of its own, with the card in its reader."""
-    with PcscService(reader) as pcsc, CardService(STAGE, **pcsc.environment()) as service, card:
-        if not service.bind():
-            raise AssertionError(service.log())
-        card.insert(reader.port)
-        yield service
-
-
 def read(card, reader):
-    with started(card, reader) as service:
+    with started(STAGE, card, reader) as service:
         return service.read()
 
 
@@ -66,11 +55,11 @@ class CardRemoval(unittest.TestCase):
 
     @classmethod
     def numbers(cls):
-        """The commands that rounds are about: the first ones, every third, and the last."""
+        """The commands at which the rounds act: the first ones, every third, and the last."""
         return sorted({1, 2, *range(3, cls.commands, 3), cls.commands})
 
     def results(self, round_of):
-        """What each round gives, by the command that it is about."""
+        """The result of each round, by the command at which it acts."""
         numbers = self.numbers()
         with ThreadPoolExecutor(WORKERS) as pool:
             return dict(zip(numbers, pool.map(round_of, numbers)))
@@ -88,7 +77,7 @@ class CardRemoval(unittest.TestCase):
             card = first_card()
             card.before = {number: remove}
             return read(card, Reader())
-        # Before its first answer, the card is only known to be absent.
+        # A card that is removed before its first answer is reported as absent.
         self.assertEqual(self.results(leave), self.expected(CARD_ABSENT, CARD_CHANGED, CARD_CHANGED))
 
     def test_a_card_that_leaves_after_its_answer_is_not_read_unless_it_was_the_last(self):
@@ -104,7 +93,7 @@ class CardRemoval(unittest.TestCase):
             reader, card = Reader(), first_card()
             with second_card() as other:
                 setattr(card, event, {number: swap_for(other, reader.port)})
-                with started(card, reader) as service:
+                with started(STAGE, card, reader) as service:
                     return service.read(), service.read_soon()
         return self.results(swap)
 

@@ -13,20 +13,17 @@ import unittest
 
 from bell import Bell
 from cardservice import FakeService
-from desktop import Application, Atspi, Opener, is_running, key, wait
+from desktop import Application, Atspi, Opener, key, wait
+from disks import fill, mount
+from specimencard import FILE, SUMMARY, read_card
+from waiting import is_running
 from windows import shown_windows, wait_until_shown
 
 STAGE, FAKE_SERVICE = sys.argv.pop(1), sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 TITLE = "Pelmora par MORVEL"
-SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
-FILE = "SPECIMEN Hélène.pdf"
 GENERAL_ERROR = "L’opération n’a pas pu s’achever\\. \\(erreur Pelmora -10\\.\\)"
 SAVED = "L'attestation a bien été enregistrée."
-
-
-def mount(*arguments):
-    subprocess.run(["mount", *arguments], check=True)
 
 
 class Terminal:
@@ -90,10 +87,6 @@ class Faults(unittest.TestCase):
     def start(self, environment=None, arguments=("--simulate",)):
         return Application(*self.terminal.command, *arguments, home=self.home, environment=environment)
 
-    def read_card(self, pelmora):
-        pelmora.press("push button", "Lire")
-        pelmora.find("label", SUMMARY)
-
     def save(self, pelmora, fails=False):
         """Saves the card; checks the success message, a warning after a failure, and that the application goes on."""
         pelmora.press("push button", "Enregistrer")
@@ -107,7 +100,7 @@ class Faults(unittest.TestCase):
         pelmora.wait_until_gone("alert", ".*")
 
     def assert_works_without_saving(self, pelmora):
-        """A save beeps, says why in the panel, and leaves the rest as it was."""
+        """A save beeps, shows the reason in the panel, and changes nothing else."""
         bell = Bell()
         self.addCleanup(bell.close)
         pelmora.press("push button", "Enregistrer")
@@ -120,8 +113,7 @@ class Faults(unittest.TestCase):
 
     def recents(self, pelmora):
         """The entries of the submenu that are files."""
-        menu = pelmora.find("menu item", "Recents", showing=False).get_child_at_index(0)
-        names = [menu.get_child_at_index(index).get_name() for index in range(menu.get_child_count())]
+        names = pelmora.entries("Recents")
         self.assertEqual(names.pop(), "Effacer le menu")
         return [name for name in names if name]
 
@@ -131,21 +123,21 @@ class Faults(unittest.TestCase):
             with self.subTest(content=content[:20]):
                 self.write_settings(content)
                 with self.start() as pelmora:
-                    self.read_card(pelmora)
+                    read_card(pelmora)
                     self.save(pelmora)
                 self.assertTrue(os.path.exists(self.path("Documents", "Attestations Pelmora", FILE)))
 
     def test_a_folder_in_the_place_of_the_settings_is_no_hindrance(self):
         os.mkdir(self.settings_file())
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.save(pelmora)
 
     def test_read_only_settings_last_for_the_run(self):
         folder = self.attestations_in("attestations")
         self.make_read_only(self.path("config"))
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.save(pelmora)
             self.assertTrue(os.path.exists(os.path.join(folder, FILE)))
             wait(lambda: self.recents(pelmora) == [FILE])
@@ -157,7 +149,7 @@ class Faults(unittest.TestCase):
         with open(folder, "w", encoding="utf-8") as file:
             file.write("mine")
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.assert_works_without_saving(pelmora)
             self.assertEqual(self.recents(pelmora), [])
         with open(folder, encoding="utf-8") as file:
@@ -168,7 +160,7 @@ class Faults(unittest.TestCase):
         os.mkdir(folder)
         self.make_read_only(folder)
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.save(pelmora, fails=True)
             self.assertEqual(self.recents(pelmora), [FILE])
             self.assertEqual(os.listdir(folder), [])
@@ -181,16 +173,11 @@ class Faults(unittest.TestCase):
         mount("-t", "tmpfs", "-o", "size=256k", "tmpfs", folder)
         self.mounted.append(folder)
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.save(pelmora)
             with open(os.path.join(folder, FILE), "rb") as file:
                 before = file.read()
-            try:
-                with open(os.path.join(folder, "filling"), "wb", buffering=0) as filling:
-                    while True:
-                        filling.write(b"x" * 4096)
-            except OSError:
-                pass
+            fill(os.path.join(folder, "filling"))
             self.save(pelmora, fails=True)
             wait(lambda: "il n’y a plus de place sur le disque" in self.terminal.text())
             self.assertEqual(sorted(os.listdir(folder)), [FILE, "filling"])
@@ -202,7 +189,7 @@ class Faults(unittest.TestCase):
         opener = Opener(self.home)
         folder = self.attestations_in("Médecins, 2ᵉ étage #1; 100 %25", "à côté")
         with self.start(opener.environment) as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.save(pelmora)
             self.assertEqual(os.stat(os.path.join(folder, FILE)).st_mode & 0o7777, 0o600)
             pelmora.choose("Ouvrir le dossier des attestations")
@@ -230,7 +217,7 @@ class Faults(unittest.TestCase):
             self.assertEqual(self.recents(pelmora), ["a & b.pdf"])
             pelmora.choose("a & b.pdf")
             wait(lambda: opener.opened() == ["file:///gone/a%20&%20b.pdf"])
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.assertIsNone(pelmora.find_now("alert", ".*"))
 
     def test_without_a_session_bus_it_works_as_ever(self):
@@ -238,13 +225,13 @@ class Faults(unittest.TestCase):
         with self.start({"DBUS_SESSION_BUS_ADDRESS": "unix:path=/absent/bus"}):
             wait_until_shown(TITLE)
             subprocess.run(["xdotool", "windowactivate", "--sync", *shown_windows(TITLE)], check=True)
-            # What is enabled cannot be seen from here: the menu's entry works as soon as the card service is there.
+            # Without a session bus the test cannot see what is enabled. The key works once the card service is bound.
             wait(lambda: key("ctrl+s") or os.path.exists(os.path.join(folder, FILE)))
 
     def test_a_home_where_nothing_can_be_written_is_no_hindrance(self):
         self.make_read_only(self.home)
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.assert_works_without_saving(pelmora)
             pelmora.choose("Ouvrir le dossier des attestations")
             wait(lambda: self.terminal.text().count("Error on folder create") == 2)
@@ -253,14 +240,14 @@ class Faults(unittest.TestCase):
 
     def test_a_home_that_does_not_exist_is_no_hindrance(self):
         with self.start({"HOME": "/proc/absent", "XDG_CONFIG_HOME": None}) as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.assert_works_without_saving(pelmora)
 
     def test_without_a_program_for_mail_and_files_nothing_happens(self):
         with self.start({"PATH": "/absent"}) as pelmora:
             pelmora.press("push button", "Suggestion")
             pelmora.choose("Ouvrir le dossier des attestations")
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.assertIsNone(pelmora.find_now("alert", ".*"))
 
     def test_the_alert_of_a_start_without_a_reader_lies_over_the_window(self):
@@ -277,7 +264,7 @@ class Faults(unittest.TestCase):
             service = pelmora.children()[0]
             os.kill(service, signal.SIGKILL)
             wait(lambda: not is_running(service))
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.assertIsNone(pelmora.find_now("alert", ".*"))
 
     def test_a_card_service_that_stalls_leaves_the_window_alive(self):
@@ -343,7 +330,7 @@ class Faults(unittest.TestCase):
         card = self.path("card.xml")
         shutil.copy(os.path.join(STAGE, "share", "pelmora", "specimen.xml"), card)
         with self.start(arguments=(f"--simulate={card}",)) as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             os.remove(card)
             pelmora.press("push button", "Lire")
             pelmora.find("label", "La carte vitale n'est pas dans le lecteur\\.")

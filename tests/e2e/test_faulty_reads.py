@@ -1,11 +1,10 @@
-"""Reads of a card one of whose answers is faulty, each of which gives the whole record or a documented result, never a part
-of it. Usage: test_faulty_reads.py STAGE [READS [MUTE]], in a network of its own
+"""Reads of a card with one faulty answer. Each read gives the whole record or a documented result, never a part of the
+record. Usage: test_faulty_reads.py STAGE [READS [MUTE]], in a network of its own
 
-READS reads (100 by default) are shared out over the kinds of faults and the commands of a read; MUTE more (none by default)
-meet a card that falls silent, which takes 20 seconds each. With a number of reads the outcomes are printed."""
+READS reads (100 by default) are distributed over the kinds of faults and the commands of a read. MUTE more reads (none
+by default) have a card that stops answering; each takes 20 seconds. If READS is given, the outcomes are printed."""
 
 import collections
-import contextlib
 import os
 import random
 import sys
@@ -13,8 +12,8 @@ import threading
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 
-from pcsc import PcscService, Reader
-from service import CardService
+from pcsc import Reader
+from service import started
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 import cardlayout  # noqa: E402
@@ -68,7 +67,7 @@ KINDS = {"short": short, "cut": cut, "flipped": flipped, "exchanged": exchanged,
 
 
 class FaultyCard(VirtualCard):
-    """A card with a fault of one of its answers, which may be given anew for each read."""
+    """A card with a fault in one of its answers. The fault can be changed for each read."""
 
     def __init__(self, **options):
         super().__init__(cardlayout.specimen_files(SPECIMEN_XML), **options)
@@ -90,18 +89,8 @@ class FaultyCard(VirtualCard):
         return self.fault(answer, other, self.chance) if len(self.commands) == self.fault_at else answer
 
 
-@contextlib.contextmanager
-def started(card, reader):
-    """A card service of its own, with the card in its reader."""
-    with PcscService(reader) as pcsc, CardService(STAGE, **pcsc.environment()) as service, card:
-        if not service.bind():
-            raise AssertionError(service.log())
-        card.insert(reader.port)
-        yield service
-
-
 class Campaign:
-    """The reads, and what each gave, by kind of fault."""
+    """The reads and their outcomes, by kind of fault."""
 
     def __init__(self):
         self.outcomes = collections.Counter()
@@ -118,9 +107,9 @@ class Campaign:
     def faulty_answers(self, count, worker):
         """Reads by one service, each with a fault of one answer."""
         chance = random.Random(SEED + worker)
-        # Those that keep their answers ready (T=0), and those that give them at once (T=1), in turns.
+        # In turn: cards whose answers are fetched with another command (T=0), and cards that answer at once (T=1).
         card = FaultyCard(atr=BLOCK_CARD if worker % 2 else PATIENT_CARD)
-        with started(card, Reader()) as service:
+        with started(STAGE, card, Reader()) as service:
             true = service.read()
             commands = len(card.commands)
             for index in range(worker, count, WORKERS):
@@ -140,14 +129,14 @@ class Campaign:
     def card_swapped(self, number):
         reader = Reader()
         card = VirtualCard(cardlayout.specimen_files(SPECIMEN_XML))
-        with VirtualCard(cardlayout.specimen_files(OTHER_XML)) as other, started(card, reader) as service:
+        with VirtualCard(cardlayout.specimen_files(OTHER_XML)) as other, started(STAGE, card, reader) as service:
             true = service.read()
             card.before = {len(card.commands) + number: swap_for(other, reader.port)}
             self.note("card swapped", number, service.read(), true, (CARD_CHANGED,))
 
     def fallen_silent(self, number):
         card = VirtualCard(cardlayout.specimen_files(SPECIMEN_XML))
-        with started(card, Reader()) as service:
+        with started(STAGE, card, Reader()) as service:
             true = service.read()
             card.before = {len(card.commands) + number: be_mute}
             self.note("mute", number, service.read(), true, (CARD_MUTE,))
@@ -156,11 +145,11 @@ class Campaign:
 
     def run(self, reads, mute):
         card = VirtualCard(cardlayout.specimen_files(SPECIMEN_XML))
-        with started(card, Reader()) as service:
+        with started(STAGE, card, Reader()) as service:
             service.read()
             commands = len(card.commands)
         swapped = max(4, reads // 50)
-        # The first answer's faults come before there is anything to be swapped.
+        # From the second command on: a card that is swapped before the first answer is read normally.
         places = [2 + index * (commands - 2) // max(1, swapped - 1) for index in range(swapped)]
         with ThreadPoolExecutor(WORKERS) as pool:
             tasks = [pool.submit(self.faulty_answers, reads - swapped, worker) for worker in range(WORKERS)]

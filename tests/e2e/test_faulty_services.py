@@ -1,10 +1,10 @@
-"""Card services with faults of all kinds, behind --save and behind one window: each run ends in time with the whole
-attestation or a line that says why not, and in little memory. Usage:
+"""Card services with faults of all kinds, with --save and with one window. Each run ends in time, with the whole
+attestation or a line with the reason, and uses little memory. Usage:
 
   test_faulty_services.py STAGE [--count N] [--first NUMBER] [--windows N] [--patient] [--jobs N]
 
-A service's fault follows from its number (faultyservice.py); what fails is named by it. Without more, the numbers and
-services are those of the checks; a campaign is: --count 2000 --windows 50 --patient."""
+A service's fault is computed from its number (faultyservice.py); failures are reported with the number. The defaults
+are for regular checks. A long run is: --count 2000 --windows 50 --patient."""
 
 import argparse
 import concurrent.futures
@@ -18,7 +18,10 @@ import time
 import unittest
 
 import faultyservice
-from desktop import Application, is_running, wait
+from desktop import Application, wait
+from door import open_over_bus
+from specimencard import SUMMARY
+from waiting import is_running
 
 PARSER = argparse.ArgumentParser()
 PARSER.add_argument("stage")
@@ -33,12 +36,13 @@ PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 SERVICE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "faultyservice.py")
 
-# More than any answer is waited for: four requests of 60 s at most, of which one hangs, and the service's end.
+# Longer than the application waits: four requests of at most 60 s, of which one hangs, and the service's end.
 PATIENCE = 90  # seconds
 MEMORY = 120 << 10  # KiB, of any process of the run
 TITLE = "Pelmora par MORVEL"
-# What people are told of a failure: the catalogue's texts, and those of documents that cannot be read. A text's second line
-# is another line here.
+OTHER_SUMMARY = SUMMARY.replace("SPECIMEN", "AUTRE")
+# The errors that users see: the catalogue's texts, and those of documents that cannot be read. The second line of a
+# text is a separate line here.
 ERRORS = (
     r"L’opération n’a pas pu s’achever\. \(erreur Pelmora -1[01]\.\)", r"Aucun lecteur de carte n'a été trouvé\..*",
     r"Le lecteur fourni.* n'a pas été trouvé\..*", r"Erreur lecteur\..*", r"La carte vitale n'est pas dans le lecteur\.",
@@ -71,29 +75,29 @@ def fault_of(number, patient):
 
 
 def complaints(folder, status, output, errors, number):
-    """What is wrong with how a run has ended, one text each."""
+    """What is wrong at the end of a run, one text for each fault."""
     attestations = os.path.join(folder, "attestations")
     files = os.listdir(attestations) if os.path.isdir(attestations) else []
     if status not in (0, 1):
         yield f"the exit status is {status}"
     if status == 0 and [os.path.join(attestations, name) for name in files] != output.splitlines():
-        yield f"{files} are there, and {output!r} was said"
+        yield f"the files are {files}, and the output is {output!r}"
     if status != 0 and (files or output):
-        yield f"{files} are there in spite of the failure, and {output!r} was said"
+        yield f"the run failed, but the files are {files} and the output is {output!r}"
     if status != 0 and not any(re.fullmatch("pelmora : " + error, line) for line in errors.splitlines()
                                for error in ERRORS):
-        yield f"no line says why: {errors[-300:]!r}"
+        yield f"no line gives the reason: {errors[-300:]!r}"
     for name in files:
         with open(os.path.join(attestations, name), "rb") as file:
             content = file.read()
         if not content.startswith(b"%PDF-1.4") or not content.rstrip().endswith(b"%%EOF"):
-            yield f"{name} is not whole"
+            yield f"{name} is incomplete"
     if status != 0 and faultyservice.choice(number, OPTIONS.patient)[1] in faultyservice.HARMLESS:
-        yield "the right card was there"
+        yield "the run failed although the correct card was sent"
 
 
 def save(number):
-    """Lets the application save with the service of that number; what was wrong, the memory in KiB, and the time."""
+    """Runs --save with the service of that number. Returns what was wrong, the memory in KiB, and the time."""
     folder = tempfile.mkdtemp()
     try:
         # Files, not pipes: a child that the service leaves behind would keep them open.
@@ -112,7 +116,7 @@ def save(number):
                 texts.append(file.read().decode("utf-8", "replace"))
         wrong = list(complaints(folder, process.returncode, *texts, number))
         if usage.ru_maxrss > MEMORY:
-            wrong.append(f"it took {usage.ru_maxrss >> 10} MiB")
+            wrong.append(f"it used {usage.ru_maxrss >> 10} MiB")
         try:
             wait(lambda: not any(is_running(service) for service in services(folder)), 5)
         except AssertionError:
@@ -143,16 +147,19 @@ class FaultyServices(unittest.TestCase):
     def test_one_window_outlives_one_service_after_another(self):
         folder = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, folder)
-        # Slow ones would take a minute each.
+        other = os.path.join(folder, "other.xml")
+        with open(SPECIMEN, encoding="utf-8") as specimen, open(other, "w", encoding="utf-8") as file:
+            file.write(specimen.read().replace("SPECIMEN", "AUTRE"))
+        # Without --patient: services that do not answer would take a minute each.
         with Application(PELMORA, "--card-service", write_service(folder, OPTIONS.first, False)) as pelmora:
             pelmora.find("frame", TITLE)
             while len(services(folder)) < OPTIONS.windows:
                 started = len(services(folder))
                 number = OPTIONS.first + max(0, started - 1)
                 with self.subTest(number=number, fault=fault_of(number, False)):
-                    self.read_or_be_told(pelmora)
+                    self.read_or_be_told(pelmora, other)
                     self.assertLess(memory_of(pelmora.process.pid), MEMORY)
-                # A service that works would stay.
+                # Ended, because a service that still works would be used again.
                 for service in services(folder)[:started]:
                     if is_running(service):
                         os.kill(service, 9)
@@ -160,22 +167,18 @@ class FaultyServices(unittest.TestCase):
             print(f"{OPTIONS.windows} services in a window: {memory_of(pelmora.process.pid) >> 10} MiB", file=sys.stderr)
             self.assertEqual(pelmora.terminate(), 0)
 
-    def read_or_be_told(self, pelmora):
-        """Presses « Lire » and waits for a card or an alert, which is closed."""
+    def read_or_be_told(self, pelmora, other):
+        """Presses « Lire » and waits for a card or an alert, which is closed. The other card is shown before."""
         wait(lambda: self.close_alert(pelmora))
-        before = self.summary(pelmora)
+        # Two damaged cards in a row may have the same summary.
+        if self.summary(pelmora) != OTHER_SUMMARY:
+            open_over_bus(other)
+            wait(lambda: self.summary(pelmora) == OTHER_SUMMARY)
         pelmora.press("push button", "Lire")
-        quiet_since = time.monotonic()
 
         def is_over():
-            nonlocal quiet_since
             assert pelmora.process.poll() is None, "the application has ended"
-            if pelmora.find_now("label", r"Lecture de la carte Vitale\.\.\.|Connexion au lecteur de cartes…"):
-                quiet_since = time.monotonic()
-                return False
-            # Two damaged cards after each other may have the same summary.
-            return (pelmora.find_now("alert", ".*") or self.summary(pelmora) != before
-                    or time.monotonic() - quiet_since > 5)
+            return pelmora.find_now("alert", ".*") or self.summary(pelmora) != OTHER_SUMMARY
         wait(is_over, PATIENCE)
         wait(lambda: self.close_alert(pelmora))
 
@@ -187,7 +190,7 @@ class FaultyServices(unittest.TestCase):
     pressed = 0.0  # when an alert's button was last pressed
 
     def close_alert(self, pelmora):
-        """Whether no alert is there any more. A button that is pressed again before its click has come starts anew."""
+        """Closes an alert; whether there is none. A second press before the click is complete restarts it."""
         if pelmora.find_now("alert", ".*") is None:
             return True
         if time.monotonic() - self.pressed < 1:

@@ -11,7 +11,9 @@ import unittest
 from gi.repository import Gio, GLib
 
 from cardservice import FakeService
-from desktop import Application, is_running, wait
+from desktop import Application, wait
+from door import call, open_over_bus
+from waiting import is_running
 from windows import iconify, is_in_front, shown_windows, wait_until_shown
 
 STAGE, FAKE_SERVICE, SESSION_MANAGER = sys.argv.pop(1), sys.argv.pop(1), sys.argv.pop(1)
@@ -27,13 +29,6 @@ def start_again(*arguments, environment=None, folder=None, seconds=10):
     done = subprocess.run([PELMORA, "--simulate", *arguments], env={**os.environ, **(environment or {})}, cwd=folder,
                           capture_output=True, text=True, timeout=seconds, check=False)
     return done.returncode, done.stderr, time.monotonic() - start
-
-
-def call(operation, arguments):
-    """An operation of the application's interface on the session bus."""
-    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
-    return bus.call_sync("com.morvel.Pelmora", "/com/morvel/Pelmora", "org.freedesktop.Application", operation,
-                         arguments, None, Gio.DBusCallFlags.NO_AUTO_START, 5000)
 
 
 def is_on_bus():
@@ -140,12 +135,12 @@ class Instance(unittest.TestCase):
         with Application(PELMORA, "--simulate") as pelmora:
             wait_until_shown(TITLE)
             wait(is_on_bus)
-            for operation, arguments in (("Activate", GLib.Variant("(a{sv})", ({},))),
-                                         ("ActivateAction", GLib.Variant("(sava{sv})", ("lire", [], {}))),
-                                         ("Open", GLib.Variant("(asa{sv})", ([], {}))),
-                                         ("Open", GLib.Variant("(asa{sv})", (["file://" + SPECIMEN], {})))):
-                with self.subTest(operation=operation):
-                    self.comes_back_by(lambda: call(operation, arguments))
+            for name, action in (
+                    ("activated", lambda: call("Activate", GLib.Variant("(a{sv})", ({},)))),
+                    ("an action", lambda: call("ActivateAction", GLib.Variant("(sava{sv})", ("lire", [], {})))),
+                    ("no card", open_over_bus), ("a card", lambda: open_over_bus(SPECIMEN))):
+                with self.subTest(name):
+                    self.comes_back_by(action)
             pelmora.find("label", ".*SPECIMEN.*")
             pelmora.terminate()
             wait(lambda: not is_on_bus())

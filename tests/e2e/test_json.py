@@ -47,7 +47,7 @@ class Json(unittest.TestCase):
         return done.returncode, done.stdout.decode(), done.stderr.decode()
 
     def results(self, *arguments, code=0, **keywords):
-        """The document, which is valid, and the errors."""
+        """The document, checked against the schema, and the errors."""
         exit_code, output, errors = self.run_pelmora(*arguments, **keywords)
         self.assertEqual(exit_code, code, errors)
         document = json.loads(output)

@@ -54,7 +54,7 @@ class Keyboard(unittest.TestCase):
         return unquote(self.opener.opened()[-1])
 
     def work_from(self, window, come_back):
-        """Everything that there is to do, begun in the window; come_back gives that the focus."""
+        """Does all the work from the window; come_back gives the window the focus again."""
         self.insert("Marie")
         self.press(window(), "ctrl+l")
         self.pelmora.find("label", "SPECIMEN Marie\n.*")

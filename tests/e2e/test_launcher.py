@@ -10,7 +10,8 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import Application, Opener, is_running, wait
+from desktop import Application, Opener, wait
+from waiting import is_running
 from windows import iconify, is_in_front, wait_until_shown
 
 STAGE = sys.argv.pop(1)
@@ -35,7 +36,7 @@ def process_on_bus():
 
 
 def gapplication(*arguments):
-    # A launcher whose program is not in the path does not exist.
+    # A launcher whose program is not in the path is ignored.
     environment = {**os.environ, "PATH": os.path.join(STAGE, "bin") + ":" + os.environ["PATH"],
                    "XDG_DATA_DIRS": os.path.join(STAGE, "share") + ":/usr/share"}
     done = subprocess.run(["gapplication", *arguments], capture_output=True, text=True, timeout=30, check=False,

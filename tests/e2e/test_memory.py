@@ -75,7 +75,7 @@ class CardInAReaderTest(unittest.TestCase):
     reader = Reader()
 
     def setUp(self):
-        # The uncleared service is not among its resources.
+        # The uncleared service is not in the installed tree and does not find the shipped maps.
         site = tempfile.TemporaryDirectory()
         self.addCleanup(site.cleanup)
         os.mkdir(os.path.join(site.name, "MORVEL"))

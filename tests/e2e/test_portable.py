@@ -82,7 +82,7 @@ class Portable(PortableTest):
 
     def test_a_file_system_without_locks_keeps_nobody_from_starting(self):
         bundle = make_bundle(os.path.join(self.downloads, "Pelmora.app"))
-        # Like a network file system. The tracer is not the program's parent and does not see leaks.
+        # Like a network file system. With -D the tracer is not the program's parent. Leaks cannot be detected under it.
         with Application("strace", "-D", "-o", "/dev/null", "-e", "inject=flock:error=EBADF",
                          os.path.join(bundle, "bin", "pelmora"), home=self.home,
                          environment={**self.environment, "ASAN_OPTIONS": "detect_leaks=0"}) as pelmora:
@@ -113,7 +113,7 @@ class Portable(PortableTest):
                 self.assertEqual(pelmora.process.wait(timeout=20), 0)
             self.assertEqual(self.logged(), [(INFO, "INFO -- Moving myself to the Applications folder"),
                                              (INFO, "INFO -- Switching to an already running version")])
-            # The copy does not know the first one: opening it starts it again.
+            # The small program does not detect a running instance: opening it starts another process.
             wait(lambda: len(processes_of(program_of(self.destination))) == 2)
         self.assertTrue(os.path.exists(bundle))
 

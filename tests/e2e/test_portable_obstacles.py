@@ -1,13 +1,12 @@
-"""What may stand in the way of a portable copy that moves: rights, disks, the trash. Usage: test_portable_obstacles.py STAGE
+"""Obstacles to the move of a portable copy: rights, disks, the trash. Usage: test_portable_obstacles.py STAGE
 MOVABLE_PROGRAM, in a mount namespace of its own"""
 
 import os
 import subprocess
 import unittest
 
-from desktop import wait
+from disks import mount
 from portable import BODY, ERROR, INFO, MOVE, PASSWORD_NOTE, PortableTest, WARNING, make_bundle, program_of
-from systemlog import mount
 
 
 class Obstacles(PortableTest):
@@ -32,8 +31,8 @@ class Obstacles(PortableTest):
         self.assertTrue(os.access(os.path.join(self.destination, "bin", "pelmora"), os.W_OK))
 
     def lock_applications(self, answer):
-        """Makes the Applications folder read-only; the program that asks for a password answers by this command, which
-        may run the rest of its words with an administrator's rights: where the folder can be written to."""
+        """Makes the Applications folder read-only, and replaces pkexec by this shell command. The command can make the
+        folder writable and run its arguments, as with an administrator's rights."""
         folder = os.path.join(self.home, "Applications")
         mount("--bind", folder, folder)
         self.addCleanup(subprocess.run, ["umount", "--lazy", folder], check=True)

@@ -61,7 +61,7 @@ class Preferences(unittest.TestCase):
         return lines.get(name)
 
     def pane(self, pelmora, name):
-        """Chooses a pane by its button, and waits until it alone is there."""
+        """Chooses a pane by its button, and waits until it is the only one in the window."""
         pelmora.click("check box", name)
         self.wait_for(pelmora, name)
 
@@ -70,14 +70,14 @@ class Preferences(unittest.TestCase):
         wait(lambda: self.present(pelmora) == [name])
 
     def present(self, pelmora):
-        """The panes whose views are in the window, those beneath others too."""
+        """The panes whose views are in the window, including those below others."""
         return [name for name, control in PANES.items() if pelmora.find_now(*control, showing=False)]
 
     def shown(self, pelmora):
         return [name for name, control in PANES.items() if pelmora.find_now(*control)]
 
     def choose_mode(self, pelmora, name):
-        """Chooses an entry of the mode menu by the keyboard, in the open list; its label's letter leads to it."""
+        """Chooses an entry of the mode menu with the keyboard, in the open list. The label's shortcut focuses it."""
         wait(lambda: is_in_front(WINDOW))
         key("alt+l", "alt+Down", "Home", *["Down"] * list(MODES).index(name), "Return")
         self.wait_for_mode(pelmora, name)
@@ -86,7 +86,7 @@ class Preferences(unittest.TestCase):
         wait(lambda: pelmora.find_now("label", MODES[name].replace(".", "\\.")))
 
     def versions(self, pelmora):
-        """What stands behind each name in the box of versions."""
+        """The value of each name in the box of versions."""
         box = wait(lambda: pelmora.find_now("panel", "Informations.*"))
         texts = [box.get_child_at_index(index).get_name() for index in range(box.get_child_count())]
         return dict(zip(texts[::2], texts[1::2]))
@@ -114,7 +114,7 @@ class Window(Preferences):
         subprocess.run(["xdotool", *places], check=True)
         wait(lambda: self.present(pelmora) == ["Attestations", "Mise à jour"])
         self.assertEqual(self.shown(pelmora), ["Mise à jour"])
-        # The next change takes it away, and leaves the one that was the newest.
+        # The next change removes this pane. The pane that was the newest stays below.
         pelmora.click("check box", "Configuration")
         wait(lambda: self.present(pelmora) == ["Configuration", "Mise à jour"])
         self.assertEqual(self.shown(pelmora), ["Configuration"])
@@ -128,7 +128,7 @@ class Window(Preferences):
         wait(lambda: self.shown(pelmora) == ["Configuration"] and self.present(pelmora) != ["Configuration"])
         while time.monotonic() < end:
             self.assertEqual(self.shown(pelmora), ["Configuration"])
-        # The pane between lies beneath until the next change.
+        # The pane in between stays below until the next change.
         self.assertEqual(self.present(pelmora), ["Configuration", "Attestations"])
         pelmora.click("check box", "Mise à jour")
         wait(lambda: self.present(pelmora) == ["Configuration", "Mise à jour"])
@@ -230,8 +230,7 @@ class Panes(Preferences):
         self.assertIsNone(self.setting("MVAttestationsFolder"))
 
         pelmora.press("push button", "Choisir le dossier des attestations")
-        panel = pelmora.find("dialog", FOLDER_PANEL)
-        self.assertIsNotNone(panel)
+        pelmora.find("dialog", FOLDER_PANEL)
         pelmora.write_into("text", ".*", self.path("Mes attestations 2026"))
         key("Return")
         pelmora.wait_until_gone("dialog", FOLDER_PANEL)
@@ -249,7 +248,7 @@ class Panes(Preferences):
             with self.subTest(name):
                 self.choose_mode(pelmora, name)
                 wait(lambda value=str(number): self.setting("MVLVitMode") == value)
-                # Until it is bound: another choice would end the bind, which is told as a failure.
+                # Waits until it is bound: another choice would replace the bind.
                 pelmora.find("panel", INSTALLED if number == 1 else EMBEDDED)
         self.choose_mode(pelmora, "Embarquée avec Pelmora")
         wait(lambda: self.setting("MVLVitMode") == "2")
@@ -291,7 +290,7 @@ class Panes(Preferences):
     def test_a_bind_that_a_newer_one_replaces_is_no_failure(self):
         for replace in (lambda pelmora: self.choose_mode(pelmora, "Embarquée avec Pelmora"),
                         lambda pelmora: pelmora.press("push button", "Lire")):
-            # The first start is the application's, the second one that of the first choice.
+            # The first start of the service is the application's, the second one is that of the first choice.
             pelmora = self.start("--card-service", self.service.doing("init", "silent").only_at_start(2).path)
             self.pane(pelmora, "Lecture Vitale")
             pelmora.find("panel", EMBEDDED)

@@ -8,13 +8,12 @@ import time
 import unittest
 
 import libraries
-from documents import Placed, colours_in, ink_box, sheet_of, words_of
+from documents import TOLERANCE, Placed, assert_words_placed, colours_in, ink_box, sheet_of, words_of
 from printserver import PrintServer
 
 STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
-TOLERANCE = 0.5  # points
 
 
 class Print(unittest.TestCase):
@@ -37,7 +36,7 @@ class Print(unittest.TestCase):
         return result.returncode, result.stdout, result.stderr
 
     def printed(self, queue, *arguments):
-        """What the queue's printer got, printed as the default printer's."""
+        """Prints with the queue as the default printer; the job that it received."""
         self.server.set_default(queue)
         before = len(self.server.jobs(queue))
         self.assertEqual(self.run_pelmora("--print", *(arguments or [SPECIMEN])), (0, "", ""))
@@ -45,14 +44,7 @@ class Print(unittest.TestCase):
 
     def assert_placed(self, path, placed):
         """Every word of the saved attestation, and the box around its ink, lie where they should."""
-        def in_order(words):
-            return sorted(words, key=lambda word: (word[0], *(round(value) for value in word[1])))
-        expected = in_order((word, placed.box(box)) for word, box in words_of(self.saved))
-        found = in_order(words_of(path))
-        self.assertEqual([word for word, _ in found], [word for word, _ in expected])
-        for (word, box), (_, wanted) in zip(found, expected):
-            for value, target in zip(box, wanted):
-                self.assertAlmostEqual(value, target, delta=TOLERANCE, msg=word)
+        assert_words_placed(self, path, self.saved, placed)
         for value, target in zip(ink_box(path), placed.box(ink_box(self.saved))):
             self.assertAlmostEqual(value, target, delta=TOLERANCE, msg="ink")
 
@@ -62,7 +54,7 @@ class Print(unittest.TestCase):
         code, _, log = self.run_pelmora("--print", SPECIMEN, LD_DEBUG="files")
         self.assertEqual(code, 0)
         names = libraries.loaded(log)
-        # That of the program, and that of the one that hands the job over.
+        # A library of the program, and one of the process that submits the job.
         self.assertTrue(any(name.startswith("libQt6Core.so") for name in names), names)
         self.assertTrue(any(name.startswith("libcups.so") for name in names), names)
         self.assertEqual(libraries.of_a_window_system(names), set())

@@ -8,13 +8,12 @@ import tempfile
 import unittest
 
 from desktop import Atspi, wait
-from documents import Placed, sheet_of, words_of
+from documents import Placed, assert_words_placed, sheet_of
 from printingdesk import DIALOG, PELMORA, SPECIMEN, VIEWER, Desk, key_in
 from printserver import PrintServer
 
 FOLDER = os.path.join("Documents", "Attestations Pelmora")
 FILE = "SPECIMEN Hélène.pdf"
-TOLERANCE = 0.5  # points
 
 # Each with the place of the page on its sheets.
 QUEUES = {"A4": Placed(595, 842), "A5": Placed(420, 595), "Letter": Placed(612, 792), "margins": Placed(595, 842),
@@ -64,12 +63,7 @@ class PrintDialog(unittest.TestCase):
         return path
 
     def assert_placed(self, path, placed):
-        expected = sorted((word, placed.box(box)) for word, box in words_of(self.saved))
-        found = sorted(words_of(path))
-        self.assertEqual([word for word, _ in found], [word for word, _ in expected])
-        for (word, box), (_, wanted) in zip(found, expected):
-            for value, target in zip(box, wanted):
-                self.assertAlmostEqual(value, target, delta=TOLERANCE, msg=word)
+        assert_words_placed(self, path, self.saved, placed)
 
     def test_a_window_that_shows_the_page_small_prints_it_at_full_size(self):
         with Desk(self.server.environment()) as desk:

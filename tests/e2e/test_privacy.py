@@ -14,11 +14,12 @@ import unittest
 
 from gi.repository import Gio, GLib
 
-from desktop import Application, Atspi, Opener, is_running, key, wait, walk
+from desktop import Application, Opener, key, wait
 from patienttraces import BusMonitor, Patient, Watch, content_of, file_names, processes, window_titles
 from printserver import PrintServer
 from statusitem import StatusBar
 from systemlog import SystemLog
+from waiting import is_running
 
 STAGE = sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
@@ -27,7 +28,7 @@ PATIENT = Patient()
 NAME = f"{PATIENT.last_name} {PATIENT.first_name}"
 VIEWER = f"{PATIENT.first_name} {PATIENT.last_name}"
 PRINT_DIALOG = f"Imprimer l’attestation – {NAME}"
-# Nothing of Pelmora may change these limits; where they cannot be raised, cores are off anyhow.
+# Raises the limit of core files: Pelmora itself must turn them off. Where it cannot be raised, they are off already.
 WITH_CORES = ("sh", "-c", 'ulimit -c unlimited 2>/dev/null; exec "$@" >>"$OUTPUT" 2>&1', "sh")
 
 
@@ -52,11 +53,7 @@ class Session(Application):
     def print(self):
         self.press("push button", "Imprimer")
         self.find("dialog", PRINT_DIALOG)
-
-        def button():
-            return next(node for node in walk(self.find_now("dialog", PRINT_DIALOG))
-                        if node.get_role_name() == "push button" and node.get_name() == "Imprimer")
-        wait(lambda: button().get_action_iface().do_action(0))
+        self.press_inside(("dialog", PRINT_DIALOG), "Imprimer")
         self.wait_until_gone("dialog", PRINT_DIALOG)
 
     def switch_debugging_on(self):
@@ -98,12 +95,12 @@ class Records:
             self.core_limits[program] = line[1]
 
     def folders(self):
-        """All that the sessions can have written to, but for the printed data."""
+        """All folders that the sessions can have written to, except the print server's."""
         return [self.home, self.temporary, os.environ["XDG_RUNTIME_DIR"]]
 
 
 def work(records, bar):
-    """A day's work in windows: a session that crashes, and one that ends well."""
+    """Work in windows: a session that crashes, and one that ends normally."""
     with Session(records, f"--simulate={records.card}") as session:
         session.switch_debugging_on()
         session.read()
@@ -119,7 +116,7 @@ def work(records, bar):
         session.choose(f"{NAME}.pdf")
         wait(lambda: records.opener.opened())
         session.print()
-        # A save that fails is in the log: a folder has the file's name.
+        # A failed save is in the log. It fails because a folder has the file's name.
         os.remove(os.path.join(records.attestations, f"{NAME}.pdf"))
         os.mkdir(os.path.join(records.attestations, f"{NAME}.pdf"))
         session.save()
@@ -130,8 +127,14 @@ def work(records, bar):
         records.note_core_limits(service, session.process.pid)
         os.kill(service, signal.SIGSEGV)
         wait(lambda: not is_running(service))
+        # A read that fails is in the log. The next one shows that the service works again.
+        os.rename(records.card, records.card + ".out")
         session.press("push button", "Lire")
-        wait(lambda: session.find_now("label", "Lue le .*") or session.find_now("push button", "OK"))
+        session.answer("Pelmora")
+        session.find("label", "Lecture échouée .*")
+        os.rename(records.card + ".out", records.card)
+        session.read()
+        session.find("label", "Lue le .*")
         session.process.send_signal(signal.SIGSEGV)
         session.process.wait(timeout=10)
     with Session(records, f"--simulate={records.card}") as session:
@@ -226,7 +229,7 @@ class Privacy(unittest.TestCase):
 
 
 class Search(unittest.TestCase):
-    """What the test above would find, planted."""
+    """The search of the tests above finds traces that are planted."""
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()

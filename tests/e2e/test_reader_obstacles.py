@@ -1,4 +1,4 @@
-"""Readers, other programs, a PC/SC service and cards that are in the way of a read, and what the card service makes of them.
+"""Obstacles to a read (readers, other programs, the PC/SC service, cards), and how the card service reports them.
 Usage: test_reader_obstacles.py STAGE, in a network of its own"""
 
 import os
@@ -7,8 +7,9 @@ import threading
 import time
 import unittest
 
-from pcsc import MODEL, OtherProgram, PcscService, Reader, wait_until
+from pcsc import MODEL, OtherProgram, PcscService, Reader
 from service import CardService
+from waiting import wait_until
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 import cardlayout  # noqa: E402
@@ -60,7 +61,7 @@ class Readers(ObstacleTest):
         with specimen_card() as card:
             card.insert(second.port)
             self.assert_read(service)
-        # A card that is no health card, as in a professional's reader, is not one that cannot be read.
+        # A card of another kind, as in a professional's reader, counts as an absent card, not as a read error.
         self.inserted(VirtualCard({bytes.fromhex("A0000000421010"): {b"\x00\x01": b"bank"}}), second)
         wait_until(lambda: service.read() == CARD_ABSENT, what="a reader without a health card")
         self.assertEqual(service.read(), CARD_ABSENT)

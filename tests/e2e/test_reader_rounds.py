@@ -5,6 +5,7 @@ import sys
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 
+from memory import is_sanitized
 from pcsc import MODEL, OtherProgram, PcscService, Reader
 from service import CardService
 
@@ -16,8 +17,8 @@ SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 
 # Parallel rounds: most of a round is waiting for PC/SC to check the reader.
 ROUNDS, SERVICES = 200, 4
-WARM_UP = 10  # rounds after which nothing more is to grow
-GROWTH = 64  # kilobytes that are no leak; with one, 40 documents of 3000 characters would be more
+WARM_UP = 10  # rounds after which nothing may grow
+GROWTH = 64  # kilobytes; leaking 40 documents of 3000 characters would take more
 
 
 class Life:
@@ -36,7 +37,7 @@ class Life:
             with OtherProgram(pcsc, "watch", MODEL + " 00 00") as watch, VirtualCard.specimen(SPECIMEN) as card:
                 for _ in range(ROUNDS // SERVICES):
                     self.round(service, watch, card)
-            self.is_sanitized = service.is_sanitized()
+            self.is_sanitized = is_sanitized(service.process.pid)
             self.end = service.finish()
             self.log = service.log()
         return self

@@ -1,5 +1,5 @@
-"""What the card service tells of its reader without being asked. Usage: test_reader_states.py STAGE DRIVER, in a network of
-its own"""
+"""The reader states that the card service reports without a request. Usage: test_reader_states.py STAGE DRIVER, in a
+network of its own"""
 
 import os
 import sys
@@ -7,8 +7,9 @@ import tempfile
 import time
 import unittest
 
-from pcsc import DriverReader, OtherProgram, PcscService, Reader, wait_until
+from pcsc import DriverReader, OtherProgram, PcscService, Reader
 from service import CardService
+from waiting import wait_until
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 from unplugreader import UnplugReader  # noqa: E402
@@ -17,11 +18,11 @@ from virtualcard import UNPOWERABLE, VirtualCard  # noqa: E402
 STAGE, DRIVER = sys.argv.pop(1), os.path.abspath(sys.argv.pop(1))
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 SYSTEM_NAME = "Feitian SCR301 00 00"
-# Seconds. On a free machine a state takes a few milliseconds; the machine of a test may have other things to do.
+# Seconds. On an idle machine a state takes a few milliseconds; during tests the machine may be busy.
 SOON = 1.5
 # Seconds without a message, after which none is expected.
 QUIET = 0.5
-# How often a change is timed, and what the middle one of these may take.
+# How often a change is timed, and the longest permitted median in seconds.
 ROUNDS, PROMPT = 3, 0.2
 
 
@@ -80,7 +81,7 @@ class States(ServiceTest):
                 self.assertEqual(service.next_state(SOON), "no_service")
                 started = time.monotonic()
                 self.pcsc.start()
-                # Before its readers are there, it has none.
+                # Until its readers are ready, it reports that there is none.
                 states = [service.next_state(SOON)]
                 while states[-1] != "empty":
                     states.append(service.next_state(SOON))
@@ -135,7 +136,7 @@ class States(ServiceTest):
             prepare()
             service = self.bound(self.pcsc)
             self.assertIsNotNone(service.next_state())
-            # Until the watch is quiet.
+            # Waits until the watch is idle.
             time.sleep(1.5)
             before = service.processor_time()
             time.sleep(3)

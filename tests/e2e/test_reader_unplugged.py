@@ -7,8 +7,9 @@ import tempfile
 import time
 import unittest
 
-from pcsc import MODEL, DriverReader, PcscService, wait_until
+from pcsc import MODEL, DriverReader, PcscService
 from service import CardService
+from waiting import wait_until
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 from unplugreader import COMMUNICATION_ERROR, TIMED_OUT, UnplugReader  # noqa: E402
@@ -34,7 +35,7 @@ class ReaderUnplugged(unittest.TestCase):
         self.assertIn("<nomUsuel>SPECIMEN</nomUsuel>", self.document)
 
     def read_again(self):
-        """What the next reads give once the PC/SC service has seen what happened, which takes it a moment."""
+        """Reads until a read succeeds: the PC/SC service needs a moment to notice the change."""
         return wait_until(lambda: self.service.read() == self.document, what="a good read")
 
     def test_a_reader_with_one_slot_is_one_reader(self):

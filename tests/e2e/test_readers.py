@@ -8,8 +8,9 @@ import time
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from pcsc import MODEL, OtherProgram, PcscService, Reader, wait_until
+from pcsc import MODEL, OtherProgram, PcscService, Reader
 from service import CardService
+from waiting import wait_until
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 import cardlayout  # noqa: E402
@@ -19,13 +20,13 @@ STAGE = sys.argv.pop(1)
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 
 UNUSABLE, CARD_ABSENT, READER_FAULT, CARD_CHANGED, READ_ERROR, CARD_MUTE = 0, 11, 13, 15, 17, 25
-# The number that PC/SC gives the one reader that most tests have.
+# PC/SC's name of the only reader that most tests have.
 SYSTEM_NAME = MODEL + " 00 00"
 OTHER = "Autre lecteur d’essai"
 
 
 def tree(xml):
-    """What a document says, without its form."""
+    """A document's elements and texts, without its formatting."""
     def content(element):
         children = [content(child) for child in element]
         return element.tag, children or (element.text or "")
@@ -38,8 +39,8 @@ OTHER_XML = SPECIMEN_XML.replace("12345<", "99999<").replace("SPECIMEN", "AUTRE"
 
 
 class ReaderTest(unittest.TestCase):
-    """A PC/SC service with readers. Each test has one of its own: what it does not know yet of the cards of another test
-    would come up in the next."""
+    """A PC/SC service with readers. Each test has its own service: a service notices the removal of a card late, and
+    would report a card of one test in the next test."""
 
     readers = ()
     environment = {}  # of the PC/SC service
@@ -72,7 +73,7 @@ class OneReader(ReaderTest):
         self.service = self.started()
 
     def assert_result(self, result, *words):
-        """The next read ends so, and the log tells why."""
+        """The next read has this result, and the log has one line with the reason."""
         before = len(self.service.log())
         self.assertEqual(self.service.read(), result)
         told = self.service.log()[before:]
@@ -167,7 +168,7 @@ class OneReader(ReaderTest):
         self.assertNotIn("SPECIMEN", self.service.log())
 
     def test_answers_against_all_rules_make_a_read_error(self):
-        # The second file's: when it is selected, fetched and read.
+        # Answers about the second file: to its selection, to the fetching of that answer, and to its reading.
         for before in ({6: b"\x90"}, {6: b"\x61\x10", 7: b"\x61\x10"}, {8: bytes(300)}):
             card = VirtualCard.specimen(SPECIMEN)
             card.before = {number: saying(answer) for number, answer in before.items()}
@@ -305,7 +306,7 @@ class WithoutTheService(ReaderTest):
         service = self.started()
         self.inserted(card)
         self.assertEqual(service.read(), READER_FAULT)
-        # Its thread may still be ending it.
+        # The card's thread may not have ended yet.
         card.remove()
         self.pcsc.start()
         card.before = {}

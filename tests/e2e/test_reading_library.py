@@ -1,6 +1,6 @@
-"""A reading library that is installed on the system, where this test alone sees it, and the process that it works in.
-Usage: test_reading_library.py STAGE SCRIPTED, in a mount namespace of its own. The latter is a reading library that does
-as it is told."""
+"""A reading library that is installed on the system, visible to this test only, and the process that it runs in.
+Usage: test_reading_library.py STAGE SCRIPTED, in a mount namespace of its own. SCRIPTED is a reading library that is
+controlled by files."""
 
 import os
 import re

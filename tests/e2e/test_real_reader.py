@@ -11,6 +11,7 @@ import unittest
 from desktop import Application, wait
 from pcsc import MODEL, OtherProgram, PcscService, Reader
 from service import CardService
+from specimencard import SUMMARY, read_card
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fakes"))
 from virtualcard import VirtualCard, be_mute, remove  # noqa: E402
@@ -20,7 +21,6 @@ PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 TITLE = "Pelmora par MORVEL"
 VIEWER = "Hélène SPECIMEN"
-SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
 READ_ERROR = r"Erreur de lecture de la carte Vitale\..*"
 ABSENT = r"La carte vitale n'est pas dans le lecteur\."
 READER_ERROR = r"Erreur lecteur\. Vérifiez les branchements du lecteur\."
@@ -30,7 +30,7 @@ PRESENT = r"Carte présente – appuyez sur Lire\."
 NO_SERVICE = "Le service des lecteurs \\(pcscd\\) ne répond pas\u00A0: faites-le démarrer\\."
 READ_AT = r"Lue le \d\d/\d\d/\d{4} à \d\d:\d\d"
 SYSTEM_NAME = MODEL + " 00 00"
-# Seconds that a read may take, and what it takes to tell so.
+# Seconds that a read may take, and seconds until its end is shown.
 DEADLINE, MARGIN = 20, 5
 
 
@@ -61,10 +61,6 @@ class RealReader(unittest.TestCase):
         wait(lambda: pelmora.is_enabled("push button", "Voir"))
         return pelmora
 
-    def read(self, pelmora):
-        pelmora.press("push button", "Lire")
-        pelmora.find("label", SUMMARY)
-
     def assert_alert(self, pelmora, text):
         pelmora.find("label", text)
         pelmora.press("push button", "OK")
@@ -89,7 +85,7 @@ class RealReader(unittest.TestCase):
         card = self.inserted()
         watch.expect("present")
         pelmora.find("label", PRESENT)
-        self.read(pelmora)
+        read_card(pelmora)
         pelmora.find("label", READ_AT)
         card.remove()
         watch.expect("empty")
@@ -111,13 +107,13 @@ class RealReader(unittest.TestCase):
         pelmora.find("label", EMPTY)
         self.inserted()
         pelmora.find("label", PRESENT)
-        self.read(pelmora)
+        read_card(pelmora)
 
     def test_an_inserted_card_is_read_and_forgotten_by_itself_if_the_user_wants_that(self):
         here = self.inserted()
         pelmora = self.start(MVReadOnInsertion="true", MVForgetOnRemoval="true")
         watch = self.enterContext(OtherProgram(self.pcsc, "watch", SYSTEM_NAME))
-        # It was there before.
+        # A card that was there before the start is not read.
         pelmora.find("label", PRESENT)
         here.remove()
         watch.expect("empty")
@@ -157,7 +153,7 @@ class RealReader(unittest.TestCase):
     def test_the_card_in_the_reader_is_read_and_looked_at(self):
         self.inserted()
         pelmora = self.start_bound()
-        self.read(pelmora)
+        read_card(pelmora)
         pelmora.press("push button", "Voir")
         pelmora.find("frame", "Hélène SPECIMEN")
         pelmora.find("label", "Nom de l'assuré : SPECIMEN Hélène")
@@ -175,7 +171,7 @@ class RealReader(unittest.TestCase):
         self.assert_alert(pelmora, READ_ERROR)
         watch.expect("empty")
         self.inserted()
-        self.read(pelmora)
+        read_card(pelmora)
 
     def test_a_pcsc_service_that_is_started_late_or_anew_is_found(self):
         self.pcsc.stop()
@@ -185,21 +181,21 @@ class RealReader(unittest.TestCase):
         self.assert_alert(pelmora, NO_READER)
         self.pcsc.start()
         self.inserted()
-        self.read(pelmora)
+        read_card(pelmora)
         self.pcsc.kill()
         self.pcsc.start()
         self.inserted()
-        self.read(pelmora)
+        read_card(pelmora)
 
     def test_a_card_that_another_program_keeps_is_told_in_words(self):
         self.inserted()
         pelmora = self.start_bound()
-        self.read(pelmora)
+        read_card(pelmora)
         with OtherProgram(self.pcsc, "exclusive", SYSTEM_NAME):
             pelmora.press("push button", "Lire")
             pelmora.find("label", r"Un autre programme se sert de la carte.*")
             self.assert_alert(pelmora, READER_ERROR)
-        self.read(pelmora)
+        read_card(pelmora)
 
     def test_a_card_that_falls_silent_is_told_in_time_and_the_next_one_is_read(self):
         card = VirtualCard.specimen(SPECIMEN)
@@ -221,7 +217,7 @@ class RealReader(unittest.TestCase):
         card.remove()
         watch.expect("empty")
         self.inserted()
-        self.read(pelmora)
+        read_card(pelmora)
         second, = pelmora.children()
         self.assertNotEqual(second, first)
 

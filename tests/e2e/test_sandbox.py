@@ -1,5 +1,5 @@
 """What code in the card service's process can do. Usage: test_sandbox.py STAGE PROBING, in a desktop and in a mount
-namespace of its own. The latter is a reading library that tries what it must not."""
+namespace of its own. PROBING is a reading library that tries what the sandbox must refuse."""
 
 import contextlib
 import ctypes
@@ -15,8 +15,8 @@ import tempfile
 import unittest
 
 from installation import FOLDER, LIBRARY, lay_over_system
-from pcsc import wait_until
 from service import CardService
+from waiting import is_running, wait_until
 
 STAGE = sys.argv.pop(1)
 PROBING = sys.argv.pop(1)
@@ -49,9 +49,10 @@ def listen(address):
 
 
 def own_listener():
-    """In a process that is to be started: somebody else answers for it already, as some containers' keepers do."""
+    """Runs in the service's process before its program: another process already decides on its system calls, as in some
+    containers."""
     ALLOW, SET_FILTER, NEW_LISTENER, NO_NEW_PRIVS, DEATH_SIGNAL = 0x7FFF0000, 1, 8, 38, 1
-    SECCOMP = 317 if os.uname().machine == "x86_64" else 277  # the number of newer processors
+    SECCOMP = 317 if os.uname().machine == "x86_64" else 277  # the number on newer architectures
     library = ctypes.CDLL(None, use_errno=True)
     code = ctypes.create_string_buffer(struct.pack("HBBI", 0x06, 0, 0, ALLOW))
     program = ctypes.create_string_buffer(struct.pack("HxxxxxxQ", 1, ctypes.addressof(code)))
@@ -63,7 +64,7 @@ def own_listener():
         library.prctl(DEATH_SIGNAL, signal.SIGKILL, 0, 0, 0)
         os.closerange(0, listener)
         os.closerange(listener + 1, 1024)
-        signal.alarm(120)  # not to stay when the service has ended before it asked for that signal
+        signal.alarm(120)  # ends it if the service has ended before that signal was requested
         signal.pause()
 
 
@@ -110,7 +111,8 @@ class SandboxTest(unittest.TestCase):
                         "/org/freedesktop/DBus", "org.freedesktop.DBus.ReloadConfig"], check=True, stdout=subprocess.DEVNULL)
 
     def service(self, *arguments):
-        """With all that leads out of it in its environment: what holds must not rest on what is not told."""
+        """Its environment names every socket and process that a library could try to reach: the protection must not
+        depend on hiding them."""
         return CardService(STAGE, *arguments, HOME=self.home, PCSCLITE_CSOCK_NAME=os.path.join(self.home, "pcsc"),
                            PROBE_SOCKET=os.path.join(self.home, "other"), PROBE_ABSTRACT="@" + self.abstract,
                            PROBE_DISPLAY="@/tmp/.X11-unix/X" + os.environ["DISPLAY"].lstrip(":"),
@@ -119,7 +121,7 @@ class SandboxTest(unittest.TestCase):
 
     @staticmethod
     def probe(service):
-        """How each attempt ended, and what the log tells."""
+        """The result of each attempt, and the log."""
         with service:
             if service.ask("init", Mode="1")["Status"] != "success":
                 raise AssertionError(service.log())
@@ -129,7 +131,7 @@ class SandboxTest(unittest.TestCase):
         return dict(entry.split("=") for entry in report.split()), log
 
     def assert_held(self, results, log):
-        """What the log does not tell to be missing is refused."""
+        """Everything is refused, except by protections that the log reports as missing."""
         missing = [name for name in REFUSALS if name in log]
         if missing:
             print("not all can be tested here:", log, file=sys.stderr)
@@ -137,7 +139,7 @@ class SandboxTest(unittest.TestCase):
         for name, refusals in REFUSALS.items():
             expected |= {} if name in missing else refusals
         if "flags" in expected and results["flags"] == "ENOTTY":
-            del expected["flags"]  # a file system without them
+            del expected["flags"]  # the file system has no such flags
         self.assertEqual({name: results[name] for name in expected}, expected)
         return missing
 
@@ -157,7 +159,7 @@ class SandboxTest(unittest.TestCase):
 
     def test_what_older_kernels_do_not_hold_is_held_otherwise(self):
         service = self.service()
-        # The second version of the kernel's rules on files knows neither truncation nor signals.
+        # Version 2 of Landlock, the kernel's rules on files, covers neither truncation nor signals.
         service.arguments = ("-f", "-qq", "-o", "/dev/null", "-e", "trace=landlock_create_ruleset", "-e",
                              "inject=landlock_create_ruleset:retval=2:when=1", service.program, *service.arguments)
         service.program = "/usr/bin/strace"
@@ -206,15 +208,7 @@ class SandboxTest(unittest.TestCase):
             service.process.kill()
             service.process.wait()
         for child in children:
-            wait_until(lambda: not is_alive(child), what=f"the end of {child}")
-
-
-def is_alive(process):
-    try:
-        with open(f"/proc/{process}/stat", encoding="ascii") as file:
-            return file.read().rsplit(")", 1)[1].split()[0] not in "ZX"
-    except OSError:
-        return False
+            wait_until(lambda: not is_running(child), what=f"the end of {child}")
 
 
 if __name__ == "__main__":

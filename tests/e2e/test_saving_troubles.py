@@ -1,4 +1,4 @@
-"""Saves that fail or take their time, reads that fail, and what the window says about it.
+"""Saves that fail or are slow, reads that fail, and what the window shows.
 
 Usage: test_saving_troubles.py STAGE SLOW_DISK, in a mount namespace of its own"""
 
@@ -12,23 +12,19 @@ import time
 import unittest
 
 from bell import Bell
-from desktop import Application, Atspi, GLib, act, key, wait, walk
+from desktop import Application, Atspi, GLib, key, wait
+from disks import fill, mount
+from specimencard import FILE, SUMMARY, read_card
 from windows import iconify, is_iconified, shown_windows
 
 STAGE, SLOW_DISK = sys.argv.pop(1), sys.argv.pop(1)
 PELMORA = os.path.join(STAGE, "bin", "pelmora")
 SPECIMEN = os.path.join(STAGE, "share", "pelmora", "specimen.xml")
 TITLE = "Pelmora par MORVEL"
-SUMMARY = "SPECIMEN Hélène\n285057511612381\n3 bénéficiaires"
-FILE = "SPECIMEN Hélène.pdf"
 SAVED = "L'attestation a bien été enregistrée."
 RESULT = "Enregistrée\xa0: SPECIMEN Hélène\\.pdf"
 NOT_SAVED = "L’attestation n’est pas enregistrée"
 WRITING = "Enregistrement en cours…"
-
-
-def mount(*arguments):
-    subprocess.run(["mount", *arguments], check=True)
 
 
 class Gate:
@@ -47,7 +43,7 @@ class Gate:
 
 
 class Notifications:
-    """What screen readers are told as it appears."""
+    """The notifications that screen readers announce."""
 
     def __init__(self):
         self.said = []
@@ -93,10 +89,6 @@ class SavingTroubles(unittest.TestCase):
         mount(*arguments, self.folder)
         self.addCleanup(subprocess.run, ["umount", "--lazy", self.folder], check=True)
 
-    def read_card(self, pelmora):
-        pelmora.press("push button", "Lire")
-        pelmora.find("label", SUMMARY)
-
     def close_alert(self, pelmora, title, text):
         pelmora.find("alert", title)
         pelmora.find("label", text)
@@ -121,16 +113,11 @@ class SavingTroubles(unittest.TestCase):
         self.make("-t", "tmpfs", "-o", "size=64k", "tmpfs")
         filling = os.path.join(self.folder, "filling")
         with self.start() as pelmora:
-            self.read_card(pelmora)
-            try:
-                with open(filling, "wb", buffering=0) as file:
-                    while True:
-                        file.write(b"x" * 4096)
-            except OSError:
-                pass
+            read_card(pelmora)
+            fill(filling)
             self.assert_not_saved(pelmora, "il n’y a plus de place sur le disque", "Libérez de la place, .*")
             self.assertEqual(os.listdir(self.folder), ["filling"])
-            self.read_card(pelmora)
+            read_card(pelmora)
             pelmora.find("label", "Lue le .*\nNon enregistrée.*")
             os.remove(filling)
             self.assert_saved(pelmora)
@@ -139,14 +126,14 @@ class SavingTroubles(unittest.TestCase):
     def test_a_read_only_disk_is_told(self):
         self.make("-t", "tmpfs", "-o", "ro", "tmpfs")
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             self.assert_not_saved(pelmora, "le disque est en lecture seule", "Choisissez un dossier sur un autre disque .*")
 
     def test_an_unusable_folder_is_told_in_a_window_that_is_seen_and_said_to_screen_readers(self):
         open(self.folder, "w", encoding="utf-8").close()
         told = "Non enregistrée\xa0: le dossier est inutilisable. Changez-le dans les préférences."
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             bell, notifications = Bell(), Notifications()
             self.addCleanup(bell.close)
             self.addCleanup(notifications.close)
@@ -163,7 +150,7 @@ class SavingTroubles(unittest.TestCase):
     def test_where_no_bell_rings_the_panel_says_why_nothing_was_saved(self):
         open(self.folder, "w", encoding="utf-8").close()
         with self.start() as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             pelmora.press("push button", "Enregistrer")
             pelmora.find("label", "Lue le .*\nNon enregistrée\xa0: le dossier est inutilisable\\. .*")
             self.assertIsNone(pelmora.find_now("alert", ".*"))
@@ -181,7 +168,7 @@ class SavingTroubles(unittest.TestCase):
                 self.assertEqual(described, "" if summary == "Aucune"
                                  else "Carte précédente\xa0: la dernière lecture n’a pas abouti.")
                 os.rename(self.card + ".out", self.card)
-                self.read_card(pelmora)
+                read_card(pelmora)
                 pelmora.find("label", "Lue le [^\n]*")
                 self.assertEqual(pelmora.find("label", SUMMARY).get_description(), "")
                 os.rename(self.card, self.card + ".out")
@@ -192,11 +179,11 @@ class SavingTroubles(unittest.TestCase):
         with open(SPECIMEN, encoding="utf-8") as card, open(other, "w", encoding="utf-8") as file:
             file.write(card.read().replace("SPECIMEN", "AUTRE"))
         with self.start(gate.environment) as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             gate.shut()
             pelmora.press("push button", "Enregistrer")
             pelmora.find("label", WRITING)
-            # It answers, and takes another size, while the disk does not.
+            # The window responds and can be resized while the disk does not respond.
             for size in range(620, 720, 10):
                 before = time.monotonic()
                 subprocess.run(["xdotool", "windowsize", *shown_windows(TITLE), str(size), "500"], check=True)
@@ -220,14 +207,14 @@ class SavingTroubles(unittest.TestCase):
     def test_a_slow_disk_leaves_the_windows_alive_when_the_print_goes_to_a_file(self):
         gate = Gate(self.home)
         with self.start({**gate.environment, "CUPS_SERVER": os.path.join(self.home, "absent")}) as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             pelmora.press("push button", "Imprimer")
-            pelmora.find("dialog", "Imprimer l’attestation – .*")
+            dialog = ("dialog", "Imprimer l’attestation – .*")
+            pelmora.find(*dialog)
             gate.shut()
-            act(lambda: next(node for node in walk(pelmora.find_now("dialog", "Imprimer l’attestation – .*"))
-                             if node.get_role_name() == "push button" and node.get_name() == "Imprimer"))
+            pelmora.press_inside(dialog, "Imprimer")
             pelmora.find("label", WRITING)
-            self.assertIsNone(pelmora.find_now("dialog", "Imprimer l’attestation – .*"))
+            self.assertIsNone(pelmora.find_now(*dialog))
             gate.open()
             pelmora.wait_until_gone("label", WRITING)
             self.assertTrue(os.path.exists(os.path.join(self.folder, FILE)))
@@ -238,7 +225,7 @@ class SavingTroubles(unittest.TestCase):
             shutil.rmtree(self.folder, ignore_errors=True)
             gate = Gate(self.home)
             with self.start(gate.environment) as pelmora:
-                self.read_card(pelmora)
+                read_card(pelmora)
                 gate.shut()
                 pelmora.press("push button", "Enregistrer")
                 pelmora.find("label", WRITING)
@@ -251,7 +238,7 @@ class SavingTroubles(unittest.TestCase):
     def test_who_leaves_meanwhile_is_told_that_nothing_was_written(self):
         gate = Gate(self.home)
         with self.start(gate.environment) as pelmora:
-            self.read_card(pelmora)
+            read_card(pelmora)
             gate.shut()
             pelmora.press("push button", "Enregistrer")
             pelmora.find("label", WRITING)

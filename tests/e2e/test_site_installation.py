@@ -1,5 +1,5 @@
-"""The installation of a site, with a package manager that only records. Usage: test_site_installation.py SOURCES, in a mount
-namespace of its own"""
+"""The installation of a site, with a fake package manager that records its calls. Usage: test_site_installation.py
+SOURCES, in a mount namespace of its own"""
 
 import os
 import stat

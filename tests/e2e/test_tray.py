@@ -21,7 +21,7 @@ ENTRIES = ["Lecture de la carte Vitale", "Voir l'attestation", "Imprimer l'attes
 
 
 class XTray:
-    """A system tray of X11's own kind; a context manager."""
+    """A system tray of the X11 protocol; a context manager."""
 
     def __enter__(self):
         self.process = subprocess.Popen(["trayer", "--edge", "top", "--align", "left", "--width", "200", "--height",
@@ -91,7 +91,7 @@ class Tray(unittest.TestCase):
                 item.choose("Lecture de la carte Vitale")
                 wait(lambda: bell.count() == 1)
                 pelmora.find("label", ".*\nUne lecture est déjà en cours\\.")
-                # What needs a card is dropped without a sound.
+                # Actions that need a card are ignored without a beep.
                 item.choose("Voir l'attestation")
                 item.choose("Lecture de la carte Vitale")
                 wait(lambda: bell.count() == 2)
@@ -107,7 +107,7 @@ class Tray(unittest.TestCase):
                 bell = Bell()
                 self.addCleanup(bell.close)
                 for count, title in enumerate(ENTRIES[:4], start=1):
-                    # Why it beeps is to be seen, wherever the window was.
+                    # The window is shown with the reason for the beep, even if it was hidden.
                     close(TITLE)
                     wait(lambda: is_hidden(TITLE))
                     item.choose(title)
@@ -192,7 +192,7 @@ class Tray(unittest.TestCase):
             with StatusBar() as bar:
                 bar.item().click()
                 wait(lambda: is_in_front(TITLE))
-            # And in the next one, after that has gone.
+            # The item also appears in the next status bar, after the first one has ended.
             with StatusBar() as bar:
                 self.close_and_come_back(bar.item().click)
 

@@ -1,4 +1,4 @@
-"""Software updates, as a user meets them, from a maker's server on loopback. Usage: test_update.py STAGE"""
+"""Software updates in the windows, from a publisher's server on loopback. Usage: test_update.py STAGE"""
 
 import os
 import plistlib
@@ -21,7 +21,7 @@ NETWORK = ("libQt6Network", "libgssapi_krb5", "libkrb5", "libproxy", "libsodium"
 
 
 def tree_with(folder, information):
-    """A copy of the installed tree whose information dictionary says more."""
+    """A copy of the installed tree with more values in its information dictionary."""
     tree = os.path.join(tempfile.mkdtemp(dir=folder), "tree")
     shutil.copytree(STAGE, tree)
     path = os.path.join(tree, "share", "pelmora", "Info.plist")
@@ -71,12 +71,12 @@ class Update(unittest.TestCase):
         return Application(program, "--simulate", home=self.home, environment=environment)
 
     def downloads(self):
-        """What lies in the folder of downloads."""
+        """The content of the folder of downloads."""
         folder = os.path.join(self.home, "cache", "MORVEL", "Pelmora", "updates")
         return [os.path.join(path, name) for path, folders, names in os.walk(folder) for name in folders + names]
 
     def ask(self, pelmora):
-        """Asks for updates: the program that has the window which then opens."""
+        """Asks for updates; the program whose window opens."""
         pelmora.find("push button", "Lire")
         pelmora.choose("Rechercher les mises à jour…")
         updates = Running(self.updates)
@@ -150,7 +150,7 @@ class Update(unittest.TestCase):
                 self.assertEqual(self.downloads(), [])
 
     def strike(self, updates, name):
-        # The window manager gives a new window the keyboard when it gets round to it.
+        # The window manager may give a new window the focus late.
         wait(lambda: updates.find("dialog", WINDOW).get_state_set().contains(Atspi.StateType.ACTIVE))
         key(name)
 

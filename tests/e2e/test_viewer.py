@@ -1,4 +1,4 @@
-"""The attestation's window, as those see it who look, who listen and who type. Usage: test_viewer.py VIEWER CARD"""
+"""The attestation's window: its appearance, its accessibility and its keys. Usage: test_viewer.py VIEWER CARD"""
 
 import collections
 import os
@@ -73,7 +73,7 @@ class Viewer(Application):
         def settled():
             content, page = self.content(), box_of(self.page())
             scale = min(1, width / (PAGE[0] + AIR), height / (PAGE[1] + AIR))
-            # What is seen of the page covers the pixels that it touches.
+            # The page's box includes every pixel that the page touches.
             near = all(0 <= seen - scale * points < 2 for seen, points in zip(page[2:], PAGE))
             return (content, page) if content[2:] == (width, height) and near else None
         try:
@@ -149,7 +149,7 @@ class Looking(unittest.TestCase):
             content, page, bar = viewer.content(), box_of(viewer.page()), box_of(viewer.find("tool bar", ".*"))
             self.assertEqual((page.x - content.x, page.y - content.y, *page[2:]), (10, 10, *PAGE))
             self.assertLessEqual(abs(content.x + content.width / 2 - SCREEN[0] / 2), 5)
-            # With its title bar, whose height is the window manager's.
+            # The title bar counts, too. The window manager decides its height.
             self.assertLessEqual(abs(bar.y + (content.height + bar.height) / 2 - SCREEN[1] / 2), 30)
 
     def test_a_window_of_the_pages_size_shows_it_one_to_one(self):
@@ -256,7 +256,7 @@ class Listening(unittest.TestCase):
             index = table.get_index_at(1, 2)
             self.assertEqual(table.get_child_at_index(index).get_name(), cell.get_name())
             self.assertEqual((table.get_row_at_index(index), table.get_column_at_index(index)), (1, 2))
-            # A title is in no row.
+            # A column's title is in no row.
             self.assertEqual(table.get_row_at_index(0), -1)
 
     def test_parts_are_where_they_are_seen_at_every_scale(self):
@@ -272,7 +272,7 @@ class Listening(unittest.TestCase):
 
     def test_another_card_is_read_in_the_place_of_the_last(self):
         with tempfile.TemporaryDirectory() as folder, Viewer() as viewer:
-            # Once read, a page is kept by those who listen until they are told.
+            # Screen readers keep the page that they have read until they are notified of a change.
             old = names_of(walk(viewer.page()))
             self.assertIn("SPECIMEN Hélène", old)
             viewer.show(card_of(folder, prenomUsuel="Aliénor"))

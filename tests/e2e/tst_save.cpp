@@ -145,7 +145,7 @@ private Q_SLOTS:
         const QByteArray home = QFile::encodeName(m_home->path());
         const QByteArray card = home + "/Zo\xE9.xml";
         QCOMPARE(std::rename(QFile::encodeName(zoe()).constData(), card.constData()), 0);
-        // Arguments of such bytes do not go through QProcess.
+        // QProcess cannot pass such bytes as arguments.
         const QStringList wrapper{u"sh"_s, u"-c"_s, uR"(cd "$HOME"; e=$(printf '\351')
                                   case $1 in
                                   file) "$0" --save "at$e" "Zo$e.xml" "absent$e.xml" ;;
@@ -159,7 +159,7 @@ private Q_SLOTS:
         QCOMPARE(simulated.errors, QByteArray());
         QCOMPARE(simulated.exitCode, 0);
         QCOMPARE(::unlink((home + "/at\xE9/SPECIMEN Zo\xC3\xA9.pdf").constData()), 0);
-        // Qt would not find them.
+        // Removed here, because Qt would not find them.
         QCOMPARE(::rmdir((home + "/at\xE9").constData()), 0);
         QCOMPARE(::unlink(card.constData()), 0);
     }
@@ -208,7 +208,7 @@ private Q_SLOTS:
         const QString file = zoe();
         QCOMPARE(save({file}).exitCode, 0);
         QStringList left = entries(m_home->path());
-        // What Qt and the fonts' library keep there is theirs, and says nothing of a card.
+        // Qt and the font library store files there, which contain nothing of a card.
         left.removeAll(u"cache"_s);
         left.removeAll(u"runtime"_s);
         QCOMPARE(left, (QStringList{u"attestations"_s, file.section(u'/', -1)}));

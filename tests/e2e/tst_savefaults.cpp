@@ -14,8 +14,7 @@ class tst_SaveFaults final : public SaveTest
     Q_OBJECT
 
 private:
-    // Saves a card on a disk of its own, in memory, that this run alone sees; then prints the old attestation and what
-    // the disk holds.
+    // Saves a card on a tmpfs in a mount namespace of its own; then prints the PDF files and the names of all files.
     RunResult pelmoraOnDisk(const QString& mountOptions, const QString& preparation, const QString& file) const
     {
         const QString script = uR"(mount -t tmpfs %1 tmpfs "$1" || exit 77
@@ -67,7 +66,7 @@ private Q_SLOTS:
     {
         const QString old = folder() + u"/SPECIMEN Zoé.pdf"_s;
         QVERIFY(writeFile(old, "old"));
-        // What this test ignores, its children would ignore, too.
+        // Children inherit ignored signals, so the default action is restored.
         const QString script = u"import os, resource, signal, sys; signal.signal(signal.SIGXFSZ, signal.SIG_DFL);"
                                "resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000));"
                                "os.execv(sys.argv[1], sys.argv[1:])"_s;
@@ -100,13 +99,13 @@ private Q_SLOTS:
 
     void coreDumpsAreOffForTheProgramAndWhatItStarts()
     {
-        // A card service that tells what limits it was given.
+        // A card service that records its limits.
         const QString service = path(u"service"_s);
         QVERIFY(writeFile(service, "#!/bin/sh\ngrep 'core file' /proc/self/limits >\"$HOME/limits\"\n"));
         QVERIFY(QFile::setPermissions(service, QFile::ReadOwner | QFile::ExeOwner));
         QCOMPARE(pelmora({u"--card-service"_s, service, u"--save"_s, folder()}).exitCode, 1);
         const QString limits = QString::fromLatin1(contentOf(path(u"limits"_s))).simplified();
-        // A hard limit of 0 cannot be raised, and is as good.
+        // A hard limit of 0 cannot be raised, and turns core dumps off, too.
         QVERIFY2(limits == u"Max core file size 1 1 bytes"_s || limits == u"Max core file size 0 0 bytes"_s,
                  qPrintable(limits));
     }

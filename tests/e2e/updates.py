@@ -1,4 +1,4 @@
-"""A maker who publishes updates: keys and signatures made by openssl, a feed, and a web server on loopback."""
+"""A publisher of updates: keys and signatures made by openssl, a feed, and a web server on loopback."""
 
 import base64
 import http.server
@@ -42,13 +42,12 @@ class Maker:
 
 
 class WebServer:
-    """Answers on 127.0.0.1, over HTTPS with a certificate that nobody vouches for when it is asked to. A context
-    manager."""
+    """Answers on 127.0.0.1 over HTTP, or over HTTPS with an untrusted certificate. A context manager."""
 
     def __init__(self, encrypted=False):
         self.answers = {}
         self.requests = []
-        # An answer that stops short goes on when this is set.
+        # A paused answer continues when this is set.
         self.go_on = threading.Event()
         owner = self
 
@@ -73,7 +72,7 @@ class WebServer:
 
         class Server(http.server.ThreadingHTTPServer):
             def handle_error(self, *_):
-                """A client that refuses the certificate is what a test is about."""
+                """No message: a test expects a client to refuse the certificate."""
 
         self._server = Server(("127.0.0.1", 0), Handler)
         if encrypted:
@@ -105,5 +104,5 @@ class WebServer:
         return f"{self._scheme}://127.0.0.1:{self._server.server_address[1]}{path}"
 
     def answer(self, path, kind, content, first=None):
-        """Answers so; only the first bytes, where that is told, until go_on is set."""
+        """Sets the answer for the path. With "first", only that many bytes are sent until go_on is set."""
         self.answers[path] = (kind, content, len(content) if first is None else first)

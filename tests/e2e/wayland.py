@@ -1,4 +1,4 @@
-"""A Wayland desktop's windows, keyboard and mouse, as its compositor (sway) lends them to tests."""
+"""A Wayland desktop's windows, keyboard and mouse, through its compositor (sway)."""
 
 import array
 import atexit
@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import time
 
-# Whether this desktop is one.
+# Whether this is a Wayland desktop.
 HERE = "WAYLAND_DISPLAY" in os.environ
 
 # As in linux/input-event-codes.h.
@@ -43,7 +43,7 @@ def _windows(node):
 
 
 def windows(title):
-    """The windows with exactly that title, as the compositor tells of them: a list of dictionaries."""
+    """The windows with exactly that title, as the compositor describes them: a list of dictionaries."""
     return [window for window in _windows(_ask("get_tree")) if window["name"] == title]
 
 
@@ -89,7 +89,7 @@ class _Connection:
         self._socket.sendmsg([message], rights)
 
     def finish(self):
-        """Waits until the compositor has done all that it was sent; what it told meanwhile."""
+        """Waits until the compositor has handled all requests. Returns the events until then."""
         callback = self.new_object()
         self.send(1, 0, struct.pack("=I", callback))
         events = []
@@ -112,7 +112,7 @@ class _Connection:
 
 
 class Hands:
-    """A keyboard and a mouse. Places are in pixels of the screen."""
+    """A keyboard and a mouse. Positions are in pixels of the screen."""
 
     def __init__(self):
         self._compositor = _Connection()
@@ -131,7 +131,7 @@ class Hands:
         self._compositor.close()
 
     def strike(self, name):
-        """Strikes a key or a combination of keys (as "ctrl+w") in the active window."""
+        """Presses a key or a combination of keys (as "ctrl+w") in the active window."""
         *held, struck = name.split("+")
         self._hold(held)
         for pressed in (1, 0):
@@ -143,7 +143,7 @@ class Hands:
         self._mouse_does(1, "IIII", x, y, *self._screen)
 
     def click(self, *held):
-        """Presses the mouse's left button and lets it go, with keys held down."""
+        """Presses and releases the mouse's left button, with keys held down."""
         self._hold(held)
         for pressed in (1, 0):
             self._mouse_does(2, "II", _BUTTON_LEFT, pressed)
@@ -189,7 +189,7 @@ def _now():
     return int(time.monotonic() * 1000) & 0xffffffff
 
 
-# There before any program starts: a program looks for a keyboard when it comes, and would miss the first key.
+# Made before any program starts: a program looks for a keyboard at its start, and would otherwise miss the first key.
 if HERE:
     hands = Hands()
     atexit.register(hands.close)

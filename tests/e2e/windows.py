@@ -1,5 +1,5 @@
-"""Windows as the window manager sees them, by their titles: for what the accessibility tree does not tell, and where there
-is none. A window that is hidden and comes back may be another one to the window manager."""
+"""The window manager's windows, by their titles: for facts that the accessibility tree does not have, and when there is
+no accessibility tree. A window that is hidden and shown again may have another number."""
 
 import subprocess
 
@@ -28,7 +28,7 @@ def wait_until_shown(title):
 
 
 def is_in_front(title):
-    """Whether it is on the screen, and where the keyboard goes."""
+    """Whether it is shown and has the keyboard focus."""
     if wayland.HERE:
         return any(window["focused"] for window in wayland.windows(title))
     return _output("xdotool", "getactivewindow").strip() in shown_windows(title)

@@ -22,7 +22,7 @@ std::expected<CardMap, QString> shippedMap(const char* path)
     return file.open(QIODevice::ReadOnly) ? parseCardMap(file.readAll()) : std::unexpected(file.errorString());
 }
 
-/// Takes bytes from the front, as many as there are.
+/// Takes bytes from the front; fewer when there are not enough.
 class Input
 {
 public:

@@ -1,5 +1,5 @@
-// Records with any texts, made into documents. Where PELMORA_FUZZ_DOCUMENTS names a folder, one document of a thousand
-// is kept there, for programs that check documents.
+// Makes documents of records with any texts. If PELMORA_FUZZ_DOCUMENTS names a folder, every thousandth document is
+// saved there, for programs that check documents.
 #include "attestation/document/AttestationPdf.h"
 #include "attestation/page/PageOfCard.h"
 #include "attestation/page/SchemeLogos.h"
@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Cuts texts and numbers off the input.
+/// Takes texts and numbers from the front of the input.
 class Input
 {
 public:

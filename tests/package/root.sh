@@ -28,7 +28,7 @@ echo 'APT::Keep-Downloaded-Packages "true";' >"$root/etc/apt/apt.conf.d/99keep"
 printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
 chmod 755 "$root/usr/sbin/policy-rc.d"
 
-# Commands in the root, as root or as a user, without a terminal: a question would be an error.
+# Run commands in the root, as root or as a user. There is no terminal: a command that asks a question fails.
 inside() {
     chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 "$@" </dev/null
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# test_lifecycle.sh PACKAGE.deb [SCREENSHOT.png]: in a bare Debian 12, with the package's dependencies only, it is installed in
-# an older version, used, upgraded, used, and purged; nothing of it stays, and nothing else is changed. As root.
+# test_lifecycle.sh PACKAGE.deb [SCREENSHOT.png]: in a bare Debian 12 with the package's dependencies only, an older
+# version is installed, used, upgraded, used again, and purged. Nothing of it stays, nothing else is changed. As root.
 set -euo pipefail
 [ "${PELMORA_IN_NAMESPACE:-}" ] || PELMORA_IN_NAMESPACE=yes exec unshare --mount --propagation private "$0" "$@"
 package=$(realpath "$1")
@@ -27,7 +27,7 @@ every_library_is_found() {
     missing=$(inside find /usr/bin/pelmora /usr/libexec/pelmora -type f -exec ldd {} + | grep 'not found')
     [ -z "$missing" ]
 }
-# looks_for_updates TREE: whether the program of the tree asks the feed, if it has one: it stores the time of that before.
+# looks_for_updates TREE: whether the tree's update program checks the feed. It stores the time before it asks the feed.
 looks_for_updates() {
     rm -f "$settings"
     as_user DISPLAY=":$display" "$1/libexec/pelmora/pelmora-update" --by-itself

@@ -10,7 +10,7 @@ cd "$(dirname "$0")/../.."
 ensure_packages "${package_test_packages[@]}" poppler-utils
 . tests/package/root.sh
 
-# The computers are layers over the bare system, one at a time. What one has downloaded is there for the next.
+# Each computer is an overlay on the bare system, one at a time. They share the downloaded packages.
 bare=$root
 root=$work/computer
 mkdir "$root" "$work/layer"

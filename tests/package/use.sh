@@ -45,7 +45,7 @@ prints_the_specimen() {
     done
     is_document "$root/tmp/printed"
 }
-# The card is read and saved with the keyboard, which does nothing until the card service is there.
+# Reads and saves the card with a key, pressed until a file is there: it does nothing before the card service is bound.
 saves_in_the_window() {
     local saved=$root/home/accueil/Documents/'Attestations Pelmora' pelmora
     rm -rf "$saved"
@@ -59,7 +59,7 @@ saves_in_the_window() {
     is_document "$saved/SPECIMEN Hélène.pdf"
 }
 
-# is_used NAME JOB: each thing once. The name is for files, the number is that of the next print job.
+# is_used NAME JOB: does each of these once. NAME is a folder for files, JOB is the number of the next print job.
 is_used() {
     expect 'the attestation of the simulated card is saved' saves_the_specimen "$1"
     expect 'the simulated card is read for another program' reads_the_specimen

@@ -25,7 +25,7 @@ QString covered(const QString& quality, const QString& scheme, const QString& fu
         u"<qualBenef>%1</qualBenef><codeRegime>%2</codeRegime><caisse>%3</caisse>"_s.arg(quality, scheme, fund));
 }
 
-/// "scheme fund", or the reason for none.
+/// "scheme fund", or "refused".
 QString coverageOf(const QString& text)
 {
     const std::optional<CardCoverage> coverage = cardCoverage(text);

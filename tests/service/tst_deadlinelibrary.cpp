@@ -26,7 +26,7 @@ enum class Call
     ReadCard
 };
 
-/// Shared by the test and the library that it gives away.
+/// Shared by the test and its library, which the library under test owns.
 struct Stage
 {
     std::counting_semaphore<> release{0}; // lets the hanging call continue
@@ -37,7 +37,7 @@ struct Stage
     QString waitsFor; // set before the call that hangs
 };
 
-/// A library whose one call hangs until the test releases it.
+/// A library with one call that hangs until the test releases it.
 class StuckLibrary final : public ReadingLibrary
 {
 public:

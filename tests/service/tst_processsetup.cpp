@@ -1,6 +1,7 @@
 #include "service/ProcessSetup.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/service/Descriptors.h"
 
 #include <QTest>
 
@@ -16,21 +17,12 @@ namespace {
 
 using PipeEnds = std::array<int, 2>;
 
-QByteArray readAll(int descriptor)
-{
-    QByteArray bytes;
-    std::array<char, 256> slice{};
-    for (ssize_t count = 0; (count = ::read(descriptor, slice.data(), slice.size())) > 0;)
-        bytes.append(slice.data(), count);
-    return bytes;
-}
-
 bool say(int descriptor, QByteArrayView text)
 {
     return ::write(descriptor, text.data(), static_cast<std::size_t>(text.size())) == text.size();
 }
 
-/// A service's use of its descriptors, and a library's that prints.
+/// Uses the descriptors as a service does, and prints as a library might.
 [[noreturn]] void becomeService(const PipeEnds& input, const PipeEnds& output, const PipeEnds& errors)
 {
     const bool isPlugged = ::dup2(input[0], STDIN_FILENO) >= 0 && ::dup2(output[1], STDOUT_FILENO) >= 0 &&
@@ -73,8 +65,8 @@ private Q_SLOTS:
         for (const int descriptor : {input[0], input[1], output[1], errors[1]})
             ::close(descriptor);
 
-        QCOMPARE(readAll(output[0]), QByteArray("reply"));
-        QCOMPARE(readAll(errors[0]), QByteArray("bavardage"));
+        QCOMPARE(everythingFrom(output[0]), QByteArray("reply"));
+        QCOMPARE(everythingFrom(errors[0]), QByteArray("bavardage"));
         int status = -1;
         QCOMPARE(::waitpid(child, &status, 0), child);
         QCOMPARE(status, 0);

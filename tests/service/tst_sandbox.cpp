@@ -29,14 +29,20 @@ char errorOf(int result)
     return result >= 0 ? char{0} : static_cast<char>(errno);
 }
 
-/// A local connection.
-int connectTo(const QByteArray& path)
+/// The result of ::bind or ::connect with a local socket's address.
+int callWithAddress(int (*call)(int, const sockaddr*, socklen_t), int socket, const QByteArray& path)
 {
-    const int made = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
-    return made < 0 ? -1 : ::connect(made, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    return call(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+}
+
+/// The result of a connection to a local socket.
+int connectTo(const QByteArray& path)
+{
+    const int made = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    return made < 0 ? -1 : callWithAddress(::connect, made, path);
 }
 
 /// A socket that accepts connections.
@@ -46,11 +52,7 @@ public:
     explicit Listener(QByteArray path)
         : m_path(std::move(path))
     {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::memcpy(address.sun_path, m_path.constData(), static_cast<std::size_t>(m_path.size()));
-        m_isReady = ::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-                    ::listen(m_socket, 8) == 0;
+        m_isReady = callWithAddress(::bind, m_socket, m_path) == 0 && ::listen(m_socket, 8) == 0;
     }
     Q_DISABLE_COPY_MOVE(Listener)
     ~Listener() { ::close(m_socket); }
@@ -111,11 +113,7 @@ std::array<char, AttemptCount> attempts(const Surroundings& around)
     errors[Datagram] = errorOf(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     errors[PcscConnection] = errorOf(connectTo(around.pcscSocket));
     const int again = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, around.pcscSocket.constData(), static_cast<std::size_t>(around.pcscSocket.size()));
-    errors[SecondPcscConnection] =
-        errorOf(::connect(again, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+    errors[SecondPcscConnection] = errorOf(callWithAddress(::connect, again, around.pcscSocket));
     if (errors[SecondPcscConnection] == 0)
         errors[SecondPcscConnection] = errorOf(static_cast<int>(::write(again, "hello", 5)));
     errors[OtherConnection] = errorOf(connectTo(around.otherSocket));
@@ -144,7 +142,7 @@ Outcome outcomeOf(const Surroundings& around)
                 QByteArray(errors.data(), errors.size()) + sandbox.obstacles().value_or(QString()).toUtf8();
             isTold = ::write(pipe[1], report.constData(), static_cast<std::size_t>(report.size())) == report.size();
         }
-        // The sandbox's helper process has ended with it, and is reaped.
+        // The sandbox's helper process has ended with the sandbox and has been reaped.
         const bool hasChild = ::waitpid(-1, nullptr, __WALL) != -1 || errno != ECHILD;
         ::_exit(isTold && !hasChild ? 0 : 1);
     }

@@ -2,6 +2,7 @@
 #include "service/ServiceLoop.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/service/Descriptors.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -25,16 +26,6 @@ Pipe makePipe()
 {
     std::array<int, 2> ends{-1, -1};
     return ::pipe2(ends.data(), O_CLOEXEC) == 0 ? Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])} : Pipe{};
-}
-
-QByteArray everythingIn(const FileDescriptor& descriptor)
-{
-    QByteArray all;
-    std::array<char, 4096> buffer;
-    ssize_t count = 0;
-    while ((count = ::read(descriptor.get(), buffer.data(), buffer.size())) > 0)
-        all.append(buffer.data(), count);
-    return all;
 }
 
 struct LoopOutcome
@@ -92,7 +83,7 @@ LoopOutcome outcomeOfLoop(const QByteArray& bytes)
         ServiceLoop loop(commandsWithoutReaders(), std::move(requests.read), std::move(replies.write));
         end = loop.run();
     }
-    return {end, everythingIn(replies.read)};
+    return {end, everythingFrom(replies.read.get())};
 }
 
 QByteArray encodedRequest(qint64 number, const std::optional<QCborMap>& body)

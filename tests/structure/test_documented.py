@@ -38,7 +38,7 @@ def help_text(source):
 
 
 def options(sources):
-    """Of pelmora: those that are parsed, and those that decide which program runs."""
+    """The options of pelmora: those that are parsed, and those that decide which program runs."""
     source = read(sources, COMMAND_LINE)
     constants = dict(re.findall(r'QLatin1StringView (\w+Option)\{"([^"]+)"\}', source))
     added = re.search(r"parser\.addOptions\(\{(.*?)\n    \}\);", source, re.DOTALL).group(1)

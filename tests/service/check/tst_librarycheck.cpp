@@ -21,7 +21,7 @@ QString reportOn(const QString& library)
 {
     QProcess checker;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // What a faulty library loses, and how it ends, is for the report to tell.
+    // The report describes leaks and crashes of a faulty library; the sanitizer must not.
     environment.insert(u"ASAN_OPTIONS"_s, u"detect_leaks=0:handle_segv=0"_s);
     checker.setProcessEnvironment(environment);
     checker.start(QStringLiteral(PELMORA_LIBRARY_CHECKER), {library});
@@ -106,12 +106,12 @@ QList<Fault> faultsOfReads()
          u"pelmora_reading_read_card, appel 2 : le document n’a pas l’élément « T_AsnDonneesVitale »"_s},
         {"keeps-the-card", u"pelmora_reading_read_card, appel 1 : garde des données de la carte en mémoire"_s},
         {"crashes-at-the-end", u"fin du processus : le processus est interrompu par le signal 6 (Aborted)"_s},
-// Its allocator is not the one whose memory is counted.
+// The address sanitizer has its own allocator, whose memory is not measured.
 #ifndef __SANITIZE_ADDRESS__
         {"leaves-a-thread", u"pelmora_reading_close : fils d’exécution laissés après la fermeture : 102"_s},
         {"loses-memory", u"pelmora_reading_readers, tours 11 à 100 : perd "_s},
 #else
-        // Lost memory would have kept the rounds of all functions together from being made.
+        // After lost memory, no rounds of all functions together are made. Here it is not measured, so they are made.
         {"leaves-a-thread", u"pelmora_reading_close : fils d’exécution laissés après la fermeture : 202"_s},
 #endif
     };
@@ -145,7 +145,7 @@ private Q_SLOTS:
     {
         QFETCH(const QString, line);
         const QString report = reportOnFault(QString::fromLatin1(QTest::currentDataTag()));
-        // The memory is not counted to the byte.
+        // A line that ends with a blank is a prefix: the amount of lost memory varies.
         const QStringList told = section(report, u"Défauts"_s);
         const bool isTold = std::ranges::any_of(
             told, [&](const QString& each) { return line.endsWith(u' ') ? each.startsWith(line) : each == line; });

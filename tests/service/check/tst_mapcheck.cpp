@@ -30,7 +30,7 @@ QByteArray soundMap()
 
 RecordedCard recorded(const CardContent& content)
 {
-    return {.applications = {application}, .files = content};
+    return {.applications = {smallCardApplication}, .files = content};
 }
 
 QStringList faultsOfCard(const RecordedCard& card, const QByteArray& json = soundMap())

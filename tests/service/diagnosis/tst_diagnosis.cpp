@@ -40,7 +40,7 @@ InstalledFacts openLibrary(const QStringList& readers)
             .readers = readers};
 }
 
-/// The text, or a sentence that tells the line that is missing from it.
+/// The line, if the text has it; otherwise a message with the line and the text.
 QString withLine(const Diagnosis& diagnosis, const QString& line)
 {
     const QString text = diagnosisText(diagnosis);
@@ -177,7 +177,7 @@ Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire les ca
               u"Conclusion : un lecteur « Feitian SCR301 » est prêt, Pelmora peut lire une carte."_s})
             QCOMPARE(withLine(diagnosis, line), line);
         QVERIFY(diagnosis.isReady());
-        // Its own readers count, and not those of PC/SC.
+        // Only the library's readers count, not those of PC/SC.
         diagnosis.installed = openLibrary({u"Autre"_s});
         QVERIFY(!diagnosis.isReady());
     }

@@ -2,8 +2,7 @@
 
 #include "platform/XmlDocument.h"
 #include "service/embedded/CardDocument.h"
-#include "tests/service/embedded/CardBytes.h"
-#include "tests/service/embedded/MapJson.h"
+#include "tests/service/embedded/SmallCard.h"
 
 #include <map>
 #include <string>
@@ -12,14 +11,8 @@ using namespace Qt::StringLiterals;
 
 // Cards of the small map, made of persons whose parts a test can change, and the result of reading them.
 
-inline const QByteArray application = QByteArray::fromHex("F000000000");
-inline const CardFileId serialId{application, 1};
-inline const CardFileId personsId{application, 2};
-
-inline CardMap mapOf(const QJsonObject& json)
-{
-    return parseCardMap(QJsonDocument(json).toJson()).value();
-}
+inline const CardFileId serialId = smallCardFile(1);
+inline const CardFileId personsId = smallCardFile(2);
 
 inline CardMap mapChanged(const QString& path, const QJsonValue& value)
 {
@@ -71,7 +64,7 @@ inline CardContent cardOf(const QByteArray& persons)
 }
 
 /// The fault of the card; empty when there is a document.
-inline QString gapOf(const CardContent& content, const CardMap& map = mapOf(smallMap()))
+inline QString gapOf(const CardContent& content, const CardMap& map = smallCardMap())
 {
     const auto document = cardDocument(map, content);
     return document ? QString() : document.error().explanation;
@@ -79,18 +72,18 @@ inline QString gapOf(const CardContent& content, const CardMap& map = mapOf(smal
 
 inline QStringList missingIn(const CardContent& content)
 {
-    const auto document = cardDocument(mapOf(smallMap()), content);
+    const auto document = cardDocument(smallCardMap(), content);
     return document || document.error().kind != CardGap::Kind::Missing ? QStringList() : document.error().missing;
 }
 
 inline bool isDamaged(const CardContent& content)
 {
-    const auto document = cardDocument(mapOf(smallMap()), content);
+    const auto document = cardDocument(smallCardMap(), content);
     return !document && document.error().kind == CardGap::Kind::Damaged && document.error().missing.isEmpty();
 }
 
 /// Texts of the elements at a path in the document, each in quotes; or the fault.
-inline QString textsAt(const std::string& path, const CardContent& content, const CardMap& map = mapOf(smallMap()))
+inline QString textsAt(const std::string& path, const CardContent& content, const CardMap& map = smallCardMap())
 {
     const auto document = cardDocument(map, content);
     if (!document)

@@ -4,15 +4,22 @@
 #include "tests/service/embedded/CardBytes.h"
 #include "tests/service/embedded/MapJson.h"
 
+inline CardMap mapOf(const QJsonObject& json)
+{
+    return parseCardMap(QJsonDocument(json).toJson()).value();
+}
+
 /// The map of the small cards below.
 inline CardMap smallCardMap()
 {
-    return parseCardMap(QJsonDocument(smallMap()).toJson()).value();
+    return mapOf(smallMap());
 }
+
+inline const QByteArray smallCardApplication = QByteArray::fromHex("F000000000");
 
 inline CardFileId smallCardFile(quint16 file)
 {
-    return {QByteArray::fromHex("F000000000"), file};
+    return {smallCardApplication, file};
 }
 
 /// A card of the small map with all needed fields. Two cards with different letters have no value in common.

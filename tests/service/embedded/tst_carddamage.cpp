@@ -174,7 +174,7 @@ private Q_SLOTS:
         const CardMap map = mapWithSource(exemptionSource(true));
         CardContent card = cardOf(insured() + child());
         const auto damageWith = [&card, &map](const QByteArray& records) {
-            card[{application, 3}] = records;
+            card[smallCardFile(3)] = records;
             return gapOf(card, map);
         };
         const QString second = u"fichier « couverture », enregistrement 2 : "_s;
@@ -193,7 +193,7 @@ private Q_SLOTS:
     {
         Parts twin = insuredParts();
         CardContent card = cardOf(insured() + person(twin, {{"80", "6"}}));
-        card[{application, 3}] = exemption("H\xE9l\xE8ne", "a");
+        card[smallCardFile(3)] = exemption("H\xE9l\xE8ne", "a");
         QCOMPARE(textsAt(beneficiary + "amo/libelleExo", card, mapWithSource(exemptionSource(true))), u"\"a\" \"a\""_s);
         QJsonObject source = exemptionSource(true);
         QJsonArray fields = source.value(u"fields"_s).toArray();

@@ -189,7 +189,7 @@ private Q_SLOTS:
 
     void missingFieldsAreReportedWithoutValues()
     {
-        const auto document = cardDocument(mapOf(smallMap()), cardOf(person(Parts{{"80", "SPECIMEN"}}, {})));
+        const auto document = cardDocument(smallCardMap(), cardOf(person(Parts{{"80", "SPECIMEN"}}, {})));
         QVERIFY(!document);
         QCOMPARE(document.error().kind, CardGap::Kind::Missing);
         QVERIFY(document.error().explanation.startsWith(u"il manque à l’assuré : "_s));
@@ -198,7 +198,7 @@ private Q_SLOTS:
 
     void aCardWithoutBeneficiariesGivesADocumentThatTheParserRefuses()
     {
-        const auto document = cardDocument(mapOf(smallMap()), cardOf(QByteArray(64, '\xFF')));
+        const auto document = cardDocument(smallCardMap(), cardOf(QByteArray(64, '\xFF')));
         QVERIFY(document);
         const auto xml = XmlDocument::fromText(*document);
         QVERIFY(xml);
@@ -219,13 +219,13 @@ private Q_SLOTS:
         const CardMap map = mapWithSource(exemptionSource(true));
         CardContent card = cardOf(insured() + child());
         const std::string path = beneficiary + "amo/libelleExo";
-        card[{application, 3}] = exemption("Zo\xE9", "b") + exemption("H\xE9l\xE8ne", "a");
+        card[smallCardFile(3)] = exemption("Zo\xE9", "b") + exemption("H\xE9l\xE8ne", "a");
         QCOMPARE(textsAt(path, card, map), u"\"a\" \"b\""_s);
-        card[{application, 3}] = exemption("Zo\xE9", "b");
+        card[smallCardFile(3)] = exemption("Zo\xE9", "b");
         QCOMPARE(textsAt(path, card, map), u"\"b\""_s);
-        card.erase({application, 3});
+        card.erase(smallCardFile(3));
         QCOMPARE(textsAt(path, card, map), QString());
-        card[{application, 3}] = "\x66\x01";
+        card[smallCardFile(3)] = "\x66\x01";
         QCOMPARE(gapOf(card, map), u"fichier « couverture » : valeur tronquée"_s);
     }
 
@@ -233,7 +233,7 @@ private Q_SLOTS:
     {
         const CardMap map = mapWithSource(exemptionSource(false));
         CardContent card = cardOf(insured() + child());
-        card[{application, 3}] = tlv("66", tlv("81", "a")) + tlv("66", tlv("81", "b"));
+        card[smallCardFile(3)] = tlv("66", tlv("81", "a")) + tlv("66", tlv("81", "b"));
         QCOMPARE(textsAt(beneficiary + "amo/libelleExo", card, map), u"\"a\" \"a\""_s);
     }
 };

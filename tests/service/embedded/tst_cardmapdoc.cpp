@@ -31,7 +31,7 @@ QString between(const QString& text, const QString& before, const QString& after
     return end < 0 ? QString() : text.sliced(start + before.size(), end - start - before.size());
 }
 
-/// The names in the first column of the table that begins so.
+/// The names in the first column of the table with this head.
 QStringList firstColumn(const QString& head)
 {
     static const QRegularExpression name(u"^\\| `([^`]+)`"_s);
@@ -43,7 +43,7 @@ QStringList firstColumn(const QString& head)
     return names;
 }
 
-/// The table of what a card must carry.
+/// The documentation's table of the elements that a card must have.
 QString renderedNeeds()
 {
     QString table;
@@ -133,7 +133,7 @@ private Q_SLOTS:
         QStringList keys;
         for (const QString& row : firstColumn(u"| key | what it says |"_s))
             keys.append(row);
-        // Those of one row share it.
+        // "version" is the second name in its row.
         keys.append(u"version"_s);
         for (const QString& key : keys) {
             const auto map = parseCardMap(mapWith(key, QJsonValue(0)));

@@ -238,7 +238,7 @@ private Q_SLOTS:
                         answer[place] = static_cast<char>(answer[place] ^ bits);
                     return answer;
                 });
-                // Each place has an answer for which this is refused.
+                // At each place, at least one answer is refused after this change.
                 QVERIFY(outcomes.contains(u"refused"_s));
                 QVERIFY2(onlyTrueOrRefused(outcomes), qPrintable(outcomes.join(u'\n')));
             }

@@ -50,7 +50,7 @@ Attempt reachedWith(const CardContent& content)
 struct Script
 {
     std::expected<QList<QByteArray>, CardFault> names{QList<QByteArray>{otherInSystem, feitianInSystem}};
-    QList<Attempt> attempts{}; // then unexpected faults
+    QList<Attempt> attempts{}; // after the last one, unexpected faults
     QList<QByteArray> calls{};
     std::function<void()> whileConnecting{};
     CardReaderState state = CardReaderState::Empty;
@@ -242,7 +242,7 @@ private Q_SLOTS:
         row("service not ready yet",
             {lost, failsWith(CardFault::ServiceDown), failsWith(CardFault::ReaderUnknown), reached},
             {found, {connecting, pause, connecting, pause, connecting, pause, connecting}});
-        // The second person has no known field.
+        // The person has only a name.
         row("fields missing",
             {reachedWith({{smallCardFile(1), tlv("5A", "AAA")}, {smallCardFile(2), tlv("65", tlv("80", "A"))}})},
             {std::unexpected(ReadResult::Unusable), {connecting}});

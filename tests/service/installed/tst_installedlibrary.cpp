@@ -208,7 +208,7 @@ private Q_SLOTS:
                          file.fileName())),
                  qPrintable(told));
         QCOMPARE(told.count(u'\n'), 1);
-        QCOMPARE(::waitpid(-1, nullptr, WNOHANG), -1); // no child is left, not even one to be reaped
+        QCOMPARE(::waitpid(-1, nullptr, WNOHANG), -1); // no child process is left, not even a zombie
         QCOMPARE(errno, ECHILD);
         // A complete library is used at the next change of mode.
         QVERIFY(file.remove());

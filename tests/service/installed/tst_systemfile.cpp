@@ -1,4 +1,5 @@
 #include "service/installed/SystemFile.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -20,18 +21,12 @@ class System
 public:
     System()
     {
-        if (QDir(m_root.path()).mkpath(u"usr/lib"_s))
-            write(u"usr/lib/library.so"_s);
+        [[maybe_unused]] const bool isWritten = writeFile(path(u"usr/lib/library.so"_s), {});
         setMode(u"usr"_s, 0755);
         setMode(u"usr/lib"_s, 0755);
         setMode(u"usr/lib/library.so"_s, 0644);
     }
 
-    void write(const QString& name) const
-    {
-        QFile file(m_root.filePath(name));
-        [[maybe_unused]] const bool isOpen = file.open(QIODevice::WriteOnly);
-    }
     bool setMode(const QString& name, mode_t mode) const { return ::chmod(encoded(name).constData(), mode) == 0; }
     bool giveAway(const QString& name) const { return ::chown(encoded(name).constData(), 65534, 65534) == 0; }
     bool replaceByLink(const QString& name) const

@@ -40,7 +40,7 @@ public:
     /// Waits until a call waits without a time limit; false when none does within some seconds.
     [[nodiscard]] bool isWaitedFor();
     [[nodiscard]] int contexts();
-    /// The number of connections.
+    /// The number of attempts to connect.
     [[nodiscard]] int attempts();
 
     // The functions of PC/SC.

@@ -7,7 +7,6 @@
 
 #include <QCborArray>
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -180,10 +179,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"carte.xml"_s);
-        QFile card(path);
-        QVERIFY(card.open(QIODevice::WriteOnly));
-        QVERIFY(card.write(contentOf(specimen).chopped(10)) > 0);
-        card.close();
+        QVERIFY(writeFile(path, contentOf(specimen).chopped(10)));
         Service service({u"--simulate"_s, path});
         QVERIFY(service.bind());
         const QCborMap broken{{u"Status"_s, u"error"_s}, {u"Result"_s, 17}};
@@ -195,11 +191,8 @@ private Q_SLOTS:
     void theSitesFundsAreUsedAndItsBadLinesReported()
     {
         const QTemporaryDir folder;
-        QVERIFY(QDir(folder.path()).mkpath(u"MORVEL"_s));
-        QFile site(folder.filePath(u"MORVEL/caisses.csv"_s));
-        QVERIFY(site.open(QIODevice::WriteOnly));
-        QVERIFY(site.write("01;751;Caisse de test\noups\n") > 0);
-        site.close();
+        const QString site = folder.filePath(u"MORVEL/caisses.csv"_s);
+        QVERIFY(writeFile(site, "01;751;Caisse de test\noups\n"));
         QProcessEnvironment environment = withoutASite();
         environment.insert(u"XDG_CONFIG_HOME"_s, folder.path());
         Service service({u"--simulate"_s, specimen}, environment);
@@ -207,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(service.ask("vitale_read"_L1).value_or(QCborMap()).value(ServiceWord::fundCodeLibelle),
                  QCborValue(u"Caisse de test"_s));
         QCOMPARE(service.finish(), 0);
-        const QByteArray expected = "com.morvel.lvit: " + QFile::encodeName(site.fileName()) +
+        const QByteArray expected = "com.morvel.lvit: " + QFile::encodeName(site) +
                                     ", ligne 2 : ligne ignorée, « régime;caisse;libellé » attendu.\n";
         QCOMPARE(service.process().readAllStandardError(), expected);
     }
