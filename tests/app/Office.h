@@ -8,6 +8,7 @@
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
 #include "prefs/settings/MVSettings.h"
+#include "tests/common/Files.h"
 #include "tests/fakes/FakeService.h"
 
 #include <QAbstractButton>
@@ -15,6 +16,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QLabel>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QTemporaryDir>
 #include <QTest>
@@ -23,7 +25,7 @@
 #include <optional>
 #include <vector>
 
-/// Card services that answer no request, or no request to read a card.
+/// Scripts of fake card services: the first answers no request, the second answers all but requests to read a card.
 inline const FakeScript silent = FakeScript().doing("any", "silent");
 inline const FakeScript silentRead = FakeScript().doing("vitale_read", "silent");
 
@@ -31,7 +33,7 @@ inline const FakeScript silentRead = FakeScript().doing("vitale_read", "silent")
 class Office
 {
 public:
-    /// With a fake card service. Without a bundle, the program's own is used.
+    /// With a fake card service. The default resources are those of the program.
     explicit Office(const FakeScript& script = {}, const QString& resources = QStringLiteral(PELMORA_STAGE_SHARE))
         : Office(std::make_unique<FakeService>(script), std::nullopt, resources)
     {
@@ -55,6 +57,13 @@ public:
     static ServiceCommand simulation(const QString& card)
     {
         return {QStringLiteral(PELMORA_STAGE "/libexec/pelmora/com.morvel.lvit"), {QStringLiteral("--simulate"), card}};
+    }
+    /// Writes resources that consist of an information dictionary with these entries.
+    [[nodiscard]] static bool writeInformation(const QTemporaryDir& resources, const QByteArray& entries)
+    {
+        return writeFile(resources.filePath(QStringLiteral("Info.plist")),
+                         "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" + entries +
+                             "</dict></plist>");
     }
     static QString specimen() { return QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"); }
 
@@ -120,16 +129,35 @@ public:
             QTest::mouseClick(box->buttons().constFirst(), Qt::LeftButton);
     }
 
-    /// The summary of the card in the main window, the text under it, and the last line of that if it has several.
+    /// The summary of the card in the main window.
     [[nodiscard]] QString summary() const { return window->vitaleInfoTextField()->text(); }
+    /// The text under the summary.
     [[nodiscard]] QString panelLine() const
     {
         return window->findChild<QLabel*>(QStringLiteral("panelLineField"))->text();
     }
+    /// The last line of the text under the summary; empty if there is only one.
     [[nodiscard]] QString notice() const
     {
         const QStringList lines = panelLine().split(u'\n');
         return lines.size() > 1 ? lines.last() : QString();
+    }
+
+    /// The number of reads that the card service was asked for.
+    [[nodiscard]] qsizetype reads() const
+    {
+        return fake->requested(QStringLiteral("Command")).count(QStringLiteral("vitale_read"));
+    }
+
+    /// The attestation's window: the window other than the main one that has an entry for printing.
+    [[nodiscard]] QMainWindow* viewer() const
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            auto* found = qobject_cast<QMainWindow*>(widget);
+            if (found && found != window.get() && found->findChild<QAction*>(QStringLiteral("printAction")))
+                return found;
+        }
+        return nullptr;
     }
 
     /// Chooses an entry of the status item's menu.

@@ -1,29 +1,19 @@
-#include "app/models/RecentAttestations.h"
 #include "app/models/StatusMenu.h"
 #include "app/windows/ProgressSheet.h"
-#include "card/CardKeys.h"
 #include "card/client/CardServiceKeys.h"
 #include "platform/NotificationCenter.h"
-#include "platform/files/FileWorker.h"
 #include "support/MXLog.h"
-#include "support/views/MVSimpleOpaqueView.h"
 #include "support/views/MXButton.h"
 #include "tests/app/Office.h"
-#include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QLabel>
-#include <QMenu>
-#include <QPushButton>
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QTest>
-
-#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -83,16 +73,6 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(office.path(u"Library/Preferences/santesocial/sedica"_s)).isDir());
     }
 
-    void aFileAtTheFoldersPathDoesNotPreventTheStart()
-    {
-        const Office office(silent);
-        QVERIFY(QDir(office.path(u"."_s)).mkpath(u"Library/Logs"_s));
-        QVERIFY(writeFile(office.path(u"Library/Logs/santesocial"_s), "x"));
-        office.start();
-        QCOMPARE(office.window->windowTitle(), u"Pelmora par MORVEL"_s);
-        QVERIFY(QFileInfo(office.path(u"Library/Logs/santesocial"_s)).isFile());
-    }
-
     void theLogLevelIsTakenFromTheInformationDictionary_data()
     {
         QTest::addColumn<QByteArray>("entry");
@@ -106,9 +86,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, entry);
         const QTemporaryDir resources;
-        QVERIFY(writeFile(resources.filePath(u"Info.plist"_s),
-                          "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" + entry +
-                              "</dict></plist>"));
+        QVERIFY(Office::writeInformation(resources, entry));
         const Office office(silent, resources.path());
         office.start();
         QTEST(MXLog::defaultLogger().logLevel(), "level");
@@ -268,22 +246,20 @@ private Q_SLOTS:
 
     void theNextAcceptedRequestRemovesANotice()
     {
-        const auto office = Office::bound();
-        QVERIFY(office);
         const QTemporaryDir withoutContact;
         const AnnouncedMessages noInformation(u"The information dictionary cannot be read."_s);
-        const Office other({}, withoutContact.path());
-        other.start();
-        other.delegate->loadXMLFile(Office::specimen());
-        const QString before = other.panelLine();
+        const Office office({}, withoutContact.path());
+        office.start();
+        office.delegate->loadXMLFile(Office::specimen());
+        const QString before = office.panelLine();
         const auto requests = {+[](AppDelegate& delegate) { delegate.viewAttestation(); },
                                +[](AppDelegate& delegate) { delegate.loadXMLFile(Office::specimen()); },
                                +[](AppDelegate& delegate) { delegate.showHelp(); }};
         for (const auto& request : requests) {
-            other.delegate->sendComment();
-            QCOMPARE(other.panelLine(), before + u"\nAucune adresse n’est connue pour les suggestions."_s);
-            request(*other.delegate);
-            QVERIFY(!other.panelLine().contains(u'\n'));
+            office.delegate->sendComment();
+            QCOMPARE(office.panelLine(), before + u"\nAucune adresse n’est connue pour les suggestions."_s);
+            request(*office.delegate);
+            QVERIFY(!office.panelLine().contains(u'\n'));
         }
     }
 
@@ -301,15 +277,13 @@ private Q_SLOTS:
     {
         const auto office = Office::bound();
         QVERIFY(office);
-        const qsizetype reads = office->fake->requested(u"Command"_s).count(u"vitale_read"_s);
+        const qsizetype reads = office->reads();
         office->delegate->loadXMLFile(Office::specimen());
         office->delegate->viewAttestation();
-        const QWidgetList windows = QApplication::topLevelWidgets();
-        QVERIFY(std::any_of(windows.begin(), windows.end(), [](const QWidget* window) {
-            return window->isVisible() && window->windowTitle() == u"Hélène SPECIMEN"_s;
-        }));
+        QVERIFY(office->viewer()->isVisible());
+        QCOMPARE(office->viewer()->windowTitle(), u"Hélène SPECIMEN"_s);
         QVERIFY(!office->delegate->isReading());
-        QCOMPARE(office->fake->requested(u"Command"_s).count(u"vitale_read"_s), reads);
+        QCOMPARE(office->reads(), reads);
     }
 
     void menuEntriesOfCardActionsFollowTheBind()

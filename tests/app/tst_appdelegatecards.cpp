@@ -2,20 +2,18 @@
 #include "attestation/print/PrintDialog.h"
 #include "attestation/print/PrintOperation.h"
 #include "tests/app/Office.h"
+#include "tests/app/windows/Dragging.h"
 #include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QHash>
 #include <QLabel>
 #include <QMainWindow>
-#include <QMimeData>
 #include <QTest>
-#include <QUrl>
 
 #include <functional>
 
@@ -31,31 +29,6 @@ const QString refusedWhilePrinting =
 
 // A way to request a card or its page.
 using Way = std::function<void(const Office&, const QString&)>;
-
-// A file that is dragged over the main window, and dropped there later.
-class Drag
-{
-public:
-    Drag(const Office& office, const QString& path)
-        : m_office(office)
-    {
-        m_data.setUrls({QUrl::fromLocalFile(path)});
-        QDragEnterEvent event(place.toPoint(), Qt::CopyAction, &m_data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(m_office.window.get(), &event);
-    }
-
-    void drop() const
-    {
-        QDropEvent event(place, Qt::CopyAction, &m_data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(m_office.window.get(), &event);
-    }
-
-private:
-    static constexpr QPointF place{50, 50};
-
-    const Office& m_office;
-    QMimeData m_data;
-};
 
 // Records events of one type for each of several objects.
 class EventOrder final : public QObject
@@ -82,20 +55,9 @@ private:
     QList<QEvent::Type> m_types;
 };
 
-// The attestation's window: the one beside the main window that has a page.
-QMainWindow* viewer(const Office& office)
-{
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        auto* window = qobject_cast<QMainWindow*>(widget);
-        if (window != nullptr && window != office.window.get() && window->findChild<QAction*>(u"printAction"_s))
-            return window;
-    }
-    return nullptr;
-}
-
 void printFromViewer(const Office& office)
 {
-    viewer(office)->findChild<QAction*>(u"printAction"_s)->trigger();
+    office.viewer()->findChild<QAction*>(u"printAction"_s)->trigger();
 }
 
 PrintDialog* dialog()
@@ -171,7 +133,7 @@ private Q_SLOTS:
         way(*office, cardOf(u"Zoé"_s));
         QCOMPARE(office->notice(), refusedWhilePrinting);
         QCOMPARE(office->summary(), before);
-        QCOMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
+        QCOMPARE(office->viewer()->windowTitle(), u"Alix SPECIMEN"_s);
         QVERIFY(!office->delegate->isReading());
         QVERIFY(office->window->findChild<QFileDialog*>() == nullptr);
         QVERIFY(!QFileInfo::exists(office->attestations()));
@@ -208,10 +170,11 @@ private Q_SLOTS:
         QFETCH(const QString, reason);
         const auto office = officeOfAlix(silentRead);
         QVERIFY(office);
-        QTRY_COMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
-        const Drag drag(*office, cardOf(u"Zoé"_s));
+        QTRY_COMPARE(office->viewer()->windowTitle(), u"Alix SPECIMEN"_s);
+        const DraggedFile card(cardOf(u"Zoé"_s));
+        QVERIFY(acceptsDrag(*office->window, card));
         meanwhile(*office);
-        drag.drop();
+        drop(*office->window, card);
         QCOMPARE(office->notice(), reason);
         QVERIFY(office->summary().startsWith(u"SPECIMEN Alix"_s));
     }
@@ -249,7 +212,7 @@ private Q_SLOTS:
         printFromViewer(*office);
         office->delegate->printAttestation();
         QCOMPARE(office->window->findChildren<PrintOperation*>().size(), 0);
-        QCOMPARE(viewer(*office)->findChildren<PrintOperation*>().size(), 1);
+        QCOMPARE(office->viewer()->findChildren<PrintOperation*>().size(), 1);
         QCOMPARE(office->notice(), refusedWhilePrinting);
     }
 
@@ -259,15 +222,15 @@ private Q_SLOTS:
         QVERIFY(office);
         office->delegate->viewAttestation();
         office->delegate->loadXMLFile(cardOf(u"Zoé"_s));
-        QCOMPARE(viewer(*office)->windowTitle(), u"Zoé SPECIMEN"_s);
+        QCOMPARE(office->viewer()->windowTitle(), u"Zoé SPECIMEN"_s);
     }
 
     void aHiddenViewerShowsTheNewCardSoonAfter()
     {
         const auto office = officeOfAlix();
         QVERIFY(office);
-        QTRY_COMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
-        QVERIFY(!viewer(*office)->isVisible());
+        QTRY_COMPARE(office->viewer()->windowTitle(), u"Alix SPECIMEN"_s);
+        QVERIFY(!office->viewer()->isVisible());
     }
 
     void aHiddenViewerWaitsUntilTheSummaryIsPainted()
@@ -278,9 +241,9 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         EventOrder order;
         order.watch(*office->window->vitaleInfoTextField(), QEvent::Paint);
-        order.watch(*viewer(*office), QEvent::WindowTitleChange);
+        order.watch(*office->viewer(), QEvent::WindowTitleChange);
         office->delegate->loadXMLFile(cardOf(u"Alix"_s));
-        QTRY_COMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
+        QTRY_COMPARE(office->viewer()->windowTitle(), u"Alix SPECIMEN"_s);
         QCOMPARE(order.types(), (QList{QEvent::Paint, QEvent::WindowTitleChange}));
     }
 
@@ -288,7 +251,7 @@ private Q_SLOTS:
     {
         const auto office = officeOfAlix();
         QVERIFY(office);
-        QTRY_COMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
+        QTRY_COMPARE(office->viewer()->windowTitle(), u"Alix SPECIMEN"_s);
         office->delegate->loadXMLFile(cardOf(u"Zoé"_s));
         printFromViewer(*office);
         QTRY_VERIFY(dialog());
@@ -301,19 +264,19 @@ private Q_SLOTS:
         const auto office = Office::bound(Office::simulation(card));
         QVERIFY(office);
         office->delegate->viewAttestation();
-        QTRY_VERIFY(viewer(*office)->isVisible());
-        QCOMPARE(viewer(*office)->windowTitle(), u"Alix SPECIMEN"_s);
+        QTRY_VERIFY(office->viewer()->isVisible());
+        QCOMPARE(office->viewer()->windowTitle(), u"Alix SPECIMEN"_s);
 
         QVERIFY(QFile::remove(card));
         QVERIFY(QFile::rename(cardOf(u"Zoé"_s), card));
         office->delegate->readVitale(nullptr);
         QTRY_VERIFY(office->summary().startsWith(u"SPECIMEN Zoé"_s));
-        QCOMPARE(viewer(*office)->windowTitle(), u"Zoé SPECIMEN"_s);
+        QCOMPARE(office->viewer()->windowTitle(), u"Zoé SPECIMEN"_s);
 
         QVERIFY(QFile::remove(card));
         office->delegate->readVitale(nullptr);
         QTRY_VERIFY(Office::alert());
-        QCOMPARE(viewer(*office)->windowTitle(), u"Zoé SPECIMEN"_s);
+        QCOMPARE(office->viewer()->windowTitle(), u"Zoé SPECIMEN"_s);
     }
 
     void whileACardIsReadNoFileIsOpened_data() { addWays(); }
@@ -387,7 +350,7 @@ private Q_SLOTS:
         office->delegate->viewAttestation();
         office->delegate->readVitale(nullptr);
         printFromViewer(*office);
-        QCOMPARE(viewer(*office)->findChildren<PrintOperation*>().size(), 0);
+        QCOMPARE(office->viewer()->findChildren<PrintOperation*>().size(), 0);
         QCOMPARE(office->notice(), refusedWhileReading);
     }
 };

@@ -18,18 +18,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The linker replaces two functions of the program by these: see CMakeLists.txt.
+// The state of the two functions below. The linker calls them in place of the program's: see CMakeLists.txt.
 int beeps = 0;
 bool fontsCanBeCut = true;
-
-// Resources with only that information dictionary.
-bool writeInformation(const QTemporaryDir& resources, const QByteArray& entries)
-{
-    QFile file(resources.filePath(u"Info.plist"_s));
-    const QByteArray content =
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" + entries + "</dict></plist>";
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 } // namespace
 
@@ -58,7 +49,7 @@ private Q_SLOTS:
     void aMailGoesToTheMakersAddress()
     {
         const QTemporaryDir resources;
-        QVERIFY(writeInformation(resources, "<key>MVContactMail</key><string>avis@example.org</string>"));
+        QVERIFY(Office::writeInformation(resources, "<key>MVContactMail</key><string>avis@example.org</string>"));
         const Desktop desktop;
         const Office office(silent, resources.path());
         office.delegate->sendComment();
@@ -78,7 +69,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, entries);
         const QTemporaryDir resources;
-        QVERIFY(writeInformation(resources, entries));
+        QVERIFY(Office::writeInformation(resources, entries));
         const Desktop desktop;
         const Office office(silent, resources.path());
         office.delegate->sendComment();
@@ -89,12 +80,12 @@ private Q_SLOTS:
     void theHelpPageIsOpenedByTheDesktop()
     {
         const QTemporaryDir resources;
-        QFile page(resources.filePath(u"Help.html"_s));
-        QVERIFY(page.open(QIODevice::WriteOnly));
+        const QString page = resources.filePath(u"Help.html"_s);
+        QVERIFY(writeFile(page, {}));
         const Desktop desktop;
         const Office office(silent, resources.path());
         office.delegate->showHelp();
-        QCOMPARE(desktop.opened(), QList<QUrl>{QUrl::fromLocalFile(page.fileName())});
+        QCOMPARE(desktop.opened(), QList<QUrl>{QUrl::fromLocalFile(page)});
     }
 
     void withoutAHelpPageNothingIsOpened()
@@ -110,21 +101,20 @@ private Q_SLOTS:
 
     void withoutADocumentTheWriteErrorIsShownAndNothingIsKept()
     {
-        const Office office;
-        office.start();
-        QTRY_VERIFY(office.delegate->isEnabled());
-        office.delegate->loadXMLFile(QStringLiteral(PELMORA_STAGE_SHARE "/specimen.xml"));
+        const auto office = Office::bound();
+        QVERIFY(office);
+        office->delegate->loadXMLFile(Office::specimen());
         fontsCanBeCut = false;
-        office.delegate->saveAttestation();
+        office->delegate->saveAttestation();
         QTRY_VERIFY(Office::alert());
         QCOMPARE(Office::alertText(), std::optional(PelmoraError::writeError().localizedDescription()));
-        QVERIFY(QDir(office.attestations()).isEmpty());
-        QCOMPARE(office.window->recentsMenuItem()->menu()->actions().size(), 1);
+        QVERIFY(QDir(office->attestations()).isEmpty());
+        QCOMPARE(office->window->recentsMenuItem()->menu()->actions().size(), 1);
         Office::alert()->close();
 
         fontsCanBeCut = true;
-        office.delegate->saveAttestation();
-        QTRY_VERIFY(QFile::exists(office.attestations() + u"/SPECIMEN Hélène.pdf"_s));
+        office->delegate->saveAttestation();
+        QTRY_VERIFY(QFile::exists(office->attestations() + u"/SPECIMEN Hélène.pdf"_s));
     }
 };
 

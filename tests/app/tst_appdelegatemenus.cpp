@@ -4,6 +4,7 @@
 #include "tests/app/Office.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/platform/gui/Desktop.h"
 
 #include <QAction>
 #include <QApplication>
@@ -33,7 +34,6 @@ class tst_AppDelegateMenus : public TestCase
 {
     Q_OBJECT
 
-private:
 private Q_SLOTS:
     void init()
     {
@@ -161,11 +161,20 @@ private Q_SLOTS:
     {
         const auto office = Office::bound(silentRead);
         QVERIFY(office);
-        office->delegate->executeAction(nullptr);
-        office->delegate->executeAction(office->window->readButton());
+        const QString recent = office->path(u"a.pdf"_s);
+        QVERIFY(writeFile(recent, {}));
+        QVERIFY(RecentAttestations(office->settings).add(recent));
+        const Desktop desktop;
+        QAction entry;
+        entry.setData(0);
+        for (const QObject* sender :
+             std::initializer_list<const QObject*>{nullptr, office->window->readButton(), &entry}) {
+            QCOMPARE(desktop.opened(), QList<QUrl>());
+            office->delegate->executeAction(sender);
+            office->delegate->openRecentAttestation(sender);
+        }
         QVERIFY(!office->delegate->isReading());
-        office->delegate->openRecentAttestation(nullptr);
-        office->delegate->openRecentAttestation(office->window->readButton());
+        QCOMPARE(desktop.opened(), QList<QUrl>{QUrl::fromLocalFile(recent)});
     }
 
     void beforeTheBindTheStatusMenuCanOnlyOpenTheFolder()
@@ -173,9 +182,7 @@ private Q_SLOTS:
         const Office office(silent);
         office.start();
         for (int tag = StatusMenu::ReadTag; tag <= StatusMenu::SaveTag; ++tag) {
-            QAction action;
-            action.setData(tag);
-            office.delegate->executeAction(&action);
+            office.chooseFromStatusMenu(tag);
             QVERIFY(!office.delegate->isReading());
         }
         QVERIFY(!QFileInfo::exists(office.attestations()));

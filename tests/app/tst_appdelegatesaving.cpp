@@ -1,7 +1,7 @@
 #include "platform/files/FileWorker.h"
 #include "tests/app/Office.h"
-#include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Saves the attestation, and waits for the message to the user.
+// Saves the attestation, and waits until the write has ended.
 bool isSaved(const Office& office)
 {
     const QSignalSpy ended(&FileWorker::shared(), &FileWorker::ended);
@@ -92,8 +92,7 @@ private Q_SLOTS:
         QVERIFY(isSaved(*office));
         const QStringList one{u"SPECIMEN Hélène.pdf"_s, u"-"_s, u"Effacer le menu"_s};
         QCOMPARE(recents(*office), one);
-        QCOMPARE(QDir(office->attestations()).entryList(QDir::Files | QDir::Hidden),
-                 QStringList{u"SPECIMEN Hélène.pdf"_s});
+        QCOMPARE(namesIn(office->attestations()), QStringList{u"SPECIMEN Hélène.pdf"_s});
     }
 
     void theClearEntryEmptiesTheMenu()
@@ -121,7 +120,7 @@ private Q_SLOTS:
         const QString told = u"Non enregistrée\u00A0: le dossier est inutilisable. Changez-le dans les préférences."_s;
         QVERIFY(office->panelLine().endsWith(u'\n' + told));
 
-        // It stays until the next save.
+        // The message stays until the next save.
         office->delegate->loadXMLFile(Office::specimen());
         QVERIFY(office->panelLine().endsWith(u'\n' + told));
         MVSettings::setPreferencesWithStringValue(office->settings, Settings::attestationsFolder,
@@ -135,7 +134,7 @@ private Q_SLOTS:
         const auto office = Office::bound();
         QVERIFY(office);
         office->delegate->loadXMLFile(Office::specimen());
-        // A folder where the file should go cannot be replaced.
+        // A folder with the name of the file prevents the write.
         QVERIFY(QDir().mkpath(office->attestations() + u"/SPECIMEN Hélène.pdf/x"_s));
 
         m_log.clear();
@@ -188,7 +187,7 @@ private Q_SLOTS:
         const auto office = Office::bound();
         QVERIFY(office);
         const QString before = office->panelLine();
-        const qsizetype reads = office->fake->requested(u"Command"_s).count(u"vitale_read"_s);
+        const qsizetype reads = office->reads();
         std::promise<void> disk;
         FileWorker::shared().start(office->window.get(), [answer = disk.get_future().share()] {
             answer.wait();
@@ -201,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(line, before + u"\nUn enregistrement est en cours."_s);
         QVERIFY(!panel);
         QTRY_COMPARE(office->panelLine(), before);
-        QCOMPARE(office->fake->requested(u"Command"_s).count(u"vitale_read"_s), reads);
+        QCOMPARE(office->reads(), reads);
         QCOMPARE(office->summary(), u"Aucune"_s);
         QVERIFY(!QFileInfo::exists(office->attestations()));
     }
@@ -221,7 +220,7 @@ private Q_SLOTS:
         QVERIFY(office);
         MVSettings::setPreferencesWithBooleanValue(office->settings, Settings::debugMode, true);
         office->delegate->readVitale(nullptr);
-        QTRY_COMPARE(QDir(office->attestations()).entryList(QDir::Files),
+        QTRY_COMPARE(namesIn(office->attestations()),
                      (QStringList{u"SPECIMEN_Hélène.plist"_s, u"SPECIMEN_Hélène.xml"_s}));
     }
 };

@@ -33,7 +33,7 @@ struct Subject
     {
     }
 
-    /// The timer with that interval; null if there is none.
+    /// The active timer with that interval; null if there is none.
     [[nodiscard]] QTimer* timer(std::chrono::milliseconds time) const
     {
         for (QTimer* timer : forgetting.findChildren<QTimer*>()) {

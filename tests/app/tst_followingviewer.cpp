@@ -1,12 +1,11 @@
 #include "attestation/viewer/MVNewAttestationView.h"
 #include "tests/app/Office.h"
-#include "tests/card/client/LogCapture.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QClipboard>
 #include <QContextMenuEvent>
-#include <QMainWindow>
 #include <QMenu>
 #include <QPointer>
 
@@ -20,15 +19,6 @@ const QRect smallScreen(0, 0, 1366, 768);
 const QRect largeScreen(0, 0, 1920, 1080);
 constexpr QSize viewerSize(615, 740);
 const QRect centredViewer(375, 14, 615, 740);
-
-QMainWindow* viewerOf(const QString& title)
-{
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (widget->isVisible() && widget->windowTitle() == title)
-            return qobject_cast<QMainWindow*>(widget);
-    }
-    return nullptr;
-}
 
 } // namespace
 
@@ -68,8 +58,9 @@ private Q_SLOTS:
         const auto office = Office::bound(Office::simulation(Office::specimen()));
         QVERIFY(office);
         office->delegate->viewAttestation();
-        QTRY_VERIFY(viewerOf(u"Hélène SPECIMEN"_s));
-        QMainWindow* viewer = viewerOf(u"Hélène SPECIMEN"_s);
+        const QMainWindow* viewer = office->viewer();
+        QTRY_VERIFY(viewer->isVisible());
+        QCOMPARE(viewer->windowTitle(), u"Hélène SPECIMEN"_s);
         QStringList missing;
         for (const QAction* action : office->window->findChildren<QAction*>()) {
             QList<QAction*> there = viewer->actions() + viewer->findChildren<QAction*>();
@@ -95,8 +86,8 @@ private Q_SLOTS:
 
         LogCapture log;
         office->delegate->viewAttestation();
-        QTRY_VERIFY(viewerOf(u"Hélène SPECIMEN"_s));
-        auto* page = viewerOf(u"Hélène SPECIMEN"_s)->findChild<MVNewAttestationView*>();
+        QTRY_VERIFY(office->viewer()->isVisible());
+        auto* page = office->viewer()->findChild<MVNewAttestationView*>();
         const auto choose = [page](Qt::Key key) {
             QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), page->mapToGlobal(QPoint(5, 5)));
             QApplication::sendEvent(page, &event);

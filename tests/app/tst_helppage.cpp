@@ -54,7 +54,7 @@ QString textOf(QString page)
     return page.replace(tag, u" "_s).replace(u"&nbsp;"_s, u" "_s).simplified();
 }
 
-// As the page writes a number.
+// A number as the page writes it: some numbers are words.
 QString inWords(qint64 number)
 {
     static const QHash<qint64, QString> words{{5, u"cinq"_s}, {10, u"dix"_s}};
@@ -197,7 +197,7 @@ private Q_SLOTS:
         text.remove(QRegularExpression(u"<style>.*</style>|<[^>]*>"_s, QRegularExpression::DotMatchesEverythingOption));
         QCOMPARE(matchesOf(u"([^\\n]{0,20}\\s[;:?!»])"_s, text), QStringList());
         QCOMPARE(matchesOf(u"(«\\s[^\\n]{0,20})"_s, text), QStringList());
-        // Narrow ones inside quotation marks and before these; a colon takes a wide one.
+        // Blanks inside quotation marks and before ";", "?" and "!" are narrow. The blank before a colon is not.
         QCOMPARE(matchesOf(u"([^\\n]{0,20}&nbsp;[;?!»])"_s, text), QStringList());
         QCOMPARE(matchesOf(u"(«&nbsp;[^\\n]{0,20})"_s, text), QStringList());
     }

@@ -16,7 +16,7 @@ inline QString beneficiary(const QString& content)
     return QStringLiteral("<T_AsnBeneficiaire>%1</T_AsnBeneficiaire>").arg(content);
 }
 
-/// A beneficiary of a name and a quality, both left out when null.
+/// A beneficiary with a name and a quality. A value that is null is left out.
 inline QString person(const QString& lastName, const QString& quality = QString())
 {
     const QString ident =

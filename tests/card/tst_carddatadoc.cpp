@@ -1,9 +1,9 @@
 #include "card/CardKeys.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -19,12 +19,17 @@ QString renderedTable()
     return table;
 }
 
-/// The part of the documentation from that table's heading to the blank line after it.
-QString documentedTable(const QString& document)
+QString document()
 {
-    const qsizetype start = document.indexOf(u"| key | path |\n"_s);
-    const qsizetype end = document.indexOf(u"\n\n"_s, start);
-    return start < 0 || end < 0 ? QString() : document.sliced(start, end + 1 - start);
+    return textOfFile(QStringLiteral(PELMORA_SOURCE "/docs/card-data.md"));
+}
+
+/// The part of the documentation from that table's heading to the blank line after it.
+QString documentedTable(const QString& text)
+{
+    const qsizetype start = text.indexOf(u"| key | path |\n"_s);
+    const qsizetype end = text.indexOf(u"\n\n"_s, start);
+    return start < 0 || end < 0 ? QString() : text.sliced(start, end + 1 - start);
 }
 
 } // namespace
@@ -36,21 +41,17 @@ class tst_CardDataDoc : public TestCase
 private Q_SLOTS:
     void theDocumentedFieldsAreThoseOfTheTable()
     {
-        QFile file(QStringLiteral(PELMORA_SOURCE "/docs/card-data.md"));
-        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
-        const QString documented = documentedTable(QString::fromUtf8(file.readAll()));
-        QVERIFY2(documented == renderedTable(), qPrintable(u"docs/card-data.md should hold:\n"_s + renderedTable()));
+        QVERIFY2(documentedTable(document()) == renderedTable(),
+                 qPrintable(u"docs/card-data.md should contain:\n"_s + renderedTable()));
     }
 
     void theDocumentedCopiesAreThoseOfTheTable()
     {
-        QFile file(QStringLiteral(PELMORA_SOURCE "/docs/card-data.md"));
-        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
         QStringList keys;
         for (const RecordKey key : mainBeneficiaryKeys)
             keys.append(u'`' + key.toString() + u'`');
         const QString row = u"| %1 | the insured person's |"_s.arg(keys.join(u", "_s));
-        QVERIFY2(QString::fromUtf8(file.readAll()).contains(row), qPrintable(row));
+        QVERIFY2(document().contains(row), qPrintable(row));
     }
 };
 

@@ -65,15 +65,6 @@ private Q_SLOTS:
         QCOMPARE(error.code(), code);
         QCOMPARE(descriptionOf(error), text);
         QCOMPARE(error.description().has_value(), !text.isNull());
-        QCOMPARE(make(), error);
-    }
-
-    void anErrorWithoutATextIsShownByItsDomainAndCode()
-    {
-        QCOMPARE(PelmoraError::generalError().localizedDescription(),
-                 u"L’opération n’a pas pu s’achever. (erreur Pelmora -10.)"_s);
-        QCOMPARE(PelmoraError::internalError().localizedDescription(),
-                 u"L’opération n’a pas pu s’achever. (erreur Pelmora -11.)"_s);
     }
 
     void aResultCodeGivesItsErrorOrTheGeneralOne_data()
@@ -86,7 +77,7 @@ private Q_SLOTS:
         };
         for (qint64 result = -5; result <= 40; ++result)
             row(result);
-        // Values whose low 32 bits are those of a known code must not pass for it.
+        // A value is not a known code when only its low 32 bits equal that code.
         constexpr qint64 beyond = qint64(1) << 32;
         for (const qint64 result :
              {beyond + 11, -beyond + 13, std::numeric_limits<qint64>::min(), std::numeric_limits<qint64>::max()})
@@ -109,13 +100,6 @@ private Q_SLOTS:
         QCOMPARE(PelmoraError::errorForCode(13).description(), PelmoraError::readerError().description());
         QCOMPARE(PelmoraError::errorForCode(25).description(), PelmoraError::vitaleReadError().description());
         QCOMPARE(PelmoraError::errorForCode(25).description().value_or(QString()).count(u'\n'), 1);
-    }
-
-    void errorsAreEqualWhenDomainAndCodeAre()
-    {
-        QCOMPARE(PelmoraError::noReader(), PelmoraError::noReader());
-        QVERIFY(PelmoraError::noReader() != PelmoraError::badReader());
-        QVERIFY(PelmoraError::noReader() != Error(u"XML"_s, -20));
     }
 };
 

@@ -10,7 +10,6 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -31,8 +30,9 @@ constexpr qint64 patience = 1000;
 
 /// The result of parsing a card's XML: the insured person's name in brackets, "no beneficiary", "general error", or
 /// "refused" by the XML parser.
-QString outcomeOf(const std::expected<XmlDocument, Error>& document)
+QString outcomeOf(const QString& text)
 {
+    const std::expected<XmlDocument, Error> document = XmlDocument::fromText(text);
     if (!document)
         return document.error().domain() == XmlDocument::errorDomain ? u"refused"_s : u"(another domain)"_s;
     const std::expected<CardRecord, Error> record = parseCardDocument(&*document);
@@ -43,28 +43,10 @@ QString outcomeOf(const std::expected<XmlDocument, Error>& document)
     return u'[' + record->text(CardKey::lastName).value_or(u"(absent)"_s) + u']';
 }
 
-QString outcomeOfText(const QString& text)
-{
-    return outcomeOf(XmlDocument::fromText(text));
-}
-
-/// The same for a file's bytes; "undecodable" when they do not match their encoding.
-QString outcomeOfBytes(const QByteArray& bytes)
-{
-    const std::optional<QString> text = decodeXmlBytes(bytes);
-    return text ? outcomeOfText(*text) : u"undecodable"_s;
-}
-
-/// A card of one person with this name, raw.
+/// A card of one person with this name, which is not escaped.
 QString cardOf(const QString& lastName)
 {
     return CardXml::card(CardXml::person(lastName));
-}
-
-QByteArray encoded(QStringConverter::Encoding encoding, const QString& text)
-{
-    QStringEncoder encoder(encoding, QStringConverter::Flag::WriteBom);
-    return encoder(text);
 }
 
 QString entityBomb()
@@ -203,9 +185,7 @@ private Q_SLOTS:
 
         row("wrong root", u"<autre/>"_s, u"no beneficiary"_s);
         row("no beneficiary", CardXml::card(u""_s), u"no beneficiary"_s);
-        for (const int count : {1, 11, 12, 20, 200, 500})
-            row(qPrintable(u"%1 beneficiaries"_s.arg(count)), manyPersons(count), u"[NOM %1]"_s.arg(count));
-        row("501 beneficiaries", manyPersons(501), u"general error"_s);
+        row("500 beneficiaries", manyPersons(500), u"[NOM 500]"_s);
         row("249,000 beneficiaries",
             u"<T_AsnDonneesVitale><listeBenef>%1</listeBenef></T_AsnDonneesVitale>"_s.arg(
                 QString(u"<T_AsnBeneficiaire/>"_s).repeated(249'000)),
@@ -231,7 +211,7 @@ private Q_SLOTS:
         QFETCH(QString, expected);
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(outcomeOfText(text), expected);
+        QCOMPARE(outcomeOf(text), expected);
         QVERIFY2(timer.elapsed() < patience, qPrintable(u"%1 ms"_s.arg(timer.elapsed())));
     }
 
@@ -288,53 +268,20 @@ private Q_SLOTS:
         const QString text = before + asMuchAsAllowed(piece) + after;
         QElapsedTimer timer;
         timer.start();
-        QVERIFY(!outcomeOfText(text).isEmpty());
+        // A document of this size has too many tags, if its pieces have any.
+        QCOMPARE(outcomeOf(text), piece.contains(u'<') ? u"refused"_s : u"no beneficiary"_s);
         QVERIFY2(timer.elapsed() < patience, qPrintable(u"%1 ms"_s.arg(timer.elapsed())));
     }
 
-    void aDecodedTextIsParsedWhateverEncodingItDeclares_data()
-    {
-        QTest::addColumn<QString>("encoding");
-        for (const char* name : {"UTF-8", "UTF-16", "UTF-16LE", "UTF-16BE", "UCS-4", "ISO-8859-1", "ISO-8859-15",
-                                 "windows-1252", "US-ASCII", "EBCDIC-FR", "Shift_JIS", "inconnu"})
-            QTest::newRow(name) << QString::fromLatin1(name);
-    }
-
-    void aDecodedTextIsParsedWhateverEncodingItDeclares()
-    {
-        QFETCH(QString, encoding);
-        QCOMPARE(outcomeOfText(u"<?xml version='1.0' encoding='%1'?>"_s.arg(encoding) + cardOf(u"Zoé €"_s)),
-                 u"[Zoé €]"_s);
-    }
-
-    void bytesAreDecodedAsDeclaredAndInvalidOnesRefused_data()
+    void bytesGiveTheExpectedResultWithinASecond_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("expected");
         const auto row = [](const char* name, const QByteArray& bytes, const QString& expected) {
             QTest::newRow(name) << bytes << expected;
         };
-        const QString card = cardOf(u"Zoé €"_s);
-        const auto inBytes = [](const QByteArray& encoding, const QByteArray& name) {
-            const QByteArray declaration =
-                encoding.isEmpty() ? QByteArray() : "<?xml version='1.0' encoding='" + encoding + "'?>";
-            return declaration + cardOf(u"@"_s).toLatin1().replace('@', name);
-        };
-        row("UTF-8", card.toUtf8(), u"[Zoé €]"_s);
-        row("UTF-8 with a mark", encoded(QStringConverter::Utf8, card), u"[Zoé €]"_s);
-        row("UTF-16LE", encoded(QStringConverter::Utf16LE, card), u"[Zoé €]"_s);
-        row("UTF-16BE", encoded(QStringConverter::Utf16BE, card), u"[Zoé €]"_s);
-        row("ISO-8859-1", inBytes("ISO-8859-1", "Zo\xE9"), u"[Zoé]"_s);
-        row("windows-1252", inBytes("windows-1252", "Zo\xE9 \x80"), u"[Zoé €]"_s);
-        row("invalid UTF-8", inBytes("", "Zo\xE9"), u"undecodable"_s);
-        row("overlong UTF-8", inBytes("UTF-8", "\xC0\xAF"), u"undecodable"_s);
-        row("surrogate in UTF-8", inBytes("UTF-8", "\xED\xA0\x80"), u"undecodable"_s);
-        row("UTF-8 cut short", QByteArray("<a>Zo\xC3"), u"undecodable"_s);
-        row("unknown encoding", inBytes("inconnu", "A"), u"undecodable"_s);
-        row("NUL", inBytes("", QByteArray("A\0B", 3)), u"refused"_s);
-        row("NUL after the root", inBytes("", "A") + QByteArray(1, '\0'), u"refused"_s);
+        row("NUL", cardOf(u"A%1B"_s.arg(QChar(0))).toUtf8(), u"refused"_s);
         row("zeros", QByteArray(4096, '\0'), u"refused"_s);
-        row("empty", QByteArray(), u"refused"_s);
         row("mark alone", QByteArray("\xEF\xBB\xBF"), u"refused"_s);
         row("100 MB", QByteArray(100'000'000, ' '), u"refused"_s);
         row("16 MiB of one value", "<a>" + QByteArray(16 * 1024 * 1024 - 7, 'x') + "</a>", u"no beneficiary"_s);
@@ -342,13 +289,14 @@ private Q_SLOTS:
             u"refused"_s);
     }
 
-    void bytesAreDecodedAsDeclaredAndInvalidOnesRefused()
+    // The encodings are tested where bytes are decoded.
+    void bytesGiveTheExpectedResultWithinASecond()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, expected);
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(outcomeOfBytes(bytes), expected);
+        QCOMPARE(outcomeOf(decodeXmlBytes(bytes).value()), expected);
         QVERIFY2(timer.elapsed() < patience, qPrintable(u"%1 ms"_s.arg(timer.elapsed())));
     }
 
@@ -374,8 +322,8 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString pipe = folder.filePath(u"secret"_s);
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-        // Opening the pipe for reading would block the parser. A reader that had come and gone would be counted.
-        QCOMPARE(outcomeOfText(pattern.arg(pipe)), expected);
+        // Opening the pipe for reading would block the parser. Opening it for writing fails while it has no reader.
+        QCOMPARE(outcomeOf(pattern.arg(pipe)), expected);
         QCOMPARE(::open(QFile::encodeName(pipe).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC), -1);
     }
 
@@ -383,8 +331,8 @@ private Q_SLOTS:
     {
         const QString card = manyPersons(2);
         for (qsizetype size = 0; size < card.size(); ++size)
-            QCOMPARE(outcomeOfText(card.first(size)), u"refused"_s);
-        QCOMPARE(outcomeOfText(card), u"[NOM 2]"_s);
+            QCOMPARE(outcomeOf(card.first(size)), u"refused"_s);
+        QCOMPARE(outcomeOf(card), u"[NOM 2]"_s);
     }
 };
 

@@ -24,6 +24,11 @@ bool writeFile(const QString& path, const QByteArray& content)
            file.write(content) == content.size();
 }
 
+QStringList namesIn(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
 unsigned modeOf(const QString& path)
 {
     struct stat status = {};

@@ -11,8 +11,8 @@ using TestRun = int (*)(int argc, char** argv);
 /// Called during static initialisation. Always true.
 bool addRunnableTests(const char* name, TestRun run);
 
-/// Adds a class of tests to its program: `template class RunnableTests<tst_Name, QCoreApplication>;` Application is
-/// the application object that the tests need; void is none.
+/// Adds a class of tests to its program: `template class RunnableTests<tst_Name, QCoreApplication>;`
+/// Application is the type of the application object that the tests need, or void when they need no such object.
 template <typename Tests, typename Application>
 class RunnableTests
 {

@@ -16,8 +16,8 @@ private Q_SLOTS:
     void initTestCase_data();
 };
 
-/// Announces any number of messages during its life, while QTest::ignoreMessage() announces one. There is
-/// one object at a time.
+/// Announces any number of messages during its life, while QTest::ignoreMessage() announces one. Only one object may
+/// exist at a time.
 class AnnouncedMessages
 {
 public:

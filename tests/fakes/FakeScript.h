@@ -8,8 +8,8 @@
 #include <initializer_list>
 #include <optional>
 
-/// What the fake card service does. It does well whatever is not said here. The names of commands, of the fields of
-/// replies, and of behaviours are those of the channel and of fake-card-service.cpp.
+/// What the fake card service does. By default it replies correctly. The names of commands and of reply fields are
+/// those of the channel. The names of behaviours are those in fake-card-service.cpp.
 class FakeScript
 {
 public:
@@ -26,7 +26,7 @@ public:
     {
         return with({"--list", "readers_list", "Readers", names.join(u'|')});
     }
-    /// A list of readers with items that are no texts; its texts are "A" and "Feitian SCR301".
+    /// A list of readers with items that are not texts; its texts are "A" and "Feitian SCR301".
     [[nodiscard]] FakeScript oddReaders() const { return with({"--odd-list", "readers_list", "Readers"}); }
 
     /// It answers a command with an error, and with that result code if one is given.
@@ -58,20 +58,20 @@ public:
         return with({"--unset", command, key});
     }
 
-    /// After its reply to a command it tells these states of its reader.
+    /// After its reply to a command it reports these states of its reader.
     [[nodiscard]] FakeScript telling(QAnyStringView command, const QStringList& states) const
     {
         return with({"--state", command, states.join(u'|')});
     }
 
-    /// Its replies wait until there are so many, and then go out last first.
+    /// It keeps its replies until it has that many, and then sends them in reverse order.
     [[nodiscard]] FakeScript reversing(int replies) const { return with({"--reverse", QString::number(replies)}); }
-    /// It goes on running when its input ends.
+    /// It keeps running when its input ends.
     [[nodiscard]] FakeScript ignoringTheEnd() const { return with({"--ignore-end"}); }
-    /// It behaves so at that start only, counted from 1, and well at the others.
+    /// It follows the script at that start only, counted from 1. At the others it replies correctly.
     [[nodiscard]] FakeScript onlyAtStart(int start) const { return with({"--starts", QString::number(start)}); }
 
-    /// The arguments that tell the program all this.
+    /// The script as arguments of the program.
     [[nodiscard]] const QStringList& arguments() const { return m_arguments; }
 
 private:

@@ -23,14 +23,14 @@ public:
     explicit FakeService(FakeScript script = {})
         : m_script(std::move(script))
     {
-        // Services only write to a file that exists: one that starts late must not put a file into a folder that is
-        // being removed.
+        // Services only write to a file that exists. So a service that starts late does not create a file in a folder
+        // that is being removed.
         QFile record(recordPath());
         if (!record.open(QIODevice::WriteOnly))
             qWarning("The fake card service's record cannot be made");
     }
 
-    /// How to start it. A service may be started several times, with other scripts too; all note in one record.
+    /// The command that starts it. It may be started several times, also with other scripts. All use the same record.
     [[nodiscard]] ServiceCommand command() const { return command(m_script); }
     [[nodiscard]] ServiceCommand command(const FakeScript& script) const
     {
@@ -38,7 +38,7 @@ public:
                 QStringList{QStringLiteral("--record"), recordPath()} + script.arguments()};
     }
 
-    /// What was noted so far, a line each.
+    /// The lines of the record so far.
     [[nodiscard]] QStringList notes() const
     {
         QFile file(recordPath());
@@ -76,7 +76,7 @@ public:
     /// Path for a file of the test's own.
     [[nodiscard]] QString filePath(const QString& name) const { return m_folder.filePath(name); }
 
-    /// Whether a process is gone, or dead and only waiting for its parent to notice.
+    /// Whether a process has ended. A zombie process has.
     [[nodiscard]] static bool isDead(pid_t process)
     {
         QFile file(QStringLiteral("/proc/%1/stat").arg(process));
@@ -86,7 +86,7 @@ public:
         return content.isEmpty() || content.sliced(content.lastIndexOf(')') + 2).startsWith('Z');
     }
 
-    /// Whether a process is gone, and its parent has noticed that.
+    /// Whether a process has ended and its parent has reaped it.
     [[nodiscard]] static bool isReaped(pid_t process) { return ::kill(process, 0) != 0; }
 
 private:

@@ -1,5 +1,5 @@
-// attestation-viewer CARD.xml: the viewer alone, on a card's page. Each line of its standard input is the file of
-// another card, which takes the place of the last in the same window.
+// attestation-viewer CARD.xml: the viewer without the rest of the application. It shows the page of a card. Each line
+// of standard input is the path of another card file, which replaces the previous one in the same window.
 #include "app/models/CardFile.h"
 #include "attestation/page/SchemeLogos.h"
 #include "attestation/print/PrintDesk.h"

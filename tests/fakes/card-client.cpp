@@ -1,5 +1,5 @@
-// An application that binds to the card service of its arguments, says so on its standard output, and then stays until
-// it is killed.
+// An application that binds to the card service in its arguments, prints "bound" or "failed", and then waits until it
+// is killed.
 #include "card/client/LVitAccess.h"
 
 #include <QStringList>

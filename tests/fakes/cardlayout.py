@@ -1,8 +1,9 @@
 """The files of invented cards: {application: {file identifier: content}}, all of them bytes.
 
 specimen_files() is a card of the layout that resources/card/maps/specimen.json describes, made of a card's XML;
-second_generation_files() has the few public facts of a second-generation card around invented content, and
-completed_second_generation_files() the rest, too, in places that are invented.
+second_generation_files() is a second-generation card: its structure follows the few public facts, its content is
+invented.
+completed_second_generation_files() also has the rest of the data, in invented places.
 """
 
 import pathlib
@@ -12,7 +13,7 @@ import xml.etree.ElementTree as ElementTree
 SPECIMEN_IDENTITY_APPLICATION = b'\xf0PELMORA\x01'
 SPECIMEN_RIGHTS_APPLICATION = b'\xf0PELMORA\x02'
 
-# Of the specimen layout: the file that tells cards apart, and the others in the order in which they are read.
+# The files of the specimen layout: the one that identifies the card, then the others in the order of reading.
 SPECIMEN_SERIAL = (SPECIMEN_IDENTITY_APPLICATION, b'\x00\x01')
 SPECIMEN_PERSONS = (SPECIMEN_IDENTITY_APPLICATION, b'\x00\x02')
 SPECIMEN_COVERAGE = (SPECIMEN_RIGHTS_APPLICATION, b'\x00\x01')
@@ -36,12 +37,12 @@ def tlv(tag, *values):
 
 
 def packed(digits):
-    """Two digits a byte; an odd one is filled up with F."""
+    """Two digits per byte. An odd number of digits is padded with F."""
     return bytes.fromhex(digits + 'F' * (len(digits) % 2))
 
 
 def latin(text):
-    """As a card pads its names: to eight bytes at least, with blanks."""
+    """A name as a card pads it: with blanks, to eight bytes at least."""
     return text.encode('latin-1').ljust(8)
 
 
@@ -55,7 +56,7 @@ def year_first(date):
 
 
 def _object(element, path, tag, form):
-    """The data object of an element's text; nothing when the element is not there."""
+    """The data object of an element's text; empty when the element is missing."""
     found = element.find(path)
     return b'' if found is None else tlv(tag, form(found.text or ''))
 
@@ -92,18 +93,18 @@ def _rights(beneficiary, number):
 
 
 def _padded(content, filler):
-    """As files have a fixed size: the rest of a 64-byte row was never written."""
+    """The content, padded to a multiple of 64 bytes: files have a fixed size, and their end was never written."""
     return content + filler * (-len(content) % 64)
 
 
 def specimen_files(xml):
-    """The specimen layout's files for a card's XML, text or bytes. Every element that has a place there is carried."""
+    """The specimen layout's files for a card's XML, text or bytes. They have every element that has a place there."""
     card = ElementTree.fromstring(xml)
     beneficiaries = list(enumerate(card.findall('listeBenef/T_AsnBeneficiaire'), 1))
     contents = {
         SPECIMEN_SERIAL: tlv('66', _object(card, 'tech/numSerie', '5A', packed)),
         SPECIMEN_PERSONS: b''.join(_person(beneficiary, number) for number, beneficiary in beneficiaries),
-        # Not in the persons' order: what binds them is their number on the card.
+        # Not in the persons' order: the records are matched by the person's number on the card.
         SPECIMEN_COVERAGE: b''.join(_coverage(beneficiary, number) for number, beneficiary in beneficiaries[::-1]),
         SPECIMEN_RIGHTS: b''.join(_rights(beneficiary, number) for number, beneficiary in beneficiaries),
     }
@@ -122,8 +123,8 @@ def pointers(applications, named):
 
 
 def second_generation_files():
-    """A second-generation card: a pointers file, two persons in two files, a file that is no TLV, and one that is
-    named but refused (its content is the status word 6982, as a number)."""
+    """A second-generation card: a pointers file, two persons in two files, a file that is not TLV, and one that is
+    named but refused. The content of that one is the status word 6982, as a number."""
     administration = bytes.fromhex('D250000004') + b'Ad\xe8le\x01\x01'
     directory = pointers({b'\x10\x01': VITALE_APPLICATION, b'\x10\x02': administration},
                          [(b'PERSONNE', b'\x10\x01', b'\x20\x10'), (b'PERSONN2', b'\x10\x01', b'\x20\x11'),
@@ -140,8 +141,8 @@ def second_generation_files():
 
 
 def completed_second_generation_files(xml):
-    """A second-generation card with what no open source tells of, in invented files and tags, for a card's XML: one
-    coverage for all persons, as the insured one's, and the numbers without their keys."""
+    """A second-generation card for a card's XML. Data without a public description are in invented files and tags.
+    All persons have the insured person's coverage. The numbers have no keys."""
     beneficiaries = ElementTree.fromstring(xml).findall('listeBenef/T_AsnBeneficiaire')
     persons = [tlv('65',
                    _object(beneficiary, 'ident/nomUsuel', '80', latin),
@@ -164,7 +165,7 @@ def completed_second_generation_files(xml):
 
 
 def _write(files, folder):
-    """Each readable file as FOLDER/APPLICATION/FILE, names in hexadecimal."""
+    """Writes each readable file as FOLDER/APPLICATION/FILE, with names in hexadecimal."""
     for application, contents in files.items():
         place = pathlib.Path(folder, application.hex())
         place.mkdir(parents=True)

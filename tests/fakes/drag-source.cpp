@@ -1,6 +1,6 @@
-// drag-source FILE: a window at the bottom left of the screen that the file can be dragged from with the left button,
-// as from a file manager. It prints where on the screen to begin, "dragging" once the drag has begun, "accepts" or
-// "refuses" at each word of a window that the file is over, and "dropped" or "cancelled" at the end.
+// drag-source FILE: a window at the bottom left of the screen, from which the file can be dragged with the left button,
+// as from a file manager. It prints the point of the screen where the drag must begin, "dragging" when the drag has
+// begun, "accepts" or "refuses" for each answer of a window below the file, and "finished" or "cancelled" at the end.
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QDrag>
@@ -27,7 +27,7 @@ void say(const char* text)
     std::fflush(stdout);
 }
 
-/// Hears what the windows say that the file is over.
+/// Prints the answers of the windows below the dragged file.
 class Ear final : public QAbstractNativeEventFilter
 {
 public:

@@ -1,16 +1,16 @@
 // A card service program that behaves as its arguments say:
-//   --record FILE            notes in this file, which exists, its process number, the requests (as JSON) and the end
-//   of its
-//                            input, a line each
-//   --do COMMAND BEHAVIOUR   how it answers a command ("any" stands for all); the behaviours are the table below
+//   --record FILE            writes its process number, the requests (as JSON) and the end of its input to this file,
+//                            which exists, a line each
+//   --do COMMAND BEHAVIOUR   how it answers a command ("any" stands for all); the behaviours are in the table below
 //   --at-start BEHAVIOUR     what it does before it reads anything
 //   --set COMMAND KEY TEXT   a text in the reply to a command; --unset COMMAND KEY leaves a field out
 //   --number COMMAND KEY N, --list COMMAND KEY A|B|C, --bytes COMMAND KEY HEX   the same with other types
 //   --odd-list COMMAND KEY   an array of a number, a text, null and another text
-//   --state COMMAND A|B      after the reply to COMMAND it tells these states of its reader
-//   --reverse N              replies wait until there are N, and then go out last first
-//   --ignore-end             stays when its input ends
-//   --starts N,N             behaves so at these starts with that record, counted from 1, and well at the others
+//   --state COMMAND A|B      after the reply to COMMAND it reports these states of its reader
+//   --reverse N              it keeps its replies until it has N, and then sends them in reverse order
+//   --ignore-end             it keeps running when its input ends
+//   --starts N,N             it follows the arguments at these starts with that record, counted from 1; at the others
+//                            it replies correctly
 #include "card/wire/ServiceMessage.h"
 #include "card/wire/ServiceVocabulary.h"
 
@@ -82,13 +82,13 @@ QByteArray hugeItem()
         sayToErrors(wave);
 }
 
-/// Lines that fit a pipe and are more than is read at a time, and an unended one.
+/// Writes lines that fit into a pipe but need more than one read, and one line without an end.
 void sayLastWords()
 {
     sayToErrors(QByteArray("une ligne de quarante-neuf lettres, ou presque...\n").repeated(1000) + "derniers mots");
 }
 
-/// A child that does something with the pipes for as long as a test needs, not longer.
+/// Starts a child process that uses the pipes. It ends by itself, later than a test needs it.
 void leaveAChild(void (*work)())
 {
     constexpr unsigned childLife = 20; // seconds
@@ -209,10 +209,10 @@ struct Script
     QFile record;
     QHash<QString, QString> behaviours; // by command
     QHash<QString, QCborMap> replies;   // by command
-    QHash<QString, QStringList> states; // told after the reply, by command
+    QHash<QString, QStringList> states; // reported after the reply, by command
     QString atStart;
     int reverse = 0;
-    QStringList starts; // none stands for all
+    QStringList starts; // empty: all starts
     bool ignoresEnd = false;
 
     /// How often a service was started with that record before.
@@ -248,7 +248,7 @@ void setStandardReplies(Script& script)
     script.replies[ServiceWord::vitaleRead].insert(ServiceWord::fundCodeLibelle, u"CPAM SPECIMEN"_s);
 }
 
-/// Takes one option and its values off the list; false when it is not known.
+/// Removes one option and its values from the list. False when the option is unknown or invalid.
 bool takeOption(QStringList& arguments, Script& script)
 {
     const QString option = arguments.takeFirst();

@@ -1,6 +1,6 @@
 /*
- * A reading library with one fault, which its file is named after ("hangs-in-readers.so"); any other name has none. Its
- * card is always there.
+ * A reading library with one fault. The name of its file is the name of the fault ("hangs-in-readers.so"); with another
+ * name it has no fault. Its card is always present.
  */
 #define _GNU_SOURCE
 #include "include/pelmora/reading-library.h"
@@ -57,7 +57,7 @@ static int give(struct pelmora_reading_text* text, const char* content)
     return PELMORA_READING_OK;
 }
 
-/* A text without a null byte at its end, as a compiler would not let memcpy overrun. */
+/* Copies a text without its null byte. Not with memcpy: the compiler would report that it overruns the buffer. */
 static void put(char* bytes, const char* content)
 {
     while (*content != '\0')

@@ -4,8 +4,8 @@
 
 #include <string_view>
 
-// Copies or removes a folder, and is there to be killed meanwhile: folder-worker copy SOURCE DESTINATION, folder-worker
-// remove FOLDER.
+// Copies or removes a folder, so that a test can kill it meanwhile: folder-worker copy SOURCE DESTINATION,
+// folder-worker remove FOLDER.
 int main(int argc, char* argv[])
 {
     if (argc == 4 && std::string_view(argv[1]) == "copy")

@@ -5,8 +5,7 @@
 
 using namespace Qt::StringLiterals;
 
-// An application that does nothing but ask at its launch whether to move; its window then tells where it runs from, and
-// with which arguments.
+// An application that only asks at its launch whether to move. Then its window shows the program's path and arguments.
 int main(int argc, char* argv[])
 {
     const QApplication application(argc, argv);

@@ -1,6 +1,6 @@
 /*
- * An allocator to preload in the place of the C library's, whose blocks that one does not know. Nothing is used twice:
- * what is left in a block that was given back stays there.
+ * An allocator to preload instead of the C library's, which does not know its blocks. No memory is used twice: the
+ * content of a freed block is not overwritten.
  */
 #include <errno.h>
 #include <stdalign.h>
@@ -13,7 +13,7 @@ static const size_t smallest = alignof(max_align_t);
 static alignas(max_align_t) char pool[64 * 1024 * 1024];
 static size_t used;
 
-/* The size of a block stands before it. */
+/* The size of a block is stored before it. */
 static size_t* size_of(void* block)
 {
     return (size_t*)(void*)((char*)block - sizeof(size_t));
@@ -24,7 +24,7 @@ static void* take(size_t alignment, size_t size)
     const size_t most = sizeof pool / 2;
     if (size > most || alignment > most)
         return NULL;
-    /* Room for the size, for what is lost to the alignment, and for the next size to be aligned. */
+    /* Room for the size, the alignment and the block, rounded up so that the next block's size is aligned. */
     const size_t room = (smallest + alignment + size + smallest - 1) / smallest * smallest;
     const size_t start = __atomic_fetch_add(&used, room, __ATOMIC_RELAXED);
     if (start > sizeof pool - room)
@@ -50,7 +50,7 @@ void free(void* block)
     (void)block;
 }
 
-/* Never used before, and thus zero. */
+/* The memory was never used before, so it is zero. */
 void* calloc(size_t count, size_t size)
 {
     return size != 0 && count > SIZE_MAX / size ? NULL : malloc(count * size);

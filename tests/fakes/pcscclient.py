@@ -1,7 +1,8 @@
 """A program that uses a card reader beside Pelmora. Usage: pcscclient.py exclusive|transaction|reset|watch READER
 
-It takes the reader, for itself alone or for a transaction, says "ready", and lets go at each line that it is sent; or it
-resets the card at each such line. It says "done" after each. Or it says "present" and "empty" as cards come and go."""
+With "exclusive" or "transaction" it reserves the reader, and releases it at a line of input. With "reset" it resets the
+card at each line. It prints "ready" first, and "done" after each line. With "watch" it prints "ready", and then
+"present" or "empty" when a card is inserted or removed."""
 
 import ctypes
 import sys

@@ -10,7 +10,7 @@
 
 namespace {
 
-// As on a file system that has no unnamed files: vfat, most network ones, those of FUSE.
+// Like a file system without unnamed files: vfat, FUSE, and most network file systems.
 bool refuseUnnamedFiles()
 {
     const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
@@ -24,8 +24,8 @@ bool refuseUnnamedFiles()
 
 } // namespace
 
-// Writes a private file, and is there to be killed meanwhile: private-file-writer PATH SIZE CHARACTER [named], where
-// "named" is the way of file systems without unnamed files.
+// Writes a private file, so that a test can kill it meanwhile: private-file-writer PATH SIZE CHARACTER [named]. With
+// "named" it writes the file as on file systems without unnamed files.
 int main(int argc, char* argv[])
 {
     if (argc < 4 || (argc == 5 && (argv[4] != std::string_view("named") || !refuseUnnamedFiles())))

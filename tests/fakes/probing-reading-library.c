@@ -1,10 +1,10 @@
 /*
- * A reading library that tries, when it is opened, what a card service must not be able to do, and some that it must,
- * and tells as its version how each of them ended: "name=OK" or "name=ERRNO". Of the environment it takes
- *   PROBE_SOCKET    a socket of somebody's, with a path
- *   PROBE_ABSTRACT  another, without
- *   PROBE_DISPLAY   the X server's socket, which has both
- *   PROBE_SHARED    a file in shared memory that is there
+ * A reading library that, when it is opened, tries operations that a card service must not be able to do, and some that
+ * it must. Its version lists the results: "name=OK" or "name=ERRNO". It uses these environment variables:
+ *   PROBE_SOCKET    another program's socket with a path
+ *   PROBE_ABSTRACT  another program's abstract socket
+ *   PROBE_DISPLAY   the X server's socket, which has a path and an abstract name
+ *   PROBE_SHARED    an existing file in shared memory
  *   PROBE_SIBLING   the number of a process that it tries to end
  */
 #define _GNU_SOURCE
@@ -67,7 +67,7 @@ static void try_folder(const char* name, const char* folder, const char* file)
         rmdir(path);
 }
 
-/* With '@' in front a name without a path. */
+/* A name that begins with '@' is abstract: it has no path. */
 static struct sockaddr_un address_of(const char* name, socklen_t* size)
 {
     struct sockaddr_un address = {.sun_family = AF_UNIX};
@@ -89,7 +89,7 @@ static void try_connection(const char* name, const char* there)
     close(made);
 }
 
-/* By the calls that name a receiver themselves. */
+/* With the calls that take the receiver's address. */
 static void try_to_send(const char* there)
 {
     socklen_t size = 0;
@@ -110,7 +110,7 @@ static void try_to_be_found(void)
     close(made);
 }
 
-/* A filter that would let every connection pass, answered by the library itself. */
+/* Tries to install a filter that allows all connections, with a listener in this library. */
 static void try_own_listener(void)
 {
     struct sock_filter pass = BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
@@ -119,7 +119,7 @@ static void try_own_listener(void)
     tell("listener", listener >= 0);
 }
 
-/* With a program of its own, as somebody would who has no library for that. */
+/* Tries to start a service of the session bus, with dbus-send instead of a D-Bus library. */
 static void try_to_start_outside(void)
 {
     const int status = system("exec dbus-send --session --dest=org.freedesktop.DBus /org/freedesktop/DBus "

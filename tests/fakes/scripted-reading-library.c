@@ -1,11 +1,11 @@
 /*
- * A reading library that does what the files beside it say. Of a function "read_card" it answers
- *   read_card.text    what is written, byte for byte; nothing without the file
- *   read_card.result  the number that is returned; PELMORA_READING_OK without the file
- *   read_card.length  the length that is claimed; that of the text without the file
- *   read_card.hang    if there: the function never returns
- *   interface.touch   if there, of that function alone: the library changes its own file
- * Each call becomes a line of the file "calls", where that may be written.
+ * A reading library that does what the files beside it say. For the function "read_card" these are
+ *   read_card.text    the text that is given, byte for byte; no text without the file
+ *   read_card.result  the number that is returned; without the file, PELMORA_READING_OK
+ *   read_card.length  the length that is reported; without the file, that of the text
+ *   read_card.hang    if it exists: the function never returns
+ *   interface.touch   if it exists, for this function only: the library changes its own file
+ * Each call adds a line to the file "calls", if that file can be written.
  */
 #define _GNU_SOURCE
 #include "include/pelmora/reading-library.h"
@@ -17,16 +17,28 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-static FILE* beside(const char* function, const char* what, const char* mode)
+static const char* own_file(void)
 {
-    char path[4096];
     static const char here;
     Dl_info self;
     if (dladdr(&here, &self) == 0)
-        return NULL;
-    const char* end = strrchr(self.dli_fname, '/');
-    snprintf(path, sizeof path, "%.*s/%s%s", (int)(end - self.dli_fname), self.dli_fname, function, what);
+        abort();
+    return self.dli_fname;
+}
+
+static FILE* beside(const char* function, const char* what, const char* mode)
+{
+    char path[4096];
+    const char* file = own_file();
+    snprintf(path, sizeof path, "%.*s/%s%s", (int)(strrchr(file, '/') - file), file, function, what);
     return fopen(path, mode);
+}
+
+static void hang_if_told(const char* function)
+{
+    FILE* hang = beside(function, ".hang", "r");
+    while (hang != NULL)
+        pause();
 }
 
 static long number(const char* function, const char* what, long otherwise)
@@ -52,9 +64,7 @@ static void record(const char* function, const char* details)
 static int act(const char* function, const char* details, struct pelmora_reading_text* text)
 {
     record(function, details);
-    FILE* hang = beside(function, ".hang", "r");
-    while (hang != NULL)
-        pause();
+    hang_if_told(function);
     FILE* file = text != NULL ? beside(function, ".text", "r") : NULL;
     if (file != NULL) {
         text->length = fread(text->bytes, 1, text->capacity, file);
@@ -70,17 +80,13 @@ static int act(const char* function, const char* details, struct pelmora_reading
 
 static void change_own_file(void)
 {
-    static const char here;
-    Dl_info self;
-    if (dladdr(&here, &self) != 0 && chmod(self.dli_fname, 0700) == 0)
-        chmod(self.dli_fname, 0755);
+    if (chmod(own_file(), 0700) == 0)
+        chmod(own_file(), 0755);
 }
 
 int pelmora_reading_interface(void)
 {
-    FILE* hang = beside("interface", ".hang", "r");
-    while (hang != NULL)
-        pause();
+    hang_if_told("interface");
     FILE* touch = beside("interface", ".touch", "r");
     if (touch != NULL) {
         fclose(touch);

@@ -1,6 +1,5 @@
-// A session manager of X11's kind, with clients that it can end. Prints its address, then "client" for each program
-// that joins the session. A line of input, "checkpoint" or "end", asks all of them to save their state, or to save it
-// and go.
+// An X11 session manager that can end its clients. It prints its address, then "client" for each program that joins the
+// session. The line of input "checkpoint" asks all clients to save their state; "end" asks them to save it and to exit.
 #include <cstdio>
 #include <cstdlib>
 #include <span>
@@ -12,12 +11,12 @@
 #include <poll.h>
 #include <unistd.h>
 
-// What session managers keep the network out with; no header of the library's declares it.
+// Session managers use it to refuse network connections. No header of the library declares it.
 extern "C" int _IceTransNoListen(const char* protocol); // NOLINT(bugprone-reserved-identifier)
 
 namespace {
 
-/// The session, as the library's callbacks share it.
+/// The session, which the library's callbacks share.
 struct Session
 {
     std::vector<SmsConn> clients;
@@ -41,12 +40,12 @@ void askToSave(SmsConn client, bool isEnd)
     SmsSaveYourself(client, SmSaveBoth, isEnd ? True : False, SmInteractStyleNone, False);
 }
 
-// What clients ask and say.
+// The callbacks for messages of clients.
 
 Status registerClient(SmsConn client, SmPointer /*session*/, char* previousId)
 {
     SmsRegisterClientReply(client, previousId != nullptr ? previousId : SmsGenerateClientID(client));
-    // As the protocol wants it for a new client.
+    // The protocol requires this for a new client.
     SmsSaveYourself(client, SmSaveLocal, False, SmInteractStyleNone, False);
     std::free(previousId);
     say("client");

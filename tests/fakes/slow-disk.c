@@ -1,5 +1,4 @@
-/* Preloaded into a program: a disk that takes its time. Each fdatasync waits until the file that SLOW_DISK names is
- * gone. */
+/* Preloaded into a program: a slow disk. Each fdatasync waits until the file that SLOW_DISK names is removed. */
 #define _GNU_SOURCE
 #include <stdlib.h>
 #include <sys/syscall.h>

@@ -1,4 +1,4 @@
-// unannounced-messages [TEST]: a test program whose tests send messages that they have announced, or not.
+// unannounced-messages [TEST]: a test program whose tests write messages, announced and unannounced ones.
 #include "tests/common/TestCase.h"
 
 #include <QTest>
@@ -8,7 +8,7 @@ class UnannouncedMessages : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    // A class has these of its own, and is watched all the same.
+    // Messages are checked also when a class has these functions.
     void initTestCase() {}
     void init() {}
 

@@ -1,7 +1,7 @@
-// A driver of pcscd for one reader with one slot, which asks a program of the test for everything: whether there is a
-// card, its answer to power, its answers to commands. Its device is that program's UNIX socket; one that is not there
-// is a reader that is unplugged. Each request is a connection of its own: a letter and what belongs to it; the answer
-// is the number of the result, two bytes with the first one first, and what belongs to it.
+// A driver of pcscd for one reader with one slot. It asks a program of the test whether there is a card, and for the
+// card's answers to power and to commands. Its device is that program's UNIX socket. When the socket does not exist,
+// the reader is unplugged. Each request is a connection of its own: a letter, and the data. The answer is the number of
+// the result in two bytes, the low byte first, and the data.
 #include <ifdhandler.h>
 #include <stdio.h>
 #include <string.h>
@@ -31,7 +31,8 @@ static int connectToDevice(void)
     return -1;
 }
 
-// The result's number. What belongs to it goes to the answer, whose size is its room before and its length afterwards.
+// Returns the result's number. The data are copied to the answer. Its size is the capacity before the call, and the
+// length of the data after it.
 static RESPONSECODE ask(char request, const UCHAR* data, DWORD size, UCHAR* answer, DWORD* answerSize)
 {
     UCHAR message[LongestMessage];

@@ -1,4 +1,4 @@
-"""A reader that can be unplugged, for unplug-driver.c: what its driver asks, it answers."""
+"""A reader that can be unplugged. It answers the requests of its driver, unplug-driver.c."""
 
 import os
 import socket
@@ -9,8 +9,8 @@ SUCCESS, POWER_FAILURE, COMMUNICATION_ERROR, TIMED_OUT, PRESENT, ABSENT = 0, 608
 
 
 class UnplugReader:
-    """A reader at a path; plugged in or not, with a card or not. `before` may hold, by the number of a command counted from
-    1, the result to give instead of an answer, or a function that returns it."""
+    """A reader at a path, plugged in or not, with a card or without. `before` maps the number of a command, counted
+    from 1, to a result that replaces the card's answer, or to a function that returns such a result."""
 
     def __init__(self, path):
         self.path = path
@@ -18,7 +18,7 @@ class UnplugReader:
         self.before = {}
         self.commands = 0
         self.server = None
-        self.looked = threading.Event()  # set whenever it is looked into
+        self.looked = threading.Event()  # set whenever the driver asks whether there is a card
 
     def __enter__(self):
         self.plug()
@@ -36,7 +36,7 @@ class UnplugReader:
     def unplug(self):
         if self.server is not None:
             os.remove(self.path)
-            # Wakes the thread that waits in it; what is asked of it meanwhile has no answer.
+            # Wakes the thread that waits in accept(). Requests that arrive meanwhile get no answer.
             self.server.shutdown(socket.SHUT_RDWR)
             self.server.close()
             self.server = None
@@ -62,7 +62,7 @@ class UnplugReader:
                     if server is self.server:
                         connection.send(struct.pack("<H", code) + data)
                 except OSError:
-                    pass  # the driver waits no longer
+                    pass  # the driver no longer waits
 
     def answer(self, request, data):
         card = self.card

@@ -1,4 +1,4 @@
-"""A card that is a program, for the virtual readers of a PC/SC service, and the ways in which a card can fail."""
+"""A simulated card for the virtual readers of a PC/SC service, and the ways in which a card can fail."""
 
 import os
 import socket
@@ -10,11 +10,11 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from cardlayout import specimen_files  # noqa: E402
 
-# What cards say of themselves when they are powered: one that speaks T=0, and one that speaks T=1.
+# Answers to reset: of a card with the protocol T=0, and of one with T=1.
 PATIENT_CARD = bytes.fromhex("3B751300004409EA9000")
 BLOCK_CARD = bytes.fromhex("3B800181")
 NO_CARD_AT_ALL = bytes(2)
-# One byte more than may be: the card is there, but is not understood when it is powered.
+# One byte more than allowed: the card is present, but powering it fails.
 UNPOWERABLE = bytes(34)
 
 OK = b"\x90\x00"
@@ -31,7 +31,7 @@ class Removed(Exception):
 
 
 class Insertion(threading.Thread):
-    """A card's stay in a reader: one connection, which ends with it."""
+    """A card's stay in a reader: one connection, which is closed when the card is removed."""
 
     def __init__(self, card, port):
         super().__init__(daemon=True)
@@ -84,11 +84,12 @@ class Insertion(threading.Thread):
 
 
 class VirtualCard:
-    """A card of files, {application: {file identifier: bytes, or the status word of a refusal}}.
+    """A card with files, {application: {file identifier: bytes, or the status word of a refusal}}.
 
-    What a SELECT has to say is kept ready (61xx), unless the card speaks T=1. `before` may hold, by the number of a
-    command counted from 1, what is called with the stay before that command is answered (below); what it returns, if
-    anything, is the answer. `after` may hold what is called once the answer is on its way.
+    The answer to a SELECT is kept for GET RESPONSE (61xx), unless the card uses T=1. `before` maps the number of a
+    command, counted from 1, to a function that is called before that command is answered. If the function returns
+    bytes, they are the answer. `after` maps such a number to a function that is called when the answer has been sent.
+    The argument of both is the Insertion. Some such functions are at the end of this file.
     """
 
     def __init__(self, files, atr=PATIENT_CARD, delay=0.0, corrects_lengths=False, end_status=None,
@@ -96,11 +97,11 @@ class VirtualCard:
         self.files = files
         self.atr = atr
         self.delay = delay                        # seconds that each command takes
-        self.corrects_lengths = corrects_lengths  # a read beyond the end is told how much there is (6Cxx)
-        self.end_status = end_status              # of a read that meets the end: 6282, for those that say it
-        self.most = most                          # bytes that a read gives at a time
-        self.beyond = beyond                      # what a read says that begins at the end
-        self.tells_size = tells_size              # whether a file's selection tells how long it is
+        self.corrects_lengths = corrects_lengths  # a read beyond the end gets the number of available bytes (6Cxx)
+        self.end_status = end_status              # of a read that reaches the end: 6282, on cards that use it
+        self.most = most                          # bytes that one read returns at most
+        self.beyond = beyond                      # status of a read that begins at the end
+        self.tells_size = tells_size              # whether the answer to a file's selection has the file's size
         self.before = {}
         self.after = {}
         self.commands = []
@@ -113,19 +114,19 @@ class VirtualCard:
             return cls(specimen_files(file.read()), **options)
 
     def insert(self, port):
-        """Puts it in, and waits until that is noticed, as it is when the reader was seen empty before."""
+        """Inserts it and waits until it is powered. It is powered only when the service saw the reader empty before."""
         self.slip_in(port)
         if not self.stay.powered.wait(timeout=15):
-            raise AssertionError("the card is not noticed")
+            raise AssertionError("the card was not powered within 15 seconds")
 
     def slip_in(self, port):
-        """Puts it in."""
+        """Inserts it without waiting."""
         self.commands = []
         self.forget()
         self.stay = Insertion(self, port)
 
     def remove(self):
-        """Takes it out, and waits until it is."""
+        """Removes it and waits until it is removed."""
         if self.stay is not None:
             self.stay.end()
             if self.stay is not threading.current_thread():
@@ -208,7 +209,7 @@ class VirtualCard:
         return there + (self.end_status if self.end_status and len(there) < size else OK)
 
 
-# What may happen before a command is answered, or after.
+# Functions for `before` and `after`.
 
 def remove(_stay):
     raise Removed
@@ -225,7 +226,7 @@ def saying(answer):
 
 
 def swap_for(other, port):
-    """Another card takes its place, faster than the service looks."""
+    """Another card replaces it, before the service checks the reader again."""
     def swap(stay):
         stay.end()
         other.slip_in(port)

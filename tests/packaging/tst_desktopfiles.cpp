@@ -17,7 +17,7 @@ namespace {
 const QString id = u"com.morvel.Pelmora"_s;
 const QString share = QStringLiteral(PELMORA_STAGE "/share/");
 
-/// The launcher's values; those of its menu with their group before the key.
+/// The launcher's values. The keys of its menu begin with their group.
 QMap<QString, QString> launcherEntries()
 {
     QMap<QString, QString> entries;
@@ -36,7 +36,7 @@ QString description()
     return textOfFile(share + u"metainfo/"_s + id + u".metainfo.xml"_s);
 }
 
-// What the expression's first group finds in a text.
+// The text that the first group of an expression matches.
 QString found(const QString& text, const QString& expression)
 {
     return QRegularExpression(expression).match(text).captured(1);
@@ -52,7 +52,7 @@ QStringList optionsIn(const QString& page)
     return options;
 }
 
-// The words of a text that are names of packages, sorted, without some.
+// The names of packages in a text, sorted, without the given ones.
 QStringList packagesIn(QString text, const QStringList& without)
 {
     text.remove(QRegularExpression(u"#.*|\\([^)]*\\)|,"_s));
@@ -128,7 +128,7 @@ private Q_SLOTS:
 
     void theDebianPackageIsBuiltWithWhatTheScriptsInstall()
     {
-        // The compiler is on every machine that makes packages; Qt's French texts are for running only.
+        // Every machine that makes packages has the compiler. Qt's French texts are needed only at run time.
         const QString scripts = textOfFile(QStringLiteral(PELMORA_SOURCE "/tools/packages.sh"));
         const QStringList installed =
             packagesIn(found(scripts, u"(?s)\nbuild_packages=\\((.*?)\n\\)"_s), {u"g++"_s, u"qt6-translations-l10n"_s});
@@ -150,7 +150,7 @@ private Q_SLOTS:
             const QString path = u"%1icons/hicolor/%2x%2/apps/%3.png"_s.arg(share).arg(side).arg(id);
             const QImage icon(path);
             QCOMPARE(icon.size(), QSize(side, side));
-            // Something is drawn, and its corners are left out.
+            // The corner is transparent, and the centre is drawn.
             QCOMPARE(qAlpha(icon.pixel(0, 0)), 0);
             QCOMPARE(qAlpha(icon.pixel(side / 2, side / 2)), 255);
         }

@@ -14,7 +14,7 @@ namespace {
 
 const QDir sources(QStringLiteral(PELMORA_SOURCE));
 
-// Where a heading is found, as the web pages that show such documents name it.
+// The anchors of the headings, as web pages that show such documents name them.
 QStringList anchors(const QString& document)
 {
     QStringList names;

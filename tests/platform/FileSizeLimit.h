@@ -2,7 +2,7 @@
 
 #include <sys/resource.h>
 
-/// Until the end of the test, the program's files can grow to that many bytes. Writing more fails as on a full disk,
+/// During its life, the program's files can grow to that many bytes. Writing more fails as on a full disk,
 /// or ends the program if it does not ignore SIGXFSZ.
 class FileSizeLimit
 {

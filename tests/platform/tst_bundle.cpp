@@ -1,4 +1,5 @@
 #include "platform/Bundle.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -23,19 +24,14 @@ private:
     QString folderWithInformation(const QByteArray& content)
     {
         const QString path = m_folder.filePath(QString::number(++m_count));
-        QDir().mkdir(path);
-        QFile file(path + u"/Info.plist"_s);
-        if (file.open(QIODevice::WriteOnly))
-            file.write(content);
-        return path;
+        return writeFile(path + u"/Info.plist"_s, content) ? path : QString();
     }
 
 private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_folder.isValid());
-        QFile file(m_folder.filePath(u"01.svg"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(writeFile(m_folder.filePath(u"01.svg"_s), {}));
         QVERIFY(QDir(m_folder.path()).mkdir(u"folder.svg"_s));
     }
 

@@ -118,11 +118,6 @@ private Q_SLOTS:
         QVERIFY(!errorInValue(QVariant()).has_value());
         QVERIFY(!errorInValue(QVariant(u"Pelmora"_s)).has_value());
     }
-
-    void theDefaultCentreIsShared()
-    {
-        QCOMPARE(&NotificationCenter::defaultCenter(), &NotificationCenter::defaultCenter());
-    }
 };
 
 template class RunnableTests<tst_NotificationCenter, void>;

@@ -110,10 +110,7 @@ private Q_SLOTS:
     void aFileOfGarbageReadsAsEmpty()
     {
         const QString path = newFile();
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray(1000, '\xFF') + QByteArray(10, '\0') + "[[[==\nKey");
-        file.close();
+        QVERIFY(writeFile(path, QByteArray(1000, '\xFF') + QByteArray(10, '\0') + "[[[==\nKey"));
         QVERIFY(!UserDefaults(path).object(u"Absent"_s).isValid());
     }
 
@@ -136,10 +133,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, lines);
         const QString path = newFile();
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("[Key]\n" + lines);
-        file.close();
+        QVERIFY(writeFile(path, "[Key]\n" + lines));
         const QVariant read = UserDefaults(path).object(u"Key"_s);
         QCOMPARE(read.typeId(), int{QMetaType::QVariantList});
         QTEST(read.toList(), "array");

@@ -71,7 +71,8 @@ private Q_SLOTS:
     void theDeclaredEncodingOfADecodedTextIsIgnored_data()
     {
         QTest::addColumn<QString>("encoding");
-        for (const char* name : {"UTF-8", "ISO-8859-1", "windows-1252", "UTF-16", "US-ASCII", "no-such-encoding"})
+        for (const char* name : {"UTF-8", "UTF-16", "UTF-16LE", "UTF-16BE", "UCS-4", "ISO-8859-1", "ISO-8859-15",
+                                 "windows-1252", "US-ASCII", "EBCDIC-FR", "Shift_JIS", "no-such-encoding"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
 

@@ -4,7 +4,7 @@
 #include "prefs/PaneViewController.h"
 #include "prefs/settings/MVSettings.h"
 #include "prefs/settings/StandardPreferences.h"
-#include "tests/card/client/LogCapture.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/TestCase.h"
 
 #include <QScrollArea>

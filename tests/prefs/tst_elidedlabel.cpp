@@ -14,7 +14,7 @@ class tst_ElidedLabel final : public TestCase
 private:
     const QString m_text = u"/home/specimen/Documents/Attestations Pelmora"_s;
 
-    // The text that is drawn in a width.
+    // A picture of the label at this width.
     static QImage drawn(ElidedLabel& label, int width)
     {
         label.resize(width, label.sizeHint().height());

@@ -46,7 +46,8 @@ private:
     std::unique_ptr<LVitAccessPrefs> m_pane;
     QStringList m_binds; // the outcomes in the notifications
 
-    /// A bind under way keeps its client until the service ends, and its end is told here, not in the next test.
+    /// Deletes the pane and the client. A bind in progress keeps the client, so the services are killed. The bind's
+    /// notification is then delivered here and not in the next test.
     void endClient()
     {
         m_pane.reset();
@@ -260,7 +261,7 @@ private Q_SLOTS:
         prepare(behaviour);
         const auto isAnswered = std::make_shared<std::atomic<bool>>(false);
         m_pane->paneWillAppear();
-        // This request follows the pane's own.
+        // This request is answered after the pane's own.
         m_client->getReadersWithCompletionHandler([isAnswered](bool, auto&&...) { *isAnswered = true; });
         QTRY_VERIFY(*isAnswered);
         QCoreApplication::processEvents();

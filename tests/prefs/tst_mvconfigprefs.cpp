@@ -149,7 +149,6 @@ private Q_SLOTS:
         button.setChecked(true);
         m_pane->changeStatusItemPrefs(&button);
         QCOMPARE(m_statusItem.requests, (QStringList{u"hide, stored on"_s, u"show, stored on"_s}));
-        // Partially checked.
         button.setCheckState(Qt::PartiallyChecked);
         m_pane->changeStatusItemPrefs(&button);
         QCOMPARE(m_statusItem.requests.constLast(), u"hide, stored on"_s);

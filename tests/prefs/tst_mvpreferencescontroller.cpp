@@ -211,7 +211,7 @@ private Q_SLOTS:
         };
         QCOMPARE(afterKeys(u"Ctrl+Tab"_s), u"b"_s);
         QCOMPARE(m_controller->toolbar().selectedItemIdentifier(), u"b"_s);
-        // Screen readers say the focused button.
+        // Screen readers announce the focused button.
         QCOMPARE(QApplication::focusWidget(), button(u"b"_s));
         QCOMPARE(afterKeys(u"Ctrl+Tab"_s), u"c"_s);
         QCOMPARE(afterKeys(u"Ctrl+Tab"_s), u"a"_s);

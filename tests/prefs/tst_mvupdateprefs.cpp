@@ -95,11 +95,11 @@ private Q_SLOTS:
         QCOMPARE(m_pane->lastCheckTextField()->text(), QString());
     }
 
-    void withoutAnUpdaterNothingIsShownAndNothingDone()
+    void withoutAnUpdaterNoDateIsShownAndTheButtonIsDisabled()
     {
         m_pane->initialization();
         QCOMPARE(m_pane->lastCheckTextField()->text(), QString());
-        m_pane->checkForUpdateNow(nullptr);
+        QVERIFY(!control<QPushButton>(*m_pane, "checkNowButton")->isEnabled());
     }
 
     void aDeletedUpdaterIsTreatedAsNone()

@@ -116,7 +116,7 @@ private Q_SLOTS:
         QVERIFY(!m_b->paneView()->isVisible());
         QCOMPARE(seen(), QColor(Qt::green));
 
-        // The next change removes it.
+        // The next change removes the second pane.
         click(u"a"_s);
         QCOMPARE(notes(), (QStringList{u"b will disappear"_s, u"a will appear"_s}));
         QTRY_VERIFY(!isFading());
@@ -133,7 +133,7 @@ private Q_SLOTS:
         QCOMPARE(m_controller->currentPane(), m_a);
         QCOMPARE(subviews(), views({m_b, m_a}));
         QTRY_COMPARE(m_notes.size(), 8);
-        // Both fades have that view as the lowest one.
+        // At both clicks the first pane was the lowest view, so it gets the messages of the hidden pane.
         QCOMPARE(notes(),
                  (QStringList{u"a will disappear"_s, u"b will appear"_s, u"a will disappear"_s, u"a will appear"_s,
                               u"a did disappear"_s, u"b did appear"_s, u"a did disappear"_s, u"a did appear"_s}));

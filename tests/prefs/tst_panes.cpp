@@ -8,6 +8,7 @@
 #include "prefs/PaneToolbar.h"
 #include "prefs/StatusItemControl.h"
 #include "tests/common/RunnableTests.h"
+#include "tests/common/TextSize.h"
 #include "tests/prefs/PaneTest.h"
 
 #include <QApplication>
@@ -56,25 +57,6 @@ constexpr std::array expectedPanes{
                  "'MVUpdatePrefs' initialization", "'MVUpdatePrefs' paneWillAppear"},
 };
 
-// The texts that are cut.
-QStringList cutTexts(const QWidget& window)
-{
-    QStringList cut;
-    for (const QWidget* widget : window.findChildren<QWidget*>()) {
-        const auto* label = qobject_cast<const QLabel*>(widget);
-        const bool shows =
-            label || qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget);
-        // An elided label has its whole text in its tool tip.
-        if (!shows || !widget->isVisible() || !widget->toolTip().isEmpty())
-            continue;
-        const bool wraps = label && label->wordWrap();
-        const int height = wraps ? label->heightForWidth(widget->width()) : widget->sizeHint().height();
-        if (widget->height() < height || widget->width() < (wraps ? 0 : widget->sizeHint().width()))
-            cut.append(widget->objectName() + widget->accessibleName());
-    }
-    return cut;
-}
-
 // Places where texts break the rules of French typography.
 QStringList badTypography(const QString& text)
 {
@@ -101,7 +83,6 @@ class tst_Panes final : public PaneTest
 
 private:
     NoStatusItem m_statusItem;
-    QFont m_font;
     QPalette m_palette;
     std::vector<std::shared_ptr<PaneViewController>> m_panes;
     std::unique_ptr<MVPreferencesController> m_controller;
@@ -140,7 +121,6 @@ private Q_SLOTS:
     void init()
     {
         begin();
-        m_font = QApplication::font();
         m_palette = QApplication::palette();
         const auto client = std::make_shared<LVitAccess>(ServiceCommand{m_folder->filePath(u"absent"_s), {}});
         m_panes = {std::make_shared<MVConfigPrefs>(*m_settings, m_statusItem, m_bundle),
@@ -152,7 +132,6 @@ private Q_SLOTS:
     {
         m_controller.reset();
         m_panes.clear();
-        QApplication::setFont(m_font);
         QApplication::setPalette(m_palette);
         end();
     }
@@ -233,9 +212,7 @@ private Q_SLOTS:
     void noTextIsCut()
     {
         QFETCH(const double, textSize);
-        QFont font = m_font;
-        font.setPointSizeF(font.pointSizeF() * textSize);
-        QApplication::setFont(font);
+        const ScaledText text(textSize);
         QVERIFY(open());
         QStringList problems = cutTexts(m_controller->toolbar());
         forEachShown([&](PaneViewController& pane) {
@@ -253,9 +230,7 @@ private Q_SLOTS:
 
     void onlyTextsThatTheScreenHasNoRoomForAreScrolled()
     {
-        QFont font = m_font;
-        font.setPointSizeF(font.pointSizeF() * 4);
-        QApplication::setFont(font);
+        const ScaledText text(4);
         QVERIFY(open());
         const QSize screen = QGuiApplication::primaryScreen()->availableSize();
         const QSize content = m_controller->contentView()->size();
@@ -265,9 +240,7 @@ private Q_SLOTS:
 
     void atFourTimesTheTextSizeTheKeyboardReachesAll()
     {
-        QFont font = m_font;
-        font.setPointSizeF(font.pointSizeF() * 4);
-        QApplication::setFont(font);
+        const ScaledText text(4);
         QVERIFY(open());
         QStringList problems;
         forEachShown([&](PaneViewController& pane) {
@@ -303,7 +276,7 @@ private Q_SLOTS:
                 if (widget->accessibleName().isEmpty() && (!button || button->text().isEmpty()))
                     problems.append(widget->objectName() + u" has no name"_s);
                 if (!(widget->focusPolicy() & Qt::TabFocus))
-                    problems.append(widget->objectName() + u" is out of reach"_s);
+                    problems.append(widget->objectName() + u" cannot be reached with Tab"_s);
             }
             if (controls == 0)
                 problems.append(pane.paneName() + u" has no controls"_s);

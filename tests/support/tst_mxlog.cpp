@@ -97,14 +97,13 @@ private Q_SLOTS:
         MXLog::logDump(reinterpret_cast<const std::byte*>(data.constData()), 0, "{}", 7);
         MXLog::logData(data, "{}", 8);
         MXLog::logData(std::nullopt, "{}", 9);
+        log.setLineWriter([](MXLog::Level /*level*/, std::string_view /*line*/) {});
         const std::vector<Line> expected{
             {1, "1"}, {2, "2"}, {3, "3"},
             {4, "4"}, {5, "5"}, {6, "6"},
             {6, "7"}, {6, "8"}, {6, "|41" + std::string(46, ' ') + "|A" + std::string(15, ' ') + "|\n"}};
         QVERIFY(lines == expected);
     }
-
-    void theDefaultLoggerIsShared() { QCOMPARE(&MXLog::defaultLogger(), &MXLog::defaultLogger()); }
 
     void atTheDefaultThresholdNeitherDebugMessagesNorDumpsAreWritten()
     {

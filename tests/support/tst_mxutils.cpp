@@ -1,7 +1,7 @@
 #include "platform/NativePath.h"
-#include "support/MXLog.h"
 #include "support/MXUtils.h"
 #include "tests/common/Files.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -10,9 +10,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <string>
-#include <vector>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,20 +22,16 @@ class tst_MXUtils : public TestCase
 
 private:
     QTemporaryDir m_folder;
-    std::vector<std::string> m_lines;
+    LogCapture m_log;
 
 private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_folder.isValid());
-        MXLog::defaultLogger().setLineWriter([this](MXLog::Level level, std::string_view line) {
-            m_lines.push_back(std::to_string(level) + ' ' + std::string(line));
-        });
-        QFile file(m_folder.filePath(u"file"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(writeFile(m_folder.filePath(u"file"_s), {}));
     }
 
-    void init() { m_lines.clear(); }
+    void init() { m_log.clear(); }
 
     void anExistingFolderIsUsable()
     {
@@ -50,7 +43,7 @@ private Q_SLOTS:
     {
         QVERIFY(!MXUtils::checkFolderAtPath(m_folder.filePath(u"file"_s), true));
         QVERIFY(QFile::exists(m_folder.filePath(u"file"_s)));
-        QVERIFY(m_lines.empty());
+        QCOMPARE(m_log.lines(), QStringList());
     }
 
     void aMissingFolderIsMadeOnlyOnRequest()
@@ -102,8 +95,9 @@ private Q_SLOTS:
     {
         const QString path = m_folder.filePath(u"file/below"_s);
         QVERIFY(!MXUtils::checkFolderAtPath(path, true));
-        QCOMPARE(m_lines,
-                 std::vector<std::string>{"2 Error on folder create '" + path.toStdString() + "' : Not a directory"});
+        const QStringList expected{u"Error on folder create '"_s + path + u"' : Not a directory"_s};
+        QCOMPARE(m_log.lines(), expected);
+        QCOMPARE(m_log.lines(MXLog::Error), expected);
     }
 
     void aTildeIsNotReplacedByTheHome()

@@ -2,6 +2,18 @@
 
 using namespace Qt::StringLiterals;
 
+UpdateConfiguration configurationOf(const QUrl& feed, const SigningKey& key, const QString& folder)
+{
+    UpdateConfiguration configuration;
+    configuration.feed = feed;
+    configuration.publicKey = key.publicKey();
+    configuration.version = u"1.0"_s;
+    configuration.shortVersion = u"1.0"_s;
+    configuration.systemVersion = u"2.36"_s;
+    configuration.folder = folder;
+    return configuration;
+}
+
 UpdateFixture::UpdateFixture()
 {
     publish();
@@ -9,14 +21,12 @@ UpdateFixture::UpdateFixture()
 
 void UpdateFixture::publish(const QByteArray& version, const QByteArray& more)
 {
-    FeedItem item;
-    item.version = version;
-    item.shortVersion = version;
-    item.url = m_server.address(u"/pelmora.deb"_s).toEncoded();
-    item.length = QByteArray::number(package().size());
-    item.signature = m_key.sign(package());
-    item.more = more;
-    setFeed(feedXml(itemXml(item)));
+    setFeed(feedXml(itemXml({.version = version,
+                             .shortVersion = version,
+                             .url = m_server.address(u"/pelmora.deb"_s).toEncoded(),
+                             .length = QByteArray::number(package().size()),
+                             .signature = m_key.sign(package()),
+                             .more = more})));
     m_server.setAnswer(u"/pelmora.deb"_s, UpdateServer::ok("application/octet-stream", package()));
 }
 
@@ -37,12 +47,5 @@ QString UpdateFixture::settingsPath() const
 
 UpdateConfiguration UpdateFixture::configuration() const
 {
-    UpdateConfiguration configuration;
-    configuration.feed = m_server.address(u"/feed"_s);
-    configuration.publicKey = m_key.publicKey();
-    configuration.version = u"1.0"_s;
-    configuration.shortVersion = u"1.0"_s;
-    configuration.systemVersion = u"2.36"_s;
-    configuration.folder = folder();
-    return configuration;
+    return configurationOf(m_server.address(u"/feed"_s), m_key, folder());
 }

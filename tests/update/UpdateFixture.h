@@ -7,6 +7,9 @@
 
 #include <QTemporaryDir>
 
+/// The configuration of a program of version 1.0.
+[[nodiscard]] UpdateConfiguration configurationOf(const QUrl& feed, const SigningKey& key, const QString& folder);
+
 /// A server on loopback that publishes version 2.0, and the configuration of a program of version 1.0 that uses it.
 class UpdateFixture
 {

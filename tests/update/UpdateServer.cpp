@@ -29,7 +29,7 @@ qint64 bytesWaitingIn(const QTcpSocket* socket)
     return socket->bytesToWrite() + (encrypted == nullptr ? 0 : encrypted->encryptedBytesToWrite());
 }
 
-// After all earlier bytes have been sent.
+// Breaks the connection after all earlier bytes have been sent.
 void reset(QTcpSocket* socket)
 {
     auto* timer = new QTimer(socket);

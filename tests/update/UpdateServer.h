@@ -34,7 +34,7 @@ public:
 
     CertificateAuthority();
 
-    /// False when the system's tools failed.
+    /// False when openssl has failed.
     [[nodiscard]] bool isValid() const { return !m_certificate.isNull(); }
     [[nodiscard]] const QSslCertificate& certificate() const { return m_certificate; }
     [[nodiscard]] Identity identity(Kind kind) const;

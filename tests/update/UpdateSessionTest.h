@@ -1,9 +1,8 @@
 #pragma once
 
+#include "tests/common/Files.h"
 #include "tests/common/TestCase.h"
-#include "tests/update/FeedXml.h"
-#include "tests/update/SigningKey.h"
-#include "tests/update/UpdateServer.h"
+#include "tests/update/UpdateFixture.h"
 #include "update/UpdateSession.h"
 
 #include <QDir>
@@ -19,8 +18,8 @@ inline const QByteArray samplePackage(200'000, 'p');
 inline constexpr auto feedType = "application/rss+xml; charset=utf-8";
 inline constexpr auto packageType = "application/octet-stream";
 
-/// Shared by the tests of searches and downloads: a server on loopback, over TLS, which publishes version 2.0
-/// again for each test, and a configuration of version 1.0 that uses it.
+/// Shared by the tests of sessions, searches and downloads. Each test has a new server on loopback, which uses TLS and
+/// publishes version 2.0, and the configuration of a program of version 1.0.
 class UpdateSessionTest : public TestCase
 {
     Q_OBJECT
@@ -35,20 +34,9 @@ protected:
     QString m_folder = m_home.filePath(QStringLiteral("updates"));
     std::unique_ptr<UpdateServer> m_server;
 
-    [[nodiscard]] static QStringList entriesBelow(const QString& folder)
-    {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    }
-
     [[nodiscard]] UpdateConfiguration configuration(const QUrl& feed) const
     {
-        UpdateConfiguration configuration;
-        configuration.feed = feed;
-        configuration.publicKey = m_key.publicKey();
-        configuration.version = QStringLiteral("1.0");
-        configuration.shortVersion = QStringLiteral("1.0");
-        configuration.systemVersion = QStringLiteral("2.36");
-        configuration.folder = m_folder;
+        UpdateConfiguration configuration = configurationOf(feed, m_key, m_folder);
         configuration.limits.feedSize = 50'000;
         configuration.limits.redirects = 3;
         return configuration;
@@ -89,10 +77,8 @@ protected:
     [[nodiscard]] static State downloaded(UpdateSession& session) { return ended(session, &UpdateSession::download); }
     [[nodiscard]] static State ended(UpdateSession& session, void (UpdateSession::*begin)())
     {
-        QSignalSpy changes(&session, &UpdateSession::stateChanged);
         (session.*begin)();
-        while (!isOver(session.state()) && changes.wait(20'000)) {
-        }
+        (void)QTest::qWaitFor([&session] { return isOver(session.state()); }, 20'000);
         return session.state();
     }
 
@@ -106,7 +92,7 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY2(m_authority.isValid() && !m_identity.certificate.isNull(), "openssl makes no certificates");
+        QVERIFY2(m_authority.isValid() && !m_identity.certificate.isNull(), "openssl could not make the certificates");
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
         configuration.addCaCertificate(m_authority.certificate());
         QSslConfiguration::setDefaultConfiguration(configuration);

@@ -62,7 +62,7 @@ private Q_SLOTS:
         QCOMPARE(downloaded(session), State::Failed);
         QCOMPARE(textOf(session.failure()), textOf(failure));
         QCOMPARE(session.packagePath(), QString());
-        QCOMPARE(entriesBelow(m_folder), QStringList());
+        QCOMPARE(namesIn(m_folder), QStringList());
     }
 
     void aSignatureOfAnotherFileOrMakerIsRefused_data()
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QCOMPARE(searched(session), State::Available);
         QCOMPARE(downloaded(session), State::Failed);
         QCOMPARE(session.failure(), UpdateFailure::WrongSignature);
-        QCOMPARE(entriesBelow(m_folder), QStringList());
+        QCOMPARE(namesIn(m_folder), QStringList());
     }
 
     void aPackageFromAServerWithoutAValidCertificateIsRefused()
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QCOMPARE(downloaded(session), State::Failed);
         QCOMPARE(session.failure(), UpdateFailure::Certificate);
         QCOMPARE(other.requests().size(), 0);
-        QCOMPARE(entriesBelow(m_folder), QStringList());
+        QCOMPARE(namesIn(m_folder), QStringList());
     }
 
     void aFullDiskLeavesNothing()
@@ -108,7 +108,7 @@ private Q_SLOTS:
         }
         QCOMPARE(state, State::Failed);
         QCOMPARE(session.failure(), UpdateFailure::DiskFull);
-        QCOMPARE(entriesBelow(m_folder), QStringList());
+        QCOMPARE(namesIn(m_folder), QStringList());
     }
 
     void aFolderThatCannotBeWrittenToIsReported()

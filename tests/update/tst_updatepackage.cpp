@@ -12,15 +12,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QStringList entriesOf(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}
-
-} // namespace
-
 class tst_UpdatePackage : public TestCase
 {
     Q_OBJECT
@@ -60,7 +51,7 @@ private Q_SLOTS:
             QVERIFY(!(*package)->write("content"));
             QCOMPARE(QFileInfo((*package)->path()).size(), 7);
         }
-        QCOMPARE(entriesOf(m_folder), QStringList());
+        QCOMPARE(namesIn(m_folder), QStringList());
     }
 
     void aKeptPackageIsRemovedByTheNextOne()
@@ -76,7 +67,7 @@ private Q_SLOTS:
         const auto next = UpdatePackage::create(m_folder, u"b.deb"_s);
         QVERIFY(next.has_value());
         QVERIFY(!QFileInfo::exists(path));
-        QCOMPARE(entriesOf(m_folder).size(), 1);
+        QCOMPARE(namesIn(m_folder).size(), 1);
     }
 
     void otherFilesInTheFolderAreKept()
@@ -85,7 +76,7 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(m_home.filePath(u"elsewhere/kept"_s)));
         QVERIFY(QFile::link(m_home.filePath(u"elsewhere"_s), m_folder + "/package-link"_L1));
         QVERIFY(UpdatePackage::create(m_folder, u"a.deb"_s).has_value());
-        QCOMPARE(entriesOf(m_folder), (QStringList{u"other"_s, u"package-link"_s}));
+        QCOMPARE(namesIn(m_folder), (QStringList{u"other"_s, u"package-link"_s}));
         QVERIFY(QFileInfo::exists(m_home.filePath(u"elsewhere/kept"_s)));
     }
 
@@ -102,10 +93,9 @@ private Q_SLOTS:
 
     void aFolderThatCannotBeMadeIsReported()
     {
-        QFile file(m_home.filePath(u"file"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(UpdatePackage::create(file.fileName() + "/updates"_L1, u"a.deb"_s).error(),
-                 UpdateFailure::CannotWrite);
+        const QString file = m_home.filePath(u"file"_s);
+        QVERIFY(writeFile(file, {}));
+        QCOMPARE(UpdatePackage::create(file + "/updates"_L1, u"a.deb"_s).error(), UpdateFailure::CannotWrite);
         QCOMPARE(UpdatePackage::create(u"/proc/self/updates"_s, u"a.deb"_s).error(), UpdateFailure::CannotWrite);
     }
 };

@@ -2,6 +2,7 @@
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/gui/Desktop.h"
+#include "tests/update/ButtonIn.h"
 #include "tests/update/UpdateFixture.h"
 #include "update/UpdateRun.h"
 #include "update/UpdateWindow.h"
@@ -9,7 +10,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -37,12 +37,8 @@ QString shownHeadline()
 void press(const QString& text)
 {
     const UpdateWindow* window = shownWindow();
-    if (window == nullptr)
-        return;
-    for (QPushButton* button : window->findChildren<QPushButton*>()) {
-        if (button->isVisible() && button->text() == text)
-            return button->click();
-    }
+    if (QPushButton* button = window == nullptr ? nullptr : buttonIn(*window, text))
+        button->click();
 }
 
 } // namespace

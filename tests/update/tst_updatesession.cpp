@@ -2,7 +2,7 @@
 #include "tests/update/UpdateSessionTest.h"
 
 #include <QCoreApplication>
-#include <QFile>
+#include <QFileInfo>
 
 #include <functional>
 
@@ -23,17 +23,15 @@ private Q_SLOTS:
         QSignalSpy progress(&session, &UpdateSession::progressed);
         QCOMPARE(searched(session), State::Available);
         QCOMPARE(session.item().version, u"2.0"_s);
-        QCOMPARE(entriesBelow(m_home.path()), QStringList());
+        QCOMPARE(namesIn(m_home.path()), QStringList());
 
         QCOMPARE(downloaded(session), State::Ready);
         const QList<State> expected{State::Checking, State::Available, State::Downloading, State::Verifying,
                                     State::Ready};
         QCOMPARE(states, expected);
         QCOMPARE(progress.last().first().toLongLong(), samplePackage.size());
-        QFile file(session.packagePath());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), samplePackage);
-        QCOMPARE(QFileInfo(file).fileName(), u"pelmora.deb"_s);
+        QCOMPARE(contentOf(session.packagePath()), samplePackage);
+        QCOMPARE(QFileInfo(session.packagePath()).fileName(), u"pelmora.deb"_s);
     }
 
     void aReadyPackageIsKeptAfterItsSession()
@@ -99,10 +97,10 @@ private Q_SLOTS:
         QSignalSpy progress(&session, &UpdateSession::progressed);
         session.download();
         QVERIFY(progress.wait());
-        QCOMPARE(entriesBelow(m_folder).size(), 1);
+        QCOMPARE(namesIn(m_folder).size(), 1);
         session.cancelDownload();
         QCOMPARE(session.state(), State::Available);
-        QCOMPARE(entriesBelow(m_folder), QStringList());
+        QCOMPARE(namesIn(m_folder), QStringList());
 
         publish(*m_server);
         QCOMPARE(downloaded(session), State::Ready);
@@ -117,7 +115,7 @@ private Q_SLOTS:
                 QMetaObject::invokeMethod(&session, &UpdateSession::cancelDownload, Qt::QueuedConnection);
         });
         QCOMPARE(downloaded(session), State::Available);
-        QCOMPARE(entriesBelow(m_folder), QStringList());
+        QCOMPARE(namesIn(m_folder), QStringList());
         disconnect(cancel);
         QCOMPARE(downloaded(session), State::Ready);
     }
@@ -133,9 +131,21 @@ private Q_SLOTS:
             session.download();
             QVERIFY(progress.wait());
         }
-        QCOMPARE(entriesBelow(m_folder), QStringList());
-        UpdateSession searching(configuration());
-        searching.start();
+        QCOMPARE(namesIn(m_folder), QStringList());
+    }
+
+    void aSessionCanBeDeletedDuringItsSearch()
+    {
+        m_server->setAnswer(u"/feed"_s, {{}, {}, Then::Stall, false});
+        {
+            UpdateSession session(configuration());
+            session.start();
+            QTRY_COMPARE(m_server->requests().size(), 1);
+            QCOMPARE(session.state(), State::Checking);
+        }
+        publish(*m_server);
+        UpdateSession next(configuration());
+        QCOMPARE(searched(next), State::Available);
     }
 
     void aSessionDeletedDuringTheVerificationLeavesNoFiles()
@@ -150,7 +160,7 @@ private Q_SLOTS:
         session.reset();
         // The result of the verification arrives after the session's end.
         QCoreApplication::processEvents();
-        QCOMPARE(entriesBelow(m_folder), QStringList());
+        QCOMPARE(namesIn(m_folder), QStringList());
     }
 
     void requestsContainNothingThatIdentifiesTheUser()

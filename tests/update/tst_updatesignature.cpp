@@ -1,9 +1,9 @@
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/update/SigningKey.h"
 #include "update/UpdateSignature.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -19,8 +19,8 @@ private:
 
     [[nodiscard]] QString fileWith(const QByteArray& content) const
     {
-        QFile file(m_folder.filePath(u"package"_s));
-        return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() ? file.fileName() : QString();
+        const QString path = m_folder.filePath(u"package"_s);
+        return writeFile(path, content) ? path : QString();
     }
 
     [[nodiscard]] std::optional<UpdateFailure> faultOf(const QByteArray& content, const QByteArray& signedContent) const

@@ -1,5 +1,7 @@
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
+#include "tests/common/TextSize.h"
+#include "tests/update/ButtonIn.h"
 #include "tests/update/UpdateFixture.h"
 #include "update/UpdateSession.h"
 #include "update/UpdateWindow.h"
@@ -34,19 +36,9 @@ QStringList seenIn(const UpdateWindow& window)
     return seen;
 }
 
-QPushButton* buttonIn(const UpdateWindow& window, const QString& text)
+bool reaches(const UpdateSession& session, State state)
 {
-    const QList<QPushButton*> buttons = window.findChildren<QPushButton*>();
-    const auto found = std::ranges::find(buttons, text, &QPushButton::text);
-    return found == buttons.end() ? nullptr : *found;
-}
-
-bool reaches(UpdateSession& session, State state)
-{
-    QSignalSpy changes(&session, &UpdateSession::stateChanged);
-    while (session.state() != state && changes.wait(20'000)) {
-    }
-    return session.state() == state;
+    return QTest::qWaitFor([&] { return session.state() == state; }, 20'000);
 }
 
 } // namespace
@@ -268,25 +260,10 @@ private Q_SLOTS:
     void noTextIsCutAtAnyTextSize()
     {
         QFETCH(const double, scale);
-        const QFont usual = QApplication::font();
-        QFont scaled = usual;
-        scaled.setPointSizeF(usual.pointSizeF() * scale);
-        QApplication::setFont(scaled);
+        const ScaledText text(scale);
         show(m_fixture->configuration());
-        const bool isAvailable = reaches(*m_session, State::Available);
-        // A layout can make a button narrower than its text.
-        QStringList cut;
-        for (const QPushButton* button : m_window->findChildren<QPushButton*>()) {
-            if (button->isVisible() && button->width() < button->sizeHint().width())
-                cut.append(button->text());
-        }
-        for (const QLabel* label : m_window->findChildren<QLabel*>()) {
-            if (label->height() < label->heightForWidth(label->width()))
-                cut.append(label->text());
-        }
-        QApplication::setFont(usual);
-        QVERIFY(isAvailable);
-        QCOMPARE(cut, QStringList());
+        QVERIFY(reaches(*m_session, State::Available));
+        QCOMPARE(cutTexts(*m_window), QStringList());
     }
 };
 

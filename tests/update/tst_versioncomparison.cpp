@@ -11,7 +11,7 @@ class tst_VersionComparison : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    // Each row is older than the next one.
+    // Each version is older than the next one.
     void versionPartsAreComparedAsNumbers()
     {
         const QStringList versions{u"0"_s,

@@ -4,7 +4,8 @@
 #include "card/CardKeys.h"
 #include "platform/Bundle.h"
 #include "platform/files/FailedWrites.h"
-#include "tests/card/client/LogCapture.h"
+#include "tests/common/Files.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
@@ -51,8 +52,7 @@ private:
     QString fileInTheWay() const
     {
         const QString path = m_folder.filePath(u"file"_s);
-        QFile file(path);
-        return file.open(QIODevice::WriteOnly) ? path : QString();
+        return writeFile(path, {}) ? path : QString();
     }
 
 private Q_SLOTS:
@@ -77,9 +77,7 @@ private Q_SLOTS:
     {
         const QString folder = m_folder.filePath(u"a/b"_s);
         QCOMPARE(savedIn(folder, recordOf(u"SPECIMEN"_s, u"Zoé"_s)).value(), folder + u"/SPECIMEN Zoé.pdf"_s);
-        QFile file(folder + u"/SPECIMEN Zoé.pdf"_s);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.readAll().startsWith("%PDF-1.4"));
+        QVERIFY(contentOf(folder + u"/SPECIMEN Zoé.pdf"_s).startsWith("%PDF-1.4"));
     }
 
     void blanksAndAccentsInThePathAreKept()
@@ -95,8 +93,7 @@ private Q_SLOTS:
         const QString folder = m_folder.filePath(u"twice"_s);
         QCOMPARE(savedIn(folder, recordOf(u"SPECIMEN"_s, u"Zoé"_s)).value(),
                  savedIn(folder, recordOf(u"SPECIMEN"_s, u"Zoé"_s)).value());
-        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-                 QStringList{u"SPECIMEN Zoé.pdf"_s});
+        QCOMPARE(namesIn(folder), QStringList{u"SPECIMEN Zoé.pdf"_s});
     }
 
     void aFolderThatCannotBeUsedIsTold_data()
@@ -127,7 +124,7 @@ private Q_SLOTS:
         const QString blocked = m_folder.filePath(u"blocked"_s);
         QVERIFY(QDir().mkpath(blocked + u"/SPECIMEN Paul.pdf"_s));
         QTest::newRow("a folder is in the way") << blocked << u"un dossier porte déjà ce nom"_s;
-        // Nobody may make files there, whoever runs the test; some machines mount it read-only.
+        // No user can create files there, not even root. Some machines mount it read-only.
         QTest::newRow("not allowed") << u"/sys"_s
                                      << (QStorageInfo(u"/sys"_s).isReadOnly() ? u"le disque est en lecture seule"_s
                                                                               : u"l’écriture n’y est pas autorisée"_s);
@@ -159,7 +156,7 @@ private Q_SLOTS:
             QCOMPARE(saved.error().kind, SaveFailure::Kind::WriteFailed);
         }
         QCOMPARE(QFileInfo(path).size(), size);
-        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+        QCOMPARE(namesIn(folder).size(), 1);
     }
 
     void aDocumentThatCouldNotBeMadeIsToldAndNothingIsWritten()

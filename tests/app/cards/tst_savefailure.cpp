@@ -67,7 +67,7 @@ private Q_SLOTS:
             QVERIFY(text.endsWith(u", puis enregistrez de nouveau."_s));
             texts.insert(text);
         }
-        // Another disk is the remedy for two of them.
+        // Two of the obstacles have the same remedy: another disk.
         QCOMPARE(texts.size(), static_cast<qsizetype>(obstacles.size()) - 1);
     }
 

@@ -26,7 +26,7 @@ private Q_SLOTS:
 
     void everyCharacterOfAPathIsKept()
     {
-        // Quoted for the command, and again for the file.
+        // The path is quoted for the command, and the result is escaped for the file.
         const QString launcher = launcherOfCopy(u"Exec=pelmora %f\nIcon=id\n"_s, uR"(/a "b" $c `d` \e 5%/P.app)"_s);
         QVERIFY2(launcher.contains(uR"(Exec="/a \\"b\\" \\$c \\`d\\` \\\\e 5%%/P.app/bin/pelmora" %f)"_s),
                  qPrintable(launcher));

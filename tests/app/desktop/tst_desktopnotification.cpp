@@ -67,7 +67,7 @@ private Q_SLOTS:
         notification.show(u"Carte lue"_s);
         QTRY_COMPARE(server.shown.size(), 1);
         QCOMPARE(server.shown.constLast(), u"Pelmora|0|com.morvel.Pelmora|Carte lue||0|1|-1"_s);
-        // The server's answer is still to be processed.
+        // The number is known only after the server's answer was processed.
         QTRY_VERIFY([&] {
             notification.show(u"Erreur"_s);
             return QTest::qWaitFor([&server] { return server.shown.constLast().startsWith(u"Pelmora|7|"); }, 100);

@@ -1,4 +1,5 @@
 #include "app/desktop/RuntimeFolder.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -106,9 +107,8 @@ private Q_SLOTS:
     void aFileIsRefused()
     {
         const QTemporaryDir parent;
-        QFile file(parent.filePath(u"fichier"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QVERIFY(!openPrivateFolder(file.fileName()).isValid());
+        QVERIFY(writeFile(parent.filePath(u"fichier"_s), {}));
+        QVERIFY(!openPrivateFolder(parent.filePath(u"fichier"_s)).isValid());
     }
 
 private:

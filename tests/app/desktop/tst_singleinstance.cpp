@@ -2,6 +2,7 @@
 #include "app/desktop/SingleInstance.h"
 #include "app/models/CommandLine.h"
 #include "tests/common/EventCount.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -35,12 +36,9 @@ class Folder
 public:
     [[nodiscard]] FileDescriptor open() const { return openPrivateFolder(m_folder.path()); }
     [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
-    [[nodiscard]] QStringList names() const
-    {
-        return QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
-    }
+    [[nodiscard]] QStringList names() const { return namesIn(m_folder.path()); }
 
-    /// A later start's claim, on another thread, while the first one's events are processed.
+    /// The claim of a later start. It runs on another thread, so that the caller can process the first start's events.
     [[nodiscard]] std::future<Claim> laterStart(const std::optional<QString>& card = {},
                                                 std::chrono::milliseconds patience = longPatience) const
     {
@@ -50,7 +48,7 @@ public:
         });
     }
 
-    /// Sends bytes that are not a message of a start; -1 when that fails.
+    /// Connects to the first start and sends these bytes, unless they are null. Invalid when that fails.
     [[nodiscard]] FileDescriptor guest(const QByteArray& message) const
     {
         FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
@@ -75,7 +73,7 @@ bool isReady(const std::future<Claim>& claim)
     return claim.wait_for(0s) == std::future_status::ready;
 }
 
-// Whether a simultaneous start reaches the first one.
+// Waits for a later start's claim. True when it has reached the first start.
 bool reachesTheFirst(std::future<Claim> later)
 {
     return QTest::qWaitFor([&later] { return isReady(later); }, 20'000) && later.get() == Claim::AlreadyRunning;
@@ -198,10 +196,8 @@ private Q_SLOTS:
     {
         // A killed instance leaves its files. Its lock is released.
         const Folder folder;
-        for (const QString& name : {u"pelmora-a.lock"_s, u"pelmora-a.socket"_s}) {
-            QFile file(folder.path(name));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-        }
+        for (const QString& name : {u"pelmora-a.lock"_s, u"pelmora-a.socket"_s})
+            QVERIFY(writeFile(folder.path(name), {}));
         SingleInstance first(folder.open(), u"a"_s);
         QCOMPARE(first.claim({}), Claim::First);
         first.startListening();
@@ -257,7 +253,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("message");
         QTest::newRow("text") << QByteArray("bonjour");
-        QTest::newRow("a megabyte") << QByteArray(100'000, 'a');
+        QTest::newRow("100,000 bytes") << QByteArray(100'000, 'a');
         QTest::newRow("empty") << QByteArray("");
     }
     void malformedMessagesAreDropped()

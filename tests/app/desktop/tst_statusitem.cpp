@@ -18,7 +18,7 @@ QMenu* statusMenu()
     const QWidgetList windows = QApplication::topLevelWidgets();
     const auto menu = std::ranges::find_if(windows, [](const QWidget* window) {
         const auto* const candidate = qobject_cast<const QMenu*>(window);
-        return candidate != nullptr && candidate->title() == StatusMenu::title;
+        return candidate != nullptr && candidate->title() == u"Pelmora"_s;
     });
     return menu == windows.end() ? nullptr : qobject_cast<QMenu*>(*menu);
 }
@@ -45,14 +45,15 @@ private Q_SLOTS:
         const StatusItem item({});
         const QMenu* const menu = statusMenu();
         QVERIFY(menu != nullptr);
-        QStringList texts;
-        for (const QAction* action : menu->actions())
-            texts.append(action->isSeparator() ? u"-"_s : action->text());
-        QCOMPARE(texts, (QStringList{u"Lecture de la carte Vitale"_s, u"Voir l'attestation"_s,
-                                     u"Imprimer l'attestation"_s, u"Enregistrer l'attestation"_s, u"-"_s,
-                                     u"Ouvrir le dossier des attestations"_s, u"-"_s, u"Quitter Pelmora"_s}));
-        for (const QAction* action : menu->actions())
-            QVERIFY(action->isEnabled() && action->shortcut().isEmpty());
+        const QList<QAction*> actions = menu->actions();
+        const std::vector<MenuEntry> entries = StatusMenu::entries();
+        QCOMPARE(static_cast<std::size_t>(actions.size()), entries.size());
+        for (qsizetype index = 0; index < actions.size(); ++index) {
+            const MenuEntry& entry = entries[static_cast<std::size_t>(index)];
+            QCOMPARE(actions[index]->isSeparator(), entry.isSeparator);
+            QCOMPARE(actions[index]->text(), entry.title);
+            QVERIFY(actions[index]->isEnabled() && actions[index]->shortcut().isEmpty());
+        }
     }
 
     void eachEntryEmitsItsTag()

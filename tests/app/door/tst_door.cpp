@@ -45,7 +45,7 @@ QByteArray chosen(const std::vector<const char*>& words)
     return programFor(arguments);
 }
 
-// The programs use the same function.
+// The program that accepts these words. Both programs read them with CommandLine::parse.
 QByteArray expected(const std::vector<const char*>& words)
 {
     QStringList arguments{u"pelmora"_s};

@@ -15,7 +15,7 @@
 #include <memory>
 #include <optional>
 
-// Notes of a read: its refusal, its sheets, and a successful read with a bind.
+// Notes of a ReadingDesk: a refused read, the two sheets, and all notes of a read that needs a bind.
 namespace ReadingNotes {
 inline const QString busy = QStringLiteral("refused Une lecture est déjà en cours.");
 inline const QString nowSheet = QStringLiteral("sheet Lecture de la carte Vitale...");

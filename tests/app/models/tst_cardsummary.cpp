@@ -26,8 +26,6 @@ class tst_CardSummary : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
-    void beforeAnyCardTheSummaryIsNone() { QCOMPARE(summaryBeforeAnyCard, u"Aucune"_s); }
-
     void noCardHasAnEmptySummary() { QCOMPARE(cardSummary(std::nullopt), QString()); }
 
     void theNumberOfBeneficiariesIsPluralisedInFrench_data()

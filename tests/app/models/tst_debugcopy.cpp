@@ -5,14 +5,13 @@
 #include "platform/UserDefaults.h"
 #include "platform/XmlDocument.h"
 #include "prefs/settings/MVSettings.h"
-#include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -57,11 +56,6 @@ private:
     QString m_folder;
     LogCapture m_log;
 
-    QStringList files() const
-    {
-        return QDir(m_folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-    }
-
 private Q_SLOTS:
     void init()
     {
@@ -78,9 +72,9 @@ private Q_SLOTS:
     void theXmlAndTheRecordAreWrittenReadableByTheirOwnerOnly()
     {
         saveXMLIfNeeded(*m_settings, card(), m_folder);
-        QCOMPARE(files(), (QStringList{u"SPECIMEN_Zoé.plist"_s, u"SPECIMEN_Zoé.xml"_s}));
+        QCOMPARE(namesIn(m_folder), (QStringList{u"SPECIMEN_Zoé.plist"_s, u"SPECIMEN_Zoé.xml"_s}));
         QCOMPARE(contentOf(m_folder + u"/SPECIMEN_Zoé.xml"_s), xml.toUtf8());
-        for (const QString& name : files())
+        for (const QString& name : namesIn(m_folder))
             QCOMPARE(modeOf(m_folder + u'/' + name), 0600U);
 
         const auto list = parsePropertyList(contentOf(m_folder + u"/SPECIMEN_Zoé.plist"_s));
@@ -99,9 +93,7 @@ private Q_SLOTS:
 
     void everyFieldOfARealCardIsInThePropertyList()
     {
-        QFile specimen(QStringLiteral(PELMORA_SOURCE "/resources/card/specimen.xml"));
-        QVERIFY(specimen.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(specimen.readAll());
+        const QString text = textOfFile(QStringLiteral(PELMORA_SOURCE "/resources/card/specimen.xml"));
         const auto document = XmlDocument::fromText(text);
         QVERIFY(document.has_value());
         auto record = parseCardDocument(&*document);
@@ -152,7 +144,7 @@ private Q_SLOTS:
         CardRecord later = card();
         later.setText(CardKey::xmlString, u"<later/>"_s);
         saveXMLIfNeeded(*m_settings, later, m_folder);
-        QCOMPARE(files().size(), 2);
+        QCOMPARE(namesIn(m_folder).size(), 2);
         QCOMPARE(contentOf(m_folder + u"/SPECIMEN_Zoé.xml"_s), QByteArray("<later/>"));
     }
 
@@ -174,7 +166,7 @@ private Q_SLOTS:
         if (lastName)
             record.setText(CardKey::lastName, *lastName);
         saveXMLIfNeeded(*m_settings, record, m_folder);
-        QTEST(files(), "names");
+        QTEST(namesIn(m_folder), "names");
     }
 
     void aTextThatCannotBeEncodedInUtf8IsTriedInWindows1252AndThenLogged()
@@ -182,14 +174,13 @@ private Q_SLOTS:
         CardRecord record = card();
         record.setText(CardKey::xmlString, u"SPECIMEN"_s + QChar(0xD800));
         saveXMLIfNeeded(*m_settings, record, m_folder);
-        QCOMPARE(files(), QStringList{u"SPECIMEN_Zoé.plist"_s});
+        QCOMPARE(namesIn(m_folder), QStringList{u"SPECIMEN_Zoé.plist"_s});
         QCOMPARE(m_log.lines(), QStringList{u"The debug copy's XML was not written: le texte ne peut pas être codé"_s});
     }
 
     void aFolderThatCannotBeUsedIsNotChanged()
     {
-        QVERIFY(QDir().mkpath(m_root->filePath(u"à côté"_s)));
-        QVERIFY(QFile(m_folder).open(QIODevice::WriteOnly));
+        QVERIFY(writeFile(m_folder, {}));
         saveXMLIfNeeded(*m_settings, card(), m_folder);
         QCOMPARE(contentOf(m_folder), QByteArray());
     }

@@ -1,9 +1,9 @@
 #include "app/models/OutsideFolders.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -43,16 +43,15 @@ private Q_SLOTS:
     {
         check();
         const QString inside = m_home->filePath(u"Library/Logs/santesocial/old.log"_s);
-        QVERIFY(QFile(inside).open(QIODevice::WriteOnly));
+        QVERIFY(writeFile(inside, {}));
         check();
         QVERIFY(QFile::exists(inside));
     }
 
     void aFileAtTheFoldersPathIsKept()
     {
-        QVERIFY(QDir(m_home->path()).mkpath(u"Library/Logs"_s));
         const QString inTheWay = m_home->filePath(u"Library/Logs/santesocial"_s);
-        QVERIFY(QFile(inTheWay).open(QIODevice::WriteOnly));
+        QVERIFY(writeFile(inTheWay, {}));
         check();
         QVERIFY(QFileInfo(inTheWay).isFile());
         QVERIFY(QFileInfo(m_home->filePath(u"Library/Preferences/santesocial/sedica"_s)).isDir());
@@ -61,7 +60,7 @@ private Q_SLOTS:
     void aHomeWhereFoldersCannotBeMadeIsAccepted()
     {
         const QString file = m_home->filePath(u"file"_s);
-        QVERIFY(QFile(file).open(QIODevice::WriteOnly));
+        QVERIFY(writeFile(file, {}));
         qputenv("HOME", QFile::encodeName(file));
         check();
         QVERIFY(QFileInfo(file).isFile());

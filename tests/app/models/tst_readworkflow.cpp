@@ -1,7 +1,7 @@
 #include "prefs/settings/MVSettings.h"
 #include "prefs/settings/StandardPreferences.h"
 #include "tests/app/models/ReadingDesk.h"
-#include "tests/card/client/LogCapture.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -344,7 +344,7 @@ private Q_SLOTS:
 
     void aPressDuringTheReadOfANeededCardBeeps()
     {
-        // The busy state ends on the client's thread, so a read is needed that lasts until it is ended.
+        // The busy state ends on the client's thread. So this read lasts until the test kills the service.
         const auto desk = ReadingDesk::bound(FakeScript().doing("vitale_read", "silent"));
         QVERIFY(desk);
         desk->readIfNeed();

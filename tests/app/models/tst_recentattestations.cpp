@@ -1,6 +1,7 @@
 #include "app/models/RecentAttestations.h"
 #include "platform/UserDefaults.h"
 #include "prefs/settings/MVSettings.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -50,14 +51,11 @@ private:
 
     RecentAttestations recents() { return RecentAttestations(*m_settings); }
 
-    // Values that another program has written to the settings.
+    // Replaces the settings file, as another program could do.
     void plant(const QByteArray& content)
     {
         m_settings.reset();
-        QFile settings(file());
-        if (settings.open(QIODevice::WriteOnly))
-            settings.write(content);
-        settings.close();
+        QVERIFY(writeFile(file(), content));
         m_settings = std::make_unique<UserDefaults>(file());
     }
 
@@ -114,8 +112,7 @@ private Q_SLOTS:
     void clearingEmptiesTheListAndLeavesTheFiles()
     {
         const QString path = m_folder->filePath(u"a.pdf"_s);
-        QFile attestation(path);
-        QVERIFY(attestation.open(QIODevice::WriteOnly));
+        QVERIFY(writeFile(path, {}));
         QVERIFY(recents().add(path));
         recents().clear();
         QVERIFY(recents().paths().isEmpty());

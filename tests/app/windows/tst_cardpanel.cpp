@@ -2,6 +2,7 @@
 #include "tests/app/windows/Contrast.h"
 #include "tests/app/windows/MainWindowTest.h"
 #include "tests/common/RunnableTests.h"
+#include "tests/common/TextSize.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -135,9 +136,7 @@ private Q_SLOTS:
     {
         QFETCH(const double, textSize);
         QFETCH(const QString, notice);
-        QFont font = m_font;
-        font.setPointSizeF(font.pointSizeF() * textSize);
-        QApplication::setFont(font);
+        const ScaledText text(textSize);
         QVERIFY(QTest::qWaitForWindowExposed(&shown()));
         m_window->resize(m_window->minimumSizeHint());
         const QSize size = m_window->size();

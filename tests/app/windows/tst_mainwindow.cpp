@@ -31,8 +31,7 @@ QStringList mnemonics(const QStringList& texts)
 
 bool hasDoubles(QStringList letters)
 {
-    const qsizetype count = letters.size();
-    return letters.removeDuplicates() != 0 || letters.size() != count;
+    return letters.removeDuplicates() > 0;
 }
 
 QStringList textsOf(const QList<QAction*>& actions)
@@ -130,7 +129,7 @@ private Q_SLOTS:
             for (const ExpectedItem& item : expectedItems) {
                 if (item.signal != tile.signal || item.shortcut.isEmpty())
                     continue;
-                // French key names. The test program has no translation, so its texts are in English.
+                // The tool tips have French key names. The table of shortcuts has English ones.
                 const QString keys = item.shortcut.toString().replace(u"Shift"_s, u"Maj"_s);
                 const QString toolTip = (*m_window.*tile.outlet)()->toolTip();
                 QVERIFY2(toolTip.endsWith(u" ("_s + keys + u')'), tile.name);

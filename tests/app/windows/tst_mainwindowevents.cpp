@@ -1,12 +1,12 @@
 #include "platform/NativePath.h"
+#include "tests/app/windows/Dragging.h"
 #include "tests/app/windows/MainWindowTest.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 
 #include <QApplication>
-#include <QDragEnterEvent>
 #include <QFile>
 #include <QMessageBox>
-#include <QMimeData>
 #include <QPushButton>
 #include <QRubberBand>
 #include <QSignalSpy>
@@ -16,24 +16,6 @@
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-bool acceptsDrag(MainWindow& window, const QMimeData& data)
-{
-    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    enter.ignore();
-    QCoreApplication::sendEvent(&window, &enter);
-    return enter.isAccepted();
-}
-
-void drop(MainWindow& window, const QMimeData& data)
-{
-    QDropEvent event(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&window, &event);
-}
-
-} // namespace
 
 class tst_MainWindowEvents final : public MainWindowTest
 {
@@ -57,12 +39,10 @@ private Q_SLOTS:
 
     void oneLocalXmlFileMayBeDropped()
     {
-        QTemporaryDir folder;
+        const QTemporaryDir folder;
         const QString path = folder.filePath(u"SPECIMEN é.XML"_s);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(path)});
+        QVERIFY(writeFile(path, {}));
+        const DraggedFile data(path);
         const QSignalSpy dropped(m_window.get(), &MainWindow::cardFileDropped);
         QVERIFY(acceptsDrag(*m_window, data));
         drop(*m_window, data);
@@ -73,10 +53,8 @@ private Q_SLOTS:
     void theWindowIsOutlinedWhileACardFileIsDraggedOverIt()
     {
         const QTemporaryDir folder;
-        QFile file(folder.filePath(u"card.xml"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(file.fileName())});
+        const DraggedFile data(folder.filePath(u"card.xml"_s));
+        QVERIFY(writeFile(folder.filePath(u"card.xml"_s), {}));
         const auto* outline = m_window->findChild<QRubberBand*>();
         QVERIFY(outline->isHidden());
         QVERIFY(acceptsDrag(*m_window, data));
@@ -108,10 +86,9 @@ private Q_SLOTS:
         QFETCH(const QByteArray, address);
         const QTemporaryDir folder;
         const QByteArray path = QFile::encodeName(folder.path()) + name;
-        QFile file(folder.filePath(u"card.xml"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("<?xml version='1.0'?><a/>") > 0);
-        file.close();
-        QCOMPARE(std::rename(QFile::encodeName(file.fileName()).constData(), path.constData()), 0);
+        const QString file = folder.filePath(u"card.xml"_s);
+        QVERIFY(writeFile(file, "<?xml version='1.0'?><a/>"));
+        QCOMPARE(std::rename(QFile::encodeName(file).constData(), path.constData()), 0);
         QMimeData data;
         data.setUrls({QUrl::fromEncoded("file://" + QFile::encodeName(folder.path()) + address)});
         const QSignalSpy dropped(m_window.get(), &MainWindow::cardFileDropped);
@@ -124,11 +101,10 @@ private Q_SLOTS:
 
     void otherDraggedItemsAreRefused()
     {
-        QTemporaryDir folder;
+        const QTemporaryDir folder;
         const auto written = [&folder](const QString& name, const QByteArray& content) {
-            QFile file(folder.filePath(name));
-            return file.open(QIODevice::WriteOnly) && file.write(content) >= 0 ? QUrl::fromLocalFile(file.fileName())
-                                                                               : QUrl();
+            const QString path = folder.filePath(name);
+            return writeFile(path, content) ? QUrl::fromLocalFile(path) : QUrl();
         };
         const QUrl card = written(u"card.xml"_s, "<?xml version='1.0'?><a/>");
         const QList<QList<QUrl>> refused{
@@ -156,11 +132,9 @@ private Q_SLOTS:
 
     void aDropIsRefusedWhileTheSheetIsOpen()
     {
-        QTemporaryDir folder;
-        QFile file(folder.filePath(u"card.xml"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(file.fileName())});
+        const QTemporaryDir folder;
+        const DraggedFile data(folder.filePath(u"card.xml"_s));
+        QVERIFY(writeFile(folder.filePath(u"card.xml"_s), {}));
         m_window->beginSheet(u"Lecture de la carte Vitale..."_s);
         QVERIFY(!acceptsDrag(*m_window, data));
         m_window->endSheed();
@@ -169,11 +143,9 @@ private Q_SLOTS:
 
     void aDropIsIgnoredWhenASheetOpenedDuringTheDrag()
     {
-        QTemporaryDir folder;
-        QFile file(folder.filePath(u"card.xml"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(file.fileName())});
+        const QTemporaryDir folder;
+        const DraggedFile data(folder.filePath(u"card.xml"_s));
+        QVERIFY(writeFile(folder.filePath(u"card.xml"_s), {}));
         const QSignalSpy dropped(m_window.get(), &MainWindow::cardFileDropped);
         const QSignalSpy inVain(m_window.get(), &MainWindow::cardFileDroppedInVain);
         QVERIFY(acceptsDrag(*m_window, data));
@@ -250,7 +222,7 @@ private Q_SLOTS:
         QVERIFY(box->text().contains(u"Pelmora 9.8.7"_s));
         QVERIFY(box->informativeText().contains(u"attestation"_s));
         QVERIFY(!box->iconPixmap().isNull());
-        // The same button as the alerts'.
+        // Alerts have the same button.
         const QAbstractButton* ok = box->defaultButton();
         QVERIFY(ok);
         QCOMPARE(ok->text(), u"OK"_s);

@@ -1,6 +1,7 @@
 #include "tests/app/windows/Contrast.h"
 #include "tests/app/windows/MainWindowTest.h"
 #include "tests/common/RunnableTests.h"
+#include "tests/common/TextSize.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
@@ -13,19 +14,6 @@ namespace {
 
 constexpr QSize smallScreen(1366, 768);
 constexpr QSize windowFrame(16, 48);
-
-// The labels, tiles and menu titles that are smaller than their size hint.
-QStringList cutTexts(const QWidget& window)
-{
-    QStringList cut;
-    for (const QWidget* widget : window.findChildren<QWidget*>()) {
-        const bool shows = qobject_cast<const QLabel*>(widget) || qobject_cast<const QPushButton*>(widget);
-        const QSize needed = widget->sizeHint();
-        if (shows && widget->isVisible() && (widget->width() < needed.width() || widget->height() < needed.height()))
-            cut.append(widget->objectName());
-    }
-    return cut;
-}
 
 } // namespace
 
@@ -67,9 +55,7 @@ private Q_SLOTS:
     void noTextIsCut()
     {
         QFETCH(const double, textSize);
-        QFont font = m_font;
-        font.setPointSizeF(font.pointSizeF() * textSize);
-        QApplication::setFont(font);
+        const ScaledText text(textSize);
         QVERIFY(QTest::qWaitForWindowExposed(&shown()));
         m_window->resize(m_window->minimumSizeHint());
         QCOMPARE(cutTexts(*m_window).join(u' '), QString());

@@ -14,7 +14,7 @@ const QDateTime readTime(QDate(2026, 11, 21), QTime(14, 2));
 
 } // namespace
 
-/// What screen readers are told of the main window's panel.
+/// The notifications that screen readers get from the main window's panel.
 class tst_PanelAnnouncements final : public MainWindowTest
 {
     Q_OBJECT

@@ -30,6 +30,18 @@ DocumentFile::~DocumentFile()
     QFile::remove(m_path);
 }
 
+bool isSound(const DocumentFile& file)
+{
+    return toolOutput(u"qpdf"_s, {u"--check"_s, file.path()}).contains("No syntax or stream encoding errors");
+}
+
+QStringList fontsOf(const DocumentFile& file)
+{
+    constexpr int headerRows = 2;
+    const QString rows = QString::fromUtf8(toolOutput(u"pdffonts"_s, {file.path()}));
+    return rows.split(u'\n', Qt::SkipEmptyParts).sliced(headerRows);
+}
+
 QImage pixelsOf(const QByteArray& document, int pixelsPerPoint)
 {
     const DocumentFile file(document);

@@ -1,7 +1,7 @@
 """The conditions of tagged and archivable documents that a program can check, for a document of one page.
 
-faults_of(pdf) lists what a document breaks, each fault by the name of its condition. They are those of PDF/UA-1 that a
-page of texts, tables and a picture can break, and those of PDF/A-1 that its validator does not look at.
+faults_of(pdf) lists the conditions that a document breaks, by their names. It checks the conditions of PDF/UA-1 that a
+page of texts, tables and a picture can break, and the conditions of PDF/A-1 that the PDF/A validator does not check.
 """
 
 import io
@@ -24,7 +24,7 @@ NAMESPACES = {"rdf": "http://www.w3.org/1999/02/22-rdf-syntax-ns#", "dc": "http:
 
 
 class Document:
-    """A document's parts as the conditions want them."""
+    """The parts of a document that the conditions are about."""
 
     def __init__(self, pdf):
         self.pdf = pdf
@@ -214,7 +214,7 @@ def unicode_map(font):
 
 
 def shown_codes(document):
-    """The codes of each font that the page shows."""
+    """For each font, the codes that the page shows."""
     codes, font = {}, None
     for operands, operator in pikepdf.parse_content_stream(document.page):
         if str(operator) == "Tf":
@@ -240,7 +240,7 @@ def fonts(document):
         information = cid_font.CIDSystemInfo
         if (str(information.Registry), str(information.Ordering)) != ("Adobe", "Identity"):
             yield "31-001 codes of another system"
-        # The outlines of PostScript have their numbers in themselves.
+        # A font with PostScript outlines contains the numbers of its glyphs, so it has no map.
         is_truetype = cid_font.Subtype == Name.CIDFontType2
         if ("/CIDToGIDMap" in cid_font) != is_truetype:
             yield "31-004 no map from codes to glyphs"
@@ -260,7 +260,7 @@ def fonts(document):
 
 
 def truetype_advances(cid_font):
-    """The advance of each code, in thousandths of the font's size; none of the missing glyph."""
+    """The advance of each code, in thousandths of the font's size; None for the missing glyph."""
     glyph_map = bytes(cid_font.CIDToGIDMap.read_bytes())
     face = TTFont(io.BytesIO(cid_font.FontDescriptor.FontFile2.read_bytes()))
     order, advances, units = face.getGlyphOrder(), face["hmtx"], face["head"].unitsPerEm
@@ -270,7 +270,7 @@ def truetype_advances(cid_font):
 
 
 def postscript_advances(cid_font):
-    """The same, from the outlines themselves."""
+    """The same for PostScript outlines, which contain the advances."""
     file = CFFFontSet()
     file.decompile(io.BytesIO(cid_font.FontDescriptor.FontFile3.read_bytes()), None)
     font, advances = file[0], {0: None}

@@ -1,6 +1,5 @@
 #!/usr/bin/python3
-"""The documents that the program makes keep the conditions of tagged and archivable documents, and the check of that finds
-documents that do not.
+"""The program's documents meet the conditions of tagged and archivable documents. The check finds planted faults.
 
 Usage: test_structure.py STAGE
 """
@@ -16,12 +15,12 @@ from conditions import attribute, faults_of, kids_of, Document
 from pikepdf import Array, Dictionary, Name, String
 
 
-# Letters that only the fonts of PostScript outlines have; one glyph stands for two of them.
+# Letters that only the fonts with PostScript outlines have. Two of the letters share one glyph.
 POSTSCRIPT_NAME = "ไทย 一⼀丁"
 
 
 def card_of(specimen, count, regime="01", name="SPECIMEN"):
-    """A card file with so many beneficiaries, made of the specimen's first."""
+    """A card file with that many copies of the specimen's first beneficiary."""
     head, first = re.search(r"(.*?<listeBenef>)\s*(<T_AsnBeneficiaire>.*?</T_AsnBeneficiaire>)", specimen, re.DOTALL).groups()
     first = first.replace("<codeRegime>01<", f"<codeRegime>{regime}<").replace("SPECIMEN", name)
     return head + first * count + "</listeBenef></T_AsnDonneesVitale>"
@@ -114,7 +113,7 @@ def descendant(pdf, name="/F0"):
     return pdf.pages[0].Resources.Font[name].DescendantFonts[0]
 
 
-# A damage of the document, and the condition that must report it.
+# For each condition, a change of a document that breaks it.
 PLANTED = {
     "01-005 painted outside of marks": lambda pdf: contents(pdf, lambda old: old + b"\n0 0 5 5 re f\n"),
     "01-004 artifact or tag inside another":
@@ -166,7 +165,7 @@ def planted_faults_are_found(maker):
             assert condition in faults_of(pdf), (condition, faults_of(pdf))
 
 
-# The same, of a font of PostScript outlines.
+# The same for a font with PostScript outlines.
 PLANTED_IN_OUTLINES = {
     "31-001 another encoding": lambda pdf: pdf.pages[0].Resources.Font.F1.__setitem__("/Encoding", Name("/Identity-V")),
     "31-004 no map from codes to glyphs":

@@ -124,7 +124,7 @@ QString described(const QString& text, const QRectF& box)
     return u"%1 at %2 %3 to %4 %5"_s.arg(text).arg(box.left()).arg(box.top()).arg(box.right()).arg(box.bottom());
 }
 
-// The difference between the words from an index on and a text; empty when there is none.
+// The difference between the words from an index on and a text; empty when they agree.
 QString difference(const QList<PageWord>& words, qsizetype from, const ExpectedText& expected)
 {
     const QStringList texts = expected.text.split(u' ');
@@ -161,7 +161,7 @@ public:
         return qGray(m_image.pixel(int(x * pixelsPerPoint), int(y * pixelsPerPoint)));
     }
 
-    // 0.7 of white is between two grey levels.
+    // The header's grey, 0.7 of white, is between two grey levels.
     [[nodiscard]] bool isGray(double x, double y, int gray) const { return qAbs(at(x, y) - gray) <= 1; }
 
     // Whether there is a black line one point wide between two places, and none beside it.
@@ -244,7 +244,7 @@ private:
         return renderAttestationPdf(page, m_fonts).value();
     }
 
-    // Where more rows share the page, their letters cover the rules.
+    // With more than 20 rows, letters cover the rules.
     static void addPages(const QList<int>& counts = {0, 1, 3, 11, 12, 20})
     {
         QTest::addColumn<int>("count");
@@ -324,7 +324,7 @@ private Q_SLOTS:
         QCOMPARE(picture.isBlank({0, 186, 595, 43}), !hasTitle);
     }
 
-    // The line widths in the document's operators.
+    // Reads the lines from the document's operators, because letters cover the rules.
     void theRulesOfNinetyNineRowsAreAtTheirPlaces()
     {
         const DocumentFile file(documentOf(99, false));

@@ -41,7 +41,7 @@ private Q_SLOTS:
         const std::optional<std::string> made = cffTableWithGlyphs(table, {0, 40, 50, 40});
         QVERIFY(made);
         QVERIFY(made->size() < table.size() / 4);
-        // A made table can be read, and has the same glyph twice.
+        // The new table can be read. Its glyphs 1 and 3 are the same.
         QCOMPARE(cffTableWithGlyphs(*made, {0, 1, 2, 3}), made);
         QCOMPARE(cffTableWithGlyphs(*made, {0, 3, 2, 1}), made);
         QVERIFY(cffTableWithGlyphs(*made, {0, 2, 1, 3}) != made);
@@ -63,7 +63,7 @@ private Q_SLOTS:
         }
     }
 
-    // Whatever is read of it, nothing outside of the table is.
+    // Nothing outside the table is read, whatever the changed byte means.
     void aTableWithAnyChangedByteIsMadeOrRefused()
     {
         const std::string made = cffTableWithGlyphs(tableOf(u"Numbered.otf"_s), {0, 40, 50}).value();

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// How many documents are made, of which seed, and how many of them another program checks.
+// The number of documents, and how many of them another program checks.
 constexpr int usualCount = 500;
 constexpr int checkedCount = 1000; // at most
 constexpr int usualChecks = 5;
@@ -35,7 +35,7 @@ struct Characters
     char32_t last;
 };
 
-// Scripts, marks, signs that control the direction, what is no character, and halves of pairs.
+// Scripts, combining marks, direction controls, codes that are not characters, and halves of surrogate pairs.
 constexpr std::array alphabets{
     Characters{U'A', U'z'},       Characters{0x20, 0x7e},         Characters{0xc0, 0x17f},
     Characters{0x300, 0x36f},     Characters{0x370, 0x3ff},       Characters{0x400, 0x4ff},
@@ -47,7 +47,7 @@ constexpr std::array alphabets{
     Characters{0x1f300, 0x1f64f}, Characters{0x10fff0, 0x10ffff},
 };
 
-/// Records with any texts, the same for the same seed.
+/// Records with random texts. The same seed gives the same records.
 class RandomRecords
 {
 public:
@@ -59,7 +59,7 @@ public:
     CardRecord next()
     {
         CardRecord record;
-        // Most cards have Latin letters alone, and a card has few alphabets.
+        // Most cards have only Latin letters. The others usually have one more alphabet.
         m_alphabet = isOnceIn(10) ? anyAlphabet() : alphabets.front();
         for (const RecordKey key : {CardKey::lastName, CardKey::firstName, CardKey::ssn, CardKey::regimeCode,
                                     CardKey::fundCode, CardKey::managementCode, CardKey::fundCodeLibelle})
@@ -115,7 +115,7 @@ private:
 
 } // namespace
 
-/// PELMORA_RANDOM_DOCUMENTS says how many documents are made, PELMORA_RANDOM_SEED which.
+/// PELMORA_RANDOM_DOCUMENTS sets the number of documents, PELMORA_RANDOM_SEED the seed of the random numbers.
 class tst_RandomDocuments : public TestCase
 {
     Q_OBJECT
@@ -135,9 +135,7 @@ private Q_SLOTS:
             QVERIFY2(document.has_value(), qPrintable(u"record %1"_s.arg(i)));
             if (i % interval != 0)
                 continue;
-            const DocumentFile file(*document);
-            const QByteArray verdict = toolOutput(u"qpdf"_s, {u"--check"_s, file.path()});
-            QVERIFY2(verdict.contains("No syntax or stream encoding errors"), verdict.constData());
+            QVERIFY2(isSound(DocumentFile(*document)), qPrintable(u"record %1"_s.arg(i)));
         }
     }
 };

@@ -1,7 +1,10 @@
-"""Makes a font whose glyphs have numbers (CIDs) of one whose glyphs have names: make-cid-font.py SOURCE.otf OUTPUT.otf
+"""Makes a font whose glyphs have numbers (CIDs) from one whose glyphs have names.
 
-The numbers are far from the glyphs' places, with gaps, and the scale is told where fonts of numbers tell it. The letters of the source, Thai, stand for ideographs, so that no
-other font of the tests has them: U+4E00 is U+0E01, and so on. U+2F00 is the same glyph as U+4E00.
+Usage: make-cid-font.py SOURCE.otf OUTPUT.otf
+
+The numbers have gaps and differ from the glyphs' indices. The scale is in the font dictionary, as in other fonts with
+numbers. The source's Thai letters become ideographs, which no other font of the tests has: U+4E00 shows the glyph of
+U+0E01, and so on. U+2F00 has the same glyph as U+4E00.
 """
 
 import sys

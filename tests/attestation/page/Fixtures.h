@@ -31,7 +31,7 @@ private:
     UserDefaults m_store{m_folder.filePath(QStringLiteral("Pelmora.conf"))};
 };
 
-/// A person of a card, invented, with a number of 15 characters.
+/// An invented beneficiary with a number of 15 characters.
 [[nodiscard]] BeneficiaryRecord person(const QString& lastName, const QString& firstName);
 
 /// A card with only these texts.

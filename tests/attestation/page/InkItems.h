@@ -22,7 +22,7 @@ QList<Item> itemsOf(const PageInk& ink)
 
 [[nodiscard]] QList<InkText> textsOf(const PageInk& ink);
 
-/// The place of the first text that equals the given one; far outside the page when there is none.
+/// The place of the first text that equals the given one; `nowhere`, far outside the page, when no text does.
 [[nodiscard]] QPointF placeOf(const PageInk& ink, const QString& text);
 inline constexpr QPointF nowhere{-1000, -1000};
 
@@ -35,6 +35,6 @@ inline constexpr QPointF nowhere{-1000, -1000};
 /// Two places as "x y x y".
 [[nodiscard]] QString described(const QPointF& from, const QPointF& to);
 
-/// The rules, and the outlines but the screen's border, each as its two ends or corners.
+/// The two ends of each rule; two corners of each outline, except the screen's border.
 [[nodiscard]] QStringList rulesOf(const PageInk& ink);
 [[nodiscard]] QStringList strokesOf(const PageInk& ink);

@@ -70,7 +70,8 @@ private Q_SLOTS:
         QCOMPARE(images[0].logo, page.logo);
     }
 
-    // These ratios differ in double precision only, where the logo would be slightly narrower.
+    // These ratios are equal in single precision. In double precision they differ, and the logo would be slightly
+    // narrower.
     void aLogosRatiosAreComparedInSinglePrecision()
     {
         AttestationPage page;
@@ -179,7 +180,7 @@ private Q_SLOTS:
             QVERIFY(!text.text.startsWith(u"Numero"));
         page.fundName = value;
         page.insuredName = value;
-        // The first text left is the organism table's.
+        // The first remaining text is in the organism table.
         QCOMPARE(textsOf(inkOf(page)).value(0).position, QPointF(13.5, 233.5));
     }
 

@@ -1,8 +1,8 @@
 #include "attestation/page/MVNewAttestation.h"
 #include "attestation/page/SchemeLogos.h"
 #include "card/CardKeys.h"
-#include "support/MXLog.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Throws an exception when a text cannot be parsed.
+// Throws an exception instead of parsing a text.
 class RaisingDateFormatter final : public DateFormatter
 {
 public:
@@ -26,22 +26,6 @@ public:
     {
         throw std::runtime_error("no calendar");
     }
-};
-
-// The lines of the default logger during the object's life.
-class LogWatch
-{
-public:
-    LogWatch()
-    {
-        MXLog::defaultLogger().setLineWriter([this](MXLog::Level level, std::string_view line) {
-            lines.append({level, QString::fromUtf8(line.data(), qsizetype(line.size()))});
-        });
-    }
-    ~LogWatch() { MXLog::defaultLogger().setLineWriter(nullptr); }
-    Q_DISABLE_COPY_MOVE(LogWatch)
-
-    QList<std::pair<MXLog::Level, QString>> lines;
 };
 
 } // namespace
@@ -131,11 +115,12 @@ private Q_SLOTS:
         attestation.setVitale(specimenCard(2));
         attestation.setDateFormatter(std::make_shared<RaisingDateFormatter>(QLocale(u"fr_FR"_s)));
 
-        const LogWatch log;
+        const LogCapture log;
         CardRecord other = specimenCard(5);
         other.setText(CardKey::regimeCode, u"2"_s);
         attestation.setVitale(other);
-        QCOMPARE(log.lines, (QList<std::pair<MXLog::Level, QString>>{{MXLog::Error, u"no calendar"_s}}));
+        QCOMPARE(log.lines(), QStringList{u"no calendar"_s});
+        QCOMPARE(log.lines(MXLog::Error), log.lines());
         QCOMPARE(attestation.page().organism, u"02 751"_s);
         QCOMPARE(attestation.page().lines.size(), 2);
     }

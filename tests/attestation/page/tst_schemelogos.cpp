@@ -1,7 +1,7 @@
 #include "attestation/page/SchemeLogos.h"
-#include "support/MXLog.h"
 #include "tests/attestation/page/Fixtures.h"
 #include "tests/common/Files.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -9,9 +9,6 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <string>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -63,15 +60,11 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         QVERIFY(writeFile(folder.filePath(u"01.logo"_s), "not a drawing"));
-        std::vector<std::string> lines;
-        MXLog::defaultLogger().setLineWriter(
-            [&lines](MXLog::Level, std::string_view line) { lines.emplace_back(line); });
-
+        const LogCapture log;
         const auto logo = SchemeLogos(Bundle(folder.path())).logoNamed(u"01"_s);
-        MXLog::defaultLogger().setLineWriter(nullptr);
         QVERIFY(logo);
         QVERIFY(!logo->image);
-        QCOMPARE(lines.size(), 1U);
+        QCOMPARE(log.lines().size(), 1);
     }
 };
 

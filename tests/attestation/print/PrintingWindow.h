@@ -7,6 +7,7 @@
 #include "attestation/print/PrinterOptions.h"
 #include "platform/gui/AlertQueue.h"
 #include "tests/attestation/page/Fixtures.h"
+#include "tests/common/Files.h"
 #include "tests/common/TestCase.h"
 
 #include <QAbstractButton>
@@ -76,8 +77,8 @@ public:
 
     [[nodiscard]] static QString existingFile(const QTemporaryDir& folder)
     {
-        QFile file(folder.filePath(QStringLiteral("page.pdf")));
-        return file.open(QIODevice::WriteOnly) && file.write("the user's") > 0 ? file.fileName() : QString();
+        const QString path = folder.filePath(QStringLiteral("page.pdf"));
+        return writeFile(path, "the user's") ? path : QString();
     }
 
     static void pressPrint(const QDialog& dialog)

@@ -2,41 +2,13 @@
 #include "attestation/print/WithoutPrintServer.h"
 #include "tests/attestation/print/PrintingWindow.h"
 #include "tests/common/RunnableTests.h"
+#include "tests/common/SilentServer.h"
 
 #include <QLabel>
-#include <QLocalServer>
 #include <QPrinter>
 #include <QPrinterInfo>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// A print server that accepts connections and never answers, used by all programs during the object's life.
-class StalledServer
-{
-public:
-    StalledServer()
-    {
-        m_isListening = m_server.listen(m_folder.filePath(u"cups.sock"_s));
-        qputenv("CUPS_SERVER", QFile::encodeName(m_server.fullServerName()));
-    }
-    ~StalledServer() { qputenv("CUPS_SERVER", m_serverBefore); }
-    StalledServer(const StalledServer&) = delete;
-    StalledServer& operator=(const StalledServer&) = delete;
-
-    [[nodiscard]] bool isListening() const { return m_isListening; }
-    /// Whether a program has connected.
-    [[nodiscard]] bool isAsked() const { return m_server.hasPendingConnections(); }
-
-private:
-    QTemporaryDir m_folder;
-    QLocalServer m_server;
-    bool m_isListening = false;
-    QByteArray m_serverBefore = qgetenv("CUPS_SERVER");
-};
-
-} // namespace
 
 class tst_PrintDesk : public TestCase, private PrintingWindow
 {
@@ -174,7 +146,7 @@ private Q_SLOTS:
 
     void aSlowSearchIsShownAndCanBeCancelled()
     {
-        const StalledServer server;
+        const SilentServer server("CUPS_SERVER");
         QVERIFY(server.isListening());
         print();
         const QPointer<PrinterSearch> window = search();
@@ -196,7 +168,7 @@ private Q_SLOTS:
 
     void aSecondRequestShowsTheSearchAtOnce()
     {
-        const StalledServer server;
+        const SilentServer server("CUPS_SERVER");
         QVERIFY(server.isListening());
         print();
         QVERIFY(!search()->isVisible());
@@ -220,7 +192,7 @@ private Q_SLOTS:
     void afterACancelledSearchTheNextOneAsksTheServerAgain()
     {
         {
-            const StalledServer server;
+            const SilentServer server("CUPS_SERVER");
             QVERIFY(server.isListening());
             print();
             search()->reject();
@@ -237,7 +209,7 @@ private Q_SLOTS:
             // Its destructor makes this thread forget the server that it has used.
             const WithoutPrintServer before;
         }
-        const StalledServer server;
+        const SilentServer server("CUPS_SERVER");
         QVERIFY(server.isListening());
         const WithoutPrintServer without;
         QCOMPARE(QPrinterInfo::availablePrinterNames(), QStringList());
@@ -256,8 +228,12 @@ private Q_SLOTS:
     void theWindowCanCloseBeforeItsDialogOpens()
     {
         print();
+        const QPointer<PrintOperation> operation = operations().value(0);
+        QVERIFY(operation);
         close();
+        QVERIFY(!operation);
         QCoreApplication::processEvents();
+        QCOMPARE(QApplication::activeModalWidget(), nullptr);
     }
 };
 

@@ -79,7 +79,7 @@ private Q_SLOTS:
     {
         QByteArray bytes = contentOf(QStringLiteral(PELMORA_TEST_FONTS "/Named.otf"));
         const qsizetype outlines = qFromBigEndian<qint32>(bytes.constData() + bytes.indexOf("CFF ") + 8);
-        // Calls of subroutines that no outline names.
+        // 0x0a calls a subroutine, here without its number.
         bytes.replace(outlines + 19'000, 1'000, QByteArray(1'000, '\x0a'));
         const QTemporaryDir folder;
         QVERIFY(writeFile(folder.filePath(u"a.otf"_s), bytes));

@@ -82,11 +82,8 @@ private Q_SLOTS:
     void aFileThatIsNotAFontIsAnError()
     {
         const QTemporaryDir folder;
-        for (const QString& name : {u"PelmoraSans-Regular.ttf"_s, u"PelmoraSans-Bold.ttf"_s}) {
-            QFile file(folder.filePath(name));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write("not a font");
-        }
+        for (const QString& name : {u"PelmoraSans-Regular.ttf"_s, u"PelmoraSans-Bold.ttf"_s})
+            QVERIFY(writeFile(folder.filePath(name), "not a font"));
         QVERIFY(!PageFonts::load(Bundle(folder.path())));
     }
 
@@ -129,9 +126,7 @@ private Q_SLOTS:
 
     void theLicenceIsInTheFolderOfTheFonts()
     {
-        QFile licence(QStringLiteral(PELMORA_STAGE_SHARE "/PelmoraSans-LICENSE"));
-        QVERIFY(licence.open(QIODevice::ReadOnly));
-        QVERIFY(licence.readAll().contains("Apache License"));
+        QVERIFY(contentOf(QStringLiteral(PELMORA_STAGE_SHARE "/PelmoraSans-LICENSE")).contains("Apache License"));
     }
 };
 

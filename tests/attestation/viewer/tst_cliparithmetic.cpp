@@ -52,12 +52,6 @@ private Q_SLOTS:
         QCOMPARE(fittingScale(needed, available), std::optional(scale));
     }
 
-    void withoutADocumentOnlyTheMarginsAreFitted()
-    {
-        QVERIFY(!fittingScale({20, 20}, {20, 20}).has_value());
-        QCOMPARE(fittingScale({20, 20}, {10, 30}), std::optional(0.5));
-    }
-
     void theDocumentIsCentredInLargerBounds_data()
     {
         QTest::addColumn<QSizeF>("bounds");

@@ -43,7 +43,7 @@ QRect inkBounds(const QImage& image)
     return bounds;
 }
 
-// The average difference of grey between squares five points wide.
+// The largest difference between the average greys of squares five points wide, at two pixels per point.
 int largestDifference(const QImage& left, const QImage& right)
 {
     constexpr int side = 10;

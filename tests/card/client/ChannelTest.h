@@ -1,7 +1,7 @@
 #pragma once
 
 #include "card/client/ServiceChannel.h"
-#include "tests/card/client/LogCapture.h"
+#include "tests/common/LogCapture.h"
 #include "tests/fakes/FakeService.h"
 
 #include <QCborMap>
@@ -65,6 +65,15 @@ inline ChannelEventHandler tellEvents(const StoryPointer& story)
 inline QString textOf(const std::optional<QCborMap>& reply)
 {
     return reply ? reply->value("Status"_L1).toString() : u"none"_s;
+}
+
+/// Opens the connection. Returns 0, or the number of the error.
+inline int openError(ServiceChannel& channel)
+{
+    return onChannel(channel, [&channel] {
+        const auto opened = channel.open([](const ChannelEvent&) {});
+        return opened ? 0 : opened.error().value();
+    });
 }
 
 /// Closes the connection, and returns whether it is still open.

@@ -27,7 +27,7 @@ template <typename Result>
 class Expected
 {
 public:
-    /// Waits for the outcome. The test fails when there is none after half a minute.
+    /// Waits half a minute at most for the outcome; no value when it has not come.
     [[nodiscard]] std::optional<Outcome<Result>> wait()
     {
         if (m_future.wait_for(std::chrono::seconds(30)) != std::future_status::ready)

@@ -1,5 +1,5 @@
 #include "card/client/LogLimit.h"
-#include "tests/card/client/LogCapture.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 

@@ -1,5 +1,6 @@
 #include "card/client/BindOutcome.h"
 #include "tests/card/client/ClientTest.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -27,9 +28,8 @@ private Q_SLOTS:
         const FakeService fake;
         const QString path = fake.filePath(u"service"_s);
         if (isThere) {
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            QVERIFY(file.setPermissions(QFile::ReadOwner));
+            QVERIFY(writeFile(path, {}));
+            QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
         }
         const ClientPointer client = makeClient({path, {}});
         const auto bound = awaitBind(client);

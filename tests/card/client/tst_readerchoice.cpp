@@ -21,7 +21,11 @@ private Q_SLOTS:
         QTest::newRow("alone") << QStringList{u"Feitian SCR301"_s} << u"Feitian SCR301"_s;
         QTest::newRow("first") << QStringList{u"Feitian SCR301"_s, u"X"_s} << u"X"_s;
         QTest::newRow("second") << QStringList{u"X"_s, u"Feitian SCR301"_s} << u"X"_s;
+        QTest::newRow("second of three") << QStringList{u"A"_s, u"Feitian SCR301"_s, u"B"_s} << u"A"_s;
         QTest::newRow("last") << QStringList{u"A"_s, u"B"_s, u"Feitian SCR301"_s} << u"B"_s;
+        QTest::newRow("twice") << QStringList{u"A"_s, u"Feitian SCR301"_s, u"Feitian SCR301"_s} << u"A"_s;
+        QTest::newRow("after another letter case")
+            << QStringList{u"feitian scr301"_s, u"Feitian SCR301"_s} << u"feitian scr301"_s;
         QTest::newRow("two of them") << QStringList{u"Feitian SCR301"_s, u"Feitian SCR301 (2)"_s}
                                      << u"Feitian SCR301 (2)"_s;
     }

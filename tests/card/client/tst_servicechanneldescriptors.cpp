@@ -55,14 +55,6 @@ std::chrono::nanoseconds runnableTime(pid_t thread)
     return std::chrono::nanoseconds(fields.value(0).toLongLong() + fields.value(1).toLongLong());
 }
 
-int openError(ServiceChannel& channel)
-{
-    return onChannel(channel, [&channel] {
-        const auto opened = channel.open([](const ChannelEvent&) {});
-        return opened ? 0 : opened.error().value();
-    });
-}
-
 } // namespace
 
 /// The channel when the process cannot open more descriptors.

@@ -6,14 +6,15 @@
 #include <cstddef>
 #include <cstdlib>
 
-// Of the sanitizers' library. GCC does not come with its header.
+// From the sanitizers' library. Its header is not part of GCC.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
                                                          void (*onFree)(const volatile void*));
 extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* block);
 
 namespace {
 
-// In bytes. The blocks of before are not counted until they are freed, so the sum may be negative.
+// In bytes. Blocks from before the hooks were installed are only counted when they are freed, so the sum may be
+// negative.
 qint64 inUse = 0;
 qint64 largest = 0;
 

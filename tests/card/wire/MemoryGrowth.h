@@ -2,14 +2,14 @@
 
 #include <QtGlobal>
 
-/// How much more memory the process has used at most than when this was made. One at a time. Under a sanitizer, whose
-/// own memory is not to count, it is the memory of the heap.
+/// The largest growth of the process's memory since this object was made. Only one object may exist at a time. Under a
+/// sanitizer only the heap is measured, because the sanitizer's own memory must not be counted.
 class MemoryGrowth
 {
 public:
     MemoryGrowth();
 
-    /// In KiB; negative when the system does not tell it.
+    /// In KiB; negative when the system's report cannot be read.
     [[nodiscard]] qint64 peak() const;
 
 private:

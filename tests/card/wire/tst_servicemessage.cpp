@@ -277,6 +277,7 @@ private Q_SLOTS:
         QVERIFY(given <= limit + pair.size());
     }
 
+    // With quadratic time, this test and the next one would take minutes instead of milliseconds.
     void manySmallMessagesInOneBufferAreReadInLinearTime()
     {
         const QByteArray stream = encodeServiceMessage({.number = 0, .body = QCborMap{}}).repeated(250'000);
@@ -306,8 +307,6 @@ private Q_SLOTS:
         QVERIFY(timer.elapsed() < 20'000);
     }
 };
-
-// With quadratic time, the two tests below would take minutes instead of milliseconds.
 
 template class RunnableTests<tst_ServiceMessage, QCoreApplication>;
 

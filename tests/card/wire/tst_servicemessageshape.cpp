@@ -47,7 +47,7 @@ QByteArray hex(const char* digits)
     return QByteArray::fromHex(digits);
 }
 
-/// [1, {"Readers": [a head, so many numbers
+/// The beginning of [1, {"Readers": [numbers]}], with the given head of the list and that many numbers.
 QByteArray listOf(const char* head, int numbers)
 {
     return hex("8201a16752656164657273") + hex(head) + QByteArray(numbers, '\1');

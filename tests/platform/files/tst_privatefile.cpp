@@ -18,23 +18,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-bool makeFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write("x") == 1;
-}
-
-QStringList entries(const QString& folder)
-{
-    QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    names.sort();
-    return names;
-}
-
-} // namespace
-
 class tst_PrivateFile : public TestCase
 {
     Q_OBJECT
@@ -79,7 +62,7 @@ private Q_SLOTS:
             QVERIFY(!written.error().reason.isEmpty());
         }
         QCOMPARE(contentOf(path), QByteArray("old"));
-        QCOMPARE(entries(folder.path()), QStringList{u"kept"_s});
+        QCOMPARE(namesIn(folder.path()), QStringList{u"kept"_s});
     }
 
     void theLongestNameCanBeWrittenAgain()
@@ -106,24 +89,24 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         for (const char* name : {".pelmora-AbCdEf", ".pelmora-000000", ".pelmora-zzzzzz"})
-            QVERIFY(makeFile(folder.filePath(QString::fromLatin1(name))));
+            QVERIFY(writeFile(folder.filePath(QString::fromLatin1(name)), "x"));
         QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
-        QCOMPARE(entries(folder.path()), QStringList{u"new"_s});
+        QCOMPARE(namesIn(folder.path()), QStringList{u"new"_s});
     }
 
     void aTemporaryFileIsKeptWhileItsWriterRuns()
     {
         const QTemporaryDir folder;
         const QString leftover = folder.filePath(u".pelmora-AbCdEf"_s);
-        QVERIFY(makeFile(leftover));
+        QVERIFY(writeFile(leftover, "x"));
         QFile writer(leftover);
         QVERIFY(writer.open(QIODevice::ReadWrite));
         QCOMPARE(flock(writer.handle(), LOCK_EX | LOCK_NB), 0);
         QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
-        QCOMPARE(entries(folder.path()), (QStringList{u".pelmora-AbCdEf"_s, u"new"_s}));
+        QCOMPARE(namesIn(folder.path()), (QStringList{u".pelmora-AbCdEf"_s, u"new"_s}));
         writer.close();
         QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
-        QCOMPARE(entries(folder.path()), QStringList{u"new"_s});
+        QCOMPARE(namesIn(folder.path()), QStringList{u"new"_s});
     }
 
     void filesWithSimilarNamesAreKept()
@@ -133,17 +116,19 @@ private Q_SLOTS:
         QStringList names{u".pelmora-abcde"_s, u".pelmora-abcdefg"_s,     u".pelmora-abc_ef"_s, u".pelmora-abcdé"_s,
                           u"pelmora-abcdef"_s, u".pelmora-copy-abcdef"_s, u".PELMORA-abcdef"_s};
         for (const QString& name : names)
-            QVERIFY(makeFile(folder.filePath(name)));
+            QVERIFY(writeFile(folder.filePath(name), "x"));
         const QString kept = elsewhere.filePath(u"kept"_s);
-        QVERIFY(makeFile(kept));
+        QVERIFY(writeFile(kept, "x"));
         QVERIFY(QFile::link(kept, folder.filePath(u".pelmora-linked"_s)));
         names.append(u".pelmora-linked"_s);
         QVERIFY(QDir(folder.path()).mkdir(u".pelmora-folder"_s));
         QCOMPARE(mkfifo(QFile::encodeName(folder.filePath(u".pelmora-pipe00"_s)).constData(), 0600), 0);
         names.append({u".pelmora-folder"_s, u".pelmora-pipe00"_s, u"new"_s});
         QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
+        QStringList found = namesIn(folder.path());
+        found.sort();
         names.sort();
-        QCOMPARE(entries(folder.path()), names);
+        QCOMPARE(found, names);
         QCOMPARE(contentOf(kept), QByteArray("x"));
     }
 
@@ -153,10 +138,10 @@ private Q_SLOTS:
             QSKIP("Only root can make a file of another owner.");
         const QTemporaryDir folder;
         const QString leftover = folder.filePath(u".pelmora-AbCdEf"_s);
-        QVERIFY(makeFile(leftover));
+        QVERIFY(writeFile(leftover, "x"));
         QCOMPARE(chown(QFile::encodeName(leftover).constData(), 65534, 65534), 0);
         QVERIFY(writePrivateFile(folder.filePath(u"new"_s), "content").has_value());
-        QCOMPARE(entries(folder.path()), (QStringList{u".pelmora-AbCdEf"_s, u"new"_s}));
+        QCOMPARE(namesIn(folder.path()), (QStringList{u".pelmora-AbCdEf"_s, u"new"_s}));
     }
 
     void aNameThatIsNotUtf8IsNotChanged()

@@ -2,13 +2,12 @@
 #include "platform/print/PrintServer.h"
 #include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
+#include "tests/common/SilentServer.h"
 #include "tests/common/TestCase.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QLocalServer>
-#include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -38,7 +37,7 @@ private Q_SLOTS:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
-        useServer(u"absent"_s);
+        qputenv("CUPS_SERVER", QFile::encodeName(m_folder->filePath(u"absent"_s)));
     }
 
     void withoutAServerThereAreNoQueues()
@@ -59,7 +58,7 @@ private Q_SLOTS:
 
     void aServerThatNeverAnswersGivesAnErrorAfterALimit()
     {
-        const std::unique_ptr<QLocalServer> silent = silentServer();
+        const SilentServer silent("CUPS_SERVER");
         QElapsedTimer clock;
         clock.start();
         PrintServer server(realHelper());
@@ -72,54 +71,55 @@ private Q_SLOTS:
         // Timers can be early by a twentieth.
         QVERIFY(clock.elapsed() >= PrintServer::patience.count() * 9 / 10);
         QVERIFY(clock.elapsed() < 5 * PrintServer::patience.count());
-        QVERIFY(isLeft(*silent));
+        QVERIFY(silent.isLeft());
     }
 
     void askingAndWaitingHasTheSameLimit()
     {
-        const std::unique_ptr<QLocalServer> silent = silentServer();
+        const SilentServer silent("CUPS_SERVER");
         PrintServer server(realHelper());
         const PrintAnswer outcome = server.askAndWait(twoCopies());
         QVERIFY(!outcome.has_value());
         QCOMPARE(outcome.error().localizedDescription(), u"Le serveur d’impression ne répond pas."_s);
-        QVERIFY(isLeft(*silent));
+        QVERIFY(silent.isLeft());
     }
 
     void aCancelledRequestIsNotAnsweredAndItsConnectionIsClosed()
     {
-        const std::unique_ptr<QLocalServer> silent = silentServer();
+        const SilentServer silent("CUPS_SERVER");
         PrintServer server(realHelper());
         bool isTold = false;
         server.listQueues([&isTold](const auto&) { isTold = true; });
-        QTRY_VERIFY(silent->hasPendingConnections());
+        QTRY_VERIFY(silent.isAsked());
         server.cancel();
-        QVERIFY(isLeft(*silent));
+        QVERIFY(silent.isLeft());
         QVERIFY(!isTold);
     }
 
     void destructionDoesNotWaitForQueues()
     {
-        const std::unique_ptr<QLocalServer> silent = silentServer();
+        const SilentServer silent("CUPS_SERVER");
         QElapsedTimer clock;
         {
             PrintServer server(realHelper());
             server.listQueues([](const auto&) { QFAIL("called after the end"); });
-            QTRY_VERIFY(silent->hasPendingConnections());
+            QTRY_VERIFY(silent.isAsked());
             clock.start();
         }
         QVERIFY(clock.elapsed() < PrintServer::patience.count());
-        QVERIFY(isLeft(*silent));
+        QVERIFY(silent.isLeft());
     }
 
     void aHelperEndsByItselfWhenTheServerDoesNotAnswer()
     {
-        const std::unique_ptr<QLocalServer> silent = silentServer();
+        const SilentServer silent("CUPS_SERVER");
         QProcess helper;
         helper.start(realHelper(), QStringList());
         helper.write(encodePrintRequest(twoCopies()));
         helper.closeWriteChannel();
         QVERIFY(helper.waitForFinished());
         QCOMPARE(helper.readAllStandardOutput(), ""_ba);
+        QVERIFY(silent.isLeft());
     }
 
     void aHelperWithAnIncompleteRequestFails()
@@ -147,7 +147,7 @@ private Q_SLOTS:
         const QList<PrintQueue> queues{{u"accueil"_s, true, "A5", QSizeF(420, 595), false, {}}};
         PrintServer server(fakeHelper("cat $0.answer", queues));
         QCOMPARE(server.askAndWait(std::nullopt).value(), queues);
-        // One operation after the other.
+        // A second operation works after the first one.
         QCOMPARE(server.askAndWait(std::nullopt).value(), queues);
     }
 
@@ -223,7 +223,7 @@ private Q_SLOTS:
 
     void destructionDoesNotWaitForAServerThatDoesNotAnswer()
     {
-        const std::unique_ptr<QLocalServer> silent = silentServer();
+        const SilentServer silent("CUPS_SERVER");
         QElapsedTimer clock;
         clock.start();
         {
@@ -231,7 +231,7 @@ private Q_SLOTS:
             server.print(twoCopies(), [](const auto&) { QFAIL("called after the end"); });
         }
         QVERIFY(clock.elapsed() < 2 * PrintServer::patience.count());
-        QVERIFY(isLeft(*silent));
+        QVERIFY(silent.isLeft());
     }
 
 private:
@@ -248,31 +248,7 @@ private:
         return isMade ? fakePath() : QString();
     }
 
-    void useServer(const QString& name)
-    {
-        m_path = m_folder->filePath(name);
-        qputenv("CUPS_SERVER", QFile::encodeName(m_path));
-    }
-
-    // A server that accepts connections and never answers.
-    std::unique_ptr<QLocalServer> silentServer()
-    {
-        useServer(u"silent"_s);
-        auto server = std::make_unique<QLocalServer>();
-        return server->listen(m_path) ? std::move(server) : nullptr;
-    }
-
-    // Whether a client has connected and disconnected.
-    static bool isLeft(QLocalServer& server)
-    {
-        const QLocalSocket* connection =
-            server.waitForNewConnection(0) || server.hasPendingConnections() ? server.nextPendingConnection() : nullptr;
-        return connection != nullptr &&
-               QTest::qWaitFor([connection] { return connection->state() == QLocalSocket::UnconnectedState; });
-    }
-
     std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_path;
 };
 
 template class RunnableTests<tst_PrintServer, QCoreApplication>;

@@ -82,7 +82,7 @@ private Q_SLOTS:
     void removingNothingForcesTheStoreToTheDisk()
     {
         MVSettings::setPreferencesWithStringValue(*m_store, Settings::attestationsFolder, u"/x"_s);
-        // The bytes of the file: a second store would have the first one written.
+        // The file is read directly, because opening a second store makes the first one write its values.
         QVERIFY(!contentOf(file()).contains("/x"));
         MVSettings::removePreferences(*m_store, {});
         QVERIFY(contentOf(file()).contains("/x"));

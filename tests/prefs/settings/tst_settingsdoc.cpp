@@ -61,7 +61,7 @@ QList<QStringList> documentedRows()
         if (!line.startsWith("| `"_L1))
             continue;
         QStringList cells;
-        // Before the first bar and after the last one there is nothing.
+        // The first and the last bar are at the row's ends and separate no cells.
         for (const QString& cell : line.sliced(1).chopped(1).split(u'|'))
             cells.append(cell.trimmed());
         rows.append(cells);

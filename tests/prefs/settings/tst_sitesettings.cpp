@@ -2,8 +2,8 @@
 #include "prefs/settings/MVSettings.h"
 #include "prefs/settings/SiteSettings.h"
 #include "prefs/settings/StandardPreferences.h"
-#include "tests/card/client/LogCapture.h"
 #include "tests/common/Files.h"
+#include "tests/common/LogCapture.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -90,7 +90,7 @@ private Q_SLOTS:
         start();
         QVERIFY(m_store->isLocked(u"MVLVitMode"_s));
         QCOMPARE(MVSettings::integerPreferencesForKey(*m_store, Settings::lvitMode), 1);
-        // Also when the program sets it at the start.
+        // The locked value is also used for a setting that the program resets at its start.
         QVERIFY(MVSettings::booleanPreferencesForKey(*m_store, Settings::debugMode));
         MVSettings::setPreferencesWithIntegerValue(*m_store, Settings::lvitMode, 0);
         MVSettings::removePreferences(*m_store, {Settings::lvitMode.key});

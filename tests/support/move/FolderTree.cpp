@@ -49,8 +49,3 @@ QStringList folderTreeOf(const QString& path)
     entries.sort();
     return entries;
 }
-
-QStringList namesIn(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}

@@ -10,6 +10,3 @@
 
 /// Each entry below a folder, with its kind, its permissions and its content, sorted.
 [[nodiscard]] QStringList folderTreeOf(const QString& path);
-
-/// The names in a folder, hidden ones too.
-[[nodiscard]] QStringList namesIn(const QString& folder);

@@ -31,7 +31,7 @@ public:
 
     /// Prints the mounted disk images as a property list.
     [[nodiscard]] static MoveCommand listMountedImages();
-    /// Exits with status 0 when the copy runs. Absent from the release on that lists running applications.
+    /// Exits with status 0 when the copy runs. Later releases than 10.5 list running applications and need no command.
     [[nodiscard]] std::optional<MoveCommand> testRunning(const QString& destination) const;
 
 private:
@@ -48,7 +48,7 @@ public:
 
     [[nodiscard]] virtual bool trashItem(const QString& path) = 0;
     [[nodiscard]] virtual bool recycleItem(const QString& name, const QString& parentFolder) = 0;
-    /// An error contains its reason.
+    /// The reason when the script fails.
     [[nodiscard]] virtual std::expected<void, QString> runScript(const QStringList& lines) = 0;
     virtual void logError(const QString& line) = 0;
 };

@@ -3,6 +3,7 @@
 #include "support/move/LinuxMoveCommands.h"
 #include "support/move/MoveToApplications.h"
 #include "support/move/StringTable.h"
+#include "tests/support/move/MoveTexts.h"
 #include "tests/support/move/RecordedMove.h"
 
 // The surroundings of the moving tests: a copy in Downloads, and a user whose own Applications folder holds another
@@ -74,7 +75,7 @@ inline const QString imageDevice = u"/dev/loop0p1"_s;
 
 inline QString textOf(const QString& operation, const MoveCommand& command)
 {
-    return (QStringList{operation, command.program} + command.arguments).join(" | "_L1);
+    return operation + u" | "_s + MoveTexts::textOf(command);
 }
 
 inline const QString opening = textOf(u"run"_s, LinuxMoveCommands().openRunningCopy(destination));

@@ -43,7 +43,7 @@ QByteArray FakeAsking::record() const
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// The user has given the password.
+// The program's script for a user who gives the password.
 constexpr const char* granted = "exec \"$@\"\n";
 
 } // namespace

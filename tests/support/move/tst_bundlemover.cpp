@@ -120,7 +120,7 @@ private Q_SLOTS:
         RecordedMove platform;
         furnish(platform);
         requireAuthorization(platform);
-        // The deletion may fail, but must end by itself.
+        // The deletion may fail with a status, but must not be killed.
         platform.authorizedEnds = {1, 0};
         QCOMPARE(moveWith(platform), MoveOutcome::Ends);
         const QString relaunchingThere = QString(relaunching).replace(destination, lockedDestination);

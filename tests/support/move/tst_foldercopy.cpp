@@ -1,5 +1,6 @@
 #include "platform/files/FailedWrites.h"
 #include "support/move/FolderCopy.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/platform/FileSizeLimit.h"
@@ -102,9 +103,8 @@ private Q_SLOTS:
         const QStringList whole = folderTreeOf(source());
         std::expected<void, QString> copied;
         {
-            // Half of the largest file.
-            ignoreSignalsOfFailedWrites(); // as all our programs do
-            const FileSizeLimit limit(50000);
+            ignoreSignalsOfFailedWrites();    // as all our programs do
+            const FileSizeLimit limit(50000); // half of the largest file
             copied = copyFolder(source(), target());
         }
         QCOMPARE(copied, (std::expected<void, QString>(std::unexpect, u"File too large"_s)));

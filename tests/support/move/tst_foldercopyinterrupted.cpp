@@ -1,4 +1,5 @@
 #include "support/move/FolderCopy.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/support/move/FolderTree.h"

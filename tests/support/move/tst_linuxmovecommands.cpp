@@ -113,8 +113,8 @@ private Q_SLOTS:
     {
         const auto [folder, path, destination, isMade] = Bundles();
         QVERIFY(isMade);
-        // A shell that replaces itself by a program which never waits for the shell's child. The child ends afterwards,
-        // because a shell might wait for it.
+        // The shell starts a child, then replaces itself with sleep, which never waits for the child. The child ends
+        // only after the replacement, because the shell could wait for it.
         QProcess parent;
         parent.start(u"/bin/sh"_s,
                      {u"-c"_s, u"until grep -q sleep /proc/$$/comm; do :; done & echo $!; exec sleep 60"_s});
@@ -141,22 +141,19 @@ private Q_SLOTS:
         const MoveCommand copy = commands.privilegedCopy(source, destination);
         QCOMPARE(QProcess::execute(copy.program, copy.arguments), 0);
         QCOMPARE(textOfFile(destination + "/bin/pelmora"_L1), textOfFile(source + "/bin/pelmora"_L1));
-        QCOMPARE(QDir(folder.path() + "/Applications"_L1).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-                 QStringList{u"-a b.app"_s});
-        QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
+        QCOMPARE(namesIn(folder.path() + "/Applications"_L1), QStringList{u"-a b.app"_s});
+        QCOMPARE(namesIn(destination), QStringList{u"bin"_s});
 
         // A bundle that was not deleted is unchanged.
         QVERIFY(QProcess::execute(copy.program, copy.arguments) != 0);
-        QCOMPARE(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"bin"_s});
+        QCOMPARE(namesIn(destination), QStringList{u"bin"_s});
     }
 
     void theAdministratorsCopyIsReadableByEveryUser()
     {
         const auto [folder, source, destination, isMade] = Bundles();
         QVERIFY(isMade);
-        QFile text(source + "/texte"_L1);
-        QVERIFY(text.open(QIODevice::WriteOnly));
-        text.close();
+        QVERIFY(writeFile(source + "/texte"_L1, {}));
         // Permissions that are too narrow, and others that are too wide.
         QCOMPARE(chmod(QFile::encodeName(source).constData(), 0700), 0);
         QCOMPARE(chmod(QFile::encodeName(source + "/bin"_L1).constData(), 0777), 0);
@@ -190,7 +187,7 @@ private Q_SLOTS:
         QVERIFY(!wasInterrupted || makeBundle(folder.path() + "/.pelmora-administrator-abcdef/old"_L1));
         const MoveCommand deletion = LinuxMoveCommands().privilegedDelete(path);
         QCOMPARE(QProcess::execute(deletion.program, deletion.arguments), 0);
-        QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
+        QCOMPARE(namesIn(folder.path()), QStringList());
     }
 
     void otherFoldersBesideTheCopyAreKept()
@@ -227,7 +224,8 @@ private Q_SLOTS:
         const auto [folder, source, destination, isMade] = Bundles();
         QVERIFY(isMade);
         QCOMPARE(chmod(QFile::encodeName(source + "/bin/pelmora"_L1).constData(), 06755), 0);
-        // Replaces chmod, which sets the copy's permissions, and records those of the folder above the copy.
+        // This script replaces chmod, which sets the permissions of the copy. It first records the permissions of the
+        // folder above the copy.
         QFile watcher(folder.path() + "/programmes/chmod"_L1);
         QVERIFY(QDir().mkpath(folder.path() + "/programmes"_L1) && watcher.open(QIODevice::WriteOnly));
         watcher.write("#!/bin/sh\nfor copy; do :; done\nstat -c %a -- \"${copy%/*}\" >\"${0%/*}/mode\"\n"

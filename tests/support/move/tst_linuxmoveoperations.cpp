@@ -90,7 +90,7 @@ private Q_SLOTS:
     void withoutATrashNothingIsMoved_data()
     {
         QTest::addColumn<QString>("dataFolder");
-        // Paths in the test's folder; "." is that folder.
+        // A leading "." is the test's folder.
         QTest::newRow("a file where the data lie") << u"./fichier"_s;
         QTest::newRow("a file at a parent folder's path") << u"./fichier/share"_s;
         QTest::newRow("a file at the trash's path") << u"./dossier"_s;
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(path(u"ici"_s)));
         QVERIFY(QDir::setCurrent(path(u"ici"_s)));
         const bool isTrashed = m_platform->trashItem(bundle);
-        const QStringList here = QDir(path(u"ici"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        const QStringList here = namesIn(path(u"ici"_s));
         QVERIFY(QDir::setCurrent(before));
         QCOMPARE(here, QStringList());
         QVERIFY(!isTrashed);

@@ -18,7 +18,7 @@ QByteArray line(const QByteArray& number, const QByteArray& mountPoint, const QB
     return "36 35 " + number + " / " + mountPoint + " rw,noatime master:1 - ext4 " + device + " rw\n";
 }
 
-// The device numbers in the list, of images of one device each.
+// The devices of all images in the list.
 QStringList devicesOf(const MountedImages& images)
 {
     QStringList devices;
@@ -88,7 +88,7 @@ private Q_SLOTS:
     void removableMediaAreImages()
     {
         const QTemporaryDir folder;
-        // As in the kernel: numbers are links to the devices, and partitions are inside their disk.
+        // As in sysfs: the numbers are links to the devices' folders, and the folder of a partition is in its disk's.
         const QString devices = folder.path() + "/devices"_L1;
         const QString numbers = folder.path() + "/numbers"_L1;
         QVERIFY(QDir().mkpath(numbers));

@@ -1,6 +1,7 @@
 #include "platform/UserDefaults.h"
 #include "support/move/LinuxMoveOperations.h"
 #include "support/move/MoveToApplications.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 #include "tests/support/move/FolderTree.h"
@@ -22,8 +23,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The real platform, except for the user: the question is accepted, and commands that need an
-// administrator's rights run with the test's. Kills its process instead of the n-th operation.
+// The real platform, without a user: the answer to the question is always yes, and commands for an administrator run
+// with the rights of the test. In place of the n-th operation, it kills its own process.
 class MortalMove final : public RecordedMove
 {
 public:
@@ -158,7 +159,8 @@ private Q_SLOTS:
         int operation = 0;
         End end = End::Killed;
         while (end == End::Killed) {
-            // The state after the interruption, with the bundle that the user downloads again.
+            // Other files of the interrupted move stay. The user downloads the bundle again, and the destination is
+            // restored.
             if (!QFile::exists(surroundings.bundlePath))
                 QVERIFY(makeFolderTree(surroundings.bundlePath));
             if (QFile::exists(destination) != hasOldCopy)
@@ -167,7 +169,7 @@ private Q_SLOTS:
             const bool isSourceWhole = folderTreeOf(surroundings.bundlePath) == whole;
             const bool isDestinationWhole = folderTreeOf(destination) == whole;
             QVERIFY2(isSourceWhole || isDestinationWhole, qPrintable(QString::number(operation)));
-            // No folder with the name of a copy is incomplete.
+            // Neither path has an incomplete copy.
             QVERIFY(isSourceWhole || !QFile::exists(surroundings.bundlePath));
             QVERIFY(isDestinationWhole || !QFile::exists(destination));
         }
@@ -227,7 +229,7 @@ private Q_SLOTS:
         QVERIFY(makeFolderTree(folder.path() + "/Applications/.pelmora-administrator-abcdef/new"_L1));
         const MoveCommand copy = LinuxMoveCommands().privilegedCopy(source, path);
         int count = 1;
-        // A killed deletion may leave files, but the copy is complete.
+        // When the last deletion is killed, the command may succeed and leave files beside the complete copy.
         while (isKilledAt(call, count, QStringList(copy.program) + copy.arguments) ||
                namesIn(folder.path() + "/Applications"_L1).size() > 1) {
             ++count;

@@ -1,4 +1,5 @@
 #include "support/move/RunningPrograms.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
@@ -21,12 +22,6 @@ QString executableOf(qint64 process, const QList<RunningProgram>& programs)
     const auto isIt = [process](const RunningProgram& program) { return program.processIdentifier == process; };
     const auto program = std::ranges::find_if(programs, isIt);
     return program == programs.end() ? QString() : program->executable;
-}
-
-bool writeCommandLine(const QString& process, const QByteArray& content)
-{
-    QFile file(process + "/cmdline"_L1);
-    return QDir().mkpath(process) && file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 } // namespace
@@ -60,10 +55,10 @@ private Q_SLOTS:
     void aProgramWithAHiddenExecutableIsFoundByItsCommandLine()
     {
         const QTemporaryDir folder;
-        QVERIFY(writeCommandLine(folder.path() + "/12"_L1, QByteArray("/opt/a b/pelmora\0--simulate\0", 28)));
-        QVERIFY(writeCommandLine(folder.path() + "/13"_L1, QByteArray("pelmora\0", 8)));
-        QVERIFY(writeCommandLine(folder.path() + "/14"_L1, QByteArray()));
-        QVERIFY(writeCommandLine(folder.path() + "/self"_L1, QByteArray("/bin/x\0", 7)));
+        QVERIFY(writeFile(folder.filePath(u"12/cmdline"_s), QByteArray("/opt/a b/pelmora\0--simulate\0", 28)));
+        QVERIFY(writeFile(folder.filePath(u"13/cmdline"_s), QByteArray("pelmora\0", 8)));
+        QVERIFY(writeFile(folder.filePath(u"14/cmdline"_s), QByteArray()));
+        QVERIFY(writeFile(folder.filePath(u"self/cmdline"_s), QByteArray("/bin/x\0", 7)));
         QVERIFY(QDir().mkpath(folder.path() + "/15"_L1));
         const QList<RunningProgram> programs = runningPrograms(folder.path());
         QCOMPARE(programs.size(), 1);

@@ -1,22 +1,15 @@
 #include "platform/Bundle.h"
 #include "support/move/StringTable.h"
+#include "tests/common/Files.h"
 #include "tests/common/RunnableTests.h"
 #include "tests/common/TestCase.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-bool writeTable(const QString& folder, const QByteArray& content)
-{
-    QFile file(folder + "/Table.strings"_L1);
-    return QDir().mkpath(folder) && file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 QByteArray tableOf(const QByteArray& entries)
 {
@@ -32,10 +25,11 @@ class tst_StringTable : public TestCase
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(writeTable(m_folder.path() + "/fr.lproj"_L1,
-                           tableOf("<key>Yes</key><string>Oui</string><key>Number</key><integer>3</integer>")));
-        QVERIFY(writeTable(m_folder.path() + "/el.lproj"_L1, tableOf("<key>Yes</key><string>Ναι</string>")));
-        QVERIFY(writeTable(m_folder.path() + "/br.lproj"_L1, "Ya"));
+        QVERIFY(writeFile(m_folder.filePath(u"fr.lproj/Table.strings"_s),
+                          tableOf("<key>Yes</key><string>Oui</string><key>Number</key><integer>3</integer>")));
+        QVERIFY(
+            writeFile(m_folder.filePath(u"el.lproj/Table.strings"_s), tableOf("<key>Yes</key><string>Ναι</string>")));
+        QVERIFY(writeFile(m_folder.filePath(u"br.lproj/Table.strings"_s), "Ya"));
     }
 
     void theFirstAvailableLanguageIsUsed_data()

@@ -12,7 +12,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Three rows like the main window's: a wide button alone in the first.
+// Three rows of buttons, like the main window's. The first row has only one button.
 class tst_ArrowKeys : public TestCase
 {
     Q_OBJECT

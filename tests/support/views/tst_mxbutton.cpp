@@ -41,7 +41,7 @@ QImage drawn(MXButton& button, const QColor& behind)
     return image;
 }
 
-// The pixels along the frame's edge.
+// Whether all pixels along the edges have this colour.
 bool edgesAre(const QImage& image, const QColor& colour)
 {
     for (int x = 0; x < image.width(); ++x) {
@@ -162,7 +162,7 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(&window));
         first->setFocus();
         const QImage unfocused = drawn(*second, Qt::magenta);
-        // Before that, the focus of the first button is not shown.
+        // Before the Tab key is pressed, the focus of the first button is not shown.
         QCOMPARE(drawn(*first, Qt::magenta), unfocused);
         QTest::keyClick(first, Qt::Key_Tab);
         QVERIFY(second->hasFocus());

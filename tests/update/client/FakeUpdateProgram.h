@@ -4,8 +4,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// Replaces the program for updates: it records its start with its arguments, each request for its window,
-/// and the end of its input, after which it exits.
+/// Replaces the program for updates. It records its start with its arguments, and each request for its window. At the
+/// end of its input it records its end and exits.
 class FakeUpdateProgram
 {
 public:

@@ -41,8 +41,8 @@ private:
         return configuration;
     }
 
-    // Whether an updater starts nothing while another, later one with permission starts its program three
-    // times.
+    // Whether the updater of the test starts nothing. Meanwhile a second updater, with automatic checks, runs until its
+    // own program has been started three times.
     [[nodiscard]] bool isQuietMeanwhile() const
     {
         const FakeUpdateProgram program;
@@ -59,7 +59,7 @@ private:
         return m_program->notes().isEmpty();
     }
 
-    // Stores a date from another process, as the program does. This process has read the file before.
+    // Stores a date as another process would: the settings file, which may have been read already, is replaced.
     [[nodiscard]] bool storeFromOutside(const QVariant& date) const
     {
         const QString other = m_folder->filePath(u"outside.conf"_s);
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_program->notes(), (QStringList{u"start"_s, u"end"_s}));
     }
 
-    // The application may have noticed the end by then or not.
+    // At the next check, the updater may or may not have noticed that the program has ended.
     void onceTheProgramHasEndedTheNextCheckStartsItAgain()
     {
         const auto updater = this->updater();

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 
 /// Records the lines of the process-wide logger, at every level. Made before other threads log, once per program.
 /// Threads may still log after its destruction.
