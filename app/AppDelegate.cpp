@@ -3,7 +3,7 @@
 #include "app/WindowRequests.h"
 #include "app/models/CardFile.h"
 #include "app/models/OutsideFolders.h"
-#include "app/models/ReaderText.h"
+#include "app/models/ReaderHint.h"
 #include "app/models/StatusMenu.h"
 #include "attestation/viewer/MVAttestationWindowController.h"
 #include "attestation/viewer/MVScrollView.h"

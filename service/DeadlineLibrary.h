@@ -1,18 +1,11 @@
 #pragma once
 
+#include "service/DeadlineLimits.h"
 #include "service/ReadingLibrary.h"
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <thread>
-
-/// Time limits of calls to a reading library, shorter than the client's request limit (ChannelLimits).
-struct DeadlineLimits
-{
-    std::chrono::milliseconds read{20'000};
-    std::chrono::milliseconds other{10'000};
-};
 
 /// Limits the time of calls to another reading library. Calls are made on one worker thread; a call that takes too long
 /// is abandoned. It is then answered as a failure (a read as a mute card or, when it waits for something else, as a

@@ -1,6 +1,6 @@
 #include "app/models/PanelLine.h"
 
-#include "app/models/ReaderText.h"
+#include "app/models/ReaderHint.h"
 
 #include <QFileInfo>
 
@@ -137,7 +137,7 @@ QString PanelLine::readerPart() const
     const bool asksForRead = m_reader == CardReaderState::Card;
     if ((asksForCard && !isBeforeAnyRead) || (asksForRead && !isBeforeAnyRead && !m_hasCardCome))
         return {};
-    return readerText(m_reader);
+    return readerHint(m_reader);
 }
 
 QString PanelLine::cardText() const

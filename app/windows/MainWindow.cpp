@@ -1,6 +1,6 @@
 #include "app/windows/MainWindow.h"
 
-#include "app/models/ReaderText.h"
+#include "app/models/ReaderHint.h"
 #include "app/windows/AboutBox.h"
 #include "app/windows/CardPanel.h"
 #include "app/windows/DroppedCardFile.h"

@@ -2,7 +2,7 @@
 
 #include "attestation/document/PdfNumber.h"
 #include "attestation/document/SrgbProfile.h"
-#include "attestation/page/AttestationPage.h"
+#include "attestation/page/AttestationTitle.h"
 
 #include <fmt/format.h>
 

@@ -1,5 +1,6 @@
 #include "attestation/page/AttestationContent.h"
 
+#include "attestation/page/AttestationTitle.h"
 #include "attestation/page/FormatNSS.h"
 
 #include <algorithm>

@@ -23,9 +23,6 @@ inline const QString rank = QStringLiteral("Rank");
 /// One beneficiary of the page; an absent key leaves its cell blank.
 using BeneficiaryLine = QVariantMap;
 
-/// The document's title: what heads the page when that is asked for, and what names the PDF.
-inline constexpr QStringView attestationTitle = u"Attestation de droits à l'assurance maladie";
-
 /// The page's frame: A4 portrait, in points.
 inline constexpr QSizeF attestationPageSize{595.0, 842.0};
 

@@ -5,7 +5,7 @@
 #include <chrono>
 
 // Time limits of the client, and limits of its log lines. Limits of messages are in card/wire/ServiceMessage.h and
-// card/wire/ServiceMessageScanner.h, those of calls to a reader in service/DeadlineLibrary.h.
+// card/wire/ServiceMessageScanner.h, those of calls to a reader in service/DeadlineLimits.h.
 
 struct ChannelLimits
 {

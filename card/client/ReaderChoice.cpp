@@ -8,7 +8,8 @@ std::expected<QVariantMap, Error> readerChoice(QStringList names)
 {
     if (names.isEmpty())
         return std::unexpected(PelmoraError::noReader());
-    // The service chooses again in the same way when this choice failed (service/ServiceCommands.cpp).
+    // When this choice has failed, the service chooses the accepted reader again, and the first other one
+    // (service/ServiceCommands.cpp).
     const qsizetype accepted = names.indexOf(acceptedReader);
     if (accepted < 0)
         return std::unexpected(PelmoraError::badReader());

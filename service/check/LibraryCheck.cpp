@@ -129,7 +129,7 @@ private:
         case TrialNote::Kind::Read:
             m_place = note.place;
             m_isInCall = true;
-            m_patience = note.kind == TrialNote::Kind::Read ? m_limits->read : m_limits->other;
+            m_patience = note.kind == TrialNote::Kind::Read ? m_limits->calls.read : m_limits->calls.other;
             break;
         case TrialNote::Kind::Return:
             m_isInCall = false;

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "service/DeadlineLimits.h"
 #include "service/Sandbox.h"
 #include "service/check/CheckReport.h"
 #include "service/check/LibraryRounds.h"
 
 struct LibraryCheckLimits
 {
-    std::chrono::milliseconds read{20'000};
-    std::chrono::milliseconds other{10'000};
+    DeadlineLimits calls;
     RoundLimits rounds;
 };
 

@@ -11,7 +11,7 @@ int main(int argc, char* argv[])
     constexpr std::chrono::milliseconds patience{2'000};
     const CheckReport report = checkLibrary(
         argv[1], {.writableFolders = {}, .pcscSocket = "/absent"},
-        {.read = patience, .other = patience, .rounds = {.rounds = 100, .time = std::chrono::seconds(30)}});
+        {.calls = {.read = patience, .other = patience}, .rounds = {.rounds = 100, .time = std::chrono::seconds(30)}});
     std::cout << checkText(report).toStdString();
     return EXIT_SUCCESS;
 }

@@ -1,10 +1,10 @@
-#include "app/models/ReaderText.h"
+#include "app/models/ReaderHint.h"
 
 #include "card/wire/ReaderModel.h"
 
 using namespace Qt::StringLiterals;
 
-QString readerText(std::optional<CardReaderState> state)
+QString readerHint(std::optional<CardReaderState> state)
 {
     switch (state.value_or(CardReaderState::Empty)) {
     case CardReaderState::NoService:
@@ -27,5 +27,5 @@ QString disabledTileText(std::optional<CardReaderState> state)
 {
     const bool isReaderMissing = state == CardReaderState::NoService || state == CardReaderState::NoReader ||
                                  state == CardReaderState::OtherReader;
-    return isReaderMissing ? readerText(state) : readerNotReady.toString();
+    return isReaderMissing ? readerHint(state) : readerNotReady.toString();
 }
