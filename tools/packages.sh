@@ -19,7 +19,7 @@ packing_packages=(debhelper dpkg-dev zstd)
 package_check_packages=(lintian devscripts zstd)
 
 # For installing the Debian package in a system of its own, with a display.
-package_test_packages=(mmdebstrap dpkg-dev xvfb xdotool imagemagick procps python3)
+package_test_packages=(mmdebstrap dpkg-dev xvfb xdotool imagemagick poppler-utils procps python3)
 
 # For a repository of packages.
 repository_packages=(apt-utils dpkg-dev gnupg xz-utils)

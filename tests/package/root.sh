@@ -18,9 +18,13 @@ trap 'for process in "${background[@]}"; do kill "$process"; done; wait
     rm -rf --one-file-system "$work"' EXIT
 
 tar --extract --numeric-owner --file "$cache/root.tar" --directory "$root" --exclude './dev/*'
-mount --bind /dev "$root/dev"
-mount -t proc proc "$root/proc"
-mount --bind "$cache/archives" "$root/var/cache/apt/archives"
+# The devices, the processes and the downloaded packages, in $root.
+mount_system() {
+    mount --bind /dev "$root/dev"
+    mount -t proc proc "$root/proc"
+    mount --bind "$cache/archives" "$root/var/cache/apt/archives"
+}
+mount_system
 cp /etc/resolv.conf "$root/etc/resolv.conf"
 # Packages are kept after they were installed, and no service is started.
 rm -f "$root/etc/apt/apt.conf.d/docker-clean"

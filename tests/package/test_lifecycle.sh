@@ -7,7 +7,7 @@ package=$(realpath "$1")
 screenshot=${2:+$(realpath -m "$2")}
 cd "$(dirname "$0")/../.."
 . tools/packages.sh
-ensure_packages "${package_test_packages[@]}" poppler-utils
+ensure_packages "${package_test_packages[@]}"
 . tests/package/root.sh
 . tests/package/use.sh
 

@@ -6,7 +6,7 @@ set -euo pipefail
 package=$(realpath "$1")
 cd "$(dirname "$0")/../.."
 . tools/packages.sh
-ensure_packages "${package_test_packages[@]}" "${repository_packages[@]}" poppler-utils
+ensure_packages "${package_test_packages[@]}" "${repository_packages[@]}"
 . tests/package/root.sh
 . tests/package/use.sh
 

@@ -7,7 +7,7 @@ package=$(realpath "$1")
 count=${2:-10}
 cd "$(dirname "$0")/../.."
 . tools/packages.sh
-ensure_packages "${package_test_packages[@]}" poppler-utils
+ensure_packages "${package_test_packages[@]}"
 . tests/package/root.sh
 
 # Each computer is an overlay on the bare system, one at a time. They share the downloaded packages.
@@ -18,9 +18,7 @@ mount -t tmpfs tmpfs "$work/layer"
 new_computer() {
     mkdir -p "$work/layer/"{changes,scratch}
     mount -t overlay overlay -o "lowerdir=$bare,upperdir=$work/layer/changes,workdir=$work/layer/scratch" "$root"
-    mount --bind /dev "$root/dev"
-    mount -t proc proc "$root/proc"
-    mount --bind "$cache/archives" "$root/var/cache/apt/archives"
+    mount_system
 }
 remove_computer() {
     umount --recursive "$root"
